@@ -1,0 +1,56 @@
+# How the rooms of this house are built.
+
+add_library(zvrsit_flags INTERFACE)
+target_compile_features(zvrsit_flags INTERFACE cxx_std_20)
+target_include_directories(zvrsit_flags INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+  $<INSTALL_INTERFACE:include/zvrsit40>)
+target_compile_options(zvrsit_flags INTERFACE
+  $<BUILD_INTERFACE:-Wall -Wextra -Wshadow -Werror>)
+if(ZVRSIT_SANITIZE)
+  target_compile_options(zvrsit_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zvrsit_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# zvrsit_room(<target> SOURCES <file>... [POSIX <file>...] [WIN32 <file>...] [USES <target>...])
+#
+# One room: a static library of position-independent code with hidden visibility. The shared
+# library takes it in whole; tests of its inside link it directly. A room without sources yet is
+# an interface library.
+function(zvrsit_room target)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;POSIX;WIN32;USES" ${ARGN})
+  set(sources ${ROOM_SOURCES})
+  if(WIN32)
+    list(APPEND sources ${ROOM_WIN32})
+  else()
+    list(APPEND sources ${ROOM_POSIX})
+  endif()
+  if(NOT sources)
+    add_library(${target} INTERFACE)
+    target_link_libraries(${target} INTERFACE zvrsit_flags ${ROOM_USES})
+    return()
+  endif()
+  add_library(${target} STATIC ${sources})
+  set_target_properties(${target} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_definitions(${target} PRIVATE ZVRSIT_BUILDING)
+  target_link_libraries(${target} PUBLIC zvrsit_flags ${ROOM_USES})
+endfunction()
+
+# zvrsit_test(<folder> SOURCES <file>... USES <target>...)
+#
+# The tests of one folder: one program, each of its cases a test of its own in ctest.
+function(zvrsit_test folder)
+  cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
+  string(REPLACE "/" "_" name "${folder}")
+  add_executable(test_${name} ${TEST_SOURCES})
+  target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(test_${name} PRIVATE
+    ZVRSIT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  target_link_libraries(test_${name} PRIVATE ${TEST_USES} GTest::gtest_main)
+  gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
+    PROPERTIES TIMEOUT 120)
+endfunction()

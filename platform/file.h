@@ -1,0 +1,76 @@
+// File calls of the operating system. Every path is a `\` path (platform/native_path.h says what
+// that means here); no call throws, and none needs more than the path that it is given.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zvrsit::platform {
+
+// Flag words of Open, one bit each.
+inline constexpr int kOpenWriteOnly = 0x0001;
+inline constexpr int kOpenReadWrite = 0x0002;
+inline constexpr int kOpenCreate = 0x0100;
+inline constexpr int kOpenTruncate = 0x0200;
+inline constexpr int kOpenBinary = 0x8000;
+
+// How database files are opened for use, copied from, and written anew while packing.
+inline constexpr int kOpenDatabase = kOpenBinary | kOpenCreate | kOpenReadWrite;
+inline constexpr int kOpenExisting = kOpenBinary | kOpenReadWrite;
+inline constexpr int kOpenPack = kOpenBinary | kOpenCreate | kOpenTruncate | kOpenWriteOnly;
+// Read-only: no flag but the binary one.
+inline constexpr int kOpenReadOnly = kOpenBinary;
+
+inline constexpr int kOwnerReadWrite = 0600;
+
+// Opens `path`; a descriptor (0 or above) or -1.
+int Open(const std::string& path, int flags, int permission = kOwnerReadWrite);
+int Close(int fd);
+
+// Reads up to `length` bytes, as many as there are; the count (short only at the end of the file)
+// or -1. Interrupted and partial calls of the system are continued.
+std::int64_t Read(int fd, void* destination, std::size_t length);
+// Writes all of `length` bytes; the count, short when the disk is full, or -1.
+std::int64_t Write(int fd, const void* source, std::size_t length);
+
+// Moves to an absolute offset, or to the end and gives the offset there; -1 on failure.
+std::int64_t Seek(int fd, std::int64_t offset);
+std::int64_t SeekEnd(int fd);
+
+inline constexpr unsigned kModeFolder = 0x4000;
+inline constexpr unsigned kModeRegular = 0x8000;
+
+// What `_stat` gives. Sizes and times that do not fit are clamped (0xFFFFFFFE, 0x7FFFFFFF).
+struct FileStat {
+  unsigned mode = 0;  // kModeFolder, kModeRegular, neither for anything else
+  std::uint32_t size = 0;
+  std::int32_t creationTime = 0;
+  std::int32_t modificationTime = 0;
+  std::int32_t accessTime = 0;
+  std::int64_t modificationNanoseconds = 0;  // since the epoch, for caches
+  std::uint64_t device = 0;                  // with `file`: the same real file or folder
+  std::uint64_t file = 0;
+
+  bool isFolder() const { return (mode & kModeFolder) != 0; }
+  bool isRegular() const { return (mode & kModeRegular) != 0; }
+};
+
+// All of these give 0 or -1.
+int Stat(const std::string& path, FileStat& result);
+int StatOpen(int fd, FileStat& result);
+int MakeFolder(const std::string& path);
+int Unlink(const std::string& path);
+int Rename(const std::string& from, const std::string& to);
+
+// Flushes what the process holds in buffers of its own to the system. The calls above keep none,
+// so this is a hook that always succeeds on POSIX.
+int FlushAll();
+
+// The error number of the last failing call of this thread.
+int LastError();
+
+// Makes every missing folder above `path` (the part before its last `\`, the whole chain from the
+// top down); 0 or -1. A path without a `\` gives -1; so does a parent that equals the path.
+int MakeFolderOfPath(const std::string& path);
+
+}  // namespace zvrsit::platform

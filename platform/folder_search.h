@@ -1,0 +1,27 @@
+// Searching a folder, in the manner of the find-first calls.
+#pragma once
+
+#include <string>
+
+namespace zvrsit::platform {
+
+struct FindData {
+  std::string name;  // last component only, spelled as on disk
+};
+
+struct FindState;
+using FindHandle = FindState*;
+
+// Starts a search; null when nothing is found. Two kinds of pattern are known:
+//   FOLDER\*.*  every entry of the folder, "." and ".." among them; on POSIX in bytewise order,
+//               without names that hold a `\`;
+//   any other   the one entry that the path names. Where only another spelling of the last
+//               component (letter case) is there, that one is found. `*` and `?` are literal on
+//               POSIX.
+FindHandle FindFirst(const std::string& pattern, FindData& found);
+// The next entry of the search; false at its end.
+bool FindNext(FindHandle handle, FindData& found);
+// Ends a search; a null handle is allowed.
+void FindClose(FindHandle handle);
+
+}  // namespace zvrsit::platform

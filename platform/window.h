@@ -1,0 +1,60 @@
+// The little of a windowing system that the rebuild drives: a progress bar and two texts.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/api.h"
+
+#if defined(_WIN32)
+#include <windows.h>
+class CWnd;
+#endif
+
+namespace zvrsit {
+
+#if !defined(_WIN32)
+// A window that receives messages. The program derives its progress bar from it.
+class ZVRSIT_API Window {
+ public:
+  virtual ~Window();
+  virtual long OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) = 0;
+};
+using HWND = Window*;
+
+// A window that shows a text.
+class ZVRSIT_API CWnd {
+ public:
+  virtual ~CWnd();
+  virtual void SetWindowTextA(const char* text) = 0;
+};
+#endif
+
+// The rebuild dialog of an application. The rebuild reads `cancel` before each step that can take
+// long; any pointer may be null.
+struct CZvrSiteRebuildProgressDlg {
+  volatile std::int32_t cancel = 0;
+  HWND progressBar = nullptr;
+  CWnd* statusText = nullptr;
+  CWnd* fileNameText = nullptr;
+};
+
+namespace platform {
+
+// Messages of a progress bar.
+inline constexpr unsigned kSetRange = 0x401;     // wParam 0, lParam low word low, high word high
+inline constexpr unsigned kSetPosition = 0x402;  // wParam the position
+
+long SendMessage(HWND window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
+void SetWindowText(CWnd* window, const std::string& text);
+
+// Copies string `id` of the application's string table into `buffer`, at most `size` - 1 bytes
+// and a terminator; the length, 0 when there is no such string.
+int LoadString(unsigned id, char* buffer, int size);
+
+// POSIX: where the string table comes from. The function has LoadString's shape; null for none.
+using StringLoader = int (*)(unsigned id, char* buffer, int size);
+ZVRSIT_API void SetStringLoader(StringLoader loader);
+
+}  // namespace platform
+}  // namespace zvrsit
