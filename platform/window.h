@@ -45,14 +45,14 @@ namespace platform {
 inline constexpr unsigned kSetRange = 0x401;     // wParam 0, lParam low word low, high word high
 inline constexpr unsigned kSetPosition = 0x402;  // wParam the position
 
-long SendMessage(HWND window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
-void SetWindowText(CWnd* window, const std::string& text);
+long SendWindowMessage(HWND window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
+void ShowText(CWnd* window, const std::string& text);
 
 // Copies string `id` of the application's string table into `buffer`, at most `size` - 1 bytes
 // and a terminator; the length, 0 when there is no such string.
-int LoadString(unsigned id, char* buffer, int size);
+int LoadTableString(unsigned id, char* buffer, int size);
 
-// POSIX: where the string table comes from. The function has LoadString's shape; null for none.
+// POSIX: where the string table comes from. The function has the shape of LoadTableString; null for none.
 using StringLoader = int (*)(unsigned id, char* buffer, int size);
 ZVRSIT_API void SetStringLoader(StringLoader loader);
 
