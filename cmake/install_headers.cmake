@@ -1,0 +1,18 @@
+# Installs zvrsit40.h and every header of ours that it reaches, keeping their folders.
+# Wants: source_dir, the root of the sources; header_dir, where the headers go.
+set(todo zvrsit40.h)
+set(seen)
+while(todo)
+  list(POP_FRONT todo header)
+  if(header IN_LIST seen)
+    continue()
+  endif()
+  list(APPEND seen "${header}")
+  get_filename_component(folder "${header}" DIRECTORY)
+  file(INSTALL "${source_dir}/${header}" DESTINATION "${header_dir}/${folder}")
+  file(STRINGS "${source_dir}/${header}" lines REGEX "^[ \t]*#[ \t]*include[ \t]+\"")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*$" "\\1" included "${line}")
+    list(APPEND todo "${included}")
+  endforeach()
+endwhile()
