@@ -1,0 +1,43 @@
+// What one operation (a save, a rebuild) has learned and need not find out again.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "util/url_id.h"
+
+namespace zvrsit {
+
+// Lets the maps below be asked with a string_view, without a copy.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>{}(text);
+  }
+};
+template <class Value>
+using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+
+// Holds for as long as nobody but the operation itself changes the site. SiteMgrBase owns one
+// between BeginOperation and EndOperation; outside of an operation there is none.
+struct OperationMemo {
+  // Path records with existence flag 0 whose file has been looked at: CheckPath leaves them alone.
+  std::unordered_set<std::int32_t> checkedPaths;
+
+  // Targets already resolved and registered, for the link extraction. The key is the extraction's
+  // own business (the base of the page and the target as written); an id of -1 is a target that
+  // gives no link.
+  TextMap<UrlID> targets;
+
+  // Folder (with its final `\`) to the path of the document that stands for it.
+  TextMap<std::string> folderDocuments;
+
+  // Path numbers of the sheets whose style links stand in the link table.
+  std::unordered_set<std::int32_t> registeredSheets;
+};
+
+}  // namespace zvrsit

@@ -1,0 +1,178 @@
+// The low layer of the site manager: the profile tables of all sites, the five tables of the open
+// site, and the operations that put single entries into them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "links/link_rules.h"
+#include "manager/base/operation_memo.h"
+#include "platform/api.h"
+#include "util/url_id.h"
+
+namespace zvrsit {
+
+namespace platform {
+struct FileStat;
+}
+
+class CCSSControl;
+class DOM;
+class SiteFolderDB;
+class SiteLinkDB;
+class SitePathDB;
+class SitePathRec;
+class SiteRelDB;
+class SiteServProfDB;
+class SiteSiteProfDB;
+class SiteSiteRec;
+class SiteUrlDB;
+
+// The order of calls is: construct, setDom, setDB, then any number of OpenSite and CloseSite
+// pairs, then destroy. One thread uses a manager at a time.
+//
+// A copy shares every pointer with its original, on purpose: it is a second handle on the same
+// tables, not a second owner. Only one of the two may be destroyed; the other has to be let go
+// without running its destructor.
+class ZVRSIT_API SiteMgrBase {
+ public:
+  SiteMgrBase() = default;
+  SiteMgrBase(const SiteMgrBase&) = default;
+  SiteMgrBase& operator=(const SiteMgrBase&) = default;
+  // Closes the profile tables and frees everything owned. Tables of a site still open are freed
+  // without being closed: what was not flushed is lost, so call CloseSite first.
+  virtual ~SiteMgrBase();
+
+  // Set-up, in this order, once each.
+
+  // Takes the document library's object, which stays the caller's and outlives the manager.
+  void setDom(DOM* dom);
+
+  // Opens the profile tables at `dir` + `siteProfName` and `dir` + `servProfName`, joined without
+  // a separator, so `dir` ends in `\`; a missing `dir` is made. `mode` 1 and 2 also back the
+  // profile files up after opening, 3 and 4 also restore a damaged one from its backup. Reports
+  // nothing: after a failure GetSiteProf is null or the operations on profiles give -1.
+  void setDB(const char* dir, const char* siteProfName, const char* servProfName, int mode);
+
+  // Opening and closing.
+
+  // Opens the site that is record `siteId` of the site-profile table; the second argument is
+  // ignored. 0, -1 (bad argument, a site already open, an unreadable profile) or -2 (the site's
+  // folder or top file is not on the disk). Tables that cannot be opened are no failure: the
+  // result is 0, all five tables are absent, and what needs them gives -1.
+  int OpenSite(int siteId, int);
+  // Flushes and closes the tables; 0, or -1 when no site is open.
+  int CloseSite();
+
+  // What the manager holds, null while absent; all of it stays the manager's.
+  SiteSiteProfDB* GetSiteProf() const { return siteProf; }
+  SiteServProfDB* GetServProf() const { return servProf; }
+  SiteFolderDB* GetFolderDB() const { return folderDB; }
+  SiteRelDB* GetRelDB() const { return relDB; }
+  SitePathDB* GetPathDB() const { return pathDB; }
+  SiteUrlDB* GetUrlDB() const { return urlDB; }
+  SiteLinkDB* GetLinkDB() const { return linkDB; }
+  CCSSControl* GetCssCtrl() const { return cssCtrl; }
+  // The default document name of the open site; null when its profile has none.
+  const std::string* GetDefaultUrl() const { return defaultUrl; }
+  // The record number of the open site, -1 for none.
+  int GetOpenSiteId() const { return openSiteId; }
+  // 1 when links between files may have changed since the family was last brought up to date.
+  int GetLinksChanged() const { return linksChanged; }
+  // The link rules of the open site, from its profile.
+  LinkRules GetLinkRules() const { return linkRules; }
+
+  // Single entries. Each gives a record number (0 or above), or -1 also when no site is open or
+  // its table is absent. Nothing is rolled back after a partial failure.
+
+  // The number of `url`, added when it is new.
+  int AddUrl(const std::string& url);
+  // Adds a link; an equal link has its occurrence count raised instead. `text` must not be empty.
+  int AddLink(const std::string& text, const UrlID& from, const UrlID& to, int type);
+  // The number of the file `path`. A new one is registered with what the disk says of it, its
+  // folder chain and the relation to its folder; the disk is not asked about a known one.
+  // `checkCase` other than 0: the last component must be spelled as on disk to count as existing.
+  int AddPath(const std::string& path, const std::string& siteDir, int checkCase);
+  // Refreshes a known path whose existence flag is 0 (others are left alone); its number.
+  int CheckPath(const std::string& path, const std::string& siteDir);
+  // The number of `folder` (which ends in `\`), added when it is new; with `withParents` its
+  // missing parents and the relations to them too. A climb that reaches a new drive root gives
+  // -1, although all folders on the way are then there.
+  int AddFolder(const std::string& folder, int withParents);
+  // The number of the relation, added when it is new.
+  int AddRel(const UrlID& parent, const UrlID& child);
+
+  // Each deletes one record: the table's result, or -1 for a negative number or an absent table.
+  // DelLink lowers the occurrence count and deletes with the last one.
+  int DelUrl(int id);
+  int DelPath(int id);
+  int DelLink(int id);
+  int DelFolder(int id);
+  int DelRel(int id);
+
+  // Frees a string that the library returned; a null pointer is allowed. 0.
+  static int DeleteString(std::string* text);
+
+  // What the running operation remembers; null outside of one.
+  OperationMemo* GetOperationMemo() const { return operationMemo; }
+
+ protected:
+  // An operation that remembers, for as long as this lives. An operation inside another shares
+  // the memory of the outer one.
+  class Operation {
+   public:
+    explicit Operation(SiteMgrBase& manager);
+    ~Operation();
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+   private:
+    SiteMgrBase& manager_;
+    bool outermost_;
+  };
+
+  // Tells the style-sheet library the folders of `rec`: 0, or -1 when the site folder is unset.
+  int NotifyCss(SiteSiteRec& rec);
+
+  // AddPath for a file that the caller has just looked at.
+  int AddPathSeen(const std::string& path, const std::string& siteDir,
+                  const platform::FileStat& seen);
+
+  // The text `ref` of the site-profile table's store; false when unset or unreadable.
+  bool ReadProfileText(std::int32_t ref, std::string& text) const;
+  // The profile record of the open site; false when it cannot be read.
+  bool ReadOpenSite(SiteSiteRec& rec) const;
+
+  // In this order.
+  SiteSiteProfDB* siteProf = nullptr;
+  SiteServProfDB* servProf = nullptr;
+  SiteFolderDB* folderDB = nullptr;
+  SiteRelDB* relDB = nullptr;
+  SitePathDB* pathDB = nullptr;
+  SiteUrlDB* urlDB = nullptr;
+  SiteLinkDB* linkDB = nullptr;
+  std::string* defaultUrl = nullptr;
+  std::int32_t openSiteId = -1;
+  std::string* dbDir = nullptr;
+  DOM* dom = nullptr;
+  CCSSControl* cssCtrl = nullptr;
+  std::string* docRoot = nullptr;
+  std::int32_t linksChanged = 1;
+  std::string* servProfPath = nullptr;
+
+  LinkRules linkRules = LinkRules::Classic;
+  OperationMemo* operationMemo = nullptr;
+
+ private:
+  enum class CaseCheck { kNo, kYes };
+
+  bool OpenTables(const std::string (&files)[5]);
+  void DropTables();
+  int ReadDefaultUrl(const SiteSiteRec& rec);
+  int AddPathRecord(const std::string& path, const std::string& siteDir, CaseCheck caseCheck,
+                    const platform::FileStat* seen);
+  int FillFromDisk(const std::string& path, const std::string& siteDir, CaseCheck caseCheck,
+                   const platform::FileStat* seen, SitePathRec& rec);
+};
+
+}  // namespace zvrsit
