@@ -1,0 +1,49 @@
+// The profiles of sites and servers as plain values.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "links/link_rules.h"
+
+namespace zvrsit {
+
+// The folder slots of a site profile that have a meaning of their own.
+inline constexpr int kSiteFolderSlots = 10;
+inline constexpr int kSlotDocumentRoot = 0;  // ends in `\`
+inline constexpr int kSlotSiteFolder = 1;    // ends in `\`
+inline constexpr int kSlotLiveUrl = 9;       // the URL under which the site is served
+
+// A site's profile. An empty text is a field that is not set.
+struct SiteProfile {
+  std::array<std::string, kSiteFolderSlots> folders;
+  std::string topFile;     // full path of the home page
+  std::string defaultUrl;  // name of the document that stands for its folder
+  std::string server;      // name of the server profile
+  bool useDocumentRoot = false;
+  LinkRules linkRules = LinkRules::Classic;
+  std::int32_t rebuildState = 0;  // 0 never rebuilt, 1 the last one failed, 2 it succeeded
+};
+
+// A server's profile. An empty text is a field that is not set. The passwords are in clear here
+// and scrambled in the file.
+struct ServProfile {
+  std::string host;
+  std::string user;
+  std::string password;
+  std::string dir;
+  std::int32_t firewall = 0;
+  std::string firewallHost;
+  std::string firewallUser;
+  std::string firewallPassword;
+  std::int32_t transferType = 0;
+  std::int32_t initDirMode = 0;
+  std::int32_t lockDir = 0;
+  std::string initRemoteDir;
+  std::string mruDirRemote;
+  std::string mruDirLocal;
+  std::string asciiSuffix;
+};
+
+}  // namespace zvrsit
