@@ -1,0 +1,87 @@
+// What a page refers to: a function from a parsed document to rows, with no table of the site in
+// sight. Both generations of the manager read pages through it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "links/link_rules.h"
+#include "links/link_type.h"
+
+namespace zvrsit {
+
+class Attribute;
+class Document;
+
+// One reference of the page, in the order in which references are registered.
+struct LinkRow {
+  std::uint32_t type = 0;        // an LT_ code
+  std::uint32_t offset = 0;      // byte offset of the attribute's value in the document's text
+  std::string_view target;       // as written, character references decoded
+  std::string_view alternative;  // ALT; empty when there is none
+  bool withAlternative = false;  // IMG SRC and INPUT SRC: stored with alternative text
+  bool ofSameElement = false;    // goes with the row before it (a map file with its image)
+};
+
+// The META properties that a page record keeps, in its order, and the one that is a link.
+enum class MetaKey : std::uint8_t {
+  kLastModified,
+  kExpires,
+  kGenerator,
+  kKeywords,
+  kDescription,
+  kContentType,
+  kRefresh,
+};
+inline constexpr std::size_t kMetaProperties = 6;
+
+struct MetaRow {
+  MetaKey key;
+  std::uint32_t offset = 0;  // of the CONTENT value
+  // Never empty. For kRefresh the target: the whole CONTENT under Classic, its URL under Web.
+  std::string_view content;
+};
+
+// The rows of one page. The views point into the document's text or into memory of this object;
+// they hold until the document is gone or the next page is extracted. Reused from page to page, it
+// keeps its memory.
+class PageRows {
+ public:
+  PageRows();
+  ~PageRows();
+  PageRows(const PageRows&) = delete;
+  PageRows& operator=(const PageRows&) = delete;
+
+  bool hasTitle = false;
+  std::string_view title;
+  std::string_view baseHref;  // of the first BASE; empty for none. Web only
+  std::vector<MetaRow> metas;
+  std::vector<LinkRow> links;
+  // The first so many of `links` are A HREF; they are registered before the anchor names.
+  std::size_t anchorLinks = 0;
+  std::vector<std::string_view> anchors;  // A NAME, none of them empty
+
+  void Clear();
+  // The decoded value of an attribute: a view of the text itself where nothing needs decoding.
+  std::string_view Decoded(const Attribute& attribute);
+  // A copy that lives as long as the rows.
+  std::string_view Keep(std::string_view text);
+
+ private:
+  struct Arena;
+  std::unique_ptr<Arena> arena_;
+  std::string scratch_;
+};
+
+// Fills `rows` (cleared first) from `document`. Style sheets (LINK REL=STYLESHEET, STYLE, style
+// attributes) are not among the rows. Content of TEMPLATE does not count.
+void ExtractPage(const Document& document, LinkRules rules, PageRows& rows);
+
+// The value of the first BASE with an HREF, decoded; empty for none.
+std::string FirstBaseHref(const Document& document);
+
+}  // namespace zvrsit
