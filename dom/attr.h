@@ -1,0 +1,79 @@
+// The attribute names that the document resolves once, while it is read.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/api.h"
+
+namespace zvrsit {
+
+enum class Attr : std::uint16_t {
+  kOther,
+  kAction,
+  kAlt,
+  kArchive,
+  kAs,
+  kBackground,
+  kCharset,
+  kCite,
+  kClass,
+  kClassid,
+  kCode,
+  kCodebase,
+  kContent,
+  kData,
+  kDownload,
+  kDynsrc,
+  kEncoding,
+  kFormaction,
+  kHref,
+  kHreflang,
+  kHttpEquiv,
+  kIcon,
+  kId,
+  kImagesizes,
+  kImagesrcset,
+  kIsmap,
+  kItemid,
+  kItemtype,
+  kLang,
+  kLongdesc,
+  kLowsrc,
+  kManifest,
+  kMapfile,
+  kMedia,
+  kMethod,
+  kName,
+  kObject,
+  kPing,
+  kPluginspage,
+  kPoster,
+  kProfile,
+  kProperty,
+  kRel,
+  kRev,
+  kSizes,
+  kSrc,
+  kSrcdoc,
+  kSrcset,
+  kStyle,
+  kTarget,
+  kTitle,
+  kType,
+  kUsemap,
+  kValue,
+  kXlinkHref,
+  kXmlBase,
+  kCount
+};
+
+inline constexpr std::size_t kAttrCount = static_cast<std::size_t>(Attr::kCount);
+
+// The number of an attribute name in any ASCII case; kOther for a name without one.
+ZVRSIT_API Attr AttrOf(std::string_view name);
+
+// The name in lower case, "" for kOther.
+ZVRSIT_API std::string_view AttrName(Attr attr);
+
+}  // namespace zvrsit
