@@ -1,0 +1,244 @@
+#include "legacy/sit_pair_db.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "legacy/word_record.h"
+
+namespace zvrsit {
+
+namespace {
+
+constexpr std::int64_t kHeaderSize = 8;
+constexpr std::int64_t kRecordSize = sizeof(SitPairRec);
+static_assert(kRecordSize == 36);
+
+// Meant to be one for all stores: an enumeration of one store restarts with a query of another.
+PairQuery lastQuery;
+
+std::int64_t SlotOffset(std::int32_t id) {
+  return kHeaderSize + kRecordSize * id;
+}
+
+}  // namespace
+
+void ForgetLastPairQuery() {
+  lastQuery = {};
+}
+
+SitPairDB::SitPairDB(const std::string& path, int kind, SitHist* history) : history_(history) {
+  Open(path, kind);
+}
+
+int SitPairDB::Open(const std::string& path, int kind) {
+  Close();
+  if (kind == kLinkFile) storeTag_ = kTagLink;
+  if (kind == kRelationFile) storeTag_ = kTagRel;
+  path_ = path;
+  nextId_ = liveCount_ = 0;
+  const int opened = file_.Open(path);
+  if (!path.empty()) strings_.Open(path.substr(0, path.size() - 1) + "S");
+  return opened < 0 ? -1 : Load();
+}
+
+int SitPairDB::Load() {
+  std::int32_t slots = 0;
+  std::int32_t live = 0;
+  if (!file_.ReadWord(0, slots) || !file_.ReadWord(4, live)) return -1;
+  if (slots < 0 || live < 0) {
+    // New records go behind those that the damaged header hides.
+    nextId_ = static_cast<std::int32_t>(std::max<std::int64_t>(file_.Size() - kHeaderSize, 0) /
+                                        kRecordSize);
+    return -1;
+  }
+  nextId_ = slots;
+  liveCount_ = live;
+  SitFileScan scan(file_, kHeaderSize);
+  WordBytes<SitPairRec> bytes;
+  while (scan.Take(bytes.data(), bytes.size())) {
+    const auto record = LoadWords<SitPairRec>(bytes.data());
+    // Deleted records are indexed too, under id -1; Find meets them and callers count on it.
+    index_.Append(record.id, record.from, record.to);
+  }
+  cursor_ = index_.Head();
+  return 0;
+}
+
+void SitPairDB::Close() {
+  strings_.Close();
+  file_.Close();
+  index_.Clear();
+  cursor_ = lastMatch_ = PairIndex::kNone;
+}
+
+std::unique_ptr<SitPairRec> SitPairDB::Find(const UrlID& from, const UrlID& to) {
+  const PairQuery query{from, to};
+  if (query != lastQuery) {
+    lastQuery = query;
+    cursor_ = index_.Head();
+  }
+  if (cursor_ == PairIndex::kNone) {
+    cursor_ = index_.Head();
+    return nullptr;
+  }
+  const int match = MatchFromCursor(query);
+  lastMatch_ = match;
+  lastMatchQuery_ = query;
+  if (match == PairIndex::kNone) {
+    cursor_ = index_.Head();
+    return nullptr;
+  }
+  cursor_ = index_.Next(match);
+  return Read(index_.At(match).id);
+}
+
+int SitPairDB::MatchFromCursor(const PairQuery& query) const {
+  const bool resumed = lastMatch_ != PairIndex::kNone && lastMatchQuery_ == query &&
+                       index_.Next(lastMatch_) == cursor_;
+  return resumed ? index_.NextMatch(query.from, query.to, lastMatch_)
+                 : index_.FirstMatch(query.from, query.to, cursor_);
+}
+
+int SitPairDB::Add(const UrlID& from, const UrlID& to) {
+  if (from == kAnyUrlID || to == kAnyUrlID) return -1;
+  const int cursor = cursor_;
+  // With no cursor, a search for the pair of the last query ends at once, and the pair gets a
+  // second record. Meant.
+  cursor_ = PairIndex::kNone;
+  const std::unique_ptr<SitPairRec> found = Find(from, to);
+  cursor_ = cursor;
+  if (found != nullptr) {
+    if (found->refCount < std::numeric_limits<std::int32_t>::max()) ++found->refCount;
+    WriteSlot(*found, found->id);
+    RecordChange(kOpAdd, *found);
+    return found->id;
+  }
+  SitPairRec added;
+  added.id = nextId_;
+  added.from = from;
+  added.to = to;
+  if (liveCount_ < std::numeric_limits<std::int32_t>::max()) ++liveCount_;
+  file_.WriteWord(4, liveCount_);
+  WriteSlot(added, added.id);
+  index_.Append(added.id, from, to);
+  if (nextId_ < std::numeric_limits<std::int32_t>::max()) ++nextId_;
+  file_.WriteWord(0, nextId_);
+  RecordChange(kOpAdd, added);
+  return added.id;
+}
+
+int SitPairDB::Delete(SitPairRec& record, bool force) {
+  if (record.refCount < 1) return 0;
+  record.refCount = force ? 0 : record.refCount - 1;
+  // The lowered count is meant to stay in memory: the file keeps the old one.
+  if (record.refCount > 0) return record.refCount;
+  --liveCount_;
+  liveCount_ = std::max(liveCount_, 0);
+  file_.WriteWord(4, liveCount_);
+  RemoveFromIndex(record);
+  const std::int32_t slot = record.id;
+  if (const auto old = Read(slot)) RecordChange(kOpDelete, *old);
+  record.id = -1;
+  return WriteSlot(record, slot) ? 0 : -1;
+}
+
+void SitPairDB::RemoveFromIndex(const SitPairRec& record) {
+  const int removed = index_.Remove(record.id, record.from, record.to);
+  if (removed == PairIndex::kNone) return;
+  if (cursor_ == removed) cursor_ = index_.Next(removed);
+  if (lastMatch_ == removed) lastMatch_ = PairIndex::kNone;
+}
+
+std::unique_ptr<SitPairRec> SitPairDB::Read(int id) {
+  WordBytes<SitPairRec> bytes;
+  if (id < 0 || !file_.ReadAt(SlotOffset(id), bytes.data(), bytes.size())) return nullptr;
+  return std::make_unique<SitPairRec>(LoadWords<SitPairRec>(bytes.data()));
+}
+
+bool SitPairDB::WriteSlot(const SitPairRec& record, std::int32_t id) {
+  if (id < 0) return false;
+  const WordBytes<SitPairRec> bytes = StoreWords(record);
+  return file_.WriteAt(SlotOffset(id), bytes.data(), bytes.size());
+}
+
+int SitPairDB::Write(const SitPairRec& record) {
+  if (const auto old = Read(record.id)) RecordChange(kOpRewrite, *old);
+  return WriteSlot(record, record.id) ? static_cast<int>(kRecordSize) : -1;
+}
+
+void SitPairDB::RecordChange(std::uint32_t operation, const SitPairRec& record) {
+  if (history_ != nullptr) history_->Record(storeTag_ | operation, 0, WordsAsText(record));
+}
+
+int SitPairDB::Count() {
+  std::int32_t slots = -1;
+  return file_.ReadWord(0, slots) ? slots : -1;
+}
+
+std::optional<std::string> SitPairDB::GetString(int id) {
+  return strings_.Get(id);
+}
+
+int SitPairDB::AddString(const char* text) {
+  const int id = strings_.Add(text, 0);
+  if (id >= 0 && history_ != nullptr) history_->Record(storeTag_ | kOpStringAdd, id, {});
+  return id;
+}
+
+int SitPairDB::DeleteString(int id) {
+  std::optional<std::string> old = strings_.Get(id);
+  if (old && history_ != nullptr) {
+    history_->Record(storeTag_ | kOpStringDelete, id, std::move(*old));
+  }
+  return strings_.Delete(id);
+}
+
+int SitPairDB::CopyLiveRecords(SitPackWriter& copy) {
+  SitFileScan scan(file_, kHeaderSize);
+  WordBytes<SitPairRec> bytes;
+  std::int32_t kept = 0;
+  while (scan.Take(bytes.data(), bytes.size())) {
+    if (LoadLE32(bytes.data()) == -1) continue;
+    StoreLE32(bytes.data(), kept++);
+    copy.Append(bytes.data(), bytes.size());
+  }
+  return kept;
+}
+
+int SitPairDB::Pack(bool reopen) {
+  if (!file_.IsOpen()) return -1;
+  SitPackWriter copy(path_, kHeaderSize);
+  if (!copy.IsOpen()) return -1;
+  const std::int32_t kept = CopyLiveRecords(copy);
+  unsigned char header[kHeaderSize];
+  StoreLE32(header, kept);
+  StoreLE32(header + 4, kept);
+  if (!copy.Finish(header, sizeof header)) return -1;
+  strings_.Pack(false);
+  Close();
+  const bool replaced = copy.Replace();
+  if (reopen) Open(std::string(path_), -1);
+  return replaced ? kept : -1;
+}
+
+int SitPairDB::Remove() {
+  const std::string path = path_;
+  const std::string companion = strings_.path();
+  Close();
+  const bool deleted = platform::Unlink(path) >= 0;
+  const bool companionDeleted = platform::Unlink(companion) >= 0;
+  if (!deleted || !companionDeleted) return -1;
+  Open(path, -1);
+  return 0;
+}
+
+std::vector<int> SitPairDB::Matching(const UrlID& from, const UrlID& to) const {
+  std::vector<int> ids;
+  for (int match = index_.FirstMatch(from, to, index_.Head()); match != PairIndex::kNone;
+       match = index_.NextMatch(from, to, match)) {
+    if (const int id = index_.At(match).id; id >= 0) ids.push_back(id);
+  }
+  return ids;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,77 @@
+// The file of strings beside a record file of the older generation: texts of any length under ids.
+//
+// Little-endian signed 32-bit words:
+//
+//   offset  size  meaning
+//        0     4  live bytes: length of all bodies appended since the last packing (a deletion
+//                 does not lower it)
+//        4     4  dead bytes: length of all bodies deleted since the last packing
+//        8   ...  entries, one after another
+//
+//   in an entry:
+//        0     4  the file offset of this entry
+//        4     4  string id; -1 marks a deleted entry
+//        8     4  length of the body, its NUL included
+//       12   ...  body: the text and a NUL; a deleted body is "*"s and a NUL
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "legacy/sit_file.h"
+#include "legacy/sit_id_set.h"
+
+namespace zvrsit {
+
+class SitStrDB {
+ public:
+  SitStrDB() = default;
+  ~SitStrDB() { Close(); }
+
+  // Opens or creates the file and indexes its live entries. 0, or -1 when it cannot be opened;
+  // every later operation on it then fails. An entry that the end of the file cuts off does not
+  // count, and the next string takes its place.
+  int Open(const std::string& path);
+  // Writes the two counters and closes; 0 or -1. May be called twice.
+  int Close();
+
+  // The text of an id; none when the id is negative or unknown or the body cannot be read.
+  std::optional<std::string> Get(int id);
+  // Adds a text (up to its first NUL) under `wanted`, or near it as SitIdSet::Allocate says. The
+  // id, or -1 for a null text and when the entry cannot be written.
+  int Add(const char* text, int wanted);
+  // Overwrites the body with "*"s and releases the id; 0 or -1.
+  int Delete(int id);
+  // Gives an id another text: in place when it fits, so that bytes of the old text may follow the
+  // new NUL; else deleted and added again, wanting the same id. The id or -1.
+  int Update(int id, const char* text);
+  // Copies the live entries, ids unchanged, into the path followed by "_pack" and puts that in the
+  // file's place. The file is closed after it, unless `reopen`. 0, or -1 with the old file kept.
+  int Pack(bool reopen);
+
+  bool IsOpen() const { return file_.IsOpen(); }
+  const std::string& path() const { return file_.path(); }
+  std::int32_t liveBytes() const { return liveBytes_; }
+  std::int32_t deadBytes() const { return deadBytes_; }
+
+ private:
+  struct Entry {
+    std::int32_t offset;
+    std::int32_t length;
+  };
+
+  void Load();
+  bool WriteEntry(const Entry& entry, int id, const std::string& body);
+  bool CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes);
+
+  SitFile file_;
+  std::int32_t liveBytes_ = 0;
+  std::int32_t deadBytes_ = 0;
+  std::int64_t end_ = 0;  // where the next entry goes
+  std::unordered_map<int, Entry> entries_;
+  SitIdSet used_;
+};
+
+}  // namespace zvrsit
