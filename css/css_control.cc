@@ -1,0 +1,249 @@
+#include "css/css_control.h"
+
+#include <utility>
+
+#include "css/css_decode.h"
+#include "css/css_references.h"
+#include "css/css_sheet.h"
+#include "dom/code_conv.h"
+#include "dom/document.h"
+#include "dom/dom.h"
+#include "dom/mapped_file.h"
+#include "links/extractor.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+constexpr std::string_view kWhitespace = " \t\n\f\r";
+
+int TypeOf(CssReferenceKind kind) {
+  switch (kind) {
+    case CssReferenceKind::kImport:
+      return CCSSControl::Type_Import;
+    case CssReferenceKind::kImage:
+      return CCSSControl::Type_Image;
+    case CssReferenceKind::kOther:
+      break;
+  }
+  return CCSSControl::Type_Other;
+}
+
+// Whether one of the words of an upper-case REL is STYLESHEET.
+bool HoldsStylesheet(std::string_view rel) {
+  constexpr std::string_view kWord = "STYLESHEET";
+  for (size_t at = 0;;) {
+    at = rel.find_first_not_of(kWhitespace, at);
+    if (at == std::string_view::npos) return false;
+    const size_t end = std::min(rel.find_first_of(kWhitespace, at), rel.size());
+    if (rel.substr(at, end - at) == kWord) return true;
+    at = end;
+  }
+}
+
+// A STYLE element of another TYPE holds something that is no style sheet.
+bool IsCss(const Element& style) {
+  const Attribute type = style.attributes().find(Attr::kType);
+  if (!type) return true;
+  std::string value = type.value();
+  ToUpperMB(value);
+  return value.empty() || value == "TEXT/CSS";
+}
+
+// Without a bracket, declarations hold no address. "&" may stand for one.
+bool MayHoldAddress(std::string_view declarations) {
+  return declarations.find_first_of("(&") != std::string_view::npos;
+}
+
+void EndSiblings(std::vector<CssNode>& nodes) {
+  if (!nodes.empty()) nodes.back().isLast = true;
+}
+
+CssNode RootNode(const std::string& path) {
+  CssNode root;
+  root.assign(path);
+  return root;
+}
+
+}  // namespace
+
+CCSSControl::CCSSControl() = default;
+CCSSControl::~CCSSControl() = default;
+
+void CCSSControl::SetObject(DOM* dom) {
+  dom_ = dom;
+}
+
+void CCSSControl::ClearSiteOption() {
+  siteFolder_.clear();
+  slot7_.clear();
+  slot3_.clear();
+  documentRoot_.clear();
+  SetLinkRules(LinkRules::Classic);
+}
+
+void CCSSControl::SetSiteSaveDir(const std::string& siteFolder, const std::string& slot7,
+                                 const std::string& slot3) {
+  siteFolder_ = siteFolder;
+  slot7_ = slot7;
+  slot3_ = slot3;
+  DropSheets();
+}
+
+void CCSSControl::SetSiteDocumentRoot(const std::string& folder) {
+  documentRoot_ = folder;
+  DropSheets();
+}
+
+void CCSSControl::SetLinkRules(LinkRules rules) {
+  resolver_ = TargetResolver(rules);
+  DropSheets();
+}
+
+// What a sheet refers to has been resolved under options that no longer hold.
+void CCSSControl::DropSheets() {
+  sheets_.clear();
+}
+
+CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
+  CCSSFileTree tree(*this);
+  if (document != nullptr) {
+    CollectPage(path, *document, tree);
+    return tree;
+  }
+  Document* const page = dom_ == nullptr ? nullptr : dom_->createDocument("HTML");
+  if (page == nullptr) return tree;
+  MappedFile file;
+  CodeConv conversion;
+  if (file.open(path, 0) && conversion.Import(file.top(), file.size(), 0)) {
+    const int length = static_cast<int>(conversion.length());
+    if (page->createNodes(conversion.text(), length, nullptr, true) == 0) {
+      CollectPage(path, *page, tree);
+    }
+  }
+  dom_->deleteDocument(page);
+  return tree;
+}
+
+CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path) {
+  CCSSFileTree tree(*this);
+  tree.roots_.push_back(RootNode(path));
+  tree.roots_.back().isSheet = true;
+  EndSiblings(tree.roots_);
+  return tree;
+}
+
+std::shared_ptr<const CssSheet> CCSSControl::SheetAt(const std::string& path) {
+  platform::FileStat now;
+  if (platform::Stat(path, now) < 0 || !now.isRegular()) {
+    sheets_.erase(path);
+    return nullptr;
+  }
+  std::shared_ptr<const CssSheet>& kept = sheets_[path];
+  if (kept == nullptr || !kept->isOf(now)) {
+    auto sheet = std::make_shared<CssSheet>();
+    sheet->file = now;
+    ReadSheet(path, *sheet);
+    kept = std::move(sheet);
+  }
+  return kept;
+}
+
+// A sheet that cannot be read refers to nothing.
+void CCSSControl::ReadSheet(const std::string& path, CssSheet& sheet) {
+  MappedFile file;
+  if (!file.open(path, 0)) return;
+  std::string buffer;
+  const std::string_view text = DecodeSheet({file.top(), file.size()}, buffer);
+  found_.clear();
+  CollectCssReferences(text, CssSource::kSheet, found_);
+  BeginFile(path);
+  AddReferences(sheet.references);
+  EndSiblings(sheet.references);
+}
+
+void CCSSControl::BeginFile(const std::string& path) {
+  resolver_.BeginPage(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
+}
+
+void CCSSControl::CollectPage(const std::string& path, const Document& document,
+                              CCSSFileTree& tree) {
+  tree.roots_.push_back(RootNode(path));
+  BeginFile(path);
+  if (resolver_.rules() == LinkRules::Web) {
+    const std::string base = FirstBaseHref(document);
+    if (!base.empty()) resolver_.SetBase(base);
+  }
+  AddLinks(document, tree);
+  found_.clear();
+  FindInStyles(document);
+  FindInStyleAttributes(document);
+  AddReferences(tree.ofThePage_);
+  EndSiblings(tree.ofThePage_);
+  EndSiblings(tree.roots_);
+}
+
+// A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
+// ordinary link of the page, but the sheet is read all the same.
+void CCSSControl::AddLinks(const Document& document, CCSSFileTree& tree) {
+  for (const std::uint32_t index : document.elementsOf(Tag::kLink)) {
+    const AttributeList attributes = document.element(index).attributes();
+    const Attribute rel = attributes.find(Attr::kRel);
+    const Attribute href = attributes.find(Attr::kHref);
+    if (!rel || !href) continue;
+    std::string words = rel.value();
+    ToUpperMB(words);
+    if (words == "STYLESHEET") {
+      AddNode(href.value(), Type_Link, tree.ofThePage_);
+    } else if (HoldsStylesheet(words) && AddNode(href.value(), Type_Link, tree.roots_) &&
+               !tree.roots_.back().isSheet) {
+      tree.roots_.pop_back();
+    }
+  }
+}
+
+void CCSSControl::FindInStyles(const Document& document) {
+  for (const Tag tag : {Tag::kStyle, Tag::kSvgStyle}) {
+    for (const std::uint32_t index : document.elementsOf(tag)) {
+      const Element style = document.element(index);
+      const Text text = style.firstChild().asText();
+      if (text && IsCss(style)) CollectCssReferences(text.data(true), CssSource::kSheet, found_);
+    }
+  }
+}
+
+void CCSSControl::FindInStyleAttributes(const Document& document) {
+  for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
+    if (!MayHoldAddress(style.attribute.rawValue())) continue;
+    CollectCssReferences(style.attribute.value(), CssSource::kDeclarations, found_);
+  }
+}
+
+void CCSSControl::AddReferences(std::vector<CssNode>& nodes) {
+  for (const CssReference& reference : found_) {
+    AddNode(reference.text, TypeOf(reference.kind), nodes);
+  }
+}
+
+// False when the reference names nothing that could be recorded.
+bool CCSSControl::AddNode(const std::string& declared, int type, std::vector<CssNode>& nodes) {
+  CssNode node;
+  const TargetKind kind = declared.empty() ? TargetKind::kNone : resolver_.Resolve(declared, node);
+  if (kind != TargetKind::kLocal && kind != TargetKind::kExternal) return false;
+  if (node.empty()) return false;
+  node.declared = declared;
+  node.type = type;
+  node.isExternal = kind == TargetKind::kExternal;
+  const bool namesSheet = type == Type_Link || type == Type_Import;
+  node.isSheet = namesSheet && !node.isExternal && IsReadable(node);
+  nodes.push_back(std::move(node));
+  return true;
+}
+
+// Under the web rules only what lies in the site is read.
+bool CCSSControl::IsReadable(const std::string& path) const {
+  if (resolver_.rules() == LinkRules::Classic) return true;
+  return path.compare(0, siteFolder_.size(), siteFolder_) == 0;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,91 @@
+// The style-sheet library's front: reads the sheets of pages and gives their file trees.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "css/css_file_tree.h"
+#include "links/link_rules.h"
+#include "links/site_url.h"
+#include "platform/api.h"
+
+namespace zvrsit {
+
+class DOM;
+class Document;
+struct CssNode;
+struct CssReference;
+struct CssSheet;
+
+// Sheets are read once and kept by path, until the file's size or modification time (in
+// nanoseconds) changes or an option is set. One thread at a time uses a control and its trees.
+class ZVRSIT_API CCSSControl {
+ public:
+  // What CCSSFileTree::getType gives.
+  static constexpr int Type_Other = 0;   // fonts, behaviours, custom properties; also the root
+  static constexpr int Type_Link = 1;    // LINK with REL=STYLESHEET
+  static constexpr int Type_Import = 2;  // @import
+  static constexpr int Type_Image = 3;   // the value of a property that takes an image
+
+  CCSSControl();
+  ~CCSSControl();
+  CCSSControl(const CCSSControl&) = delete;
+  CCSSControl& operator=(const CCSSControl&) = delete;
+
+  // The document library, which stays the caller's. Needed only to read pages from the disk.
+  void SetObject(DOM* dom);
+
+  // Forgets the folders, goes back to the classic link rules, and drops every sheet that is kept.
+  void ClearSiteOption();
+  // The folders of the open site: the site folder, which ends in `\`, and the folders of slots 7
+  // and 3 of its profile, empty when unset. The latter two are where the application saves parts
+  // of a page; no reference is resolved through them.
+  void SetSiteSaveDir(const std::string& siteFolder, const std::string& slot7,
+                      const std::string& slot3);
+  // The folder that "/" names; the site folder where this is not called or `folder` is empty.
+  void SetSiteDocumentRoot(const std::string& folder);
+  // How references are resolved, and whether sheets outside of the site folder are read (under
+  // the classic rules only).
+  void SetLinkRules(LinkRules rules);
+
+  // The tree of a page: its linked sheets, what its STYLE elements import and the addresses in
+  // them, then those in style attributes. A null document is read from the file at `path`; when
+  // that fails, the tree has no root.
+  CCSSFileTree GetFileTree(const std::string& path, Document* document);
+  // The tree of a sheet. One that cannot be read is a root without children.
+  CCSSFileTree GetFileTreeFromCSS(const std::string& path);
+
+ private:
+  friend class CCSSFileTree;
+
+  // The sheet at `path` as it is on the disk now; null when there is no such file.
+  std::shared_ptr<const CssSheet> SheetAt(const std::string& path);
+  void ReadSheet(const std::string& path, CssSheet& sheet);
+  void DropSheets();
+
+  void CollectPage(const std::string& path, const Document& document, CCSSFileTree& tree);
+  void AddLinks(const Document& document, CCSSFileTree& tree);
+  // Both append to found_.
+  void FindInStyles(const Document& document);
+  void FindInStyleAttributes(const Document& document);
+
+  // References are taken from the file at `path` from here on.
+  void BeginFile(const std::string& path);
+  void AddReferences(std::vector<CssNode>& nodes);  // of found_
+  bool AddNode(const std::string& declared, int type, std::vector<CssNode>& nodes);
+  bool IsReadable(const std::string& path) const;
+
+  DOM* dom_ = nullptr;
+  std::string siteFolder_;
+  std::string slot7_;
+  std::string slot3_;
+  std::string documentRoot_;
+  TargetResolver resolver_;
+  std::vector<CssReference> found_;  // scratch
+  std::unordered_map<std::string, std::shared_ptr<const CssSheet>> sheets_;
+};
+
+}  // namespace zvrsit

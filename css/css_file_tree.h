@@ -1,0 +1,71 @@
+// What a page or a style sheet refers to, and what those files refer to in turn.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "platform/api.h"
+
+namespace zvrsit {
+
+class CCSSControl;
+struct CssNode;
+struct CssSheet;
+
+// A tree of strings: each node is the full `\` path of a file, or a URL, and its children are what
+// that file refers to, in the order of the file. A reference that stands twice is two nodes. A
+// node is handed out as a pointer to its string, which is the tree's and lives as long as it.
+//
+// The root is the page or sheet that the tree was asked for. Its siblings are sheets that the page
+// reads without referring to them as to a style sheet: those of a LINK whose REL holds more than
+// the word.
+//
+// Sheets are read when they are first asked about. Each file bears children once in a tree, at the
+// node where it is asked about first; so import cycles end, and a tree is no larger than its sheets
+// together. A tree must not outlive its CCSSControl.
+class ZVRSIT_API CCSSFileTree {
+ public:
+  CCSSFileTree(CCSSFileTree&&) noexcept;
+  CCSSFileTree& operator=(CCSSFileTree&&) noexcept;
+  ~CCSSFileTree();
+
+  // All of these accept null, as for a node that is not there. Nodes must be of this tree.
+
+  // Null when the page could not be read.
+  const std::string* getRoot() const;
+  // 1 or 0.
+  int hasChildren(const std::string* node);
+  const std::string* getFirstChild(const std::string* node);
+  const std::string* getNextSibling(const std::string* node) const;
+  // The reference as it is written in the page or sheet, with its escapes decoded; null for the
+  // root. The tree's.
+  const std::string* getDeclaredText(const std::string* node) const;
+  // One of the Type_ constants of CCSSControl.
+  int getType(const std::string* node) const;
+
+  // 1 when the node is a URL, 0 when it is a path.
+  int isExternal(const std::string* node) const;
+  // 1 when the node is a sheet of the site, so that it may have children.
+  int isSheet(const std::string* node) const;
+
+ private:
+  friend class CCSSControl;
+  using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;  // device and file
+
+  explicit CCSSFileTree(CCSSControl& control);
+  const std::vector<CssNode>* ChildrenOf(const CssNode& node);
+  const std::vector<CssNode>* SheetChildren(const CssNode& node);
+
+  CCSSControl* control_;
+  std::vector<CssNode> roots_;      // the root, then its siblings
+  std::vector<CssNode> ofThePage_;  // the root's children, when it is a page
+  std::unordered_map<const CssNode*, const std::vector<CssNode>*> askedAbout_;
+  std::map<FileIdentity, std::shared_ptr<const CssSheet>> sheets_;
+};
+
+}  // namespace zvrsit
