@@ -1,0 +1,63 @@
+// IdTable: one small value for each number, zero until set, in pieces that are made when first
+// written. Memory follows the numbers in use, not the largest one that a file claims to have.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace zvrsit {
+
+template <class Value>
+class IdTable {
+ public:
+  // Makes it `count` zero values.
+  void Reset(std::size_t count) {
+    pieces_.clear();
+    count_ = 0;
+    Grow(count);
+  }
+  // Makes it at least `count` values long.
+  void Grow(std::size_t count) {
+    if (count <= count_) return;
+    count_ = count;
+    const std::size_t wanted = (count + kPiece - 1) / kPiece;
+    if (wanted > pieces_.size()) pieces_.resize(wanted);
+  }
+  std::size_t size() const { return count_; }
+
+  // The value of an id; throws std::out_of_range for one that is not there.
+  const Value& at(std::size_t id) const {
+    Check(id);
+    const auto& piece = pieces_[id / kPiece];
+    return piece == nullptr ? zero_ : piece[id % kPiece];
+  }
+  // The same for writing.
+  Value& slot(std::size_t id) {
+    Check(id);
+    auto& piece = pieces_[id / kPiece];
+    if (piece == nullptr) piece = std::make_unique<Value[]>(kPiece);
+    return piece[id % kPiece];
+  }
+
+  // The first id from `id` on whose value may differ from zero, or size(): whole pieces that were
+  // never written are skipped.
+  std::size_t SkipUnmade(std::size_t id) const {
+    while (id < count_ && pieces_[id / kPiece] == nullptr) id = (id / kPiece + 1) * kPiece;
+    return id < count_ ? id : count_;
+  }
+
+ private:
+  static constexpr std::size_t kPiece = 256;
+
+  void Check(std::size_t id) const {
+    if (id >= count_) throw std::out_of_range("invalid vector<T> subscript");
+  }
+
+  inline static const Value zero_{};
+  std::vector<std::unique_ptr<Value[]>> pieces_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace zvrsit

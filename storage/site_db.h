@@ -1,0 +1,104 @@
+// SiteDB: one database file, a 24-byte header and an array of bytes behind it.
+//
+//   offset  size  field
+//   0       16    magic "ZVR4.00-SITE0.01", no terminating zero; written, never checked
+//   16      4     first header word, little-endian; owned by the class above
+//   20      4     second header word, likewise
+//   24      ...   body, owned by the class above
+//
+// Two modes, chosen at construction. Whole-file: Open reads the file into a buffer, Close writes
+// it back in one piece if it changed. Direct: every read and write goes to the file at once.
+//
+// Every operation gives a negative number (-1) on failure. One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace zvrsit {
+
+class SiteDB {
+ public:
+  static constexpr int kMagicSize = 16;
+  static constexpr int kHeaderSize = 24;
+
+  SiteDB(std::string filePath, bool wholeFile);
+  // Whole-file mode: closes without writing, so only an explicit Close saves. Direct mode: leaves
+  // the descriptor alone.
+  virtual ~SiteDB();
+  SiteDB(const SiteDB&) = delete;
+  SiteDB& operator=(const SiteDB&) = delete;
+
+  // Opens the file, making it when it is missing. 0 or -1; a failed open leaves it closed.
+  int Open();
+  // Writes what is due and closes. 0 or -1; 0 when not open. A failure in whole-file mode still
+  // closes the file; in direct mode it leaves it open.
+  int Close();
+  // Writes a changed buffer to the file (whole-file mode) or flushes the streams (direct mode),
+  // and stays open. 0 or -1.
+  int Flush();
+
+  // Read and write at an absolute offset: the number of bytes, or -1. A read past the end is all
+  // or nothing in whole-file mode and short in direct mode. No file grows past 2^31-1 bytes.
+  int ReadAt(void* destination, std::int32_t offset, std::int32_t length);
+  int WriteAt(const void* source, std::int32_t offset, std::int32_t length);
+
+  // Copies the file on disk to its path followed by "_bak"; bytes written, or -1 (an empty file).
+  int Backup();
+  // Copies that backup over the file; only while closed. Neither copy shortens its destination.
+  int Restore();
+  // Unlinks the file; only while closed.
+  int Delete();
+
+  bool isOpen() const { return fd >= 0; }
+  const std::string& filePath() const { return path; }
+
+ protected:
+  struct FreeBuffer {
+    void operator()(char* bytes) const { std::free(bytes); }
+  };
+
+  // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
+  // null in direct mode, while closed, or when they are not all there.
+  const char* Bytes(std::int64_t offset, std::int64_t length) const {
+    return buffer != nullptr && offset >= 0 && length >= 0 && offset + length <= size
+               ? buffer.get() + offset
+               : nullptr;
+  }
+  // The same for changing them in place; the file counts as changed from then on.
+  char* ChangeBytes(std::int64_t offset, std::int64_t length);
+  // Whole-file mode: makes the file `length` bytes longer and gives those bytes, to be filled by
+  // the caller; null when it cannot grow.
+  char* Append(std::int32_t offset, std::int32_t length);
+  // Closes without writing anything: after an open that failed further up.
+  void Abandon();
+  // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure.
+  std::int64_t Length() const;
+
+  char magic[kMagicSize];
+  std::string path;
+  int fd = -1;
+  std::int32_t headerWord1 = 0;
+  std::int32_t headerWord2 = 0;
+  const bool inMemory;
+  bool dirty = false;                          // whole-file mode: the buffer differs from the file
+  std::unique_ptr<char[], FreeBuffer> buffer;  // whole-file mode, null while closed
+  std::uint32_t size = 0;                      // length of the file image in `buffer`
+  std::uint32_t capacity = 0;                  // of `buffer`, in steps of 4096; 0 while closed
+
+ private:
+  int OpenWhole();
+  int OpenDirect();
+  void CompleteHeader();
+  int CloseWhole();
+  int CloseDirect();
+  int WriteImage();
+  bool Reserve(std::uint32_t end);
+  int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
+
+  std::uint64_t allocated_ = 0;  // what `buffer` really holds: grows by doubling
+};
+
+}  // namespace zvrsit

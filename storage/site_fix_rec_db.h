@@ -1,0 +1,131 @@
+// SiteFixRecDB: records of one class and one length, found by number.
+//
+//   offset                   size           meaning
+//   16                       4              id count: numbers 0 .. count-1 were handed out
+//   20                       4              slot count, live and dead
+//   24 + k * record length   record length  slot k: one record, the rest zero
+//
+// A slot whose record id is -1 is dead; one whose id is not below the id count is ignored. Numbers
+// are stable: neither Delete nor Pack changes that of a live record.
+#pragma once
+
+#include <functional>
+#include <queue>
+#include <type_traits>
+#include <vector>
+
+#include "storage/id_table.h"
+#include "storage/records.h"
+#include "storage/site_db.h"
+
+namespace zvrsit {
+
+class SiteFixRecDB : public SiteDB {
+ public:
+  // `recordType` selects the record class (its kRecordType). With any other number no slot is ever
+  // found again at open, and records are written as a SiteBaseRec.
+  SiteFixRecDB(std::string filePath, int recordBytes, int recordClass, bool wholeFile);
+
+  // Opens the file and reads which number lies where; 0 or -1. A header that claims more than the
+  // file can hold, or more than 2^26 numbers, gives -1.
+  int Open();
+  int Close();
+
+  // Appends the record and sets its id; the new number or -1. A number that was deleted is handed
+  // out again only after a Pack, and only below the slot count, on purpose.
+  template <class Rec>
+  int Add(Rec* record) {
+    return record == nullptr ? -1 : AddSlot(record, SerializerFor<Rec>());
+  }
+  // Writes the record to the slot of its id; 0 or -1.
+  template <class Rec>
+  int Update(const Rec* record) {
+    return record == nullptr ? -1 : UpdateSlot(*record, SerializerFor<Rec>());
+  }
+  // Reads the record `id`; 0 or -1. `Rec` is the file's class or one that it derives from, which
+  // then gets the words that it has. Number 0 of a file that has handed out none throws
+  // std::out_of_range, as do Update and Delete, on purpose.
+  template <class Rec>
+  int Get(int id, Rec* record) {
+    if (record == nullptr || !HoldsWordsOf(Rec::kRecordType)) return -1;
+    SlotBuffer slot(recordLength);
+    if (ReadSlot(id, slot) < 0) return -1;
+    if (IsKnownType()) {
+      record->Deserialize(slot.data());
+    } else {
+      record->SiteBaseRec::Deserialize(slot.data());
+    }
+    return 0;
+  }
+  // Marks the record's slot dead; 0 or -1.
+  int Delete(int id);
+  using SiteDB::Delete;
+
+  // Copies the live records, in the order of their numbers, into the path followed by "_pack" and
+  // puts that in the file's place; 0 or -1. After a failure the file can be closed.
+  int Pack();
+
+  int idCount() const { return headerWord1; }
+  int slotCount() const { return headerWord2; }
+  // Whether `id` has a live record; false for any other number. Never throws.
+  bool Has(int id) const {
+    return isOpen() && id >= 0 && id < headerWord1 &&
+           slotIndex.at(static_cast<std::size_t>(id)) != 0;
+  }
+  // The smallest live number from `id` on, or -1. A walk over a table is
+  //   for (int id = db.NextId(0); id >= 0; id = db.NextId(id + 1))
+  int NextId(int id) const;
+  int liveCount() const { return live_; }
+  // Bytes of the file that belong to dead slots.
+  std::int64_t deadBytes() const {
+    return (static_cast<std::int64_t>(headerWord2) - live_) * recordLength;
+  }
+
+ private:
+  // A slot on its way from or to the file: on the stack up to 256 bytes.
+  class SlotBuffer {
+   public:
+    explicit SlotBuffer(int length);
+    char* data() { return data_; }  // null when there is no memory
+
+   private:
+    static constexpr int kFixed = 256;
+    char fixed_[kFixed];
+    std::unique_ptr<char[]> large_;
+    char* data_;
+  };
+  using Serializer = int (*)(const SiteBaseRec& record, void* slot);
+
+  template <class Rec>
+  Serializer SerializerFor() const {
+    if (recordType == Rec::kRecordType) {
+      return [](const SiteBaseRec& record, void* slot) {
+        return static_cast<const Rec&>(record).Serialize(slot);
+      };
+    }
+    if (recordType >= 2 && recordType <= 8) return nullptr;
+    return [](const SiteBaseRec& record, void* slot) { return record.Serialize(slot); };
+  }
+  bool IsKnownType() const { return recordType >= 1 && recordType <= 8; }
+  bool HoldsWordsOf(int classType) const;
+  bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
+  int SlotOffset(int id) const;
+  bool CountsAreSound() const;
+  int MakeIndex();
+  int AddSlot(SiteBaseRec* record, Serializer serialize);
+  int UpdateSlot(const SiteBaseRec& record, Serializer serialize);
+  int ReadSlot(int id, SlotBuffer& slot);
+  int ReadSlotAt(int offset, SlotBuffer& slot);
+  int ChooseId();
+  int WriteCounts();
+
+  const int recordLength;
+  const int recordType;
+  IdTable<std::int32_t> slotIndex;  // by number: offset of the live slot, 0 for none
+  int live_ = 0;
+  // Numbers without a live record, smallest first; made when one is to be handed out again.
+  std::priority_queue<int, std::vector<int>, std::greater<int>> free_;
+  bool freeMade_ = false;
+};
+
+}  // namespace zvrsit

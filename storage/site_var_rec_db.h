@@ -1,0 +1,135 @@
+// SiteVarRecDB: strings and raw blocks of any length, found by number.
+//
+//   offset  size  meaning
+//   16      4     id count: numbers 0 .. count-1 were handed out
+//   20      4     entry count, live and dead
+//   24      4     end offset: where the next entry goes; 28 in a new file
+//   28      ...   entries, one after another
+//
+// An entry:
+//
+//   0       4     id; -1 marks a dead entry
+//   4       4     data length (of a string: with its terminating zero)
+//   8       4     reference count of a string; 0 for a block
+//   12      4     kind: 1 string, 2 raw block
+//   16      ...   the data
+//
+// Strings are shared: adding one that is there raises its reference count and gives its number.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <string_view>
+
+#include "storage/id_table.h"
+#include "storage/probe_table.h"
+#include "storage/site_db.h"
+
+namespace zvrsit {
+
+class SiteVarRecDB : public SiteDB {
+ public:
+  SiteVarRecDB(std::string filePath, bool wholeFile);
+
+  // Opens the file and reads which number lies where; 0 or -1. A header or an entry that claims
+  // more than the file can hold gives -1.
+  int Open();
+  // Writes the end offset where it differs, and closes; 0 or -1.
+  int Close();
+  int Flush();
+
+  // Adds a string, or one reference to the equal one; its number, or -1 (an empty string). A
+  // released number is handed out again, the one released first before the others.
+  int AddString(std::string_view text);
+  // Adds a block of `length` (0 or more) bytes; its number or -1.
+  int AddData(const void* bytes, int length);
+  // The number of a string, compared byte by byte; -1 when it is not there.
+  int FindString(std::string_view text);
+
+  // Copies the data of `id` to `destination`, which has room for DataLength(id) bytes; 0 or -1.
+  int GetData(int id, void* destination);
+  // The length of the data in bytes (of a string: with its terminating zero), or -1.
+  int DataLength(int id);
+  // The string `id` without its terminating zero; 0 or -1 (`text` is then left alone).
+  int GetString(int id, std::string& text);
+  // The same without a copy, good until the next call that is not a look-up (whole-file mode) or
+  // until the next call of any kind (direct mode); empty when there is none.
+  std::string_view View(int id);
+  // The data of `id`, all of it, on the same terms.
+  std::string_view ViewData(int id);
+
+  // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
+  int ReleaseString(int id);
+  // The same while a whole table is cleared: the string index is dropped and made anew when it is
+  // next needed, instead of being kept in step with each string.
+  int ReleaseStringUnindexed(int id);
+  // Makes the entry dead. Its number is not handed out again before the file is next opened, and
+  // until then GetData of it fails, on purpose.
+  int DeleteData(int id);
+
+  // Copies the live entries, in the order of their numbers, into the path followed by "_pack" and
+  // puts that in the file's place; 0 or -1. Numbers do not change.
+  int Pack();
+
+  // What FindString found out, for adding the same string without a second search. Good until the
+  // next change of the file.
+  struct Search {
+    std::uint32_t hash = 0;
+    int id = -1;
+  };
+  Search Look(std::string_view text);
+  int AddString(std::string_view text, const Search& search);
+
+  int idCount() const { return headerWord1; }
+  int entryCount() const { return headerWord2; }
+  int endOffset() const { return end_; }
+  // Bytes of the file that belong to dead entries.
+  std::int64_t deadBytes() const { return dead_; }
+
+ private:
+  struct Head {
+    std::int32_t id;
+    std::int32_t length;
+    std::int32_t references;
+    std::int32_t kind;
+  };
+  struct Name {
+    std::uint32_t hash;
+    std::int32_t id;
+    std::int32_t offset;
+  };
+
+  int OpenEntries();
+  bool CountsAreSound() const;
+  int ReadEnd();
+  int WalkEntries();
+  template <class Visit>
+  int ForEachEntry(Visit visit);
+  int ReadHead(int offset, Head& head);
+  int WriteHead(int offset, const Head& head);
+  int ReadEntry(int id, Head& head);
+  std::string_view TextAt(int offset, int dataLength, std::string& scratch);
+  bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
+  int Offset(int id) const;
+  int AddEntry(int length, int kind, const void* bytes);
+  int WriteEntry(int id, int length, int kind, const void* bytes);
+  int AddReference(int id);
+  int Release(int id, bool keepIndex);
+  int MakeStringIndex();
+  void EnterName(std::string_view text, int id, int offset);
+  Name* FindName(std::string_view text, std::uint32_t hash);
+  int WriteCounts(int newEnd);
+  int WriteEnd();
+
+  std::int32_t end_ = 0;        // end offset
+  std::int32_t endInFile_ = 0;  // as it stands at 24
+  std::int64_t dead_ = 0;
+  IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none
+  std::deque<int> free_;           // numbers to hand out again, from the front
+  ProbeTable<Name> names_;
+  bool namesMade_ = false;
+  std::string scratch_;   // direct mode: what was read last
+  std::string compared_;  // direct mode: the text being compared
+};
+
+}  // namespace zvrsit

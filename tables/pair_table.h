@@ -1,0 +1,67 @@
+// PairTable: a table of records that join two entries, found by either end or both.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tables/end_index.h"
+#include "tables/site_table.h"
+
+namespace zvrsit {
+
+// The part that does not depend on the record class. The indexes over the ends are made when they
+// are first needed, each on its own, and kept in step from then on.
+class PairTableBase : public SiteTable {
+ public:
+  // The records that join `from` and `to`, in ascending order, in place of what `numbers` held.
+  // Either end may be kAnyUrlID. The number of records, or -1.
+  int Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers);
+  // The smallest number that Query would give, or -1.
+  int First(const UrlID& from, const UrlID& to);
+  // How many records have this end, without listing them; -1 when not open.
+  int CountFrom(const UrlID& from);
+  int CountTo(const UrlID& to);
+
+ protected:
+  enum class End { kFrom, kTo };
+
+  int OpenPairs(const std::string& path, int recordLength, int recordType);
+  EndIndex& MadeIndex(End which);
+  void EnterEnds(const UrlID& from, const UrlID& to, int number);
+  void RemoveEnds(const SiteRelRec& record);
+  void ForgetEnds();
+
+ private:
+  template <class Visit>
+  void ForEachMatch(const UrlID& from, const UrlID& to, Visit visit);
+  template <class Visit>
+  void ForEachInChain(EndIndex& index, const UrlID& end, const UrlID& other, End otherEnd,
+                      Visit visit);
+
+  EndIndex fromIndex_;
+  EndIndex toIndex_;
+};
+
+template <class Rec>
+class PairTable : public PairTableBase {
+ public:
+  // Opens or makes both files in whole-file mode; 0 or -1.
+  int Open(const std::string& path) { return OpenPairs(path, Rec::kSlotLength, Rec::kRecordType); }
+  // Reads a record, or writes it back (its ends must not have changed); 0 or -1. Never throws.
+  int Get(int number, Rec& record) const {
+    return IsNumber(number) ? records_->Get(number, &record) : -1;
+  }
+  int Update(const Rec& record) { return IsNumber(record.id) ? records_->Update(&record) : -1; }
+
+ protected:
+  bool IsNumber(int number) const { return isOpen() && number >= 0 && number < Count(); }
+
+  // Adds the record and enters its ends; its number or -1.
+  int AddRecord(Rec& record) {
+    const int number = records_->Add(&record);
+    if (number >= 0) EnterEnds(record.from, record.to, number);
+    return number;
+  }
+};
+
+}  // namespace zvrsit

@@ -1,0 +1,47 @@
+// ProfileTable: what the tables of site profiles and server profiles share: open modes with a
+// backup, and whole profiles that are renamed, copied and deleted with all their texts.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tables/named_table.h"
+
+namespace zvrsit {
+
+// Whether two names are equal but for the case of ASCII letters.
+bool EqualButForCase(std::string_view a, std::string_view b);
+
+// Open modes of a profile table.
+inline constexpr int kOpenPlain = 0;    // opens or makes the files
+inline constexpr int kOpenBackUp = 1;   // then copies both to their "_bak" files
+inline constexpr int kOpenRestore = 2;  // the same; files that cannot be opened are first replaced
+                                        // by their "_bak" files, once
+
+template <class Rec>
+class ProfileTable : public NamedTable<Rec> {
+ public:
+  // Opens the table in one of the modes above (any other is taken as 0); 0 or -1.
+  int Open(const std::string& path, int mode);
+
+  // Deletes a profile and gives back all its texts; 0 or -1.
+  int Delete(int number);
+
+ protected:
+  explicit ProfileTable(bool wholeFile) : wholeFile_(wholeFile) {}
+
+  // A profile other than `except` whose name is this one but for the case of ASCII letters; -1.
+  int FindButForCase(std::string_view name, int except) const;
+  // Gives a profile another name; 0 or -1.
+  int SetName(int number, std::string_view name);
+  // Adds one more reference to every text of `record` but its name, by `word` in place.
+  int ShareText(std::int32_t& word);
+
+ private:
+  int OpenOnce(const std::string& path);
+  int Restore(const std::string& path);
+
+  const bool wholeFile_;
+};
+
+}  // namespace zvrsit

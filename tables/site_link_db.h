@@ -1,0 +1,48 @@
+// SiteLinkDB: the links between the entries of a site.
+//
+// A link that stands several times in a page, equal in source, target, type, text and alternative
+// text, is one record with an occurrence count. Each record holds one reference to its texts.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "tables/pair_table.h"
+
+namespace zvrsit {
+
+class SiteLinkDB : public PairTable<SiteLinkRec> {
+ public:
+  // Adds a link, or one occurrence to the record that there is of it; the record's number or -1
+  // (an empty text). An empty alternative text is none. `offset` is where the page has it, in
+  // bytes; that of the first occurrence is kept.
+  int Add(std::string_view text, const UrlID& from, const UrlID& to, int type);
+  int Add(std::string_view text, const UrlID& from, const UrlID& to, std::string_view alternative,
+          int type, int offset = -1);
+
+  // Takes one occurrence away; the record and its texts go with the last. 0 or -1.
+  int Delete(int number);
+  // Deletes a record as often as it occurs; 0 or -1.
+  int DeleteAll(int number);
+  // Deletes every link as often as it occurs, in one pass, and leaves what deleting them one by one
+  // in the order of their numbers leaves. 0, or -1 when not open.
+  int Clear();
+
+ private:
+  struct Known {  // a link of the current source
+    std::uint32_t hash;
+    std::int32_t number;
+  };
+
+  void TurnTo(const UrlID& source);
+  int FindEqual(const SiteLinkRec& link, std::uint32_t hash);
+  void Forget(const SiteLinkRec& link);
+  int Remove(const SiteLinkRec& link);
+  int Raise(int number);
+
+  // The links of the page that links are being added to, found by all of their words.
+  UrlID source_{-1, -1};
+  ProbeTable<Known> known_;
+};
+
+}  // namespace zvrsit

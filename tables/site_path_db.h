@@ -1,0 +1,30 @@
+// SitePathDB: the local files of a site (entries of kind 2), found by their path.
+//
+// Paths are compared byte by byte: two that differ in letter case are two entries.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "tables/named_table.h"
+
+namespace zvrsit {
+
+class SitePathDB : public NamedTable<SitePathRec> {
+ public:
+  // As NamedTable's; a list that the record has is deleted first, its block, not its names.
+  int Delete(int number);
+
+  // The list of a record: the string ids of the page's anchor names, kept as one raw block. These
+  // change `record` only, the caller writes it back. SetList stores `ids` in place of the list
+  // there was, whose names are given back; no ids leave no list. 0 or -1.
+  int SetList(SitePathRec& record, const std::vector<std::int32_t>& ids);
+  int GetList(const SitePathRec& record, std::vector<std::int32_t>& ids) const;
+  // Gives back the names and the block of the list; 0 or -1.
+  int ClearList(SitePathRec& record);
+  // Gives back the list and every text but the name, and unsets them in `record`; 0, or -1 when
+  // the list could not be given back.
+  int ReleaseTexts(SitePathRec& record);
+};
+
+}  // namespace zvrsit

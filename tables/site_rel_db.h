@@ -1,0 +1,19 @@
+// SiteRelDB: which folder holds which folder or file: pairs of parent and child.
+#pragma once
+
+#include "tables/pair_table.h"
+
+namespace zvrsit {
+
+class SiteRelDB : public PairTable<SiteRelRec> {
+ public:
+  // Adds a relation without looking for an equal one; its number or -1.
+  int Add(const UrlID& parent, const UrlID& child);
+  // 0 or -1.
+  int Delete(int number);
+  // Deletes every relation in one pass, and leaves what deleting them one by one in the order of
+  // their numbers leaves. 0, or -1 when not open.
+  int Clear();
+};
+
+}  // namespace zvrsit
