@@ -1,5 +1,6 @@
 # Installs zvrsit40.h and every header of ours that it reaches, keeping their folders.
 # Wants: source_dir, the root of the sources; header_dir, where the headers go.
+cmake_policy(VERSION 3.25)
 set(todo zvrsit40.h)
 set(seen)
 while(todo)

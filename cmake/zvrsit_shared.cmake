@@ -62,8 +62,7 @@ function(zvrsit_install_package target)
     "${PROJECT_BINARY_DIR}/package/zvrsit40ConfigVersion.cmake"
     DESTINATION "${package_dir}")
 
-  file(RELATIVE_PATH prefix_from_pc
-    "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+  file(RELATIVE_PATH prefix_from_pc "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
   configure_file("${PROJECT_SOURCE_DIR}/cmake/zvrsit40.pc.in"
     "${PROJECT_BINARY_DIR}/package/zvrsit40.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/package/zvrsit40.pc"

@@ -1,0 +1,1 @@
+function check(form) { return form.name.value != ""; }
