@@ -17,7 +17,7 @@ BELOW = {
     "storage": {"util", "platform"},
     "dom": {"util", "platform"},
     "tables": {"storage", "util", "platform"},
-    "links/rules": {"util"},
+    "links/rules": {"util", "platform"},
     "links/pure": {"links/rules", "dom", "util", "platform"},
     "css": {"links/pure", "links/rules", "dom", "util", "platform"},
     "manager/base": {"tables", "storage", "css", "links/pure", "links/rules", "dom", "util",
