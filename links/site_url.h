@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "links/link_rules.h"
 #include "platform/api.h"
@@ -61,19 +62,30 @@ class TargetResolver {
   TargetKind Resolve(std::string_view target, std::string& out);
 
   LinkRules rules() const { return rules_; }
+  // What all targets of one folder share: two pages with the same base text resolve a target that
+  // does not begin with "#" or "?" and is not empty to the same place.
+  const std::string& baseText() const { return baseText_; }
 
  private:
   TargetKind ResolveWeb(std::string_view target, std::string& out);
-  TargetKind ResolveAgainstUrl(std::string_view target, std::string& out) const;
-  TargetKind ResolvePath(std::string_view path, std::string& out);
+  TargetKind ResolveWebPath(std::string_view path, std::string& out);
+  void SetBaseFile(std::string_view path);
 
   LinkRules rules_;
   std::string siteRoot_;  // ends in "\" under Web
   std::string pagePath_;
-  std::string baseFile_;      // Web: what "" and "#x" name: the page, or a local BASE
-  std::string externalBase_;  // Web: an absolute or "//host" BASE; empty for none
-  std::string clean_;         // scratch
-  std::string joined_;        // scratch
+  std::string baseText_;
+
+  // Under Web:
+  std::string baseFile_;      // what "", "?q" and "#x" name: the page, or a local BASE
+  std::string externalBase_;  // a BASE elsewhere, empty for none
+  // Lengths of the folders that `..` may climb to, ascending: the first is the top, the last the
+  // folder of baseFile_.
+  std::vector<std::size_t> climb_;
+  std::vector<std::size_t> rootClimb_;  // the same for "/"
+  std::vector<std::size_t> cuts_;  // scratch: where the segments of the target begin in the path
+  std::string clean_;              // scratch
+  std::string path_;               // scratch
 };
 
 // The classic rules without the copies that a SiteUrl makes.

@@ -1,0 +1,379 @@
+#include "links/extractor.h"
+
+#include <cstring>
+#include <span>
+
+#include "dom/document.h"
+#include "links/html_values.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+// How the value of a reference is read.
+enum class Shape : std::uint8_t {
+  kPlain,
+  kWithAlternative,    // with the ALT text
+  kUnlessStyleSheet,   // not of a LINK whose REL is a style sheet
+  kImage,              // type by USEMAP and ISMAP, with ALT, and the MAPFILE after it
+  kApplet,             // ARCHIVE, else CODE, on CODEBASE
+  kCandidates,         // one reference for each image candidate
+  kHrefOrXlink,        // SVG: href, else xlink:href
+  kUnlessOwnFragment,  // the same, but "#id" refers to a drawing of this page and is none
+};
+
+enum class In : std::uint8_t { kBoth, kWeb };
+
+struct Reference {
+  Tag tag;
+  Attr attr;
+  std::uint32_t type;
+  Shape shape;
+  In rules;
+};
+
+// Every reference of a page but the META refresh, in the order in which they are registered. That
+// order shows in record numbers.
+constexpr Reference kReferences[] = {
+    {Tag::kA, Attr::kHref, LT_ANCHOR, Shape::kPlain, In::kBoth},
+    {Tag::kImg, Attr::kSrc, LT_IMG, Shape::kImage, In::kBoth},
+    {Tag::kLink, Attr::kHref, LT_LINK, Shape::kUnlessStyleSheet, In::kBoth},
+    {Tag::kFrame, Attr::kSrc, LT_FRAME, Shape::kPlain, In::kBoth},
+    {Tag::kBody, Attr::kBackground, LT_BODY_BACKGROUND, Shape::kPlain, In::kBoth},
+    {Tag::kTable, Attr::kBackground, LT_TABLE_BACKGROUND, Shape::kPlain, In::kBoth},
+    {Tag::kTr, Attr::kBackground, LT_TR_BACKGROUND, Shape::kPlain, In::kBoth},
+    {Tag::kTd, Attr::kBackground, LT_TD_BACKGROUND, Shape::kPlain, In::kBoth},
+    {Tag::kTh, Attr::kBackground, LT_TH_BACKGROUND, Shape::kPlain, In::kBoth},
+    {Tag::kInput, Attr::kSrc, LT_INPUT, Shape::kWithAlternative, In::kBoth},
+    {Tag::kArea, Attr::kHref, LT_AREA, Shape::kPlain, In::kBoth},
+    {Tag::kScript, Attr::kSrc, LT_SCRIPT, Shape::kPlain, In::kBoth},
+    {Tag::kEmbed, Attr::kSrc, LT_EMBED, Shape::kPlain, In::kBoth},
+    {Tag::kForm, Attr::kAction, LT_FORM, Shape::kPlain, In::kBoth},
+    {Tag::kIframe, Attr::kSrc, LT_IFRAME, Shape::kPlain, In::kWeb},
+    {Tag::kObject, Attr::kData, LT_OBJECT, Shape::kPlain, In::kWeb},
+    {Tag::kVideo, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
+    {Tag::kVideo, Attr::kPoster, LT_MEDIA, Shape::kPlain, In::kWeb},
+    {Tag::kAudio, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
+    {Tag::kSource, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
+    {Tag::kTrack, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
+    {Tag::kImg, Attr::kSrcset, LT_SRCSET, Shape::kCandidates, In::kWeb},
+    {Tag::kSource, Attr::kSrcset, LT_SRCSET, Shape::kCandidates, In::kWeb},
+    {Tag::kLink, Attr::kImagesrcset, LT_SRCSET, Shape::kCandidates, In::kWeb},
+    {Tag::kButton, Attr::kFormaction, LT_FORMACTION, Shape::kPlain, In::kWeb},
+    {Tag::kInput, Attr::kFormaction, LT_FORMACTION, Shape::kPlain, In::kWeb},
+    {Tag::kSvgA, Attr::kHref, LT_SVG, Shape::kHrefOrXlink, In::kWeb},
+    {Tag::kUse, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
+    {Tag::kImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
+    {Tag::kFeImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
+    {Tag::kSvgScript, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
+    {Tag::kApplet, Attr::kCode, LT_APPLET, Shape::kApplet, In::kBoth},
+};
+
+struct MetaName {
+  std::string_view name;
+  MetaKey key;
+};
+
+constexpr MetaName kMetaNames[] = {
+    {"last_modified", MetaKey::kLastModified},
+    {"expires", MetaKey::kExpires},
+    {"generator", MetaKey::kGenerator},
+    {"keywords", MetaKey::kKeywords},
+    {"description", MetaKey::kDescription},
+    {"content-type", MetaKey::kContentType},
+    {"refresh", MetaKey::kRefresh},
+};
+
+bool Contains(std::string_view text, char c) {
+  return !text.empty() && std::memchr(text.data(), c, text.size()) != nullptr;
+}
+
+// Whether decoding could change the text.
+bool NeedsDecoding(std::string_view raw) {
+  return Contains(raw, '&') || Contains(raw, '\r') || Contains(raw, '\0');
+}
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
+}
+
+// One walk over a document, filling the rows.
+class Extraction {
+ public:
+  Extraction(const Document& document, LinkRules rules, PageRows& rows)
+      : document_(document), web_(rules == LinkRules::Web), rows_(rows) {}
+
+  void Run() {
+    if (web_) ReadBase();
+    ReadTitle();
+    ReadMetas();
+    ReadAnchors();
+    for (const Reference& reference : kReferences) {
+      if (reference.rules == In::kBoth || web_) ReadReferences(reference);
+      if (reference.tag == Tag::kA) rows_.anchorLinks = rows_.links.size();
+    }
+  }
+
+ private:
+  Element ElementAt(std::uint32_t index) const { return document_.element(index); }
+
+  std::string_view ValueOf(const AttributeList& attributes, Attr attr) {
+    const Attribute attribute = attributes.find(attr);
+    return attribute ? rows_.Decoded(attribute) : std::string_view();
+  }
+
+  void ReadBase() {
+    for (const std::uint32_t index : document_.elementsOf(Tag::kBase)) {
+      if (const Attribute href = ElementAt(index).attributes().find(Attr::kHref)) {
+        rows_.baseHref = rows_.Decoded(href);
+        return;
+      }
+    }
+  }
+
+  void ReadTitle() {
+    for (const std::uint32_t index : document_.elementsOf(Tag::kTitle)) {
+      const Text text = ElementAt(index).firstChild().asText();
+      if (!text) continue;
+      std::string_view title = text.rawData();
+      if (NeedsDecoding(title)) title = rows_.Keep(text.data(true));
+      if (web_) title = CollapseSpaces(title);
+      if (title.empty()) continue;
+      rows_.hasTitle = true;
+      rows_.title = title;
+      return;
+    }
+  }
+
+  // As a browser shows a title: one space for each run of white space, none at the ends.
+  std::string_view CollapseSpaces(std::string_view text) {
+    std::string collapsed;
+    bool space = false;
+    for (const char c : text) {
+      if (IsSpace(c)) {
+        space = !collapsed.empty();
+        continue;
+      }
+      if (space) collapsed.push_back(' ');
+      space = false;
+      collapsed.push_back(c);
+    }
+    return rows_.Keep(collapsed);
+  }
+
+  void ReadMetas() {
+    for (const std::uint32_t index : document_.elementsOf(Tag::kMeta)) {
+      const AttributeList attributes = ElementAt(index).attributes();
+      const Attribute content = attributes.find(Attr::kContent);
+      const Attribute equiv = attributes.find(Attr::kHttpEquiv);
+      const Attribute named = equiv ? equiv : attributes.find(Attr::kName);
+      if (content && named) ReadMeta(content, rows_.Decoded(named), static_cast<bool>(equiv));
+    }
+  }
+
+  void ReadMeta(const Attribute& content, std::string_view key, bool isEquiv) {
+    std::string folded(key.substr(0, 32));  // no name is longer
+    ToLowerMB(folded);
+    for (const MetaName& meta : kMetaNames) {
+      if (folded != meta.name || key.size() != meta.name.size()) continue;
+      std::string_view text = rows_.Decoded(content);
+      if (meta.key == MetaKey::kRefresh && web_) {
+        text = isEquiv ? RefreshTarget(text) : std::string_view();
+      }
+      if (!text.empty()) rows_.metas.push_back({meta.key, content.valueOffset(), text});
+    }
+  }
+
+  void ReadAnchors() {
+    for (const std::uint32_t index : document_.elementsOf(Tag::kA)) {
+      const std::string_view name = ValueOf(ElementAt(index).attributes(), Attr::kName);
+      if (!name.empty()) rows_.anchors.push_back(name);
+    }
+  }
+
+  void ReadReferences(const Reference& reference) {
+    for (const std::uint32_t index : document_.elementsOf(reference.tag)) {
+      const AttributeList attributes = ElementAt(index).attributes();
+      const Attribute value = attributes.find(reference.attr);
+      if (reference.shape == Shape::kApplet) {
+        ReadApplet(attributes);
+      } else if (value) {
+        ReadReference(reference, attributes, value);
+      } else if (reference.shape == Shape::kHrefOrXlink ||
+                 reference.shape == Shape::kUnlessOwnFragment) {
+        const Attribute xlink = attributes.find(Attr::kXlinkHref);
+        if (xlink) ReadReference(reference, attributes, xlink);
+      }
+    }
+  }
+
+  void ReadReference(const Reference& reference, const AttributeList& attributes,
+                     const Attribute& value) {
+    switch (reference.shape) {
+      case Shape::kCandidates:
+        ReadCandidates(reference.type, value);
+        return;
+      case Shape::kImage:
+        ReadImage(attributes, value);
+        return;
+      case Shape::kUnlessStyleSheet:
+        if (IsStyleSheet(attributes)) return;
+        break;
+      case Shape::kUnlessOwnFragment:
+        if (value.rawValue().substr(0, 1) == "#") return;
+        break;
+      default:
+        break;
+    }
+    LinkRow& row = Add(reference.type, value.valueOffset(), rows_.Decoded(value));
+    if (reference.shape == Shape::kWithAlternative) {
+      row.withAlternative = true;
+      row.alternative = ValueOf(attributes, Attr::kAlt);
+    }
+  }
+
+  LinkRow& Add(std::uint32_t type, std::uint32_t offset, std::string_view target) {
+    LinkRow& row = rows_.links.emplace_back();
+    row.type = type;
+    row.offset = offset;
+    row.target = target;
+    return row;
+  }
+
+  bool IsStyleSheet(const AttributeList& attributes) {
+    std::string rel(ValueOf(attributes, Attr::kRel).substr(0, 16));
+    ToUpperMB(rel);
+    return rel == "STYLESHEET";
+  }
+
+  void ReadImage(const AttributeList& attributes, const Attribute& source) {
+    const bool isMap = static_cast<bool>(attributes.find(Attr::kIsmap));
+    const bool useMap = static_cast<bool>(attributes.find(Attr::kUsemap));
+    const std::uint32_t type = useMap ? LT_IMG_USEMAP : isMap ? LT_IMG_ISMAP : LT_IMG;
+    LinkRow& row = Add(type, source.valueOffset(), rows_.Decoded(source));
+    row.withAlternative = true;
+    row.alternative = ValueOf(attributes, Attr::kAlt);
+    if (type != LT_IMG_ISMAP) return;
+    if (const Attribute map = attributes.find(Attr::kMapfile)) {
+      Add(LT_IMG_MAPFILE, map.valueOffset(), rows_.Decoded(map)).ofSameElement = true;
+    }
+  }
+
+  void ReadCandidates(std::uint32_t type, const Attribute& value) {
+    const std::string_view raw = value.rawValue();
+    const std::string_view text = rows_.Decoded(value);
+    candidates_.clear();
+    AppendImageCandidates(text, candidates_);
+    for (const std::string_view url : candidates_) {
+      const bool isRaw = text.data() == raw.data();
+      const std::size_t within = isRaw ? static_cast<std::size_t>(url.data() - raw.data()) : 0;
+      Add(type, value.valueOffset() + static_cast<std::uint32_t>(within), url);
+    }
+  }
+
+  void ReadApplet(const AttributeList& attributes) {
+    const Attribute archive = attributes.find(Attr::kArchive);
+    const Attribute file = archive ? archive : attributes.find(Attr::kCode);
+    if (!file) return;
+    std::string_view target = rows_.Decoded(file);
+    if (const Attribute codeBase = attributes.find(Attr::kCodebase)) {
+      const std::string_view base = rows_.Decoded(codeBase);
+      // An empty one makes the file root-relative by the classic rules; a browser ignores it.
+      if (!web_ || !base.empty()) target = rows_.Keep(JoinCodeBase(base, target));
+    }
+    Add(LT_APPLET, file.valueOffset(), target);
+  }
+
+  // With exactly one "/" between the two.
+  static std::string JoinCodeBase(std::string_view codeBase, std::string_view file) {
+    std::string joined(codeBase);
+    const auto last = FindLastCharMB(codeBase, '/');
+    const bool ends = last != std::string::npos && last + 1 == codeBase.size();
+    const bool begins = !file.empty() && file.front() == '/';
+    if (ends && begins) joined.pop_back();
+    if (!ends && !begins) joined.push_back('/');
+    return joined.append(file);
+  }
+
+  const Document& document_;
+  const bool web_;
+  PageRows& rows_;
+  std::vector<std::string_view> candidates_;
+};
+
+}  // namespace
+
+// Blocks of memory that are filled in turn and kept when they are emptied.
+struct PageRows::Arena {
+  static constexpr std::size_t kBlock = std::size_t{1} << 16;
+
+  char* Take(std::size_t size) {
+    if (size > kBlock) {
+      large.push_back(std::make_unique<char[]>(size));
+      return large.back().get();
+    }
+    if (current == blocks.size() || kBlock - used < size) {
+      if (current < blocks.size()) ++current;
+      if (current == blocks.size()) blocks.push_back(std::make_unique<char[]>(kBlock));
+      used = 0;
+    }
+    used += size;
+    return blocks[current].get() + used - size;
+  }
+
+  void Clear() {
+    current = 0;
+    used = 0;
+    large.clear();
+  }
+
+  std::vector<std::unique_ptr<char[]>> blocks;
+  std::vector<std::unique_ptr<char[]>> large;  // one text each, freed with the page
+  std::size_t current = 0;
+  std::size_t used = 0;
+};
+
+PageRows::PageRows() : arena_(std::make_unique<Arena>()) {}
+PageRows::~PageRows() = default;
+
+void PageRows::Clear() {
+  hasTitle = false;
+  title = {};
+  baseHref = {};
+  metas.clear();
+  links.clear();
+  anchorLinks = 0;
+  anchors.clear();
+  arena_->Clear();
+}
+
+std::string_view PageRows::Decoded(const Attribute& attribute) {
+  const std::string_view raw = attribute.rawValue();
+  if (!NeedsDecoding(raw)) return raw;
+  scratch_.clear();
+  attribute.appendValue(scratch_);
+  return Keep(scratch_);
+}
+
+std::string_view PageRows::Keep(std::string_view text) {
+  if (text.empty()) return {};
+  char* const kept = arena_->Take(text.size());
+  std::memcpy(kept, text.data(), text.size());
+  return {kept, text.size()};
+}
+
+void ExtractPage(const Document& document, LinkRules rules, PageRows& rows) {
+  rows.Clear();
+  Extraction(document, rules, rows).Run();
+}
+
+std::string FirstBaseHref(const Document& document) {
+  for (const std::uint32_t index : document.elementsOf(Tag::kBase)) {
+    if (const Attribute href = document.element(index).attributes().find(Attr::kHref)) {
+      return href.value();
+    }
+  }
+  return {};
+}
+
+}  // namespace zvrsit

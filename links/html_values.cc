@@ -1,0 +1,170 @@
+#include "links/html_values.h"
+
+#include <algorithm>
+
+namespace zvrsit {
+namespace {
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
+}
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool IsLetter(char c, char lower) {
+  return c == lower || c == lower - ('a' - 'A');
+}
+
+template <class Predicate>
+std::string_view TakeWhile(std::string_view& text, Predicate predicate) {
+  const auto end = std::find_if_not(text.begin(), text.end(), predicate);
+  const std::string_view taken = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+  text.remove_prefix(taken.size());
+  return taken;
+}
+
+void SkipSpaces(std::string_view& text) {
+  TakeWhile(text, IsSpace);
+}
+
+bool IsInteger(std::string_view number) {
+  return !number.empty() && std::all_of(number.begin(), number.end(), IsDigit);
+}
+
+bool IsPositiveInteger(std::string_view number) {
+  return IsInteger(number) && number.find_first_not_of('0') != std::string_view::npos;
+}
+
+// A valid floating-point number that is not below zero.
+bool IsDensity(std::string_view number) {
+  const bool negative = !number.empty() && number.front() == '-';
+  if (negative) number.remove_prefix(1);
+  const std::string_view whole = TakeWhile(number, IsDigit);
+  std::string_view fraction;
+  if (!number.empty() && number.front() == '.') {
+    number.remove_prefix(1);
+    fraction = TakeWhile(number, IsDigit);
+    if (fraction.empty()) return false;
+  }
+  if (whole.empty() && fraction.empty()) return false;
+  const bool zero = whole.find_first_not_of('0') == std::string_view::npos &&
+                    fraction.find_first_not_of('0') == std::string_view::npos;
+  if (negative && !zero) return false;
+  if (number.empty()) return true;
+  if (!IsLetter(number.front(), 'e')) return false;
+  number.remove_prefix(1);
+  if (!number.empty() && (number.front() == '+' || number.front() == '-')) number.remove_prefix(1);
+  return IsInteger(number);
+}
+
+// The descriptors of one candidate, as they come in.
+class Descriptors {
+ public:
+  void Add(std::string_view descriptor) {
+    if (descriptor.empty()) return;
+    const std::string_view number = descriptor.substr(0, descriptor.size() - 1);
+    bool good = false;
+    switch (descriptor.back()) {
+      case 'w':
+        good = !width_ && !density_ && IsPositiveInteger(number);
+        width_ = true;
+        break;
+      case 'x':
+        good = !width_ && !density_ && !height_ && IsDensity(number);
+        density_ = true;
+        break;
+      case 'h':
+        good = !height_ && !density_ && IsPositiveInteger(number);
+        height_ = true;
+        break;
+    }
+    bad_ |= !good;
+  }
+
+  bool AreGood() const { return !bad_ && (!height_ || width_); }
+
+ private:
+  bool width_ = false;
+  bool density_ = false;
+  bool height_ = false;
+  bool bad_ = false;
+};
+
+// Reads the descriptors up to the comma that ends the candidate, which is taken too.
+Descriptors TakeDescriptors(std::string_view& text) {
+  Descriptors descriptors;
+  bool inParentheses = false;
+  std::size_t begin = 0;
+  std::size_t i = 0;
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (inParentheses) {
+      inParentheses = c != ')';
+    } else if (c == '(') {
+      inParentheses = true;
+    } else if (c == ',') {
+      break;
+    } else if (IsSpace(c)) {
+      descriptors.Add(text.substr(begin, i - begin));
+      begin = i + 1;
+    }
+  }
+  descriptors.Add(text.substr(begin, i - begin));
+  text.remove_prefix(std::min(i + 1, text.size()));
+  return descriptors;
+}
+
+// Takes "url =" with the white space that it may have; false when it is not there.
+bool TakeUrlKeyword(std::string_view& text) {
+  std::string_view rest = text;
+  for (const char letter : {'u', 'r', 'l'}) {
+    if (rest.empty() || !IsLetter(rest.front(), letter)) return false;
+    rest.remove_prefix(1);
+  }
+  SkipSpaces(rest);
+  if (rest.empty() || rest.front() != '=') return false;
+  rest.remove_prefix(1);
+  SkipSpaces(rest);
+  text = rest;
+  return true;
+}
+
+}  // namespace
+
+void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view>& urls) {
+  for (;;) {
+    TakeWhile(srcset, [](char c) { return IsSpace(c) || c == ','; });
+    if (srcset.empty()) return;
+    std::string_view url = TakeWhile(srcset, [](char c) { return !IsSpace(c); });
+    if (url.back() == ',') {  // a candidate without descriptors
+      url.remove_suffix(url.size() - 1 - url.find_last_not_of(','));
+      urls.push_back(url);
+      continue;
+    }
+    SkipSpaces(srcset);
+    if (TakeDescriptors(srcset).AreGood()) urls.push_back(url);
+  }
+}
+
+std::string_view RefreshTarget(std::string_view content) {
+  SkipSpaces(content);
+  const bool hasDigits = !TakeWhile(content, IsDigit).empty();
+  if (!hasDigits && (content.empty() || content.front() != '.')) return {};
+  TakeWhile(content, [](char c) { return IsDigit(c) || c == '.'; });
+  if (content.empty()) return {};
+  if (content.front() != ';' && content.front() != ',' && !IsSpace(content.front())) return {};
+  SkipSpaces(content);
+  if (!content.empty() && (content.front() == ';' || content.front() == ',')) {
+    content.remove_prefix(1);
+  }
+  SkipSpaces(content);
+  // What begins like the keyword and is not it is a URL as it stands, quotes and all.
+  const bool likeKeyword = !content.empty() && IsLetter(content.front(), 'u');
+  if (!TakeUrlKeyword(content) && likeKeyword) return content;
+  if (content.empty() || (content.front() != '"' && content.front() != '\'')) return content;
+  const char quote = content.front();
+  content.remove_prefix(1);
+  return content.substr(0, content.find(quote));
+}
+
+}  // namespace zvrsit

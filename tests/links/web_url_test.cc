@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include "links/code_page_guard.h"
+#include "links/site_url.h"
+
+namespace zvrsit {
+namespace {
+
+struct Case {
+  const char* target;
+  const char* place;  // a path, a URL, or one of the two below
+};
+constexpr const char* kNothing = "(nothing)";
+constexpr const char* kNoFile = "(no file)";
+
+std::string Place(TargetResolver& resolver, const std::string& target) {
+  std::string out;
+  switch (resolver.Resolve(target, out)) {
+    case TargetKind::kNone:
+      return kNothing;
+    case TargetKind::kUnresolvable:
+      return kNoFile;
+    default:
+      return out;
+  }
+}
+
+void ExpectPlaces(TargetResolver& resolver, std::initializer_list<Case> cases) {
+  for (const Case& c : cases) EXPECT_EQ(Place(resolver, c.target), c.place) << c.target;
+}
+
+class WebUrl : public testing::Test {
+ protected:
+  WebUrl() { resolver_.BeginPage("\\site", "\\site\\docs\\a.htm"); }
+
+  TargetResolver resolver_{LinkRules::Web};
+};
+
+TEST_F(WebUrl, NamesFilesOfTheSite) {
+  ExpectPlaces(resolver_, {
+                              {"b.htm", "\\site\\docs\\b.htm"},
+                              {"../b.htm", "\\site\\b.htm"},
+                              {"/b.htm", "\\site\\b.htm"},
+                              {"\\b.htm", "\\site\\b.htm"},
+                              {"..\\b.htm", "\\site\\b.htm"},
+                              {"x//y///b.htm", "\\site\\docs\\x\\y\\b.htm"},
+                              {"x/../y/./b.htm", "\\site\\docs\\y\\b.htm"},
+                              {"x/%2E%2e/.%2e/b.htm", "\\site\\b.htm"},
+                              {"x/", "\\site\\docs\\x\\"},
+                              {"x/..", "\\site\\docs\\"},
+                              {".", "\\site\\docs\\"},
+                              {"/", "\\site\\"},
+                              {"...", "\\site\\docs\\..."},
+                              {"b.htm?q=/../c", "\\site\\docs\\b.htm"},
+                              {"b.htm#x?y", "\\site\\docs\\b.htm"},
+                              {"#x", "\\site\\docs\\a.htm"},
+                              {"?q", "\\site\\docs\\a.htm"},
+                              {" ", "\\site\\docs\\a.htm"},
+                              {"  b.\nhtm\t ", "\\site\\docs\\b.htm"},
+                              {"a:b/c.htm", "a:b/c.htm"},
+                              {"./a:b.htm", "\\site\\docs\\a:b.htm"},
+                              {"1:b.htm", "\\site\\docs\\1:b.htm"},
+                          });
+}
+
+TEST_F(WebUrl, StopsAtTheRoot) {
+  ExpectPlaces(resolver_, {{"../../../../b.htm", "\\site\\b.htm"},
+                           {"/../b.htm", "\\site\\b.htm"},
+                           {"/../../x/../..", "\\site\\"}});
+  resolver_.BeginPage("\\site\\", "\\elsewhere\\deep\\a.htm");
+  ExpectPlaces(resolver_, {{"../b.htm", "\\elsewhere\\b.htm"},
+                           {"../../../../b.htm", "\\b.htm"},
+                           {"/b.htm", "\\site\\b.htm"}});
+}
+
+TEST_F(WebUrl, DecodesAFileNameOnce) {
+  ExpectPlaces(resolver_, {{"a%20b%2520.htm", "\\site\\docs\\a b%20.htm"},
+                           {"%23%3F.htm#x", "\\site\\docs\\#?.htm"},
+                           {"%E3%81%82.htm", "\\site\\docs\\\xE3\x81\x82.htm"},
+                           {"100%.htm", "\\site\\docs\\100%.htm"},
+                           {"%4", "\\site\\docs\\%4"},
+                           {"%4g", "\\site\\docs\\%4g"},
+                           {"a%00b", kNoFile},
+                           {"a%2fb", kNoFile},
+                           {"x/a%5Cb", kNoFile}});
+}
+
+TEST_F(WebUrl, TellsOtherPlacesApart) {
+  ExpectPlaces(resolver_, {{"https://h/x#y", "https://h/x#y"},
+                           {"\x01 HTTPS://h/x\n", "HTTPS://h/x"},
+                           {"//h/x", "//h/x"},
+                           {"\\\\h\\x", "\\\\h\\x"},
+                           {"mailto:a@b", "mailto:a@b"},
+                           {"c:\\x.htm", "c:\\x.htm"},
+                           {"javascript:x()", kNothing},
+                           {" jav\nascript:x()", kNothing},
+                           {"DATA:,x", kNothing},
+                           {"about:blank", kNothing}});
+}
+
+TEST_F(WebUrl, FollowsALocalBase) {
+  resolver_.SetBase("../other/page.htm?q#f");
+  ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"},
+                           {"../../b.htm", "\\site\\b.htm"},
+                           {"/b.htm", "\\site\\b.htm"},
+                           {"#x", "\\site\\other\\page.htm"},
+                           {"https://h/", "https://h/"}});
+  resolver_.BeginPage("\\site\\", "\\site\\a.htm");
+  ExpectPlaces(resolver_, {{"b.htm", "\\site\\b.htm"}});
+  for (const char* useless : {"javascript:x", "data:,x", "a%00", ""}) resolver_.SetBase(useless);
+  ExpectPlaces(resolver_, {{"b.htm", "\\site\\b.htm"}, {"#x", "\\site\\a.htm"}});
+}
+
+TEST_F(WebUrl, JoinsToAnExternalBase) {
+  resolver_.SetBase("https://h:8/x/y/z.htm?q#f");
+  ExpectPlaces(resolver_, {{"b.htm?r#s", "https://h:8/x/y/b.htm?r#s"},
+                           {"../b.htm", "https://h:8/x/b.htm"},
+                           {"../../../b.htm", "https://h:8/b.htm"},
+                           {"..", "https://h:8/x/"},
+                           {"./", "https://h:8/x/y/"},
+                           {"/a/./b", "https://h:8/a/b"},
+                           {"?r", "https://h:8/x/y/z.htm?r"},
+                           {"#s", "https://h:8/x/y/z.htm?q#s"},
+                           {"//g/x", "https://g/x"},
+                           {"ftp://g/x", "ftp://g/x"},
+                           {"javascript:x", kNothing}});
+  resolver_.BeginPage("\\site\\", "\\site\\a.htm");
+  resolver_.SetBase("//h");
+  ExpectPlaces(resolver_, {{"b.htm", "//h/b.htm"}, {"/b.htm", "//h/b.htm"}});
+}
+
+TEST_F(WebUrl, LeavesDoubleByteCharactersWhole) {
+  const CodePageGuard shiftJis(932);
+  const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
+  resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
+  EXPECT_EQ(Place(resolver_, name + ".htm"), "\\s\\" + name + "\\" + name + ".htm");
+  EXPECT_EQ(Place(resolver_, "../b.htm"), "\\s\\b.htm");
+  EXPECT_EQ(Place(resolver_, "%95%5C.htm"), "\\s\\" + name + "\\" + name + ".htm");
+  // The same character in UTF-8, as a browser sends it.
+  EXPECT_EQ(Place(resolver_, "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + ".htm");
+  // A lead byte alone would swallow the separator after it.
+  EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
+  EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
+}
+
+TEST_F(WebUrl, TakesLinearTime) {
+  std::string climb;
+  std::string deep;
+  for (int i = 0; i < 300000; ++i) {
+    climb += "../";
+    deep += "a/";
+  }
+  EXPECT_EQ(Place(resolver_, deep + climb + "b.htm"), "\\site\\docs\\b.htm");
+  resolver_.SetBase(deep);
+  EXPECT_EQ(Place(resolver_, climb + climb + "b.htm"), "\\site\\b.htm");
+  EXPECT_EQ(Place(resolver_, "b.htm").size(), 11 + 2 * 300000 + 5);
+}
+
+}  // namespace
+}  // namespace zvrsit
