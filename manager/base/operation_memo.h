@@ -8,6 +8,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "dom/code_conv.h"
+#include "dom/mapped_file.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -25,8 +27,8 @@ using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>
 // Holds for as long as nobody but the operation itself changes the site. SiteMgrBase owns one
 // between BeginOperation and EndOperation; outside of an operation there is none.
 struct OperationMemo {
-  // Path records with existence flag 0 whose file has been looked at: CheckPath leaves them alone.
-  std::unordered_set<std::int32_t> checkedPaths;
+  // Numbers of paths that are no regular file on disk: the disk is not asked about them again.
+  std::unordered_set<std::int32_t> missingPaths;
 
   // Targets already resolved and registered, for the link extraction. The key is the extraction's
   // own business (the base of the page and the target as written); an id of -1 is a target that
@@ -38,6 +40,10 @@ struct OperationMemo {
 
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
+
+  // Buffers of the page being read, kept from page to page.
+  MappedFile pageFile;
+  CodeConv pageText;
 };
 
 }  // namespace zvrsit

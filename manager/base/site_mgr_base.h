@@ -2,11 +2,11 @@
 // site, and the operations that put single entries into them.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
 #include "links/link_rules.h"
-#include "manager/base/operation_memo.h"
 #include "platform/api.h"
 #include "util/url_id.h"
 
@@ -18,6 +18,7 @@ struct FileStat;
 
 class CCSSControl;
 class DOM;
+struct OperationMemo;
 class SiteFolderDB;
 class SiteLinkDB;
 class SitePathDB;
@@ -137,6 +138,9 @@ class ZVRSIT_API SiteMgrBase {
   // AddPath for a file that the caller has just looked at.
   int AddPathSeen(const std::string& path, const std::string& siteDir,
                   const platform::FileStat& seen);
+  // Puts what the disk says of a regular file into its record: flag, size and times.
+  static void StoreFileFacts(const std::string& path, const std::string& siteDir,
+                             const platform::FileStat& found, SitePathRec& rec);
 
   // The text `ref` of the site-profile table's store; false when unset or unreadable.
   bool ReadProfileText(std::int32_t ref, std::string& text) const;
@@ -165,14 +169,19 @@ class ZVRSIT_API SiteMgrBase {
 
  private:
   enum class CaseCheck { kNo, kYes };
+  // The paths of the open site's files: URL, path, link, folder and relation table.
+  using TableFiles = std::array<std::string, 5>;
 
-  bool OpenTables(const std::string (&files)[5]);
+  bool ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const;
+  void OpenTables(const TableFiles& files);
   void DropTables();
   int ReadDefaultUrl(const SiteSiteRec& rec);
+
   int AddPathRecord(const std::string& path, const std::string& siteDir, CaseCheck caseCheck,
                     const platform::FileStat* seen);
-  int FillFromDisk(const std::string& path, const std::string& siteDir, CaseCheck caseCheck,
+  int FillFromDisk(const std::string& path, const std::string& siteDir,
                    const platform::FileStat* seen, SitePathRec& rec);
+  int RelateToFolder(const std::string& path, int number);
 };
 
 }  // namespace zvrsit

@@ -1,0 +1,207 @@
+// Single entries: files, folders, URLs, links and relations go in and out of the tables here.
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "manager/base/operation_memo.h"
+#include "manager/base/site_mgr_base.h"
+#include "platform/file.h"
+#include "platform/folder_search.h"
+#include "storage/records.h"
+#include "tables/site_folder_db.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_rel_db.h"
+#include "tables/site_url_db.h"
+#include "util/file_type.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+
+namespace {
+
+// The part of `path` up to and including its last `\`; empty when there is none.
+std::string_view FolderPart(std::string_view path) {
+  const auto backslash = FindLastBackslashMB(path);
+  return backslash == std::string_view::npos ? std::string_view{} : path.substr(0, backslash + 1);
+}
+
+// Cuts a folder name to that of its parent; false at a root.
+bool CutToParent(std::string& folder) {
+  const auto last = FindLastBackslashMB(folder);
+  if (last == std::string::npos) return false;
+  folder.erase(last);
+  const auto above = FindLastBackslashMB(folder);
+  if (above == std::string::npos) return false;
+  folder.erase(above + 1);
+  return true;
+}
+
+bool IsSpelledAsOnDisk(const std::string& path) {
+  platform::FindData found;
+  const platform::FindHandle search = platform::FindFirst(path, found);
+  const std::string_view name = std::string_view(path).substr(FolderPart(path).size());
+  const bool same = search != nullptr && name == found.name;
+  platform::FindClose(search);  // also when nothing was found, on purpose
+  return same;
+}
+
+// Takes the existence flag away from a file whose name is spelled differently on disk.
+void CheckCase(const std::string& path, SitePathRec& rec) {
+  if (rec.exists != 0 && !IsSpelledAsOnDisk(path)) rec.exists = 0;
+}
+
+bool SameWords(const SitePathRec& a, const SitePathRec& b) {
+  std::array<char, SitePathRec::kSlotLength> wordsOfA{};
+  std::array<char, SitePathRec::kSlotLength> wordsOfB{};
+  a.Serialize(wordsOfA.data());
+  b.Serialize(wordsOfB.data());
+  return wordsOfA == wordsOfB;
+}
+
+template <class Table>
+int DeleteFrom(Table* table, int id) {
+  return id < 0 || table == nullptr ? -1 : table->Delete(id);
+}
+
+}  // namespace
+
+int SiteMgrBase::AddUrl(const std::string& url) {
+  if (url.empty() || openSiteId < 0 || urlDB == nullptr) return -1;
+  const int known = urlDB->Find(url);
+  return known >= 0 ? known : urlDB->Add(url);
+}
+
+int SiteMgrBase::AddLink(const std::string& text, const UrlID& from, const UrlID& to, int type) {
+  if (text.empty() || openSiteId < 0 || linkDB == nullptr) return -1;
+  return linkDB->Add(text, from, to, type);
+}
+
+int SiteMgrBase::AddPath(const std::string& path, const std::string& siteDir, int checkCase) {
+  return AddPathRecord(path, siteDir, checkCase != 0 ? CaseCheck::kYes : CaseCheck::kNo, nullptr);
+}
+
+int SiteMgrBase::AddPathSeen(const std::string& path, const std::string& siteDir,
+                             const platform::FileStat& seen) {
+  return AddPathRecord(path, siteDir, CaseCheck::kNo, &seen);
+}
+
+int SiteMgrBase::AddPathRecord(const std::string& path, const std::string& siteDir,
+                               CaseCheck caseCheck, const platform::FileStat* seen) {
+  if (path.empty() || openSiteId < 0 || pathDB == nullptr) return -1;
+  const int known = pathDB->Find(path);
+  if (known >= 0) return known;
+
+  const int number = pathDB->Add(path);
+  SitePathRec rec;
+  if (number < 0 || pathDB->Get(number, rec) < 0) return -1;
+  if (FillFromDisk(path, siteDir, seen, rec) < 0) return -1;
+  if (caseCheck == CaseCheck::kYes) CheckCase(path, rec);
+  if (pathDB->Update(rec) < 0) return -1;
+  return number;
+}
+
+int SiteMgrBase::CheckPath(const std::string& path, const std::string& siteDir) {
+  if (path.empty() || openSiteId < 0 || pathDB == nullptr) return -1;
+  const int number = pathDB->Find(path);
+  if (number < 0) return -1;
+  if (operationMemo != nullptr && operationMemo->missingPaths.contains(number)) return number;
+
+  SitePathRec rec;
+  if (pathDB->Get(number, rec) < 0) return -1;
+  if (rec.exists != 0) return number;
+  const SitePathRec before = rec;
+  if (FillFromDisk(path, siteDir, nullptr, rec) < 0) return -1;
+  CheckCase(path, rec);
+  if (!SameWords(rec, before) && pathDB->Update(rec) < 0) return -1;
+  return number;
+}
+
+int SiteMgrBase::FillFromDisk(const std::string& path, const std::string& siteDir,
+                              const platform::FileStat* seen, SitePathRec& rec) {
+  platform::FileStat found;
+  if (seen != nullptr) found = *seen;
+  const bool there = seen != nullptr || platform::Stat(path, found) == 0;
+  if (!there || !found.isRegular()) {
+    rec.exists = 0;
+    if (operationMemo != nullptr) operationMemo->missingPaths.insert(rec.id);
+  } else {
+    StoreFileFacts(path, siteDir, found, rec);
+    if (RelateToFolder(path, rec.id) < 0) return -1;
+  }
+  rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
+  return 0;
+}
+
+void SiteMgrBase::StoreFileFacts(const std::string& path, const std::string& siteDir,
+                                 const platform::FileStat& found, SitePathRec& rec) {
+  rec.exists = path.starts_with(siteDir) ? 1 : 0;
+  rec.size = static_cast<std::int32_t>(found.size);
+  rec.creationTime = found.creationTime;
+  rec.modificationTime = found.modificationTime;
+  rec.accessTime = found.accessTime;
+}
+
+int SiteMgrBase::RelateToFolder(const std::string& path, int number) {
+  if (folderDB == nullptr) return -1;
+  const std::string folder(FolderPart(path));
+  int folderNumber = folderDB->Find(folder);
+  if (folderNumber < 0) folderNumber = AddFolder(folder, 1);
+  // Under the web rules a file outside of the site is an entry like any other, although its
+  // folders climb up to a root.
+  if (folderNumber < 0 && linkRules == LinkRules::Web) folderNumber = folderDB->Find(folder);
+  if (folderNumber < 0) return -1;
+  return AddRel(UrlID(kKindFolder, folderNumber), UrlID(kKindPath, number));
+}
+
+int SiteMgrBase::AddFolder(const std::string& folder, int withParents) {
+  if (folder.empty() || openSiteId < 0 || folderDB == nullptr) return -1;
+
+  std::vector<int> climbed;  // folders added, from `folder` upwards
+  int parent = -1;           // the known folder at which the climb ends
+  for (std::string name = folder; parent < 0;) {
+    parent = folderDB->Find(name);
+    if (parent >= 0) break;
+    const int number = folderDB->Add(name);
+    if (number < 0) return -1;
+    if (withParents == 0) return number;
+    climbed.push_back(number);
+    // A root that is not known yet ends the climb with -1 and leaves what was added, on purpose:
+    // the site folder is registered beforehand, so a climb within the site never gets there.
+    if (!CutToParent(name)) return -1;
+  }
+  for (auto child = climbed.rbegin(); child != climbed.rend(); ++child) {
+    if (AddRel(UrlID(kKindFolder, parent), UrlID(kKindFolder, *child)) < 0) return -1;
+    parent = *child;
+  }
+  return parent;
+}
+
+int SiteMgrBase::AddRel(const UrlID& parent, const UrlID& child) {
+  if (openSiteId < 0 || relDB == nullptr) return -1;
+  const int known = relDB->First(parent, child);
+  return known >= 0 ? known : relDB->Add(parent, child);
+}
+
+int SiteMgrBase::DelUrl(int id) {
+  return DeleteFrom(urlDB, id);
+}
+int SiteMgrBase::DelPath(int id) {
+  return DeleteFrom(pathDB, id);
+}
+int SiteMgrBase::DelLink(int id) {
+  return DeleteFrom(linkDB, id);
+}
+int SiteMgrBase::DelFolder(int id) {
+  return DeleteFrom(folderDB, id);
+}
+int SiteMgrBase::DelRel(int id) {
+  return DeleteFrom(relDB, id);
+}
+
+int SiteMgrBase::DeleteString(std::string* text) {
+  delete text;
+  return 0;
+}
+
+}  // namespace zvrsit
