@@ -52,9 +52,17 @@ void ShowText(CWnd* window, const std::string& text);
 // and a terminator; the length, 0 when there is no such string.
 int LoadTableString(unsigned id, char* buffer, int size);
 
-// POSIX: where the string table comes from. The function has the shape of LoadTableString; null for none.
+// Where the string table comes from: a function of the shape of LoadTableString. Without one, or
+// with null, there are no texts on POSIX; on Windows they are resources of the running program.
 using StringLoader = int (*)(unsigned id, char* buffer, int size);
 ZVRSIT_API void SetStringLoader(StringLoader loader);
+
+#if defined(_WIN32)
+// How a text is put into a window of the application, whose CWnd is a class of its own framework;
+// no texts are shown until this is set.
+using TextShower = void (*)(CWnd* window, const char* text);
+ZVRSIT_API void SetTextShower(TextShower shower);
+#endif
 
 }  // namespace platform
 }  // namespace zvrsit

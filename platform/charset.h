@@ -1,0 +1,30 @@
+// The charsets that pages are written in, by their labels.
+#pragma once
+
+#include <string_view>
+
+namespace zvrsit::platform {
+
+enum class CharsetKind {
+  kUtf8,
+  kUtf16LittleEndian,
+  kUtf16BigEndian,
+  kUserDefined,  // bytes from 0x80 on are U+F780 and so on
+  kSingleByte,
+  kDoubleByte,
+  kStateful,
+};
+
+struct Charset {
+  CharsetKind kind;
+  const char* systemName;  // as iconv knows it
+  unsigned codePage;       // as Windows knows it
+  const char* labels;      // lower case, a space between two
+};
+
+// The charset of a label of the WHATWG Encoding Standard (section 4.2, "Names and labels"), in any
+// letter case and with white space around it; null when there is none. Labels of its replacement
+// encoding are not known.
+const Charset* FindCharset(std::string_view label);
+
+}  // namespace zvrsit::platform

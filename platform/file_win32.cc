@@ -1,0 +1,160 @@
+#include <direct.h>
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <limits>
+
+#include "platform/file.h"
+#include "platform/file_fault_check.h"
+#include "platform/native_path.h"
+
+namespace zvrsit::platform {
+namespace {
+
+// What one call of the runtime is asked for at most; its counts are 32 bits.
+constexpr std::size_t kMostAtOnce = 1u << 30;
+
+thread_local int lastError = 0;
+thread_local std::string nativePath;
+thread_local std::string otherNativePath;
+
+int Fail(int error) {
+  lastError = error;
+  return -1;
+}
+
+template <class Result>
+Result Noted(Result result) {
+  if (result < 0) lastError = errno;
+  return result;
+}
+
+int SystemFlags(int flags) {
+  int result = (flags & kOpenReadWrite)   ? _O_RDWR
+               : (flags & kOpenWriteOnly) ? _O_WRONLY
+                                          : _O_RDONLY;
+  if (flags & kOpenCreate) result |= _O_CREAT;
+  if (flags & kOpenTruncate) result |= _O_TRUNC;
+  return result | _O_BINARY | _O_NOINHERIT;
+}
+
+std::int32_t ClampTime(std::int64_t time) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(time, Limits::min(), Limits::max()));
+}
+
+void Fill(const struct _stat64& status, FileStat& result) {
+  constexpr std::int64_t kMostSize = 0xFFFFFFFE;
+  result.mode = status.st_mode & (_S_IFDIR | _S_IFREG);
+  result.size = static_cast<std::uint32_t>(std::clamp<std::int64_t>(status.st_size, 0, kMostSize));
+  result.creationTime = ClampTime(status.st_ctime);
+  result.modificationTime = ClampTime(status.st_mtime);
+  result.accessTime = ClampTime(status.st_atime);
+  result.modificationNanoseconds = static_cast<std::int64_t>(status.st_mtime) * 1'000'000'000;
+  result.device = status.st_dev;
+  result.file = 0;
+}
+
+}  // namespace
+
+int Open(const std::string& path, int flags, int permission) {
+  if (MustFail(FileCall::kOpen)) return Fail(EIO);
+  if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
+  return Noted(_open(nativePath.c_str(), SystemFlags(flags), permission));
+}
+
+int Close(int fd) {
+  const bool fault = MustFail(FileCall::kClose);
+  if (_close(fd) != 0) return Fail(errno);
+  return fault ? Fail(EIO) : 0;
+}
+
+std::int64_t Read(int fd, void* destination, std::size_t length) {
+  if (MustFail(FileCall::kRead)) return Fail(EIO);
+  auto* bytes = static_cast<char*>(destination);
+  std::size_t done = 0;
+  while (done < length) {
+    const auto wanted = static_cast<unsigned>(std::min(length - done, kMostAtOnce));
+    const int count = _read(fd, bytes + done, wanted);
+    if (count < 0) return Fail(errno);
+    if (count == 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  return static_cast<std::int64_t>(done);
+}
+
+std::int64_t Write(int fd, const void* source, std::size_t length) {
+  if (MustFail(FileCall::kWrite)) return Fail(EIO);
+  const auto* bytes = static_cast<const char*>(source);
+  std::size_t done = 0;
+  while (done < length) {
+    const auto wanted = static_cast<unsigned>(std::min(length - done, kMostAtOnce));
+    const int count = _write(fd, bytes + done, wanted);
+    if (count <= 0) {
+      lastError = count == 0 ? ENOSPC : errno;
+      return done > 0 ? static_cast<std::int64_t>(done) : -1;
+    }
+    done += static_cast<std::size_t>(count);
+  }
+  return static_cast<std::int64_t>(done);
+}
+
+std::int64_t Seek(int fd, std::int64_t offset) {
+  if (MustFail(FileCall::kSeek)) return Fail(EIO);
+  return Noted(_lseeki64(fd, offset, SEEK_SET));
+}
+
+std::int64_t SeekEnd(int fd) {
+  if (MustFail(FileCall::kSeek)) return Fail(EIO);
+  return Noted(_lseeki64(fd, 0, SEEK_END));
+}
+
+int Stat(const std::string& path, FileStat& result) {
+  if (MustFail(FileCall::kStat)) return Fail(EIO);
+  if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
+  struct _stat64 status;
+  if (_stat64(nativePath.c_str(), &status) != 0) return Fail(errno);
+  Fill(status, result);
+  return 0;
+}
+
+int StatOpen(int fd, FileStat& result) {
+  if (MustFail(FileCall::kStat)) return Fail(EIO);
+  struct _stat64 status;
+  if (_fstat64(fd, &status) != 0) return Fail(errno);
+  Fill(status, result);
+  return 0;
+}
+
+int MakeFolder(const std::string& path) {
+  if (MustFail(FileCall::kMakeFolder)) return Fail(EIO);
+  if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
+  return Noted(_mkdir(nativePath.c_str()));
+}
+
+int Unlink(const std::string& path) {
+  if (MustFail(FileCall::kUnlink)) return Fail(EIO);
+  if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
+  return Noted(_unlink(nativePath.c_str()));
+}
+
+int Rename(const std::string& from, const std::string& to) {
+  if (MustFail(FileCall::kRename)) return Fail(EIO);
+  if (!ToNativePath(from, nativePath) || !ToNativePath(to, otherNativePath)) return Fail(ENOENT);
+  return Noted(std::rename(nativePath.c_str(), otherNativePath.c_str()));
+}
+
+int FlushAll() {
+  return _flushall() < 0 ? Fail(errno) : 0;
+}
+
+int LastError() {
+  return lastError;
+}
+
+}  // namespace zvrsit::platform

@@ -1,0 +1,164 @@
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/folder_search.h"
+#include "platform/native_path.h"
+#include "platform/separator.h"
+
+namespace zvrsit::platform {
+
+// The names of a folder, one behind the other with a NUL after each.
+struct FindState {
+  std::string names;
+  std::vector<std::size_t> starts;  // of each name, in the order of the answers
+  std::size_t next = 0;
+
+  std::string_view nameAt(std::size_t start) const { return names.c_str() + start; }
+};
+
+namespace {
+
+constexpr std::string_view kEverything = "*.*";
+
+using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
+
+Folder OpenFolder(const std::string& native) {
+  return {::opendir(native.c_str()), ::closedir};
+}
+
+// Calls `each` with every name of the folder; false when it cannot be read to its end.
+template <class Each>
+bool ForEachName(DIR* folder, Each each) {
+  for (;;) {
+    errno = 0;
+    const dirent* entry = ::readdir(folder);
+    if (!entry) return errno == 0;
+    each(std::string_view(entry->d_name));
+  }
+}
+
+char LowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+bool IsAsciiLetter(char c) {
+  return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z';
+}
+
+bool EqualButForCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
+}
+
+// A name with a `\` of its own cannot be named by a `\` path.
+bool CanBeNamed(std::string_view name) {
+  return FindLastSeparator(name) == std::string_view::npos;
+}
+
+// Where the last component begins: behind the last `\`, or behind the colon of a drive.
+std::size_t LastComponent(std::string_view path) {
+  const std::size_t separator = FindLastSeparator(path);
+  if (separator != std::string_view::npos) return separator + 1;
+  return path.size() >= 2 && path[1] == ':' && IsAsciiLetter(path[0]) ? 2 : 0;
+}
+
+// Every entry of a folder.
+FindHandle ListFolder(const std::string& folderPath) {
+  std::string native;
+  if (!ToNativePath(folderPath, native)) return nullptr;
+  const Folder folder = OpenFolder(native.empty() ? "." : native);
+  if (!folder) return nullptr;
+  auto state = std::make_unique<FindState>();
+  const auto add = [&state](std::string_view name) {
+    if (!CanBeNamed(name)) return;
+    state->starts.push_back(state->names.size());
+    state->names.append(name).push_back('\0');
+  };
+  if (!ForEachName(folder.get(), add)) return nullptr;
+  std::sort(state->starts.begin(), state->starts.end(),
+            [&state](std::size_t a, std::size_t b) { return state->nameAt(a) < state->nameAt(b); });
+  return state.release();
+}
+
+// Looks a name up as it stands in the listing of its folder: `name` itself when it is there, else
+// the bytewise first that differs in ASCII letter case only. Empty when there is none.
+std::string SpellingInListing(const std::string& nativeFolder, std::string_view name) {
+  const Folder folder = OpenFolder(nativeFolder);
+  if (!folder) return {};
+  std::string best;
+  ForEachName(folder.get(), [&](std::string_view entry) {
+    if (!EqualButForCase(entry, name) || !CanBeNamed(entry)) return;
+    if (best != name && (best.empty() || entry == name || entry < best)) best = entry;
+  });
+  return best;
+}
+
+// Whether an existing name is surely spelled as on disk. Where the file system tells letter case
+// apart, the same name with the case of one letter changed is missing or another file; asking for
+// that costs one call, while listing costs the whole folder, and holds for folders that ignore
+// case on their own as well.
+bool IsSurelyOwnSpelling(std::string& native, std::size_t nameStart, const struct stat& status) {
+  for (std::size_t i = native.size(); i > nameStart; --i) {
+    char& letter = native[i - 1];
+    if (!IsAsciiLetter(letter)) continue;
+    letter ^= 0x20;
+    struct stat other;
+    const bool found = ::lstat(native.c_str(), &other) == 0;
+    letter ^= 0x20;
+    return !found || other.st_dev != status.st_dev || other.st_ino != status.st_ino;
+  }
+  // Without letters of either alphabet there is only one spelling.
+  return std::all_of(native.begin() + static_cast<std::ptrdiff_t>(nameStart), native.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// The spelling on disk of the last component of a path; empty when it is not there.
+std::string SpellingOnDisk(const std::string& path, std::string_view name) {
+  std::string native;
+  if (name.empty() || !ToNativePath(path, native)) return {};
+  const std::size_t nameStart = native.size() - name.size();
+  struct stat status;
+  const bool exists = ::lstat(native.c_str(), &status) == 0;
+  if (!exists && errno != ENOENT) return {};
+  if (exists && IsSurelyOwnSpelling(native, nameStart, status)) return std::string(name);
+  const std::string folder = nameStart == 0 ? "." : native.substr(0, nameStart);
+  std::string found = SpellingInListing(folder, name);
+  // A name that is there under no spelling that we know: the file system folds more than ASCII.
+  if (found.empty() && exists) return std::string(name);
+  return found;
+}
+
+}  // namespace
+
+FindHandle FindFirst(const std::string& pattern, FindData& found) {
+  const std::size_t nameStart = LastComponent(pattern);
+  const std::string_view name = std::string_view(pattern).substr(nameStart);
+  if (name == kEverything) {
+    FindHandle handle = ListFolder(pattern.substr(0, nameStart));
+    if (handle && FindNext(handle, found)) return handle;
+    FindClose(handle);
+    return nullptr;
+  }
+  std::string spelling = SpellingOnDisk(pattern, name);
+  if (spelling.empty()) return nullptr;
+  found.name = std::move(spelling);
+  return new FindState;
+}
+
+bool FindNext(FindHandle handle, FindData& found) {
+  if (!handle || handle->next >= handle->starts.size()) return false;
+  found.name = handle->nameAt(handle->starts[handle->next++]);
+  return true;
+}
+
+void FindClose(FindHandle handle) {
+  delete handle;
+}
+
+}  // namespace zvrsit::platform

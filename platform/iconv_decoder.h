@@ -1,0 +1,35 @@
+// Decoding bytes of a legacy charset to code points through iconv.
+#pragma once
+
+#include <iconv.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+namespace zvrsit::platform {
+
+struct IconvCloser {
+  void operator()(void* descriptor) const { ::iconv_close(descriptor); }
+};
+using Iconv = std::unique_ptr<void, IconvCloser>;
+
+// Null when the system does not know one of the two names.
+Iconv OpenIconv(const char* to, const char* from);
+
+// The name under which iconv knows char32_t of this machine.
+extern const char* const kCodePointCharset;
+
+// What each byte of a single-byte charset means; U+FFFD where it means nothing. Bytes 0x80 to 0x9F
+// without a meaning are the control characters of the same number, as on Windows and in browsers.
+using ByteMeanings = std::array<char32_t, 256>;
+const ByteMeanings& MeaningsOf(const char* charset);
+
+// Decodes text in a charset of one or more bytes a character and hands the code points to `sink`,
+// piece by piece. A malformed part becomes U+FFFD: one byte when an ASCII byte follows or it could
+// begin no character, else two. False when the system does not know the charset.
+using CodePointSink = std::function<void(std::u32string_view)>;
+bool DecodeByIconv(const char* charset, std::string_view bytes, const CodePointSink& sink);
+
+}  // namespace zvrsit::platform

@@ -1,0 +1,42 @@
+#include <vector>
+
+#include "platform/file.h"
+#include "platform/separator.h"
+
+namespace zvrsit::platform {
+namespace {
+
+bool IsFolder(const std::string& path) {
+  FileStat status;
+  return Stat(path, status) == 0 && status.isFolder();
+}
+
+// The folder that holds `path`; false when there is no `\` in it. What is left of a path in the
+// root of a drive (`C:`, or nothing) names that root.
+bool ParentOf(const std::string& path, std::string& parent) {
+  const std::size_t separator = FindLastSeparator(path);
+  if (separator == std::string::npos) return false;
+  parent = path.substr(0, separator);
+  if (FindLastSeparator(parent) == std::string::npos) parent += '\\';
+  return true;
+}
+
+}  // namespace
+
+int MakeFolderOfPath(const std::string& path) {
+  std::vector<std::string> missing;
+  std::string current = path;
+  for (std::string parent;; current = parent) {
+    if (!ParentOf(current, parent)) return -1;
+    if (IsFolder(parent)) break;
+    // A root that is not there (a missing drive, a relative name) has no folder above it.
+    if (parent == current) return -1;
+    missing.push_back(parent);
+  }
+  for (; !missing.empty(); missing.pop_back()) {
+    if (MakeFolder(missing.back()) != 0) return -1;
+  }
+  return 0;
+}
+
+}  // namespace zvrsit::platform

@@ -1,0 +1,121 @@
+#include "platform/utf8.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace zvrsit::platform {
+namespace {
+
+constexpr std::uint64_t kHighBits = 0x8080808080808080;
+
+std::uint64_t LoadWord(const char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+struct LeadByte {
+  unsigned trailBytes;                         // 0 for a byte that begins no sequence
+  unsigned char firstTrailMin, firstTrailMax;  // what may follow it
+};
+
+LeadByte LeadByteOf(unsigned char byte) {
+  if (byte >= 0xC2 && byte <= 0xDF) return {1, 0x80, 0xBF};
+  if (byte == 0xE0) return {2, 0xA0, 0xBF};
+  if (byte == 0xED) return {2, 0x80, 0x9F};
+  if (byte >= 0xE1 && byte <= 0xEF) return {2, 0x80, 0xBF};
+  if (byte == 0xF0) return {3, 0x90, 0xBF};
+  if (byte >= 0xF1 && byte <= 0xF3) return {3, 0x80, 0xBF};
+  if (byte == 0xF4) return {3, 0x80, 0x8F};
+  return {0, 0, 0};
+}
+
+// How many bytes at the start of the text are well-formed.
+std::size_t ValidPrefix(std::string_view text) {
+  std::size_t at = 0;
+  for (;;) {
+    at += AsciiPrefix(text.substr(at));
+    if (at == text.size()) return at;
+    // Text in other scripts comes in runs.
+    do {
+      const Utf8Step step = DecodeUtf8(text.substr(at));
+      if (!step.valid) return at;
+      at += step.length;
+    } while (at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80);
+  }
+}
+
+}  // namespace
+
+std::size_t AsciiPrefix(std::string_view text) {
+  const char* bytes = text.data();
+  const std::size_t size = text.size();
+  std::size_t at = 0;
+  while (size - at >= 32) {
+    const std::uint64_t any = LoadWord(bytes + at) | LoadWord(bytes + at + 8) |
+                              LoadWord(bytes + at + 16) | LoadWord(bytes + at + 24);
+    if (any & kHighBits) break;
+    at += 32;
+  }
+  while (size - at >= 8 && (LoadWord(bytes + at) & kHighBits) == 0) at += 8;
+  while (at < size && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
+  return at;
+}
+
+bool IsValidUtf8(std::string_view text) {
+  return ValidPrefix(text) == text.size();
+}
+
+Utf8Step DecodeUtf8(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  if (first < 0x80) return {first, 1, true};
+  const LeadByte lead = LeadByteOf(first);
+  if (lead.trailBytes == 0) return {kReplacementCharacter, 1, false};
+  char32_t codePoint = first & (0x3Fu >> lead.trailBytes);
+  unsigned length = 1;
+  for (; length <= lead.trailBytes; ++length) {
+    const bool isFirst = length == 1;
+    const unsigned char least = isFirst ? lead.firstTrailMin : 0x80;
+    const unsigned char most = isFirst ? lead.firstTrailMax : 0xBF;
+    if (length >= text.size()) return {kReplacementCharacter, length, false};
+    const auto trail = static_cast<unsigned char>(text[length]);
+    if (trail < least || trail > most) return {kReplacementCharacter, length, false};
+    codePoint = codePoint << 6 | (trail & 0x3F);
+  }
+  return {codePoint, length, true};
+}
+
+void AppendUtf8(std::string& out, char32_t c) {
+  if (c < 0x80) {
+    out += static_cast<char>(c);
+    return;
+  }
+  if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) c = kReplacementCharacter;
+  char bytes[4];
+  std::size_t length = 0;
+  if (c < 0x800) {
+    bytes[length++] = static_cast<char>(0xC0 | c >> 6);
+  } else if (c < 0x10000) {
+    bytes[length++] = static_cast<char>(0xE0 | c >> 12);
+    bytes[length++] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
+  } else {
+    bytes[length++] = static_cast<char>(0xF0 | c >> 18);
+    bytes[length++] = static_cast<char>(0x80 | (c >> 12 & 0x3F));
+    bytes[length++] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
+  }
+  bytes[length++] = static_cast<char>(0x80 | (c & 0x3F));
+  out.append(bytes, length);
+}
+
+void AppendUtf8Repaired(std::string& out, std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t valid = ValidPrefix(text);
+    out.append(text.substr(0, valid));
+    text.remove_prefix(valid);
+    if (text.empty()) return;
+    AppendUtf8(out, kReplacementCharacter);
+    text.remove_prefix(DecodeUtf8(text).length);
+  }
+}
+
+}  // namespace zvrsit::platform

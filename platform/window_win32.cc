@@ -1,0 +1,34 @@
+#include "platform/window.h"
+
+namespace zvrsit::platform {
+namespace {
+
+constinit TextShower textShower = nullptr;
+constinit StringLoader stringLoader = nullptr;
+
+}  // namespace
+
+long SendWindowMessage(HWND window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam) {
+  if (!window) return 0;
+  return static_cast<long>(
+      SendMessageA(window, message, static_cast<WPARAM>(wParam), static_cast<LPARAM>(lParam)));
+}
+
+void ShowText(CWnd* window, const std::string& text) {
+  if (window && textShower) textShower(window, text.c_str());
+}
+
+int LoadTableString(unsigned id, char* buffer, int size) {
+  if (!buffer || size <= 0) return 0;
+  if (stringLoader) return stringLoader(id, buffer, size);
+  return LoadStringA(nullptr, id, buffer, size);
+}
+
+void SetStringLoader(StringLoader loader) {
+  stringLoader = loader;
+}
+void SetTextShower(TextShower shower) {
+  textShower = shower;
+}
+
+}  // namespace zvrsit::platform

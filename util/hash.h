@@ -1,0 +1,47 @@
+// A fast hash for tables in memory. It is never stored: its values differ from process to process,
+// so that a hostile site cannot choose names that collide.
+//
+// Method: Wang Yi's wyhash (public domain) - multiply two 64-bit words to 128 bits and fold the
+// halves - with the inputs mixed back in, so that a zero factor does not wipe a word out.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace zvrsit {
+
+namespace hash_detail {
+
+// Odd words with 32 bits set each, as the method wants them.
+inline constexpr std::uint64_t kWordA = 0x2d358dccaa6c78a5;
+inline constexpr std::uint64_t kWordB = 0x8bb84b93962eacc9;
+
+// The random start of this process.
+extern const std::uint64_t processSeed;
+
+}  // namespace hash_detail
+
+// Folds two words into one.
+inline std::uint64_t MixWords(std::uint64_t a, std::uint64_t b) {
+#if defined(__SIZEOF_INT128__)
+  const unsigned __int128 product = static_cast<unsigned __int128>(a) * b;
+  return a ^ b ^ static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+#else
+  const std::uint64_t aLow = a & 0xFFFFFFFF, aHigh = a >> 32;
+  const std::uint64_t bLow = b & 0xFFFFFFFF, bHigh = b >> 32;
+  const std::uint64_t cross = aHigh * bLow + (aLow * bLow >> 32);
+  const std::uint64_t middle = aLow * bHigh + (cross & 0xFFFFFFFF);
+  return a ^ b ^ (a * b) ^ (aHigh * bHigh + (cross >> 32) + (middle >> 32));
+#endif
+}
+
+// The hash of a text.
+std::uint64_t HashBytes(std::string_view bytes);
+
+// The hash of two words, such as the ends of a link.
+inline std::uint64_t HashWords(std::uint64_t a, std::uint64_t b) {
+  return MixWords(MixWords(a ^ hash_detail::kWordA, b ^ hash_detail::processSeed),
+                  hash_detail::kWordB);
+}
+
+}  // namespace zvrsit
