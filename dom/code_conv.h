@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "platform/api.h"
 
@@ -34,8 +35,11 @@ class ZVRSIT_API CodeConv {
   std::size_t textOffset() const { return textOffset_; }
 
  private:
-  bool Borrow(const char* top, std::size_t size, std::size_t skip);
-  bool Convert(const char* top, std::size_t size, const char* label);
+  // Each imports `page` from `skip` on, or gives false when it does not know the label.
+  bool ImportLabelled(std::string_view page, std::string_view label, std::size_t skip);
+  bool ImportOwnPage(std::string_view page, std::size_t skip);
+  bool ImportUndeclared(std::string_view page);
+  bool Convert(std::string_view bytes, std::string_view label);
 
   std::string converted_;
   const char* text_ = nullptr;

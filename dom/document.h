@@ -231,7 +231,7 @@ class ZVRSIT_API Document {
   void clear();
 
  private:
-  friend class AttributeList;
+  friend class Attribute;
   friend class DocumentBuilder;
   friend class Element;
 
@@ -242,16 +242,20 @@ class ZVRSIT_API Document {
   };
 
   void CopyText(const char* text, std::size_t length);
-  void IndexTags();
   Node FirstChild(std::uint32_t index) const;
-  Node TextAfter(std::uint32_t index) const;
+  Text RawTextOf(std::uint32_t index) const;
+  Text TextAt(std::uint32_t offset, bool foreign) const;
+  // What is searched for markup: the text, in a double-byte code page with masked trail bytes.
+  const char* source() const { return masked_ ? masked_.get() : text_.get(); }
+  const char* sourceEnd() const { return source() + length_; }
   std::span<const AttributeRecord> AttributesOf(std::uint32_t index) const {
     return {attributes_.data() + elements_[index].firstAttribute,
             attributes_.data() + elements_[index + 1].firstAttribute};
   }
 
-  std::unique_ptr<char[]> text_;  // followed by zeros, see html_tokenizer.h
-  std::size_t capacity_ = 0;
+  std::unique_ptr<char[]> text_;    // followed by zeros, see html_tokenizer.h
+  std::unique_ptr<char[]> masked_;  // see double_byte.h; null in other code pages
+  std::size_t capacity_ = 0;        // of each, without the zeros
   std::size_t length_ = 0;
   bool decode_ = true;
   std::vector<ElementRecord> elements_;  // and one more, where the last one's attributes end

@@ -1,0 +1,119 @@
+#include "dom/charset_prescan.h"
+
+#include <algorithm>
+#include <array>
+
+#include "dom/html_text.h"
+#include "dom/html_tokenizer.h"
+
+namespace zvrsit {
+namespace {
+
+constexpr std::size_t kPrescanned = 1024;
+constexpr std::string_view kSpaces = " \t\n\f\r";
+
+std::string_view TrimSpace(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(kSpaces);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kSpaces) - first + 1);
+}
+
+std::string Lower(std::string_view text) {
+  std::string lower;
+  AppendName(lower, text);
+  return lower;
+}
+
+// `text` up to its first space or one of `ends`, or inside its quotes.
+std::string_view FirstValue(std::string_view text, std::string_view ends) {
+  text = TrimSpace(text);
+  if (!text.empty() && (text.front() == '"' || text.front() == '\'')) {
+    const std::size_t close = text.find(text.front(), 1);
+    if (close == std::string_view::npos) return {};
+    return text.substr(1, close - 1);
+  }
+  return text.substr(0, std::min(text.find_first_of(ends), text.find_first_of(kSpaces)));
+}
+
+// The charset in a CONTENT such as "text/html; charset=utf-8", given in lower case.
+std::string_view CharsetOfContent(std::string_view content) {
+  constexpr std::string_view kCharset = "charset";
+  for (std::size_t at = 0; (at = content.find(kCharset, at)) != std::string_view::npos;) {
+    at += kCharset.size();
+    const std::string_view rest = TrimSpace(content.substr(at));
+    if (rest.starts_with('=')) return FirstValue(rest.substr(1), ";");
+  }
+  return {};
+}
+
+// A sink that looks at META only. Raw text is not told from markup, as a prescan does not.
+class MetaSink {
+ public:
+  void Characters(const char*, const char*, TextKind) {}
+  void Comment(const char*, const char*) {}
+  void Doctype(const DoctypeToken&) {}
+  void AbandonTag() {}
+  void EndTag(const TagSlices&) {}
+  bool InForeignContent() { return false; }
+
+  void Attribute(const AttributeSlices& slices) {
+    if (!label_.empty()) return;
+    const std::string name = Lower(View(slices.name, slices.nameEnd));
+    const std::string_view value = View(slices.value, slices.valueEnd);
+    if (name == "http-equiv" && httpEquiv_.empty()) httpEquiv_ = Lower(value);
+    if (name == "content" && content_.empty()) content_ = Lower(value);
+    if (name == "charset" && charset_.empty()) charset_ = Lower(value);
+  }
+
+  ContentModel StartTag(const TagSlices& slices) {
+    if (label_.empty() && Lower(View(slices.name, slices.nameEnd)) == "meta") {
+      label_ = TrimSpace(charset_);
+      if (label_.empty() && httpEquiv_ == "content-type") label_ = CharsetOfContent(content_);
+    }
+    httpEquiv_.clear();
+    content_.clear();
+    charset_.clear();
+    return ContentModel::kData;
+  }
+
+  const std::string& label() const { return label_; }
+
+ private:
+  static std::string_view View(const char* from, const char* to) { return {from, to}; }
+
+  std::string label_;
+  std::string httpEquiv_;
+  std::string content_;
+  std::string charset_;
+};
+
+std::string XmlEncoding(std::string_view head) {
+  if (!head.starts_with("<?xml")) return {};
+  head = head.substr(0, head.find('>'));
+  const std::size_t at = head.find("encoding");
+  if (at == std::string_view::npos) return {};
+  const std::string_view rest = TrimSpace(head.substr(at + 8));
+  return rest.starts_with('=') ? Lower(FirstValue(rest.substr(1), "?")) : std::string();
+}
+
+}  // namespace
+
+ByteOrderMark FindByteOrderMark(std::string_view page) {
+  if (page.starts_with("\xEF\xBB\xBF")) return {"utf-8", 3};
+  if (page.starts_with("\xFF\xFE")) return {"utf-16le", 2};
+  if (page.starts_with("\xFE\xFF")) return {"utf-16be", 2};
+  return {};
+}
+
+std::string PrescanCharset(std::string_view page) {
+  const std::string_view head = page.substr(0, kPrescanned);
+  std::array<char, kPrescanned + kTextPadding> padded{};
+  std::copy(head.begin(), head.end(), padded.begin());
+  MetaSink sink;
+  HtmlTokenizer<MetaSink>(padded.data(), head.size(), sink).Run();
+  const std::string label = sink.label().empty() ? XmlEncoding(head) : sink.label();
+  if (label.starts_with("utf-16")) return "utf-8";
+  return label == "x-user-defined" ? "windows-1252" : label;
+}
+
+}  // namespace zvrsit

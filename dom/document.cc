@@ -1,0 +1,221 @@
+#include "dom/document.h"
+
+#include <algorithm>
+
+#include "dom/document_builder.h"
+#include "dom/double_byte.h"
+#include "dom/html_text.h"
+#include "dom/html_tokenizer.h"
+#include "platform/code_page.h"
+
+namespace zvrsit {
+namespace {
+
+// An idle document keeps at most this many bytes in each of its arrays.
+constexpr std::size_t kKeptBytes = std::size_t{4} << 20;
+
+template <class T>
+void ClearAndTrim(std::vector<T>& records) {
+  if (records.capacity() * sizeof(T) > kKeptBytes) records = std::vector<T>();
+  records.clear();
+}
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+}  // namespace
+
+// Attribute, AttributeList, Text.
+
+std::string_view Attribute::name() const {
+  std::size_t length = record_->nameLength;
+  if (length == AttributeRecord::kLongName) {
+    const char* name = document_->source() + record_->nameOffset;
+    length = static_cast<std::size_t>(
+        DefaultSearch::AttributeNameEnd(name + 1, document_->sourceEnd()) - name);
+  }
+  return document_->text().substr(record_->nameOffset, length);
+}
+
+void Attribute::appendValue(std::string& out) const {
+  if (document_->decodes()) {
+    AppendAttributeValue(out, rawValue());
+  } else {
+    out += rawValue();
+  }
+}
+
+std::string Attribute::value() const {
+  std::string out;
+  appendValue(out);
+  return out;
+}
+
+Attribute AttributeList::getNamedItem(std::string_view upperCaseName) const {
+  const Attr known = AttrOf(upperCaseName);
+  if (known != Attr::kOther) return find(known);
+  for (std::size_t i = 0; i < size(); ++i) {
+    if (records_[i].attr == Attr::kOther && EqualNoCase(item(i).name(), upperCaseName)) {
+      return item(i);
+    }
+  }
+  return {};
+}
+
+std::string Text::data(bool decode) const {
+  if (!decode) return std::string(raw_);
+  std::string out;
+  AppendText(out, raw_, kind_);
+  return out;
+}
+
+// Element, NodeIterator.
+
+std::string_view Element::name() const {
+  const char* name = document_->source() + offset() + 1;
+  const char* end = DefaultSearch::TagNameEnd(name, document_->sourceEnd());
+  return document_->text().substr(offset() + 1, static_cast<std::size_t>(end - name));
+}
+
+Node Element::firstChild() const {
+  return document_->FirstChild(index_);
+}
+
+Element NodeIterator::next() {
+  while (!elements_.empty()) {
+    const Element element = document_->element(elements_.front());
+    elements_ = elements_.subspan(1);
+    if (name_.empty() || EqualNoCase(element.name(), name_)) return element;
+  }
+  return {};
+}
+
+// Document.
+
+Document::Document() {
+  clear();
+}
+Document::~Document() = default;
+
+void Document::clear() {
+  if (capacity_ > kKeptBytes) {
+    text_.reset();
+    masked_.reset();
+    capacity_ = 0;
+  }
+  length_ = 0;
+  ClearAndTrim(elements_);
+  ClearAndTrim(attributes_);
+  ClearAndTrim(rawTexts_);
+  ClearAndTrim(byTag_);
+  tagStart_.fill(0);
+  elements_.push_back({0, 0, 0, Tag::kOther, 0});
+}
+
+int Document::createNodes(const char* text, int length, Node* parent, bool decode) {
+  clear();
+  if (text == nullptr || length < 0 || parent != nullptr) return -1;
+  decode_ = decode;
+  CopyText(text, static_cast<std::size_t>(length));
+  DocumentBuilder(*this, source()).Build();
+  return 0;
+}
+
+void Document::CopyText(const char* text, std::size_t length) {
+  const bool mask = platform::HasLeadBytes();
+  if (text_ == nullptr || length > capacity_) {
+    capacity_ = std::max({length, capacity_ * 2, std::size_t{1} << 16});
+    if (length > kKeptBytes) capacity_ = length;
+    text_ = std::make_unique_for_overwrite<char[]>(capacity_ + kTextPadding);
+    masked_.reset();
+  }
+  length_ = length;
+  std::copy_n(text, length, text_.get());
+  std::fill_n(text_.get() + length, kTextPadding, '\0');
+  if (!mask) {
+    masked_.reset();
+    return;
+  }
+  if (!masked_) masked_ = std::make_unique_for_overwrite<char[]>(capacity_ + kTextPadding);
+  MaskTrailBytes(text_.get(), length, masked_.get());
+  std::fill_n(masked_.get() + length, kTextPadding, '\0');
+}
+
+std::span<const std::uint32_t> Document::elementsOf(Tag tag) const {
+  const auto i = static_cast<std::size_t>(tag);
+  return {byTag_.data() + tagStart_[i], byTag_.data() + tagStart_[i + 1]};
+}
+
+NodeIterator Document::getElementsByTagName(const char* upperCaseName) const {
+  const std::string_view name = upperCaseName != nullptr ? upperCaseName : "";
+  if (name.empty()) return {};
+  Tag tag = HtmlTagOf(name);
+  if (tag == Tag::kOther) tag = ForeignTagOf(name);
+  if (tag == Tag::kOther) return {this, elementsOf(tag), name};
+  return {this, elementsOf(tag)};
+}
+
+std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
+  std::vector<ElementAttribute> found;
+  std::uint32_t index = 0;
+  Element last;
+  for (std::size_t i = 0; i < attributes_.size(); ++i) {
+    if (attributes_[i].attr != attr) continue;
+    while (elements_[index + 1].firstAttribute <= i) ++index;
+    const Element bearer = element(index);
+    if (bearer.inTemplate() || bearer == last) continue;
+    found.push_back({bearer, {this, &attributes_[i]}});
+    last = bearer;
+  }
+  return found;
+}
+
+Node Document::FirstChild(std::uint32_t index) const {
+  const ElementRecord& element = elements_[index];
+  const bool foreign = (element.flags & ElementRecord::kForeign) != 0;
+  if (foreign ? (element.flags & ElementRecord::kSelfClosing) != 0
+              : kVoidTags.contains(element.tag) || element.tag == Tag::kTemplate) {
+    return {};
+  }
+  Text text;
+  if (!foreign && ContentModelOf(element.tag) != ContentModel::kData) {
+    text = RawTextOf(index);
+  } else if (index + 1 < elementCount() && elements_[index + 1].offset == element.end) {
+    return Node(this->element(index + 1));
+  } else {
+    text = TextAt(element.end, foreign);
+  }
+  return text ? Node(text) : Node();
+}
+
+Text Document::RawTextOf(std::uint32_t index) const {
+  const auto found = std::lower_bound(
+      rawTexts_.begin(), rawTexts_.end(), index,
+      [](const RawTextRecord& record, std::uint32_t wanted) { return record.element < wanted; });
+  if (found == rawTexts_.end() || found->element != index) return {};
+  const ElementRecord& element = elements_[index];
+  const bool rcdata = ContentModelOf(element.tag) == ContentModel::kRcdata;
+  return {text().substr(element.end, found->end - element.end),
+          rcdata ? TextKind::kRcdata : TextKind::kRawText};
+}
+
+Text Document::TextAt(std::uint32_t offset, bool foreign) const {
+  const char* begin = source() + offset;
+  constexpr std::string_view kCdata = "<![CDATA[";
+  if (foreign && std::string_view(begin, sourceEnd()).starts_with(kCdata)) {
+    const char* data = begin + kCdata.size();
+    const auto length = static_cast<std::size_t>(ScanCdata(data, sourceEnd()).dataEnd - data);
+    return {text().substr(offset + kCdata.size(), length), TextKind::kCdata};
+  }
+  const char* p = DefaultSearch::Byte(begin, sourceEnd(), '<');
+  while (p < sourceEnd() && !IsByte(p[1], kMarkupByte)) {
+    p = DefaultSearch::Byte(p + 1, sourceEnd(), '<');
+  }
+  if (p == begin) return {};
+  return {text().substr(offset, static_cast<std::size_t>(p - begin)), TextKind::kData};
+}
+
+}  // namespace zvrsit

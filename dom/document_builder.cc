@@ -1,0 +1,63 @@
+#include "dom/document_builder.h"
+
+namespace zvrsit {
+namespace {
+
+// Whether the ENCODING of an annotation-xml makes its content HTML.
+bool NamesHtml(const Attribute& encoding) {
+  if (!encoding) return false;
+  const std::string value = encoding.value();
+  const char* end = value.data() + value.size();
+  return (value.size() == 9 && BeginsWithNoCase(value.data(), end, "text/html")) ||
+         (value.size() == 21 && BeginsWithNoCase(value.data(), end, "application/xhtml+xml"));
+}
+
+}  // namespace
+
+void DocumentBuilder::Build() {
+  document_.elements_.clear();
+  HtmlTokenizer<DocumentBuilder>(source_, document_.length_, *this).Run();
+  AbandonTag();
+  document_.elements_.push_back({static_cast<std::uint32_t>(document_.length_),
+                                 static_cast<std::uint32_t>(document_.length_), committed_,
+                                 Tag::kOther, 0});
+  IndexTags();
+}
+
+void DocumentBuilder::Place(const TagSlices& slices, const NameKey& name, Tag& tag,
+                            std::uint16_t& flags) {
+  const AttributeList attributes(&document_, std::span(document_.attributes_).subspan(committed_));
+  ForeignContent::StartTag start{name, slices.selfClosing, false, false};
+  if (tag == Tag::kFont) {
+    start.breaksOutFont = attributes.getNamedItem("color") || attributes.getNamedItem("face") ||
+                          attributes.getNamedItem("size");
+  } else if (BeginsWithNoCase(slices.name, slices.nameEnd, "annotation-xml")) {
+    start.htmlAnnotation = NamesHtml(attributes.find(Attr::kEncoding));
+  }
+  const ForeignContent::Placed placed = foreign_.Start(start);
+  tag = placed.tag;
+  if (placed.foreign) flags |= ElementRecord::kForeign;
+  if (placed.inTemplate) flags |= ElementRecord::kInTemplate;
+}
+
+// Groups the elements by tag: each group's place follows from the counts, and one pass over the
+// elements fills them all.
+void DocumentBuilder::IndexTags() {
+  auto& starts = document_.tagStart_;
+  std::array<std::uint32_t, kTagCount> next;
+  std::uint32_t total = 0;
+  for (std::size_t tag = 0; tag < kTagCount; ++tag) {
+    starts[tag] = next[tag] = total;
+    total += counts_[tag];
+  }
+  starts[kTagCount] = total;
+  document_.byTag_.resize(total);
+  const std::size_t count = document_.elementCount();
+  for (std::size_t i = 0; i < count; ++i) {
+    const ElementRecord& element = document_.elements_[i];
+    if ((element.flags & ElementRecord::kInTemplate) != 0) continue;
+    document_.byTag_[next[static_cast<std::size_t>(element.tag)]++] = static_cast<std::uint32_t>(i);
+  }
+}
+
+}  // namespace zvrsit

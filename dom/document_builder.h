@@ -1,0 +1,80 @@
+// The sink that turns tokens into the arrays of a Document.
+#pragma once
+
+#include <array>
+
+#include "dom/document.h"
+#include "dom/foreign_content.h"
+#include "dom/html_tokenizer.h"
+
+namespace zvrsit {
+
+Attr AttrOf(const NameKey& key);
+
+class DocumentBuilder {
+ public:
+  // Fills `document`, whose text is set and whose arrays are empty. `source` is what is tokenized:
+  // the text, or its masked copy.
+  DocumentBuilder(Document& document, const char* source) : document_(document), source_(source) {}
+
+  // Reads all of the text.
+  void Build();
+
+  // The tokenizer's side.
+  void Characters(const char*, const char* end, TextKind kind) {
+    if (kind != TextKind::kRcdata && kind != TextKind::kRawText) return;
+    const auto element = static_cast<std::uint32_t>(document_.elements_.size() - 1);
+    document_.rawTexts_.push_back({element, Offset(end)});
+  }
+  void Comment(const char*, const char*) {}
+  void Doctype(const DoctypeToken&) {}
+  bool InForeignContent() { return foreign_.CdataAllowed(); }
+
+  void Attribute(const AttributeSlices& slices) {
+    const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
+    document_.attributes_.push_back({Offset(slices.name), Offset(slices.value),
+                                     static_cast<std::uint32_t>(slices.valueEnd - slices.value),
+                                     AttrOf(MakeNameKeyPadded(slices.name, nameLength)),
+                                     nameLength < AttributeRecord::kLongName
+                                         ? static_cast<std::uint16_t>(nameLength)
+                                         : AttributeRecord::kLongName});
+  }
+
+  void AbandonTag() { document_.attributes_.resize(committed_); }
+
+  ContentModel StartTag(const TagSlices& slices) {
+    const NameKey name = NameOf(slices);
+    Tag tag = HtmlTagOf(name);
+    std::uint16_t flags = slices.selfClosing ? ElementRecord::kSelfClosing : 0;
+    if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) {
+      Place(slices, name, tag, flags);
+    }
+    document_.elements_.push_back(
+        {Offset(slices.begin), Offset(slices.end), committed_, tag, flags});
+    if ((flags & ElementRecord::kInTemplate) == 0) ++counts_[static_cast<std::size_t>(tag)];
+    committed_ = static_cast<std::uint32_t>(document_.attributes_.size());
+    return (flags & ElementRecord::kForeign) != 0 ? ContentModel::kData : ContentModelOf(tag);
+  }
+
+  void EndTag(const TagSlices& slices) {
+    if (!foreign_.Idle() && !slices.endsRawText) foreign_.End(NameOf(slices));
+  }
+
+ private:
+  std::uint32_t Offset(const char* p) const { return static_cast<std::uint32_t>(p - source_); }
+
+  static NameKey NameOf(const TagSlices& slices) {
+    return MakeNameKeyPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
+  }
+
+  void Place(const TagSlices& slices, const NameKey& name, Tag& tag, std::uint16_t& flags);
+  void IndexTags();
+
+  Document& document_;
+  const char* source_;
+  ForeignContent foreign_;
+  std::uint32_t committed_ = 0;  // attributes of finished start tags
+  std::array<std::uint32_t, kTagCount> counts_{};
+};
+
+}  // namespace zvrsit

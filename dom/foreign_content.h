@@ -1,0 +1,71 @@
+// Where SVG and MathML begin and end, and the content of TEMPLATE, told from the tags alone.
+//
+// Kept is a stack of the few elements that change how names are read: `svg`, `math`, the elements
+// in them whose content is HTML again (integration points), and `template`. Other elements are not
+// on it. So an end tag of an HTML element ends the SVG or MathML around it, as if that element had
+// been open; a stray one does in a browser not. Each tag takes constant time, however deep it is.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "dom/tag_traits.h"
+
+namespace zvrsit {
+
+class ForeignContent {
+ public:
+  void Clear() { stack_.clear(), templates_ = 0; }
+
+  // Nothing on the stack: every tag is HTML, and only those of kEntryTags need be told.
+  bool Idle() const { return stack_.empty(); }
+  static constexpr TagSet kEntryTags{Tag::kSvg, Tag::kMath, Tag::kTemplate};
+
+  bool InTemplate() const { return templates_ > 0; }
+  // Whether a CDATA section is one here: the innermost open element is SVG or MathML.
+  bool CdataAllowed() const;
+
+  struct StartTag {
+    NameKey name;
+    bool selfClosing = false;
+    bool breaksOutFont = false;   // a FONT with COLOR, FACE or SIZE
+    bool htmlAnnotation = false;  // an annotation-xml whose ENCODING names HTML
+  };
+  struct Placed {
+    Tag tag;
+    bool foreign;
+    bool inTemplate;
+  };
+
+  // A start tag; where its element lies.
+  Placed Start(const StartTag& start);
+  void End(const NameKey& name);
+
+ private:
+  enum class Kind : std::uint8_t { kSvg, kMath, kIntegrationPoint, kTemplate };
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+  struct Entry {
+    Kind kind;
+    Tag tag;
+    std::uint32_t openHtml;         // HTML elements begun in it and not ended
+    std::uint32_t nearestHtml;      // the nearest entry whose content is HTML, itself included
+    std::uint32_t nearestTemplate;  // the nearest template, itself included
+  };
+
+  bool InForeign() const { return !stack_.empty() && IsForeign(stack_.back().kind); }
+  static bool IsForeign(Kind kind) { return kind == Kind::kSvg || kind == Kind::kMath; }
+
+  Placed StartHtml(Tag tag, const StartTag& start);
+  Placed StartForeign(const StartTag& start);
+  void EndHtml(Tag tag);
+  void EndForeign(Tag foreignTag, Tag htmlTag);
+  void Push(Kind kind, Tag tag);
+  void PopTo(std::size_t size);
+  void LeaveForeign();
+
+  std::vector<Entry> stack_;
+  std::uint32_t templates_ = 0;
+};
+
+}  // namespace zvrsit

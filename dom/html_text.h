@@ -1,0 +1,19 @@
+// What a slice of HTML source says: character references decoded, line ends made one, NULs
+// replaced, in the code page of the process. Everything is appended to `out`.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "dom/document.h"
+
+namespace zvrsit {
+
+void AppendText(std::string& out, std::string_view raw, TextKind kind);
+void AppendAttributeValue(std::string& out, std::string_view raw);
+// Comments, and the identifiers of document types.
+void AppendPlain(std::string& out, std::string_view raw);
+// Names of tags, attributes and document types, in lower case.
+void AppendName(std::string& out, std::string_view raw);
+
+}  // namespace zvrsit

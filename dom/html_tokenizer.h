@@ -1,0 +1,259 @@
+// The tokenizer of HTML, after the tokenization section of the WHATWG HTML standard; its functions
+// bear the names of the states that they stand for.
+//
+// It gives slices of the text, as they are written there: nothing is copied, decoded or made small
+// (dom/html_text.h does that with a slice, when it is asked). It makes no parse errors known. Every
+// input takes linear time, and nothing is recursive.
+//
+// The text must be followed by kTextPadding readable zeros. In a double-byte code page the trail
+// bytes must be masked (dom/double_byte.h); then the slices are used on the text itself.
+//
+// The sink is a template argument, so that what it leaves out costs nothing:
+//
+//   void Characters(const char* begin, const char* end, TextKind kind);   never empty; adjacent
+//                                                                         runs are one text
+//   void Attribute(const AttributeSlices&);       for each attribute of a start tag, duplicates too
+//   ContentModel StartTag(const TagSlices&);      after its attributes; how to read on
+//   void AbandonTag();                            the text ended in the tag: its attributes are
+//   void void EndTag(const TagSlices&); void Comment(const char* begin, const char* end); void
+//   Doctype(const DoctypeToken&); bool InForeignContent();                      whether "<![CDATA["
+//   begins a CDATA section here
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "dom/byte_search.h"
+#include "dom/document.h"
+#include "dom/html_scan.h"
+#include "dom/tag_traits.h"
+
+namespace zvrsit {
+
+struct AttributeSlices {
+  const char* name;
+  const char* nameEnd;
+  const char* value;  // equal to valueEnd for an attribute without "="
+  const char* valueEnd;
+};
+
+struct TagSlices {
+  const char* begin;  // its "<"
+  const char* end;    // after its ">"
+  const char* name;
+  const char* nameEnd;
+  bool selfClosing;
+  bool endsRawText;  // an end tag that ends RCDATA, raw text or script data
+};
+
+template <class Sink, class Search = DefaultSearch>
+class HtmlTokenizer {
+ public:
+  HtmlTokenizer(const char* text, std::size_t length, Sink& sink)
+      : begin_(text), end_(text + length), sink_(sink) {}
+
+  // Begins elsewhere than in ordinary content. `lastStartTag` names the element whose end tag ends
+  // RCDATA, raw text and script data; it must outlive the run.
+  void StartIn(ContentModel model, std::string_view lastStartTag) {
+    model_ = model;
+    lastStartTag_ = lastStartTag;
+  }
+
+  // Reads the whole text.
+  void Run() {
+    const char* p = begin_;
+    while (p < end_) {
+      switch (model_) {
+        case ContentModel::kData:
+          p = DataState(p);
+          break;
+        case ContentModel::kRcdata:
+          p = RawTextState(p, TextKind::kRcdata);
+          break;
+        case ContentModel::kRawText:
+          p = RawTextState(p, TextKind::kRawText);
+          break;
+        case ContentModel::kScriptData:
+          p = ScriptDataState(p);
+          break;
+        case ContentModel::kPlainText:
+          Characters(p, end_, TextKind::kRawText);
+          return;
+        case ContentModel::kCdata:
+          p = CdataSectionState(p);
+          break;
+      }
+    }
+  }
+
+ private:
+  // Every state takes the place where it begins and gives the one where the next begins.
+
+  void Characters(const char* begin, const char* end, TextKind kind) {
+    if (begin < end) sink_.Characters(begin, end, kind);
+  }
+
+  const char* DataState(const char* p) {
+    while (model_ == ContentModel::kData) {
+      const char* text = p;
+      p = Search::Byte(p, end_, '<');
+      while (p < end_ && !IsByte(p[1], kMarkupByte)) p = Search::Byte(p + 1, end_, '<');
+      Characters(text, p, TextKind::kData);
+      if (p == end_) break;
+      p = TagOpenState(p);
+    }
+    return p;
+  }
+
+  // At "<" with a letter, "/", "!" or "?" behind it.
+  const char* TagOpenState(const char* p) {
+    if (IsByte(p[1], kLetterByte)) return StartTag(p);
+    if (p[1] == '/') return EndTagOpenState(p);
+    if (p[1] == '!') return MarkupDeclarationOpenState(p);
+    return BogusCommentState(p + 1);
+  }
+
+  const char* EndTagOpenState(const char* p) {
+    if (IsByte(p[2], kLetterByte)) return EndTag(p, false);
+    if (p[2] == '>') return p + 3;  // "</>" is nothing
+    if (p + 2 < end_) return BogusCommentState(p + 2);
+    Characters(p, end_, TextKind::kData);
+    return end_;
+  }
+
+  const char* StartTag(const char* p) {
+    TagSlices tag{p, nullptr, p + 1, nullptr, false, false};
+    tag.nameEnd = Search::TagNameEnd(p + 2, end_);
+    p = BeforeAttributeNameState<true>(tag.nameEnd, tag.selfClosing);
+    if (p == nullptr) {
+      sink_.AbandonTag();
+      return end_;
+    }
+    tag.end = p;
+    model_ = sink_.StartTag(tag);
+    if (model_ != ContentModel::kData) {
+      lastStartTag_ = {tag.name, static_cast<std::size_t>(tag.nameEnd - tag.name)};
+    }
+    return p;
+  }
+
+  const char* EndTag(const char* p, bool endsRawText) {
+    TagSlices tag{p, nullptr, p + 2, nullptr, false, endsRawText};
+    tag.nameEnd = Search::TagNameEnd(p + 3, end_);
+    p = BeforeAttributeNameState<false>(tag.nameEnd, tag.selfClosing);
+    if (p == nullptr) return end_;
+    tag.end = p;
+    sink_.EndTag(tag);
+    return p;
+  }
+
+  const char* SkipSpace(const char* p) {
+    while (IsByte(*p, kSpaceByte)) ++p;
+    return p;
+  }
+
+  // All that stands in a tag behind its name. Gives the place behind its ">", null when the text
+  // ends before.
+  template <bool kReport>
+  const char* BeforeAttributeNameState(const char* p, bool& selfClosing) {
+    for (;;) {
+      p = SkipSpace(p);
+      if (*p == '>') return p + 1;
+      if (p == end_) return nullptr;
+      if (*p == '/') {
+        ++p;
+        if (*p != '>') continue;
+        selfClosing = true;
+        return p + 1;
+      }
+      AttributeSlices attribute;
+      p = AttributeNameState(p, attribute);
+      if (p == nullptr) return nullptr;
+      if constexpr (kReport) sink_.Attribute(attribute);
+    }
+  }
+
+  // An attribute's name and value; null when the text ends in it. A "=" in front is part of the
+  // name.
+  const char* AttributeNameState(const char* p, AttributeSlices& attribute) {
+    attribute.name = p;
+    attribute.nameEnd = p = Search::AttributeNameEnd(p + 1, end_);
+    p = SkipSpace(p);
+    if (*p == '=') return BeforeAttributeValueState(SkipSpace(p + 1), attribute);
+    if (p == end_) return nullptr;
+    attribute.value = attribute.valueEnd = attribute.nameEnd;
+    return p;
+  }
+
+  const char* BeforeAttributeValueState(const char* p, AttributeSlices& attribute) {
+    if (*p == '"' || *p == '\'') return AttributeValueQuotedState(p, attribute);
+    attribute.value = p;
+    attribute.valueEnd = p = Search::UnquotedValueEnd(p, end_);
+    return p < end_ ? p : nullptr;
+  }
+
+  const char* AttributeValueQuotedState(const char* p, AttributeSlices& attribute) {
+    attribute.value = p + 1;
+    attribute.valueEnd = p = Search::Byte(p + 1, end_, *p);
+    return p < end_ ? p + 1 : nullptr;
+  }
+
+  const char* MarkupDeclarationOpenState(const char* p) {
+    p += 2;
+    if (p[0] == '-' && p[1] == '-') {
+      const Extent comment = ScanComment(p + 2, end_);
+      sink_.Comment(p + 2, comment.dataEnd);
+      return comment.next;
+    }
+    if (BeginsWithNoCase(p, end_, "doctype")) {
+      DoctypeToken doctype;
+      p = ScanDoctype(p + 7, end_, doctype);
+      sink_.Doctype(doctype);
+      return p;
+    }
+    constexpr std::string_view kCdata = "[CDATA[";
+    if (std::string_view(p, static_cast<std::size_t>(end_ - p)).starts_with(kCdata) &&
+        sink_.InForeignContent()) {
+      return CdataSectionState(p + kCdata.size());
+    }
+    return BogusCommentState(p);
+  }
+
+  const char* BogusCommentState(const char* p) {
+    const Extent comment = ScanBogusComment(p, end_);
+    sink_.Comment(p, comment.dataEnd);
+    return comment.next;
+  }
+
+  const char* CdataSectionState(const char* p) {
+    const Extent section = ScanCdata(p, end_);
+    Characters(p, section.dataEnd, TextKind::kCdata);
+    model_ = ContentModel::kData;
+    return section.next;
+  }
+
+  // RCDATA and raw text: all up to the end tag of the element that it is the content of.
+  const char* RawTextState(const char* p, TextKind kind) {
+    const char* text = p;
+    while ((p = Search::Byte(p, end_, '<')) < end_ && !IsEndTagOf(p, end_, lastStartTag_)) ++p;
+    return EndOfRawText(text, p, kind);
+  }
+
+  const char* ScriptDataState(const char* p) {
+    return EndOfRawText(p, ScanScriptData(p, end_, lastStartTag_), TextKind::kRawText);
+  }
+
+  const char* EndOfRawText(const char* text, const char* p, TextKind kind) {
+    Characters(text, p, kind);
+    model_ = ContentModel::kData;
+    return p < end_ ? EndTag(p, true) : end_;
+  }
+
+  const char* begin_;
+  const char* end_;
+  Sink& sink_;
+  ContentModel model_ = ContentModel::kData;
+  std::string_view lastStartTag_;
+};
+
+}  // namespace zvrsit
