@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -13,6 +14,8 @@
 #include "util/url_id.h"
 
 namespace zvrsit {
+
+struct LinkMemo;  // links/link_memo.h
 
 // Lets the maps below be asked with a string_view, without a copy.
 struct TextHash {
@@ -30,13 +33,8 @@ struct OperationMemo {
   // Numbers of paths that are no regular file on disk: the disk is not asked about them again.
   std::unordered_set<std::int32_t> missingPaths;
 
-  // Targets already resolved and registered, for the link extraction. The key is the extraction's
-  // own business (the base of the page and the target as written); an id of -1 is a target that
-  // gives no link.
-  TextMap<UrlID> targets;
-
-  // Folder (with its final `\`) to the path of the document that stands for it.
-  TextMap<std::string> folderDocuments;
+  // What the link extraction has resolved and registered; made by it when it first needs it.
+  std::shared_ptr<LinkMemo> links;
 
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
