@@ -1,0 +1,141 @@
+#include "links/site_css_util.h"
+
+#include <vector>
+
+#include "css/css_control.h"
+#include "links/link_type.h"
+#include "manager/base/operation_memo.h"
+#include "manager/base/site_mgr_base.h"
+#include "storage/records.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_url_db.h"
+#include "util/url_id.h"
+
+namespace zvrsit {
+namespace {
+
+constexpr std::uint32_t kStyleTypes = LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE;
+
+int LinkTypeOf(int nodeType) {
+  switch (nodeType) {
+    case CCSSControl::Type_Link:
+      return LT_CSS_LINK;
+    case CCSSControl::Type_Import:
+      return LT_CSS_IMPORT;
+    case CCSSControl::Type_Image:
+      return LT_CSS_IMAGE;
+    default:
+      return LT_CSS_OTHER;
+  }
+}
+
+bool HasStores(const SiteTable* table) {
+  return table != nullptr && table->records() != nullptr && table->strings() != nullptr;
+}
+
+}  // namespace
+
+SiteCSSUtil::SiteCSSUtil(SiteMgrBase* manager, const std::string& siteRoot)
+    : manager_(manager), siteRoot_(siteRoot) {
+  if (manager_ == nullptr) return;
+  cssControl_ = manager_->GetCssCtrl();
+  pathTable_ = manager_->GetPathDB();
+  urlTable_ = manager_->GetUrlDB();
+  linkTable_ = manager_->GetLinkDB();
+}
+
+bool SiteCSSUtil::IsReady() const {
+  return manager_ != nullptr && HasStores(pathTable_) && HasStores(urlTable_) &&
+         HasStores(linkTable_);
+}
+
+int SiteCSSUtil::CollectPage(const std::string& path, Document* document) {
+  if (!IsReady() || cssControl_ == nullptr) return -1;
+  CCSSFileTree tree = cssControl_->GetFileTree(path, document);
+  const std::string* const page = tree.getRoot();
+  if (RegisterTreeNode(page, tree, siteRoot_) < 0) return -1;
+  RegisterSheets(tree, tree.getFirstChild(page));
+  RegisterSheets(tree, tree.getNextSibling(page));
+  return 0;
+}
+
+int SiteCSSUtil::CollectSheet(const std::string& path) {
+  if (!IsReady() || cssControl_ == nullptr) return -1;
+  const int number = manager_->AddPath(path, siteRoot_, 0);
+  if (number < 0) return -1;
+  Registered().erase(number);  // its links may have been removed since: the link table knows
+  CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path);
+  RegisterSheets(tree, tree.getRoot());
+  return 0;
+}
+
+// Registers the sheets among `first` and its siblings and below them, each before what it refers
+// to.
+void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
+  std::vector<const std::string*> levels{first};
+  while (!levels.empty()) {
+    const std::string* const node = levels.back();
+    if (node == nullptr) {
+      levels.pop_back();
+      continue;
+    }
+    levels.back() = tree.getNextSibling(node);
+    if (tree.isSheet(node) && RegisterSheet(tree, node)) {
+      levels.push_back(tree.getFirstChild(node));
+    }
+  }
+}
+
+// False when the sheet needs no second look in this operation, or has no place in the tables.
+bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
+  const int number = manager_->AddPath(*sheet, siteRoot_, 0);
+  if (number < 0 || !Registered().insert(number).second) return false;
+  if (tree.hasChildren(sheet) && !HasStyleLinks(number)) RegisterTreeNode(sheet, tree, siteRoot_);
+  return true;
+}
+
+int SiteCSSUtil::RegisterTreeNode(const std::string* node, CCSSFileTree& tree,
+                                  const std::string& siteRoot) {
+  if (node == nullptr || !IsReady()) return -1;
+  int source = pathTable_->Find(*node);
+  if (source < 0) source = manager_->AddPath(*node, siteRoot, 0);
+  if (source < 0) return -1;
+  for (const std::string* child = tree.getFirstChild(node); child != nullptr;
+       child = tree.getNextSibling(child)) {
+    RegisterChild(source, tree, child, siteRoot);
+  }
+  return 0;
+}
+
+void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
+                                const std::string& siteRoot) {
+  const bool isExternal = tree.isExternal(child);
+  int target = isExternal ? urlTable_->Find(*child) : pathTable_->Find(*child);
+  if (target < 0) {
+    target = isExternal ? manager_->AddUrl(*child) : manager_->AddPath(*child, siteRoot, 0);
+  }
+  if (target < 0) return;
+  const std::string* const declared = tree.getDeclaredText(child);
+  manager_->AddLink(declared != nullptr ? *declared : *child, UrlID(kKindPath, source),
+                    UrlID(isExternal ? kKindUrl : kKindPath, target),
+                    LinkTypeOf(tree.getType(child)));
+}
+
+bool SiteCSSUtil::HasStyleLinks(int pathNumber) const {
+  std::vector<int> links;
+  linkTable_->Query(UrlID(kKindPath, pathNumber), kAnyUrlID, links);
+  for (const int number : links) {
+    SiteLinkRec link;
+    if (linkTable_->Get(number, link) < 0) continue;
+    if ((static_cast<std::uint32_t>(link.type) & kStyleTypes) != 0) return true;
+  }
+  return false;
+}
+
+std::unordered_set<std::int32_t>& SiteCSSUtil::Registered() {
+  OperationMemo* const memo = manager_->GetOperationMemo();
+  return memo != nullptr ? memo->registeredSheets : registered_;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,63 @@
+// Registers what the style sheets of a page refer to.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+#include "platform/api.h"
+
+namespace zvrsit {
+
+class CCSSControl;
+class CCSSFileTree;
+class Document;
+class SiteLinkDB;
+class SiteMgrBase;
+class SitePathDB;
+class SiteUrlDB;
+
+// Walks the file tree of a page or a sheet, enters every file and URL in the tables, and writes a
+// link of a LT_CSS_ type from each file to what it refers to. Lives for one page or sheet.
+//
+// A page is registered as it stands now. A sheet below it is registered from itself, at most once
+// an operation of the manager, and only when no style link leads from it yet: sheets that many
+// pages share are looked at once, and saving a page does not double the links of its sheets.
+class ZVRSIT_API SiteCSSUtil {
+ public:
+  // `siteRoot` is the site folder: files outside of it do not count as existing.
+  SiteCSSUtil(SiteMgrBase* manager, const std::string& siteRoot);
+  virtual ~SiteCSSUtil() = default;
+  SiteCSSUtil(const SiteCSSUtil&) = delete;
+  SiteCSSUtil& operator=(const SiteCSSUtil&) = delete;
+
+  // The sheets of the page at `path`. A null document is read from the file. 0, or -1 when no
+  // site is open, a table or the style-sheet library is missing, or the page cannot be registered.
+  int CollectPage(const std::string& path, Document* document);
+  // The sheet at `path`; one that cannot be read refers to nothing. Results as above.
+  int CollectSheet(const std::string& path);
+
+  // Registers one node, and a link to each of its children; does not descend. 0, or -1 when a
+  // table or the node is missing or the node cannot be registered. A child that cannot be
+  // registered is left out.
+  int RegisterTreeNode(const std::string* node, CCSSFileTree& tree, const std::string& siteRoot);
+
+ private:
+  bool IsReady() const;
+  void RegisterSheets(CCSSFileTree& tree, const std::string* first);
+  bool RegisterSheet(CCSSFileTree& tree, const std::string* sheet);
+  void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
+                     const std::string& siteRoot);
+  bool HasStyleLinks(int pathNumber) const;
+  std::unordered_set<std::int32_t>& Registered();
+
+  SiteMgrBase* manager_;
+  CCSSControl* cssControl_ = nullptr;
+  SitePathDB* pathTable_ = nullptr;
+  SiteUrlDB* urlTable_ = nullptr;
+  SiteLinkDB* linkTable_ = nullptr;
+  std::string siteRoot_;
+  std::unordered_set<std::int32_t> registered_;  // in place of the operation's, outside of one
+};
+
+}  // namespace zvrsit
