@@ -1,0 +1,337 @@
+#include "legacy/sit_block_db.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "legacy/sit_error.h"
+#include "util/little_endian.h"
+
+namespace zvrsit {
+
+namespace {
+
+constexpr char kMagic[] = "ZVSITBLK";
+constexpr std::size_t kMagicSize = 8;
+constexpr std::int32_t kVersion = 1;
+constexpr std::int64_t kHeaderSize = 24;
+constexpr std::int64_t kHeadSize = 12;
+// Records grow a little when a page is edited; blocks leave room for it.
+constexpr std::size_t kRoomUnit = 32;
+
+void StoreHead(unsigned char* bytes, std::int32_t index, std::int32_t capacity,
+               std::int32_t length) {
+  StoreLE32(bytes, index);
+  StoreLE32(bytes + 4, capacity);
+  StoreLE32(bytes + 8, length);
+}
+
+std::int32_t Length(const std::string& bytes) {
+  return static_cast<std::int32_t>(bytes.size());
+}
+
+std::uint32_t TagOfKind(int kind) {
+  if (kind == SitBlockDB::kJunkFile) return kTagJunk;
+  return kind == SitBlockDB::kFolderFile ? kTagFolder : kTagUrl;
+}
+
+}  // namespace
+
+std::array<std::int32_t*, SitUrlRec::kWords> SitUrlRec::words() {
+  return {&fileType,   &size,   &creationTime, &modificationTime,
+          &accessTime, &status, &ftpMember,    &lastChecked};
+}
+
+std::array<std::string*, SitUrlRec::kTexts> SitUrlRec::texts() {
+  return {&key, &title, &lastModified, &expires, &generator, &keywords, &description, &contentType};
+}
+
+std::string EncodeUrlRec(const SitUrlRec& record) {
+  SitUrlRec copy = record;
+  std::string bytes;
+  unsigned char word[4];
+  const auto append = [&](std::int32_t value) {
+    StoreLE32(word, value);
+    bytes.append(reinterpret_cast<const char*>(word), sizeof word);
+  };
+  for (const std::int32_t* value : copy.words()) append(*value);
+  for (const std::string* text : copy.texts()) {
+    append(Length(*text));
+    bytes += *text;
+  }
+  return bytes;
+}
+
+bool DecodeUrlRec(const char* bytes, std::size_t length, SitUrlRec& record) {
+  std::size_t at = 0;
+  const auto take = [&](std::int32_t& value) {
+    if (length - at < 4) return false;
+    value = LoadLE32(bytes + at);
+    at += 4;
+    return true;
+  };
+  for (std::int32_t* value : record.words()) {
+    if (!take(*value)) return false;
+  }
+  for (std::string* text : record.texts()) {
+    std::int32_t size = 0;
+    if (!take(size) || size < 0 || static_cast<std::size_t>(size) > length - at) return false;
+    text->assign(bytes + at, static_cast<std::size_t>(size));
+    at += static_cast<std::size_t>(size);
+  }
+  return true;
+}
+
+int SitBlockDB::Open(const std::string& path, int kind, int bucketCount) {
+  Close();
+  kind_ = kind;
+  bucketCount_ = bucketCount;
+  keys_.Reset(bucketCount);
+  entries_.clear();
+  live_ = 0;
+  end_ = kHeaderSize;
+  deadBytes_ = 0;
+  if (file_.Open(path) < 0) return -1;
+  if (!LoadHeader()) {
+    file_.Close();
+    return -1;
+  }
+  Load();
+  return 0;
+}
+
+bool SitBlockDB::LoadHeader() {
+  unsigned char header[kHeaderSize];
+  if (file_.Size() == 0) {
+    StoreCounts(header);
+    return file_.WriteAt(0, header, sizeof header);
+  }
+  return file_.ReadAt(0, header, sizeof header) && std::memcmp(header, kMagic, kMagicSize) == 0 &&
+         LoadLE32(header + 8) == kVersion && LoadLE32(header + 12) == kind_;
+}
+
+void SitBlockDB::StoreCounts(unsigned char* header) const {
+  std::memcpy(header, kMagic, kMagicSize);
+  StoreLE32(header + 8, kVersion);
+  StoreLE32(header + 12, kind_);
+  StoreLE32(header + 16, Num());
+  StoreLE32(header + 20, live_);
+}
+
+void SitBlockDB::Load() {
+  const std::int64_t size = file_.Size();
+  SitFileScan scan(file_, kHeaderSize);
+  unsigned char head[kHeadSize];
+  std::string bytes;
+  while (scan.Take(head, sizeof head)) {
+    const std::int32_t index = LoadLE32(head);
+    const Block block{static_cast<std::int32_t>(end_), LoadLE32(head + 4), LoadLE32(head + 8)};
+    const std::int64_t next = scan.offset() + block.capacity;
+    if (block.capacity < 0 || next > size) break;
+    if (index >= 0 && index < size / kHeadSize) LoadBlock(scan, index, block, bytes);
+    scan.Skip(next - scan.offset());
+    end_ = next;
+  }
+}
+
+void SitBlockDB::LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block,
+                           std::string& bytes) {
+  if (index >= Num()) entries_.resize(static_cast<std::size_t>(index) + 1);
+  SitUrlRec record;
+  bool live = block.length >= 0 && block.length <= block.capacity;
+  if (live) {
+    bytes.resize(static_cast<std::size_t>(block.length));
+    live = scan.Take(bytes.data(), bytes.size()) &&
+           DecodeUrlRec(bytes.data(), bytes.size(), record) && !record.key.empty();
+  }
+  if (!live) {
+    deadBytes_ += block.capacity;
+    return;
+  }
+  if (At(index).offset >= 0) {
+    deadBytes_ += kHeadSize + At(index).capacity;
+    keys_.Erase(index);
+    --live_;
+  }
+  At(index) = block;
+  keys_.Insert(index, record.key);
+  ++live_;
+}
+
+int SitBlockDB::Close() {
+  if (!file_.IsOpen()) return 0;
+  unsigned char header[kHeaderSize];
+  StoreCounts(header);
+  const bool written = file_.WriteAt(0, header, sizeof header);
+  entries_.clear();
+  keys_.Reset(1);
+  live_ = 0;
+  return file_.Close() == 0 && written ? 0 : -1;
+}
+
+int SitBlockDB::State(int index) const {
+  if (index < 0 || index >= Num()) return kSitPastEnd;
+  return entries_[static_cast<std::size_t>(index)].offset >= 0 ? kSitOk : kSitNotFound;
+}
+
+bool SitBlockDB::WriteBlock(int index, const Block& block, const std::string& bytes) {
+  std::string all(kHeadSize, '\0');
+  StoreHead(reinterpret_cast<unsigned char*>(all.data()), index, block.capacity, Length(bytes));
+  all += bytes;
+  // A block at the end of the file is written in full, so that the next one begins behind it.
+  if (block.offset + kHeadSize + block.capacity >= end_) {
+    all.resize(static_cast<std::size_t>(kHeadSize + block.capacity), '\0');
+  }
+  return file_.WriteAt(block.offset, all.data(), all.size());
+}
+
+bool SitBlockDB::Store(int index, const std::string& bytes) {
+  Block& entry = At(index);
+  if (entry.offset >= 0 && Length(bytes) <= entry.capacity) {
+    if (!WriteBlock(index, entry, bytes)) return false;
+    entry.length = Length(bytes);
+    return true;
+  }
+  const std::size_t capacity = (bytes.size() / kRoomUnit + 1) * kRoomUnit;
+  if (end_ + kHeadSize + static_cast<std::int64_t>(capacity) >
+      std::numeric_limits<std::int32_t>::max()) {
+    return false;
+  }
+  const Block block{static_cast<std::int32_t>(end_), static_cast<std::int32_t>(capacity),
+                    Length(bytes)};
+  if (!WriteBlock(index, block, bytes)) return false;
+  if (entry.offset >= 0) Kill(index);
+  entry = block;
+  end_ += kHeadSize + block.capacity;
+  return true;
+}
+
+bool SitBlockDB::Kill(int index) {
+  Block& entry = At(index);
+  unsigned char head[kHeadSize];
+  StoreHead(head, index, entry.capacity, -1);
+  if (!file_.WriteAt(entry.offset, head, sizeof head)) return false;
+  deadBytes_ += entry.capacity;
+  entry = {};
+  return true;
+}
+
+int SitBlockDB::Add(const SitUrlRec& record) {
+  if (!IsOpen() || record.key.empty() || Find(record.key) >= 0) return -1;
+  const int index = Num();
+  entries_.emplace_back();
+  if (!Store(index, EncodeUrlRec(record))) {
+    entries_.pop_back();
+    return -1;
+  }
+  keys_.Insert(index, record.key);
+  ++live_;
+  RecordChange(kOpAdd, index, record);
+  return index;
+}
+
+int SitBlockDB::Read(int index, SitUrlRec& record) {
+  const int state = State(index);
+  if (state != kSitOk) return state;
+  const Block& entry = At(index);
+  std::string bytes(static_cast<std::size_t>(entry.length), '\0');
+  if (!file_.ReadAt(entry.offset + kHeadSize, bytes.data(), bytes.size()) ||
+      !DecodeUrlRec(bytes.data(), bytes.size(), record)) {
+    return kSitNotFound;
+  }
+  return kSitOk;
+}
+
+int SitBlockDB::Write(int index, const SitUrlRec& record) {
+  SitUrlRec old;
+  if (const int result = Read(index, old); result != kSitOk) return result;
+  const int holder = Find(record.key);
+  if (record.key.empty() || (holder >= 0 && holder != index)) return kSitBadArgument;
+  if (record == old) return kSitOk;
+  if (!Store(index, EncodeUrlRec(record))) return kSitWriteFailed;
+  if (record.key != old.key) {
+    keys_.Erase(index);
+    keys_.Insert(index, record.key);
+  }
+  RecordChange(kOpRewrite, index, old);
+  return kSitOk;
+}
+
+int SitBlockDB::Delete(int index) {
+  SitUrlRec old;
+  if (const int result = Read(index, old); result != kSitOk) return result;
+  if (!Kill(index)) return kSitDeleteFailed;
+  keys_.Erase(index);
+  --live_;
+  RecordChange(kOpDelete, index, old);
+  return kSitOk;
+}
+
+int SitBlockDB::TakeBackAdd(int index) {
+  SitUrlRec old;
+  if (Read(index, old) != kSitOk || !Kill(index)) return -1;
+  RecordChange(kOpDelete, index, old);
+  keys_.Erase(index);
+  --live_;
+  // The dead block keeps the index in the file until the next packing; then it is gone.
+  if (index == Num() - 1) entries_.pop_back();
+  return 0;
+}
+
+int SitBlockDB::TakeBackDelete(int index, const SitUrlRec& record) {
+  if (State(index) != kSitNotFound || Find(record.key) >= 0) return -1;
+  if (!Store(index, EncodeUrlRec(record))) return -1;
+  keys_.Insert(index, record.key);
+  ++live_;
+  RecordChange(kOpAdd, index, record);
+  return 0;
+}
+
+void SitBlockDB::RecordChange(std::uint32_t operation, int index, const SitUrlRec& record) {
+  if (history_ != nullptr) {
+    history_->Record(TagOfKind(kind_) | operation, index, EncodeUrlRec(record));
+  }
+}
+
+bool SitBlockDB::CopyBlocks(SitPackWriter& copy) {
+  std::string bytes;
+  for (int index = 0; index < Num(); ++index) {
+    const Block& entry = At(index);
+    bytes.assign(static_cast<std::size_t>(std::max(entry.length, 0)), '\0');
+    const bool live = entry.offset >= 0;
+    if (live && !file_.ReadAt(entry.offset + kHeadSize, bytes.data(), bytes.size())) return false;
+    unsigned char head[kHeadSize];
+    StoreHead(head, index, Length(bytes), live ? Length(bytes) : -1);
+    copy.Append(head, sizeof head);
+    copy.Append(bytes.data(), bytes.size());
+  }
+  return true;
+}
+
+int SitBlockDB::Pack(bool reopen) {
+  if (!IsOpen()) return -1;
+  const int kept = live_;
+  const std::string target = path();
+  if (deadBytes_ == 0) {
+    if (!reopen) Close();
+    return kept;
+  }
+  SitPackWriter copy(target, kHeaderSize);
+  if (!copy.IsOpen() || !CopyBlocks(copy)) return -1;
+  unsigned char header[kHeaderSize];
+  StoreCounts(header);
+  if (!copy.Finish(header, sizeof header)) return -1;
+  Close();
+  const bool replaced = copy.Replace();
+  if (reopen && Open(target, kind_, bucketCount_) < 0) return -1;
+  return replaced ? kept : -1;
+}
+
+int SitBlockDB::Remove() {
+  const std::string target = path();
+  Close();
+  if (platform::Unlink(target) < 0) return -1;
+  return Open(target, kind_, bucketCount_);
+}
+
+}  // namespace zvrsit
