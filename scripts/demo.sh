@@ -20,15 +20,18 @@ show() {
   "$zvrsit" --db "$db" "$@" || [ $? -eq 1 ]
 }
 
-# The top file: index.htm or index.html where there is one, else the first page.
-top=$(cd "$site" && ls index.htm index.html default.htm 2>/dev/null | head -n 1 || true)
+# The home page: the first there is of these, else the first page of the folder.
+top=
+for name in index.htm index.html default.htm; do
+  if [ -z "$top" ] && [ -f "$site/$name" ]; then top=$site/$name; fi
+done
 if [ -z "$top" ]; then
-  top=$(cd "$site" && find . -iname '*.htm' -o -iname '*.html' | LC_ALL=C sort | sed -n '1s|^\./||p')
+  top=$(find "$site" \( -iname '*.htm' -o -iname '*.html' \) -type f | LC_ALL=C sort | sed -n 1p)
 fi
 
-show add demo "$site" --top "$site/$top"
+show add demo "$site" --top "$top"
 show rebuild demo
-show links demo --from "$site/$top"
-show links demo --to "$site/$top"
+show links demo --from "$top"
+show links demo --to "$top"
 show broken demo
 show unused demo
