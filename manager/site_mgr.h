@@ -14,7 +14,6 @@
 namespace zvrsit {
 
 class Document;
-class SiteLinkRec;
 struct CZvrSiteRebuildProgressDlg;
 
 // Paths are `\` paths in the code page; a folder ends in `\`. An `int` result is 0, a count or a
@@ -111,9 +110,11 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // end in `\`) that it could not list, in the order met.
   const std::vector<std::string>& SkippedByRebuild() const { return skippedByRebuild_; }
 
-  // Packs those files of the open site of whose bytes at least `deadPercent` in 100 are dead.
-  // Numbers of records do not change.
-  int PackSite(int deadPercent = 0);
+  // Whether a table of the open site has a file of which more than a quarter is dead.
+  bool IsWorthPacking() const;
+  // Removes dead records and texts from the files of the open site; numbers do not change. All
+  // tables are tried; -1 when one could not be packed.
+  int PackSite();
 
   // ---- Families (families.cc) ----
 
@@ -236,16 +237,25 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int EndPeep(int);
 
   // save.cc
-  bool SaveIsPossible() const;
   int ReadSiteFolder(std::string& siteDir) const;
-  bool FileTargets(const UrlID& page, std::vector<int>& targets);
-  int RegisterAnew(const std::string& path, const std::string& siteDir);
+  int ListFileTargets(int pathNumber, std::vector<int>& targets);
+  int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
+  int Traverse(const std::string& siteDir, const std::string& path, Document* doc, bool& unread);
+  int CollectPageLinks(const std::string& linkBase, const std::string& path, Document* doc);
+  int CollectStyleLinks(const std::string& siteDir, const std::string& path, Document* doc);
+
+  // file_operations.cc
+  int DeleteForeLinks(int pathNumber);
+  int DeleteEntry(int pathNumber);
 
   // families.cc
-  bool ReadTopFile(std::string& topFile) const;
-  int MarkMember(int pathNumber);
-  int UnmarkUnlessReferred(int pathNumber, std::vector<int>& links);
-  int NextTarget(const std::vector<int>& links, std::size_t& position, bool marked);
+  int MarkMember(int pathNumber, bool member);
+  bool IsMember(int pathNumber) const;
+  int NextTarget(const std::vector<int>& links, std::size_t& next, bool member) const;
+  int EnterFamily(int pathNumber, std::vector<int>& links);
+  int LeaveFamily(int pathNumber, std::vector<int>& links);
+  int FindTopFile() const;
+  std::vector<std::string> ListFolderLinkSources() const;
 
  protected:
   // The path table of another site, while it is looked into.

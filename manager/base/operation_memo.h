@@ -27,8 +27,8 @@ struct TextHash {
 template <class Value>
 using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 
-// Holds for as long as nobody but the operation itself changes the site. SiteMgrBase owns one
-// between BeginOperation and EndOperation; outside of an operation there is none.
+// Holds for as long as nobody but the operation itself changes the site. SiteMgrBase has one while
+// an Operation lives; outside of an operation there is none.
 struct OperationMemo {
   // Numbers of paths that are no regular file on disk: the disk is not asked about them again.
   std::unordered_set<std::int32_t> missingPaths;

@@ -1,0 +1,204 @@
+// The steps of a rebuild, but for the walk through the folders.
+#include "manager/rebuild.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+#include "manager/record_access.h"
+#include "platform/file.h"
+#include "util/file_type.h"
+
+namespace zvrsit {
+
+namespace {
+
+// States of a site profile.
+constexpr int kRebuildFailed = 1;
+constexpr int kRebuilt = 2;
+
+// Bits of the publishing-membership word.
+constexpr std::int32_t kDerivedMarks = 1 | 2;
+constexpr std::int32_t kUserMarks = 4 | 8;
+
+}  // namespace
+
+int SiteMgr::NeedToRebuild(const std::string& siteName) {
+  if (siteName.empty() || !HasRecords(siteProf)) return -1;
+  SiteSiteRec site;
+  return siteProf->Get(siteProf->Find(siteName), site) < 0 ? -1 : site.rebuildState;
+}
+
+int SiteMgr::GetSiteProfRebuildState() {
+  SiteSiteRec site;
+  return ReadOpenSite(site) ? site.rebuildState : -1;
+}
+
+int SiteMgr::SetSiteProfRebuildState(int state, int siteId) {
+  if (siteProf == nullptr) return -1;
+  return siteProf->SetNumber(siteId < 0 ? openSiteId : siteId, &SiteSiteRec::rebuildState, state);
+}
+
+int SiteMgr::SiteRebuildDB(int complete, CZvrSiteRebuildProgressDlg* dlg) {
+  const int result = complete != 0 ? SiteRebuildComplete(dlg) : SiteRebuildDiff(dlg);
+  return SetSiteProfRebuildState(result < 0 ? kRebuildFailed : kRebuilt, -1);
+}
+
+int SiteMgr::SiteRebuildComplete(CZvrSiteRebuildProgressDlg* dlg) {
+  return Rebuild(*this, Rebuild::Kind::kComplete, dlg).Run();
+}
+
+int SiteMgr::SiteRebuildDiff(CZvrSiteRebuildProgressDlg* dlg) {
+  return Rebuild(*this, Rebuild::Kind::kDiff, dlg).Run();
+}
+
+void SiteMgr::SetIgnoreHook(IgnoreHook hook, void* context) {
+  ignoreHook_ = hook;
+  ignoreContext_ = context;
+}
+
+int SiteMgr::Rebuild::Run() {
+  manager_.skippedByRebuild_.clear();
+  if (!CanRun()) return -1;
+  const Operation operation(manager_);
+  if (kind_ == Kind::kComplete) manager_.linksChanged = 1;
+  const int result = RunSteps();
+  if (result < 0) manager_.linksChanged = 1;  // the family marks are gone
+  return result;
+}
+
+bool SiteMgr::Rebuild::CanRun() {
+  const SiteMgr& m = manager_;
+  return m.openSiteId >= 0 && m.siteProf != nullptr && HasFiles(m.pathDB) && HasFiles(m.linkDB) &&
+         HasFiles(m.folderDB) && HasFiles(m.relDB) && HasFiles(m.urlDB) &&
+         m.ReadSiteFolder(siteDir_) == 0;
+}
+
+int SiteMgr::Rebuild::RunSteps() {
+  progress_.BeginWalk();
+  if (ClearTables() < 0 || ResetPaths() < 0 || WalkFolders() < 0) return -1;
+  progress_.EndWalk();
+  if (kind_ == Kind::kDiff && RefreshPaths() < 0) return -1;
+  progress_.BeginLinks();
+  if (CollectLinks() < 0) return -1;
+  progress_.EndLinks();
+  if (kind_ == Kind::kDiff && DropVanished() < 0) return -1;
+  if (MarkFamily() < 0) return -1;
+  progress_.End();
+  return 0;
+}
+
+int SiteMgr::Rebuild::ClearTables() {
+  if (manager_.folderDB->Clear() < 0 || manager_.relDB->Clear() < 0 ||
+      manager_.linkDB->Clear() < 0 || manager_.urlDB->Clear() < 0) {
+    return -1;
+  }
+  return 0;
+}
+
+// Path entries are kept, so that their numbers stay; what is found out anew is taken from them.
+int SiteMgr::Rebuild::ResetPaths() {
+  SitePathDB& paths = *manager_.pathDB;
+  for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
+    SitePathRec rec;
+    if (paths.Get(number, rec) < 0) continue;
+    rec.membership &= ~kDerivedMarks;
+    if (rec.exists != 0 && HoldsLinks(rec) && paths.ReleaseTexts(rec) < 0) return -1;
+    rec.exists = 0;
+    if (paths.Update(rec) < 0) return -1;
+  }
+  return 0;
+}
+
+// Looks every known file up on disk once more, also those that the walk does not come to.
+int SiteMgr::Rebuild::RefreshPaths() {
+  SitePathDB& paths = *manager_.pathDB;
+  for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
+    if (progress_.Cancelled()) return -1;
+    SitePathRec rec;
+    std::string path;
+    if (paths.Get(number, rec) < 0 || paths.Text(rec.name, path) < 0) continue;
+    platform::FileStat found;
+    if (platform::Stat(path, found) < 0 || !found.isRegular()) {
+      rec.exists = 0;
+      vanished_.push_back(number);
+    } else if (rec.exists == 0) {
+      manager_.CheckPath(path, siteDir_);
+      continue;
+    } else {
+      StoreFileFacts(path, siteDir_, found, rec);
+    }
+    rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
+    if (paths.Update(rec) < 0) return -1;
+  }
+  return 0;
+}
+
+// Entries that the pass itself adds are not read: their turn comes when the walk finds them.
+int SiteMgr::Rebuild::CollectLinks() {
+  const int count = manager_.pathDB->Count();
+  for (int number = 0; number < count; ++number) {
+    if (progress_.Cancelled()) return -1;
+    progress_.BeginRecord(number, count);
+    CollectLinksOf(number);
+  }
+  return 0;
+}
+
+// A page that cannot be traversed is noted, and the rest goes on.
+void SiteMgr::Rebuild::CollectLinksOf(int number) {
+  SitePathRec rec;
+  std::string path;
+  if (manager_.pathDB->Get(number, rec) < 0 || manager_.pathDB->Text(rec.name, path) < 0) return;
+  if (!IsToBeRead(number, rec)) {
+    progress_.ShowFile("");
+    return;
+  }
+  progress_.ShowFile(path);
+  bool unread = false;
+  const int result = manager_.Traverse(siteDir_, path, nullptr, unread);
+  if (result < 0 || (unread && rec.exists != 0)) manager_.skippedByRebuild_.push_back(path);
+}
+
+// The classic rules read every known page and sheet; by the web rules one that the walk has not
+// seen is only a target.
+bool SiteMgr::Rebuild::IsToBeRead(int number, const SitePathRec& rec) const {
+  if (!HoldsLinks(rec)) return false;
+  return manager_.linkRules == LinkRules::Classic || HasWalked(number);
+}
+
+// Drops the entries whose file is gone, that nothing links to and that the user has not marked.
+int SiteMgr::Rebuild::DropVanished() {
+  for (const int number : vanished_) {
+    SitePathRec rec;
+    std::string path;
+    if (manager_.pathDB->Get(number, rec) < 0 || (rec.membership & kUserMarks) != 0 ||
+        manager_.linkDB->CountTo(PathID(number)) != 0) {
+      continue;
+    }
+    if (manager_.pathDB->Text(rec.name, path) < 0 || manager_.Remove(path, 0) < 0) return -1;
+  }
+  return 0;
+}
+
+int SiteMgr::Rebuild::MarkFamily() {
+  const int topFile = manager_.FindTopFile();
+  return topFile < 0 ? 0 : manager_.PropagateFamily(topFile);
+}
+
+bool SiteMgr::IsWorthPacking() const {
+  const SiteTable* const tables[] = {urlDB, pathDB, linkDB, folderDB, relDB};
+  return std::ranges::any_of(
+      tables, [](const SiteTable* table) { return table != nullptr && table->IsWorthPacking(); });
+}
+
+int SiteMgr::PackSite() {
+  if (openSiteId < 0) return -1;
+  int result = 0;
+  for (SiteTable* table :
+       std::initializer_list<SiteTable*>{urlDB, pathDB, linkDB, folderDB, relDB}) {
+    if (table == nullptr || table->Pack() < 0) result = -1;
+  }
+  return result;
+}
+
+}  // namespace zvrsit

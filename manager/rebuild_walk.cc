@@ -1,0 +1,117 @@
+// The walk of a rebuild through the site folder.
+#include "manager/rebuild.h"
+#include "manager/record_access.h"
+#include "platform/file.h"
+#include "platform/folder_search.h"
+#include "util/file_type.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+
+namespace {
+
+using Identity = std::pair<std::uint64_t, std::uint64_t>;
+
+Identity IdentityOf(const platform::FileStat& found) {
+  return {found.device, found.file};
+}
+
+// Whether the folder is a link to one that lies elsewhere: the way up from it does not lead to the
+// folder that it was found in.
+bool LiesElsewhere(const std::string& folder, const Identity& parent) {
+  platform::FileStat above;
+  return platform::Stat(folder + "..", above) == 0 && IdentityOf(above) != parent;
+}
+
+}  // namespace
+
+int SiteMgr::Rebuild::WalkFolders() {
+  platform::FileStat found;
+  if (platform::Stat(siteDir_ + ".", found) < 0) found = {};
+  entered_.insert(IdentityOf(found));
+  const int number = manager_.AddFolder(siteDir_, 0);
+  if (number < 0) return -1;
+  workList_.push_back({siteDir_, number, IdentityOf(found)});
+
+  // The list grows while it is worked on.
+  for (std::size_t next = 0; next < workList_.size(); ++next) {
+    if (progress_.Cancelled() || WalkFolder(Folder(workList_[next])) < 0) return -1;
+  }
+  workList_.clear();
+  return 0;
+}
+
+int SiteMgr::Rebuild::WalkFolder(const Folder& folder) {
+  platform::FindData found;
+  const platform::FindHandle search = platform::FindFirst(folder.name + "*.*", found);
+  if (search == nullptr) {
+    manager_.skippedByRebuild_.push_back(folder.name);
+    return 0;
+  }
+  int result = 0;
+  do {
+    result = Visit(folder, found.name);
+  } while (result == 0 && platform::FindNext(search, found));
+  platform::FindClose(search);
+  return result;
+}
+
+int SiteMgr::Rebuild::Visit(const Folder& folder, const std::string& name) {
+  if (name == "." || name == ".." || FindLastHashMB(name) != std::string::npos) return 0;
+  const std::string path = folder.name + name;
+  platform::FileStat found;
+  if (platform::Stat(path, found) < 0) return 0;
+  if (found.isRegular()) return RegisterFile(folder, path, found);
+  return found.isFolder() ? RegisterFolder(folder, path + "\\", found) : 0;
+}
+
+int SiteMgr::Rebuild::RegisterFile(const Folder& folder, const std::string& path,
+                                   const platform::FileStat& found) {
+  if (IsIgnored(path)) return 0;
+  SitePathDB& paths = *manager_.pathDB;
+  int number = paths.Find(path);
+  if (number < 0) {
+    number = manager_.AddPathSeen(path, siteDir_, found);
+    if (number < 0) return -1;
+  } else {
+    SitePathRec rec;
+    if (paths.Get(number, rec) < 0) return -1;
+    StoreFileFacts(path, siteDir_, found, rec);
+    rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
+    if (paths.Update(rec) < 0) return -1;
+  }
+  SetWalked(number);
+  return manager_.AddRel(FolderID(folder.number), PathID(number)) < 0 ? -1 : 0;
+}
+
+// A folder that is a link is left out: what it leads to is met at its own place, or does not belong
+// to the site.
+int SiteMgr::Rebuild::RegisterFolder(const Folder& folder, const std::string& name,
+                                     const platform::FileStat& found) {
+  const Identity identity = IdentityOf(found);
+  if (IsIgnored(name) || LiesElsewhere(name, folder.identity) ||
+      (identity != Identity() && !entered_.insert(identity).second)) {
+    return 0;
+  }
+  const int number = manager_.AddFolder(name, 0);
+  if (number < 0 || manager_.AddRel(FolderID(folder.number), FolderID(number)) < 0) return -1;
+  workList_.push_back({name, number, identity});
+  return 0;
+}
+
+void SiteMgr::Rebuild::SetWalked(int number) {
+  const auto index = static_cast<std::size_t>(number);
+  if (walked_.size() <= index) walked_.resize(index + 1);
+  walked_[index] = true;
+}
+
+bool SiteMgr::Rebuild::HasWalked(int number) const {
+  const auto index = static_cast<std::size_t>(number);
+  return index < walked_.size() && walked_[index];
+}
+
+bool SiteMgr::Rebuild::IsIgnored(const std::string& path) const {
+  return manager_.ignoreHook_ != nullptr && manager_.ignoreHook_(path, manager_.ignoreContext_);
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,43 @@
+// The tables of an open site, and whether they are there.
+#pragma once
+
+#include <cstdint>
+
+#include "storage/records.h"
+#include "tables/site_folder_db.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_rel_db.h"
+#include "tables/site_site_prof_db.h"
+#include "tables/site_url_db.h"
+#include "util/file_type.h"
+#include "util/url_id.h"
+
+namespace zvrsit {
+
+// Whether a table is there with its record file open; and with its text store too.
+template <class Table>
+bool HasRecords(const Table* table) {
+  return table != nullptr && table->records() != nullptr;
+}
+template <class Table>
+bool HasFiles(const Table* table) {
+  return HasRecords(table) && table->strings() != nullptr;
+}
+
+// Whether files of that type are read for links.
+inline bool HoldsLinks(std::uint32_t fileType) {
+  return fileType == FT_HTML || fileType == FT_CSS;
+}
+inline bool HoldsLinks(const SitePathRec& rec) {
+  return HoldsLinks(static_cast<std::uint32_t>(rec.fileType));
+}
+
+inline UrlID PathID(int number) {
+  return UrlID(kKindPath, number);
+}
+inline UrlID FolderID(int number) {
+  return UrlID(kKindFolder, number);
+}
+
+}  // namespace zvrsit

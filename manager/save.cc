@@ -1,0 +1,177 @@
+// Saved pages: registering a file anew and collecting its links.
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+#include "dom/code_conv.h"
+#include "dom/document.h"
+#include "dom/dom.h"
+#include "dom/mapped_file.h"
+#include "links/site_css_util.h"
+#include "links/site_dom_util.h"
+#include "manager/base/operation_memo.h"
+#include "manager/record_access.h"
+#include "manager/site_mgr.h"
+#include "util/file_type.h"
+
+namespace zvrsit {
+
+namespace {
+
+// A document that goes back to its DOM.
+struct GiveBack {
+  DOM* dom;
+  void operator()(Document* document) const {
+    if (dom != nullptr) dom->deleteDocument(document);
+  }
+};
+using OwnedDocument = std::unique_ptr<Document, GiveBack>;
+
+std::unordered_set<int> AsSet(const int* ids, int count) {
+  return ids != nullptr && count > 0 ? std::unordered_set<int>(ids, ids + count)
+                                     : std::unordered_set<int>();
+}
+
+// Marks the entries of `ids` that also stand in `others` with -1; true when one of 0 or above is
+// left.
+bool CancelEqual(int* ids, int count, const std::unordered_set<int>& others) {
+  bool left = false;
+  for (int i = 0; i < count; ++i) {
+    if (others.contains(ids[i])) {
+      ids[i] = -1;
+    } else if (ids[i] >= 0) {
+      left = true;
+    }
+  }
+  return left;
+}
+
+// Reads the file into `document`; a file that cannot be read leaves it empty. False then.
+bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) {
+  if (!memo.pageFile.open(path, 0)) return false;
+  if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
+    document.createNodes(memo.pageText.text(), static_cast<int>(memo.pageText.length()), nullptr,
+                         true);
+  }
+  memo.pageFile.close();
+  return true;
+}
+
+}  // namespace
+
+// The values are compared as they came in, so one entry cancels every equal one of the other list:
+// {5, 5} and {5} do not differ.
+int SiteMgr::LinkChanged(int* oldIds, int* newIds, int oldCount, int newCount) {
+  const std::unordered_set<int> olds = AsSet(oldIds, oldCount);
+  const std::unordered_set<int> news = AsSet(newIds, newCount);
+  const bool lost = !olds.empty() && CancelEqual(oldIds, oldCount, news);
+  const bool gained = !news.empty() && CancelEqual(newIds, newCount, olds);
+  return lost || gained ? 1 : 0;
+}
+
+int SiteMgr::Save(const std::string& path, int, Document* doc) {
+  return Save(path, doc);
+}
+
+int SiteMgr::Save(const std::string& path, Document* doc) {
+  // The document of any other file stays the caller's, on purpose.
+  OwnedDocument owned(HoldsLinks(ClassifyFileType(path)) ? doc : nullptr, GiveBack{dom});
+  std::string siteDir;
+  if (path.empty() || pathDB == nullptr || folderDB == nullptr || ReadSiteFolder(siteDir) < 0 ||
+      !HasRecords(pathDB) || !HasRecords(linkDB)) {
+    return -1;
+  }
+  const std::int32_t changedBefore = linksChanged;
+  std::vector<int> oldTargets;
+  int number = pathDB->Find(path);
+  if (number < 0) {
+    number = AddPath(path, siteDir, 0);
+  } else {
+    if (ListFileTargets(number, oldTargets) < 0) return -1;
+    number = RegisterAnew(number, path, siteDir);
+  }
+  SitePathRec rec;
+  if (number < 0 || pathDB->Get(number, rec) < 0) return -1;
+  if (HoldsLinks(rec) && TraverseLinks(siteDir, path, owned.release()) < 0) return -1;
+
+  std::vector<int> newTargets;
+  if (ListFileTargets(number, newTargets) < 0) return -1;
+  const bool differ =
+      oldTargets.size() != newTargets.size() ||
+      LinkChanged(oldTargets.data(), newTargets.data(), static_cast<int>(oldTargets.size()),
+                  static_cast<int>(newTargets.size())) != 0;
+  // Taking the page out and putting it back has raised the flag; an unchanged page must not.
+  linksChanged = differ ? 1 : changedBefore;
+  return 0;
+}
+
+// The site folder of the open site.
+int SiteMgr::ReadSiteFolder(std::string& siteDir) const {
+  SiteSiteRec site;
+  if (!HasFiles(siteProf) || !ReadOpenSite(site)) return -1;
+  return ReadProfileText(site.folders[SiteSiteRec::kSiteFolder], siteDir) ? 0 : -1;
+}
+
+// The files that one file's links point to, in the order of the link records.
+int SiteMgr::ListFileTargets(int pathNumber, std::vector<int>& targets) {
+  const std::unique_ptr<std::vector<int>> links(GetForeLinks(PathID(pathNumber)));
+  if (links == nullptr) return -1;
+  for (const int number : *links) {
+    SiteLinkRec link;
+    if (linkDB->Get(number, link) < 0) return -1;
+    if (link.to.kind == kKindPath) targets.push_back(link.to.id);
+  }
+  return 0;
+}
+
+// Takes a known file out and registers it again; its number. The publishing-membership word is
+// carried over, unless others refer to the entry: then it stayed, with its word.
+int SiteMgr::RegisterAnew(int number, const std::string& path, const std::string& siteDir) {
+  SitePathRec rec;
+  if (pathDB->Get(number, rec) < 0) return -1;
+  const std::int32_t membership = rec.membership;
+  if (Remove(path, 0) < 0) return -1;
+  if (pathDB->Find(path) >= 0) return CheckPath(path, siteDir);
+
+  const int again = AddPath(path, siteDir, 0);
+  if (again < 0 || pathDB->Get(again, rec) < 0) return -1;
+  if (membership == -1) return again;
+  rec.membership = membership;
+  return pathDB->Update(rec) < 0 ? -1 : again;
+}
+
+int SiteMgr::TraverseLinks(const std::string& siteDir, const std::string& path, Document* doc) {
+  bool unread = false;
+  return Traverse(siteDir, path, doc, unread);
+}
+
+// Sets `unread` when the file had to be read and could not be.
+int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Document* doc,
+                      bool& unread) {
+  const Operation operation(*this);
+  OwnedDocument document(doc, GiveBack{dom});
+  if (document == nullptr) {
+    if (dom == nullptr) return -1;
+    document.reset(dom->createDocument("HTML"));
+    if (document == nullptr) return -1;
+    unread = !ReadPage(path, *operationMemo, *document);
+  }
+  const std::string& linkBase = docRoot != nullptr && !docRoot->empty() ? *docRoot : siteDir;
+  if (CollectPageLinks(linkBase, path, document.get()) < 0) return -1;
+  return CollectStyleLinks(siteDir, path, document.get());
+}
+
+// The links in the page's own text. The page record is written when the collecting object goes,
+// which has to be before the style sheets are looked at.
+int SiteMgr::CollectPageLinks(const std::string& linkBase, const std::string& path, Document* doc) {
+  SiteDOMUtil page(this, dom, pathDB, urlDB, linkDB, path);
+  return page.CollectLinks(linkBase, doc);
+}
+
+int SiteMgr::CollectStyleLinks(const std::string& siteDir, const std::string& path, Document* doc) {
+  SiteCSSUtil styles(this, siteDir);
+  const bool isSheet = ClassifyFileType(path) == FT_CSS;
+  return isSheet ? styles.CollectSheet(path) : styles.CollectPage(path, doc);
+}
+
+}  // namespace zvrsit
