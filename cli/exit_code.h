@@ -1,0 +1,27 @@
+// How the program ends.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace zvrsit::cli {
+
+enum ExitCode : int {
+  kClean = 0,       // done, nothing to report
+  kFindings = 1,    // done, and `check` or `broken` found something
+  kUsage = 2,       // the command line is off, or names something that is not there
+  kDatabase = 3,    // the database is missing, damaged or in use
+  kFileSystem = 4,  // a file or folder is missing or cannot be read or written
+};
+
+// What ends a command early: one line for the user, and the exit code. It never leaves main.
+class Failure : public std::runtime_error {
+ public:
+  Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  ExitCode code() const { return code_; }
+
+ private:
+  ExitCode code_;
+};
+
+}  // namespace zvrsit::cli

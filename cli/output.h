@@ -1,0 +1,23 @@
+// What the commands print: lines of text, or JSON.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+namespace zvrsit::cli {
+
+using Json = nlohmann::ordered_json;
+
+// A string for JSON: UTF-8, malformed bytes replaced.
+std::string JsonText(std::string_view text);
+// A string for one line of text: control characters and `\` as escapes (\n, \t, \x1b, \\).
+std::string LineText(std::string_view text);
+
+// Prints `value` on stdout, indented, with a line end.
+void PrintJson(const Json& value);
+// "1 page", "2 pages".
+std::string Counted(long count, std::string_view one, std::string_view many);
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,117 @@
+#include "cli/progress.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#if defined(_WIN32)
+#include <io.h>
+#define isatty _isatty
+#define fileno _fileno
+#else
+#include <unistd.h>
+#endif
+
+#include "platform/code_page.h"
+
+namespace zvrsit::cli {
+namespace {
+
+volatile std::int32_t* cancelFlag = nullptr;
+
+void OnInterrupt(int) {
+  if (cancelFlag != nullptr) *cancelFlag = 1;
+  std::signal(SIGINT, SIG_DFL);
+}
+
+// The texts that the rebuild asks for by number.
+int LoadProgressText(unsigned id, char* buffer, int size) {
+  const char* text = id == 8131   ? "Reading folders"
+                     : id == 8132 ? "Reading links"
+                     : id == 8133 ? "Finding the published family"
+                                  : "";
+  return std::snprintf(buffer, static_cast<std::size_t>(size), "%s", text);
+}
+
+}  // namespace
+
+#if defined(_WIN32)
+// A program without windows shows no bar there.
+class ProgressLine {
+ public:
+  void Attach(CZvrSiteRebuildProgressDlg&) {}
+};
+#else
+class ProgressLine {
+ public:
+  ~ProgressLine() {
+    if (drawn_) std::fputs("\r\033[K", stderr);
+  }
+
+  void Attach(CZvrSiteRebuildProgressDlg& dialog) {
+    dialog.progressBar = &bar_;
+    dialog.statusText = &status_;
+    dialog.fileNameText = &file_;
+  }
+
+ private:
+  struct Bar : Window {
+    explicit Bar(ProgressLine& line) : owner(line) {}
+    long OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t) override {
+      if (message == platform::kSetPosition) owner.position_ = static_cast<int>(wParam);
+      owner.Draw();
+      return 0;
+    }
+    ProgressLine& owner;
+  };
+  struct Label : CWnd {
+    explicit Label(ProgressLine& line) : owner(line) {}
+    void SetWindowTextA(const char* text) override {
+      value = text;
+      owner.Draw();
+    }
+    ProgressLine& owner;
+    std::string value;
+  };
+
+  // Ten times a second at most: drawing must not slow the rebuild down.
+  void Draw() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - lastDrawn_ < std::chrono::milliseconds(100)) return;
+    lastDrawn_ = now;
+    drawn_ = true;
+    std::string bar(static_cast<std::size_t>(position_ / 5), '#');
+    const std::string::size_type slash = file_.value.rfind('\\');
+    const std::string name =
+        slash == std::string::npos ? file_.value : file_.value.substr(slash + 1);
+    std::fprintf(stderr, "\r\033[K[%-20s] %3d%%  %s  %.40s", bar.c_str(), position_,
+                 status_.value.c_str(), platform::ToUtf8(name).c_str());
+    std::fflush(stderr);
+  }
+
+  int position_ = 0;
+  bool drawn_ = false;
+  std::chrono::steady_clock::time_point lastDrawn_{};
+  Bar bar_{*this};
+  Label status_{*this};
+  Label file_{*this};
+};
+#endif
+
+TerminalProgress::TerminalProgress() {
+  platform::SetStringLoader(&LoadProgressText);
+  cancelFlag = &dialog_.cancel;
+  std::signal(SIGINT, &OnInterrupt);
+  if (isatty(fileno(stderr))) {
+    line_ = std::make_unique<ProgressLine>();
+    line_->Attach(dialog_);
+  }
+}
+
+TerminalProgress::~TerminalProgress() {
+  std::signal(SIGINT, SIG_DFL);
+  cancelFlag = nullptr;
+  platform::SetStringLoader(nullptr);
+}
+
+}  // namespace zvrsit::cli
