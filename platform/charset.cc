@@ -56,7 +56,7 @@ constexpr Charset kCharsets[] = {
      "iso-8859-15 csisolatin9 iso8859-15 iso885915 iso_8859-15 l9"},
     {kSingleByte, "ISO-8859-16", 28606, "iso-8859-16"},
     {kSingleByte, "KOI8-R", 20866, "koi8-r koi8 cskoi8r koi koi8_r"},
-    {kSingleByte, "KOI8-RU", 21866, "koi8-u koi8-ru"},
+    {kSingleByte, "KOI8-U", 21866, "koi8-u koi8-ru"},
     {kSingleByte, "MACINTOSH", 10000, "macintosh csmacintosh mac x-mac-roman"},
     {kSingleByte, "MAC-UK", 10017, "x-mac-cyrillic x-mac-ukrainian"},
     {kSingleByte, "CP874", 874, "windows-874 dos-874 iso-8859-11 iso8859-11 iso885911 tis-620"},

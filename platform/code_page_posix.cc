@@ -59,6 +59,7 @@ constexpr Page kPages[] = {
 };
 
 constexpr std::size_t kBmpSize = 0x10000;
+constexpr char32_t kWonSign = 0x20A9;
 
 // The page in force. `encoded` is null in UTF-8; else it holds, for each code point of the basic
 // plane, its one or two bytes as a number, 0 where the page has none.
@@ -127,6 +128,13 @@ struct Utf8Writer {
   std::string& out;
   void operator()(char32_t c) const { AppendUtf8(out, c); }
 };
+// The system reads the `\` of page 1361, which looks like a won sign in its fonts, as that sign.
+struct Utf8WonAsBackslash {
+  std::string& out;
+  void operator()(char32_t c) const {
+    AppendUtf8(out, c == kWonSign && state.page->number == 1361 ? U'\\' : c);
+  }
+};
 struct PageWriter {
   std::string& out;
   void operator()(char32_t c) const { AppendCodePoint(out, c); }
@@ -191,8 +199,8 @@ const ByteMeanings& UserDefinedMeanings() {
 }
 
 template <class Writer>
-bool DecodeMultiByte(std::string_view text, const char* charset, Writer write) {
-  return DecodeByIconv(charset, text, [write](std::u32string_view codePoints) {
+bool DecodeMultiByte(std::string_view text, const char* charset, bool stateful, Writer write) {
+  return DecodeByIconv(charset, stateful, text, [write](std::u32string_view codePoints) {
     std::for_each(codePoints.begin(), codePoints.end(), write);
   });
 }
@@ -219,7 +227,8 @@ bool Decode(const Charset& charset, std::string_view bytes, std::string& out) {
       return true;
     case CharsetKind::kDoubleByte:
     case CharsetKind::kStateful:
-      return DecodeMultiByte(bytes, charset.systemName, write);
+      return DecodeMultiByte(bytes, charset.systemName, charset.kind == CharsetKind::kStateful,
+                             write);
   }
   return false;
 }
@@ -285,7 +294,7 @@ std::string ToUtf8(std::string_view text) {
   if (IsUtf8()) {
     AppendUtf8Repaired(out, text);
   } else if (HasLeadBytes()) {
-    DecodeMultiByte(text, state.page->systemName, write);
+    DecodeMultiByte(text, state.page->systemName, false, Utf8WonAsBackslash{out});
   } else {
     DecodeSingleByte(text, MeaningsOf(state.page->systemName), write);
   }

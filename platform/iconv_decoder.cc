@@ -22,6 +22,28 @@ bool IsNoLead(char c) {
   return byte <= 0x80 || byte == 0xFF;
 }
 
+// Where the Encoding Standard's indexes have a character and the system has none, or another.
+struct Correction {
+  std::string_view charset;
+  unsigned char byte;
+  char32_t meaning;
+};
+constexpr Correction kCorrections[] = {
+    {"CP932", 0x80, 0x80},       {"GB18030", 0x80, 0x20AC},   {"CP1255", 0xCA, 0x05BA},
+    {"KOI8-U", 0xAE, 0x045E},    {"KOI8-U", 0xBE, 0x040E},    {"MAC-UK", 0xFF, 0x20AC},
+    {"MACINTOSH", 0xC6, 0x2206}, {"MACINTOSH", 0xF0, 0xF8FF},
+};
+
+// What a byte that the system refuses means; U+FFFD for most.
+char32_t MeaningOfRefused(std::string_view charset, char byte) {
+  for (const Correction& correction : kCorrections) {
+    if (correction.charset == charset && static_cast<char>(correction.byte) == byte) {
+      return correction.meaning;
+    }
+  }
+  return kReplacementCharacter;
+}
+
 // Decodes one byte on its own; U+FFFD when that gives no character. Where accents combine, the
 // system holds a letter back until it is flushed.
 char32_t MeaningOf(iconv_t descriptor, unsigned char byte) {
@@ -52,12 +74,16 @@ ByteMeanings AskMeanings(const char* charset) {
                          : kReplacementCharacter;
     if (meaning == kReplacementCharacter && byte < 0xA0) meaning = byte;
   }
+  for (const Correction& correction : kCorrections) {
+    if (correction.charset == charset) meanings[correction.byte] = correction.meaning;
+  }
   return meanings;
 }
 
-// How many bytes of a text that iconv stopped at are one malformed part.
-std::size_t MalformedLength(std::string_view rest, int error) {
-  if (error == EINVAL) return rest.size();
+// How many bytes at the start of a text that iconv refuses are one malformed part.
+std::size_t MalformedLength(std::string_view rest, bool stateful) {
+  // Some of the system's decoders have stepped over the malformed character already.
+  if (!stateful && IsAscii(rest[0])) return 0;
   return rest.size() < 2 || IsNoLead(rest[0]) || IsAscii(rest[1]) ? 1 : 2;
 }
 
@@ -78,7 +104,8 @@ const ByteMeanings& MeaningsOf(const char* charset) {
   return known.emplace(charset, AskMeanings(charset)).first->second;
 }
 
-bool DecodeByIconv(const char* charset, std::string_view bytes, const CodePointSink& sink) {
+bool DecodeByIconv(const char* charset, bool stateful, std::string_view bytes,
+                   const CodePointSink& sink) {
   const Iconv descriptor = OpenIconv(kCodePointCharset, charset);
   if (!descriptor) return false;
   std::array<char32_t, kCodePointsAtOnce> codePoints;
@@ -93,8 +120,10 @@ bool DecodeByIconv(const char* charset, std::string_view bytes, const CodePointS
     sink({codePoints.data(), codePoints.size() - targetLeft / sizeof(char32_t)});
     bytes = bytes.substr(bytes.size() - sourceLeft);
     if (error == 0 || error == E2BIG) continue;
-    sink({&kReplacementCharacter, 1});
-    bytes.remove_prefix(MalformedLength(bytes, error));
+    const char32_t meaning = MeaningOfRefused(charset, bytes[0]);
+    sink({&meaning, 1});
+    if (error == EINVAL) break;
+    bytes.remove_prefix(meaning != kReplacementCharacter ? 1 : MalformedLength(bytes, stateful));
   }
   char* target = reinterpret_cast<char*>(codePoints.data());
   std::size_t targetLeft = sizeof codePoints;

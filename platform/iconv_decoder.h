@@ -26,10 +26,11 @@ extern const char* const kCodePointCharset;
 using ByteMeanings = std::array<char32_t, 256>;
 const ByteMeanings& MeaningsOf(const char* charset);
 
-// Decodes text in a charset of one or more bytes a character and hands the code points to `sink`,
-// piece by piece. A malformed part becomes U+FFFD: one byte when an ASCII byte follows or it could
-// begin no character, else two. False when the system does not know the charset.
+// Decodes text in a double-byte or a stateful charset and hands the code points to `sink`, piece by
+// piece. A malformed part becomes U+FFFD: one byte when an ASCII byte follows or it could begin no
+// character, else two. False when the system does not know the charset.
 using CodePointSink = std::function<void(std::u32string_view)>;
-bool DecodeByIconv(const char* charset, std::string_view bytes, const CodePointSink& sink);
+bool DecodeByIconv(const char* charset, bool stateful, std::string_view bytes,
+                   const CodePointSink& sink);
 
 }  // namespace zvrsit::platform
