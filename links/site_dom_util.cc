@@ -1,0 +1,330 @@
+#include "links/site_dom_util.h"
+
+#include <array>
+#include <vector>
+
+#include "links/link_memo.h"
+#include "manager/base/operation_memo.h"
+#include "manager/base/site_mgr_base.h"
+#include "platform/file.h"
+#include "platform/folder_search.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_url_db.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+bool SameWords(const SitePathRec& a, const SitePathRec& b) {
+  std::array<char, SitePathRec::kSlotLength> wordsOfA{};
+  std::array<char, SitePathRec::kSlotLength> wordsOfB{};
+  a.Serialize(wordsOfA.data());
+  b.Serialize(wordsOfB.data());
+  return wordsOfA == wordsOfB;
+}
+
+std::shared_ptr<LinkMemo> MemoOf(SiteMgrBase* manager, LinkRules rules) {
+  OperationMemo* const operation = manager != nullptr ? manager->GetOperationMemo() : nullptr;
+  if (operation == nullptr) return std::make_shared<LinkMemo>(rules);
+  if (operation->links == nullptr) operation->links = std::make_shared<LinkMemo>(rules);
+  return operation->links;
+}
+
+// The words of a path record that MetaKey numbers.
+constexpr std::int32_t SitePathRec::*kPropertyWords[kMetaProperties] = {
+    &SitePathRec::lastModified, &SitePathRec::expires,     &SitePathRec::generator,
+    &SitePathRec::keywords,     &SitePathRec::description, &SitePathRec::contentType,
+};
+
+bool EndsInSlash(std::string_view target) {
+  return !target.empty() && target.back() == '/' &&
+         FindLastCharMB(target, '/') == target.size() - 1;
+}
+
+// How a target is looked up among those that were registered before.
+struct MemoKey {
+  std::string_view text;  // empty: not at all
+  bool isWhole = true;    // false: without its fragment, good for a file but not for a URL
+};
+
+MemoKey MemoKeyOf(std::string_view target, bool web) {
+  // These may name the page itself, which others with the same base do not share.
+  if (target.empty() || static_cast<unsigned char>(target.front()) <= ' ' ||
+      target.front() == '#' || target.front() == '?' || target.size() > TargetMemo::kLongest) {
+    return {};
+  }
+  const auto hash = target.find('#');
+  if (hash == std::string_view::npos) return {target, true};
+  // By the classic rules a ".." in a fragment takes part.
+  if (!web && target.find_first_of("/\\", hash) != std::string_view::npos) return {target, true};
+  return {target.substr(0, hash), false};
+}
+
+}  // namespace
+
+SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* thePathTable,
+                         SiteUrlDB* theUrlTable, SiteLinkDB* theLinkTable,
+                         const std::string& thePagePath)
+    : manager(theManager),
+      parser(theParser),
+      pathTable(thePathTable),
+      urlTable(theUrlTable),
+      linkTable(theLinkTable),
+      pagePath(thePagePath),
+      pathStrings(thePathTable != nullptr ? thePathTable->strings() : nullptr),
+      web_(theManager != nullptr && theManager->GetLinkRules() == LinkRules::Web),
+      memo_(MemoOf(theManager, web_ ? LinkRules::Web : LinkRules::Classic)) {
+  if (pathStrings == nullptr) return;
+  const int found = pathTable->Find(pagePath);
+  if (found >= 0 && pathTable->Get(found, pageRecord) == 0) pageId = found;
+}
+
+SiteDOMUtil::~SiteDOMUtil() {
+  SitePathRec stored;
+  if (pageId < 0 || pathTable->Get(pageId, stored) < 0) return;
+  if (!SameWords(stored, pageRecord)) pathTable->Update(pageRecord);
+}
+
+int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument) {
+  return CollectLinks(siteRoot, theDocument, siteRoot);
+}
+
+int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument,
+                              const std::string& siteFolder) {
+  if (theDocument == nullptr || parser == nullptr || pagePath.empty()) return -1;
+  if (manager == nullptr || pageId < 0) return -1;
+  document = theDocument;
+  siteFolder_ = web_ ? siteFolder : siteRoot;
+  PageRows& rows = memo_->rows;
+  ExtractPage(*document, web_ ? LinkRules::Web : LinkRules::Classic, rows);
+  memo_->resolver.BeginPage(siteRoot, pagePath);
+  if (!rows.baseHref.empty()) memo_->resolver.SetBase(rows.baseHref);
+  memo_->targets.TurnTo(memo_->resolver.baseText(), siteRoot);
+
+  if (StoreTitle() < 0 || StoreMetas() < 0) return -1;
+  if (AddRows(0, rows.anchorLinks) < 0) return -1;
+  if (StoreAnchors() < 0) return -1;
+  return AddRows(rows.anchorLinks, rows.links.size());
+}
+
+// A title that cannot be stored is passed over.
+int SiteDOMUtil::StoreTitle() {
+  if (!memo_->rows.hasTitle) return 0;
+  if (StoreProperty(pageRecord.title, memo_->rows.title) == 0) pathTable->Update(pageRecord);
+  return 0;
+}
+
+int SiteDOMUtil::StoreMetas() {
+  for (const MetaRow& meta : memo_->rows.metas) {
+    if (meta.key == MetaKey::kRefresh) {
+      LinkRow row;
+      row.type = LT_META_REFRESH;
+      row.offset = meta.offset;
+      row.target = meta.content;
+      if (AddRow(row) == Outcome::kFailed) return -1;
+      continue;
+    }
+    const auto property = static_cast<std::size_t>(meta.key);
+    if (StoreProperty(pageRecord.*kPropertyWords[property], meta.content) < 0) return -1;
+  }
+  // The text that comes after the properties is always empty, and the store takes no empty text.
+  const std::int32_t old = pageRecord.metaText;
+  pageRecord.metaText = -1;
+  return old < 0 ? 0 : pathStrings->ReleaseString(old);
+}
+
+// Sets a text word: the new text is stored before the old one is given back.
+int SiteDOMUtil::StoreProperty(std::int32_t& word, std::string_view text) {
+  const int added = pathStrings->AddString(text);
+  if (added < 0) return -1;
+  const std::int32_t old = word;
+  word = added;
+  return old < 0 ? 0 : pathStrings->ReleaseString(old);
+}
+
+int SiteDOMUtil::StoreAnchors() {
+  std::vector<std::int32_t> names;
+  names.reserve(memo_->rows.anchors.size());
+  for (const std::string_view anchor : memo_->rows.anchors) {
+    const int added = pathStrings->AddString(anchor);
+    if (added < 0) return -1;
+    names.push_back(added);
+  }
+  return pathTable->SetList(pageRecord, names);
+}
+
+int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
+  Outcome last = Outcome::kDone;
+  for (std::size_t i = begin; i < end; ++i) {
+    const LinkRow& row = memo_->rows.links[i];
+    if (row.ofSameElement && last != Outcome::kDone && !web_) continue;
+    last = AddRow(row);
+    if (last == Outcome::kFailed) return -1;
+  }
+  return 0;
+}
+
+// Registers the target of one reference and adds the link.
+SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row) {
+  UrlID target;
+  Outcome outcome = FindTarget(row, target);
+  if (outcome == Outcome::kDone) outcome = AddLink(row, target);
+  if (outcome == Outcome::kDone && row.type == LT_APPLET && target.kind == kKindPath) {
+    outcome = AddCodeBase(row, target);
+  }
+  // A page goes on after what it could not enter, but for the classic rules.
+  return outcome == Outcome::kFailed && web_ ? Outcome::kSkipped : outcome;
+}
+
+SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target) {
+  const UrlID page(kKindPath, pageId);
+  std::uint32_t type = row.type;
+  if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
+  const int offset = web_ ? static_cast<int>(row.offset) : -1;
+  const int added = linkTable == nullptr ? -1
+                                         : linkTable->Add(row.target, page, target, row.alternative,
+                                                          static_cast<int>(type), offset);
+  if (added >= 0) return Outcome::kDone;
+  return target.kind == kKindUrl ? Outcome::kFailed : Outcome::kSkipped;
+}
+
+// Links to every entry of the folder that the applet's file lies in, folders among them by the
+// classic rules. An entry that cannot be registered is skipped.
+SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBase(const LinkRow& applet, const UrlID& target) {
+  std::string folder;
+  if (pathTable->Name(target.id, folder) < 0) return Outcome::kDone;
+  const auto last = FindLastBackslashMB(folder);
+  if (last == std::string::npos) return Outcome::kDone;
+  folder.resize(last + 1);
+  std::vector<std::string> names;
+  platform::FindData found;
+  const platform::FindHandle search = platform::FindFirst(folder + "*.*", found);
+  for (bool more = search != nullptr; more; more = platform::FindNext(search, found)) {
+    if (found.name != "." && found.name != "..") names.push_back(found.name);
+  }
+  platform::FindClose(search);
+  for (const std::string& name : names) AddCodeBaseFile(applet, folder + name);
+  return Outcome::kDone;
+}
+
+SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBaseFile(const LinkRow& applet, const std::string& path) {
+  platform::FileStat stat;
+  if (web_ && (platform::Stat(path, stat) < 0 || !stat.isRegular())) return Outcome::kSkipped;
+  UrlID target;
+  if (RegisterPath(path, target) != Outcome::kDone) return Outcome::kSkipped;
+  LinkRow row;
+  row.type = LT_APPLET_FILE;
+  row.offset = applet.offset;
+  row.target = std::string_view(path).substr(FindLastBackslashMB(path) + 1);
+  return AddLink(row, target);
+}
+
+bool SiteDOMUtil::TakesDefaultName(const LinkRow& row) const {
+  const std::string* const name = manager->GetDefaultUrl();
+  // External targets take it too, refreshes and applets do not, on purpose.
+  return !web_ && name != nullptr && !name->empty() && row.type != LT_META_REFRESH &&
+         row.type != LT_APPLET && EndsInSlash(row.target);
+}
+
+// The entry of a target: from memory where the target was met before.
+SiteDOMUtil::Outcome SiteDOMUtil::FindTarget(const LinkRow& row, UrlID& target) {
+  if (web_ && row.target.empty()) return Outcome::kSkipped;
+  const bool takesName = TakesDefaultName(row);
+  const MemoKey key = MemoKeyOf(row.target, web_);
+  const UrlID* known = key.text.empty() ? nullptr : memo_->targets.Find(key.text, takesName);
+  if (!key.isWhole && (known == nullptr || known->kind == kKindUrl)) {
+    known = memo_->targets.Find(row.target, takesName);
+  }
+  if (known != nullptr) {
+    target = *known;
+    return target.id >= 0 ? Outcome::kDone : Outcome::kSkipped;
+  }
+  const Outcome outcome =
+      takesName ? RegisterTarget(std::string(row.target) + *manager->GetDefaultUrl(), target)
+                : RegisterTarget(row.target, target);
+  if (outcome == Outcome::kDone && !key.text.empty()) {
+    const std::string_view text = target.kind == kKindUrl ? row.target : key.text;
+    memo_->targets.Put(text, takesName, target);
+  }
+  return outcome;
+}
+
+SiteDOMUtil::Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID& place) {
+  std::string& path = memo_->path;
+  switch (memo_->resolver.Resolve(target, path)) {
+    case TargetKind::kExternal:
+      return RegisterUrl(path, place);
+    case TargetKind::kLocal:
+      if (path.empty()) return Outcome::kSkipped;
+      if (web_) TurnFolderToDocument(path);
+      return RegisterPath(path, place);
+    default:
+      return Outcome::kSkipped;
+  }
+}
+
+SiteDOMUtil::Outcome SiteDOMUtil::RegisterPath(const std::string& path, UrlID& place) {
+  int number = pathTable->Find(path);
+  if (number >= 0) {
+    const int checked = manager->CheckPath(path, siteFolder_);
+    if (checked < 0 && !web_) return Outcome::kSkipped;
+  } else {
+    const int added = manager->AddPath(path, siteFolder_, 1);
+    if (added < 0 && !web_) return Outcome::kFailed;
+    number = pathTable->Find(path);
+    if (number < 0) return Outcome::kFailed;
+  }
+  place = UrlID(kKindPath, number);
+  return Outcome::kDone;
+}
+
+SiteDOMUtil::Outcome SiteDOMUtil::RegisterUrl(const std::string& url, UrlID& place) {
+  if (urlTable == nullptr) return Outcome::kFailed;
+  int number = urlTable->Find(url);
+  if (number < 0) number = urlTable->Add(url);
+  if (number < 0) return Outcome::kFailed;
+  place = UrlID(kKindUrl, number);
+  return Outcome::kDone;
+}
+
+bool SiteDOMUtil::IsKnownFile(const std::string& path) const {
+  const int number = pathTable->Find(path);
+  std::int32_t exists = 0;
+  return number >= 0 && pathTable->GetNumber(number, &SitePathRec::exists, exists) == 0 &&
+         exists != 0;
+}
+
+// What a server answers with for a folder, whether the target ends in a "/" or not.
+void SiteDOMUtil::TurnFolderToDocument(std::string& path) {
+  const bool isNamedAsFolder = path.back() == '\\';
+  if (!isNamedAsFolder && IsKnownFile(path)) return;
+  auto& documents = memo_->folderDocuments;
+  auto known = documents.find(std::string_view(path));
+  if (known == documents.end()) {
+    std::string folder;
+    platform::FileStat stat;
+    if (isNamedAsFolder) {
+      folder = path;
+    } else if (platform::Stat(path, stat) == 0 && stat.isFolder()) {
+      folder = path + '\\';
+    }
+    known = documents.emplace(path, folder.empty() ? folder : FolderDocument(folder)).first;
+  }
+  if (!known->second.empty()) path = known->second;
+}
+
+// The default document of the site, else the first of the usual names that there is, else the
+// first of them.
+std::string SiteDOMUtil::FolderDocument(const std::string& folder) const {
+  const std::string* const name = manager->GetDefaultUrl();
+  if (name != nullptr && !name->empty()) return folder + *name;
+  constexpr const char* kNames[] = {"index.html", "index.htm", "default.htm"};
+  for (const char* const usual : kNames) {
+    platform::FileStat stat;
+    if (platform::Stat(folder + usual, stat) == 0 && stat.isRegular()) return folder + usual;
+  }
+  return folder + kNames[0];
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,85 @@
+// Registers what an HTML page holds: its title, META properties and named anchors in the page's
+// record, and one link for every reference.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "links/extractor.h"
+#include "storage/records.h"
+#include "util/url_id.h"
+
+namespace zvrsit {
+
+class DOM;
+class Document;
+class SiteFixRecDB;
+class SiteLinkDB;
+class SiteMgrBase;
+class SitePathDB;
+class SiteUrlDB;
+class SiteVarRecDB;
+struct LinkMemo;
+
+// One object serves one page and lives for one save. It holds a copy of the page's record from its
+// construction on and writes that back when it is destroyed, so for that long nobody else may
+// change the record; what CheckPath finds out about the page itself in between is lost, on purpose.
+class SiteDOMUtil {
+ public:
+  // The handles stay the caller's. The page is read under the manager's link rules.
+  SiteDOMUtil(SiteMgrBase* manager, DOM* parser, SitePathDB* pathTable, SiteUrlDB* urlTable,
+              SiteLinkDB* linkTable, const std::string& pagePath);
+  // Writes the page's record back if it differs from the one in the table.
+  virtual ~SiteDOMUtil();
+  SiteDOMUtil(const SiteDOMUtil&) = delete;
+  SiteDOMUtil& operator=(const SiteDOMUtil&) = delete;
+
+  // Adds the links of `document`. `siteRoot` is the folder that "/" names. 0, or -1: a null
+  // document or parser, an empty path, a page that is not registered, a text that cannot be
+  // stored; under the classic rules also the first target that cannot be entered, which loses
+  // the rest of the page. Nothing is rolled back.
+  int CollectLinks(const std::string& siteRoot, Document* document);
+  // The same where files count as the site's below `siteFolder` only (web rules).
+  int CollectLinks(const std::string& siteRoot, Document* document, const std::string& siteFolder);
+
+ private:
+  // Of registering one reference.
+  enum class Outcome { kDone, kSkipped, kFailed };
+
+  int StoreTitle();
+  int StoreMetas();
+  int StoreProperty(std::int32_t& word, std::string_view text);
+  int StoreAnchors();
+  int AddRows(std::size_t begin, std::size_t end);
+  Outcome AddRow(const LinkRow& row);
+  Outcome AddLink(const LinkRow& row, const UrlID& target);
+  Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
+  Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);
+
+  Outcome FindTarget(const LinkRow& row, UrlID& target);
+  Outcome RegisterTarget(std::string_view target, UrlID& place);
+  Outcome RegisterPath(const std::string& path, UrlID& place);
+  Outcome RegisterUrl(const std::string& url, UrlID& place);
+  void TurnFolderToDocument(std::string& path);
+  std::string FolderDocument(const std::string& folder) const;
+  bool IsKnownFile(const std::string& path) const;
+  bool TakesDefaultName(const LinkRow& row) const;
+
+  SiteMgrBase* manager;
+  DOM* parser;
+  SitePathDB* pathTable;
+  SiteUrlDB* urlTable;
+  SiteLinkDB* linkTable;
+  Document* document = nullptr;
+  std::string pagePath;
+  SitePathRec pageRecord;
+  SiteVarRecDB* pathStrings;
+  std::int32_t pageId = -1;
+
+  const bool web_;
+  std::string siteFolder_;          // what AddPath and CheckPath are given
+  std::shared_ptr<LinkMemo> memo_;  // the operation's, or one for this page
+};
+
+}  // namespace zvrsit
