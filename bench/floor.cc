@@ -1,7 +1,7 @@
 // The floors under a rebuild: what it costs only to walk a folder tree, only to read its pages,
 // only to scan them for '<', and only to tokenize them.
 //
-//   floor walk|read|scan|tokenize FOLDER [RUNS]
+//   floor walk|read|scan|tokenize|document FOLDER [RUNS]
 //
 // Prints the median time of RUNS runs (default 5) in seconds, and what was counted. One thread;
 // the first run warms the cache and is not counted. Every run must count the same.
@@ -19,12 +19,15 @@
 #include <string_view>
 #include <vector>
 
+#include "dom/code_conv.h"
+#include "dom/document.h"
+#include "dom/dom.h"
 #include "dom/html_tokenizer.h"
 #include "util/file_type.h"
 
 namespace {
 
-enum class Depth { kWalk, kRead, kScan, kTokenize };
+enum class Depth { kWalk, kRead, kScan, kTokenize, kDocument };
 
 struct Totals {
   long files = 0;
@@ -33,6 +36,24 @@ struct Totals {
   long long found = 0;  // '<' or tokens
 
   bool operator==(const Totals&) const = default;
+};
+
+// Counts tokens and throws them away. Elements of foreign content are read like any other.
+struct CountingSink {
+  void Characters(const char*, const char*, zvrsit::TextKind) { ++count; }
+  void Attribute(const zvrsit::AttributeSlices&) {}
+  zvrsit::ContentModel StartTag(const zvrsit::TagSlices& tag) {
+    ++count;
+    return zvrsit::ContentModelOf(zvrsit::HtmlTagOf(
+        zvrsit::MakeNameKeyPadded(tag.name, static_cast<std::size_t>(tag.nameEnd - tag.name))));
+  }
+  void AbandonTag() {}
+  void EndTag(const zvrsit::TagSlices&) { ++count; }
+  void Comment(const char*, const char*) { ++count; }
+  void Doctype(const zvrsit::DoctypeToken&) { ++count; }
+  bool InForeignContent() { return false; }
+
+  long long count = 0;
 };
 
 class Floor {
@@ -76,10 +97,8 @@ class Floor {
     if (depth_ == Depth::kWalk || !Read(path)) return;
     totals_.bytes += static_cast<long long>(size_);
     if (depth_ == Depth::kScan) totals_.found += Scan();
-    if (depth_ == Depth::kTokenize) {
-      totals_.found += static_cast<long long>(
-          zvrsit::CountHtmlTokens(std::string_view(buffer_.data(), size_)));
-    }
+    if (depth_ == Depth::kTokenize) totals_.found += Tokenize();
+    if (depth_ == Depth::kDocument) totals_.found += MakeDocument();
   }
 
   // One open, one fstat, and reads into a buffer that is kept from page to page.
@@ -90,7 +109,9 @@ class Floor {
     size_ = 0;
     if (fstat(fd, &status) == 0) {
       const auto wanted = static_cast<std::size_t>(status.st_size);
-      if (buffer_.size() < wanted) buffer_.resize(wanted);
+      if (buffer_.size() < wanted + zvrsit::kTextPadding) {
+        buffer_.resize(wanted + zvrsit::kTextPadding);
+      }
       while (size_ < wanted) {
         const ssize_t count = read(fd, buffer_.data() + size_, wanted - size_);
         if (count <= 0) break;
@@ -114,7 +135,26 @@ class Floor {
     return count;
   }
 
+  long long Tokenize() {
+    std::memset(buffer_.data() + size_, 0, zvrsit::kTextPadding);
+    CountingSink sink;
+    zvrsit::HtmlTokenizer<CountingSink>(buffer_.data(), size_, sink).Run();
+    return sink.count;
+  }
+
+  // As a rebuild does it: decoded into the code page first.
+  long long MakeDocument() {
+    zvrsit::CodeConv conv;
+    if (!conv.Import(buffer_.data(), size_, 0)) return 0;
+    zvrsit::Document* document = dom_.createDocument("HTML");
+    document->createNodes(conv.text(), static_cast<int>(conv.length()), nullptr, true);
+    const auto count = static_cast<long long>(document->elementCount());
+    dom_.deleteDocument(document);
+    return count;
+  }
+
   Depth depth_;
+  zvrsit::DOM dom_;
   Totals totals_;
   std::vector<char> buffer_;
   std::size_t size_ = 0;
@@ -125,6 +165,7 @@ bool ParseDepth(std::string_view word, Depth& depth) {
   if (word == "read") return depth = Depth::kRead, true;
   if (word == "scan") return depth = Depth::kScan, true;
   if (word == "tokenize") return depth = Depth::kTokenize, true;
+  if (word == "document") return depth = Depth::kDocument, true;
   return false;
 }
 
@@ -133,7 +174,7 @@ bool ParseDepth(std::string_view word, Depth& depth) {
 int main(int argc, char** argv) {
   Depth depth;
   if (argc < 3 || argc > 4 || !ParseDepth(argv[1], depth)) {
-    std::fprintf(stderr, "usage: floor walk|read|scan|tokenize FOLDER [RUNS]\n");
+    std::fprintf(stderr, "usage: floor walk|read|scan|tokenize|document FOLDER [RUNS]\n");
     return 2;
   }
   const int runs = argc == 4 ? std::max(1, std::atoi(argv[3])) : 5;

@@ -14,7 +14,8 @@ bool IsFile(const std::string& path) {
   return std::filesystem::is_regular_file(NativePath(path), error);
 }
 
-int RunSave(const Options& options, const std::string& site, const std::vector<std::string>& files) {
+int RunSave(const Options& options, const std::string& site,
+            const std::vector<std::string>& files) {
   Session session(options, Database::kMustExist);
   session.Open(site);
   for (const std::string& file : files) {

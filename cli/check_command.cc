@@ -74,7 +74,8 @@ int RunCheck(const Options& options, const NewSite& site) {
 
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
   const auto site = std::make_shared<NewSite>();
-  CLI::App* check = app.add_subcommand("check", "Check a folder for broken links, nothing to set up");
+  CLI::App* check =
+      app.add_subcommand("check", "Check a folder for broken links, nothing to set up");
   AddNewSiteOptions(*check, *site);
   check->callback(
       [&options, &run, site] { run = [&options, site] { return RunCheck(options, *site); }; });

@@ -17,9 +17,10 @@ using Run = std::function<int()>;
 // FOLDER, --top, --default-url, --doc-root and --rules, as `add` and `check` take them.
 void AddNewSiteOptions(CLI::App& command, NewSite& site);
 
-void AddSiteCommands(CLI::App& app, const Options& options, Run& run);    // add, sites, rebuild
-void AddLinkCommands(CLI::App& app, const Options& options, Run& run);    // links, broken
-void AddFileCommands(CLI::App& app, const Options& options, Run& run);    // files, urls, unused, family
+void AddSiteCommands(CLI::App& app, const Options& options, Run& run);  // add, sites, rebuild
+void AddLinkCommands(CLI::App& app, const Options& options, Run& run);  // links, broken
+void AddFileCommands(CLI::App& app, const Options& options,
+                     Run& run);  // files, urls, unused, family
 void AddChangeCommands(CLI::App& app, const Options& options, Run& run);  // save, rm, mv
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 

@@ -16,9 +16,8 @@ struct LinkQuery {
 std::vector<ShownLink> Answer(Session& session, const LinkQuery& query) {
   if (query.from.empty() && query.to.empty()) return AllLinks(session);
   const UrlID id = session.EntryOf(query.from.empty() ? query.to : query.from);
-  const std::unique_ptr<std::vector<int>> numbers(query.from.empty()
-                                                      ? session.manager().GetBackLinks(id)
-                                                      : session.manager().GetForeLinks(id));
+  const std::unique_ptr<std::vector<int>> numbers(
+      query.from.empty() ? session.manager().GetBackLinks(id) : session.manager().GetForeLinks(id));
   if (numbers == nullptr) throw Failure(kDatabase, "the link table cannot be read");
   return ShowLinks(session, *numbers);
 }
@@ -55,12 +54,14 @@ void AddLinkCommands(CLI::App& app, const Options& options, Run& run) {
   links->add_option("NAME", query->site, "the site")->required();
   CLI::Option* from = links->add_option("--from", query->from, "only links of this file");
   links->add_option("--to", query->to, "only links to this file")->excludes(from);
-  links->callback([&options, &run, query] { run = [&options, query] { return RunLinks(options, *query); }; });
+  links->callback(
+      [&options, &run, query] { run = [&options, query] { return RunLinks(options, *query); }; });
 
   CLI::App* broken = app.add_subcommand("broken", "List links to files that are not there");
   broken->add_option("NAME", query->site, "the site")->required();
-  broken->callback(
-      [&options, &run, query] { run = [&options, query] { return RunBroken(options, query->site); }; });
+  broken->callback([&options, &run, query] {
+    run = [&options, query] { return RunBroken(options, query->site); };
+  });
 }
 
 }  // namespace zvrsit::cli

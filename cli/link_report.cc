@@ -29,7 +29,9 @@ class Names {
   std::unordered_map<int, std::string> paths_;
 };
 
-bool IsBroken(const SiteLink& link) { return link.to.kind == kKindPath && !link.exists; }
+bool IsBroken(const SiteLink& link) {
+  return link.to.kind == kKindPath && !link.exists;
+}
 
 template <class Keep>
 std::vector<ShownLink> Show(Session& session, const std::vector<int>& numbers, Keep keep) {
@@ -60,9 +62,8 @@ std::vector<ShownLink> AllLinks(Session& session) {
 
 std::vector<ShownLink> BrokenLinks(Session& session) {
   std::vector<ShownLink> broken = Show(session, AllNumbers(session), &IsBroken);
-  std::stable_sort(broken.begin(), broken.end(), [](const ShownLink& a, const ShownLink& b) {
-    return a.from < b.from;
-  });
+  std::stable_sort(broken.begin(), broken.end(),
+                   [](const ShownLink& a, const ShownLink& b) { return a.from < b.from; });
   return broken;
 }
 

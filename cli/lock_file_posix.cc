@@ -11,7 +11,8 @@
 
 namespace zvrsit::cli {
 
-LockFile::LockFile(const std::string& nativePath, std::chrono::milliseconds patience) : handle_(-1) {
+LockFile::LockFile(const std::string& nativePath, std::chrono::milliseconds patience)
+    : handle_(-1) {
   const int fd = open(nativePath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (fd < 0) throw Failure(kFileSystem, nativePath + ": " + std::strerror(errno));
   const auto deadline = std::chrono::steady_clock::now() + patience;
@@ -30,6 +31,8 @@ LockFile::LockFile(const std::string& nativePath, std::chrono::milliseconds pati
   handle_ = fd;
 }
 
-LockFile::~LockFile() { close(static_cast<int>(handle_)); }
+LockFile::~LockFile() {
+  close(static_cast<int>(handle_));
+}
 
 }  // namespace zvrsit::cli

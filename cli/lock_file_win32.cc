@@ -7,7 +7,8 @@
 
 namespace zvrsit::cli {
 
-LockFile::LockFile(const std::string& nativePath, std::chrono::milliseconds patience) : handle_(-1) {
+LockFile::LockFile(const std::string& nativePath, std::chrono::milliseconds patience)
+    : handle_(-1) {
   const auto deadline = std::chrono::steady_clock::now() + patience;
   for (;;) {
     // Shared with nobody: a second opening fails while the first is open.
@@ -27,6 +28,8 @@ LockFile::LockFile(const std::string& nativePath, std::chrono::milliseconds pati
   }
 }
 
-LockFile::~LockFile() { CloseHandle(reinterpret_cast<HANDLE>(handle_)); }
+LockFile::~LockFile() {
+  CloseHandle(reinterpret_cast<HANDLE>(handle_));
+}
 
 }  // namespace zvrsit::cli

@@ -57,4 +57,6 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace zvrsit::cli
 
-int main(int argc, char** argv) { return zvrsit::cli::Main(argc, argv); }
+int main(int argc, char** argv) {
+  return zvrsit::cli::Main(argc, argv);
+}

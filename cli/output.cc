@@ -8,7 +8,9 @@
 
 namespace zvrsit::cli {
 
-std::string JsonText(std::string_view text) { return platform::ToUtf8(text); }
+std::string JsonText(std::string_view text) {
+  return platform::ToUtf8(text);
+}
 
 std::string LineText(std::string_view text) {
   std::string line;

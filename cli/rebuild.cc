@@ -50,7 +50,8 @@ std::string TopPath(const NewSite& site) {
   std::error_code error;
   fs::path path = fs::path(site.folder) / top;
   if (!fs::is_regular_file(path, error) && fs::is_regular_file(top, error)) path = top;
-  if (!fs::is_regular_file(path, error)) throw Failure(kFileSystem, path.string() + ": no such file");
+  if (!fs::is_regular_file(path, error))
+    throw Failure(kFileSystem, path.string() + ": no such file");
   return AbsolutePath(path.string());
 }
 
@@ -68,7 +69,9 @@ bool ParseRules(const std::string& word, LinkRules& rules) {
   return true;
 }
 
-const char* RulesName(LinkRules rules) { return rules == LinkRules::Web ? "web" : "classic"; }
+const char* RulesName(LinkRules rules) {
+  return rules == LinkRules::Web ? "web" : "classic";
+}
 
 void AddSite(Session& session, const std::string& name, const NewSite& site) {
   SiteProfile profile;
@@ -137,8 +140,11 @@ void PrintTotals(const SiteTotals& totals) {
 }
 
 Json TotalsAsJson(const SiteTotals& totals) {
-  return {{"files", totals.files}, {"pages", totals.pages}, {"sheets", totals.sheets},
-          {"links", totals.links}, {"urls", totals.urls}};
+  return {{"files", totals.files},
+          {"pages", totals.pages},
+          {"sheets", totals.sheets},
+          {"links", totals.links},
+          {"urls", totals.urls}};
 }
 
 }  // namespace zvrsit::cli

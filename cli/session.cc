@@ -62,7 +62,8 @@ Session::Session(const Options& options, Database database) {
     fs::create_directories(folder, error);
     if (error) throw Failure(kFileSystem, folder.string() + ": " + error.message());
   } else if (!fs::exists(folder / kSiteProfiles, error)) {
-    throw Failure(kDatabase, folder.string() + ": there is no database here (zvrsit add makes one)");
+    throw Failure(kDatabase,
+                  folder.string() + ": there is no database here (zvrsit add makes one)");
   }
   lock_ = std::make_unique<LockFile>((folder / "lock").string(), kPatience);
   manager_ = std::make_unique<SiteMgr>();
@@ -97,8 +98,9 @@ void Session::Open(const std::string& name) {
   if (result == -2) {
     std::error_code error;
     const bool folderIsThere = fs::is_directory(nativeSiteFolder_, error);
-    throw Failure(kFileSystem, folderIsThere ? NativePath(profile.topFile) + ": the site's top file is not there"
-                                             : nativeSiteFolder_ + ": the site folder is not there");
+    throw Failure(kFileSystem,
+                  folderIsThere ? NativePath(profile.topFile) + ": the site's top file is not there"
+                                : nativeSiteFolder_ + ": the site folder is not there");
   }
   if (result != 0 || manager_->GetPathDB() == nullptr) {
     throw Failure(kDatabase, "the tables of \"" + name + "\" are damaged or cannot be read");
@@ -121,7 +123,8 @@ std::string Session::Shown(const std::string& path) const {
 
 std::string Session::ShownEntry(const UrlID& id) {
   if (id.kind == kKindUrl) return Take(manager_->UrlUrl(id.id));
-  return Shown(Take(id.kind == kKindFolder ? manager_->FolderName(id.id) : manager_->UrlPath(id.id)));
+  return Shown(
+      Take(id.kind == kKindFolder ? manager_->FolderName(id.id) : manager_->UrlPath(id.id)));
 }
 
 std::string Session::PathOf(const std::string& native) const {
