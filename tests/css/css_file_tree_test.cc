@@ -1,0 +1,187 @@
+#include "css/css_file_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "css/css_control.h"
+#include "dom/document.h"
+#include "dom/dom.h"
+#include "platform/code_page.h"
+#include "support/temp_folder.h"
+
+namespace zvrsit {
+namespace {
+
+class CssFileTree : public testing::Test {
+ protected:
+  void SetUp() override {
+    control_.SetObject(&dom_);
+    Configure(LinkRules::Classic);
+  }
+
+  void Configure(LinkRules rules) {
+    control_.ClearSiteOption();
+    control_.SetSiteSaveDir(folder_.path("site") + "\\", "", "");
+    control_.SetLinkRules(rules);
+  }
+
+  // "link a.css(image b.png, import c.css(...)), ..." for the children of a node.
+  std::string Children(CCSSFileTree& tree, const std::string* node) {
+    constexpr const char* kTypes[] = {"other ", "link ", "import ", "image "};
+    std::string listed;
+    for (const std::string* child = tree.getFirstChild(node); child != nullptr;
+         child = tree.getNextSibling(child)) {
+      if (!listed.empty()) listed += ", ";
+      listed += kTypes[tree.getType(child)] + Relative(*child);
+      if (tree.hasChildren(child)) listed += "(" + Children(tree, child) + ")";
+    }
+    return listed;
+  }
+
+  std::string OfPage(const std::string& html, const std::string& name = "site/p.htm") {
+    Document* const page = dom_.createDocument("HTML");
+    page->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true);
+    CCSSFileTree tree = control_.GetFileTree(folder_.path(name), page);
+    const std::string listed = Children(tree, tree.getRoot());
+    dom_.deleteDocument(page);
+    return listed;
+  }
+
+  std::string OfSheet(const std::string& name) {
+    CCSSFileTree tree = control_.GetFileTreeFromCSS(folder_.path(name));
+    return Children(tree, tree.getRoot());
+  }
+
+  // Files of the site by their names below it, in the `/` form; others as they are.
+  std::string Relative(std::string path) const {
+    const std::string site = folder_.path("site") + "\\";
+    if (path.compare(0, site.size(), site) == 0) path.erase(0, site.size());
+    const std::string above = folder_.path() + "\\";
+    if (path.compare(0, above.size(), above) == 0) path.replace(0, above.size(), "../");
+    for (char& c : path) {
+      if (c == '\\') c = '/';
+    }
+    return path;
+  }
+
+  test::TempFolder folder_;
+  DOM dom_;
+  CCSSControl control_;
+};
+
+TEST_F(CssFileTree, OfAPageHoldsItsLinksStylesAndStyleAttributes) {
+  folder_.write("site/css/a.css", "@import 'b.css'; p { background: url(../i/1.gif) }");
+  folder_.write("site/css/b.css", "@font-face { src: url(/f.woff) }");
+  EXPECT_EQ(OfPage("<link rel=StyleSheet href='css/a.css'><link rel=icon href=x.ico>"
+                   "<link rel=stylesheet><link rel=stylesheet href=''>"
+                   "<style>@import url(css/b.css);\np{background:url(i/2.gif)}</style>"
+                   "<style type=text/less>p{background:url(no.gif)}</style>"
+                   "<template><style>p{background:url(no.gif)}</style></template>"
+                   "<svg><style>p{cursor:url(i/3.cur)}</style></svg>"
+                   "<p style='list-style:url(&#34;i/4.gif&quot;)'>"),
+            "link css/a.css(import css/b.css(other f.woff), image i/1.gif), "
+            "import css/b.css, image i/2.gif, image i/3.cur, image i/4.gif");
+}
+
+TEST_F(CssFileTree, ReferencesKeepHowTheyAreWritten) {
+  folder_.write("site/a.css", "p { content: url(a\\ b.png), url(a\\ b.png), url(http://x/y.png) }");
+  CCSSFileTree tree = control_.GetFileTreeFromCSS(folder_.path("site/a.css"));
+  EXPECT_EQ(tree.getDeclaredText(tree.getRoot()), nullptr);
+  const std::string* first = tree.getFirstChild(tree.getRoot());
+  const std::string* second = tree.getNextSibling(first);
+  ASSERT_NE(second, nullptr);  // the same reference again
+  EXPECT_EQ(*second, folder_.path("site/a b.png"));
+  EXPECT_EQ(*tree.getDeclaredText(second), "a b.png");
+  const std::string* third = tree.getNextSibling(second);
+  EXPECT_TRUE(tree.isExternal(third));
+  EXPECT_EQ(*third, "http://x/y.png");
+  EXPECT_EQ(tree.getNextSibling(third), nullptr);
+}
+
+// Such a LINK is an ordinary link of the page; what its sheet refers to is found all the same.
+TEST_F(CssFileTree, SheetOfALinkWithMoreWordsIsASiblingOfTheRoot) {
+  folder_.write("site/a.css", "p { background: url(1.gif) }");
+  const std::string html =
+      "<link rel='alternate stylesheet' href=a.css><link rel=stylesheets href=b>";
+  EXPECT_EQ(OfPage(html), "");
+  folder_.write("site/p.htm", html);
+  CCSSFileTree tree = control_.GetFileTree(folder_.path("site/p.htm"), nullptr);
+  const std::string* sheet = tree.getNextSibling(tree.getRoot());
+  ASSERT_NE(sheet, nullptr);
+  EXPECT_EQ(Relative(*sheet) + ": " + Children(tree, sheet), "a.css: image 1.gif");
+  EXPECT_EQ(tree.getNextSibling(sheet), nullptr);
+}
+
+// Also where a link in the file system gives one sheet a new name on every way round.
+TEST_F(CssFileTree, ImportCyclesEnd) {
+  folder_.write("site/a.css", "@import 'b.css'; @import 'a.css';");
+  folder_.write("site/b.css", "@import 'a.css'; @import 'b.css';");
+  EXPECT_EQ(OfSheet("site/a.css"), "import b.css(import a.css, import b.css), import a.css");
+  std::filesystem::create_directory_symlink(".", folder_.native("site/round"));
+  folder_.write("site/c.css", "@import 'round/c.css';");
+  EXPECT_EQ(OfSheet("site/c.css"), "import round/c.css");
+}
+
+// Sheets that each import the next one twice would make a tree of 2^40 nodes.
+TEST_F(CssFileTree, StaysLinearInItsSheets) {
+  for (int i = 0; i < 40; ++i) {
+    const std::string next = "'" + std::to_string(i + 1) + ".css';";
+    folder_.write("site/" + std::to_string(i) + ".css", "@import " + next + "@import " + next);
+  }
+  EXPECT_LT(OfSheet("site/0.css").size(), 2000u);
+}
+
+TEST_F(CssFileTree, ShowsASheetAsItIsNow) {
+  folder_.write("site/a.css", "p { content: url(1.gif) }");
+  EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
+  const auto written = std::filesystem::last_write_time(folder_.native("site/a.css"));
+  folder_.write("site/a.css", "p { content: url(2.gif) }");
+  std::filesystem::last_write_time(folder_.native("site/a.css"),
+                                   written + std::chrono::nanoseconds(1));
+  EXPECT_EQ(OfSheet("site/a.css"), "image 2.gif");
+  std::filesystem::remove(folder_.native("site/a.css"));
+  EXPECT_EQ(OfSheet("site/a.css"), "");
+  folder_.makeFolder("site/a.css");
+  EXPECT_EQ(OfSheet("site/a.css"), "");
+}
+
+TEST_F(CssFileTree, RulesDecideWhatIsExternalAndWhatIsRead) {
+  folder_.write("out.css", "p { content: url(1.gif) }");
+  const std::string html =
+      "<base href='sub/'><link rel=stylesheet href='../out.css'>"
+      "<style>p{ content: url(https://h/a.gif), url(//h/b.gif), url(data:,x), url(%61.gif), "
+      "url(c/) }"
+      "</style><p style='content:url(/d.gif)'>";
+  EXPECT_EQ(OfPage(html),
+            "link ../out.css(image ../1.gif), image https://h/a.gif, image /h/b.gif, "
+            "image data:,x, image %61.gif, image c/, image d.gif");
+  Configure(LinkRules::Web);
+  EXPECT_EQ(OfPage(html),
+            "link out.css, image https://h/a.gif, image //h/b.gif, "
+            "image sub/a.gif, image sub/c/, image d.gif");
+  EXPECT_EQ(OfPage("<link rel=stylesheet href='file:///x.css'><link rel=stylesheet href='q/x.css'>",
+                   "site/../p.htm"),
+            "link file:///x.css, link ../q/x.css");
+}
+
+TEST_F(CssFileTree, DocumentRootIsWhatASlashNames) {
+  folder_.write("site/a.css", "p { content: url(/1.gif) }");
+  EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
+  control_.SetSiteDocumentRoot(folder_.path("root"));
+  EXPECT_EQ(OfSheet("site/a.css"), "image ../root/1.gif");
+  control_.SetSiteDocumentRoot("");
+  EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
+}
+
+TEST_F(CssFileTree, SheetsAreDecodedIntoTheCodePage) {
+  folder_.write("site/a.css", "@charset \"shift_jis\"; p { content: url(\x83\x5C.gif) }");
+  EXPECT_EQ(OfSheet("site/a.css"), "image \xE3\x82\xBD.gif");
+  folder_.write("site/b.css",
+                std::string("\xFF\xFE@\0i\0m\0p\0o\0r\0t\0'\0a\0.\0c\0s\0s\0'\0", 34));
+  EXPECT_EQ(OfSheet("site/b.css"), "import a.css(image \xE3\x82\xBD.gif)");
+}
+
+}  // namespace
+}  // namespace zvrsit
