@@ -10,7 +10,7 @@
 
 #include "platform/folder_search.h"
 #include "platform/native_path.h"
-#include "platform/separator.h"
+#include "platform/single_byte.h"
 
 namespace zvrsit::platform {
 
@@ -58,12 +58,12 @@ bool EqualButForCase(std::string_view a, std::string_view b) {
 
 // A name with a `\` of its own cannot be named by a `\` path.
 bool CanBeNamed(std::string_view name) {
-  return FindLastSeparator(name) == std::string_view::npos;
+  return FindLastSingleByte(name, '\\') == std::string_view::npos;
 }
 
 // Where the last component begins: behind the last `\`, or behind the colon of a drive.
 std::size_t LastComponent(std::string_view path) {
-  const std::size_t separator = FindLastSeparator(path);
+  const std::size_t separator = FindLastSingleByte(path, '\\');
   if (separator != std::string_view::npos) return separator + 1;
   return path.size() >= 2 && path[1] == ':' && IsAsciiLetter(path[0]) ? 2 : 0;
 }

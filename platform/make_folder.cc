@@ -1,7 +1,7 @@
 #include <vector>
 
 #include "platform/file.h"
-#include "platform/separator.h"
+#include "platform/single_byte.h"
 
 namespace zvrsit::platform {
 namespace {
@@ -14,10 +14,10 @@ bool IsFolder(const std::string& path) {
 // The folder that holds `path`; false when there is no `\` in it. What is left of a path in the
 // root of a drive (`C:`, or nothing) names that root.
 bool ParentOf(const std::string& path, std::string& parent) {
-  const std::size_t separator = FindLastSeparator(path);
+  const std::size_t separator = FindLastSingleByte(path, '\\');
   if (separator == std::string::npos) return false;
   parent = path.substr(0, separator);
-  if (FindLastSeparator(parent) == std::string::npos) parent += '\\';
+  if (FindLastSingleByte(parent, '\\') == std::string::npos) parent += '\\';
   return true;
 }
 

@@ -1,8 +1,6 @@
 #include "util/mb_string.h"
 
-#include <algorithm>
-
-#include "platform/code_page.h"
+#include "platform/single_byte.h"
 
 namespace zvrsit {
 namespace {
@@ -17,18 +15,7 @@ char LowerAscii(char c) {
 // Replaces each single-byte character by what `change` makes of it.
 template <class Change>
 void ChangeSingleBytes(std::string& text, Change change) {
-  if (!platform::HasLeadBytes()) {
-    std::transform(text.begin(), text.end(), text.begin(), change);
-    return;
-  }
-  const auto& isLead = platform::LeadBytes();
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (isLead[static_cast<unsigned char>(text[i])]) {
-      ++i;
-    } else {
-      text[i] = change(text[i]);
-    }
-  }
+  platform::ForEachSingleByte(text, 0, [&](std::size_t i) { text[i] = change(text[i]); });
 }
 
 }  // namespace
@@ -44,17 +31,7 @@ std::size_t FindQuery(std::string_view text) {
 }
 
 std::size_t FindLastCharMB(std::string_view text, char wanted) {
-  if (!platform::HasLeadBytes()) return text.rfind(wanted);
-  const auto& isLead = platform::LeadBytes();
-  std::size_t last = std::string_view::npos;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (isLead[static_cast<unsigned char>(text[i])]) {
-      ++i;
-    } else if (text[i] == wanted) {
-      last = i;
-    }
-  }
-  return last;
+  return platform::FindLastSingleByte(text, wanted);
 }
 
 std::size_t FindLastHashMB(std::string_view text) {
@@ -75,7 +52,7 @@ int ToLowerMB(std::string& text) {
 }
 
 int ReplaceCharMB(std::string& text, char from, char to) {
-  ChangeSingleBytes(text, [from, to](char c) { return c == from ? to : c; });
+  platform::ReplaceSingleByte(text, 0, from, to);
   return 0;
 }
 

@@ -4,7 +4,6 @@
 #include <stdlib.h>
 
 #include <cstdint>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -1,0 +1,49 @@
+// Searching and replacing single-byte characters of text in the code page. A double-byte character
+// is stepped over whole: its lead byte is not compared, its trail byte not looked at. A lead byte
+// that ends the text stands alone.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "platform/code_page.h"
+
+namespace zvrsit::platform {
+
+// Calls `visit(position)` for each single-byte character from byte `start` on, which must not be a
+// trail byte.
+template <class Visit>
+void ForEachSingleByte(std::string_view text, std::size_t start, Visit visit) {
+  const auto& isLead = LeadBytes();
+  for (std::size_t i = start; i < text.size(); ++i) {
+    if (isLead[static_cast<unsigned char>(text[i])]) {
+      ++i;
+    } else {
+      visit(i);
+    }
+  }
+}
+
+// The position of the last single-byte `wanted`, or npos.
+inline std::size_t FindLastSingleByte(std::string_view text, char wanted) {
+  if (!HasLeadBytes()) return text.rfind(wanted);
+  std::size_t last = std::string_view::npos;
+  ForEachSingleByte(text, 0, [&](std::size_t i) {
+    if (text[i] == wanted) last = i;
+  });
+  return last;
+}
+
+// Replaces every single-byte `from` by `to`, from byte `start` on.
+inline void ReplaceSingleByte(std::string& text, std::size_t start, char from, char to) {
+  if (!HasLeadBytes()) {
+    std::replace(text.begin() + static_cast<std::ptrdiff_t>(start), text.end(), from, to);
+    return;
+  }
+  ForEachSingleByte(text, start, [&](std::size_t i) {
+    if (text[i] == from) text[i] = to;
+  });
+}
+
+}  // namespace zvrsit::platform
