@@ -156,22 +156,21 @@ int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Docum
     if (document == nullptr) return -1;
     unread = !ReadPage(path, *operationMemo, *document);
   }
-  const std::string& linkBase = docRoot != nullptr && !docRoot->empty() ? *docRoot : siteDir;
-  if (CollectPageLinks(linkBase, path, document.get()) < 0) return -1;
-  return CollectStyleLinks(siteDir, path, document.get());
+  const bool isSheet = ClassifyFileType(path) == FT_CSS;
+  // The classic rules read a sheet as if it were a page too, on purpose.
+  const bool isPage = !isSheet || linkRules == LinkRules::Classic;
+  if (isPage && CollectPageLinks(siteDir, path, document.get()) < 0) return -1;
+
+  SiteCSSUtil styles(this, siteDir);
+  return isSheet ? styles.CollectSheet(path) : styles.CollectPage(path, document.get());
 }
 
 // The links in the page's own text. The page record is written when the collecting object goes,
 // which has to be before the style sheets are looked at.
-int SiteMgr::CollectPageLinks(const std::string& linkBase, const std::string& path, Document* doc) {
+int SiteMgr::CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc) {
+  const std::string& linkBase = docRoot != nullptr && !docRoot->empty() ? *docRoot : siteDir;
   SiteDOMUtil page(this, dom, pathDB, urlDB, linkDB, path);
-  return page.CollectLinks(linkBase, doc);
-}
-
-int SiteMgr::CollectStyleLinks(const std::string& siteDir, const std::string& path, Document* doc) {
-  SiteCSSUtil styles(this, siteDir);
-  const bool isSheet = ClassifyFileType(path) == FT_CSS;
-  return isSheet ? styles.CollectSheet(path) : styles.CollectPage(path, doc);
+  return page.CollectLinks(linkBase, doc, siteDir);
 }
 
 }  // namespace zvrsit

@@ -241,8 +241,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int ListFileTargets(int pathNumber, std::vector<int>& targets);
   int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
   int Traverse(const std::string& siteDir, const std::string& path, Document* doc, bool& unread);
-  int CollectPageLinks(const std::string& linkBase, const std::string& path, Document* doc);
-  int CollectStyleLinks(const std::string& siteDir, const std::string& path, Document* doc);
+  int CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc);
 
   // file_operations.cc
   int DeleteForeLinks(int pathNumber);
