@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "links/code_page_guard.h"
+#include "support/code_page_scope.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -70,7 +70,7 @@ TEST(SiteUrl, KnowsSevenSchemesInAnyCase) {
 }
 
 TEST(SiteUrl, LeavesDoubleByteCharactersWhole) {
-  const CodePageGuard shiftJis(932);
+  const test::CodePageScope shiftJis(932);
   const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
   EXPECT_EQ(Resolve("d:\\s\\", "d:\\s\\a.htm", name + "/b.htm"), "d:\\s\\" + name + "\\b.htm");
   EXPECT_EQ(Resolve("d:\\s\\", "d:\\s\\a.htm", name + "../b.htm"), "d:\\s\\" + name + "..\\b.htm");
@@ -122,7 +122,7 @@ TEST(SiteUrl, OnePassGivesWhatRepeatedSearchesGive) {
                                "d:\\.\\x\\..\\y\\a.htm", "..\\b\\a.htm", "d:\\\x95\x5C\\b.htm"};
   std::mt19937 random(20260401);
   for (const unsigned codePage : {932u, 65001u}) {
-    const CodePageGuard guard(codePage);
+    const test::CodePageScope guard(codePage);
     for (int i = 0; i < 20000; ++i) {
       std::string href;
       for (unsigned n = random() % 14; n > 0; --n) href += pieces[random() % std::size(pieces)];

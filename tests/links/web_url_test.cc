@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "links/code_page_guard.h"
 #include "links/site_url.h"
+#include "support/code_page_scope.h"
 
 namespace zvrsit {
 namespace {
@@ -130,7 +130,7 @@ TEST_F(WebUrl, JoinsToAnExternalBase) {
 }
 
 TEST_F(WebUrl, LeavesDoubleByteCharactersWhole) {
-  const CodePageGuard shiftJis(932);
+  const test::CodePageScope shiftJis(932);
   const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
   resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
   EXPECT_EQ(Place(resolver_, name + ".htm"), "\\s\\" + name + "\\" + name + ".htm");
