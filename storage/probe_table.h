@@ -18,18 +18,18 @@ class ProbeTable {
 
   // The entry with this hash for which equal(entry) holds, or null. Good until the next change.
   template <class Equal>
-  Entry* Find(std::uint32_t hash, Equal equal) {
+  const Entry* Find(std::uint32_t hash, Equal equal) const {
     if (slots_.empty()) return nullptr;
     const std::uint32_t mark = Mark(hash);
     for (std::size_t at = mark & mask();; at = (at + 1) & mask()) {
-      Entry& entry = slots_[at];
+      const Entry& entry = slots_[at];
       if (entry.hash == 0) return nullptr;
       if (entry.hash == mark && equal(entry)) return &entry;
     }
   }
   template <class Equal>
-  const Entry* Find(std::uint32_t hash, Equal equal) const {
-    return const_cast<ProbeTable*>(this)->Find(hash, equal);
+  Entry* Find(std::uint32_t hash, Equal equal) {
+    return const_cast<Entry*>(std::as_const(*this).Find(hash, equal));
   }
 
   // Adds an entry that Find did not find; its `hash` is set here.
@@ -74,8 +74,8 @@ class ProbeTable {
   }
 
   template <class Visit>
-  void ForEach(Visit visit) const {
-    for (const Entry& entry : slots_) {
+  void ForEach(Visit visit) {
+    for (Entry& entry : slots_) {
       if (entry.hash != 0) visit(entry);
     }
   }

@@ -23,6 +23,8 @@ class SiteDB {
  public:
   static constexpr int kMagicSize = 16;
   static constexpr int kHeaderSize = 24;
+  // No file hands out more numbers than this.
+  static constexpr int kMostIds = 1 << 26;
 
   SiteDB(std::string filePath, bool wholeFile);
   // Whole-file mode: closes without writing, so only an explicit Close saves. Direct mode: leaves
@@ -52,6 +54,7 @@ class SiteDB {
   // Unlinks the file; only while closed.
   int Delete();
 
+  bool isInMemory() const { return inMemory; }
   bool isOpen() const { return fd >= 0; }
   const std::string& filePath() const { return path; }
 
@@ -69,15 +72,15 @@ class SiteDB {
   }
   // The same for changing them in place; the file counts as changed from then on.
   char* ChangeBytes(std::int64_t offset, std::int64_t length);
-  // Whole-file mode: makes the file `length` bytes longer and gives those bytes, to be filled by
-  // the caller; null when it cannot grow.
-  char* Append(std::int32_t offset, std::int32_t length);
+  // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
+  // on, to be filled by the caller; null when it cannot grow so far.
+  char* MakeRoom(std::int32_t offset, std::int32_t length);
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
   // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure.
   std::int64_t Length() const;
 
-  char magic[kMagicSize];
+  char magic[kMagicSize] = {};
   std::string path;
   int fd = -1;
   std::int32_t headerWord1 = 0;
@@ -94,6 +97,9 @@ class SiteDB {
   void CompleteHeader();
   int CloseWhole();
   int CloseDirect();
+  int ReadHeader();
+  int ReadHeaderWord(std::int32_t& word, int offset);
+  int WriteHeader();
   int WriteImage();
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose

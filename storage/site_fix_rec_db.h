@@ -9,9 +9,11 @@
 // are stable: neither Delete nor Pack changes that of a live record.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <queue>
-#include <type_traits>
+#include <string>
 #include <vector>
 
 #include "storage/id_table.h"
@@ -19,6 +21,8 @@
 #include "storage/site_db.h"
 
 namespace zvrsit {
+
+class PackFile;
 
 class SiteFixRecDB : public SiteDB {
  public:
@@ -65,6 +69,7 @@ class SiteFixRecDB : public SiteDB {
   // puts that in the file's place; 0 or -1. After a failure the file can be closed.
   int Pack();
 
+  int recordBytes() const { return recordLength; }
   int idCount() const { return headerWord1; }
   int slotCount() const { return headerWord2; }
   // Whether `id` has a live record; false for any other number. Never throws.
@@ -118,14 +123,16 @@ class SiteFixRecDB : public SiteDB {
   int ReadSlotAt(int offset, SlotBuffer& slot);
   int ChooseId();
   int WriteCounts();
+  int CopyLiveSlots(PackFile& packed);
 
   const int recordLength;
   const int recordType;
   IdTable<std::int32_t> slotIndex;  // by number: offset of the live slot, 0 for none
   int live_ = 0;
-  // Numbers without a live record, smallest first; made when one is to be handed out again.
-  std::priority_queue<int, std::vector<int>, std::greater<int>> free_;
-  bool freeMade_ = false;
+  // Which number to hand out again, without searching from 0 each time: all below the cursor are
+  // live but those in `freed_`, smallest first.
+  std::priority_queue<int, std::vector<int>, std::greater<int>> freed_;
+  int cursor_ = 0;
 };
 
 }  // namespace zvrsit

@@ -27,6 +27,8 @@
 
 namespace zvrsit {
 
+class PackFile;
+
 class SiteVarRecDB : public SiteDB {
  public:
   SiteVarRecDB(std::string filePath, bool wholeFile);
@@ -100,32 +102,42 @@ class SiteVarRecDB : public SiteDB {
   };
 
   int OpenEntries();
+  void ForgetEntries();
   bool CountsAreSound() const;
   int ReadEnd();
-  int WalkEntries();
+  int WriteEnd();
   template <class Visit>
   int ForEachEntry(Visit visit);
+
+  bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
+  int Offset(int id) const;
   int ReadHead(int offset, Head& head);
   int WriteHead(int offset, const Head& head);
   int ReadEntry(int id, Head& head);
-  std::string_view TextAt(int offset, int dataLength, std::string& scratch);
-  bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
-  int Offset(int id) const;
-  int AddEntry(int length, int kind, const void* bytes);
-  int WriteEntry(int id, int length, int kind, const void* bytes);
-  int AddReference(int id);
-  int Release(int id, bool keepIndex);
+  std::string_view DataAt(int offset, int length, std::string& scratch);
+
   int MakeStringIndex();
-  void EnterName(std::string_view text, int id, int offset);
+  void EnterName(std::string_view text, std::uint32_t hash, int id, int offset);
   Name* FindName(std::string_view text, std::uint32_t hash);
+  int Unname(int offset, int length);
+
+  int ChooseId();
+  int AddReference(int id);
+  int AddEntry(int kind, std::string_view data);
+  int WriteEntry(const Head& head, std::string_view data);
+  bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
-  int WriteEnd();
+  int Release(int id, int offset);
+  int CopyLiveEntries(PackFile& packed, int& packedEnd);
 
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
   std::int64_t dead_ = 0;
   IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none
-  std::deque<int> free_;           // numbers to hand out again, from the front
+  // Numbers to hand out again: first those below the cursor that had no entry at open, then those
+  // released since, from the front.
+  std::size_t cursor_ = 0;
+  std::deque<int> free_;
   ProbeTable<Name> names_;
   bool namesMade_ = false;
   std::string scratch_;   // direct mode: what was read last

@@ -42,8 +42,6 @@ class EndIndex {
     std::int32_t next;
   };
 
-  const Chain* Find(const UrlID& end, std::uint32_t hash) const;
-
   bool made_ = false;
   ProbeTable<Chain> chains_;
   IdTable<Neighbours> neighbours_;

@@ -28,7 +28,9 @@ class NameIndex {
     std::size_t length;
   };
 
-  const Name* Look(std::string_view text, std::uint32_t hash) const;
+  static constexpr std::size_t kKeptBytes = 4096;
+
+  auto HasText(std::string_view text) const;
   void DropRemovedTexts();
 
   ProbeTable<Name> names_;

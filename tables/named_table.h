@@ -31,7 +31,7 @@ class NamedTableBase : public SiteTable {
   // Opens the files and reads every name; of two equal names the later record is found. -1 when
   // the path is empty or the table was opened before.
   int OpenNamed(const std::string& path, int recordLength, int recordType, bool wholeFile);
-  int MakeIndex();
+  void MakeIndex();
 
   std::unique_ptr<NameIndex> index_;
 };

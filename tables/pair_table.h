@@ -34,9 +34,6 @@ class PairTableBase : public SiteTable {
  private:
   template <class Visit>
   void ForEachMatch(const UrlID& from, const UrlID& to, Visit visit);
-  template <class Visit>
-  void ForEachInChain(EndIndex& index, const UrlID& end, const UrlID& other, End otherEnd,
-                      Visit visit);
 
   EndIndex fromIndex_;
   EndIndex toIndex_;

@@ -32,10 +32,10 @@ class ProfileTable : public NamedTable<Rec> {
 
   // A profile other than `except` whose name is this one but for the case of ASCII letters; -1.
   int FindButForCase(std::string_view name, int except) const;
-  // Gives a profile another name; 0 or -1.
-  int SetName(int number, std::string_view name);
-  // Adds one more reference to every text of `record` but its name, by `word` in place.
-  int ShareText(std::int32_t& word);
+  // Writes `record`, already changed but for its name word, back under another name; 0 or -1.
+  int StoreRenamed(Rec& record, std::string_view name);
+  // Makes the texts of a copied record its own: one more reference each, but for the name.
+  void ShareTexts(Rec& record);
 
  private:
   int OpenOnce(const std::string& path);

@@ -35,13 +35,14 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   };
 
   void TurnTo(const UrlID& source);
-  int FindEqual(const SiteLinkRec& link, std::uint32_t hash);
+  int FindEqual(const SiteLinkRec& link);
   void Forget(const SiteLinkRec& link);
   int Remove(const SiteLinkRec& link);
   int Raise(int number);
 
   // The links of the page that links are being added to, found by all of their words.
-  UrlID source_{-1, -1};
+  UrlID source_;
+  bool sourceKnown_ = false;
   ProbeTable<Known> known_;
 };
 

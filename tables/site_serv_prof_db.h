@@ -23,6 +23,9 @@ class SiteServProfDB : public ProfileTable<SiteServRec> {
   // plain and stored scrambled; otherwise as SetText and GetText.
   int SetPassword(int number, std::int32_t SiteServRec::*field, std::string_view password);
   int GetPassword(int number, std::int32_t SiteServRec::*field, std::string& password) const;
+
+ private:
+  bool IsFree(std::string_view name, int except) const;
 };
 
 }  // namespace zvrsit

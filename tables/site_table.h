@@ -50,6 +50,7 @@ class SiteTable {
   }
   // Makes and opens both files, the record file first; 0 or -1, which leaves none.
   int OpenFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
+  void DropFiles();
   static std::string StringPath(const std::string& path);
   // Gives back a text that a record referred to, -1 for none; 0 or -1.
   int ReleaseText(int reference);

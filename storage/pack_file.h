@@ -1,0 +1,22 @@
+// PackFile: the file beside a database file that a compaction writes and then puts in its place.
+#pragma once
+
+#include <string>
+
+#include "storage/site_db.h"
+
+namespace zvrsit {
+
+class PackFile : public SiteDB {
+ public:
+  // The file is `target` followed by "_pack". One that is there is opened as it is, not emptied.
+  explicit PackFile(const std::string& target) : SiteDB(target + "_pack", true) {}
+
+  int WriteWord(int offset, std::int32_t word);
+  // Sets the 24 bytes of the header and writes the file out; 0 or -1.
+  int Finish(const char* headerBytes, std::int32_t word1, std::int32_t word2);
+  // Puts the finished file in the place of `target`, which must be closed; 0 or -1.
+  static int PutInPlace(const std::string& target);
+};
+
+}  // namespace zvrsit

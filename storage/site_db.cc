@@ -1,0 +1,274 @@
+#include "storage/site_db.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "platform/file.h"
+#include "util/little_endian.h"
+
+namespace zvrsit {
+
+namespace {
+
+constexpr char kMagic[] = "ZVR4.00-SITE0.01";
+constexpr int kWord1 = 16;
+constexpr int kWord2 = 20;
+constexpr std::uint32_t kStep = 4096;
+constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
+
+// Copies all of an open file of `size` bytes; the number of bytes written or -1.
+int CopyOpenFile(int from, int to, std::uint32_t size) {
+  std::unique_ptr<char[]> bytes(new (std::nothrow) char[size]());
+  if (bytes == nullptr) return -1;
+  if (platform::Read(from, bytes.get(), size) <= 0) return -1;
+  return static_cast<int>(platform::Write(to, bytes.get(), size));
+}
+
+// The destination is not shortened first, on purpose: a longer one keeps its tail.
+int CopyFileTo(const std::string& source, const std::string& destination) {
+  platform::FileStat stat;
+  if (platform::Stat(source, stat) < 0 || stat.size > kLargestFile) return -1;
+  const int from = platform::Open(source, platform::kOpenExisting);
+  if (from < 0) return -1;
+  const int to = platform::Open(destination, platform::kOpenDatabase);
+  int result = -1;
+  if (to >= 0) {
+    result = CopyOpenFile(from, to, stat.size);
+    platform::Close(to);
+  }
+  platform::Close(from);
+  return result;
+}
+
+}  // namespace
+
+SiteDB::SiteDB(std::string filePath, bool wholeFile)
+    : path(std::move(filePath)), inMemory(wholeFile) {}
+
+SiteDB::~SiteDB() {
+  // In direct mode the descriptor stays open, on purpose.
+  if (inMemory && fd >= 0) {
+    dirty = false;
+    SiteDB::Close();
+  }
+}
+
+int SiteDB::Open() {
+  if (path.empty()) return -1;
+  return inMemory ? OpenWhole() : OpenDirect();
+}
+
+int SiteDB::OpenWhole() {
+  if (capacity != 0) return -1;
+  platform::FileStat stat;
+  const std::uint32_t fileSize = platform::Stat(path, stat) < 0 ? 0 : stat.size;
+  fd = platform::Open(path, platform::kOpenDatabase);
+  if (fd < 0) return -1;
+  dirty = false;
+  size = 0;
+  if (fileSize > kLargestFile || !Reserve(((fileSize >> 12) + 1) << 12)) {
+    Abandon();
+    return -1;
+  }
+  if (fileSize != 0 && platform::Read(fd, buffer.get(), fileSize) >= 0) size = fileSize;
+  std::memset(buffer.get() + size, 0, capacity - size);
+  CompleteHeader();
+  return 0;
+}
+
+// Each part that is not there is added to the size as it stands, on purpose: what a file of 1 to
+// 15 bytes held stays behind its new magic.
+void SiteDB::CompleteHeader() {
+  const auto add = [this](std::uint32_t length) {
+    size += length;
+    dirty = true;
+  };
+  if (size < kWord1) {
+    std::memcpy(magic, kMagic, kMagicSize);
+    std::memcpy(buffer.get(), kMagic, kMagicSize);
+    add(kMagicSize);
+  } else {
+    std::memcpy(magic, buffer.get(), kMagicSize);
+    CheckHeader();
+  }
+  if (size < kWord2) {
+    StoreLE32(buffer.get() + kWord1, 0);
+    add(4);
+  }
+  headerWord1 = LoadLE32(buffer.get() + kWord1);
+  if (size < kHeaderSize) {
+    StoreLE32(buffer.get() + kWord2, 0);
+    add(4);
+  }
+  headerWord2 = LoadLE32(buffer.get() + kWord2);
+}
+
+int SiteDB::OpenDirect() {
+  fd = platform::Open(path, platform::kOpenDatabase);
+  if (fd < 0) return -1;
+  if (ReadHeader() < 0) {
+    Abandon();
+    return -1;
+  }
+  return 0;
+}
+
+int SiteDB::ReadHeader() {
+  if (platform::Seek(fd, 0) < 0) return -1;
+  if (platform::Read(fd, magic, kMagicSize) < kMagicSize) {
+    std::memcpy(magic, kMagic, kMagicSize);
+    if (WriteAt(magic, 0, kMagicSize) != kMagicSize) return -1;
+  } else {
+    CheckHeader();
+  }
+  return ReadHeaderWord(headerWord1, kWord1) < 0 || ReadHeaderWord(headerWord2, kWord2) < 0 ? -1
+                                                                                            : 0;
+}
+
+int SiteDB::ReadHeaderWord(std::int32_t& word, int offset) {
+  char bytes[4] = {};
+  if (platform::Read(fd, bytes, 4) < 4) {
+    std::memset(bytes, 0, sizeof bytes);
+    if (WriteAt(bytes, offset, 4) != 4) return -1;
+  }
+  word = LoadLE32(bytes);
+  return 0;
+}
+
+int SiteDB::Close() {
+  if (fd < 0) return 0;
+  return inMemory ? CloseWhole() : CloseDirect();
+}
+
+int SiteDB::CloseDirect() {
+  if (platform::Seek(fd, 0) < 0) return -1;
+  if (WriteHeader() < 0) {
+    platform::FlushAll();
+    return -1;
+  }
+  platform::Close(fd);
+  fd = -1;
+  return 0;
+}
+
+int SiteDB::WriteHeader() {
+  char words[8];
+  StoreLE32(words, headerWord1);
+  StoreLE32(words + 4, headerWord2);
+  const bool complete = platform::Write(fd, magic, kMagicSize) == kMagicSize &&
+                        platform::Write(fd, words, 4) == 4 &&
+                        platform::Write(fd, words + 4, 4) == 4;
+  return complete ? 0 : -1;
+}
+
+int SiteDB::CloseWhole() {
+  const int result = dirty ? WriteImage() : 0;
+  Abandon();
+  return result;
+}
+
+int SiteDB::WriteImage() {
+  std::memcpy(buffer.get(), magic, kMagicSize);
+  StoreLE32(buffer.get() + kWord1, headerWord1);
+  StoreLE32(buffer.get() + kWord2, headerWord2);
+  if (platform::Seek(fd, 0) < 0) return -1;
+  const std::int64_t written = platform::Write(fd, buffer.get(), size);
+  platform::FlushAll();
+  return written == size ? 0 : -1;
+}
+
+void SiteDB::Abandon() {
+  buffer.reset();
+  size = 0;
+  capacity = 0;
+  allocated_ = 0;
+  if (fd >= 0) platform::Close(fd);
+  fd = -1;
+}
+
+int SiteDB::Flush() {
+  if (fd < 0) return 0;
+  if (!inMemory) return platform::FlushAll();
+  if (!dirty) return 0;
+  if (WriteImage() < 0) return -1;
+  dirty = false;
+  return 0;
+}
+
+int SiteDB::ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
+  if (fd < 0 || length < 0 || offset < 0) return -1;
+  if (inMemory) {
+    const char* bytes = Bytes(offset, length);
+    if (bytes == nullptr) return -1;
+    std::memcpy(destination, bytes, static_cast<std::size_t>(length));
+    return length;
+  }
+  if (platform::Seek(fd, offset) < 0) return -1;
+  return static_cast<int>(platform::Read(fd, destination, static_cast<std::size_t>(length)));
+}
+
+int SiteDB::WriteAt(const void* source, std::int32_t offset, std::int32_t length) {
+  if (fd < 0 || length < 0 || offset < 0) return -1;
+  if (inMemory) {
+    char* bytes = MakeRoom(offset, length);
+    if (bytes == nullptr) return -1;
+    std::memcpy(bytes, source, static_cast<std::size_t>(length));
+    return length;
+  }
+  if (std::int64_t{offset} + length > kLargestFile) return -1;
+  if (platform::Seek(fd, offset) < 0) return -1;
+  const std::int64_t written = platform::Write(fd, source, static_cast<std::size_t>(length));
+  platform::FlushAll();
+  return static_cast<int>(written);
+}
+
+char* SiteDB::ChangeBytes(std::int64_t offset, std::int64_t length) {
+  if (Bytes(offset, length) == nullptr) return nullptr;
+  dirty = true;
+  return buffer.get() + offset;
+}
+
+char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {
+  const std::int64_t end = std::int64_t{offset} + length;
+  if (buffer == nullptr || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
+  if (!Reserve(static_cast<std::uint32_t>(end))) return nullptr;
+  if (offset > static_cast<std::int64_t>(size)) std::memset(buffer.get() + size, 0, offset - size);
+  size = std::max(size, static_cast<std::uint32_t>(end));
+  dirty = true;
+  return buffer.get() + offset;
+}
+
+// `capacity` counts in steps; what is really allocated doubles, so that a file that grows by many
+// small writes costs linear time. A failure leaves `capacity` raised.
+bool SiteDB::Reserve(std::uint32_t end) {
+  if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
+  if (end <= allocated_) return true;
+  const std::uint64_t wanted = std::max<std::uint64_t>(capacity, allocated_ * 2);
+  void* grown = std::realloc(buffer.get(), wanted);
+  if (grown == nullptr) return false;
+  static_cast<void>(buffer.release());
+  buffer.reset(static_cast<char*>(grown));
+  allocated_ = wanted;
+  return true;
+}
+
+std::int64_t SiteDB::Length() const {
+  return inMemory ? static_cast<std::int64_t>(size) : platform::SeekEnd(fd);
+}
+
+int SiteDB::Backup() {
+  return path.empty() ? -1 : CopyFileTo(path, path + "_bak");
+}
+
+int SiteDB::Restore() {
+  return path.empty() || fd >= 0 ? -1 : CopyFileTo(path + "_bak", path);
+}
+
+int SiteDB::Delete() {
+  return fd >= 0 ? -1 : platform::Unlink(path);
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,199 @@
+#include "storage/site_fix_rec_db.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "storage/pack_file.h"
+#include "util/little_endian.h"
+
+namespace zvrsit {
+
+namespace {
+
+constexpr int kIdCountAt = 16;
+constexpr int kSlotCountAt = 20;
+
+}  // namespace
+
+// Every class of record fits the fixed part, whatever record length the file was given.
+SiteFixRecDB::SlotBuffer::SlotBuffer(int length) : data_(fixed_) {
+  const std::size_t bytes = static_cast<std::size_t>(std::max(length, kFixed));
+  if (length > kFixed) {
+    large_.reset(new (std::nothrow) char[bytes]);
+    data_ = large_.get();
+  }
+  if (data_ != nullptr) std::memset(data_, 0, bytes);
+}
+
+SiteFixRecDB::SiteFixRecDB(std::string filePath, int recordBytes, int recordClass, bool wholeFile)
+    : SiteDB(std::move(filePath), wholeFile), recordLength(recordBytes), recordType(recordClass) {}
+
+int SiteFixRecDB::Open() {
+  if (SiteDB::Open() < 0) return -1;
+  if (recordLength < 1 || !CountsAreSound() || MakeIndex() < 0) {
+    Abandon();
+    return -1;
+  }
+  return 0;
+}
+
+bool SiteFixRecDB::CountsAreSound() const {
+  return headerWord1 >= 0 && headerWord1 <= kMostIds && headerWord2 >= 0 &&
+         std::int64_t{headerWord2} * recordLength <= Length() - kHeaderSize;
+}
+
+int SiteFixRecDB::MakeIndex() {
+  slotIndex.Reset(static_cast<std::size_t>(headerWord1));
+  live_ = 0;
+  freed_ = {};
+  cursor_ = 0;
+  SlotBuffer slot(recordLength);
+  for (int k = 0; k < headerWord2; ++k) {
+    const int offset = kHeaderSize + k * recordLength;
+    if (ReadSlotAt(offset, slot) < 0) return -1;
+    const std::int32_t id = IsKnownType() ? LoadLE32(slot.data()) : -1;
+    if (id < 0 || id >= headerWord1) continue;
+    std::int32_t& known = slotIndex.slot(static_cast<std::size_t>(id));
+    if (known == 0) ++live_;
+    known = offset;
+  }
+  return 0;
+}
+
+int SiteFixRecDB::Close() {
+  if (SiteDB::Close() < 0) return -1;
+  slotIndex.Reset(0);
+  return 0;
+}
+
+bool SiteFixRecDB::HoldsWordsOf(int classType) const {
+  if (!IsKnownType() || classType == recordType || classType == SiteBaseRec::kRecordType)
+    return true;
+  switch (recordType) {
+    case SiteUrlRec::kRecordType:
+    case SitePathRec::kRecordType:
+    case SiteSiteRec::kRecordType:
+    case SiteServRec::kRecordType:
+      return classType == SiteNodeRec::kRecordType;
+    case SiteLinkRec::kRecordType:
+      return classType == SiteRelRec::kRecordType;
+    default:
+      return false;
+  }
+}
+
+// The offset of the live slot of an id, or -1. The look-up of id 0 in a file without ids throws.
+int SiteFixRecDB::SlotOffset(int id) const {
+  if (!isOpen() || !IsAcceptable(id)) return -1;
+  const std::int32_t offset = slotIndex.at(static_cast<std::size_t>(id));
+  return offset == 0 ? -1 : offset;
+}
+
+int SiteFixRecDB::ReadSlotAt(int offset, SlotBuffer& slot) {
+  return slot.data() != nullptr && ReadAt(slot.data(), offset, recordLength) == recordLength ? 0
+                                                                                             : -1;
+}
+
+int SiteFixRecDB::ReadSlot(int id, SlotBuffer& slot) {
+  const int offset = SlotOffset(id);
+  return offset < 0 ? -1 : ReadSlotAt(offset, slot);
+}
+
+int SiteFixRecDB::AddSlot(SiteBaseRec* record, Serializer serialize) {
+  if (!isOpen() || recordLength < 1 || serialize == nullptr) return -1;
+  const int id = ChooseId();
+  if (id >= kMostIds) return -1;
+  if (id == headerWord1) slotIndex.Grow(static_cast<std::size_t>(++headerWord1));
+  SlotBuffer slot(recordLength);
+  if (slot.data() == nullptr) return -1;
+  record->id = id;
+  serialize(*record, slot.data());
+  const std::int64_t offset = std::int64_t{recordLength} * headerWord2 + kHeaderSize;
+  if (offset > std::numeric_limits<std::int32_t>::max()) return -1;
+  const auto at = static_cast<std::int32_t>(offset);
+  if (WriteAt(slot.data(), at, recordLength) != recordLength) return -1;
+  slotIndex.slot(static_cast<std::size_t>(id)) = at;
+  if (!freed_.empty() && freed_.top() == id) freed_.pop();
+  ++live_;
+  ++headerWord2;
+  return WriteCounts() < 0 ? -1 : id;
+}
+
+// The smallest free number below the slot count while slots are fewer than ids, as after a Pack;
+// else a new one. Numbers below the cursor are live, or wait in `freed_`.
+int SiteFixRecDB::ChooseId() {
+  if (headerWord2 == headerWord1 || headerWord2 < 1) return headerWord1;
+  const int limit = std::min(headerWord1, headerWord2);
+  if (!freed_.empty() && freed_.top() < limit) return freed_.top();
+  while (cursor_ < limit && slotIndex.at(static_cast<std::size_t>(cursor_)) != 0) ++cursor_;
+  return cursor_ < limit ? cursor_ : headerWord1;
+}
+
+int SiteFixRecDB::WriteCounts() {
+  char words[8];
+  StoreLE32(words, headerWord1);
+  StoreLE32(words + 4, headerWord2);
+  return WriteAt(words, kIdCountAt, 4) == 4 && WriteAt(words + 4, kSlotCountAt, 4) == 4 ? 0 : -1;
+}
+
+int SiteFixRecDB::UpdateSlot(const SiteBaseRec& record, Serializer serialize) {
+  if (!isOpen() || serialize == nullptr) return -1;
+  SlotBuffer slot(recordLength);
+  if (slot.data() == nullptr) return -1;
+  serialize(record, slot.data());
+  const int offset = SlotOffset(record.id);
+  if (offset < 0) return -1;
+  return WriteAt(slot.data(), offset, recordLength) == recordLength ? 0 : -1;
+}
+
+int SiteFixRecDB::Delete(int id) {
+  SlotBuffer slot(recordLength);
+  if (ReadSlot(id, slot) < 0) return -1;
+  StoreLE32(slot.data(), -1);
+  const auto at = static_cast<std::size_t>(id);
+  if (WriteAt(slot.data(), slotIndex.at(at), recordLength) != recordLength) return -1;
+  slotIndex.slot(at) = 0;
+  --live_;
+  if (id < cursor_) freed_.push(id);
+  return 0;
+}
+
+int SiteFixRecDB::NextId(int id) const {
+  if (!isOpen()) return -1;
+  const auto count = static_cast<std::size_t>(headerWord1);
+  for (std::size_t at = static_cast<std::size_t>(std::max(id, 0)); at < count; ++at) {
+    at = slotIndex.SkipUnmade(at);
+    if (at < count && slotIndex.at(at) != 0) return static_cast<int>(at);
+  }
+  return -1;
+}
+
+int SiteFixRecDB::Pack() {
+  if (!isOpen()) return -1;
+  {
+    PackFile packed(path);
+    if (packed.Open() < 0) return -1;
+    const int slots = CopyLiveSlots(packed);
+    if (slots < 0 || packed.Finish(magic, headerWord1, slots) < 0) return -1;
+  }
+  if (Close() < 0 || PackFile::PutInPlace(path) < 0) return -1;
+  return Open();
+}
+
+int SiteFixRecDB::CopyLiveSlots(PackFile& packed) {
+  int slots = 0;
+  SlotBuffer slot(recordLength);
+  for (int id = NextId(0); id >= 0; id = NextId(id + 1)) {
+    if (ReadSlot(id, slot) < 0) return -1;
+    if (!IsKnownType() || !IsAcceptable(LoadLE32(slot.data()))) continue;
+    const int offset = kHeaderSize + slots * recordLength;
+    if (packed.WriteAt(slot.data(), offset, recordLength) != recordLength) return -1;
+    ++slots;
+  }
+  return slots;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,411 @@
+#include "storage/site_var_rec_db.h"
+
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <utility>
+
+#include "storage/pack_file.h"
+#include "util/hash.h"
+#include "util/little_endian.h"
+
+namespace zvrsit {
+
+namespace {
+
+constexpr int kIdCountAt = 16;
+constexpr int kEntryCountAt = 20;
+constexpr int kEndAt = 24;
+constexpr int kFirstEntry = 28;
+constexpr int kHeadSize = 16;
+constexpr int kString = 1;
+constexpr int kBlock = 2;
+constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
+
+std::uint32_t HashText(std::string_view text) {
+  return static_cast<std::uint32_t>(HashBytes(text));
+}
+
+}  // namespace
+
+SiteVarRecDB::SiteVarRecDB(std::string filePath, bool wholeFile)
+    : SiteDB(std::move(filePath), wholeFile) {}
+
+int SiteVarRecDB::Open() {
+  if (SiteDB::Open() < 0) return -1;
+  if (OpenEntries() < 0) {
+    Abandon();
+    return -1;
+  }
+  return 0;
+}
+
+int SiteVarRecDB::OpenEntries() {
+  if (!CountsAreSound() || ReadEnd() < 0) return -1;
+  ForgetEntries();
+  offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
+  return ForEachEntry([this](int offset, const Head& head) {
+    if (IsAcceptable(head.id)) {
+      offsets_.slot(static_cast<std::size_t>(head.id)) = offset;
+    } else {
+      dead_ += kHeadSize + head.length;
+    }
+    return 0;
+  });
+}
+
+bool SiteVarRecDB::CountsAreSound() const {
+  return headerWord1 >= 0 && headerWord1 <= kMostIds && headerWord2 >= 0 &&
+         (headerWord2 == 0 || std::int64_t{headerWord2} * kHeadSize <= Length() - kFirstEntry);
+}
+
+int SiteVarRecDB::ReadEnd() {
+  char word[4];
+  if (ReadAt(word, kEndAt, 4) == 4) {
+    end_ = endInFile_ = LoadLE32(word);
+  } else {
+    end_ = kFirstEntry;
+    if (WriteEnd() < 0) return -1;
+  }
+  return end_ >= kFirstEntry && end_ <= Length() ? 0 : -1;
+}
+
+int SiteVarRecDB::WriteEnd() {
+  char word[4];
+  StoreLE32(word, end_);
+  if (WriteAt(word, kEndAt, 4) != 4) return -1;
+  endInFile_ = end_;
+  return 0;
+}
+
+// Calls visit(offset, head) for each entry as they lie in the file, until one gives -1.
+template <class Visit>
+int SiteVarRecDB::ForEachEntry(Visit visit) {
+  std::int64_t at = kFirstEntry;
+  for (int k = 0; k < headerWord2 && at < end_; ++k) {
+    Head head;
+    if (ReadHead(static_cast<int>(at), head) < 0) return -1;
+    if (head.length < 0 || at + kHeadSize + head.length > end_) return -1;
+    if (visit(static_cast<int>(at), head) < 0) return -1;
+    at += kHeadSize + head.length;
+  }
+  return 0;
+}
+
+int SiteVarRecDB::Close() {
+  if (!isOpen()) return 0;
+  if (end_ != endInFile_ && WriteEnd() < 0) return -1;
+  if (SiteDB::Close() < 0) return -1;
+  ForgetEntries();
+  return 0;
+}
+
+int SiteVarRecDB::Flush() {
+  if (isOpen() && end_ != endInFile_ && WriteEnd() < 0) return -1;
+  return SiteDB::Flush();
+}
+
+void SiteVarRecDB::ForgetEntries() {
+  offsets_.Reset(0);
+  free_.clear();
+  cursor_ = 0;
+  dead_ = 0;
+  names_.Clear();
+  namesMade_ = false;
+}
+
+int SiteVarRecDB::ReadHead(int offset, Head& head) {
+  char bytes[kHeadSize];
+  if (ReadAt(bytes, offset, kHeadSize) != kHeadSize) return -1;
+  head = {LoadLE32(bytes), LoadLE32(bytes + 4), LoadLE32(bytes + 8), LoadLE32(bytes + 12)};
+  return 0;
+}
+
+int SiteVarRecDB::WriteHead(int offset, const Head& head) {
+  char bytes[kHeadSize];
+  StoreLE32(bytes, head.id);
+  StoreLE32(bytes + 4, head.length);
+  StoreLE32(bytes + 8, head.references);
+  StoreLE32(bytes + 12, head.kind);
+  return WriteAt(bytes, offset, kHeadSize) == kHeadSize ? 0 : -1;
+}
+
+// The offset of an entry, 0 for an id without one, -1 for no id.
+int SiteVarRecDB::Offset(int id) const {
+  if (!isOpen() || !IsAcceptable(id)) return -1;
+  const std::int32_t offset = offsets_.at(static_cast<std::size_t>(id));
+  return offset == kReleased ? 0 : offset;
+}
+
+// Reads the head of an entry whose data can be read; its offset or -1.
+int SiteVarRecDB::ReadEntry(int id, Head& head) {
+  const int offset = Offset(id);
+  if (offset <= 0 || ReadHead(offset, head) < 0) return -1;
+  if (head.id < 0 || head.id >= headerWord1 || head.length < 1) return -1;
+  return std::int64_t{offset} + kHeadSize + head.length <= end_ ? offset : -1;
+}
+
+int SiteVarRecDB::GetData(int id, void* destination) {
+  Head head;
+  if (destination == nullptr) return -1;
+  const int offset = ReadEntry(id, head);
+  if (offset < 0) return -1;
+  return ReadAt(destination, offset + kHeadSize, head.length) == head.length ? 0 : -1;
+}
+
+int SiteVarRecDB::DataLength(int id) {
+  Head head;
+  return ReadEntry(id, head) < 0 ? -1 : head.length;
+}
+
+std::string_view SiteVarRecDB::DataAt(int offset, int length, std::string& scratch) {
+  if (inMemory) {
+    const char* bytes = Bytes(std::int64_t{offset} + kHeadSize, length);
+    return bytes == nullptr ? std::string_view()
+                            : std::string_view(bytes, static_cast<std::size_t>(length));
+  }
+  scratch.resize(static_cast<std::size_t>(length));
+  if (ReadAt(scratch.data(), offset + kHeadSize, length) != length) return {};
+  return scratch;
+}
+
+std::string_view SiteVarRecDB::ViewData(int id) {
+  Head head;
+  const int offset = ReadEntry(id, head);
+  return offset < 0 ? std::string_view() : DataAt(offset, head.length, scratch_);
+}
+
+std::string_view SiteVarRecDB::View(int id) {
+  std::string_view data = ViewData(id);
+  if (!data.empty()) data.remove_suffix(1);
+  return data;
+}
+
+int SiteVarRecDB::GetString(int id, std::string& text) {
+  const std::string_view data = ViewData(id);
+  if (data.empty()) return -1;
+  text.assign(data.substr(0, data.size() - 1));
+  return 0;
+}
+
+// The index is made when it is first needed: opening a large file to read it does not pay for it.
+int SiteVarRecDB::MakeStringIndex() {
+  if (namesMade_) return 0;
+  names_.Clear();
+  const int result = ForEachEntry([this](int offset, const Head& head) {
+    if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
+    const std::string_view data = DataAt(offset, head.length, scratch_);
+    if (data.empty()) return -1;
+    const std::string_view text = data.substr(0, data.size() - 1);
+    const std::uint32_t hash = HashText(text);
+    EnterName(text, hash, head.id, offset);
+    return 0;
+  });
+  namesMade_ = result == 0;
+  return result;
+}
+
+// An equal text that is there already gets the new number: of two, the later entry is found.
+void SiteVarRecDB::EnterName(std::string_view text, std::uint32_t hash, int id, int offset) {
+  if (Name* known = FindName(text, hash)) {
+    known->id = id;
+    known->offset = offset;
+  } else {
+    names_.Insert(hash, {0, id, offset});
+  }
+}
+
+SiteVarRecDB::Name* SiteVarRecDB::FindName(std::string_view text, std::uint32_t hash) {
+  return names_.Find(hash, [this, text](const Name& name) {
+    Head head;
+    if (ReadHead(name.offset, head) < 0) return false;
+    if (head.length < 1 || static_cast<std::size_t>(head.length - 1) != text.size()) return false;
+    const std::string_view data = DataAt(name.offset, head.length, compared_);
+    return data.size() == text.size() + 1 && data.substr(0, text.size()) == text;
+  });
+}
+
+SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text) {
+  if (!isOpen() || MakeStringIndex() < 0) return {};
+  Search search;
+  search.hash = HashText(text);
+  if (const Name* name = FindName(text, search.hash)) search.id = name->id;
+  return search;
+}
+
+int SiteVarRecDB::FindString(std::string_view text) {
+  return Look(text).id;
+}
+
+int SiteVarRecDB::AddString(std::string_view text) {
+  if (text.empty() || !isOpen()) return -1;
+  return AddString(text, Look(text));
+}
+
+int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
+  if (text.empty() || !isOpen() || !namesMade_) return -1;
+  if (search.id >= 0 && search.id < headerWord1 && Offset(search.id) > 0) {
+    return AddReference(search.id);
+  }
+  const int offset = end_;
+  const int id = AddEntry(kString, text);
+  if (id < 0) return -1;
+  if (search.id < 0) {
+    names_.Insert(search.hash, {0, id, offset});
+  } else {
+    EnterName(text, search.hash, id, offset);
+  }
+  return id;
+}
+
+int SiteVarRecDB::AddReference(int id) {
+  const int offset = Offset(id);
+  Head head;
+  if (ReadHead(offset, head) < 0) return -1;
+  if (head.references < std::numeric_limits<std::int32_t>::max()) ++head.references;
+  return WriteHead(offset, head) < 0 ? -1 : id;
+}
+
+int SiteVarRecDB::AddData(const void* bytes, int length) {
+  if (!isOpen() || length < 0 || (bytes == nullptr && length > 0)) return -1;
+  return AddEntry(kBlock, {static_cast<const char*>(bytes), static_cast<std::size_t>(length)});
+}
+
+// Takes the number that has been free for longest, else a new one.
+int SiteVarRecDB::ChooseId() {
+  const auto count = static_cast<std::size_t>(headerWord1);
+  while (cursor_ < count && offsets_.at(cursor_) != 0) ++cursor_;
+  if (cursor_ < count) return static_cast<int>(cursor_++);
+  if (free_.empty()) return headerWord1;
+  const int id = free_.front();
+  free_.pop_front();
+  return id;
+}
+
+int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
+  const std::int64_t length = static_cast<std::int64_t>(data.size()) + (kind == kString ? 1 : 0);
+  const std::int64_t newEnd = end_ + kHeadSize + length;
+  if (newEnd > std::numeric_limits<std::int32_t>::max()) return -1;
+  const int id = ChooseId();
+  if (id >= kMostIds) return -1;
+  if (WriteEntry({id, static_cast<int>(length), kind == kString ? 1 : 0, kind}, data) < 0)
+    return -1;
+  offsets_.Grow(static_cast<std::size_t>(id) + 1);
+  offsets_.slot(static_cast<std::size_t>(id)) = end_;
+  if (id == headerWord1) ++headerWord1;
+  ++headerWord2;
+  return WriteCounts(static_cast<int>(newEnd)) < 0 ? -1 : id;
+}
+
+int SiteVarRecDB::WriteEntry(const Head& head, std::string_view data) {
+  if (IsOwnBytes(data)) return WriteEntry(head, std::string(data));
+  if (WriteHead(end_, head) < 0) return -1;
+  const int at = end_ + kHeadSize;
+  const int bytes = static_cast<int>(data.size());
+  if (bytes > 0 && WriteAt(data.data(), at, bytes) != bytes) return -1;
+  if (head.kind != kString) return 0;
+  return WriteAt("", at + bytes, 1) == 1 ? 0 : -1;
+}
+
+// Whether a text lies in the buffer of this file, which moves when it grows.
+bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
+  const std::less_equal<const char*> before;
+  return buffer != nullptr && !data.empty() && before(buffer.get(), data.data()) &&
+         before(data.data(), buffer.get() + size);
+}
+
+int SiteVarRecDB::WriteCounts(int newEnd) {
+  char words[8];
+  StoreLE32(words, headerWord1);
+  StoreLE32(words + 4, headerWord2);
+  if (WriteAt(words, kIdCountAt, 4) != 4 || WriteAt(words + 4, kEntryCountAt, 4) != 4) return -1;
+  end_ = newEnd;
+  return WriteEnd();
+}
+
+int SiteVarRecDB::ReleaseString(int id) {
+  const int offset = Offset(id);
+  if (offset <= 0) return offset;
+  return MakeStringIndex() < 0 ? -1 : Release(id, offset);
+}
+
+int SiteVarRecDB::ReleaseStringUnindexed(int id) {
+  const int offset = Offset(id);
+  if (offset <= 0) return offset;
+  if (namesMade_) names_.Clear();
+  namesMade_ = false;
+  return Release(id, offset);
+}
+
+int SiteVarRecDB::Release(int id, int offset) {
+  Head head;
+  if (ReadHead(offset, head) < 0) return -1;
+  if (head.references >= 2) {
+    --head.references;
+    return WriteHead(offset, head);
+  }
+  head.id = -1;
+  if (WriteHead(offset, head) < 0) return -1;
+  if (namesMade_ && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
+    return -1;
+  }
+  dead_ += kHeadSize + head.length;
+  offsets_.slot(static_cast<std::size_t>(id)) = kReleased;
+  free_.push_back(id);
+  return 0;
+}
+
+int SiteVarRecDB::Unname(int offset, int length) {
+  const std::string_view data = DataAt(offset, length, scratch_);
+  if (data.empty()) return -1;
+  const std::string_view text = data.substr(0, data.size() - 1);
+  if (Name* name = FindName(text, HashText(text))) names_.Erase(name);
+  return 0;
+}
+
+int SiteVarRecDB::DeleteData(int id) {
+  const int offset = Offset(id);
+  if (offset <= 0) return offset;
+  Head head;
+  if (ReadHead(offset, head) < 0) return -1;
+  // A string stays in the index until the file is closed, so it must be there by now.
+  if (head.kind == kString && MakeStringIndex() < 0) return -1;
+  if (head.id >= 0) dead_ += kHeadSize + head.length;
+  head.id = -1;
+  return WriteHead(offset, head);
+}
+
+int SiteVarRecDB::Pack() {
+  if (!isOpen()) return -1;
+  {
+    PackFile packed(path);
+    if (packed.Open() < 0) return -1;
+    int packedEnd = kFirstEntry;
+    const int entries = CopyLiveEntries(packed, packedEnd);
+    if (entries < 0 || packed.WriteWord(kEndAt, packedEnd) < 0) return -1;
+    if (packed.Finish(magic, headerWord1, entries) < 0) return -1;
+  }
+  if (Close() < 0 || PackFile::PutInPlace(path) < 0) return -1;
+  return Open();
+}
+
+int SiteVarRecDB::CopyLiveEntries(PackFile& packed, int& packedEnd) {
+  int entries = 0;
+  std::string entry;
+  for (std::size_t id = 0; id < static_cast<std::size_t>(headerWord1); ++id) {
+    id = offsets_.SkipUnmade(id);
+    if (id >= static_cast<std::size_t>(headerWord1)) break;
+    Head head;
+    const int offset = ReadEntry(static_cast<int>(id), head);
+    if (offset < 0) continue;
+    const int length = kHeadSize + head.length;
+    entry.resize(static_cast<std::size_t>(length));
+    if (ReadAt(entry.data(), offset, length) != length) return -1;
+    if (packed.WriteAt(entry.data(), packedEnd, length) != length) return -1;
+    packedEnd += length;
+    ++entries;
+  }
+  return entries;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,58 @@
+#include "tables/named_table.h"
+
+namespace zvrsit {
+
+int NamedTableBase::OpenNamed(const std::string& path, int recordLength, int recordType,
+                              bool wholeFile) {
+  if (index_ != nullptr || OpenFiles(path, recordLength, recordType, wholeFile) < 0) return -1;
+  MakeIndex();
+  return 0;
+}
+
+void NamedTableBase::MakeIndex() {
+  index_ = std::make_unique<NameIndex>();
+  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
+    const std::string_view name = NameView(number);
+    if (!name.empty()) index_->Put(name, number);
+  }
+}
+
+int NamedTableBase::Find(std::string_view name) const {
+  return index_ == nullptr ? -1 : index_->Find(name);
+}
+
+std::string_view NamedTableBase::NameView(int number) const {
+  SiteNodeRec record;
+  if (!isOpen() || number < 0 || number >= Count()) return {};
+  return records_->Get(number, &record) < 0 ? std::string_view() : TextView(record.name);
+}
+
+int NamedTableBase::Name(int number, std::string& name) const {
+  const std::string_view text = NameView(number);
+  if (text.empty()) return -1;
+  name.assign(text);
+  return 0;
+}
+
+int NamedTableBase::Delete(int number) {
+  SiteNodeRec record;
+  std::string name;
+  if (number < 0 || !isOpen() || records_->Get(number, &record) < 0) return -1;
+  if (record.name < 0 || Text(record.name, name) < 0) return -1;
+  if (records_->Delete(number) < 0 || strings_->ReleaseString(record.name) < 0) return -1;
+  if (index_ != nullptr) index_->Remove(name);
+  return 0;
+}
+
+int NamedTableBase::Clear() {
+  if (!isOpen()) return -1;
+  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
+    SiteNodeRec record;
+    if (records_->Get(number, &record) < 0 || TextView(record.name).empty()) continue;
+    if (records_->Delete(number) == 0) strings_->ReleaseStringUnindexed(record.name);
+  }
+  MakeIndex();
+  return 0;
+}
+
+}  // namespace zvrsit

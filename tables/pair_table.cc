@@ -1,0 +1,86 @@
+#include "tables/pair_table.h"
+
+#include <algorithm>
+
+namespace zvrsit {
+
+int PairTableBase::OpenPairs(const std::string& path, int recordLength, int recordType) {
+  return OpenFiles(path, recordLength, recordType, true);
+}
+
+EndIndex& PairTableBase::MadeIndex(End which) {
+  EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
+  if (index.isMade()) return index;
+  index.Start();
+  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
+    SiteRelRec record;
+    if (records_->Get(number, &record) < 0) continue;
+    index.Append(which == End::kFrom ? record.from : record.to, number);
+  }
+  return index;
+}
+
+void PairTableBase::EnterEnds(const UrlID& from, const UrlID& to, int number) {
+  if (fromIndex_.isMade()) fromIndex_.Append(from, number);
+  if (toIndex_.isMade()) toIndex_.Append(to, number);
+}
+
+void PairTableBase::RemoveEnds(const SiteRelRec& record) {
+  if (fromIndex_.isMade()) fromIndex_.Remove(record.from, record.id);
+  if (toIndex_.isMade()) toIndex_.Remove(record.to, record.id);
+}
+
+void PairTableBase::ForgetEnds() {
+  fromIndex_.Forget();
+  toIndex_.Forget();
+}
+
+// Calls visit(number) for each record that joins the two ends. With both given the shorter list is
+// gone through.
+template <class Visit>
+void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit) {
+  if (from == kAnyUrlID && to == kAnyUrlID) {
+    for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) visit(number);
+    return;
+  }
+  const bool anyFrom = from == kAnyUrlID;
+  const bool both = !anyFrom && !(to == kAnyUrlID);
+  const bool byTo = anyFrom || (both && CountTo(to) < CountFrom(from));
+  const EndIndex& index = MadeIndex(byTo ? End::kTo : End::kFrom);
+  for (int number = index.First(byTo ? to : from); number >= 0; number = index.Next(number)) {
+    if (both) {
+      SiteRelRec record;
+      if (records_->Get(number, &record) < 0) continue;
+      if (!(byTo ? record.from == from : record.to == to)) continue;
+    }
+    visit(number);
+  }
+}
+
+// The lists are in ascending order but for numbers that were handed out again after a Pack.
+int PairTableBase::Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers) {
+  numbers.clear();
+  if (!isOpen()) return -1;
+  ForEachMatch(from, to, [&numbers](int number) { numbers.push_back(number); });
+  if (!std::is_sorted(numbers.begin(), numbers.end())) std::sort(numbers.begin(), numbers.end());
+  return static_cast<int>(numbers.size());
+}
+
+int PairTableBase::First(const UrlID& from, const UrlID& to) {
+  int first = -1;
+  if (!isOpen()) return first;
+  ForEachMatch(from, to, [&first](int number) {
+    if (first < 0 || number < first) first = number;
+  });
+  return first;
+}
+
+int PairTableBase::CountFrom(const UrlID& from) {
+  return isOpen() ? MadeIndex(End::kFrom).Size(from) : -1;
+}
+
+int PairTableBase::CountTo(const UrlID& to) {
+  return isOpen() ? MadeIndex(End::kTo).Size(to) : -1;
+}
+
+}  // namespace zvrsit

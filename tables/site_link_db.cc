@@ -1,0 +1,134 @@
+#include "tables/site_link_db.h"
+
+#include <limits>
+
+#include "util/hash.h"
+
+namespace zvrsit {
+
+namespace {
+
+std::uint64_t Words(std::int32_t high, std::int32_t low) {
+  return std::uint64_t{static_cast<std::uint32_t>(high)} << 32 | static_cast<std::uint32_t>(low);
+}
+
+// Over all that makes two links of one source equal.
+std::uint32_t HashLink(const SiteLinkRec& link) {
+  const std::uint64_t texts = Words(link.text, link.alternative);
+  return static_cast<std::uint32_t>(HashWords(HashWords(Words(link.to.kind, link.to.id), texts),
+                                              static_cast<std::uint32_t>(link.type)));
+}
+
+bool EqualLinks(const SiteLinkRec& a, const SiteLinkRec& b) {
+  return a.from == b.from && a.to == b.to && a.type == b.type && a.text == b.text &&
+         a.alternative == b.alternative;
+}
+
+}  // namespace
+
+int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to, int type) {
+  return Add(text, from, to, {}, type);
+}
+
+int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to,
+                    std::string_view alternative, int type, int offset) {
+  if (text.empty() || !isOpen()) return -1;
+  TurnTo(from);
+  SiteLinkRec link;
+  link.from = from;
+  link.to = to;
+  link.type = type;
+  link.offset = offset;
+  const SiteVarRecDB::Search known = strings_->Look(text);
+  link.text = known.id;
+  if (!alternative.empty()) link.alternative = strings_->FindString(alternative);
+  // Only a link whose texts are both there can be equal to another.
+  if (link.text >= 0 && (alternative.empty() || link.alternative >= 0)) {
+    const int equal = FindEqual(link);
+    if (equal >= 0) return Raise(equal);
+  }
+  link.text = strings_->AddString(text, known);
+  if (link.text < 0) return -1;
+  if (!alternative.empty()) {
+    link.alternative = strings_->AddString(alternative);
+    if (link.alternative < 0) return -1;
+  }
+  const int number = AddRecord(link);
+  if (number >= 0) known_.Insert(HashLink(link), {0, number});
+  return number;
+}
+
+// Pages bring their links one after another, so equal links are looked for among those of one
+// source at a time.
+void SiteLinkDB::TurnTo(const UrlID& source) {
+  if (sourceKnown_ && source_ == source) return;
+  known_.Clear();
+  source_ = source;
+  sourceKnown_ = true;
+  const EndIndex& index = MadeIndex(End::kFrom);
+  for (int number = index.First(source); number >= 0; number = index.Next(number)) {
+    SiteLinkRec link;
+    if (Get(number, link) == 0) known_.Insert(HashLink(link), {0, number});
+  }
+}
+
+int SiteLinkDB::FindEqual(const SiteLinkRec& link) {
+  const Known* known = known_.Find(HashLink(link), [this, &link](const Known& candidate) {
+    SiteLinkRec other;
+    return Get(candidate.number, other) == 0 && EqualLinks(other, link);
+  });
+  return known == nullptr ? -1 : known->number;
+}
+
+int SiteLinkDB::Raise(int number) {
+  SiteLinkRec link;
+  if (Get(number, link) < 0) return -1;
+  if (link.count < std::numeric_limits<std::int32_t>::max()) ++link.count;
+  return Update(link) < 0 ? -1 : number;
+}
+
+int SiteLinkDB::Delete(int number) {
+  SiteLinkRec link;
+  if (number < 0 || !isOpen() || records_->Get(number, &link) < 0) return -1;
+  if (link.count < 2) return Remove(link);
+  --link.count;
+  return Update(link);
+}
+
+int SiteLinkDB::DeleteAll(int number) {
+  SiteLinkRec link;
+  if (number < 0 || !isOpen() || records_->Get(number, &link) < 0) return -1;
+  return Remove(link);
+}
+
+int SiteLinkDB::Remove(const SiteLinkRec& link) {
+  if (records_->Delete(link.id) < 0) return -1;
+  Forget(link);
+  const int text = ReleaseText(link.text);
+  const int alternative = ReleaseText(link.alternative);
+  return text < 0 || alternative < 0 ? -1 : 0;
+}
+
+void SiteLinkDB::Forget(const SiteLinkRec& link) {
+  RemoveEnds(link);
+  if (!sourceKnown_ || !(link.from == source_)) return;
+  Known* known = known_.Find(
+      HashLink(link), [&link](const Known& candidate) { return candidate.number == link.id; });
+  if (known != nullptr) known_.Erase(known);
+}
+
+int SiteLinkDB::Clear() {
+  if (!isOpen()) return -1;
+  ForgetEnds();
+  known_.Clear();
+  sourceKnown_ = false;
+  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
+    SiteLinkRec link;
+    if (Get(number, link) < 0 || records_->Delete(number) < 0) continue;
+    if (link.text >= 0) strings_->ReleaseStringUnindexed(link.text);
+    if (link.alternative >= 0) strings_->ReleaseStringUnindexed(link.alternative);
+  }
+  return 0;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,40 @@
+#include "tables/site_serv_prof_db.h"
+
+#include "util/scramble.h"
+
+namespace zvrsit {
+
+bool SiteServProfDB::IsFree(std::string_view name, int except) const {
+  return isOpen() && !name.empty() && FindButForCase(name, except) < 0;
+}
+
+int SiteServProfDB::Add(std::string_view name) {
+  return IsFree(name, -1) ? ProfileTable::Add(name) : -1;
+}
+
+int SiteServProfDB::Rename(int number, std::string_view name) {
+  SiteServRec record;
+  return IsFree(name, number) && Get(number, record) == 0 ? StoreRenamed(record, name) : -1;
+}
+
+int SiteServProfDB::Copy(int number, std::string_view name) {
+  SiteServRec record;
+  if (!IsFree(name, -1) || Get(number, record) < 0) return -1;
+  ShareTexts(record);
+  return AddRecord(name, record);
+}
+
+int SiteServProfDB::SetPassword(int number, std::int32_t SiteServRec::*field,
+                                std::string_view password) {
+  return SetText(number, field, Scramble(password));
+}
+
+int SiteServProfDB::GetPassword(int number, std::int32_t SiteServRec::*field,
+                                std::string& password) const {
+  std::string scrambled;
+  if (GetText(number, field, scrambled) < 0) return -1;
+  password = Unscramble(scrambled);
+  return 0;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,108 @@
+#include "tables/site_site_prof_db.h"
+
+#include <array>
+
+#include "platform/code_page.h"
+
+namespace zvrsit {
+
+namespace {
+
+// The name of each table file: the site's name followed by this.
+struct TableFile {
+  std::int32_t SiteSiteRec::*word;
+  const char* suffix;
+};
+constexpr TableFile kTableFiles[] = {{&SiteSiteRec::urlFile, "\\UR"},
+                                     {&SiteSiteRec::pathFile, "\\PR"},
+                                     {&SiteSiteRec::linkFile, "\\LR"},
+                                     {&SiteSiteRec::folderFile, "\\FR"},
+                                     {&SiteSiteRec::relFile, "\\RR"}};
+
+// CON, COM1 and the like name a device, with any extension.
+bool IsDeviceName(std::string_view name) {
+  const std::string_view stem = name.substr(0, name.find('.'));
+  for (const std::string_view device : {"CON", "PRN", "AUX", "NUL"}) {
+    if (EqualButForCase(stem, device)) return true;
+  }
+  return stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9' &&
+         (EqualButForCase(stem.substr(0, 3), "COM") || EqualButForCase(stem.substr(0, 3), "LPT"));
+}
+
+// Whether a name holds a character that no file name may hold. The second byte of a double-byte
+// character is none.
+bool HasForbiddenCharacter(std::string_view name) {
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto c = static_cast<unsigned char>(name[i]);
+    if (platform::IsDbcsLeadByte(c) && i + 1 < name.size()) {
+      ++i;
+    } else if (c < 0x20 || c == 0x7F ||
+               std::string_view("\\/:*?\"<>|").find(name[i]) != std::string_view::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool SiteSiteProfDB::IsSiteName(std::string_view name) {
+  if (name.empty() || name == "." || name == "..") return false;
+  if (name.back() == '.' || name.back() == ' ') return false;
+  return !HasForbiddenCharacter(name) && !IsDeviceName(name);
+}
+
+bool SiteSiteProfDB::IsFree(std::string_view name, int except) const {
+  return isOpen() && IsSiteName(name) && FindButForCase(name, except) < 0;
+}
+
+int SiteSiteProfDB::StoreFileNames(std::string_view name, SiteSiteRec& record) {
+  for (const TableFile& file : kTableFiles) {
+    const int added = strings_->AddString(std::string(name) + file.suffix);
+    if (added < 0) return -1;
+    record.*file.word = added;
+  }
+  return 0;
+}
+
+int SiteSiteProfDB::Add(std::string_view name) {
+  if (!IsFree(name, -1)) return -1;
+  SiteSiteRec record;
+  return StoreFileNames(name, record) < 0 ? -1 : AddRecord(name, record);
+}
+
+int SiteSiteProfDB::Rename(int number, std::string_view name) {
+  SiteSiteRec old;
+  if (!IsFree(name, number) || Get(number, old) < 0) return -1;
+  SiteSiteRec renamed = old;
+  if (StoreFileNames(name, renamed) < 0 || StoreRenamed(renamed, name) < 0) return -1;
+  int result = 0;
+  for (const TableFile& file : kTableFiles) {
+    if (ReleaseText(old.*file.word) < 0) result = -1;
+  }
+  return result;
+}
+
+int SiteSiteProfDB::Copy(int number, std::string_view name) {
+  SiteSiteRec record;
+  if (!IsFree(name, -1) || Get(number, record) < 0) return -1;
+  for (const TableFile& file : kTableFiles) record.*file.word = -1;
+  record.rebuildState = 0;
+  ShareTexts(record);
+  return StoreFileNames(name, record) < 0 ? -1 : AddRecord(name, record);
+}
+
+int SiteSiteProfDB::SetFolder(int number, int slot, std::string_view folder) {
+  if (slot < 0 || slot >= SiteSiteRec::kFolders) return -1;
+  return SetTextAt(number, folder, [slot](SiteSiteRec& record) -> std::int32_t& {
+    return record.folders[static_cast<std::size_t>(slot)];
+  });
+}
+
+int SiteSiteProfDB::GetFolder(int number, int slot, std::string& folder) const {
+  SiteSiteRec record;
+  if (slot < 0 || slot >= SiteSiteRec::kFolders || Get(number, record) < 0) return -1;
+  return Text(record.folders[static_cast<std::size_t>(slot)], folder);
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,82 @@
+#include "tables/site_table.h"
+
+namespace zvrsit {
+
+SiteTable::~SiteTable() = default;
+
+std::string SiteTable::StringPath(const std::string& path) {
+  std::string strings = path;
+  if (!strings.empty()) strings.back() = 'S';
+  return strings;
+}
+
+int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordType,
+                         bool wholeFile) {
+  if (path.empty() || strings_ != nullptr || records_ != nullptr) return -1;
+  records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
+  strings_ = std::make_unique<SiteVarRecDB>(StringPath(path), wholeFile);
+  if (records_->Open() == 0 && strings_->Open() == 0) return 0;
+  DropFiles();
+  return -1;
+}
+
+// A file in direct mode keeps its descriptor when it is destroyed, so it is closed first.
+void SiteTable::DropFiles() {
+  if (records_ != nullptr && !records_->isInMemory()) records_->Close();
+  if (strings_ != nullptr && !strings_->isInMemory()) strings_->Close();
+  records_.reset();
+  strings_.reset();
+}
+
+int SiteTable::Close() {
+  if (records_ != nullptr) {
+    if (records_->Close() < 0) return -1;
+    records_.reset();
+  }
+  if (strings_ != nullptr) {
+    if (strings_->Close() < 0) return -1;
+    strings_.reset();
+  }
+  return 0;
+}
+
+int SiteTable::Flush() {
+  if (!isOpen()) return -1;
+  const int records = records_->Flush();
+  const int strings = strings_->Flush();
+  return records < 0 || strings < 0 ? -1 : 0;
+}
+
+int SiteTable::Pack() {
+  if (!isOpen()) return -1;
+  return records_->Pack() < 0 || strings_->Pack() < 0 ? -1 : 0;
+}
+
+bool SiteTable::IsWorthPacking() const {
+  if (!isOpen()) return false;
+  const std::int64_t records = std::int64_t{records_->slotCount()} * records_->recordBytes();
+  const std::int64_t strings = strings_->endOffset();
+  return records_->deadBytes() * 4 > records || strings_->deadBytes() * 4 > strings;
+}
+
+int SiteTable::Count() const {
+  return records_ == nullptr ? -1 : records_->idCount();
+}
+
+int SiteTable::NextNumber(int number) const {
+  return records_ == nullptr ? -1 : records_->NextId(number);
+}
+
+int SiteTable::Text(int reference, std::string& text) const {
+  return strings_ == nullptr ? -1 : strings_->GetString(reference, text);
+}
+
+std::string_view SiteTable::TextView(int reference) const {
+  return strings_ == nullptr ? std::string_view() : strings_->View(reference);
+}
+
+int SiteTable::ReleaseText(int reference) {
+  return reference < 0 ? 0 : strings_->ReleaseString(reference);
+}
+
+}  // namespace zvrsit
