@@ -1,0 +1,51 @@
+#include "util/site_name.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/code_page.h"
+
+namespace zvrsit {
+
+namespace {
+
+char LowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+// Names that mean a device with any extension, such as "con" and "con.txt".
+bool IsDeviceName(std::string_view name) {
+  static constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
+  std::string_view stem = name.substr(0, name.find('.'));
+  while (stem.ends_with(' ')) stem.remove_suffix(1);
+  for (const std::string_view device : kDevices) {
+    if (EqualIgnoringCase(stem, device)) return true;
+  }
+  const bool port = stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9';
+  return port && (EqualIgnoringCase(stem.substr(0, 3), "com") ||
+                  EqualIgnoringCase(stem.substr(0, 3), "lpt"));
+}
+
+}  // namespace
+
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
+}
+
+bool IsSiteName(std::string_view name) {
+  if (name.empty() || name == "." || name == ".." || IsDeviceName(name)) return false;
+  if (name.ends_with('.') || name.ends_with(' ')) return false;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(name[i]);
+    if (byte < 0x20 || byte == 0x7F) return false;
+    if (platform::IsDbcsLeadByte(byte) && i + 1 < name.size()) {
+      ++i;
+    } else if (std::string_view("\\/:*?\"<>|").find(name[i]) != std::string_view::npos) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace zvrsit
