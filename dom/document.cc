@@ -35,7 +35,7 @@ std::string_view Attribute::name() const {
   if (length == AttributeRecord::kLongName) {
     const char* name = document_->source() + record_->nameOffset;
     length = static_cast<std::size_t>(
-        DefaultSearch::AttributeNameEnd(name + 1, document_->sourceEnd()) - name);
+        FindClass(name + 1, document_->sourceEnd(), kAttributeNameEnd) - name);
   }
   return document_->text().substr(record_->nameOffset, length);
 }
@@ -76,7 +76,7 @@ std::string Text::data(bool decode) const {
 
 std::string_view Element::name() const {
   const char* name = document_->source() + offset() + 1;
-  const char* end = DefaultSearch::TagNameEnd(name, document_->sourceEnd());
+  const char* end = FindClass(name, document_->sourceEnd(), kTagNameEnd);
   return document_->text().substr(offset() + 1, static_cast<std::size_t>(end - name));
 }
 

@@ -123,7 +123,7 @@ class HtmlTokenizer {
 
   const char* StartTag(const char* p) {
     TagSlices tag{p, nullptr, p + 1, nullptr, false, false};
-    tag.nameEnd = Search::TagNameEnd(p + 2, end_);
+    tag.nameEnd = FindClass(p + 2, end_, kTagNameEnd);
     p = BeforeAttributeNameState<true>(tag.nameEnd, tag.selfClosing);
     if (p == nullptr) {
       sink_.AbandonTag();
@@ -139,7 +139,7 @@ class HtmlTokenizer {
 
   const char* EndTag(const char* p, bool endsRawText) {
     TagSlices tag{p, nullptr, p + 2, nullptr, false, endsRawText};
-    tag.nameEnd = Search::TagNameEnd(p + 3, end_);
+    tag.nameEnd = FindClass(p + 3, end_, kTagNameEnd);
     p = BeforeAttributeNameState<false>(tag.nameEnd, tag.selfClosing);
     if (p == nullptr) return end_;
     tag.end = p;
@@ -177,7 +177,7 @@ class HtmlTokenizer {
   // name.
   const char* AttributeNameState(const char* p, AttributeSlices& attribute) {
     attribute.name = p;
-    attribute.nameEnd = p = Search::AttributeNameEnd(p + 1, end_);
+    attribute.nameEnd = p = FindClass(p + 1, end_, kAttributeNameEnd);
     p = SkipSpace(p);
     if (*p == '=') return BeforeAttributeValueState(SkipSpace(p + 1), attribute);
     if (p == end_) return nullptr;
@@ -188,7 +188,7 @@ class HtmlTokenizer {
   const char* BeforeAttributeValueState(const char* p, AttributeSlices& attribute) {
     if (*p == '"' || *p == '\'') return AttributeValueQuotedState(p, attribute);
     attribute.value = p;
-    attribute.valueEnd = p = Search::UnquotedValueEnd(p, end_);
+    attribute.valueEnd = p = FindClass(p, end_, kUnquotedValueEnd);
     return p < end_ ? p : nullptr;
   }
 
