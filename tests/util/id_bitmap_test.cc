@@ -1,0 +1,88 @@
+#include "util/id_bitmap.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <set>
+
+namespace zvrsit {
+namespace {
+
+TEST(IdBitmap, APreferredIdIsTakenElseTheLowestOfItsBlock) {
+  IdBitmap ids;
+  EXPECT_EQ(ids.Allocate(5), 5);
+  EXPECT_EQ(ids.Allocate(5), 0);
+  EXPECT_EQ(ids.Allocate(3200), 3200);
+  EXPECT_EQ(ids.Allocate(3200), 3201);
+  for (int id = 1; id < 70; ++id) ids.SetUsed(id);
+  EXPECT_EQ(ids.Allocate(5), 70);
+  EXPECT_EQ(ids.SetFree(33), 0);
+  EXPECT_EQ(ids.Allocate(5), 33);
+}
+
+TEST(IdBitmap, AFullBlockGivesWayToTheFirstWithRoomThenToANewOne) {
+  IdBitmap ids;
+  for (int id = 0; id < IdBlock::kIds; ++id) ids.SetUsed(id);
+  ids.SetUsed(9600);
+  EXPECT_EQ(ids.Allocate(7), 9601);
+  for (int id = 9600; id < 9600 + IdBlock::kIds; ++id) ids.SetUsed(id);
+  EXPECT_EQ(ids.Allocate(9600), 12800);
+  EXPECT_EQ(ids.Allocate(4000), 4000);
+}
+
+TEST(IdBitmap, OnlyAskingMakesNoBlock) {
+  IdBitmap ids;
+  EXPECT_EQ(ids.IsUsed(10), -1);
+  EXPECT_EQ(ids.SetFree(10), 0);
+  EXPECT_EQ(ids.IsUsed(10), 0);
+  EXPECT_EQ(ids.SetUsed(6400), 1);
+  EXPECT_EQ(ids.IsUsed(6400), 1);
+  EXPECT_EQ(ids.IsUsed(3200), -1);
+  ids.Clear();
+  EXPECT_EQ(ids.IsUsed(10), -1);
+  EXPECT_EQ(ids.Allocate(10), 10);
+}
+
+TEST(IdBitmap, IdsThatNoBlockCanHoldAreRefused) {
+  IdBitmap ids;
+  for (const std::int32_t id : {-1, INT32_MIN, INT32_MAX}) {
+    EXPECT_EQ(ids.Allocate(id), -1);
+    EXPECT_EQ(ids.SetUsed(id), -1);
+    EXPECT_EQ(ids.SetFree(id), -1);
+    EXPECT_EQ(ids.IsUsed(id), -1);
+  }
+  constexpr std::int32_t kLastBlock = (INT32_MAX / IdBlock::kIds - 1) * IdBlock::kIds;
+  for (int i = 0; i < IdBlock::kIds; ++i) ASSERT_EQ(ids.Allocate(kLastBlock), kLastBlock + i);
+  EXPECT_EQ(ids.Allocate(kLastBlock), -1);
+}
+
+TEST(IdBitmap, AgreesWithASetOfIds) {
+  IdBitmap ids;
+  std::set<std::int32_t> used;
+  std::mt19937 random(1);
+  for (int step = 0; step < 100000; ++step) {
+    const auto id = static_cast<std::int32_t>(random() % 20000);
+    switch (random() % 4) {
+      case 0:
+        ids.SetUsed(id);
+        used.insert(id);
+        break;
+      case 1:
+        ids.SetFree(id);
+        used.erase(id);
+        break;
+      case 2:
+        ASSERT_EQ(ids.IsUsed(id) == 1, used.count(id) == 1);
+        break;
+      default:
+        const bool free = used.count(id) == 0;
+        const std::int32_t got = ids.Allocate(id);
+        ASSERT_EQ(got == id, free);
+        ASSERT_TRUE(used.insert(got).second);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zvrsit
