@@ -1,0 +1,201 @@
+#include "dom/document.h"
+
+#include <gtest/gtest.h>
+
+#include "dom/page.h"
+
+namespace zvrsit::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+TEST(Document, FindsElementsInDocumentOrderInAnyCase) {
+  Page page("<a HREF=1><p><A href='2'><Custom-Thing x><b><a name=n></p><custom-thing y>");
+  EXPECT_EQ(page.Values("A", "HREF"), (Strings{"1", "2", "-"}));
+  EXPECT_EQ(page.Values("CUSTOM-THING", "X"), (Strings{"", "-"}));
+  EXPECT_EQ(page.Values("OTHER", "X"), Strings());
+  EXPECT_EQ(page.Values("IMG", "SRC"), Strings());
+  EXPECT_EQ(page->elementsOf(Tag::kA).size(), 3u);
+  EXPECT_EQ(page->elementCount(), 7u);
+}
+
+TEST(Document, AttributesKeepTheirPlaceAndDecodeOnDemand) {
+  const std::string html =
+      "<p>x</p><img alt = 'a&lt;b' SRC=\"p&amp;q.gif?a=1&copy=2\" ismap src=no>";
+  Page page(html);
+  const AttributeList attributes = page.First("IMG").attributes();
+  ASSERT_EQ(attributes.size(), 4u);
+  const Attribute src = attributes.find(Attr::kSrc);
+  EXPECT_EQ(src.name(), "SRC");
+  EXPECT_EQ(src.value(), "p&q.gif?a=1&copy=2");
+  EXPECT_EQ(src.rawValue(), "p&amp;q.gif?a=1&copy=2");
+  EXPECT_EQ(html.compare(src.valueOffset(), 3, "p&a"), 0);
+  EXPECT_EQ(attributes.getNamedItem("ALT").value(), "a<b");
+  EXPECT_TRUE(attributes.getNamedItem("ISMAP"));
+  EXPECT_EQ(attributes.getNamedItem("ISMAP").value(), "");
+  EXPECT_FALSE(attributes.getNamedItem("USEMAP"));
+  EXPECT_EQ(page.First("IMG").offset(), html.find("<img"));
+  EXPECT_EQ(page.First("IMG").name(), "img");
+}
+
+TEST(Document, EveryKnownNameIsFoundUnderItsNumber) {
+  for (std::size_t i = 1; i < kAttrCount; ++i) {
+    const Attr attr = static_cast<Attr>(i);
+    ASSERT_FALSE(AttrName(attr).empty()) << i;
+    Page page("<p " + std::string(AttrName(attr)) + "=v>");
+    EXPECT_EQ(page.First("P").attributes().find(attr).value(), "v") << AttrName(attr);
+  }
+  for (std::size_t i = 1; i < kTagCount; ++i) {
+    const Tag tag = static_cast<Tag>(i);
+    ASSERT_FALSE(TagName(tag).empty()) << i;
+    EXPECT_TRUE(HtmlTagOf(TagName(tag)) == tag || ForeignTagOf(TagName(tag)) == tag);
+  }
+  EXPECT_EQ(AttrOf("xlink\x1Ahref"), Attr::kOther);
+  EXPECT_EQ(AttrOf(std::string_view("id\0", 3)), Attr::kOther);
+  EXPECT_EQ(HtmlTagOf("blockquoteX"), Tag::kOther);
+  EXPECT_EQ(HtmlTagOf(""), Tag::kOther);
+}
+
+TEST(Document, FirstChildIsTheTextOrElementBehindTheStartTag) {
+  EXPECT_EQ(Page("<title>A &amp; B\r\n<i></title>").FirstText("TITLE"), "A & B\n<i>");
+  EXPECT_EQ(Page("<title></title>x").FirstText("TITLE"), "-");
+  EXPECT_EQ(Page("<style>a&amp;b</style>").FirstText("STYLE"), "a&amp;b");
+  EXPECT_EQ(Page("<title>open end").FirstText("TITLE"), "open end");
+  EXPECT_EQ(Page("<a>1 < 2<b>").FirstText("A"), "1 < 2");
+  EXPECT_EQ(Page("<a><!-- no --></a>").FirstText("A"), "-");
+  EXPECT_EQ(Page("<svg><style><![CDATA[a&b]]></style>").FirstText("SVG"), "-");
+  Page nested("<p><img>text");
+  EXPECT_EQ(nested.First("P").firstChild().asElement(), nested.First("IMG"));
+  EXPECT_FALSE(nested.First("IMG").firstChild());
+  Page svg("<svg><style><![CDATA[a&amp;b]]></style></svg>");
+  const Element style = svg->element(svg->elementsOf(Tag::kSvgStyle)[0]);
+  EXPECT_EQ(style.firstChild().asText().data(true), "a&amp;b");
+}
+
+TEST(Document, RawTextHidesMarkupAndNoscriptDoesNot) {
+  Page page(
+      "<script>'<a href=1>'<!-- <script> </script> <a href=2> --></script>"
+      "<textarea><a href=3></textarea><iframe><a href=4></iframe><xmp><a href=5></xmp>"
+      "<noscript><a href=6></noscript><!-- <a href=7> --><style><a href=8></style x>"
+      "<title><a href=9></title><a href=10><plaintext><a href=11>");
+  EXPECT_EQ(page.Values("A", "HREF"), (Strings{"6", "10"}));
+}
+
+TEST(Document, TemplateContentIsNotListed) {
+  Page page(
+      "<template><a href=1><template></template><img src=x></template><a href=2>"
+      "<template><svg></template><a href=3></template><a href=4>");
+  EXPECT_EQ(page.Values("A", "HREF"), (Strings{"2", "3", "4"}));
+  EXPECT_EQ(page.Values("IMG", "SRC"), Strings());
+  EXPECT_TRUE(page->element(1).inTemplate());
+  EXPECT_EQ(page->attributesNamed(Attr::kHref).size(), 3u);
+}
+
+struct ForeignCase {
+  const char* html;
+  std::size_t htmlAnchors;
+  std::size_t svgAnchors;
+};
+
+// An `a` is HTML or not by where it stands.
+TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
+  const ForeignCase cases[] = {
+      {"<svg><a></a></svg><a>", 1, 1},
+      {"<svg/><a>", 1, 0},
+      {"<svg><g/><a/></svg><a>", 1, 1},
+      {"<svg><g><p><a>", 1, 0},
+      {"<div><svg></div><a>", 1, 0},
+      {"<svg><foreignObject><a></a></foreignObject><a></svg><a>", 2, 1},
+      {"<svg><foreignObject></svg><a>", 1, 0},
+      {"<svg><foreignObject><svg></foreignObject><a>", 0, 1},
+      {"<svg><title><a></title><a>", 1, 1},
+      {"<svg><svg></svg><a></svg><a>", 1, 1},
+      {"<svg><title/><a>", 0, 1},
+      {"<svg><font><a>", 0, 1},
+      {"<svg><font color=red><a>", 1, 0},
+      {"<svg><![CDATA[<a>]]><a></svg><![CDATA[<a>]]><a>", 1, 1},
+      {"<svg><title><![CDATA[</title><a>]]></title></svg><p><![CDATA[<a>]]>", 0, 0},
+      {"<math><mi><a></mi><a>", 1, 1},
+      {"<math><annotation-xml><a></math>", 0, 1},
+      {"<math><annotation-xml encoding='Text/HTML'><a></math>", 1, 0},
+      {"<svg><script><a></script></svg><script><a></script>", 0, 1},
+      {"<a></svg><svg></math><a>", 1, 1},
+  };
+  for (const ForeignCase& row : cases) {
+    Page page(row.html);
+    EXPECT_EQ(page->elementsOf(Tag::kA).size(), row.htmlAnchors) << row.html;
+    EXPECT_EQ(page->elementsOf(Tag::kSvgA).size(), row.svgAnchors) << row.html;
+  }
+}
+
+TEST(Document, SvgNamesHaveTagsOfTheirOwn) {
+  Page page(
+      "<title>html</title><svg><title>svg</title><image href=1><use xlink:href=2></svg>"
+      "<image src=3>");
+  EXPECT_EQ(page->elementsOf(Tag::kTitle).size(), 1u);
+  EXPECT_EQ(page.Values("IMG", "SRC"), Strings{"3"});
+  ASSERT_EQ(page->elementsOf(Tag::kImage).size(), 1u);
+  EXPECT_FALSE(page->element(page->elementsOf(Tag::kImage)[0]).isHtml());
+  const Element use = page->element(page->elementsOf(Tag::kUse)[0]);
+  EXPECT_EQ(use.attributes().find(Attr::kXlinkHref).value(), "2");
+}
+
+TEST(Document, AttributesNamedGivesTheFirstOfEachElement) {
+  Page page("<p style=1><p><b style=2 style=3><template><i style=4></template><u id=x STYLE=5>");
+  Strings values;
+  for (const ElementAttribute& found : page->attributesNamed(Attr::kStyle)) {
+    values.push_back(std::string(found.element.name()) + found.attribute.value());
+  }
+  EXPECT_EQ(values, (Strings{"p1", "b2", "u5"}));
+}
+
+TEST(Document, ATagCutOffByTheEndIsNoElement) {
+  for (const char* html : {"<p><a href=1", "<p><a href='1>", "<p><a ", "<p><a/", "<p><a href="}) {
+    Page page(html);
+    EXPECT_EQ(page->elementCount(), 1u) << html;
+    EXPECT_EQ(page.First("P").attributes().size(), 0u) << html;
+  }
+}
+
+TEST(Document, TextThatCannotBeReadLeavesItEmpty) {
+  Page page("<a href=1>");
+  const std::string text = "<b>";
+  EXPECT_EQ(page->createNodes(nullptr, 3, nullptr, true), -1);
+  EXPECT_EQ(page->elementCount(), 0u);
+  EXPECT_EQ(page->createNodes(text.data(), -1, nullptr, true), -1);
+  Node parent;
+  EXPECT_EQ(page->createNodes(text.data(), 3, &parent, true), -1);
+  EXPECT_EQ(page->createNodes(text.data(), 0, nullptr, true), 0);
+  EXPECT_FALSE(page.First("A"));
+  EXPECT_EQ(page->createNodes(text.data(), 2, nullptr, true), 0);
+  EXPECT_EQ(page->elementCount(), 0u);
+}
+
+TEST(Document, WithoutDecodingValuesAreAsWritten) {
+  Page page("");
+  const std::string html = "<a href='&amp;'>";
+  ASSERT_EQ(page->createNodes(html.data(), static_cast<int>(html.size()), nullptr, false), 0);
+  EXPECT_EQ(page.Values("A", "HREF"), Strings{"&amp;"});
+}
+
+TEST(Dom, HandsTheMemoryOfADeletedDocumentToTheNext) {
+  DOM dom;
+  EXPECT_EQ(dom.createDocument("XML"), nullptr);
+  EXPECT_EQ(dom.createDocument(nullptr), nullptr);
+  Document* first = dom.createDocument("html");
+  ASSERT_NE(first, nullptr);
+  const std::string html = "<a href=1>";
+  ASSERT_EQ(first->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true), 0);
+  const char* memory = first->text().data();
+  EXPECT_EQ(dom.deleteDocument(first), 0);
+  EXPECT_EQ(dom.deleteDocument(first), -1);
+  EXPECT_EQ(dom.deleteDocument(nullptr), -1);
+  Document* second = dom.createDocument("HTML");
+  EXPECT_EQ(second->elementCount(), 0u);
+  ASSERT_EQ(second->createNodes(html.data(), 3, nullptr, true), 0);
+  EXPECT_EQ(second->text().data(), memory);
+  EXPECT_EQ(second->elementCount(), 0u);
+}
+
+}  // namespace
+}  // namespace zvrsit::test
