@@ -1,0 +1,315 @@
+#include "links/site_dom_util.h"
+
+#include <gtest/gtest.h>
+
+#include "dom/dom.h"
+#include "links/link_type.h"
+#include "manager/base/operation_memo.h"
+#include "manager/base/site_mgr_base.h"
+#include "support/temp_folder.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_site_prof_db.h"
+#include "tables/site_url_db.h"
+
+namespace zvrsit {
+namespace {
+
+// Lets a test say when an operation begins and ends.
+class Manager : public SiteMgrBase {
+ public:
+  using SiteMgrBase::Operation;
+};
+
+// A small site on disk, open in a manager.
+class SiteDOMUtilTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* name :
+         {"site/index.htm", "site/other.htm", "site/img/x.gif", "site/classes/A.class",
+          "site/classes/B.class", "site/sub/index.htm", "site/sub/home.htm", "outside.htm"}) {
+      folder_.write(name, "<p>");
+    }
+    folder_.makeFolder("site/classes/deeper");
+  }
+
+  void OpenSite(LinkRules rules, const std::string& defaultUrl = "") {
+    manager_.setDom(&dom_);
+    manager_.setDB((folder_.path("db") + "\\").c_str(), "sites", "servers", 0);
+    SiteSiteProfDB& profiles = *manager_.GetSiteProf();
+    const int site = profiles.Add("s");
+    ASSERT_EQ(profiles.SetFolder(site, SiteSiteRec::kSiteFolder, siteFolder_), 0);
+    ASSERT_EQ(profiles.SetText(site, &SiteSiteRec::topFile, siteFolder_ + "index.htm"), 0);
+    ASSERT_EQ(profiles.SetText(site, &SiteSiteRec::defaultUrl, defaultUrl), 0);
+    ASSERT_EQ(profiles.SetNumber(site, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);
+    folder_.makeFolder("db/s");
+    ASSERT_EQ(manager_.OpenSite(site, 0), 0);
+    ASSERT_NE(manager_.GetLinkDB(), nullptr);
+    ASSERT_GE(manager_.AddFolder(siteFolder_, 0), 0);
+  }
+
+  // Registers the page and collects what `html` holds.
+  int Collect(const std::string& html, const std::string& page = "index.htm") {
+    manager_.AddPath(siteFolder_ + page, siteFolder_, 0);
+    Document* const document = dom_.createDocument("HTML");
+    document->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true);
+    int result;
+    {
+      SiteDOMUtil util(&manager_, &dom_, manager_.GetPathDB(), manager_.GetUrlDB(),
+                       manager_.GetLinkDB(), siteFolder_ + page);
+      result = util.CollectLinks(siteFolder_, document);
+    }
+    dom_.deleteDocument(document);
+    return result;
+  }
+
+  // A file below the temporary folder as the lists below show it.
+  std::string Shown(const std::string& path) const {
+    const std::string& root = path.starts_with(siteFolder_) ? siteFolder_ : folder_.path();
+    return path.starts_with(root) ? path.substr(root.size()) : path;
+  }
+
+  // One line a link in the order of the records: type, text, target ("!" when it is not there),
+  // alternative text, and the count when it is not 1.
+  std::string Links() {
+    std::string lines;
+    SiteLinkDB& links = *manager_.GetLinkDB();
+    for (int i = links.NextNumber(0); i >= 0; i = links.NextNumber(i + 1)) {
+      SiteLinkRec link;
+      links.Get(i, link);
+      lines += std::string(LinkTypeName(static_cast<std::uint32_t>(link.type))).substr(3) + ' ' +
+               std::string(links.TextView(link.text)) + " -> " + Target(link.to);
+      if (link.alternative >= 0)
+        lines += " [" + std::string(links.TextView(link.alternative)) + ']';
+      if (link.count != 1) lines += " x" + std::to_string(link.count);
+      lines += '\n';
+    }
+    return lines;
+  }
+  std::string Target(const UrlID& id) {
+    if (id.kind == kKindUrl) return std::string(manager_.GetUrlDB()->NameView(id.id));
+    SitePathRec rec;
+    manager_.GetPathDB()->Get(id.id, rec);
+    return Shown(std::string(manager_.GetPathDB()->NameView(id.id))) + (rec.exists ? "" : "!");
+  }
+
+  SitePathRec PageRecord(const std::string& page = "index.htm") {
+    SitePathRec rec;
+    SitePathDB& paths = *manager_.GetPathDB();
+    EXPECT_EQ(paths.Get(paths.Find(siteFolder_ + page), rec), 0);
+    return rec;
+  }
+  std::string PathText(std::int32_t reference) {
+    return std::string(manager_.GetPathDB()->TextView(reference));
+  }
+
+  test::TempFolder folder_;
+  const std::string siteFolder_ = folder_.path("site") + "\\";
+  DOM dom_;
+  Manager manager_;
+};
+
+TEST_F(SiteDOMUtilTest, StoresWhatThePageSaysOfItself) {
+  OpenSite(LinkRules::Classic);
+  const std::string page = R"(<title>A &amp; B</title><meta name=Keywords content=old>
+      <meta name=keywords content=new><meta http-equiv=expires content=never>
+      <a name=one><a name="two"><a name="">)";
+  ASSERT_EQ(Collect(page), 0);
+  const SitePathRec rec = PageRecord();
+  EXPECT_EQ(PathText(rec.title), "A & B");
+  EXPECT_EQ(PathText(rec.keywords), "new");
+  EXPECT_EQ(PathText(rec.expires), "never");
+  EXPECT_EQ(rec.description, -1);
+  EXPECT_EQ(rec.metaText, -1);
+  std::vector<std::int32_t> anchors;
+  ASSERT_EQ(manager_.GetPathDB()->GetList(rec, anchors), 0);
+  ASSERT_EQ(anchors.size(), 2U);
+  EXPECT_EQ(PathText(anchors[1]), "two");
+  // Texts that are no longer used are given back.
+  EXPECT_EQ(manager_.GetPathDB()->strings()->FindString("old"), -1);
+  ASSERT_EQ(Collect("<title>Other</title>"), 0);
+  EXPECT_EQ(manager_.GetPathDB()->strings()->FindString("A & B"), -1);
+  EXPECT_EQ(manager_.GetPathDB()->strings()->FindString("one"), -1);
+  EXPECT_EQ(PageRecord().listCount, 0);
+}
+
+TEST_F(SiteDOMUtilTest, EntersClassicTargets) {
+  OpenSite(LinkRules::Classic);
+  ASSERT_EQ(Collect(R"(<meta http-equiv=refresh content="other.htm">
+      <a href="#top"><a href="other.htm#x"><a href="index.htm#y"><a href="index.htm"><a href="">
+      <a href="missing.htm"><a href="../../../../../../../../x.htm"><a href="HTTP://h/?q">
+      <a href="OTHER.htm"><img src=img/x.gif alt=X><img src=img/x.gif alt=X><img src=img/x.gif>
+      <img src=img/x.gif ismap mapfile=no.map>)"),
+            0);
+  EXPECT_EQ(Links(),
+            "META_REFRESH other.htm -> other.htm\n"
+            "SELF_ANCHOR #top -> index.htm\n"
+            "ANCHOR other.htm#x -> other.htm\n"
+            "SELF_ANCHOR index.htm#y -> index.htm\n"
+            "ANCHOR index.htm -> index.htm\n"
+            "ANCHOR missing.htm -> missing.htm!\n"
+            "ANCHOR HTTP://h/?q -> HTTP://h/?q\n"
+            "ANCHOR OTHER.htm -> OTHER.htm!\n"
+            "IMG img/x.gif -> img\\x.gif [X] x2\n"
+            "IMG img/x.gif -> img\\x.gif\n"
+            "IMG_ISMAP img/x.gif -> img\\x.gif\n"
+            "IMG_MAPFILE no.map -> no.map!\n");
+}
+
+TEST_F(SiteDOMUtilTest, AppendsTheDefaultNameByTheClassicRules) {
+  OpenSite(LinkRules::Classic, "home.htm");
+  ASSERT_EQ(Collect(R"(<a href="sub/"><a href="sub"><a href="http://h/"><a href="sub/#x">
+      <meta http-equiv=refresh content="http://g/"><img src=img/x.gif ismap mapfile="sub/">
+      <applet code="classes/">)"),
+            0);
+  EXPECT_EQ(Links(),
+            "META_REFRESH http://g/ -> http://g/\n"
+            "ANCHOR sub/ -> sub\\home.htm\n"
+            "ANCHOR sub -> sub!\n"
+            "ANCHOR http://h/ -> http://h/home.htm\n"
+            "ANCHOR sub/#x -> sub\\!\n"
+            "IMG_ISMAP img/x.gif -> img\\x.gif\n"
+            "IMG_MAPFILE sub/ -> sub\\home.htm\n"
+            "APPLET classes/ -> classes\\!\n"
+            "APPLET_FILE A.class -> classes\\A.class\n"
+            "APPLET_FILE B.class -> classes\\B.class\n"
+            "APPLET_FILE deeper -> classes\\deeper!\n");
+}
+
+TEST_F(SiteDOMUtilTest, LosesTheRestOfAClassicPageAtAFileOutside) {
+  OpenSite(LinkRules::Classic);
+  const std::string page = "<a href=other.htm><a href=../outside.htm><a href=img/x.gif>";
+  EXPECT_EQ(Collect(page), -1);
+  EXPECT_EQ(Links(), "ANCHOR other.htm -> other.htm\n");
+  // Once its folders are there, the same file stops no page again.
+  EXPECT_EQ(Collect(page), 0);
+  EXPECT_EQ(Links(),
+            "ANCHOR other.htm -> other.htm x2\nANCHOR ../outside.htm -> \\outside.htm!\n"
+            "ANCHOR img/x.gif -> img\\x.gif\n");
+}
+
+TEST_F(SiteDOMUtilTest, GoesOnUnderTheWebRules) {
+  OpenSite(LinkRules::Web);
+  folder_.write("site/dir/index.htm", "<p>");
+  ASSERT_EQ(Collect(R"(<a href="../../outside.htm"><a href="sub"><a href="sub/#x"><a href="dir/">
+      <a href="./#y"><a href="/"><a href="none/"><a href="img"><a href="javascript:go"><a href="">
+      <a href="https://h/x#y"><a href=" img/x.gif "><a href="a%00b"><a href="img/%78.gif?v=1">
+      <img src="a%2Fb" ismap mapfile=other.htm><img srcset="img/x.gif 1x, img/y.gif 2x">
+      <applet codebase=classes code=A.class>)",
+                    "other.htm"),
+            0);
+  EXPECT_EQ(Links(),
+            "ANCHOR ../../outside.htm -> outside.htm!\n"
+            "ANCHOR sub -> sub\\index.htm\n"
+            "ANCHOR sub/#x -> sub\\index.htm\n"
+            "ANCHOR dir/ -> dir\\index.htm\n"
+            "ANCHOR ./#y -> index.htm\n"
+            "ANCHOR / -> index.htm\n"
+            "ANCHOR none/ -> none\\index.html!\n"
+            "ANCHOR img -> img\\index.html!\n"
+            "ANCHOR https://h/x#y -> https://h/x#y\n"
+            "ANCHOR  img/x.gif  -> img\\x.gif\n"
+            "ANCHOR img/%78.gif?v=1 -> img\\x.gif\n"
+            "IMG_MAPFILE other.htm -> other.htm\n"
+            "SRCSET img/x.gif -> img\\x.gif\n"
+            "SRCSET img/y.gif -> img\\y.gif!\n"
+            "APPLET classes/A.class -> classes\\A.class\n"
+            "APPLET_FILE A.class -> classes\\A.class\n"
+            "APPLET_FILE B.class -> classes\\B.class\n");
+}
+
+TEST_F(SiteDOMUtilTest, MarksAFileOutsideOfTheSiteAsNotThere) {
+  OpenSite(LinkRules::Web);
+  manager_.AddPath(siteFolder_ + "index.htm", siteFolder_, 0);
+  Document* const document = dom_.createDocument("HTML");
+  const std::string html = "<a href=/outside.htm><a href=/site/other.htm>";
+  document->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true);
+  SiteDOMUtil util(&manager_, &dom_, manager_.GetPathDB(), manager_.GetUrlDB(),
+                   manager_.GetLinkDB(), siteFolder_ + "index.htm");
+  EXPECT_EQ(util.CollectLinks(folder_.path() + "\\", document, siteFolder_), 0);
+  EXPECT_EQ(Links(),
+            "ANCHOR /outside.htm -> \\outside.htm!\nANCHOR /site/other.htm -> other.htm\n");
+  SitePathRec outside;
+  SitePathDB& paths = *manager_.GetPathDB();
+  ASSERT_EQ(paths.Get(paths.Find(folder_.path("outside.htm")), outside), 0);
+  EXPECT_EQ(outside.size, 3);
+}
+
+TEST_F(SiteDOMUtilTest, RefusesAPageThatIsNotRegistered) {
+  OpenSite(LinkRules::Classic);
+  const std::string page = siteFolder_ + "index.htm";
+  Document document;
+  const auto collect = [&](DOM* dom, const std::string& path, Document* read) {
+    return SiteDOMUtil(&manager_, dom, manager_.GetPathDB(), manager_.GetUrlDB(),
+                       manager_.GetLinkDB(), path)
+        .CollectLinks(siteFolder_, read);
+  };
+  EXPECT_EQ(collect(&dom_, page, &document), -1);
+  manager_.AddPath(page, siteFolder_, 0);
+  EXPECT_EQ(collect(&dom_, page, &document), 0);
+  EXPECT_EQ(collect(nullptr, page, &document), -1);
+  EXPECT_EQ(collect(&dom_, page, nullptr), -1);
+  EXPECT_EQ(collect(&dom_, "", &document), -1);
+}
+
+// What the object knows of its page wins over what CheckPath finds out about it on the way.
+TEST_F(SiteDOMUtilTest, WritesItsOwnCopyOfThePageRecord) {
+  OpenSite(LinkRules::Classic);
+  const std::string path = siteFolder_ + "late.htm";
+  manager_.AddPath(path, siteFolder_, 0);
+  folder_.write("site/late.htm", "<p>");
+  ASSERT_EQ(Collect("<a href=late.htm>", "late.htm"), 0);
+  EXPECT_EQ(PageRecord("late.htm").exists, 0);
+  EXPECT_GE(manager_.CheckPath(path, siteFolder_), 0);
+  EXPECT_EQ(PageRecord("late.htm").exists, 1);
+}
+
+class SiteDOMUtilMemory : public SiteDOMUtilTest, public testing::WithParamInterface<bool> {};
+
+// Pages of several folders that repeat their targets, with and without the memory of an operation.
+TEST_P(SiteDOMUtilMemory, GivesTheSameTablesWithAMemory) {
+  const auto run = [this](bool remember) {
+    std::string all;
+    const auto collect = [&] {
+      for (int round = 0; round < 2; ++round) {
+        for (const char* page : {"index.htm", "other.htm", "sub/home.htm", "sub/index.htm"}) {
+          std::string file = page;
+          if (file[3] == '/') file[3] = '\\';
+          all += std::to_string(
+              Collect("<base href='" + std::string(round == 1 ? "sub/" : "") + "'>" +
+                          R"(<a href="#x"><a href="index.htm#x"><a href="index.htm"><a href="?q">
+              <a href="sub/"><a href="sub/#x"><a href="sub/#/../y"><a href="../other.htm#x">
+              <a href="http://h/#x"><a href="http://h/#y"><a href="http://h/"><a href="//h/#x">
+              <a href="missing.htm"><a href="missing.htm#x"><a href="../../out.htm">
+              <meta http-equiv=refresh content="sub/"><applet code="sub/">)",
+                      file));
+        }
+      }
+    };
+    if (remember) {
+      const Manager::Operation operation(manager_);
+      collect();
+    } else {
+      collect();
+    }
+    all += '\n' + Links();
+    for (int i = 0; i < manager_.GetPathDB()->Count(); ++i) all += Target({kKindPath, i}) + '\n';
+    for (int i = 0; i < manager_.GetUrlDB()->Count(); ++i) all += Target({kKindUrl, i}) + '\n';
+    return all;
+  };
+  OpenSite(GetParam() ? LinkRules::Web : LinkRules::Classic, "home.htm");
+  const std::string plain = run(false);
+  manager_.CloseSite();
+  std::filesystem::remove_all(folder_.native("db/s"));
+  folder_.makeFolder("db/s");
+  ASSERT_EQ(manager_.OpenSite(0, 0), 0);
+  ASSERT_GE(manager_.AddFolder(siteFolder_, 0), 0);
+  EXPECT_EQ(run(true), plain);
+  EXPECT_NE(plain.find("sub\\home.htm"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rules, SiteDOMUtilMemory, testing::Bool(),
+                         [](const auto& rules) { return rules.param ? "Web" : "Classic"; });
+
+}  // namespace
+}  // namespace zvrsit
