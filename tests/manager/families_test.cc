@@ -1,0 +1,141 @@
+// The publishing family.
+#include <gtest/gtest.h>
+
+#include "support/test_site.h"
+
+namespace zvrsit::test {
+namespace {
+
+// Pages that hold links, each to the names given.
+std::string PageTo(std::initializer_list<std::string> targets) {
+  std::string page;
+  for (const std::string& target : targets) page += "<a href=\"" + target + "\">x</a>";
+  return page;
+}
+
+class Families : public testing::Test {
+ protected:
+  // index -> a -> b -> a, index -> logo; orphan -> hidden, orphan -> a.
+  void SetUp() override {
+    site.write("index.html", PageTo({"a.html", "logo.gif", "http://x.example/"}));
+    site.write("a.html", PageTo({"b.html"}));
+    site.write("b.html", PageTo({"a.html"}));
+    site.write("logo.gif", "");
+    site.write("orphan.html", PageTo({"hidden.html", "a.html"}));
+    site.write("hidden.html", "");
+    ASSERT_EQ(site.Open(), 0);
+    ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  }
+
+  // The names of the files whose member bit is set, in the order of their numbers.
+  std::string Members() const {
+    std::string members;
+    for (const char* name :
+         {"a.html", "b.html", "hidden.html", "index.html", "logo.gif", "orphan.html"}) {
+      if ((site.Record(name).membership & 1) != 0) members += std::string(name) + " ";
+    }
+    return members;
+  }
+  void ClearMarks() {
+    for (int i = 0; i < site.mgr->GetPathDB()->Count(); ++i) {
+      site.mgr->GetPathDB()->SetNumber(i, &SitePathRec::membership, 0);
+    }
+  }
+
+  TestSite site;
+};
+
+TEST_F(Families, HoldWhatTheTopFileReaches) {
+  EXPECT_EQ(Members(), "a.html b.html index.html logo.gif ");
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+  ClearMarks();
+  EXPECT_EQ(site.mgr->PropagateFamily(site.Number("orphan.html")), 0);
+  EXPECT_EQ(site.mgr->UpdateLinkFamily(), 0);
+  EXPECT_EQ(Members(), "a.html b.html index.html logo.gif ") << "other marks are cleared first";
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 0);
+}
+
+TEST_F(Families, AreNotRecomputedWithoutAChange) {
+  ASSERT_EQ(site.mgr->UpdateLinkFamily(), 0);
+  ClearMarks();
+  EXPECT_EQ(site.mgr->UpdateLinkFamily(), 0);
+  EXPECT_EQ(Members(), "");
+  EXPECT_EQ(site.mgr->TraverseFamily(), 0);
+  EXPECT_EQ(Members(), "index.html ");
+}
+
+TEST_F(Families, WithoutATopFileTheChangeStaysPending) {
+  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, "");
+  EXPECT_EQ(site.mgr->UpdateLinkFamily(), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+  EXPECT_EQ(Members(), "");
+  EXPECT_EQ(site.mgr->TraverseFamily(), 0);
+  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, site.path("unknown.html"));
+  EXPECT_EQ(site.mgr->UpdateLinkFamily(), -1);
+  EXPECT_EQ(site.mgr->TraverseFamily(), -1);
+}
+
+TEST_F(Families, LoseWhatNoMemberLinksTo) {
+  EXPECT_EQ(site.mgr->PropagateUnFamily(site.Number("logo.gif")), 0);
+  EXPECT_EQ(Members(), "a.html b.html index.html logo.gif ") << "the top file links to it";
+  EXPECT_EQ(site.mgr->PropagateUnFamily(site.Number("index.html")), 0);
+  EXPECT_EQ(Members(), "a.html b.html ") << "a and b keep each other";
+}
+
+TEST_F(Families, UserMarksReplaceEachOtherAndOtherBitsStay) {
+  const UrlID page(kKindPath, site.Number("hidden.html"));
+  EXPECT_EQ(site.mgr->SetFtpFamily(page, 4), 0);
+  EXPECT_EQ(site.mgr->SetFtpFamily(page, 8), 0);
+  EXPECT_EQ(site.Record("hidden.html").membership, 8);
+  EXPECT_EQ(site.mgr->SetFtpFamily(page, 16), 0);
+  EXPECT_EQ(site.mgr->SetFtpFamily(page, 0), 0);
+  EXPECT_EQ(site.Record("hidden.html").membership, 16);
+  EXPECT_EQ(site.mgr->SetFtpFamily(UrlID(kKindUrl, 0), 4), -1);
+  EXPECT_EQ(site.mgr->SetFtpFamily(UrlID(kKindPath, -1), 4), -1);
+  EXPECT_EQ(site.mgr->SetFtpFamily(UrlID(kKindPath, 999), 4), -1);
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_EQ(site.Record("hidden.html").membership, 16) << "a rebuild keeps them";
+}
+
+// A chain as long as a large site neither overflows the stack nor takes quadratic time.
+TEST(Family, FollowsAChainOfAHundredThousandFiles) {
+  TestSite site;
+  ASSERT_EQ(site.Open(), 0);
+  constexpr int kFiles = 100000;
+  for (int i = 0; i < kFiles; ++i) {
+    ASSERT_EQ(site.mgr->GetPathDB()->Add("\\p" + std::to_string(i)), i);
+    ASSERT_GE(site.mgr->AddLink("x", UrlID(kKindPath, i), UrlID(kKindPath, i + 1), 0x40), 0);
+  }
+  EXPECT_EQ(site.mgr->PropagateFamily(0), 0);
+  SitePathRec last;
+  ASSERT_EQ(site.mgr->GetPathDB()->Get(kFiles - 1, last), 0);
+  EXPECT_EQ(last.membership, 1);
+  EXPECT_EQ(site.mgr->PropagateUnFamily(0), 0);
+  ASSERT_EQ(site.mgr->GetPathDB()->Get(kFiles - 1, last), 0);
+  EXPECT_EQ(last.membership, 0);
+  EXPECT_EQ(site.mgr->PropagateFamily(kFiles), -1);
+}
+
+TEST(ReflectDefaultUrl, ResolvesFolderLinksAnew) {
+  TestSite site;
+  site.write("index.html", PageTo({"sub/", "plain.html"}));
+  site.write("other.html", PageTo({"plain.html"}));
+  site.write("sub/old.html", "");
+  site.write("sub/new.html", "");
+  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::defaultUrl, "old.html");
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_NE(site.Links().find("index.html -> sub\\old.html sub/ 40 1\n"), std::string::npos);
+
+  site.mgr->SiteClose();
+  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::defaultUrl, "new.html");
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.mgr->ReflectDefaultUrl("new.html"), 0);
+  EXPECT_EQ(site.Links(),
+            "other.html -> plain.html plain.html 40 1\n"
+            "index.html -> sub\\new.html sub/ 40 1\n"
+            "index.html -> plain.html plain.html 40 1\n");
+}
+
+}  // namespace
+}  // namespace zvrsit::test

@@ -1,0 +1,132 @@
+// Setting a manager up, and opening and closing its sites.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "css/css_control.h"
+#include "support/test_site.h"
+
+namespace zvrsit::test {
+namespace {
+
+TEST(SetDB, MakesTheMissingFoldersOfADirThatEndsInABackslash) {
+  TempFolder folder;
+  SiteMgr mgr;
+  mgr.setDB((folder.path("a/b/db") + "\\").c_str(), "sites", "servers", 0);
+  ASSERT_NE(mgr.GetSiteProf(), nullptr);
+  EXPECT_GE(mgr.GetSiteProf()->Add("one"), 0);
+  EXPECT_TRUE(folder.has("a/b/db/sites"));
+  EXPECT_TRUE(folder.has("a/b/db/servers"));
+}
+
+// The names are joined as they stand: only the part before the last separator is a folder.
+TEST(SetDB, JoinsWithoutASeparator) {
+  TempFolder folder;
+  SiteMgr mgr;
+  mgr.setDB(folder.path("db").c_str(), "sites", "servers", 0);
+  EXPECT_TRUE(folder.has("dbsites"));
+}
+
+TEST(SetDB, LeavesNoTablesWithoutADatabaseFolder) {
+  SiteMgr mgr;
+  mgr.setDB("relative", "sites", "servers", 0);
+  EXPECT_EQ(mgr.GetSiteProf(), nullptr);
+  mgr.setDB(nullptr, "sites", "servers", 0);
+  EXPECT_EQ(mgr.GetServProf(), nullptr);
+  EXPECT_EQ(mgr.SiteOpen("demo", 0), -1);
+  EXPECT_EQ(mgr.NeedToRebuild("demo"), -1);
+}
+
+TEST(SiteOpen, IsRefusedForWhatCannotBeOpened) {
+  TestSite site;
+  EXPECT_EQ(site.mgr->SiteOpen("", 0), -1);
+  EXPECT_EQ(site.mgr->SiteOpen("other", 0), -1);
+  EXPECT_EQ(site.mgr->OpenSite(-1, 0), -1);
+  EXPECT_EQ(site.mgr->OpenSite(7, 0), -1);
+  EXPECT_EQ(site.mgr->SiteClose(), -1);
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.Open(), -1) << "a site is open";
+  EXPECT_NE(site.mgr->GetPathDB(), nullptr);
+  EXPECT_EQ(site.mgr->SiteClose(), 0);
+  EXPECT_EQ(site.mgr->GetPathDB(), nullptr);
+  EXPECT_EQ(site.mgr->SiteClose(), -1);
+}
+
+TEST(SiteOpen, TellsAMissingTopFileOrFolderApart) {
+  TestSite site;
+  std::filesystem::remove(site.native("index.html"));
+  EXPECT_EQ(site.Open(), -2);
+  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, "");
+  EXPECT_EQ(site.Open(), -1) << "no top file in the profile";
+  std::filesystem::remove_all(site.native(""));
+  EXPECT_EQ(site.Open(), -2);
+}
+
+TEST(SiteOpen, SucceedsWithoutTablesWhenOneIsDamaged) {
+  TestSite site;
+  site.folder().write("db/demo/LR", std::string("ZVR4.00-SITE0.01") + Word(0x7FFFFFFF) + Word(0));
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.mgr->GetPathDB(), nullptr);
+  EXPECT_EQ(site.mgr->GetLinkDB(), nullptr);
+  EXPECT_EQ(site.mgr->Save(site.path("index.html"), nullptr), -1);
+  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), -1);
+  EXPECT_EQ(site.mgr->Remove(site.path("index.html"), 0), -1);
+  EXPECT_EQ(site.mgr->SiteClose(), 0);
+}
+
+TEST(SiteOpen, TakesDefaultUrlRulesAndDocumentRootFromTheProfile) {
+  TestSite site(LinkRules::Web);
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.mgr->GetDefaultUrl(), nullptr);
+  EXPECT_EQ(site.mgr->GetLinkRules(), LinkRules::Web);
+  site.mgr->SiteClose();
+
+  SiteSiteProfDB& profiles = *site.mgr->GetSiteProf();
+  profiles.SetText(0, &SiteSiteRec::defaultUrl, "home.html");
+  profiles.SetNumber(0, &SiteSiteRec::linkRules, 0);
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(*site.mgr->GetDefaultUrl(), "home.html");
+  EXPECT_EQ(site.mgr->GetLinkRules(), LinkRules::Classic);
+  site.mgr->SiteClose();
+}
+
+// A profile whose default URL cannot be read counts as not open although its tables are there; the
+// next opening starts afresh.
+TEST(SiteOpen, KeepsTablesButNoSiteWhenTheDefaultUrlIsUnreadable) {
+  TestSite site;
+  SiteSiteProfDB& profiles = *site.mgr->GetSiteProf();
+  profiles.SetNumber(0, &SiteSiteRec::defaultUrl, 4000);
+  EXPECT_EQ(site.Open(), -1);
+  EXPECT_EQ(site.mgr->GetOpenSiteId(), -1);
+  EXPECT_NE(site.mgr->GetPathDB(), nullptr);
+  EXPECT_EQ(site.mgr->SiteClose(), -1);
+  profiles.SetNumber(0, &SiteSiteRec::defaultUrl, -1);
+  EXPECT_EQ(site.Open(), 0);
+}
+
+// Closing writes the tables; a manager that is destroyed while a site is open loses what came
+// after.
+TEST(SiteClose, SavesWhatWasRegistered) {
+  TestSite site;
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_GE(site.mgr->AddUrl("http://a.example/"), 0);
+  site.mgr->SiteClose();
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_GE(site.mgr->AddUrl("http://b.example/"), 0);
+  site.mgr = nullptr;
+  site.Start();
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://a.example/"), 0);
+  EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://b.example/"), -1);
+}
+
+TEST(NotifyCss, NeedsTheSiteFolder) {
+  TestSite site;
+  SiteSiteRec rec;
+  EXPECT_EQ(site.mgr->NotifyCss(rec), -1);
+  site.mgr->GetSiteProf()->Get(0, rec);
+  EXPECT_EQ(site.mgr->NotifyCss(rec), 0);
+}
+
+}  // namespace
+}  // namespace zvrsit::test

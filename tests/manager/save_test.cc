@@ -1,0 +1,178 @@
+// Saved, removed and moved files.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "support/test_site.h"
+
+namespace zvrsit::test {
+namespace {
+
+constexpr const char* kTwoLinks = "<title>T</title><a href=a.html>a</a><a href=b.gif>b</a>";
+
+class Saving : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(site.Open(), 0);
+    ASSERT_GE(site.mgr->AddFolder(site.dir(), 0), 0);
+    site.write("page.html", kTwoLinks);
+    ASSERT_EQ(Save("page.html"), 0);
+    site.mgr->SetLinksChanged(0);
+  }
+  int Save(const std::string& name, Document* doc = nullptr) {
+    return site.mgr->Save(site.path(name), doc);
+  }
+  int SaveAs(const std::string& name, const std::string& text) {
+    site.write(name, text);
+    return Save(name);
+  }
+  Document* Parsed(const std::string& text) {
+    Document* doc = site.dom.createDocument("HTML");
+    doc->createNodes(text.data(), static_cast<int>(text.size()), nullptr, true);
+    return doc;
+  }
+
+  TestSite site;
+};
+
+TEST_F(Saving, AnUnchangedPageLeavesTheFlagAndItsLinks) {
+  const std::string before = site.Links();
+  ASSERT_EQ(Save("page.html"), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 0);
+  EXPECT_EQ(site.Links(), before);
+  site.mgr->SetLinksChanged(1);
+  ASSERT_EQ(site.mgr->Save(site.path("page.html"), 5, nullptr), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+}
+
+TEST_F(Saving, OnlyTargetsInTheSiteRaiseTheFlag) {
+  ASSERT_EQ(SaveAs("page.html", std::string(kTwoLinks) + "<a href=http://x.example/>x</a>"), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 0);
+  ASSERT_EQ(SaveAs("page.html", "<a href=b.gif>b</a>"), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1) << "one lost";
+  site.mgr->SetLinksChanged(0);
+  ASSERT_EQ(SaveAs("page.html", "<a href=c.gif>b</a>"), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1) << "one replaced";
+}
+
+// A page that others refer to keeps its entry; one that is re-created gets its word back.
+TEST_F(Saving, TheMembershipWordSurvives) {
+  const UrlID page(kKindPath, site.Number("page.html"));
+  ASSERT_EQ(site.mgr->SetFtpFamily(page, 8), 0);
+  ASSERT_EQ(Save("page.html"), 0);
+  EXPECT_EQ(site.Record("page.html").membership, 8);
+  ASSERT_EQ(SaveAs("a.html", "<a href=page.html>back</a>"), 0);
+  const int number = site.Number("page.html");
+  ASSERT_EQ(Save("page.html"), 0);
+  EXPECT_EQ(site.Number("page.html"), number);
+  EXPECT_EQ(site.Record("page.html").membership, 8);
+  EXPECT_EQ(site.Record("page.html").exists, 1);
+}
+
+TEST_F(Saving, TheDocumentOfAPageIsConsumedAndOfAnotherFileIsNot) {
+  site.write("photo.gif", "");
+  for (const char* name : {"page.html", "missing.html", "style.css"}) {
+    Document* doc = Parsed("<a href=from-doc.html>x</a>");
+    EXPECT_EQ(Save(name, doc), 0);
+    EXPECT_EQ(site.dom.deleteDocument(doc), -1) << name;
+  }
+  EXPECT_GE(site.Number("from-doc.html"), 0);
+  Document* doc = Parsed("<a href=x.html>x</a>");
+  EXPECT_EQ(Save("photo.gif", doc), 0);
+  EXPECT_EQ(site.Number("x.html"), -1);
+  EXPECT_EQ(site.dom.deleteDocument(doc), 0);
+  EXPECT_EQ(site.mgr->Save("", nullptr), -1);
+}
+
+TEST_F(Saving, AMissingPageIsAnEmptyOne) {
+  EXPECT_EQ(Save("missing.html"), 0);
+  EXPECT_EQ(site.Record("missing.html").exists, 0);
+  std::filesystem::remove(site.native("page.html"));
+  EXPECT_EQ(Save("page.html"), 0);
+  EXPECT_EQ(site.Links(), "");
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+}
+
+TEST_F(Saving, PagesOfEveryKindAreRead) {
+  for (const std::string& text :
+       {std::string(), std::string("\0\x01\xFF\xFE<a href=\0>", 14), std::string(300000, '<'),
+        "<a href=a.html>" + std::string(1 << 20, 'x'), "<a href=\"" + std::string(1 << 20, 'y')}) {
+    EXPECT_EQ(SaveAs("page.html", text), 0);
+  }
+}
+
+TEST_F(Saving, ARemovedFileStaysWhileOthersReferToIt) {
+  ASSERT_EQ(SaveAs("a.html", "<a href=page.html>back</a><a href=page.html>back</a>"), 0);
+  site.mgr->SetLinksChanged(0);
+  EXPECT_EQ(site.mgr->Remove(site.path("page.html"), 0), 0);
+  EXPECT_EQ(site.Links(), "a.html -> page.html page.html 40 2\n");
+  EXPECT_EQ(site.Record("page.html").exists, 0);
+  EXPECT_EQ(site.Record("page.html").title, -1);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+
+  site.mgr->SetLinksChanged(0);
+  const int number = site.Number("b.gif");
+  EXPECT_EQ(site.mgr->Remove(site.path("b.gif"), 0), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 0) << "it had no links of its own";
+  EXPECT_EQ(site.Number("b.gif"), -1);
+  EXPECT_EQ(site.mgr->GetRelDB()->CountTo(UrlID(kKindPath, number)), 0);
+  EXPECT_GE(site.mgr->GetFolderDB()->Find(site.dir()), 0);
+  EXPECT_EQ(site.mgr->Remove(site.path("b.gif"), 0), -1);
+
+  EXPECT_EQ(site.mgr->Remove(site.path("a.html"), 0), 0);
+  EXPECT_EQ(site.Links(), "") << "all occurrences of a link go";
+}
+
+TEST_F(Saving, AMovedPageIsReadAtItsNewPlace) {
+  std::filesystem::create_directories(site.native("sub"));
+  std::filesystem::rename(site.native("page.html"), site.native("sub/moved.html"));
+  EXPECT_EQ(site.mgr->Move(site.path("page.html"), site.path("sub/moved.html")), 0);
+  EXPECT_EQ(site.Number("page.html"), -1);
+  EXPECT_NE(site.Links().find("sub\\moved.html -> sub\\a.html a.html 40 1"), std::string::npos);
+  EXPECT_EQ(site.mgr->Move(site.path("page.html"), site.path("x.html")), -1);
+}
+
+TEST(LinkChanged, ComparesAsSetsAndMarksWhatBothHold) {
+  struct Row {
+    std::vector<int> olds, news;
+    int changed;
+    std::vector<int> oldsAfter, newsAfter;
+  };
+  const Row rows[] = {
+      {{}, {}, 0, {}, {}},
+      {{5, 5}, {5}, 0, {-1, -1}, {-1}},
+      {{5}, {5, 5}, 0, {-1}, {-1, -1}},
+      {{1, 2}, {2, 1}, 0, {-1, -1}, {-1, -1}},
+      {{1, 2}, {2, 3}, 1, {1, -1}, {-1, 3}},
+      {{1}, {}, 1, {1}, {}},
+      {{}, {1}, 1, {}, {1}},
+      {{-7}, {-7, -8}, 0, {-1}, {-1, -8}},
+  };
+  for (const Row& row : rows) {
+    std::vector<int> olds = row.olds, news = row.news;
+    EXPECT_EQ(SiteMgr::LinkChanged(olds.data(), news.data(), static_cast<int>(olds.size()),
+                                   static_cast<int>(news.size())),
+              row.changed);
+    EXPECT_EQ(olds, row.oldsAfter);
+    EXPECT_EQ(news, row.newsAfter);
+  }
+  int one = 1;
+  EXPECT_EQ(SiteMgr::LinkChanged(nullptr, &one, 0, -3), 0);
+}
+
+TEST(Results, AreGivenBack) {
+  EXPECT_EQ(SiteMgr::DeleteVecRecCell(nullptr), 0);
+  EXPECT_EQ(SiteMgr::DeleteVecRecCell(new vec<SiteRecCell>(3)), 0);
+  EXPECT_EQ(SiteMgr::DeleteString(nullptr), 0);
+  EXPECT_EQ(SiteMgr::DeleteStrings(nullptr), -1);
+  std::string* text = new std::string("still there");
+  std::vector<std::string*> list{text};
+  EXPECT_EQ(SiteMgr::DeleteStrings(&list), 0);
+  EXPECT_TRUE(list.empty());
+  EXPECT_EQ(*text, "still there");
+  EXPECT_EQ(SiteMgr::DeleteString(text), 0);
+}
+
+}  // namespace
+}  // namespace zvrsit::test
