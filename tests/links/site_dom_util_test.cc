@@ -159,7 +159,7 @@ TEST_F(SiteDOMUtilTest, EntersClassicTargets) {
 TEST_F(SiteDOMUtilTest, AppendsTheDefaultNameByTheClassicRules) {
   OpenSite(LinkRules::Classic, "home.htm");
   ASSERT_EQ(Collect(R"(<a href="sub/"><a href="sub"><a href="http://h/"><a href="sub/#x">
-      <meta http-equiv=refresh content="http://g/"><img src=img/x.gif ismap mapfile="sub/">
+      <a href="sub/#/../y.htm"><meta http-equiv=refresh content="http://g/"><img src=img/x.gif ismap mapfile="sub/">
       <applet code="classes/">)"),
             0);
   EXPECT_EQ(Links(),
@@ -168,6 +168,7 @@ TEST_F(SiteDOMUtilTest, AppendsTheDefaultNameByTheClassicRules) {
             "ANCHOR sub -> sub!\n"
             "ANCHOR http://h/ -> http://h/home.htm\n"
             "ANCHOR sub/#x -> sub\\!\n"
+            "ANCHOR sub/#/../y.htm -> sub\\y.htm!\n"
             "IMG_ISMAP img/x.gif -> img\\x.gif\n"
             "IMG_MAPFILE sub/ -> sub\\home.htm\n"
             "APPLET classes/ -> classes\\!\n"
