@@ -123,17 +123,20 @@ void AppendEncoded(std::string& out, char32_t c) {
   out += bytes != 0 ? static_cast<char>(bytes & 0xFF) : '?';
 }
 
+// The system reads the `\` of page 1361, which looks like a won sign in its fonts, as that sign.
+bool IsBackslashOfPage(char32_t c) {
+  return c == kWonSign && state.page->number == 1361;
+}
+
+void AppendCodePoints(std::string& out, std::u32string_view codePoints) {
+  if (IsUtf8()) return AppendUtf8(out, codePoints);
+  for (const char32_t c : codePoints) AppendEncoded(out, c);
+}
+
 // Appends code points to one text: in UTF-8, or in the code page.
 struct Utf8Writer {
   std::string& out;
   void operator()(char32_t c) const { AppendUtf8(out, c); }
-};
-// The system reads the `\` of page 1361, which looks like a won sign in its fonts, as that sign.
-struct Utf8WonAsBackslash {
-  std::string& out;
-  void operator()(char32_t c) const {
-    AppendUtf8(out, c == kWonSign && state.page->number == 1361 ? U'\\' : c);
-  }
 };
 struct PageWriter {
   std::string& out;
@@ -198,13 +201,6 @@ const ByteMeanings& UserDefinedMeanings() {
   return meanings;
 }
 
-template <class Writer>
-bool DecodeMultiByte(std::string_view text, const char* charset, bool stateful, Writer write) {
-  return DecodeByIconv(charset, stateful, text, [write](std::u32string_view codePoints) {
-    std::for_each(codePoints.begin(), codePoints.end(), write);
-  });
-}
-
 bool Decode(const Charset& charset, std::string_view bytes, std::string& out) {
   const PageWriter write{out};
   switch (charset.kind) {
@@ -227,8 +223,8 @@ bool Decode(const Charset& charset, std::string_view bytes, std::string& out) {
       return true;
     case CharsetKind::kDoubleByte:
     case CharsetKind::kStateful:
-      return DecodeMultiByte(bytes, charset.systemName, charset.kind == CharsetKind::kStateful,
-                             write);
+      return DecodeByIconv(charset.systemName, charset.kind == CharsetKind::kStateful, bytes,
+                           [&out](std::u32string_view piece) { AppendCodePoints(out, piece); });
   }
   return false;
 }
@@ -294,7 +290,9 @@ std::string ToUtf8(std::string_view text) {
   if (IsUtf8()) {
     AppendUtf8Repaired(out, text);
   } else if (HasLeadBytes()) {
-    DecodeMultiByte(text, state.page->systemName, false, Utf8WonAsBackslash{out});
+    DecodeByIconv(state.page->systemName, false, text, [&write](std::u32string_view piece) {
+      for (const char32_t c : piece) write(IsBackslashOfPage(c) ? U'\\' : c);
+    });
   } else {
     DecodeSingleByte(text, MeaningsOf(state.page->systemName), write);
   }

@@ -105,9 +105,10 @@ void AppendCodePoint(std::string& out, char32_t codePoint) {
     return;
   }
   if (CodePage() == kUtf8) return AppendUtf8(out, codePoint);
+  if (codePoint > 0x10FFFF) codePoint = kReplacementCharacter;
   wchar_t units[2] = {static_cast<wchar_t>(codePoint)};
   std::size_t count = 1;
-  if (codePoint >= 0x10000 && codePoint <= 0x10FFFF) {
+  if (codePoint >= 0x10000) {
     units[0] = static_cast<wchar_t>(0xD800 + ((codePoint - 0x10000) >> 10));
     units[1] = static_cast<wchar_t>(0xDC00 + (codePoint & 0x3FF));
     count = 2;

@@ -44,7 +44,7 @@ inline constexpr unsigned kModeRegular = 0x8000;
 struct FileStat {
   unsigned mode = 0;  // kModeFolder, kModeRegular, neither for anything else
   std::uint32_t size = 0;
-  std::int32_t creationTime = 0;
+  std::int32_t creationTime = 0;  // on POSIX, of the last change of the file's status
   std::int32_t modificationTime = 0;
   std::int32_t accessTime = 0;
   std::int64_t modificationNanoseconds = 0;  // since the epoch, for caches
@@ -55,7 +55,8 @@ struct FileStat {
   bool isRegular() const { return (mode & kModeRegular) != 0; }
 };
 
-// All of these give 0 or -1.
+// All of these give 0 or -1. Links are followed by Stat. Rename replaces an existing file on POSIX
+// and fails on Windows.
 int Stat(const std::string& path, FileStat& result);
 int StatOpen(int fd, FileStat& result);
 int MakeFolder(const std::string& path);

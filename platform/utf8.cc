@@ -30,6 +30,20 @@ LeadByte LeadByteOf(unsigned char byte) {
   return {0, 0, 0};
 }
 
+bool IsTrail(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// The bytes of a well-formed sequence of two or three whose first trail byte is like any other; 0
+// for whatever needs a closer look.
+unsigned PlainSequence(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  if (text.size() < 3 || !IsTrail(text[1])) return 0;
+  if (first >= 0xC2 && first <= 0xDF) return 2;
+  if (first < 0xE1 || first > 0xEF || first == 0xED || !IsTrail(text[2])) return 0;
+  return 3;
+}
+
 // How many bytes at the start of the text are well-formed.
 std::size_t ValidPrefix(std::string_view text) {
   std::size_t at = 0;
@@ -38,11 +52,40 @@ std::size_t ValidPrefix(std::string_view text) {
     if (at == text.size()) return at;
     // Text in other scripts comes in runs.
     do {
-      const Utf8Step step = DecodeUtf8(text.substr(at));
+      const std::string_view rest = text.substr(at);
+      if (const unsigned plain = PlainSequence(rest)) {
+        at += plain;
+        continue;
+      }
+      const Utf8Step step = DecodeUtf8(rest);
       if (!step.valid) return at;
       at += step.length;
     } while (at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80);
   }
+}
+
+constexpr std::size_t kMostUtf8Bytes = 4;
+
+// Writes one code point; how many bytes it took.
+std::size_t Encode(char32_t c, char* bytes) {
+  if (c < 0x80) {
+    bytes[0] = static_cast<char>(c);
+    return 1;
+  }
+  if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) c = kReplacementCharacter;
+  std::size_t length = 0;
+  if (c < 0x800) {
+    bytes[length++] = static_cast<char>(0xC0 | c >> 6);
+  } else if (c < 0x10000) {
+    bytes[length++] = static_cast<char>(0xE0 | c >> 12);
+    bytes[length++] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
+  } else {
+    bytes[length++] = static_cast<char>(0xF0 | c >> 18);
+    bytes[length++] = static_cast<char>(0x80 | (c >> 12 & 0x3F));
+    bytes[length++] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
+  }
+  bytes[length++] = static_cast<char>(0x80 | (c & 0x3F));
+  return length;
 }
 
 }  // namespace
@@ -85,26 +128,17 @@ Utf8Step DecodeUtf8(std::string_view text) {
   return {codePoint, length, true};
 }
 
-void AppendUtf8(std::string& out, char32_t c) {
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-    return;
-  }
-  if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) c = kReplacementCharacter;
-  char bytes[4];
-  std::size_t length = 0;
-  if (c < 0x800) {
-    bytes[length++] = static_cast<char>(0xC0 | c >> 6);
-  } else if (c < 0x10000) {
-    bytes[length++] = static_cast<char>(0xE0 | c >> 12);
-    bytes[length++] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
-  } else {
-    bytes[length++] = static_cast<char>(0xF0 | c >> 18);
-    bytes[length++] = static_cast<char>(0x80 | (c >> 12 & 0x3F));
-    bytes[length++] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
-  }
-  bytes[length++] = static_cast<char>(0x80 | (c & 0x3F));
-  out.append(bytes, length);
+void AppendUtf8(std::string& out, char32_t codePoint) {
+  char bytes[kMostUtf8Bytes];
+  out.append(bytes, Encode(codePoint, bytes));
+}
+
+void AppendUtf8(std::string& out, std::u32string_view codePoints) {
+  const std::size_t start = out.size();
+  out.resize(start + kMostUtf8Bytes * codePoints.size());
+  char* end = out.data() + start;
+  for (const char32_t codePoint : codePoints) end += Encode(codePoint, end);
+  out.resize(static_cast<std::size_t>(end - out.data()));
 }
 
 void AppendUtf8Repaired(std::string& out, std::string_view text) {

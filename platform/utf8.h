@@ -15,8 +15,9 @@ std::size_t AsciiPrefix(std::string_view text);
 // Whether the text is well-formed UTF-8 (Unicode, table 3-7), so that a copy of it can be spared.
 bool IsValidUtf8(std::string_view text);
 
-// Appends one code point as UTF-8; U+FFFD for a surrogate or what is above U+10FFFF.
+// Appends one code point, or several, as UTF-8; U+FFFD for a surrogate or what is above U+10FFFF.
 void AppendUtf8(std::string& out, char32_t codePoint);
+void AppendUtf8(std::string& out, std::u32string_view codePoints);
 
 // Appends the text with U+FFFD for each maximal part of it that is not well-formed, as the
 // Encoding Standard's UTF-8 decoder does.
