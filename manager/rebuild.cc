@@ -95,12 +95,17 @@ int SiteMgr::Rebuild::ClearTables() {
   return 0;
 }
 
-// Path entries are kept, so that their numbers stay; what is found out anew is taken from them.
+// Path entries are kept, so that their numbers stay; what is found out anew is taken from them. A
+// damaged entry, which its name does not lead to, is dropped.
 int SiteMgr::Rebuild::ResetPaths() {
   SitePathDB& paths = *manager_.pathDB;
   for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
     SitePathRec rec;
     if (paths.Get(number, rec) < 0) continue;
+    if (paths.Find(paths.TextView(rec.name)) != number) {
+      if (paths.records()->Delete(number) < 0) return -1;
+      continue;
+    }
     rec.membership &= ~kDerivedMarks;
     if (rec.exists != 0 && HoldsLinks(rec) && paths.ReleaseTexts(rec) < 0) return -1;
     rec.exists = 0;
@@ -109,7 +114,8 @@ int SiteMgr::Rebuild::ResetPaths() {
   return 0;
 }
 
-// Looks every known file up on disk once more, also those that the walk does not come to.
+// Looks every known file up on disk once more. The existence flag stays with what the walk found:
+// files that it does not come to are entered when something links to them.
 int SiteMgr::Rebuild::RefreshPaths() {
   SitePathDB& paths = *manager_.pathDB;
   for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
@@ -118,14 +124,12 @@ int SiteMgr::Rebuild::RefreshPaths() {
     std::string path;
     if (paths.Get(number, rec) < 0 || paths.Text(rec.name, path) < 0) continue;
     platform::FileStat found;
-    if (platform::Stat(path, found) < 0 || !found.isRegular()) {
+    if (platform::Stat(path, found) == 0 && found.isRegular()) {
+      StoreFileFacts(path, siteDir_, found, rec);
+      if (!HasWalked(number)) rec.exists = 0;
+    } else {
       rec.exists = 0;
       vanished_.push_back(number);
-    } else if (rec.exists == 0) {
-      manager_.CheckPath(path, siteDir_);
-      continue;
-    } else {
-      StoreFileFacts(path, siteDir_, found, rec);
     }
     rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
     if (paths.Update(rec) < 0) return -1;

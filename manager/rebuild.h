@@ -32,7 +32,6 @@ class SiteMgr::Rebuild {
   struct Folder {
     std::string name;
     int number;
-    std::pair<std::uint64_t, std::uint64_t> identity;  // of the real folder
   };
 
   bool CanRun();

@@ -16,22 +16,14 @@ Identity IdentityOf(const platform::FileStat& found) {
   return {found.device, found.file};
 }
 
-// Whether the folder is a link to one that lies elsewhere: the way up from it does not lead to the
-// folder that it was found in.
-bool LiesElsewhere(const std::string& folder, const Identity& parent) {
-  platform::FileStat above;
-  return platform::Stat(folder + "..", above) == 0 && IdentityOf(above) != parent;
-}
-
 }  // namespace
 
 int SiteMgr::Rebuild::WalkFolders() {
   platform::FileStat found;
-  if (platform::Stat(siteDir_ + ".", found) < 0) found = {};
-  entered_.insert(IdentityOf(found));
+  if (platform::Stat(siteDir_, found) == 0) entered_.insert(IdentityOf(found));
   const int number = manager_.AddFolder(siteDir_, 0);
   if (number < 0) return -1;
-  workList_.push_back({siteDir_, number, IdentityOf(found)});
+  workList_.push_back({siteDir_, number});
 
   // The list grows while it is worked on.
   for (std::size_t next = 0; next < workList_.size(); ++next) {
@@ -85,17 +77,14 @@ int SiteMgr::Rebuild::RegisterFile(const Folder& folder, const std::string& path
 }
 
 // A folder that is a link is left out: what it leads to is met at its own place, or does not belong
-// to the site.
+// to the site. Where the system numbers its files, no folder is entered twice either.
 int SiteMgr::Rebuild::RegisterFolder(const Folder& folder, const std::string& name,
                                      const platform::FileStat& found) {
-  const Identity identity = IdentityOf(found);
-  if (IsIgnored(name) || LiesElsewhere(name, folder.identity) ||
-      (identity != Identity() && !entered_.insert(identity).second)) {
-    return 0;
-  }
+  if (IsIgnored(name) || platform::IsLink(name.substr(0, name.size() - 1))) return 0;
+  if (found.file != 0 && !entered_.insert(IdentityOf(found)).second) return 0;
   const int number = manager_.AddFolder(name, 0);
   if (number < 0 || manager_.AddRel(FolderID(folder.number), FolderID(number)) < 0) return -1;
-  workList_.push_back({name, number, identity});
+  workList_.push_back({name, number});
   return 0;
 }
 

@@ -59,6 +59,9 @@ struct FileStat {
 // and fails on Windows.
 int Stat(const std::string& path, FileStat& result);
 int StatOpen(int fd, FileStat& result);
+// Whether the last component of `path` is itself a link (on Windows a symbolic link or a junction)
+// to somewhere else. False also when there is nothing of that name.
+bool IsLink(const std::string& path);
 int MakeFolder(const std::string& path);
 int Unlink(const std::string& path);
 int Rename(const std::string& from, const std::string& to);

@@ -154,6 +154,12 @@ int StatOpen(int fd, FileStat& result) {
   return 0;
 }
 
+bool IsLink(const std::string& path) {
+  struct stat status;
+  return ToNativePath(path, nativePath) && ::lstat(nativePath.c_str(), &status) == 0 &&
+         S_ISLNK(status.st_mode);
+}
+
 int MakeFolder(const std::string& path) {
   if (MustFail(FileCall::kMakeFolder)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);

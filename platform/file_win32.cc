@@ -131,6 +131,17 @@ int StatOpen(int fd, FileStat& result) {
   return 0;
 }
 
+bool IsLink(const std::string& path) {
+  WIN32_FIND_DATAA found;
+  const HANDLE search = ::FindFirstFileA(path.c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return false;
+  ::FindClose(search);
+  // Other reparse points, such as files kept in a cloud, are files and folders in their own right.
+  return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+         (found.dwReserved0 == IO_REPARSE_TAG_SYMLINK ||
+          found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
 int MakeFolder(const std::string& path) {
   if (MustFail(FileCall::kMakeFolder)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
