@@ -16,6 +16,11 @@ namespace zvrsit {
 
 enum class ProfText { kPlain, kScrambled };
 
+// The word of a record that stands at a byte offset.
+constexpr int WordAt(std::size_t offset) {
+  return static_cast<int>(offset / 4);
+}
+
 // The operations on one profile store, made for one call of the manager. Each sets the manager's
 // last error. A field is named by its word in the record.
 template <class Rec>

@@ -175,6 +175,11 @@ int SitPairDB::Count() {
   return file_.ReadWord(0, slots) ? slots : -1;
 }
 
+int SitPairDB::Slots() {
+  const std::int64_t inFile = (file_.Size() - kHeaderSize) / kRecordSize;
+  return static_cast<int>(std::clamp<std::int64_t>(Count(), 0, std::max<std::int64_t>(inFile, 0)));
+}
+
 std::optional<std::string> SitPairDB::GetString(int id) {
   return strings_.Get(id);
 }

@@ -89,6 +89,9 @@ class SitPairDB {
   // The first header word as the file has it; -1 when it cannot be read.
   int Count();
 
+  // How many of these slots the file really has.
+  int Slots();
+
   // Strings of the companion; each change goes to the history.
   std::optional<std::string> GetString(int id);
   int AddString(const char* text);

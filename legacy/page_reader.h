@@ -1,0 +1,24 @@
+// What a manager needs to read pages; made with the first page and kept from page to page.
+#pragma once
+
+#include <string>
+
+#include "dom/code_conv.h"
+#include "dom/dom.h"
+#include "dom/mapped_file.h"
+#include "legacy/sit_mgr_base.h"
+#include "links/extractor.h"
+#include "links/site_url.h"
+
+namespace zvrsit {
+
+struct SitMgrBase::PageReader {
+  DOM ownDom;  // for a manager that was given none
+  MappedFile file;
+  CodeConv conversion;
+  PageRows rows;
+  TargetResolver resolver;
+  std::string target;  // scratch of RegisterTarget
+};
+
+}  // namespace zvrsit

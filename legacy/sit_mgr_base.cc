@@ -1,0 +1,61 @@
+#include "legacy/sit_mgr_base.h"
+
+#include "legacy/page_reader.h"
+#include "platform/file.h"
+
+namespace zvrsit {
+
+SitMgrBase::SitMgrBase() : history_(std::make_shared<SitHist>()) {}
+
+SitMgrBase::SitMgrBase(const char* siteProfPath, const char* servProfPath, const char* dbDir)
+    : SitMgrBase() {
+  if (dbDir != nullptr) dbDir_ = dbDir;
+  if (siteProfPath != nullptr) {
+    siteProf_ = std::make_shared<SitProf<SiteRec>>(siteProfPath, history_.get());
+  }
+  if (servProfPath != nullptr) {
+    servProf_ = std::make_shared<SitProf<ServRec>>(servProfPath, history_.get());
+  }
+}
+
+SitMgrBase::~SitMgrBase() = default;
+
+int SitMgrBase::setDB(const std::string& dbDir, const std::string& siteProfName,
+                      const std::string& servProfName) {
+  dbDir_ = dbDir;
+  platform::MakeFolderOfPath(dbDir + siteProfName);
+  siteProf_ = std::make_shared<SitProf<SiteRec>>(dbDir + siteProfName, history_.get());
+  servProf_ = std::make_shared<SitProf<ServRec>>(dbDir + servProfName, history_.get());
+  return siteProf_->IsOpen() && servProf_->IsOpen() ? Succeed() : Fail(kSitCannotOpen);
+}
+
+std::string* SitMgrBase::DBDir() const {
+  return dbDir_ ? new std::string(*dbDir_) : nullptr;
+}
+
+int SitMgrBase::DeleteString(std::string* text) {
+  delete text;
+  return 0;
+}
+
+int SitMgrBase::Fail(int error) {
+  lastError_ = error;
+  return -1;
+}
+
+std::string* SitMgrBase::FailText(int error) {
+  lastError_ = error;
+  return nullptr;
+}
+
+int SitMgrBase::Succeed(int result) {
+  lastError_ = kSitOk;
+  return result;
+}
+
+SitMgrBase::PageReader& SitMgrBase::Reader() {
+  if (!reader_) reader_ = std::make_shared<PageReader>();
+  return *reader_;
+}
+
+}  // namespace zvrsit

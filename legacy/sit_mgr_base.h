@@ -1,0 +1,394 @@
+// The low layer of the older site manager: profiles, one open site with its five stores, single
+// entries, links, folders and relations, and the undo history over all of it.
+//
+// A site's entries are UrlIDs: kind 2 for a file of the site (the URL file), kind 3 for an external
+// URL (the junk file), kind 0 for a folder (the folder file); the number is the entry's index. The
+// link file joins kinds 2 and 3, the relation file joins a folder to the folders and files in it.
+//
+// Every operation sets the last error (sit_error.h), 0 on success. Unless said otherwise, an
+// operation gives 0, a count or a record number on success and -1 on failure. Where a
+// `std::string*` is given it is new and the caller's (DeleteString), and null means failure.
+// Operations on a site give 3 while none is open; an invalid argument gives 11.
+//
+// Every changing operation opens a step of the undo history. Paths are `\` paths in the code page;
+// a folder ends in "\". One thread at a time uses the managers of a process.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_error.h"
+#include "legacy/sit_hist.h"
+#include "legacy/sit_link_type.h"
+#include "legacy/sit_pair_db.h"
+#include "legacy/sit_prof.h"
+#include "platform/api.h"
+#include "util/url_id.h"
+
+namespace zvrsit {
+
+class DOM;
+class Document;
+template <class Rec>
+class ProfEditor;
+
+class ZVRSIT_API SitMgrBase {
+ public:
+  // A manager with no profile files and no database folder.
+  SitMgrBase();
+  // Opens or creates the profile files; a null path leaves that store absent. `dbDir` is put in
+  // front of the file names of a site as it stands, so it ends in "\"; null for none.
+  SitMgrBase(const char* siteProfPath, const char* servProfPath, const char* dbDir);
+  // A copy shares the stores of the original, meant: what one does the other sees.
+  SitMgrBase(const SitMgrBase&) = default;
+  SitMgrBase& operator=(const SitMgrBase&) = default;
+  virtual ~SitMgrBase();
+
+  // Sets the database folder, makes it where it is missing, and opens both profile files in it.
+  // The stores that are open already are let go. 0, or -1 with 5.
+  int setDB(const std::string& dbDir, const std::string& siteProfName,
+            const std::string& servProfName);
+  // The documents that Save and the rebuild parse are made by `dom`, which stays the caller's;
+  // without one the manager makes a DOM of its own.
+  void setDom(DOM* dom) { dom_ = dom; }
+
+  // The database folder, null when there is none. The last error stays as it is.
+  std::string* DBDir() const;
+  int lastError() const { return lastError_; }
+  static int DeleteString(std::string* text);
+
+  // Takes back the newest step or group. Always 0; what cannot be taken back stays as it is.
+  int Undo();
+
+  // --- Server profiles ---------------------------------------------------------------------
+  // The list. Num counts slots, deleted ones among them. Name: 15 for a deleted profile, 16 past
+  // the last. Add gives the number; a name that is empty or taken gives 11. Del marks a slot as
+  // deleted. Copy makes a new profile (its number), Move renames. GetID: the number, or 14.
+  int ServProfNum();
+  std::string* ServProfName(int number);
+  int ServProfAdd(const std::string& name);
+  int ServProfDel(const std::string& name);
+  int ServProfCopy(const std::string& from, const std::string& to);  // a group
+  int ServProfMove(const std::string& from, const std::string& to);
+  int ServProfGetID(const std::string& name);
+
+  // The fields, by record number: 14 for a number that there is not, 15 for an unreadable record,
+  // 17 (getter) for a text that is not set, 11 (setter) for an empty one, 7 without a store. A
+  // setter gives 0 as soon as the record could be read. Passwords are scrambled in the file.
+  int SetServProfHost(int number, const std::string& text);
+  std::string* GetServProfHost(int number);
+  int SetServProfUser(int number, const std::string& text);
+  std::string* GetServProfUser(int number);
+  int SetServProfPassword(int number, const std::string& text);
+  std::string* GetServProfPassword(int number);
+  int SetServProfDir(int number, const std::string& text);
+  std::string* GetServProfDir(int number);
+  int SetServProfFirewallHost(int number, const std::string& text);
+  std::string* GetServProfFirewallHost(int number);
+  int SetServProfFirewallUser(int number, const std::string& text);
+  std::string* GetServProfFirewallUser(int number);
+  int SetServProfFirewallPassword(int number, const std::string& text);
+  std::string* GetServProfFirewallPassword(int number);
+  int SetServProfInitRemoteDir(int number, const std::string& text);
+  std::string* GetServProfInitRemoteDir(int number);
+  int SetServProfMRUDirRemote(int number, const std::string& text);
+  std::string* GetServProfMRUDirRemote(int number);
+  int SetServProfMRUDirLocal(int number, const std::string& text);
+  std::string* GetServProfMRUDirLocal(int number);
+  int SetServProfAsciiSuffix(int number, const std::string& text);
+  std::string* GetServProfAsciiSuffix(int number);
+  int SetServProfFirewall(int number, int value);
+  int GetServProfFirewall(int number);
+  int SetServProfFxferType(int number, int value);
+  int GetServProfFxferType(int number);
+  int SetServProfInitDirMode(int number, int value);
+  int GetServProfInitDirMode(int number);
+  int SetServProfLockDir(int number, int value);
+  int GetServProfLockDir(int number);
+
+  // --- Site profiles -----------------------------------------------------------------------
+  // The list, as for servers. A site's name must do as a folder's name. A new site gets the names
+  // of five files of its own, in a folder named after it below the database folder; they stay when
+  // it is renamed. The files of a deleted site stay on disk, so that Undo finds them.
+  int SiteProfNum();
+  std::string* SiteProfName(int number);
+  int SiteProfAdd(const std::string& name);  // a group
+  int SiteProfDel(const std::string& name);
+  int SiteProfCopy(const std::string& from, const std::string& to);  // a group
+  int SiteProfMove(const std::string& from, const std::string& to);
+  int SiteProfGetID(const std::string& name);
+
+  // The fields, as for servers. Folders: 0 document root, 1 site folder, 9 the live URL. A folder
+  // index is taken as it is, without a bound: it counts on over the words of the record. Beyond
+  // the record the getter gives 17, the setter 11.
+  int SetSiteProfTopFile(int number, const std::string& text);
+  std::string* GetSiteProfTopFile(int number);
+  int SetSiteProfDir(int number, const std::string& text, int folder);  // a group
+  std::string* GetSiteProfDir(int number, int folder);
+  int SetSiteProfServProf(int number, const std::string& text);
+  std::string* GetSiteProfServProf(int number);
+  int SetSiteProfUrlDB(int number, const std::string& text);
+  std::string* GetSiteProfUrlDB(int number);
+  int SetSiteProfJunkDB(int number, const std::string& text);
+  std::string* GetSiteProfJunkDB(int number);
+  int SetSiteProfLinkDB(int number, const std::string& text);
+  std::string* GetSiteProfLinkDB(int number);
+  int SetSiteProfFolderDB(int number, const std::string& text);
+  std::string* GetSiteProfFolderDB(int number);
+  int SetSiteProfRelDB(int number, const std::string& text);
+  std::string* GetSiteProfRelDB(int number);
+  int SetSiteProfLastUsedDir(int number, const std::string& text);
+  std::string* GetSiteProfLastUsedDir(int number);
+  int SetSiteProfUseDocRoot(int number, int value);
+  int GetSiteProfUseDocRoot(int number);
+
+  // --- The open site -----------------------------------------------------------------------
+  // Opens a site by name. 7 without a profile store or database folder, 4 while a site is open, 14
+  // for a name that there is not, 17 for a file name that is not set, 5 for a file that cannot be
+  // opened.
+  int SiteOpen(const std::string& name);
+  // Packs and closes the stores. Steps made before can be undone in the profiles only from here:
+  // packing gives links new numbers.
+  int SiteClose();
+  // The record number of the open site; -1 for none. The last error stays as it is.
+  int OpenSite() const { return site_ ? siteId_ : -1; }
+
+  // The same fields of the open site's profile.
+  int SetSiteTopFile(const std::string& text);
+  int SetSiteDir(const std::string& text, int folder);
+  int SetSiteServProf(const std::string& text);
+  int SetSiteUrlDB(const std::string& text);
+  int SetSiteJunkDB(const std::string& text);
+  int SetSiteLinkDB(const std::string& text);
+  std::string* GetSiteTopFile();
+  std::string* GetSiteDir(int folder);
+
+  // --- URLs: kind 2 files of the site, kind 3 external URLs --------------------------------
+  int UrlNum(int kind);  // entries ever added, deleted ones among them
+  // The index of a text, added where it is new.
+  int UrlAdd(int kind, const std::string& text);
+  // Deletes an entry and leaves links to it alone: 15, 16, 20.
+  int UrlDel(const UrlID& id);
+  // Gives an entry another text; 11 when that is taken.
+  int UrlMove(const UrlID& id, const std::string& text);
+  // Looks among the files, then among the external URLs; 15 when it is in neither.
+  int UrlFind(const std::string& text, UrlID& id);
+  // The text of a file, or of either kind: 15 for a deleted entry, 16 past the last one.
+  std::string* UrlPath(const UrlID& id);
+  std::string* UrlUrl(const UrlID& id);
+
+  // The whole record. SetUrlRec leaves the key alone.
+  int GetUrlRec(const UrlID& id, SitUrlRec& record);
+  int SetUrlRec(const UrlID& id, const SitUrlRec& record);
+
+  // Single fields (sit_block_db.h). A text that is not set is got as an empty string; setting an
+  // empty one gives 11. Getters of numbers give -1 on failure, and the last error tells.
+  int SetUrlTitle(const UrlID& id, const std::string& text);
+  std::string* GetUrlTitle(const UrlID& id);
+  int SetUrlLastModified(const UrlID& id, const std::string& text);
+  std::string* GetUrlLastModified(const UrlID& id);
+  int SetUrlExpires(const UrlID& id, const std::string& text);
+  std::string* GetUrlExpires(const UrlID& id);
+  int SetUrlGenerator(const UrlID& id, const std::string& text);
+  std::string* GetUrlGenerator(const UrlID& id);
+  int SetUrlKeywords(const UrlID& id, const std::string& text);
+  std::string* GetUrlKeywords(const UrlID& id);
+  int SetUrlDescription(const UrlID& id, const std::string& text);
+  std::string* GetUrlDescription(const UrlID& id);
+  int SetUrlContentType(const UrlID& id, const std::string& text);
+  std::string* GetUrlContentType(const UrlID& id);
+  int SetUrlFileType(const UrlID& id, int value);
+  int GetUrlFileType(const UrlID& id);
+  int SetUrlSize(const UrlID& id, int value);
+  int GetUrlSize(const UrlID& id);
+  int SetUrlCreationTime(const UrlID& id, int value);
+  int GetUrlCreationTime(const UrlID& id);
+  int SetUrlModificationTime(const UrlID& id, int value);
+  int GetUrlModificationTime(const UrlID& id);
+  int SetUrlAccessTime(const UrlID& id, int value);
+  int GetUrlAccessTime(const UrlID& id);
+  int SetUrlStatus(const UrlID& id, int value);
+  int GetUrlStatus(const UrlID& id);
+  int SetUrlLastChecked(const UrlID& id, int value);
+  int GetUrlLastChecked(const UrlID& id);
+  // Publishing membership: Set ORs bits into the word, Unset clears bits.
+  int SetUrlFtpMember(const UrlID& id, int marks);
+  int UnsetUrlFtpMember(const UrlID& id, int marks);
+  int GetUrlFtpMember(const UrlID& id);
+
+  // --- Links -------------------------------------------------------------------------------
+  // Links are numbered by record: 15 for a deleted one, 16 past the last.
+  int LinkNum();
+  // Adds a link or raises the count of the pair's record; its number.
+  int LinkAdd(const UrlID& from, const UrlID& to);
+  // Takes one count off, or all with `force`; the count that is left. A count above 0 is not
+  // stored, so a link of several counts goes with `force` only.
+  int LinkDel(int link, int force);
+  // Deletes a link whatever its count and adds one between other ends, with its type and texts;
+  // the new number. A group, whose end is missing when the move fails.
+  int LinkMove(int link, const UrlID& from, const UrlID& to);
+  int SetLinkType(int link, int type);  // 1 to 13
+  int GetLinkType(int link);
+  int SetLinkAsIsUrl(int link, const std::string& text);
+  std::string* GetLinkAsIsUrl(int link);  // 17 when there is none
+  int SetLinkImgAlt(int link, const std::string& text);
+  std::string* GetLinkImgAlt(int link);  // 17 when there is none
+  int LinkBothSides(int link, UrlID& from, UrlID& to);
+  // The status word of the link's target entry; 7 when that is no live URL or junk entry.
+  int GetLinkStatus(int link);
+  // The next link from or to an entry; 15 at the end, and then from the first again. One position
+  // is shared by all queries of the process: a question about another entry starts anew.
+  int UrlForeLinks(const UrlID& id);
+  int UrlBackLinks(const UrlID& id);
+
+  // --- Folders and relations ---------------------------------------------------------------
+  int FolderNum();
+  // The index of a folder, added where it is new; a missing final "\" is appended.
+  int FolderAdd(const std::string& folder);
+  int FolderDel(int folder);
+  int FolderFind(const std::string& folder);  // 15 for none
+  std::string* FolderName(int folder);
+  // Joins a parent to a child, once; the number of the relation.
+  int RelAdd(const UrlID& parent, const UrlID& child);
+  int RelDel(const UrlID& parent, const UrlID& child);  // 15 for none
+  // The next child of a parent and the next parent of a child, as UrlForeLinks and UrlBackLinks.
+  int RelNextChild(const UrlID& parent, UrlID& child);
+  int RelNextParent(const UrlID& child, UrlID& parent);
+
+  // --- Documents ---------------------------------------------------------------------------
+  // Looks at the file of an entry of kind 2: type, size, times and status anew. The status word.
+  int InspectUrl(const UrlID& id);
+  // Store what a page's document says: its title, its META texts, and each of its links. Links of
+  // the page that are there already are not taken out. Targets that are new become entries.
+  int SaveTitle(const UrlID& page, const Document& document);
+  int SaveMeta(const UrlID& page, const Document& document);
+  int SaveLinkEach(const UrlID& page, const Document& document);
+  // Walks a folder of the open site: every regular file becomes an inspected entry, every folder
+  // one with its relations. Names that hold a "#" are left out; a real folder is entered once.
+  int RegisterAllFiles(const std::string& folder);
+  // Fills all stores of the open site anew from its folder and empties the history. `complete`
+  // gives entries new numbers; without it the entries of files stay, and those go that are
+  // missing, unmarked, and not linked to. Marks of publishing stay in both cases. 5 when a store
+  // cannot be emptied.
+  int SiteRebuildDB(int complete);
+
+ protected:
+  // A group of steps from here to the end of the scope.
+  class Group {
+   public:
+    explicit Group(SitHist& history) : history_(history) {
+      history_.NewStep()->groupMark = kGroupBegin;
+    }
+    ~Group() { history_.NewStep()->groupMark = kGroupEnd; }
+    Group(const Group&) = delete;
+    Group& operator=(const Group&) = delete;
+
+   private:
+    SitHist& history_;
+  };
+
+  // Handlers of Undo: 0 when done or skipped, -1 for a cell that is not theirs.
+  int UndoLinkDB(HistProc* step, HistCell* cell);
+  int UndoUrlDB(HistProc* step, HistCell* cell);
+  int UndoSiteProf(HistProc* step, HistCell* cell);
+  int UndoServProf(HistProc* step, HistCell* cell);
+
+  int Fail(int error);
+  std::string* FailText(int error);
+  int Succeed(int result = 0);
+
+  // The store of a kind of entry, null for another kind; with no site open the last error is 3.
+  SitBlockDB* StoreOf(int kind);
+  // The same for kinds 2 and 3 only.
+  SitBlockDB* UrlStoreOf(const UrlID& id);
+  // Whether the pair could be the end of a link or of a relation.
+  static bool IsLinkEnd(const UrlID& id);
+  static bool IsRelEnd(const UrlID& id);
+  std::unique_ptr<SitPairRec> ReadLink(int link);
+  // Deletes a link with its strings; no step of its own.
+  int DropLink(SitPairRec& record, bool force);
+  // Deletes all links from an entry, each in a step of its own.
+  int DropForeLinks(const UrlID& from);
+
+  // Reads the page of an entry from disk, and gives a document back. A file that cannot be read
+  // yields an empty document.
+  Document* LoadDocument(const std::string& path);
+  void FreeDocument(Document* document);
+  // Replaces title, META texts and links of a page by those of its document.
+  int SaveDocument(const UrlID& page, const Document& document);
+  // The entry of a file, inspected in either case.
+  int RegisterFile(const std::string& path);
+  // Registers the folders above a file or folder up to the site folder, each with its relation.
+  int RegisterParents(const std::string& path, const UrlID& child);
+
+  // The profile of the open site as it is now.
+  SiteRec SiteNow() const;
+  // Empty while none is open or the slot is not set.
+  std::string SiteFolder() const;
+  std::string TopFile() const;
+
+  std::shared_ptr<SitHist> history_;
+  std::shared_ptr<SitProf<SiteRec>> siteProf_;
+  std::shared_ptr<SitProf<ServRec>> servProf_;
+  std::shared_ptr<SiteRec> site_;  // of the open site, or of the one that is peeped into
+  int siteId_ = -1;
+  std::shared_ptr<SitBlockDB> urlDB_;
+  std::shared_ptr<SitBlockDB> junkDB_;
+  std::shared_ptr<SitBlockDB> folderDB_;
+  std::shared_ptr<SitPairDB> linkDB_;
+  std::shared_ptr<SitPairDB> relDB_;
+  std::optional<std::string> dbDir_;
+  int lastError_ = kSitOk;
+
+ private:
+  struct PageReader;
+
+  void UndoCells(HistProc* step);
+  void UndoCell(HistProc* step, HistCell* cell);
+
+  ProfEditor<ServRec> Servers();
+  ProfEditor<SiteRec> Sites();
+  int NameSiteFiles(int number, const std::string& name);
+  bool IsFolderTaken(const std::string& folder);
+  bool OpenStores(const std::array<std::string, 5>& paths);
+  void CloseStores();
+  std::optional<std::string> SiteString(int id) const;
+  template <class Setter>
+  int SetOpenSite(Setter set);
+
+  int GetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field);
+  int SetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field, int value);
+  std::string* GetUrlText(const UrlID& id, std::string SitUrlRec::*field);
+  int SetUrlText(const UrlID& id, std::string SitUrlRec::*field, const std::string& text);
+  std::string* GetLinkText(int link, std::int32_t SitPairRec::*field);
+  int SetLinkText(int link, std::int32_t SitPairRec::*field, const std::string& text);
+  int NextRelated(const UrlID& from, const UrlID& to, UrlID& other);
+
+  PageReader& Reader();
+  void FillFromDisk(SitUrlRec& record) const;
+  // Adds the target of the page in hand, and a link to it.
+  int RegisterLink(const UrlID& page, int type, std::string_view target,
+                   std::string_view alternative, UrlID* to = nullptr);
+  int RegisterLinkTo(const UrlID& page, const UrlID& to, int type, std::string_view text,
+                     std::string_view alternative);
+  int RegisterTarget(std::string_view target, UrlID& id);
+  int RegisterAppletFolder(const UrlID& page, const UrlID& applet);
+  int SaveRows(const UrlID& page, const Document& document);
+  int SaveTexts(const UrlID& page, bool title, bool metas);
+  // The entry of a file: as it is, or made anew from the disk.
+  int AddInspected(const std::string& path);
+  int Refill(const std::string& folder, int complete);
+  int EmptyStores(int complete);
+  int ReadPages();
+  void DropMissing();
+
+  std::shared_ptr<PageReader> reader_;
+  DOM* dom_ = nullptr;  // the caller's, or null
+};
+
+}  // namespace zvrsit

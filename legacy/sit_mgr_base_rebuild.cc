@@ -1,0 +1,161 @@
+// Filling the stores of a site from its folder.
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "legacy/sit_mgr_base.h"
+#include "platform/file.h"
+#include "platform/folder_search.h"
+#include "util/file_type.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+
+namespace {
+
+struct FoundEntry {
+  std::string path;  // of a folder with its final "\"
+  bool isFolder;
+};
+
+// The entries of a folder that a site registers: regular files and folders, without names that
+// hold a "#".
+std::vector<FoundEntry> ListFolder(const std::string& folder) {
+  std::vector<FoundEntry> entries;
+  platform::FindData found;
+  platform::FindHandle handle = platform::FindFirst(folder + "*.*", found);
+  if (handle == nullptr) return entries;
+  do {
+    if (found.name == "." || found.name == "..") continue;
+    if (FindLastHashMB(found.name) != std::string::npos) continue;
+    const std::string path = folder + found.name;
+    platform::FileStat stat;
+    if (platform::Stat(path, stat) < 0) continue;
+    if (stat.isRegular()) entries.push_back({path, false});
+    if (stat.isFolder()) entries.push_back({path + "\\", true});
+  } while (platform::FindNext(handle, found));
+  platform::FindClose(handle);
+  return entries;
+}
+
+// Whether a folder is met for the first time, by whatever path.
+class VisitedFolders {
+ public:
+  bool Enter(const std::string& folder) {
+    platform::FileStat stat;
+    if (platform::Stat(folder.substr(0, folder.size() - 1), stat) < 0) return false;
+    return seen_.emplace(stat.device, stat.file).second;
+  }
+
+ private:
+  std::set<std::pair<std::uint64_t, std::uint64_t>> seen_;
+};
+
+}  // namespace
+
+int SitMgrBase::RegisterAllFiles(const std::string& folder) {
+  if (!linkDB_ || folder.empty()) {
+    history_->NewStep();
+    return Fail(linkDB_ ? kSitBadArgument : kSitNotOpen);
+  }
+  std::vector<std::string> work = {folder.back() == '\\' ? folder : folder + '\\'};
+  VisitedFolders visited;
+  if (!visited.Enter(work.back())) {
+    history_->NewStep();
+    return Fail(kSitNotFound);
+  }
+  while (!work.empty()) {
+    const std::string current = std::move(work.back());
+    work.pop_back();
+    const int parent = FolderAdd(current);
+    if (parent < 0) return -1;
+    for (const FoundEntry& entry : ListFolder(current)) {
+      if (entry.isFolder && !visited.Enter(entry.path)) continue;
+      const UrlID child = entry.isFolder ? UrlID(kKindFolder, FolderAdd(entry.path))
+                                         : UrlID(kKindPath, RegisterFile(entry.path));
+      if (child.id < 0 || RelAdd({kKindFolder, parent}, child) < 0) return -1;
+      if (entry.isFolder) work.push_back(entry.path);
+    }
+  }
+  return Succeed();
+}
+
+int SitMgrBase::RegisterFile(const std::string& path) {
+  const int found = urlDB_->Find(path);
+  if (found < 0) return AddInspected(path);
+  return InspectUrl({kKindPath, found}) < 0 ? -1 : found;
+}
+
+int SitMgrBase::SiteRebuildDB(int complete) {
+  if (!linkDB_) return Fail(kSitNotOpen);
+  const std::string folder = SiteFolder();
+  if (folder.empty()) return Fail(kSitNoValue);
+  platform::FileStat stat;
+  if (platform::Stat(folder.substr(0, folder.size() - 1), stat) < 0 || !stat.isFolder()) {
+    return Fail(kSitNotFound);
+  }
+  history_->Clear();
+  const int result = Refill(folder, complete);
+  // Nothing of a rebuild can be taken back.
+  const int error = lastError_;
+  history_->Clear();
+  lastError_ = error;
+  return result;
+}
+
+int SitMgrBase::Refill(const std::string& folder, int complete) {
+  std::unordered_map<std::string, std::int32_t> marks;
+  for (int i = 0; i < urlDB_->Num(); ++i) {
+    const std::int32_t kept = GetUrlFtpMember({kKindPath, i});
+    if (lastError_ == kSitOk && (kept & ~kMemberReached) != 0) {
+      marks[urlDB_->Key(i)] = kept & ~kMemberReached;
+    }
+  }
+  if (EmptyStores(complete) < 0) return Fail(kSitCannotOpen);
+  for (int i = 0; i < urlDB_->Num(); ++i) InspectUrl({kKindPath, i});
+  if (RegisterAllFiles(folder) < 0 || ReadPages() < 0) return -1;
+  for (const auto& [path, mark] : marks) {
+    const int file = urlDB_->Find(path);
+    if (file >= 0) SetUrlFtpMember({kKindPath, file}, mark);
+  }
+  DropMissing();
+  return Succeed();
+}
+
+int SitMgrBase::EmptyStores(int complete) {
+  bool emptied = linkDB_->Remove() == 0 && relDB_->Remove() == 0 && folderDB_->Remove() == 0;
+  if (complete != 0) emptied = emptied && urlDB_->Remove() == 0 && junkDB_->Remove() == 0;
+  return emptied && linkDB_->IsOpen() && relDB_->IsOpen() ? 0 : -1;
+}
+
+int SitMgrBase::ReadPages() {
+  const int pages = urlDB_->Num();
+  for (int i = 0; i < pages; ++i) {
+    SitUrlRec record;
+    if (urlDB_->Read(i, record) != kSitOk) continue;
+    if (record.fileType != static_cast<std::int32_t>(FT_HTML)) continue;
+    if ((record.status & (kStatusFound | kStatusOutside | kStatusBroken)) != kStatusFound) continue;
+    Document* document = LoadDocument(record.key);
+    const int result = document != nullptr ? SaveDocument({kKindPath, i}, *document) : -1;
+    FreeDocument(document);
+    if (result < 0) return -1;
+    history_->Clear();
+  }
+  return Succeed();
+}
+
+void SitMgrBase::DropMissing() {
+  for (int i = 0; i < urlDB_->Num(); ++i) {
+    SitUrlRec record;
+    if (urlDB_->Read(i, record) != kSitOk || (record.status & kStatusMissing) == 0) continue;
+    const bool marked = (record.ftpMember & ~kMemberReached) != 0;
+    if (!marked && linkDB_->Matching(kAnyUrlID, {kKindPath, i}).empty()) UrlDel({kKindPath, i});
+  }
+  for (int i = 0; i < junkDB_->Num(); ++i) {
+    if (linkDB_->Matching(kAnyUrlID, {kKindUrl, i}).empty()) UrlDel({kKindUrl, i});
+  }
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,161 @@
+// Site profiles.
+#include <cstddef>
+
+#include "legacy/prof_editor.h"
+#include "legacy/sit_mgr_base.h"
+#include "platform/file.h"
+#include "util/site_name.h"
+
+namespace zvrsit {
+
+namespace {
+
+// The word of a folder slot; -1 outside of the record. The slots are ten, but an index that leads
+// to another word of the record is meant to reach it.
+int DirWord(int folder) {
+  constexpr int kFirst = WordAt(offsetof(SiteRec, dir));
+  constexpr int kWords = WordAt(sizeof(SiteRec));
+  return folder >= -kFirst && folder < kWords - kFirst ? kFirst + folder : -1;
+}
+
+}  // namespace
+
+ProfEditor<SiteRec> SitMgrBase::Sites() {
+  return {siteProf_.get(), *history_, lastError_};
+}
+
+int SitMgrBase::SiteProfNum() {
+  return Sites().Num();
+}
+
+std::string* SitMgrBase::SiteProfName(int number) {
+  return Sites().Name(number);
+}
+
+int SitMgrBase::SiteProfAdd(const std::string& name) {
+  const Group group(*history_);
+  if (!IsSiteName(name)) return Fail(kSitBadArgument);
+  const int number = Sites().Add(name, {});
+  return number < 0 ? -1 : NameSiteFiles(number, name);
+}
+
+int SitMgrBase::SiteProfDel(const std::string& name) {
+  return Sites().Del(name);
+}
+
+int SitMgrBase::SiteProfCopy(const std::string& from, const std::string& to) {
+  const Group group(*history_);
+  if (!IsSiteName(to)) return Fail(kSitBadArgument);
+  const int number = Sites().Copy(from, to);
+  return number < 0 ? -1 : NameSiteFiles(number, to);
+}
+
+int SitMgrBase::SiteProfMove(const std::string& from, const std::string& to) {
+  if (!IsSiteName(to)) {
+    history_->NewStep();
+    return Fail(kSitBadArgument);
+  }
+  return Sites().Move(from, to);
+}
+
+int SitMgrBase::SiteProfGetID(const std::string& name) {
+  return Sites().GetID(name);
+}
+
+// Whether another site keeps its files in this folder, or files of a deleted one lie there.
+bool SitMgrBase::IsFolderTaken(const std::string& folder) {
+  const std::string urlDB = folder + "\\Url.db";
+  for (int i = 0; i < siteProf_->Slots(); ++i) {
+    SiteRec record;
+    const auto taken = siteProf_->Read(i, record) == 0 ? siteProf_->GetString(record.urlDB)
+                                                       : std::optional<std::string>();
+    if (taken && EqualIgnoringCase(*taken, urlDB)) return true;
+  }
+  platform::FileStat stat;
+  return dbDir_ && platform::Stat(*dbDir_ + urlDB, stat) >= 0;
+}
+
+int SitMgrBase::NameSiteFiles(int number, const std::string& name) {
+  std::string folder = name;
+  for (int i = 2; IsFolderTaken(folder); ++i) folder = name + "~" + std::to_string(i);
+  SetSiteProfUrlDB(number, folder + "\\Url.db");
+  SetSiteProfJunkDB(number, folder + "\\Junk.db");
+  SetSiteProfLinkDB(number, folder + "\\Link.db");
+  SetSiteProfFolderDB(number, folder + "\\Folder.db");
+  SetSiteProfRelDB(number, folder + "\\Rel.db");
+  return lastError_ == kSitOk ? number : -1;
+}
+
+int SitMgrBase::SetSiteProfDir(int number, const std::string& text, int folder) {
+  const Group group(*history_);
+  return Sites().SetText(number, DirWord(folder), text);
+}
+
+std::string* SitMgrBase::GetSiteProfDir(int number, int folder) {
+  return Sites().GetText(number, DirWord(folder));
+}
+
+int SitMgrBase::SetSiteProfTopFile(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, topFile)), text);
+}
+std::string* SitMgrBase::GetSiteProfTopFile(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, topFile)));
+}
+
+int SitMgrBase::SetSiteProfServProf(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, servProf)), text);
+}
+std::string* SitMgrBase::GetSiteProfServProf(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, servProf)));
+}
+
+int SitMgrBase::SetSiteProfUrlDB(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, urlDB)), text);
+}
+std::string* SitMgrBase::GetSiteProfUrlDB(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, urlDB)));
+}
+
+int SitMgrBase::SetSiteProfJunkDB(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, junkDB)), text);
+}
+std::string* SitMgrBase::GetSiteProfJunkDB(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, junkDB)));
+}
+
+int SitMgrBase::SetSiteProfLinkDB(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, linkDB)), text);
+}
+std::string* SitMgrBase::GetSiteProfLinkDB(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, linkDB)));
+}
+
+int SitMgrBase::SetSiteProfFolderDB(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, folderDB)), text);
+}
+std::string* SitMgrBase::GetSiteProfFolderDB(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, folderDB)));
+}
+
+int SitMgrBase::SetSiteProfRelDB(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, relDB)), text);
+}
+std::string* SitMgrBase::GetSiteProfRelDB(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, relDB)));
+}
+
+int SitMgrBase::SetSiteProfLastUsedDir(int number, const std::string& text) {
+  return Sites().SetText(number, WordAt(offsetof(SiteRec, lastUsedDir)), text);
+}
+std::string* SitMgrBase::GetSiteProfLastUsedDir(int number) {
+  return Sites().GetText(number, WordAt(offsetof(SiteRec, lastUsedDir)));
+}
+
+int SitMgrBase::SetSiteProfUseDocRoot(int number, int value) {
+  return Sites().SetNumber(number, WordAt(offsetof(SiteRec, useDocRoot)), value);
+}
+int SitMgrBase::GetSiteProfUseDocRoot(int number) {
+  return Sites().GetNumber(number, WordAt(offsetof(SiteRec, useDocRoot)));
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,251 @@
+// Taking back steps: the walk, and a handler for each kind of store.
+#include <array>
+#include <iterator>
+
+#include "legacy/sit_mgr_base.h"
+#include "legacy/word_record.h"
+
+namespace zvrsit {
+
+namespace {
+
+// Under which new ids the texts of deleted strings were restored.
+struct RestoredString {
+  int oldId = -1;  // -1: the slot is free
+  int newId = -1;
+};
+
+constexpr int kRemapSlots = 16;
+
+// One for all managers, a bank for the links and one for the relations.
+std::array<RestoredString, kRemapSlots> remapBanks[2];
+int remapCount = 0;  // slots in use; common to both banks, meant
+
+// True when the slot was put to use below the count.
+bool EnterRestored(std::array<RestoredString, kRemapSlots>& bank, int oldId, int newId) {
+  for (int i = 0; i < kRemapSlots; ++i) {
+    RestoredString& slot = bank[static_cast<std::size_t>(i)];
+    if (i >= remapCount) {
+      remapCount = i + 1;
+      slot = {oldId, newId};
+      return false;
+    }
+    if (slot.oldId == -1) {
+      slot = {oldId, newId};
+      return true;
+    }
+  }
+  return false;
+}
+
+// Replaces the id by the one that its text now has and frees the slot; false when it is in none.
+bool Remap(std::array<RestoredString, kRemapSlots>& bank, std::int32_t& id) {
+  if (id < 0) return false;
+  for (int i = 0; i < remapCount; ++i) {
+    RestoredString& slot = bank[static_cast<std::size_t>(i)];
+    if (slot.oldId != id) continue;
+    id = slot.newId;
+    slot.oldId = -1;
+    return true;
+  }
+  return false;
+}
+
+// Where the record of a cell stands now: in its slot, or, when it was deleted and added again in
+// between, in the last one of its pair. -1 when it is gone, or when packing has given its slot to
+// another pair.
+int SlotNow(SitPairDB& store, const SitPairRec& record) {
+  const auto current = store.Read(record.id);
+  if (!current || current->from != record.from || current->to != record.to) return -1;
+  if (current->id == record.id) return record.id;
+  const std::vector<int> ids = store.Matching(record.from, record.to);
+  return ids.empty() ? -1 : ids.back();
+}
+
+std::unique_ptr<SitPairRec> FindPair(SitPairDB& store, const UrlID& from, const UrlID& to) {
+  auto found = store.Find(from, to);
+  // Null may only mean that an enumeration of this pair had come to its end.
+  return found ? std::move(found) : store.Find(from, to);
+}
+
+// Each of these is true when a cell of the reversal is to be dropped.
+
+bool UndoPairAdd(SitPairDB& store, const SitPairRec& old) {
+  SitPairRec record = old;
+  record.id = SlotNow(store, old);
+  if (record.refCount < 1 || record.id < 0) return false;
+  return store.Delete(record, false) == 0;
+}
+
+bool UndoPairDelete(SitPairDB& store, int bank, SitPairRec old) {
+  store.Add(old.from, old.to);
+  const auto found = FindPair(store, old.from, old.to);
+  if (found && Remap(remapBanks[bank], old.asIsUrlId)) {
+    found->linkType = old.linkType;
+    found->asIsUrlId = old.asIsUrlId;
+    found->imgAltId = old.imgAltId;
+  }
+  // A link that had no text of its own comes back as a new one, of type 1 and without strings.
+  remapCount = 0;
+  if (found) store.Write(*found);
+  return true;
+}
+
+bool UndoPairRewrite(SitPairDB& store, int bank, SitPairRec old) {
+  // Only this string follows its text; the alternative text's id is written back as it was. Meant.
+  Remap(remapBanks[bank], old.asIsUrlId);
+  remapCount = 0;
+  old.id = SlotNow(store, old);
+  return old.id >= 0 && store.Write(old) > 0;
+}
+
+template <class Rec>
+int UndoProf(SitProf<Rec>* store, SitHist& history, HistProc* step, const HistCell& cell) {
+  if (store == nullptr) return 0;
+  Rec record;
+  const bool hasRecord = WordsFromText(cell.data, record);
+  bool done = false;
+  switch (cell.code & kOpMask) {
+    case kOpStringAdd:
+      done = store->GetString(cell.value) && store->DeleteString(cell.value) == 0;
+      break;
+    case kOpStringDelete:
+      // Later changes have been taken back, so the id is free and the text gets it again.
+      done = store->RestoreString(cell.value, cell.data) >= 0;
+      break;
+    case kOpRewrite:
+      done = hasRecord && store->Write(cell.value, record) == 0;
+      break;
+    case kOpAdd:
+      done = store->TakeBackAdd(cell.value) == 0;
+      break;
+    case kOpDelete:
+      done = hasRecord && store->TakeBackDelete(cell.value, record) == 0;
+      break;
+    default:
+      break;
+  }
+  if (done) history.DropLastCell(step);
+  return 0;
+}
+
+}  // namespace
+
+int SitMgrBase::Undo() {
+  int depth = 0;
+  do {
+    HistProc* step = history_->LastStep();
+    if (step == nullptr) return 0;
+    if (step->groupMark == kGroupEnd) ++depth;
+    if (step->groupMark == kGroupBegin) --depth;
+    UndoCells(step);
+    history_->DropLastStep();
+  } while (depth > 0);
+  return 0;
+}
+
+void SitMgrBase::UndoCells(HistProc* step) {
+  if (step->cells.empty()) return;
+  for (auto cell = std::prev(step->cells.end());;) {
+    // The handler may drop this cell, never one before it.
+    const bool first = cell == step->cells.begin();
+    const auto before = first ? cell : std::prev(cell);
+    UndoCell(step, &*cell);
+    if (first) return;
+    cell = before;
+  }
+}
+
+void SitMgrBase::UndoCell(HistProc* step, HistCell* cell) {
+  switch (cell->code & kTagMask) {
+    case kTagLink:
+    case kTagRel:
+      UndoLinkDB(step, cell);
+      break;
+    case kTagUrl:
+    case kTagJunk:
+    case kTagFolder:
+      UndoUrlDB(step, cell);
+      break;
+    case kTagSiteProf:
+      UndoSiteProf(step, cell);
+      break;
+    case kTagServProf:
+      UndoServProf(step, cell);
+      break;
+    default:
+      break;
+  }
+}
+
+int SitMgrBase::UndoLinkDB(HistProc* step, HistCell* cell) {
+  const std::uint32_t tag = cell->code & kTagMask;
+  if (tag != kTagLink && tag != kTagRel) return -1;
+  SitPairDB* store = tag == kTagLink ? linkDB_.get() : relDB_.get();
+  if (store == nullptr || step->session != history_->session()) return 0;
+  const int bank = tag == kTagLink ? 0 : 1;
+  SitPairRec record;
+  const bool hasRecord = WordsFromText(cell->data, record);
+  bool drop = false;
+  switch (cell->code & kOpMask) {
+    case kOpStringAdd:
+      drop = store->GetString(cell->value) && store->DeleteString(cell->value) == 0;
+      break;
+    case kOpStringDelete: {
+      const int restored = store->AddString(cell->data.c_str());
+      // Where the count is raised for it, the cell of the reversal stays. Meant.
+      drop = EnterRestored(remapBanks[bank], cell->value, restored);
+      break;
+    }
+    case kOpRewrite:
+      drop = hasRecord && UndoPairRewrite(*store, bank, record);
+      break;
+    case kOpAdd:
+      drop = hasRecord && UndoPairAdd(*store, record);
+      break;
+    case kOpDelete:
+      drop = hasRecord && UndoPairDelete(*store, bank, record);
+      break;
+    default:
+      break;
+  }
+  if (drop) history_->DropLastCell(step);
+  return 0;
+}
+
+int SitMgrBase::UndoUrlDB(HistProc* step, HistCell* cell) {
+  const std::uint32_t tag = cell->code & kTagMask;
+  if (tag != kTagUrl && tag != kTagJunk && tag != kTagFolder) return -1;
+  SitBlockDB* store = (tag == kTagUrl ? urlDB_ : tag == kTagJunk ? junkDB_ : folderDB_).get();
+  if (store == nullptr || step->session != history_->session()) return 0;
+  SitUrlRec record;
+  if (!DecodeUrlRec(cell->data.data(), cell->data.size(), record)) return 0;
+  bool done = false;
+  switch (cell->code & kOpMask) {
+    case kOpAdd:
+      done = store->TakeBackAdd(cell->value) == 0;
+      break;
+    case kOpDelete:
+      done = store->TakeBackDelete(cell->value, record) == 0;
+      break;
+    case kOpRewrite:
+      done = store->Write(cell->value, record) == kSitOk;
+      break;
+    default:
+      break;
+  }
+  if (done) history_->DropLastCell(step);
+  return 0;
+}
+
+int SitMgrBase::UndoSiteProf(HistProc* step, HistCell* cell) {
+  if ((cell->code & kTagMask) != kTagSiteProf) return -1;
+  return UndoProf(siteProf_.get(), *history_, step, *cell);
+}
+
+int SitMgrBase::UndoServProf(HistProc* step, HistCell* cell) {
+  if ((cell->code & kTagMask) != kTagServProf) return -1;
+  return UndoProf(servProf_.get(), *history_, step, *cell);
+}
+
+}  // namespace zvrsit

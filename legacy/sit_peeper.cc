@@ -1,0 +1,71 @@
+#include "legacy/sit_peeper.h"
+
+#include <memory>
+
+namespace zvrsit {
+
+SitPeeper::SitPeeper() : SitMgrBase(nullptr, nullptr, nullptr) {}
+
+SitPeeper::~SitPeeper() = default;
+
+int SitPeeper::BeginPeep(int siteId) {
+  if (site_) return Fail(kSitAlreadyHeld);
+  auto record = std::make_shared<SiteRec>();
+  if (!siteProf_ || siteProf_->Read(siteId, *record) < 0) return Fail(kSitNotFound);
+  // Without a database folder the last error stays as it was. Meant.
+  const std::unique_ptr<std::string> folder(DBDir());
+  if (!folder) return -1;
+  const std::unique_ptr<std::string> name(GetSiteProfUrlDB(siteId));
+  if (!name) return Fail(kSitNoValue);
+  auto urlDB = std::make_shared<SitBlockDB>();
+  if (urlDB->Open(*folder + *name, SitBlockDB::kUrlFile, SitBlockDB::kBuckets) < 0) {
+    return Fail(kSitCannotOpen);
+  }
+  site_ = std::move(record);
+  urlDB_ = std::move(urlDB);
+  return Succeed();
+}
+
+int SitPeeper::EndPeep() {
+  urlDB_.reset();
+  site_.reset();
+  return 0;
+}
+
+std::vector<std::string*>* SitPeeper::EnumPath(const std::string& siteName) {
+  if (!siteProf_ || siteProf_->Num() < 1) return nullptr;
+  SiteRec record;
+  int siteId = -1;
+  if (siteProf_->Find(siteName, record, &siteId) < 0 || BeginPeep(siteId) < 0) return nullptr;
+  auto paths = std::make_unique<std::vector<std::string*>>();
+  for (int i = 0;; ++i) {
+    std::string* path = UrlPath({kKindPath, i});
+    if (path == nullptr && lastError_ == kSitPastEnd) break;
+    if (path == nullptr && lastError_ == kSitNotFound) continue;
+    // Null for an entry that is there and cannot be read. Meant.
+    paths->push_back(path);
+  }
+  EndPeep();
+  return paths.release();
+}
+
+std::vector<std::string*>* SitPeeper::GetSiteByPath(const std::string& path) {
+  if (!siteProf_ || !siteProf_->IsOpen() || siteProf_->Num() < 0) return nullptr;
+  auto names = std::make_unique<std::vector<std::string*>>();
+  for (int n = 0; n < siteProf_->Slots(); ++n) {
+    if (BeginPeep(n) < 0) continue;
+    if (urlDB_->Find(path) >= 0) {
+      if (std::string* name = SiteProfName(n)) names->push_back(name);
+    }
+    EndPeep();
+  }
+  return names.release();
+}
+
+int SitPeeper::DeleteStrings(std::vector<std::string*>* strings) {
+  // The strings stay the caller's. Meant.
+  if (strings != nullptr) strings->clear();
+  return 0;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,37 @@
+// Looks into all sites of the older generation without opening one: which files a site holds, and
+// which sites hold a path. Of a site only its URL file is opened.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "legacy/sit_mgr_base.h"
+
+namespace zvrsit {
+
+// Results are new vectors of new strings, and the caller's: each string goes back through
+// DeleteString, then the vector is emptied by DeleteStrings and deleted. Null means failure.
+class ZVRSIT_API SitPeeper : public SitMgrBase {
+ public:
+  // No profile files and no database folder; setDB gives them.
+  SitPeeper();
+  // Shares the stores of the original.
+  SitPeeper(const SitPeeper&) = default;
+  ~SitPeeper() override;
+
+  // The paths of a site's files. Null without a profile store, for a name that no site has, and
+  // when the URL file cannot be opened (last error 4, 5, 15 or 17). An entry that cannot be read
+  // for another reason than that it is deleted is a null pointer.
+  std::vector<std::string*>* EnumPath(const std::string& siteName);
+  // The names of the sites that hold a path, byte for byte, in the order of their profiles; empty
+  // for none. Null without an open profile store.
+  std::vector<std::string*>* GetSiteByPath(const std::string& path);
+  // Empties the vector and frees neither the strings nor the vector. Always 0.
+  int DeleteStrings(std::vector<std::string*>* strings);
+
+ private:
+  int BeginPeep(int siteId);
+  int EndPeep();
+};
+
+}  // namespace zvrsit
