@@ -154,7 +154,7 @@ class ZVRSIT_API Element {
 };
 
 // An element, a text, or nothing.
-class ZVRSIT_API Node {
+class Node {
  public:
   Node() = default;
   explicit Node(Element element) : element_(element) {}
