@@ -10,13 +10,15 @@ import sys
 MARKED = re.compile(
     r"(?:class|struct)\s+ZVRSIT_API\s+(\w+)"  # a class whole
     r"|ZVRSIT_API\s+[^;(){]*?[\s&*](\w+)\s*[({;=]")  # a function or a variable
+WINDOWS_ONLY = re.compile(r"^#if defined\(_WIN32\)$.*?^#(?:else|endif)", re.M | re.S)
 
 
 def marked_names(source):
     names = set()
     for header in source.glob("*/**/*.h"):
         if not {"build", "tests"} & set(header.relative_to(source).parts):
-            for match in MARKED.finditer(header.read_text(errors="replace")):
+            text = WINDOWS_ONLY.sub("", header.read_text(errors="replace"))
+            for match in MARKED.finditer(text):
                 names.add(match.group(1) or match.group(2))
     return names
 
