@@ -50,9 +50,8 @@ bool IsCss(const Element& style) {
   return value.empty() || value == "TEXT/CSS";
 }
 
-// Without a bracket, declarations hold no address. "&" may stand for one.
-bool MayHoldAddress(std::string_view declarations) {
-  return declarations.find_first_of("(&") != std::string_view::npos;
+bool HoldsCharacterReference(std::string_view html) {
+  return html.find('&') != std::string_view::npos;
 }
 
 void EndSiblings(std::vector<CssNode>& nodes) {
@@ -157,6 +156,11 @@ void CCSSControl::ReadSheet(const std::string& path, CssSheet& sheet) {
   const std::string_view text = DecodeSheet({file.top(), file.size()}, buffer);
   found_.clear();
   CollectCssReferences(text, CssSource::kSheet, found_);
+  const bool isInFile = text.data() != buffer.data();
+  for (CssReference& reference : found_) {
+    reference.offset =
+        isInFile ? reference.offset + static_cast<int>(text.data() - file.top()) : -1;
+  }
   BeginFile(path);
   AddReferences(sheet.references);
   EndSiblings(sheet.references);
@@ -193,12 +197,12 @@ void CCSSControl::AddLinks(const Document& document, CCSSFileTree& tree) {
     if (!rel || !href) continue;
     std::string words = rel.value();
     ToUpperMB(words);
-    if (words == "STYLESHEET") {
-      AddNode(href.value(), Type_Link, tree.ofThePage_);
-    } else if (HoldsStylesheet(words) && AddNode(href.value(), Type_Link, tree.roots_) &&
-               !tree.roots_.back().isSheet) {
-      tree.roots_.pop_back();
-    }
+    const bool isStyleLink = words == "STYLESHEET";
+    if (!isStyleLink && !HoldsStylesheet(words)) continue;
+    std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage_ : tree.roots_;
+    const int offset = static_cast<int>(href.valueOffset());
+    const bool isAdded = AddNode(href.value(), offset, Type_Link, nodes);
+    if (!isStyleLink && isAdded && !nodes.back().isSheet) nodes.pop_back();
   }
 }
 
@@ -207,31 +211,52 @@ void CCSSControl::FindInStyles(const Document& document) {
     for (const std::uint32_t index : document.elementsOf(tag)) {
       const Element style = document.element(index);
       const Text text = style.firstChild().asText();
-      if (text && IsCss(style)) CollectCssReferences(text.data(true), CssSource::kSheet, found_);
+      if (!text || !IsCss(style)) continue;
+      const bool isDecoded = tag == Tag::kStyle || !HoldsCharacterReference(text.rawData());
+      const std::string decoded = isDecoded ? std::string() : text.data(true);
+      FindInPage(document, text.rawData(), isDecoded ? text.rawData() : decoded, CssSource::kSheet);
     }
   }
 }
 
 void CCSSControl::FindInStyleAttributes(const Document& document) {
   for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
-    if (!MayHoldAddress(style.attribute.rawValue())) continue;
-    CollectCssReferences(style.attribute.value(), CssSource::kDeclarations, found_);
+    const std::string_view raw = style.attribute.rawValue();
+    const bool isDecoded = !HoldsCharacterReference(raw);
+    if (isDecoded && raw.find('(') == std::string_view::npos) continue;  // holds no address
+    const std::string decoded = isDecoded ? std::string() : style.attribute.value();
+    FindInPage(document, raw, isDecoded ? raw : decoded, CssSource::kDeclarations);
+  }
+}
+
+// `raw` is a part of the document's text, and `decoded` what it stands for, or the same. Offsets
+// in decoded text would be off, so there the whole part is where its references stand.
+void CCSSControl::FindInPage(const Document& document, std::string_view raw,
+                             std::string_view decoded, CssSource source) {
+  const auto start = static_cast<std::int32_t>(raw.data() - document.text().data());
+  const bool isExact = decoded.data() == raw.data();
+  const size_t first = found_.size();
+  CollectCssReferences(decoded, source, found_);
+  for (size_t i = first; i < found_.size(); ++i) {
+    found_[i].offset = isExact ? start + found_[i].offset : start;
   }
 }
 
 void CCSSControl::AddReferences(std::vector<CssNode>& nodes) {
   for (const CssReference& reference : found_) {
-    AddNode(reference.text, TypeOf(reference.kind), nodes);
+    AddNode(reference.text, reference.offset, TypeOf(reference.kind), nodes);
   }
 }
 
 // False when the reference names nothing that could be recorded.
-bool CCSSControl::AddNode(const std::string& declared, int type, std::vector<CssNode>& nodes) {
+bool CCSSControl::AddNode(const std::string& declared, int offset, int type,
+                          std::vector<CssNode>& nodes) {
   CssNode node;
   const TargetKind kind = declared.empty() ? TargetKind::kNone : resolver_.Resolve(declared, node);
   if (kind != TargetKind::kLocal && kind != TargetKind::kExternal) return false;
   if (node.empty()) return false;
   node.declared = declared;
+  node.offset = offset;
   node.type = type;
   node.isExternal = kind == TargetKind::kExternal;
   const bool namesSheet = type == Type_Link || type == Type_Import;

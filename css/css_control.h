@@ -1,6 +1,7 @@
 // The style-sheet library's front: reads the sheets of pages and gives their file trees.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,6 +18,7 @@ namespace zvrsit {
 class DOM;
 class Document;
 struct CssNode;
+enum class CssSource : std::uint8_t;
 struct CssReference;
 struct CssSheet;
 
@@ -68,14 +70,16 @@ class ZVRSIT_API CCSSControl {
 
   void CollectPage(const std::string& path, const Document& document, CCSSFileTree& tree);
   void AddLinks(const Document& document, CCSSFileTree& tree);
-  // Both append to found_.
+  // All append to found_.
   void FindInStyles(const Document& document);
   void FindInStyleAttributes(const Document& document);
+  void FindInPage(const Document& document, std::string_view raw, std::string_view decoded,
+                  CssSource source);
 
   // References are taken from the file at `path` from here on.
   void BeginFile(const std::string& path);
   void AddReferences(std::vector<CssNode>& nodes);  // of found_
-  bool AddNode(const std::string& declared, int type, std::vector<CssNode>& nodes);
+  bool AddNode(const std::string& declared, int offset, int type, std::vector<CssNode>& nodes);
   bool IsReadable(const std::string& path) const;
 
   DOM* dom_ = nullptr;

@@ -1,6 +1,7 @@
 #include "css/css_decode.h"
 
 #include "platform/code_page.h"
+#include "platform/utf8.h"
 
 namespace zvrsit {
 namespace {
@@ -32,6 +33,12 @@ std::string_view WithoutUtf16(std::string_view label) {
   return label;
 }
 
+std::string_view Converted(std::string_view bytes, std::string_view label, std::string& buffer) {
+  if (platform::IsCodePageUtf8(label) && platform::IsValidUtf8(bytes)) return bytes;
+  platform::ConvertToCodePage(bytes, label, buffer);
+  return buffer;
+}
+
 }  // namespace
 
 std::string_view DecodeSheet(std::string_view bytes, std::string& buffer) {
@@ -43,14 +50,13 @@ std::string_view DecodeSheet(std::string_view bytes, std::string& buffer) {
       {"\xEF\xBB\xBF", "utf-8"}, {"\xFE\xFF", "utf-16be"}, {"\xFF\xFE", "utf-16le"}};
   for (const Mark& mark : kMarks) {
     if (!StartsWith(bytes, mark.bytes)) continue;
-    platform::ConvertToCodePage(bytes.substr(mark.bytes.size()), mark.label, buffer);
-    return buffer;
+    return Converted(bytes.substr(mark.bytes.size()), mark.label, buffer);
   }
   const std::string_view label = WithoutUtf16(DeclaredLabel(bytes));
-  if (!label.empty() && platform::ConvertToCodePage(bytes, label, buffer)) return buffer;
-  if (platform::CodePage() != platform::kUtf8) return bytes;
-  platform::ConvertToCodePage(bytes, "utf-8", buffer);
-  return buffer;
+  // Converting nothing tells whether the label is known.
+  const bool isKnown = !label.empty() && platform::ConvertToCodePage({}, label, buffer);
+  if (isKnown) return Converted(bytes, label, buffer);
+  return platform::CodePage() == platform::kUtf8 ? Converted(bytes, "utf-8", buffer) : bytes;
 }
 
 }  // namespace zvrsit

@@ -45,6 +45,10 @@ int CCSSFileTree::getType(const std::string* node) const {
   return node == nullptr ? CCSSControl::Type_Other : AsNode(node)->type;
 }
 
+int CCSSFileTree::getOffset(const std::string* node) const {
+  return node == nullptr ? -1 : AsNode(node)->offset;
+}
+
 int CCSSFileTree::isExternal(const std::string* node) const {
   return node != nullptr && AsNode(node)->isExternal ? 1 : 0;
 }

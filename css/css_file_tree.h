@@ -48,6 +48,10 @@ class ZVRSIT_API CCSSFileTree {
   // One of the Type_ constants of CCSSControl.
   int getType(const std::string* node) const;
 
+  // Where the reference stands, in bytes: in the text of the page's document, or in the file of
+  // the sheet. -1 for the root, and in a sheet that is not in the code page.
+  int getOffset(const std::string* node) const;
+
   // 1 when the node is a URL, 0 when it is a path.
   int isExternal(const std::string* node) const;
   // 1 when the node is a sheet of the site, so that it may have children.

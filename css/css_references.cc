@@ -91,7 +91,7 @@ enum class Open : std::uint8_t {
 class Collector {
  public:
   Collector(std::string_view text, CssSource source, std::vector<CssReference>& found)
-      : tokens_(text), source_(source), found_(found) {}
+      : text_(text), tokens_(text), source_(source), found_(found) {}
 
   void Run() {
     BeginStatement();
@@ -237,7 +237,7 @@ class Collector {
     const Open inner = opens_.empty() ? Open::kRules : opens_.back();
     const bool isArgument = inner == Open::kAddress || inner == Open::kImageSet;
     if (token.type == Type::kUrl || (token.type == Type::kString && isArgument)) {
-      Add(kind_, token.value);
+      Add(kind_, token);
     }
     TakeFirstArgument(token);
   }
@@ -245,7 +245,7 @@ class Collector {
   void TakeImport(const CssToken& token) {
     if (token.type == Type::kWhitespace) return;
     if (token.type == Type::kUrl || token.type == Type::kString) {
-      Add(CssReferenceKind::kImport, token.value);
+      Add(CssReferenceKind::kImport, token);
     }
     TakeFirstArgument(token);
     expectsImport_ = IsAddressFunction(token);
@@ -305,11 +305,14 @@ class Collector {
     if (inner == bracket || (bracket == Open::kParen && isFunction)) opens_.pop_back();
   }
 
-  void Add(CssReferenceKind kind, std::string_view value) {
-    std::string text = CssValue(value);
-    if (!text.empty() && text.front() != '#') found_.push_back({kind, std::move(text)});
+  void Add(CssReferenceKind kind, const CssToken& token) {
+    std::string text = CssValue(token.value);
+    if (text.empty() || text.front() == '#') return;
+    const auto offset = static_cast<std::int32_t>(token.raw.data() - text_.data());
+    found_.push_back({kind, std::move(text), offset});
   }
 
+  std::string_view text_;
   CssTokenizer tokens_;
   CssSource source_;
   std::vector<CssReference>& found_;

@@ -16,7 +16,8 @@ enum class CssReferenceKind : std::uint8_t {
 
 struct CssReference {
   CssReferenceKind kind;
-  std::string text;  // as written, escapes decoded; never empty, never a bare "#fragment"
+  std::string text;     // as written, escapes decoded; never empty, never a bare "#fragment"
+  std::int32_t offset;  // in bytes, of its token in the text
 };
 
 enum class CssSource : std::uint8_t {

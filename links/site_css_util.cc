@@ -50,6 +50,10 @@ bool SiteCSSUtil::IsReady() const {
          HasStores(linkTable_);
 }
 
+bool SiteCSSUtil::IsWeb() const {
+  return manager_->GetLinkRules() == LinkRules::Web;
+}
+
 int SiteCSSUtil::CollectPage(const std::string& path, Document* document) {
   if (!IsReady() || cssControl_ == nullptr) return -1;
   CCSSFileTree tree = cssControl_->GetFileTree(path, document);
@@ -62,7 +66,7 @@ int SiteCSSUtil::CollectPage(const std::string& path, Document* document) {
 
 int SiteCSSUtil::CollectSheet(const std::string& path) {
   if (!IsReady() || cssControl_ == nullptr) return -1;
-  const int number = manager_->AddPath(path, siteRoot_, 0);
+  const int number = AddFile(path, siteRoot_);
   if (number < 0) return -1;
   Registered().erase(number);  // its links may have been removed since: the link table knows
   CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path);
@@ -89,7 +93,7 @@ void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
 
 // False when the sheet needs no second look in this operation, or has no place in the tables.
 bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
-  const int number = manager_->AddPath(*sheet, siteRoot_, 0);
+  const int number = AddFile(*sheet, siteRoot_);
   if (number < 0 || !Registered().insert(number).second) return false;
   if (tree.hasChildren(sheet) && !HasStyleLinks(number)) RegisterTreeNode(sheet, tree, siteRoot_);
   return true;
@@ -98,8 +102,7 @@ bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
 int SiteCSSUtil::RegisterTreeNode(const std::string* node, CCSSFileTree& tree,
                                   const std::string& siteRoot) {
   if (node == nullptr || !IsReady()) return -1;
-  int source = pathTable_->Find(*node);
-  if (source < 0) source = manager_->AddPath(*node, siteRoot, 0);
+  const int source = AddFile(*node, siteRoot);
   if (source < 0) return -1;
   for (const std::string* child = tree.getFirstChild(node); child != nullptr;
        child = tree.getNextSibling(child)) {
@@ -111,15 +114,37 @@ int SiteCSSUtil::RegisterTreeNode(const std::string* node, CCSSFileTree& tree,
 void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                                 const std::string& siteRoot) {
   const bool isExternal = tree.isExternal(child);
-  int target = isExternal ? urlTable_->Find(*child) : pathTable_->Find(*child);
-  if (target < 0) {
-    target = isExternal ? manager_->AddUrl(*child) : manager_->AddPath(*child, siteRoot, 0);
-  }
+  const int target = isExternal ? AddUrl(*child) : AddFile(*child, siteRoot);
   if (target < 0) return;
   const std::string* const declared = tree.getDeclaredText(child);
-  manager_->AddLink(declared != nullptr ? *declared : *child, UrlID(kKindPath, source),
-                    UrlID(isExternal ? kKindUrl : kKindPath, target),
-                    LinkTypeOf(tree.getType(child)));
+  const std::string& text = declared != nullptr ? *declared : *child;
+  const UrlID from(kKindPath, source);
+  const UrlID to(isExternal ? kKindUrl : kKindPath, target);
+  const int type = LinkTypeOf(tree.getType(child));
+  if (IsWeb()) {
+    linkTable_->Add(text, from, to, "", type, tree.getOffset(child));
+  } else {
+    manager_->AddLink(text, from, to, type);
+  }
+}
+
+int SiteCSSUtil::AddUrl(const std::string& url) {
+  const int known = urlTable_->Find(url);
+  return known >= 0 ? known : manager_->AddUrl(url);
+}
+
+// The classic rules take a known file as its record has it, and give up one that could not be
+// added in full. The web rules look again at one that was missing, as they do for every other
+// link, and at its spelling.
+int SiteCSSUtil::AddFile(const std::string& path, const std::string& siteRoot) {
+  const int known = pathTable_->Find(path);
+  if (!IsWeb()) return known >= 0 ? known : manager_->AddPath(path, siteRoot, 0);
+  if (known >= 0) {
+    manager_->CheckPath(path, siteRoot);
+  } else {
+    manager_->AddPath(path, siteRoot, 1);
+  }
+  return known >= 0 ? known : pathTable_->Find(path);
 }
 
 bool SiteCSSUtil::HasStyleLinks(int pathNumber) const {

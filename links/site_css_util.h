@@ -44,10 +44,13 @@ class ZVRSIT_API SiteCSSUtil {
 
  private:
   bool IsReady() const;
+  bool IsWeb() const;
   void RegisterSheets(CCSSFileTree& tree, const std::string* first);
   bool RegisterSheet(CCSSFileTree& tree, const std::string* sheet);
   void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                      const std::string& siteRoot);
+  int AddUrl(const std::string& url);
+  int AddFile(const std::string& path, const std::string& siteRoot);
   bool HasStyleLinks(int pathNumber) const;
   std::unordered_set<std::int32_t>& Registered();
 

@@ -100,6 +100,25 @@ TEST_F(CssFileTree, ReferencesKeepHowTheyAreWritten) {
   EXPECT_EQ(tree.getNextSibling(third), nullptr);
 }
 
+TEST_F(CssFileTree, ReferencesTellWhereTheyStand) {
+  folder_.write("site/a.css", "\xEF\xBB\xBFp { content: url(1.gif) }");
+  folder_.write("site/b.css", "@charset \"latin1\";p { content: url(\xE4.gif) }");
+  const std::string html =
+      "<link rel=stylesheet href=a.css><link rel=stylesheet href=b.css>"
+      "<style>\r\n@import 'c.css';</style><p style='cursor:url(c)'><p style='&#32;cursor:url(d)'>";
+  folder_.write("site/p.htm", html);
+  CCSSFileTree tree = control_.GetFileTree(folder_.path("site/p.htm"), nullptr);
+  const std::string* node = tree.getFirstChild(tree.getRoot());
+  EXPECT_EQ(tree.getOffset(tree.getRoot()), -1);
+  EXPECT_EQ(tree.getOffset(tree.getFirstChild(node)), 3 + 13);
+  for (const char* reference : {"a.css", "b.css", "'c.css'", "url(c)", "&#32;cursor"}) {
+    EXPECT_EQ(tree.getOffset(node), static_cast<int>(html.find(reference))) << reference;
+    node = tree.getNextSibling(node);
+  }
+  node = tree.getNextSibling(tree.getFirstChild(tree.getRoot()));
+  EXPECT_EQ(tree.getOffset(tree.getFirstChild(node)), -1);  // the sheet had to be converted
+}
+
 // Such a LINK is an ordinary link of the page; what its sheet refers to is found all the same.
 TEST_F(CssFileTree, SheetOfALinkWithMoreWordsIsASiblingOfTheRoot) {
   folder_.write("site/a.css", "p { background: url(1.gif) }");

@@ -79,11 +79,11 @@ TEST(CssTokenizer, AnyTextIsCutInOrderAndInLinearTime) {
   platform::SetCodePage(platform::kUtf8);
   for (const std::string_view piece : kPieces) {
     std::string text;
-    while (text.size() < 1'000'000) text += piece;
+    while (text.size() < 300'000) text += piece;
     const auto start = std::chrono::steady_clock::now();
     CssTokenizer tokens(text);
     while (tokens.Next().type != CssTokenType::kEnd) continue;
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << piece;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << piece;
   }
 }
 

@@ -27,14 +27,19 @@ class Manager : public SiteMgrBase {
 
 class SiteCssUtil : public testing::Test {
  protected:
-  void SetUp() override {
+  void SetUp() override { Open(LinkRules::Classic); }
+
+  void Open(LinkRules rules) {
+    manager_.CloseSite();
     folder_.write("site/index.htm", "");
     folder_.makeFolder("db/s");
     manager_.setDom(&dom_);
     manager_.setDB((folder_.path("db") + "\\").c_str(), "sites", "servers", 0);
     SiteSiteProfDB* const sites = manager_.GetSiteProf();
     ASSERT_NE(sites, nullptr);
-    const int site = sites->Add("s");
+    int site = sites->Find("s");
+    if (site < 0) site = sites->Add("s");
+    ASSERT_EQ(sites->SetNumber(site, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);
     ASSERT_EQ(sites->SetFolder(site, SiteSiteRec::kSiteFolder, siteFolder()), 0);
     ASSERT_EQ(sites->SetText(site, &SiteSiteRec::topFile, folder_.path("site/index.htm")), 0);
     ASSERT_EQ(manager_.OpenSite(site, 0), 0);
@@ -76,7 +81,8 @@ class SiteCssUtil : public testing::Test {
     if (id.kind == kKindUrl) {
       manager_.GetUrlDB()->Name(id.id, name);
     } else if (id.kind == kKindPath && manager_.GetPathDB()->Name(id.id, name) == 0) {
-      name.erase(0, siteFolder().size());
+      const bool isInSite = name.compare(0, siteFolder().size(), siteFolder()) == 0;
+      name.replace(0, isInSite ? siteFolder().size() : folder_.path().size(), isInSite ? "" : "..");
     }
     return name;
   }
@@ -145,6 +151,24 @@ TEST_F(SiteCssUtil, ChildThatCannotBeRegisteredGetsNoLink) {
   folder_.write("site/a.css", "p { content: url(../out/1.gif), url(2.gif) }");
   EXPECT_EQ(CollectSheet("a.css"), 0);
   EXPECT_EQ(Links(), "a.css IMAGE 2.gif\n");
+}
+
+// What the first time could not be added in full is found by the second: the same links.
+TEST_F(SiteCssUtil, WebRulesKeepFilesOutsideAndLookAgainAtMissingOnes) {
+  Open(LinkRules::Web);
+  folder_.write("out/1.gif", "GIF");
+  folder_.write("site/a.css", "p { content: url(../out/1.gif), url(2.gif) }");
+  EXPECT_EQ(CollectSheet("a.css"), 0);
+  EXPECT_EQ(Links(), "a.css IMAGE ..\\out\\1.gif\na.css IMAGE 2.gif\n");
+  SiteLinkRec link;
+  EXPECT_EQ(manager_.GetLinkDB()->Get(1, link), 0);
+  EXPECT_EQ(link.offset, 32);
+
+  folder_.write("site/2.gif", "GIF");
+  EXPECT_EQ(CollectPage("p.htm", "<p style='content:url(2.gif)'>"), 0);
+  SitePathRec rec;
+  EXPECT_EQ(manager_.GetPathDB()->Get(link.to.id, rec), 0);
+  EXPECT_EQ(rec.exists, 1);
 }
 
 TEST_F(SiteCssUtil, FailsWithoutAnOpenSite) {
