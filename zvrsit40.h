@@ -17,6 +17,10 @@
 #include "util/url_id.h"
 #include "util/vec.h"
 
+// The older generation.
+#include "legacy/sit_mgr.h"
+#include "legacy/sit_peeper.h"
+
 // What an application sets for its process, and the dialog that it passes in.
 #include "platform/api.h"
 #include "platform/code_page.h"
