@@ -155,14 +155,17 @@ TEST_F(SiteCssUtil, ChildThatCannotBeRegisteredGetsNoLink) {
 
 // What the first time could not be added in full is found by the second: the same links.
 TEST_F(SiteCssUtil, WebRulesKeepFilesOutsideAndLookAgainAtMissingOnes) {
+  SiteSiteProfDB* const sites = manager_.GetSiteProf();
+  sites->SetFolder(0, SiteSiteRec::kDocumentRoot, folder_.path() + "\\");
+  sites->SetNumber(0, &SiteSiteRec::useDocRoot, 1);
   Open(LinkRules::Web);
   folder_.write("out/1.gif", "GIF");
-  folder_.write("site/a.css", "p { content: url(../out/1.gif), url(2.gif) }");
+  folder_.write("site/a.css", "p { content: url(/out/1.gif), url(2.gif) }");
   EXPECT_EQ(CollectSheet("a.css"), 0);
   EXPECT_EQ(Links(), "a.css IMAGE ..\\out\\1.gif\na.css IMAGE 2.gif\n");
   SiteLinkRec link;
   EXPECT_EQ(manager_.GetLinkDB()->Get(1, link), 0);
-  EXPECT_EQ(link.offset, 32);
+  EXPECT_EQ(link.offset, 30);
 
   folder_.write("site/2.gif", "GIF");
   EXPECT_EQ(CollectPage("p.htm", "<p style='content:url(2.gif)'>"), 0);
