@@ -110,8 +110,7 @@ void SiteVarRecDB::ForgetEntries() {
   free_.clear();
   cursor_ = 0;
   dead_ = 0;
-  names_.Clear();
-  namesMade_ = false;
+  ForgetNames();
 }
 
 int SiteVarRecDB::ReadHead(int offset, Head& head) {
@@ -188,10 +187,16 @@ int SiteVarRecDB::GetString(int id, std::string& text) {
   return 0;
 }
 
+void SiteVarRecDB::ForgetNames() {
+  names_.Clear();
+  copies_.clear();
+  namesMade_ = false;
+}
+
 // The index is made when it is first needed: opening a large file to read it does not pay for it.
 int SiteVarRecDB::MakeStringIndex() {
   if (namesMade_) return 0;
-  names_.Clear();
+  ForgetNames();
   const int result = ForEachEntry([this](int offset, const Head& head) {
     if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
     const std::string_view data = DataAt(offset, head.length, scratch_);
@@ -205,23 +210,26 @@ int SiteVarRecDB::MakeStringIndex() {
   return result;
 }
 
+void SiteVarRecDB::AddName(std::string_view text, std::uint32_t hash, int id, int offset) {
+  if (!inMemory) copies_[offset] = text;
+  names_.Insert(hash, {0, id, offset});
+}
+
 // An equal text that is there already gets the new number: of two, the later entry is found.
 void SiteVarRecDB::EnterName(std::string_view text, std::uint32_t hash, int id, int offset) {
   if (Name* known = FindName(text, hash)) {
     known->id = id;
-    known->offset = offset;
   } else {
-    names_.Insert(hash, {0, id, offset});
+    AddName(text, hash, id, offset);
   }
 }
 
 SiteVarRecDB::Name* SiteVarRecDB::FindName(std::string_view text, std::uint32_t hash) {
   return names_.Find(hash, [this, text](const Name& name) {
-    Head head;
-    if (ReadHead(name.offset, head) < 0) return false;
-    if (head.length < 1 || static_cast<std::size_t>(head.length - 1) != text.size()) return false;
-    const std::string_view data = DataAt(name.offset, head.length, compared_);
-    return data.size() == text.size() + 1 && data.substr(0, text.size()) == text;
+    if (!inMemory) return copies_[name.offset] == text;
+    const char* head = Bytes(name.offset, kHeadSize + static_cast<std::int64_t>(text.size()) + 1);
+    return head != nullptr && LoadLE32(head + 4) == static_cast<std::int64_t>(text.size()) + 1 &&
+           std::memcmp(head + kHeadSize, text.data(), text.size()) == 0;
   });
 }
 
@@ -251,9 +259,9 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
   const int id = AddEntry(kString, text);
   if (id < 0) return -1;
   if (search.id < 0) {
-    names_.Insert(search.hash, {0, id, offset});
+    AddName(text, search.hash, id, offset);
   } else {
-    EnterName(text, search.hash, id, offset);
+    EnterName(View(id), search.hash, id, offset);  // `text` itself may have moved
   }
   return id;
 }
@@ -332,8 +340,7 @@ int SiteVarRecDB::ReleaseString(int id) {
 int SiteVarRecDB::ReleaseStringUnindexed(int id) {
   const int offset = Offset(id);
   if (offset <= 0) return offset;
-  if (namesMade_) names_.Clear();
-  namesMade_ = false;
+  if (namesMade_) ForgetNames();
   return Release(id, offset);
 }
 
@@ -359,7 +366,10 @@ int SiteVarRecDB::Unname(int offset, int length) {
   const std::string_view data = DataAt(offset, length, scratch_);
   if (data.empty()) return -1;
   const std::string_view text = data.substr(0, data.size() - 1);
-  if (Name* name = FindName(text, HashText(text))) names_.Erase(name);
+  if (Name* name = FindName(text, HashText(text))) {
+    copies_.erase(name->offset);
+    names_.Erase(name);
+  }
   return 0;
 }
 

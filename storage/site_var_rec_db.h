@@ -20,6 +20,7 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
@@ -116,7 +117,9 @@ class SiteVarRecDB : public SiteDB {
   int ReadEntry(int id, Head& head);
   std::string_view DataAt(int offset, int length, std::string& scratch);
 
+  void ForgetNames();
   int MakeStringIndex();
+  void AddName(std::string_view text, std::uint32_t hash, int id, int offset);
   void EnterName(std::string_view text, std::uint32_t hash, int id, int offset);
   Name* FindName(std::string_view text, std::uint32_t hash);
   int Unname(int offset, int length);
@@ -140,8 +143,9 @@ class SiteVarRecDB : public SiteDB {
   std::deque<int> free_;
   ProbeTable<Name> names_;
   bool namesMade_ = false;
-  std::string scratch_;   // direct mode: what was read last
-  std::string compared_;  // direct mode: the text being compared
+  std::string scratch_;  // direct mode: what was read last
+  // Direct mode: the text of each entry in `names_`, by its offset, so that a search reads nothing.
+  std::unordered_map<std::int32_t, std::string> copies_;
 };
 
 }  // namespace zvrsit

@@ -1,14 +1,10 @@
 #include "tables/profile_table.h"
 
-#include <cctype>
+#include "util/site_name.h"
 
 namespace zvrsit {
 
 namespace {
-
-char LowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 // Calls text(word) for every text word of a profile but its name.
 template <class Text>
@@ -40,14 +36,6 @@ void ForEachText(SiteServRec& record, Text text) {
 }
 
 }  // namespace
-
-bool EqualButForCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (LowerAscii(a[i]) != LowerAscii(b[i])) return false;
-  }
-  return true;
-}
 
 template <class Rec>
 int ProfileTable<Rec>::Open(const std::string& path, int mode) {
@@ -90,7 +78,7 @@ int ProfileTable<Rec>::Delete(int number) {
 template <class Rec>
 int ProfileTable<Rec>::FindButForCase(std::string_view name, int except) const {
   for (int number = this->NextNumber(0); number >= 0; number = this->NextNumber(number + 1)) {
-    if (number != except && EqualButForCase(this->NameView(number), name)) return number;
+    if (number != except && EqualIgnoringCase(this->NameView(number), name)) return number;
   }
   return -1;
 }

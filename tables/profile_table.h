@@ -9,9 +9,6 @@
 
 namespace zvrsit {
 
-// Whether two names are equal but for the case of ASCII letters.
-bool EqualButForCase(std::string_view a, std::string_view b);
-
 // Open modes of a profile table.
 inline constexpr int kOpenPlain = 0;    // opens or makes the files
 inline constexpr int kOpenBackUp = 1;   // then copies both to their "_bak" files

@@ -1,8 +1,6 @@
 #include "tables/site_site_prof_db.h"
 
-#include <array>
-
-#include "platform/code_page.h"
+#include "util/site_name.h"
 
 namespace zvrsit {
 
@@ -19,38 +17,7 @@ constexpr TableFile kTableFiles[] = {{&SiteSiteRec::urlFile, "\\UR"},
                                      {&SiteSiteRec::folderFile, "\\FR"},
                                      {&SiteSiteRec::relFile, "\\RR"}};
 
-// CON, COM1 and the like name a device, with any extension.
-bool IsDeviceName(std::string_view name) {
-  const std::string_view stem = name.substr(0, name.find('.'));
-  for (const std::string_view device : {"CON", "PRN", "AUX", "NUL"}) {
-    if (EqualButForCase(stem, device)) return true;
-  }
-  return stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9' &&
-         (EqualButForCase(stem.substr(0, 3), "COM") || EqualButForCase(stem.substr(0, 3), "LPT"));
-}
-
-// Whether a name holds a character that no file name may hold. The second byte of a double-byte
-// character is none.
-bool HasForbiddenCharacter(std::string_view name) {
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    const auto c = static_cast<unsigned char>(name[i]);
-    if (platform::IsDbcsLeadByte(c) && i + 1 < name.size()) {
-      ++i;
-    } else if (c < 0x20 || c == 0x7F ||
-               std::string_view("\\/:*?\"<>|").find(name[i]) != std::string_view::npos) {
-      return true;
-    }
-  }
-  return false;
-}
-
 }  // namespace
-
-bool SiteSiteProfDB::IsSiteName(std::string_view name) {
-  if (name.empty() || name == "." || name == "..") return false;
-  if (name.back() == '.' || name.back() == ' ') return false;
-  return !HasForbiddenCharacter(name) && !IsDeviceName(name);
-}
 
 bool SiteSiteProfDB::IsFree(std::string_view name, int except) const {
   return isOpen() && IsSiteName(name) && FindButForCase(name, except) < 0;

@@ -12,13 +12,9 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
  public:
   SiteSiteProfDB() : ProfileTable(false) {}
 
-  // Whether a name can be a site's: it names a folder on every system. Refused are the empty name,
-  // ".", "..", device names, a dot or space at the end, control characters and \ / : * ? " < > |.
-  static bool IsSiteName(std::string_view name);
-
   // Adds a profile of that name and stores the names of its five table files: the name followed by
-  // \UR, \PR, \LR, \FR and \RR. Its number; -1 also for a name that is refused, or that another
-  // profile has but for the case of ASCII letters.
+  // \UR, \PR, \LR, \FR and \RR. Its number; -1 also for a name that IsSiteName refuses, or that
+  // another profile has but for the case of ASCII letters.
   int Add(std::string_view name);
   // Gives a profile another name, and its table files with it; the files themselves are the
   // caller's to move. 0 or -1, refused as by Add.

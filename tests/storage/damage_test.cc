@@ -1,0 +1,138 @@
+// Files that are cut or changed anywhere: opening says -1 or gives a file that can be used.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "storage/site_fix_rec_db.h"
+#include "storage/site_var_rec_db.h"
+#include "support/damage.h"
+#include "support/temp_folder.h"
+
+namespace zvrsit {
+namespace {
+
+using test::TempFolder;
+using test::Word;
+
+// Uses a damaged fixed file in every way; what comes of it does not matter.
+void UseFixed(const TempFolder& folder, bool wholeFile) {
+  SiteFixRecDB db(folder.path("t"), SiteUrlRec::kSlotLength, SiteUrlRec::kRecordType, wholeFile);
+  if (db.Open() < 0) {
+    EXPECT_FALSE(db.isOpen());
+    return;
+  }
+  SiteUrlRec record;
+  int seen = 0;
+  for (int id = db.NextId(0); id >= 0; id = db.NextId(id + 1)) {
+    if (db.Get(id, &record) == 0) ++seen;
+    db.Update(&record);
+  }
+  EXPECT_EQ(seen, db.liveCount());
+  db.Add(&record);
+  if (db.Has(1)) db.Delete(1);
+  EXPECT_EQ(db.Pack(), 0);
+  db.Add(&record);
+  EXPECT_EQ(db.Close(), 0);
+}
+
+void UseVariable(const TempFolder& folder, bool wholeFile) {
+  SiteVarRecDB db(folder.path("t"), wholeFile);
+  if (db.Open() < 0) {
+    EXPECT_FALSE(db.isOpen());
+    return;
+  }
+  std::string text;
+  for (int id = 0; id < 8; ++id) {
+    if (db.GetString(id, text) == 0) db.FindString(text);
+  }
+  db.AddString("shared");
+  db.ReleaseString(1);
+  db.AddString("another");
+  db.DeleteData(3);
+  db.AddData("block", 5);
+  EXPECT_EQ(db.Pack(), 0);
+  db.AddString("last");
+  db.ReleaseStringUnindexed(0);
+  EXPECT_EQ(db.Close(), 0);
+}
+
+template <class Use>
+void DamageEveryWay(const std::string& bytes, Use use) {
+  for (const bool wholeFile : {true, false}) {
+    TempFolder folder;
+    const auto with = [&](std::string_view damaged, std::size_t = 0) {
+      folder.write("t", damaged);
+      use(folder, wholeFile);
+    };
+    test::CutAtEveryByte(bytes, with);
+    test::FlipEveryByte(bytes, with);
+    test::SpoilEveryWord(bytes, with);
+  }
+}
+
+TEST(DamagedFile, FixedOnesNeverBreakTheirReader) {
+  TempFolder folder;
+  {
+    SiteFixRecDB db(folder.path("t"), SiteUrlRec::kSlotLength, SiteUrlRec::kRecordType, true);
+    ASSERT_EQ(db.Open(), 0);
+    for (int i = 0; i < 4; ++i) {
+      SiteUrlRec record;
+      ASSERT_EQ(db.Add(&record), i);
+    }
+    ASSERT_EQ(db.Delete(2), 0);
+    ASSERT_EQ(db.Close(), 0);
+  }
+  DamageEveryWay(folder.read("t"), UseFixed);
+}
+
+TEST(DamagedFile, VariableOnesNeverBreakTheirReader) {
+  TempFolder folder;
+  {
+    SiteVarRecDB db(folder.path("t"), true);
+    ASSERT_EQ(db.Open(), 0);
+    for (const char* text : {"shared", "one", "two", "shared"}) db.AddString(text);
+    db.AddData("\1\0\0\0\2\0\0\0", 8);
+    db.ReleaseString(2);
+    ASSERT_EQ(db.Close(), 0);
+  }
+  DamageEveryWay(folder.read("t"), UseVariable);
+}
+
+TEST(DamagedFile, CountsThatTheFileCannotHoldAreRefused) {
+  const std::string magic = "ZVR4.00-SITE0.01";
+  const std::string rows[] = {
+      magic + Word(0xFFFFFFFF) + Word(0),
+      magic + Word(0x04000001) + Word(0),
+      magic + Word(1) + Word(0xFFFFFFFF),
+      magic + Word(1) + Word(2) + std::string(39, '\0'),
+      magic + Word(0x7FFFFFFF) + Word(0x7FFFFFFF),
+  };
+  for (const std::string& bytes : rows) {
+    for (const bool wholeFile : {true, false}) {
+      TempFolder folder;
+      folder.write("t", bytes);
+      SiteFixRecDB fixed(folder.path("t"), 20, SiteUrlRec::kRecordType, wholeFile);
+      EXPECT_EQ(fixed.Open(), -1);
+      SiteVarRecDB variable(folder.path("t"), wholeFile);
+      EXPECT_EQ(variable.Open(), -1);
+      EXPECT_EQ(folder.read("t"), bytes);
+    }
+  }
+}
+
+// A header alone may claim many numbers; they cost nothing until they are used.
+TEST(DamagedFile, ManyClaimedNumbersTakeNoMemory) {
+  TempFolder folder;
+  folder.write("t", "ZVR4.00-SITE0.01" + Word(1 << 26) + Word(0));
+  SiteFixRecDB fixed(folder.path("t"), 20, SiteUrlRec::kRecordType, true);
+  ASSERT_EQ(fixed.Open(), 0);
+  SiteUrlRec record;
+  EXPECT_EQ(fixed.Add(&record), -1);
+  EXPECT_EQ(fixed.NextId(0), -1);
+  SiteVarRecDB variable(folder.path("t"), true);
+  ASSERT_EQ(variable.Open(), 0);
+  EXPECT_EQ(variable.AddString("a"), 0);
+}
+
+}  // namespace
+}  // namespace zvrsit

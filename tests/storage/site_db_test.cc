@@ -1,0 +1,186 @@
+#include "storage/site_db.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "support/file_fault.h"
+#include "support/temp_folder.h"
+
+namespace zvrsit {
+namespace {
+
+using test::TempFolder;
+using test::Word;
+
+const std::string kMagic = "ZVR4.00-SITE0.01";
+const std::string kEmpty = kMagic + Word(0) + Word(0);
+
+class DatabaseFile : public testing::TestWithParam<bool> {
+ protected:
+  bool wholeFile() const { return GetParam(); }
+  SiteDB Make() const { return SiteDB(folder_.path("t"), wholeFile()); }
+  std::string OnDisk() const { return folder_.read("t"); }
+
+  TempFolder folder_;
+};
+INSTANTIATE_TEST_SUITE_P(Modes, DatabaseFile, testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "Whole" : "Direct"; });
+
+TEST_P(DatabaseFile, IsMadeAsAHeaderOfMagicAndTwoZeroWords) {
+  SiteDB db = Make();
+  ASSERT_EQ(db.Open(), 0);
+  EXPECT_EQ(OnDisk(), wholeFile() ? "" : kEmpty);
+  ASSERT_EQ(db.Close(), 0);
+  EXPECT_EQ(OnDisk(), kEmpty);
+}
+
+TEST_P(DatabaseFile, OpensWithAnyMagicAndKeepsIt) {
+  const std::string bytes = "sixteen bytes ok" + Word(7) + Word(9) + "body";
+  folder_.write("t", bytes);
+  SiteDB db = Make();
+  ASSERT_EQ(db.Open(), 0);
+  ASSERT_EQ(db.WriteAt("BODY", 24, 4), 4);
+  ASSERT_EQ(db.Close(), 0);
+  EXPECT_EQ(OnDisk(), bytes.substr(0, 24) + "BODY");
+}
+
+TEST_P(DatabaseFile, ReadsPastItsEndByTheRuleOfItsMode) {
+  SiteDB db = Make();
+  ASSERT_EQ(db.Open(), 0);
+  char bytes[8];
+  EXPECT_EQ(db.ReadAt(bytes, 22, 4), wholeFile() ? -1 : 2);
+  EXPECT_EQ(db.ReadAt(bytes, 16, 8), 8);
+  EXPECT_EQ(db.ReadAt(bytes, 0, -1), -1);
+  EXPECT_EQ(db.WriteAt(bytes, 0, -1), -1);
+  EXPECT_EQ(db.ReadAt(bytes, -8, 4), -1);
+  EXPECT_EQ(db.WriteAt(bytes, -8, 4), -1);
+  EXPECT_EQ(db.WriteAt(bytes, INT32_MAX, 4), -1);
+  EXPECT_EQ(db.WriteAt("end", 30, 3), 3);
+  ASSERT_EQ(db.Close(), 0);
+  EXPECT_EQ(OnDisk(), kEmpty + std::string(6, '\0') + "end");
+  EXPECT_EQ(db.ReadAt(bytes, 0, 4), -1);
+  EXPECT_EQ(db.WriteAt(bytes, 0, 4), -1);
+}
+
+TEST_P(DatabaseFile, RefusesAnEmptyPathAndCallsThatItsStateForbids) {
+  SiteDB unnamed("", wholeFile());
+  EXPECT_EQ(unnamed.Open(), -1);
+  EXPECT_EQ(unnamed.Backup(), -1);
+  EXPECT_EQ(unnamed.Restore(), -1);
+  SiteDB db = Make();
+  EXPECT_EQ(db.Close(), 0);
+  ASSERT_EQ(db.Open(), 0);
+  if (wholeFile()) {
+    EXPECT_EQ(db.Open(), -1);
+  }
+  EXPECT_EQ(db.Restore(), -1);
+  EXPECT_EQ(db.Delete(), -1);
+  ASSERT_EQ(db.Close(), 0);
+  EXPECT_EQ(db.Delete(), 0);
+  EXPECT_EQ(db.Delete(), -1);
+}
+
+TEST_P(DatabaseFile, BacksUpWhatIsOnDiskAndKeepsTheTailOfALongerBackup) {
+  SiteDB db = Make();
+  folder_.write("t", "");
+  EXPECT_EQ(db.Backup(), -1);
+  folder_.write("t", kEmpty + "new");
+  folder_.write("t_bak", std::string(40, 'x'));
+  ASSERT_EQ(db.Open(), 0);
+  ASSERT_EQ(db.WriteAt("NEW", 24, 3), 3);
+  EXPECT_EQ(db.Backup(), 27);
+  const std::string seen = wholeFile() ? "new" : "NEW";
+  EXPECT_EQ(folder_.read("t_bak"), kEmpty + seen + std::string(13, 'x'));
+  ASSERT_EQ(db.Close(), 0);
+  folder_.write("t", "lost");
+  EXPECT_EQ(db.Restore(), 40);
+  EXPECT_EQ(OnDisk(), kEmpty + seen + std::string(13, 'x'));
+}
+
+// What a failure leaves behind: whole-file mode closes whatever happens, direct mode stays open.
+TEST_P(DatabaseFile, CloseThatFailsClosesInWholeFileModeOnly) {
+  std::unique_ptr<SiteDB> db;
+  const auto prepare = [&] {
+    folder_.write("t", kEmpty);
+    db = std::make_unique<SiteDB>(folder_.path("t"), wholeFile());
+    db->Open();
+    db->WriteAt("x", 24, 1);
+  };
+  int result = 0;
+  const int calls = test::FailEachCall(
+      prepare, [&] { result = db->Close(); },
+      [&](const test::FailedRun& run) {
+        if (run.failedCall == platform::FileCall::kClose) return;
+        EXPECT_EQ(result, -1);
+        EXPECT_EQ(db->isOpen(), !wholeFile());
+        EXPECT_EQ(db->Close(), 0);
+      });
+  EXPECT_EQ(calls, wholeFile() ? 3 : 5);
+}
+
+TEST(WholeFile, CompletesACutHeadByAddingToItsLength) {
+  struct Row {
+    std::string bytes;
+    std::string after;
+  };
+  const std::string tail = "0123456789abcdef";
+  const Row rows[] = {
+      {"", kEmpty},
+      {"12345", kEmpty + std::string(1, '\0')},
+      {"12345678", kEmpty},
+      {tail.substr(0, 15), kMagic + std::string(15, '\0')},
+      {tail + "xy", tail + Word(0) + Word(0) + std::string(2, '\0')},
+      {tail + Word(5), tail + Word(5) + Word(0)},
+      {tail + Word(5) + "xy", tail + Word(5) + Word(0) + std::string(2, '\0')},
+  };
+  for (const Row& row : rows) {
+    TempFolder folder;
+    folder.write("t", row.bytes);
+    SiteDB db(folder.path("t"), true);
+    ASSERT_EQ(db.Open(), 0);
+    ASSERT_EQ(db.Close(), 0);
+    EXPECT_EQ(test::ToHex(folder.read("t")), test::ToHex(row.after)) << row.bytes;
+  }
+}
+
+TEST(WholeFile, IsLeftAloneWhenNothingChangedOrNothingWasClosed) {
+  TempFolder folder;
+  folder.write("t", kEmpty + "old");
+  {
+    SiteDB db(folder.path("t"), true);
+    ASSERT_EQ(db.Open(), 0);
+    ASSERT_EQ(db.WriteAt("new", 24, 3), 3);
+  }
+  EXPECT_EQ(folder.read("t"), kEmpty + "old");
+  SiteDB db(folder.path("t"), true);
+  ASSERT_EQ(db.Open(), 0);
+  folder.write("t", "changed by another");
+  ASSERT_EQ(db.Close(), 0);
+  EXPECT_EQ(folder.read("t"), "changed by another");
+}
+
+TEST(WholeFile, FlushWritesAndStaysOpenAndCloseWritesInOnePiece) {
+  TempFolder folder;
+  SiteDB db(folder.path("t"), true);
+  ASSERT_EQ(db.Open(), 0);
+  std::string body;
+  for (int i = 0; i < 50000; ++i) {
+    const std::string piece = "piece " + std::to_string(i) + ";";
+    ASSERT_EQ(db.WriteAt(piece.data(), static_cast<int>(24 + body.size()),
+                         static_cast<int>(piece.size())),
+              static_cast<int>(piece.size()));
+    body += piece;
+  }
+  ASSERT_EQ(db.Flush(), 0);
+  EXPECT_EQ(folder.read("t"), kEmpty + body);
+  ASSERT_EQ(db.WriteAt("P", 24, 1), 1);
+  test::FileFault counted(0);
+  ASSERT_EQ(db.Close(), 0);
+  EXPECT_EQ(counted.calls(), 3);  // seek, write, close
+  EXPECT_EQ(folder.read("t"), kEmpty + "P" + body.substr(1));
+}
+
+}  // namespace
+}  // namespace zvrsit
