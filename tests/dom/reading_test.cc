@@ -1,0 +1,141 @@
+// From a file on disk to text in the code page.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "dom/code_conv.h"
+#include "dom/mapped_file.h"
+#include "dom/page.h"
+#include "platform/native_path.h"
+
+namespace zvrsit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class MappedFileTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ = fs::path(testing::TempDir()) / ("zvrsit_dom_" + std::to_string(getpid()));
+    fs::create_directories(folder_);
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  // The `\` path of a file with the content.
+  std::string Write(const char* name, const std::string& content) {
+    std::ofstream(folder_ / name, std::ios::binary) << content;
+    return Path(name);
+  }
+  std::string Path(const char* name) {
+    std::string path;
+    EXPECT_TRUE(platform::FromNativePath((folder_ / name).string(), path));
+    return path;
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(MappedFileTest, HoldsTheWholeFileUntilItIsClosed) {
+  const std::string content("<a>\0\r\n\xFF", 8);
+  MappedFile file;
+  ASSERT_TRUE(file.open(Write("a.htm", content), 0));
+  EXPECT_EQ(std::string(file.top(), file.size()), content);
+  file.close();
+  EXPECT_EQ(file.top(), nullptr);
+  EXPECT_EQ(file.size(), 0u);
+  ASSERT_TRUE(file.open(Write("empty.htm", ""), 0));
+  EXPECT_NE(file.top(), nullptr);
+  EXPECT_EQ(file.size(), 0u);
+  const std::string large(5'000'000, 'x');
+  ASSERT_TRUE(file.open(Write("large.htm", large), 0));
+  EXPECT_EQ(file.size(), large.size());
+}
+
+TEST_F(MappedFileTest, WhatIsNoReadableFileFailsAndClosesTheOneBefore) {
+  const std::string good = Write("a.htm", "x");
+  MappedFile file;
+  for (const std::string& bad : {Path("missing.htm"), Path(""), std::string()}) {
+    ASSERT_TRUE(file.open(good, 0));
+    EXPECT_FALSE(file.open(bad, 0)) << bad;
+    EXPECT_EQ(file.top(), nullptr);
+  }
+  EXPECT_FALSE(file.open(good, 1));
+  const std::string sparse = Write("sparse.htm", "");
+  fs::resize_file(folder_ / "sparse.htm", std::uintmax_t{1} << 31);
+  EXPECT_FALSE(file.open(sparse, 0));
+}
+
+struct ImportCase {
+  unsigned codePage;
+  std::string_view page;
+  std::string_view text;
+};
+
+TEST(CodeConv, FindsTheEncodingOfAPage) {
+  const ImportCase cases[] = {
+      // A byte-order mark is worth more than a declaration.
+      {65001, "\xEF\xBB\xBF<meta charset=big5>\xC3\xA9", "<meta charset=big5>\xC3\xA9"},
+      {65001, std::string_view("\xFF\xFE<\0b\0>\0\xE9\0", 10), "<b>\xC3\xA9"},
+      {65001, std::string_view("\xFE\xFF\0<\0b\0>\0\xE9", 10), "<b>\xC3\xA9"},
+      // Declarations.
+      {65001, "<meta charset='ISO-8859-1'>\xE9", "<meta charset='ISO-8859-1'>\xC3\xA9"},
+      {65001, "<META content='text/html; CharSet = \"Shift_JIS\"' http-equiv=Content-Type>\x82\xA0",
+       "<META content='text/html; CharSet = \"Shift_JIS\"' http-equiv=Content-Type>\xE3\x81\x82"},
+      {65001, "<?xml version='1.0' encoding='latin1'?>\xE9",
+       "<?xml version='1.0' encoding='latin1'?>\xC3\xA9"},
+      {65001, "<meta charset=utf-16>\xC3\xA9", "<meta charset=utf-16>\xC3\xA9"},
+      // What looks like one and is none.
+      {65001, "<!-- <meta charset=big5> --><p title='<meta charset=big5>'>\xC3\xA9",
+       "<!-- <meta charset=big5> --><p title='<meta charset=big5>'>\xC3\xA9"},
+      {65001, "<meta name=x content='charset=big5'>\xC3\xA9",
+       "<meta name=x content='charset=big5'>\xC3\xA9"},
+      {65001, "<meta charset=no-such-charset>\xE9", "<meta charset=no-such-charset>\xC3\xA9"},
+      // Nothing declared.
+      {65001, "caf\xE9", "caf\xC3\xA9"},
+      {65001, "\xC3\xA9\xC3\xA9 \xFF", "\xC3\xA9\xC3\xA9 \xEF\xBF\xBD"},
+      {65001, "<meta charset=utf-8>\xE9", "<meta charset=utf-8>\xEF\xBF\xBD"},
+      {65001, "", ""},
+      // Into other code pages.
+      {932, "\x83\x5C\xFF", "\x83\x5C\xFF"},
+      {932, "<meta charset=x-sjis>\x83\x5C", "<meta charset=x-sjis>\x83\x5C"},
+      {932, "<meta charset=utf-8>\xE3\x81\x82", "<meta charset=utf-8>\x82\xA0"},
+      {1252, "<meta charset=utf-8>\xC3\xA9\xE3\x81\x82", "<meta charset=utf-8>\xE9?"},
+  };
+  for (const ImportCase& row : cases) {
+    CodePageScope codePage(row.codePage);
+    CodeConv conv;
+    ASSERT_TRUE(conv.Import(row.page.data(), row.page.size(), 0)) << row.page;
+    EXPECT_EQ(std::string_view(conv.text(), conv.length()), row.text) << row.page;
+    const std::string_view rest = row.page.substr(conv.borrowed() ? conv.textOffset() : 0);
+    EXPECT_EQ(conv.borrowed(), conv.text() == rest.data());
+  }
+}
+
+TEST(CodeConv, ADeclarationCountsWithinTheFirst1024Bytes) {
+  const std::string meta = "<meta charset=koi8-r>";
+  for (const bool within : {true, false}) {
+    const std::size_t gap = 1024 - meta.size() + (within ? 0 : 1);
+    const std::string page = std::string(gap, ' ') + meta + "\xC1";
+    CodeConv conv;
+    ASSERT_TRUE(conv.Import(page.data(), page.size(), 0));
+    const std::string text(conv.text(), conv.length());
+    EXPECT_EQ(text.substr(1024 + (within ? 0 : 1)), within ? "\xD0\xB0" : "\xC3\x81");
+  }
+}
+
+TEST(CodeConv, TakesACodePageByNumberAndRefusesWhatIsNone) {
+  CodeConv conv;
+  ASSERT_TRUE(conv.Import("\x82\xA0", 2, 932));
+  EXPECT_EQ(std::string(conv.text(), conv.length()), "\xE3\x81\x82");
+  EXPECT_FALSE(conv.Import("x", 1, 12345));
+  EXPECT_EQ(conv.text(), nullptr);
+  EXPECT_FALSE(conv.Import("x", 1, -1));
+  EXPECT_FALSE(conv.Import(nullptr, 1, 0));
+  EXPECT_FALSE(conv.Import("x", std::size_t{1} << 31, 0));
+}
+
+}  // namespace
+}  // namespace zvrsit::test
