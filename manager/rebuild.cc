@@ -195,6 +195,16 @@ bool SiteMgr::IsWorthPacking() const {
       tables, [](const SiteTable* table) { return table != nullptr && table->IsWorthPacking(); });
 }
 
+int SiteMgr::FlushSite() {
+  if (openSiteId < 0) return -1;
+  int result = 0;
+  for (SiteTable* table :
+       std::initializer_list<SiteTable*>{linkDB, urlDB, pathDB, folderDB, relDB}) {
+    if (table == nullptr || table->Flush() < 0) result = -1;
+  }
+  return result;
+}
+
 int SiteMgr::PackSite() {
   if (openSiteId < 0) return -1;
   int result = 0;
