@@ -197,8 +197,9 @@ TEST_F(CssFileTree, DocumentRootIsWhatASlashNames) {
 TEST_F(CssFileTree, SheetsAreDecodedIntoTheCodePage) {
   folder_.write("site/a.css", "@charset \"shift_jis\"; p { content: url(\x83\x5C.gif) }");
   EXPECT_EQ(OfSheet("site/a.css"), "image \xE3\x82\xBD.gif");
-  folder_.write("site/b.css",
-                std::string("\xFF\xFE@\0i\0m\0p\0o\0r\0t\0'\0a\0.\0c\0s\0s\0'\0", 34));
+  std::string utf16 = "\xFF\xFE";
+  for (const char c : std::string_view("@import 'a.css'")) utf16 += {c, '\0'};
+  folder_.write("site/b.css", utf16);
   EXPECT_EQ(OfSheet("site/b.css"), "import a.css(image \xE3\x82\xBD.gif)");
 }
 
