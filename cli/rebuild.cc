@@ -14,9 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A file of which more than this share is dead is packed after a rebuild.
-constexpr int kDeadPercent = 25;
-
 std::string FolderPath(const std::string& native) {
   std::error_code error;
   if (!fs::is_directory(native, error)) {
@@ -105,7 +102,7 @@ int RebuildSite(Session& session, bool complete) {
     fmt::print(stderr, "zvrsit: {}: the top file is not among the files of the site\n",
                LineText(top));
   }
-  if (manager.PackSite(kDeadPercent) != 0) throw Failure(kDatabase, "packing the tables failed");
+  if (manager.IsWorthPacking() && manager.PackSite() != 0) throw Failure(kDatabase, "packing the tables failed");
   NameSkipped(session);
   return manager.SkippedByRebuild().empty() ? kClean : kFileSystem;
 }

@@ -4,16 +4,19 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "manager/base/site_mgr_base.h"
 #include "manager/profiles.h"
+#include "manager/site_link.h"
 #include "util/site_rec_cell.h"
 #include "util/vec.h"
 
 namespace zvrsit {
 
 class Document;
+class SitePathRec;
 struct CZvrSiteRebuildProgressDlg;
 
 // Paths are `\` paths in the code page; a folder ends in `\`. An `int` result is 0, a count or a
@@ -115,6 +118,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Removes dead records and texts from the files of the open site; numbers do not change. All
   // tables are tried; -1 when one could not be packed.
   int PackSite();
+  // Writes the tables of the open site to disk as they stand; 0 or -1.
+  int FlushSite();
 
   // ---- Families (families.cc) ----
 
@@ -143,9 +148,15 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   vec<SiteRecCell>* GetBackLinks(const std::string& path);
   // Entries of the site that something links to and that are not there.
   vec<SiteRecCell>* GetBrokenLinks();
+  // The numbers of all links, ascending; freed with delete.
+  std::vector<int>* EnumLink();
+  // Reads one link; 0 or -1.
+  int GetLink(int number, SiteLink& link);
 
   // ---- Files, folders and URLs (queries.cc) ----
 
+  // The number of the file `path` in the path table, or -1.
+  int FindPath(const std::string& path);
   vec<SiteRecCell>* EnumPath();
   vec<SiteRecCell>* EnumUrl();
   vec<SiteRecCell>* GetSubFolders(const std::string& folder);
@@ -235,6 +246,15 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // operation that peeps.
   int BeginPeep(int siteId);
   int EndPeep(int);
+
+  // queries.cc, queries_links.cc
+  bool IsInSite(std::string_view path) const;
+  SiteRecCell EntryCell(const UrlID& id) const;
+  vec<SiteRecCell>* LinkCells(const std::string& path, bool fromIt);
+  vec<SiteRecCell>* ChildCells(const std::string& folder, int kind);
+  template <class Keep>
+  vec<SiteRecCell>* PathCells(Keep keep);
+  bool ReadPath(const UrlID& id, SitePathRec& rec) const;
 
   // save.cc
   int ReadSiteFolder(std::string& siteDir) const;

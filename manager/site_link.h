@@ -1,0 +1,23 @@
+// One link as a plain value.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "util/url_id.h"
+
+namespace zvrsit {
+
+struct SiteLink {
+  UrlID from;              // the page or sheet
+  UrlID to;                // a file (kind 2) or a URL (kind 3)
+  std::uint32_t type = 0;  // one of the LT_ codes of links/link_type.h
+  int count = 0;           // how often the page has it
+  int offset = -1;         // of its first occurrence in the page's text, in bytes; -1 not known
+  std::string text;        // as written in the page
+  std::string alt;         // the alternative text; empty for none
+  bool exists = false;     // a URL, or a file of the site that is there
+  bool outside = false;    // a file that does not lie below the site folder
+};
+
+}  // namespace zvrsit
