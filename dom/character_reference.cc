@@ -4,10 +4,10 @@
 #include <array>
 #include <cstdint>
 
+#include "platform/utf8.h"
+
 namespace zvrsit {
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
 
 struct NamedReference {
   std::uint32_t first : 31;
@@ -116,7 +116,7 @@ char32_t CodePointOf(char32_t number) {
       0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
       0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
   if (number == 0 || number > 0x10FFFF || (number >= 0xD800 && number <= 0xDFFF)) {
-    return kReplacement;
+    return platform::kReplacementCharacter;
   }
   return number >= 0x80 && number <= 0x9F ? kC1[number - 0x80] : number;
 }

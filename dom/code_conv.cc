@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "dom/charset_prescan.h"
-#include "dom/utf8.h"
 #include "platform/code_page.h"
+#include "platform/utf8.h"
 
 namespace zvrsit {
 namespace {
@@ -89,6 +89,19 @@ std::string_view LabelOf(unsigned codePage) {
   return {};
 }
 
+// Whether at least half of the sequences beyond ASCII are well-formed.
+bool IsMostlyUtf8(std::string_view text) {
+  std::size_t wellFormed = 0;
+  std::size_t malformed = 0;
+  for (;;) {
+    text.remove_prefix(platform::AsciiPrefix(text));
+    if (text.empty()) return wellFormed >= malformed;
+    const platform::Utf8Step step = platform::DecodeUtf8(text);
+    ++(step.valid ? wellFormed : malformed);
+    text.remove_prefix(step.length);
+  }
+}
+
 }  // namespace
 
 bool CodeConv::Import(const char* top, std::size_t size, int charset) {
@@ -116,7 +129,8 @@ bool CodeConv::ImportLabelled(std::string_view page, std::string_view label, std
 
 bool CodeConv::ImportOwnPage(std::string_view page, std::size_t skip) {
   const std::string_view text = page.substr(skip);
-  if (platform::CodePage() == platform::kUtf8 && !IsUtf8(text)) return Convert(text, "utf-8");
+  if (platform::CodePage() == platform::kUtf8 && !platform::IsValidUtf8(text))
+    return Convert(text, "utf-8");
   text_ = text.data();
   length_ = text.size();
   textOffset_ = skip;
@@ -125,9 +139,9 @@ bool CodeConv::ImportOwnPage(std::string_view page, std::size_t skip) {
 }
 
 bool CodeConv::ImportUndeclared(std::string_view page) {
-  if (platform::CodePage() != platform::kUtf8 || IsUtf8(page)) return ImportOwnPage(page, 0);
-  const Utf8Share share = CountUtf8(page);
-  return Convert(page, share.wellFormed >= share.malformed ? "utf-8" : "windows-1252");
+  if (platform::CodePage() != platform::kUtf8 || platform::IsValidUtf8(page))
+    return ImportOwnPage(page, 0);
+  return Convert(page, IsMostlyUtf8(page) ? "utf-8" : "windows-1252");
 }
 
 bool CodeConv::Convert(std::string_view bytes, std::string_view label) {

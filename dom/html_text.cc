@@ -3,11 +3,10 @@
 #include "dom/byte_search.h"
 #include "dom/character_reference.h"
 #include "platform/code_page.h"
+#include "platform/utf8.h"
 
 namespace zvrsit {
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
 
 struct Decoding {
   bool references;
@@ -51,7 +50,7 @@ std::size_t AppendOne(std::string& out, std::string_view raw, const Decoding& de
     }
   }
   if (raw.front() == '\0' && decoding.replaceNul) {
-    platform::AppendCodePoint(out, kReplacement);
+    platform::AppendCodePoint(out, platform::kReplacementCharacter);
   } else {
     out += raw.front();
   }
@@ -86,7 +85,7 @@ void AppendPlain(std::string& out, std::string_view raw) {
 void AppendName(std::string& out, std::string_view raw) {
   for (const char c : raw) {
     if (c == '\0') {
-      platform::AppendCodePoint(out, kReplacement);
+      platform::AppendCodePoint(out, platform::kReplacementCharacter);
     } else {
       out += c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
     }
