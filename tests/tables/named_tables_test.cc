@@ -1,0 +1,144 @@
+// What the tables that are found by name share.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "support/temp_folder.h"
+#include "tables/site_folder_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_url_db.h"
+
+namespace zvrsit {
+namespace {
+
+using test::TempFolder;
+
+template <class Table>
+class TableByName : public testing::Test {
+ protected:
+  TableByName() { Reopen(); }
+  void Reopen() {
+    if (table_ != nullptr) {
+      EXPECT_EQ(table_->Close(), 0);
+    }
+    table_ = std::make_unique<Table>();
+    ASSERT_EQ(table_->Open(folder_.path("TR")), 0);
+  }
+
+  TempFolder folder_;
+  std::unique_ptr<Table> table_;
+};
+using Tables = testing::Types<SiteUrlDB, SitePathDB, SiteFolderDB>;
+TYPED_TEST_SUITE(TableByName, Tables);
+
+TYPED_TEST(TableByName, KeepsItsTextsInTheFileThatEndsInS) {
+  auto& table = *this->table_;
+  EXPECT_EQ(table.Add("http://a/"), 0);
+  ASSERT_EQ(table.Close(), 0);
+  EXPECT_EQ(table.Close(), 0);
+  EXPECT_EQ(this->folder_.read("TR").find("http"), std::string::npos);
+  EXPECT_NE(this->folder_.read("TS").find("http://a/"), std::string::npos);
+}
+
+TYPED_TEST(TableByName, FindsTheLaterOfTwoEqualNames) {
+  auto& table = *this->table_;
+  EXPECT_EQ(table.Add("twice"), 0);
+  EXPECT_EQ(table.Add("once"), 1);
+  EXPECT_EQ(table.Add("twice"), 2);
+  EXPECT_EQ(table.Find("twice"), 2);
+  EXPECT_EQ(table.Find("TWICE"), -1);
+  EXPECT_EQ(table.Add(""), -1);
+  this->Reopen();
+  EXPECT_EQ(this->table_->Find("twice"), 2);
+  EXPECT_EQ(this->table_->Delete(0), 0);  // takes the text out of the index, whoever has it
+  EXPECT_EQ(this->table_->Find("twice"), -1);
+  std::string name;
+  EXPECT_EQ(this->table_->Name(2, name), 0);
+  EXPECT_EQ(name, "twice");
+  this->Reopen();
+  EXPECT_EQ(this->table_->Find("twice"), 2);
+}
+
+TYPED_TEST(TableByName, StillFindsAfterCloseAndIsNotOpenedAgain) {
+  auto& table = *this->table_;
+  table.Add("a");
+  EXPECT_EQ(table.Open(this->folder_.path("TR")), -1);
+  ASSERT_EQ(table.Close(), 0);
+  EXPECT_EQ(table.Find("a"), 0);
+  EXPECT_EQ(table.Open(this->folder_.path("TR")), -1);
+  EXPECT_EQ(table.Add("b"), -1);
+  EXPECT_EQ(table.Delete(0), -1);
+  EXPECT_EQ(table.Count(), -1);
+  EXPECT_EQ(table.records(), nullptr);
+  TypeParam fresh;
+  EXPECT_EQ(fresh.Find("a"), -1);
+  EXPECT_EQ(fresh.Open(""), -1);
+  EXPECT_EQ(fresh.Open(this->folder_.path("missing\\TR")), -1);
+  EXPECT_EQ(fresh.Open(this->folder_.path("TR")), 0);
+}
+
+TYPED_TEST(TableByName, DeletesARecordWithItsName) {
+  auto& table = *this->table_;
+  table.Add("a");
+  table.Add("b");
+  EXPECT_EQ(table.Delete(-1), -1);
+  EXPECT_EQ(table.Delete(2), -1);
+  EXPECT_EQ(table.Delete(0), 0);
+  EXPECT_EQ(table.Delete(0), -1);
+  EXPECT_EQ(table.Find("a"), -1);
+  EXPECT_EQ(table.Find("b"), 1);
+  EXPECT_EQ(table.strings()->FindString("a"), -1);
+  EXPECT_EQ(table.Add("c"), 2);
+  EXPECT_EQ(table.Count(), 3);
+  EXPECT_TRUE(table.IsWorthPacking());
+  EXPECT_EQ(table.Pack(), 0);
+  EXPECT_FALSE(table.IsWorthPacking());
+  EXPECT_EQ(table.Find("c"), 2);
+  EXPECT_EQ(table.Add("d"), 0);
+}
+
+TYPED_TEST(TableByName, FlushSavesWhatDestructionWouldLose) {
+  this->table_->Add("kept");
+  ASSERT_EQ(this->table_->Flush(), 0);
+  this->table_->Add("lost");
+  this->table_ = std::make_unique<TypeParam>();
+  ASSERT_EQ(this->table_->Open(this->folder_.path("TR")), 0);
+  EXPECT_EQ(this->table_->Find("kept"), 0);
+  EXPECT_EQ(this->table_->Find("lost"), -1);
+}
+
+TYPED_TEST(TableByName, ClearLeavesTheBytesThatSingleDeletesLeave) {
+  if constexpr (!std::is_same_v<TypeParam, SitePathDB>) {
+    std::string left[2];
+    for (const bool atOnce : {true, false}) {
+      TempFolder folder;
+      TypeParam table;
+      ASSERT_EQ(table.Open(folder.path("TR")), 0);
+      for (const char* name : {"a", "b", "a", "c", "d"}) table.Add(name);
+      ASSERT_EQ(table.Delete(3), 0);
+      if (atOnce) {
+        ASSERT_EQ(table.Clear(), 0);
+      } else {
+        for (int number = 0; number < table.Count(); ++number) table.Delete(number);
+      }
+      EXPECT_EQ(table.Find("a"), -1);
+      for (const char* name : {"e", "a"}) table.Add(name);
+      EXPECT_EQ(table.Find("a"), 6);
+      ASSERT_EQ(table.Close(), 0);
+      left[atOnce] = test::ToHex(folder.read("TR") + folder.read("TS"));
+    }
+    EXPECT_EQ(left[0], left[1]);
+  }
+}
+
+TYPED_TEST(TableByName, FindsEveryOneOfManyNamesAfterManyRemovals) {
+  auto& table = *this->table_;
+  const auto name = [](int i) { return "\\site\\folder\\page-" + std::to_string(i) + ".html"; };
+  for (int i = 0; i < 5000; ++i) ASSERT_EQ(table.Add(name(i)), i);
+  for (int i = 0; i < 5000; i += 3) ASSERT_EQ(table.Delete(i), 0);
+  for (int i = 0; i < 5000; ++i) ASSERT_EQ(table.Find(name(i)), i % 3 == 0 ? -1 : i);
+}
+
+}  // namespace
+}  // namespace zvrsit

@@ -1,0 +1,195 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/temp_folder.h"
+#include "tables/site_link_db.h"
+#include "tables/site_rel_db.h"
+
+namespace zvrsit {
+namespace {
+
+using test::TempFolder;
+using Numbers = std::vector<int>;
+
+UrlID Page(int id) {
+  return {kKindPath, id};
+}
+
+template <class Table>
+Numbers Query(Table& table, const UrlID& from, const UrlID& to) {
+  Numbers numbers;
+  const int count = table.Query(from, to, numbers);
+  EXPECT_EQ(count, static_cast<int>(numbers.size()));
+  return numbers;
+}
+
+class LinkTable : public testing::Test {
+ protected:
+  LinkTable() { EXPECT_EQ(table_.Open(folder_.path("LR")), 0); }
+  SiteLinkRec Record(int number) {
+    SiteLinkRec record;
+    EXPECT_EQ(table_.Get(number, record), 0);
+    return record;
+  }
+
+  TempFolder folder_;
+  SiteLinkDB table_;
+};
+
+TEST_F(LinkTable, CountsALinkThatIsEqualInEverything) {
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), "alt", 0x40, 100), 0);
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), "alt", 0x40, 200), 0);
+  EXPECT_EQ(table_.Add("b.htm", Page(0), Page(1), "alt", 0x40), 1);
+  EXPECT_EQ(table_.Add("a.htm", Page(2), Page(1), "alt", 0x40), 2);
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(2), "alt", 0x40), 3);
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), "other", 0x40), 4);
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), "alt", 0x200), 5);
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), 0x40), 6);
+  EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), "", 0x40), 6);
+  EXPECT_EQ(table_.Add("", Page(0), Page(1), 0x40), -1);
+  EXPECT_EQ(Record(0).count, 2);
+  EXPECT_EQ(Record(0).offset, 100);
+  EXPECT_EQ(Record(6).count, 2);
+  EXPECT_EQ(Record(6).alternative, -1);
+  EXPECT_EQ(Record(6).offset, -1);
+  EXPECT_EQ(Record(1).from, Page(0));
+  EXPECT_EQ(table_.TextView(Record(1).text), "b.htm");
+}
+
+TEST_F(LinkTable, DeletesOneOccurrenceAtATime) {
+  for (int i = 0; i < 3; ++i) table_.Add("a", Page(0), Page(1), "alt", 1);
+  EXPECT_EQ(table_.Delete(-1), -1);
+  EXPECT_EQ(table_.Delete(0), 0);
+  EXPECT_EQ(table_.Delete(0), 0);
+  EXPECT_EQ(Record(0).count, 1);
+  EXPECT_EQ(table_.Delete(0), 0);
+  EXPECT_EQ(table_.Delete(0), -1);
+  EXPECT_EQ(table_.strings()->FindString("a"), -1);
+  EXPECT_EQ(table_.strings()->FindString("alt"), -1);
+  EXPECT_EQ(Query(table_, Page(0), kAnyUrlID), Numbers{});
+  EXPECT_EQ(table_.Add("a", Page(0), Page(1), "alt", 1), 1);
+  EXPECT_EQ(Record(1).count, 1);
+  table_.Add("a", Page(0), Page(1), "alt", 1);
+  EXPECT_EQ(table_.DeleteAll(1), 0);
+  EXPECT_EQ(table_.NextNumber(0), -1);
+}
+
+TEST_F(LinkTable, FindsLinksOfAnotherSessionEqual) {
+  table_.Add("a", Page(0), Page(1), 1);
+  ASSERT_EQ(table_.Close(), 0);
+  SiteLinkDB again;
+  ASSERT_EQ(again.Open(folder_.path("LR")), 0);
+  EXPECT_EQ(again.Add("a", Page(0), Page(1), 1), 0);
+  EXPECT_EQ(again.Add("a", Page(3), Page(1), 1), 1);
+  EXPECT_EQ(again.Add("a", Page(0), Page(1), 1), 0);
+  EXPECT_EQ(Query(again, kAnyUrlID, Page(1)), (Numbers{0, 1}));
+  Numbers numbers = {7};
+  EXPECT_EQ(table_.Query(kAnyUrlID, kAnyUrlID, numbers), -1);
+  EXPECT_EQ(table_.Add("a", Page(0), Page(1), 1), -1);
+}
+
+// Queries of every shape against a plain list, through adds, deletes and packs.
+TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
+  std::mt19937 random(3);
+  struct Pair {
+    UrlID from, to;
+  };
+  std::vector<Pair> model;
+  std::vector<bool> live;
+  const auto end = [&] {
+    return UrlID(random() % 2 ? kKindPath : kKindUrl, static_cast<int>(random() % 6));
+  };
+  for (int step = 0; step < 3000; ++step) {
+    const auto choice = random() % 100;
+    if (choice < 45) {
+      const Pair pair{end(), end()};
+      const int number = table_.Add("text " + std::to_string(step), pair.from, pair.to, 1);
+      ASSERT_GE(number, 0);
+      const auto at = static_cast<std::size_t>(number);
+      if (at >= model.size()) {
+        model.resize(at + 1);
+        live.resize(at + 1);
+      }
+      ASSERT_FALSE(live[at]);
+      model[at] = pair;
+      live[at] = true;
+    } else if (choice < 80 && !model.empty()) {
+      const auto at = random() % model.size();
+      ASSERT_EQ(table_.Delete(static_cast<int>(at)), live[at] ? 0 : -1);
+      live[at] = false;
+    } else if (choice < 98) {
+      const UrlID from = random() % 3 ? end() : kAnyUrlID;
+      const UrlID to = random() % 3 ? end() : kAnyUrlID;
+      Numbers expected;
+      for (std::size_t i = 0; i < model.size(); ++i) {
+        if (live[i] && (from == kAnyUrlID || model[i].from == from) &&
+            (to == kAnyUrlID || model[i].to == to)) {
+          expected.push_back(static_cast<int>(i));
+        }
+      }
+      ASSERT_EQ(Query(table_, from, to), expected);
+      ASSERT_EQ(table_.First(from, to), expected.empty() ? -1 : expected[0]);
+    } else {
+      ASSERT_EQ(table_.Pack(), 0);
+    }
+  }
+}
+
+TEST(PairTables, ClearLeavesTheBytesThatSingleDeletesLeave) {
+  std::string left[2];
+  for (const bool atOnce : {true, false}) {
+    TempFolder folder;
+    SiteLinkDB links;
+    SiteRelDB rels;
+    ASSERT_EQ(links.Open(folder.path("LR")), 0);
+    ASSERT_EQ(rels.Open(folder.path("RR")), 0);
+    for (int i = 0; i < 60; ++i) {
+      links.Add("t" + std::to_string(i % 7), Page(i % 3), Page(i % 5), i % 2 ? "alt" : "", 1);
+      rels.Add(Page(i), Page(i + 1));
+    }
+    ASSERT_EQ(links.DeleteAll(4), 0);
+    ASSERT_EQ(rels.Delete(5), 0);
+    if (atOnce) {
+      ASSERT_EQ(links.Clear(), 0);
+      ASSERT_EQ(rels.Clear(), 0);
+    } else {
+      SiteLinkRec record;
+      for (int number = 0; number < links.Count(); ++number) {
+        while (links.Get(number, record) == 0) links.Delete(number);
+      }
+      for (int number = 0; number < rels.Count(); ++number) rels.Delete(number);
+    }
+    links.Add("t3", Page(0), Page(1), 1);
+    EXPECT_EQ(Query(links, kAnyUrlID, kAnyUrlID).size(), 1u);
+    EXPECT_EQ(Query(links, Page(0), Page(1)).size(), 1u);
+    ASSERT_EQ(links.Close(), 0);
+    ASSERT_EQ(rels.Close(), 0);
+    for (const char* name : {"LR", "LS", "RR", "RS"}) left[atOnce] += folder.read(name);
+  }
+  EXPECT_EQ(test::ToHex(left[0]), test::ToHex(left[1]));
+}
+
+TEST(RelationTable, FindsPairsByEitherEnd) {
+  TempFolder folder;
+  SiteRelDB table;
+  EXPECT_EQ(table.Add(Page(0), Page(1)), -1);
+  ASSERT_EQ(table.Open(folder.path("RR")), 0);
+  EXPECT_EQ(table.Add({0, 1}, Page(1)), 0);
+  EXPECT_EQ(table.Add({0, 1}, Page(2)), 1);
+  EXPECT_EQ(table.Add({0, 1}, Page(1)), 2);
+  EXPECT_EQ(Query(table, {0, 1}, Page(1)), (Numbers{0, 2}));
+  EXPECT_EQ(table.First({0, 1}, Page(2)), 1);
+  EXPECT_EQ(table.First({0, 2}, Page(2)), -1);
+  EXPECT_EQ(table.CountTo(Page(1)), 2);
+  EXPECT_EQ(table.Delete(0), 0);
+  EXPECT_EQ(table.Delete(0), -1);
+  EXPECT_EQ(Query(table, kAnyUrlID, Page(1)), (Numbers{2}));
+  EXPECT_EQ(table.CountFrom({0, 1}), 2);
+}
+
+}  // namespace
+}  // namespace zvrsit

@@ -1,0 +1,149 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/temp_folder.h"
+#include "tables/site_serv_prof_db.h"
+#include "tables/site_site_prof_db.h"
+
+namespace zvrsit {
+namespace {
+
+using test::TempFolder;
+
+class SiteProfiles : public testing::Test {
+ protected:
+  SiteProfiles() { EXPECT_EQ(table_.Open(folder_.path("sites"), kOpenPlain), 0); }
+  std::string Field(int number, std::int32_t SiteSiteRec::*field) {
+    std::string text = "(none)";
+    table_.GetText(number, field, text);
+    return text;
+  }
+
+  TempFolder folder_;
+  SiteSiteProfDB table_;
+};
+
+TEST_F(SiteProfiles, StoreTheNamesOfTheirTableFilesAtOnce) {
+  ASSERT_EQ(table_.Add("home"), 0);
+  EXPECT_EQ(Field(0, &SiteSiteRec::urlFile), "home\\UR");
+  EXPECT_EQ(Field(0, &SiteSiteRec::pathFile), "home\\PR");
+  EXPECT_EQ(Field(0, &SiteSiteRec::linkFile), "home\\LR");
+  EXPECT_EQ(Field(0, &SiteSiteRec::folderFile), "home\\FR");
+  EXPECT_EQ(Field(0, &SiteSiteRec::relFile), "home\\RR");
+  // Direct mode: on disk without a close.
+  EXPECT_EQ(folder_.read("sites").size(), 24u + 96);
+  EXPECT_NE(folder_.read("siteS").find("home\\LR"), std::string::npos);
+}
+
+TEST_F(SiteProfiles, RefuseNamesThatNoFolderCanHaveAndThoseThatAreTaken) {
+  ASSERT_EQ(table_.Add("Home"), 0);
+  for (const char* name : {"", ".", "..", "a/b", "a\\b", "con", "LPT1.txt", "end.", "end ", "a\tb",
+                           "a:b", "a*", "a?", "\"a\"", "<a", "a|b", "Home", "hOME"}) {
+    EXPECT_EQ(table_.Add(name), -1) << name;
+    EXPECT_EQ(table_.Copy(0, name), -1) << name;
+  }
+  ASSERT_EQ(table_.Add("other"), 1);
+  EXPECT_EQ(table_.Rename(1, "HOME"), -1);
+  EXPECT_EQ(table_.Rename(1, "Other"), 0);
+  EXPECT_EQ(table_.Find("Other"), 1);
+  EXPECT_EQ(table_.Find("other"), -1);
+}
+
+TEST_F(SiteProfiles, AreRenamedCopiedAndDeletedWithAllTheirTexts) {
+  ASSERT_EQ(table_.Add("one"), 0);
+  EXPECT_EQ(table_.SetFolder(0, SiteSiteRec::kSiteFolder, "\\s\\"), 0);
+  EXPECT_EQ(table_.SetFolder(0, 10, "\\s\\"), -1);
+  EXPECT_EQ(table_.SetText(0, &SiteSiteRec::topFile, "\\s\\index.htm"), 0);
+  EXPECT_EQ(table_.SetNumber(0, &SiteSiteRec::rebuildState, 2), 0);
+  EXPECT_EQ(table_.SetNumber(0, &SiteSiteRec::linkRules, 1), 0);
+
+  ASSERT_EQ(table_.Copy(0, "two"), 1);
+  std::string folder;
+  EXPECT_EQ(table_.GetFolder(1, SiteSiteRec::kSiteFolder, folder), 0);
+  EXPECT_EQ(folder, "\\s\\");
+  EXPECT_EQ(Field(1, &SiteSiteRec::pathFile), "two\\PR");
+  SiteSiteRec record;
+  ASSERT_EQ(table_.Get(1, record), 0);
+  EXPECT_EQ(record.rebuildState, 0);
+  EXPECT_EQ(record.linkRules, 1);
+
+  ASSERT_EQ(table_.Rename(0, "three"), 0);
+  EXPECT_EQ(table_.Find("one"), -1);
+  EXPECT_EQ(table_.Find("three"), 0);
+  EXPECT_EQ(Field(0, &SiteSiteRec::relFile), "three\\RR");
+  EXPECT_EQ(Field(0, &SiteSiteRec::topFile), "\\s\\index.htm");
+  EXPECT_EQ(table_.strings()->FindString("one\\RR"), -1);
+
+  ASSERT_EQ(table_.Delete(0), 0);
+  EXPECT_EQ(table_.strings()->FindString("three\\UR"), -1);
+  EXPECT_EQ(Field(1, &SiteSiteRec::topFile), "\\s\\index.htm");
+  ASSERT_EQ(table_.Delete(1), 0);
+  // Every entry of the string store is dead.
+  EXPECT_EQ(table_.strings()->deadBytes(), table_.strings()->endOffset() - 28);
+  EXPECT_EQ(table_.Add("one"), 2);
+}
+
+TEST(ProfileModes, AGoodOpenIsBackedUpAndABadOneRestored) {
+  TempFolder folder;
+  const std::string path = folder.path("sites");
+  {
+    SiteSiteProfDB table;
+    ASSERT_EQ(table.Open(path, kOpenPlain), 0);
+    table.Add("home");
+    ASSERT_EQ(table.Close(), 0);
+    EXPECT_FALSE(folder.has("sites_bak"));
+  }
+  for (const int mode : {kOpenBackUp, kOpenPlain}) {
+    SiteSiteProfDB table;
+    ASSERT_EQ(table.Open(path, mode), 0);
+    ASSERT_EQ(table.Close(), 0);
+    EXPECT_TRUE(folder.has("sites_bak") && folder.has("siteS_bak"));
+  }
+  for (const char* damaged : {"sites", "siteS"}) {
+    std::string bytes = folder.read(damaged);
+    bytes[19] = '\x7F';  // an id count beyond belief
+    folder.write(damaged, bytes);
+    SiteSiteProfDB plain;
+    EXPECT_EQ(plain.Open(path, kOpenBackUp), -1);
+    SiteSiteProfDB restored;
+    ASSERT_EQ(restored.Open(path, kOpenRestore), 0) << damaged;
+    EXPECT_EQ(restored.Find("home"), 0);
+    EXPECT_EQ(restored.Open(path, kOpenRestore), -1);
+    ASSERT_EQ(restored.Close(), 0);
+  }
+  // A file that was cut to nothing opens as an empty table; the backup outlives that.
+  folder.write("sites", "");
+  SiteSiteProfDB empty;
+  ASSERT_EQ(empty.Open(path, kOpenRestore), 0);
+  EXPECT_EQ(empty.Count(), 0);
+  EXPECT_GT(folder.read("sites_bak").size(), 24u);
+}
+
+TEST(ServerProfiles, KeepPasswordsScrambled) {
+  for (const bool wholeFile : {true, false}) {
+    TempFolder folder;
+    SiteServProfDB table(wholeFile);
+    ASSERT_EQ(table.Open(folder.path("servers"), kOpenPlain), 0);
+    ASSERT_EQ(table.Add("live"), 0);
+    EXPECT_EQ(table.Add("LIVE"), -1);
+    ASSERT_EQ(table.SetPassword(0, &SiteServRec::password, "abcd"), 0);
+    ASSERT_EQ(table.SetText(0, &SiteServRec::host, "ftp.example.org"), 0);
+    std::string text;
+    EXPECT_EQ(table.GetText(0, &SiteServRec::password, text), 0);
+    EXPECT_EQ(text, "SQD^TJ");
+    EXPECT_EQ(table.GetPassword(0, &SiteServRec::password, text), 0);
+    EXPECT_EQ(text, "abcd");
+    EXPECT_EQ(table.GetPassword(0, &SiteServRec::firewallPassword, text), -1);
+    ASSERT_EQ(table.Copy(0, "a/b"), 1);
+    ASSERT_EQ(table.Rename(0, "old"), 0);
+    ASSERT_EQ(table.Delete(0), 0);
+    EXPECT_EQ(table.GetText(1, &SiteServRec::host, text), 0);
+    EXPECT_EQ(text, "ftp.example.org");
+    ASSERT_EQ(table.Close(), 0);
+    EXPECT_EQ(folder.read("serverS").find("abcd"), std::string::npos);
+  }
+}
+
+}  // namespace
+}  // namespace zvrsit
