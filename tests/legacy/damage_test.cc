@@ -1,0 +1,151 @@
+// What cut, flipped and spoiled files and failing calls do to the stores: they answer, end, and
+// stay usable.
+#include <gtest/gtest.h>
+
+#include "legacy/legacy_site.h"
+#include "legacy/sit_peeper.h"
+#include "support/damage.h"
+#include "support/file_fault.h"
+
+namespace zvrsit {
+namespace {
+
+using test::LegacySite;
+using test::OpenSitMgr;
+using test::TempFolder;
+
+const std::vector<std::string> kFiles = {"db/sites",        "db/sites_S",       "db/demo/Url.db",
+                                         "db/demo/Junk.db", "db/demo/Link.db",  "db/demo/Link.dS",
+                                         "db/demo/Rel.db",  "db/demo/Folder.db"};
+
+class DamagedSite : public ::testing::Test {
+ protected:
+  DamagedSite() {
+    site.write("index.html", "<title>T</title><a href=b.html>b</a><img src=c.gif alt=A>");
+    site.write("b.html", "<a href=http://example.org/>x</a>");
+    site.Open();
+    site.mgr->SiteRebuildDB(1);
+    site.mgr->Remove(site.path("b.html"));
+    site.mgr->SiteClose();
+    site.mgr.reset();
+    for (const std::string& file : kFiles) bytes.push_back(site.folder().read(file));
+  }
+
+  void Restore() {
+    for (std::size_t i = 0; i < kFiles.size(); ++i) site.folder().write(kFiles[i], bytes[i]);
+  }
+
+  // Everything that a program does with a site, whatever the files hold.
+  void UseAll() {
+    OpenSitMgr mgr;
+    mgr.setDB(site.folder().path("db") + "\\", "sites", "servers");
+    mgr.EnumSiteProf(1);
+    while (std::string* name = mgr.EnumSiteProf(0)) mgr.DeleteString(name);
+    SitSiteProperty property;
+    mgr.GetSiteProf("demo", property);
+    if (mgr.SiteOpen("demo") == 0) UseSite(mgr);
+    mgr.SiteClose();
+    SitPeeper peeper;
+    peeper.setDB(site.folder().path("db") + "\\", "sites", "servers");
+    if (auto* paths = peeper.EnumPath("demo")) {
+      for (std::string* path : *paths) peeper.DeleteString(path);
+      delete paths;
+    }
+  }
+
+  void UseSite(OpenSitMgr& mgr) {
+    std::string* from = nullptr;
+    std::string* to = nullptr;
+    mgr.EnumLink(1, nullptr, nullptr);
+    for (int i = 0; i < 50 && mgr.GetLastError() != kSitPastEnd; ++i) {
+      if (mgr.EnumLink(0, &from, &to) != 0) continue;
+      mgr.DeleteString(from);
+      mgr.DeleteString(to);
+    }
+    while (std::string* target = mgr.GetForeLinks(site.path("index.html"))) {
+      mgr.DeleteString(target);
+    }
+    SitLinkProperty link;
+    mgr.GetLinkProperty(site.path("index.html"), site.path("b.html"), link);
+    mgr.Save(site.path("index.html"));
+    mgr.Remove(site.path("b.html"));
+    mgr.Undo();
+    mgr.Undo();
+    mgr.UpdateLinkFamily();
+  }
+
+  // After any damage to the stores of the site, a complete rebuild makes it whole.
+  void ExpectRebuildHeals(const std::string& what) {
+    LegacySite* whole = &site;
+    whole->Start();
+    if (whole->Open() != 0) return;
+    ASSERT_EQ(whole->mgr->SiteRebuildDB(1), 0) << what;
+    EXPECT_EQ(whole->Links().size(), 3u) << what;
+    whole->mgr->SiteClose();
+    whole->mgr.reset();
+  }
+
+  LegacySite site;
+  std::vector<std::string> bytes;
+};
+
+TEST_F(DamagedSite, CutAtEveryByte) {
+  for (std::size_t i = 0; i < kFiles.size(); ++i) {
+    test::CutAtEveryByte(bytes[i], [&](std::string_view cut) {
+      Restore();
+      site.folder().write(kFiles[i], cut);
+      UseAll();
+      if (i >= 2 && cut.size() % 16 == 5) ExpectRebuildHeals(kFiles[i]);
+    });
+  }
+}
+
+TEST_F(DamagedSite, EveryByteFlippedAndEveryWordSpoiled) {
+  for (std::size_t i = 0; i < kFiles.size(); ++i) {
+    const auto use = [&](const std::string& damaged, std::size_t offset) {
+      Restore();
+      site.folder().write(kFiles[i], damaged);
+      UseAll();
+      if (i >= 2 && offset % 32 == 4) ExpectRebuildHeals(kFiles[i] + std::to_string(offset));
+    };
+    test::SpoilEveryWord(bytes[i], use);
+    if (i % 2 == 0) test::FlipEveryByte(bytes[i], use);
+  }
+}
+
+TEST_F(DamagedSite, EachFileCallFailsOnce) {
+  const int calls = test::FailEachCall([&] { Restore(); }, [&] { UseAll(); },
+                                       [&](const test::FailedRun&) { UseAll(); });
+  EXPECT_GT(calls, 100);
+}
+
+// No answer is invented: what a packed store gives after a failed call is a part of what was there.
+TEST(FailingPack, LosesNothing) {
+  TempFolder folder;
+  const auto prepare = [&] {
+    std::filesystem::remove(folder.native("url"));
+    SitBlockDB db;
+    db.Open(folder.path("url"), SitBlockDB::kUrlFile, 5);
+    for (const char* key : {"a", "b", "c"}) {
+      SitUrlRec record;
+      record.key = key;
+      db.Add(record);
+    }
+    db.Delete(1);
+  };
+  const auto pack = [&] {
+    SitBlockDB db;
+    if (db.Open(folder.path("url"), SitBlockDB::kUrlFile, 5) == 0) db.Pack(true);
+  };
+  test::FailEachCall(prepare, pack, [&](const test::FailedRun& run) {
+    if (run.failedCall == platform::FileCall::kRename) return;  // then the copy holds it all
+    SitBlockDB db;
+    ASSERT_EQ(db.Open(folder.path("url"), SitBlockDB::kUrlFile, 5), 0) << run.call;
+    EXPECT_EQ(db.Find("a"), 0) << run.call;
+    EXPECT_EQ(db.Find("c"), 2) << run.call;
+    EXPECT_EQ(db.LiveNum(), 2) << run.call;
+  });
+}
+
+}  // namespace
+}  // namespace zvrsit

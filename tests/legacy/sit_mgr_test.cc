@@ -1,0 +1,216 @@
+// Single operations of the open site, and the queries.
+#include <gtest/gtest.h>
+
+#include "legacy/legacy_site.h"
+
+namespace zvrsit {
+namespace {
+
+using test::LegacySite;
+using test::Text;
+
+class OpenSite : public ::testing::Test {
+ protected:
+  OpenSite() {
+    EXPECT_EQ(site.Open(), 0);
+    for (const char* name : {"a", "b", "c"}) mgr.UrlAdd(2, name);
+    mgr.UrlAdd(3, "http://example.org/");
+  }
+
+  LegacySite site;
+  SitMgr& mgr = *site.mgr;
+  const UrlID a{2, 0};
+  const UrlID b{2, 1};
+  const UrlID c{2, 2};
+  const UrlID web{3, 0};
+};
+
+TEST(SitMgr, WithNoSiteOpenEveryOperationSaysSo) {
+  LegacySite site;
+  SitMgr& mgr = *site.mgr;
+  UrlID id;
+  EXPECT_EQ(mgr.UrlAdd(2, "x"), -1);
+  EXPECT_EQ(mgr.GetLastError(), 3);
+  EXPECT_EQ(mgr.LinkAdd({2, 0}, {2, 1}), -1);
+  EXPECT_EQ(mgr.GetLastError(), 3);
+  EXPECT_EQ(Text(mgr.GetForeLinks("x")), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 3);
+  EXPECT_EQ(mgr.Save("x"), -1);
+  EXPECT_EQ(mgr.GetLastError(), 3);
+  EXPECT_EQ(mgr.FolderAdd("x"), -1);
+  EXPECT_EQ(mgr.SiteClose(), -1);
+  EXPECT_EQ(mgr.GetLastError(), 3);
+  EXPECT_EQ(mgr.SetSiteTopFile("x"), -1);
+  EXPECT_EQ(mgr.GetLastError(), 3);
+  EXPECT_EQ(mgr.SiteOpen("nobody"), -1);
+  EXPECT_EQ(mgr.GetLastError(), 14);
+  EXPECT_EQ(mgr.RecoverFromLastError(), 0);
+  EXPECT_EQ(mgr.GetLastError(), 0);
+}
+
+TEST(SitMgr, OpeningTellsWhatIsInTheWay) {
+  LegacySite site;
+  SitMgr& mgr = *site.mgr;
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.Open(), -1);
+  EXPECT_EQ(mgr.GetLastError(), 4);
+  EXPECT_EQ(mgr.SiteClose(), 0);
+  site.folder().write("db/demo/Folder.db", "damaged");
+  EXPECT_EQ(site.Open(), -1);
+  EXPECT_EQ(mgr.GetLastError(), 5);
+  EXPECT_EQ(mgr.OpenSite(), -1);
+  EXPECT_EQ(mgr.UrlNum(2), -1) << "the other stores are let go";
+}
+
+TEST_F(OpenSite, LinksAreCheckedAndNumbered) {
+  EXPECT_EQ(mgr.LinkAdd(a, kAnyUrlID), -1);
+  EXPECT_EQ(mgr.GetLastError(), 11);
+  EXPECT_EQ(mgr.LinkAdd(a, UrlID()), -1);
+  EXPECT_EQ(mgr.GetLastError(), 11);
+  EXPECT_EQ(mgr.LinkAdd(a, b), 0);
+  EXPECT_EQ(mgr.LinkAdd(a, web), 1);
+  for (const int type : {0, 14, -1}) {
+    EXPECT_EQ(mgr.SetLinkType(0, type), -1);
+    EXPECT_EQ(mgr.GetLastError(), 11);
+  }
+  EXPECT_EQ(mgr.SetLinkType(0, 13), 0);
+  EXPECT_EQ(mgr.GetLinkType(0), 13);
+  EXPECT_EQ(mgr.SetLinkAsIsUrl(0, ""), -1);
+  EXPECT_EQ(mgr.GetLastError(), 11);
+  EXPECT_EQ(Text(mgr.GetLinkAsIsUrl(0)), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 17);
+  EXPECT_EQ(mgr.SetLinkAsIsUrl(0, "b.htm#x"), 0);
+  EXPECT_EQ(Text(mgr.GetLinkAsIsUrl(0)), "b.htm#x");
+  EXPECT_EQ(mgr.LinkDel(0, 0), 0);
+  UrlID from;
+  UrlID to;
+  EXPECT_EQ(mgr.LinkBothSides(0, from, to), -1);
+  EXPECT_EQ(mgr.GetLastError(), 15);
+  EXPECT_EQ(mgr.LinkBothSides(2, from, to), -1);
+  EXPECT_EQ(mgr.GetLastError(), 16);
+}
+
+TEST_F(OpenSite, TheLinksOfAPageComeOneAtATime) {
+  mgr.LinkAdd(a, b);
+  mgr.LinkAdd(a, web);
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(Text(mgr.GetForeLinks("a")), "b");
+    EXPECT_EQ(Text(mgr.GetForeLinks("a")), "http://example.org/");
+    EXPECT_EQ(Text(mgr.GetForeLinks("a")), "(null)");
+    EXPECT_EQ(mgr.GetLastError(), 15);
+  }
+  EXPECT_EQ(Text(mgr.GetBackLinks("http://example.org/")), "a");
+  EXPECT_EQ(Text(mgr.GetForeLinks("unknown")), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 15);
+}
+
+TEST_F(OpenSite, ALinkThatIsNotBrokenDoesNotEndTheBrokenOnes) {
+  mgr.LinkAdd(a, b);
+  mgr.LinkAdd(a, c);
+  mgr.LinkAdd(a, web);
+  mgr.SetUrlStatus(b, 2);
+  mgr.SetUrlStatus(c, 5);
+  mgr.SetUrlStatus(web, 8);
+  EXPECT_EQ(Text(mgr.GetBrokenLinks("a")), "b");
+  EXPECT_EQ(Text(mgr.GetBrokenLinks("a")), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 0);
+  EXPECT_EQ(Text(mgr.GetBrokenLinks("a")), "http://example.org/");
+  EXPECT_EQ(Text(mgr.GetBrokenLinks("a")), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 15);
+}
+
+TEST_F(OpenSite, EnumLinkSkipsDeletedLinksAndNamesDamagedOnes) {
+  for (const UrlID& to : {a, b, c}) mgr.LinkAdd(a, to);
+  mgr.LinkDel(1, 1);
+  mgr.LinkAdd({2, 77}, a);
+  std::string* from = nullptr;
+  std::string* to = nullptr;
+  EXPECT_EQ(mgr.EnumLink(1, nullptr, nullptr), 0);
+  for (const char* target : {"a", "c"}) {
+    ASSERT_EQ(mgr.EnumLink(0, &from, &to), 0);
+    EXPECT_EQ(Text(from), "a");
+    EXPECT_EQ(Text(to), target);
+  }
+  EXPECT_EQ(mgr.EnumLink(0, &from, &to), -1);
+  EXPECT_EQ(mgr.GetLastError(), 7) << "its source has no text";
+  EXPECT_EQ(mgr.EnumLink(0, &from, &to), -1);
+  EXPECT_EQ(mgr.GetLastError(), 16);
+  EXPECT_EQ(mgr.EnumLink(0, &from, &to), 0) << "and from the start again";
+  Text(from);
+  Text(to);
+  EXPECT_EQ(mgr.GetLinkStatus(3), 0);
+  mgr.LinkAdd(b, {3, 99});
+  EXPECT_EQ(mgr.GetLinkStatus(4), -1);
+  EXPECT_EQ(mgr.GetLastError(), 7);
+}
+
+TEST_F(OpenSite, EntriesAndTheirFields) {
+  EXPECT_EQ(mgr.UrlAdd(2, "a"), 0) << "an entry is made once";
+  EXPECT_EQ(mgr.UrlAdd(0, "x"), -1);
+  EXPECT_EQ(mgr.GetLastError(), 11);
+  EXPECT_EQ(mgr.SetUrlTitle(a, "A title"), 0);
+  EXPECT_EQ(mgr.SetUrlKeywords(b, "Zebra, horse"), 0);
+  EXPECT_EQ(Text(mgr.GetUrlTitle(a)), "A title");
+  EXPECT_EQ(mgr.SetUrlTitle(a, ""), -1);
+  EXPECT_EQ(mgr.GetLastError(), 11);
+  EXPECT_EQ(mgr.SetUrlFtpMember(a, 5), 0);
+  EXPECT_EQ(mgr.UnsetUrlFtpMember(a, 1), 0);
+  EXPECT_EQ(mgr.GetUrlFtpMember(a), 4);
+  EXPECT_EQ(mgr.UrlMove(a, "b"), -1);
+  EXPECT_EQ(mgr.GetLastError(), 11) << "the text is another entry's";
+  EXPECT_EQ(mgr.UrlMove(a, "moved.htm"), 0);
+  EXPECT_EQ(mgr.UrlDel(c), 0);
+  EXPECT_EQ(Text(mgr.UrlPath(c)), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 15);
+  EXPECT_EQ(Text(mgr.UrlPath({2, 3})), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 16);
+
+  site.Reopen();
+  EXPECT_EQ(mgr.EnumPath(1), nullptr);
+  EXPECT_EQ(Text(mgr.EnumPath(0)), "moved.htm");
+  EXPECT_EQ(Text(mgr.EnumPath(0)), "b");
+  EXPECT_EQ(mgr.EnumPath(0), nullptr);
+  EXPECT_EQ(Text(mgr.EnumUrl(0)), "http://example.org/");
+  mgr.EnumUrl(1);
+  EXPECT_EQ(Text(mgr.SearchKeyword(0, "zEBRA")), "b");
+  EXPECT_EQ(mgr.SearchKeyword(0, "zEBRA"), nullptr);
+}
+
+TEST_F(OpenSite, FoldersAndRelations) {
+  const int sub = mgr.FolderNew(site.path("one\\two"));
+  ASSERT_GE(sub, 0);
+  EXPECT_EQ(Text(mgr.FolderName(sub)), site.path("one\\two\\"));
+  EXPECT_EQ(mgr.FolderAdd(site.path("one/two")), sub);
+  EXPECT_EQ(mgr.RelAdd({0, sub}, a), mgr.RelAdd({0, sub}, a)) << "a relation is made once";
+  EXPECT_EQ(mgr.RelAdd({0, sub}, web), -1);
+  EXPECT_EQ(Text(mgr.GetSubFolder(site.path("one"))), site.path("one\\two\\"));
+  EXPECT_EQ(mgr.GetSubFolder(site.path("one")), nullptr);
+  EXPECT_EQ(Text(mgr.GetChild(site.path("one\\two\\"))), "a");
+  EXPECT_EQ(Text(mgr.GetRel("a")), site.path("one\\two\\"));
+  EXPECT_EQ(Text(mgr.GetRel(site.path("one"))), site.dir());
+  EXPECT_EQ(mgr.RelDel({0, sub}, a), 0);
+  EXPECT_EQ(mgr.RelDel({0, sub}, a), -1);
+  EXPECT_EQ(mgr.GetLastError(), 15);
+}
+
+TEST_F(OpenSite, SettingALinkPropertyIsOneStep) {
+  mgr.LinkAdd(a, b);
+  SitLinkProperty property;
+  property.type = kSitLinkImage;
+  property.asIsUrl = "b";
+  property.imgAlt = "a picture";
+  EXPECT_EQ(mgr.SetLinkProperty("a", "b", property), 0);
+  SitLinkProperty stored;
+  EXPECT_EQ(mgr.GetLinkProperty("a", "b", stored), 0);
+  EXPECT_EQ(stored.type, 2);
+  EXPECT_EQ(stored.imgAlt, "a picture");
+  mgr.Undo();
+  EXPECT_EQ(mgr.GetLinkProperty("a", "b", stored), 0);
+  EXPECT_EQ(stored.type, 1);
+  EXPECT_EQ(stored.imgAlt, "");
+  EXPECT_EQ(mgr.GetLinkProperty("b", "a", stored), -1);
+  EXPECT_EQ(mgr.GetLastError(), 15);
+}
+
+}  // namespace
+}  // namespace zvrsit

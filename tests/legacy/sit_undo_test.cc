@@ -1,0 +1,188 @@
+#include <gtest/gtest.h>
+
+#include "legacy/legacy_site.h"
+
+namespace zvrsit {
+namespace {
+
+using test::LegacySite;
+using test::Text;
+
+class Undo : public ::testing::Test {
+ protected:
+  Undo() {
+    site.Open();
+    for (const char* name : {"a", "b", "c"}) mgr.UrlAdd(2, name);
+  }
+
+  LegacySite site;
+  SitMgr& mgr = *site.mgr;
+  const UrlID a{2, 0};
+  const UrlID b{2, 1};
+  const UrlID c{2, 2};
+};
+
+TEST(UndoHistory, NothingToUndoIsNoFailure) {
+  SitMgr mgr;
+  EXPECT_EQ(mgr.Undo(), 0);
+}
+
+TEST_F(Undo, AnAddedLinkIsMarkedDeleted) {
+  mgr.LinkAdd(a, b);
+  mgr.Undo();
+  EXPECT_TRUE(site.Links().empty());
+  EXPECT_EQ(mgr.LinkNum(), 1) << "its slot stays";
+}
+
+TEST_F(Undo, ADeletedLinkWithoutStringsComesBackAsAnAnchor) {
+  mgr.LinkAdd(a, b);
+  mgr.SetLinkType(0, 5);
+  mgr.LinkDel(0, 0);
+  mgr.Undo();
+  EXPECT_EQ(site.Links(), (std::multiset<std::string>{"a > b 1 - - 1"}));
+}
+
+TEST_F(Undo, ADeletedLinkWithATargetTextComesBackWhole) {
+  mgr.LinkAdd(a, b);
+  mgr.SetLinkType(0, 2);
+  mgr.SetLinkAsIsUrl(0, "b.gif");
+  mgr.SetLinkImgAlt(0, "alternative");
+  mgr.LinkDel(0, 0);
+  mgr.Undo();
+  EXPECT_EQ(site.Links(), (std::multiset<std::string>{"a > b 2 b.gif alternative 1"}));
+}
+
+TEST_F(Undo, AMoveIsOneGroup) {
+  mgr.LinkAdd(a, b);
+  mgr.SetLinkAsIsUrl(0, "b.htm");
+  const auto before = site.Links();
+  EXPECT_EQ(mgr.LinkMove(0, b, c), 1);
+  EXPECT_EQ(site.Links(), (std::multiset<std::string>{"b > c 1 b.htm - 1"}));
+  mgr.Undo();
+  EXPECT_EQ(site.Links(), before);
+}
+
+TEST_F(Undo, TwoPlainStepsNeedTwoCalls) {
+  mgr.LinkAdd(a, b);
+  mgr.LinkAdd(b, c);
+  mgr.Undo();
+  EXPECT_EQ(site.Links().size(), 1u);
+  mgr.Undo();
+  EXPECT_TRUE(site.Links().empty());
+}
+
+TEST_F(Undo, ARewrittenTargetTextFollowsItsString) {
+  mgr.LinkAdd(a, b);
+  mgr.SetLinkAsIsUrl(0, "first");
+  mgr.SetLinkAsIsUrl(0, "second");
+  mgr.Undo();
+  EXPECT_EQ(Text(mgr.GetLinkAsIsUrl(0)), "first");
+  mgr.Undo();
+  EXPECT_EQ(Text(mgr.GetLinkAsIsUrl(0)), "(null)");
+}
+
+TEST_F(Undo, EntriesComeBackUnderTheirNumbers) {
+  mgr.SetUrlTitle(b, "Title");
+  const auto before = site.Entries();
+  mgr.UrlDel(b);
+  mgr.Undo();
+  EXPECT_EQ(site.Entries(), before);
+  mgr.UrlMove(b, "elsewhere");
+  mgr.Undo();
+  EXPECT_EQ(site.Entries(), before);
+  EXPECT_EQ(mgr.UrlAdd(2, "d"), 3);
+  mgr.Undo();
+  EXPECT_EQ(site.Entries(), before);
+  EXPECT_EQ(mgr.UrlNum(2), 3);
+  mgr.FolderNew(site.path("new"));
+  mgr.Undo();
+  EXPECT_EQ(site.Entries(), before);
+}
+
+// Packing gives links new numbers; a step from before it must not touch what has them now.
+TEST_F(Undo, AStepFromAnEarlierOpeningLeavesTheSiteAlone) {
+  mgr.LinkAdd(a, b);
+  mgr.LinkAdd(b, c);
+  mgr.LinkDel(0, 1);
+  mgr.LinkAdd(a, c);
+  site.Reopen();
+  const auto links = site.Links();
+  const auto entries = site.Entries();
+  for (int i = 0; i < 12; ++i) mgr.Undo();
+  EXPECT_EQ(site.Links(), links);
+  EXPECT_EQ(site.Entries(), entries);
+}
+
+class UndoOfFiles : public ::testing::Test {
+ protected:
+  UndoOfFiles() {
+    site.write("index.html",
+               "<title>Top</title><a href=page.html>p</a><img src=gone.gif alt=Gone>"
+               "<a href=http://example.org/>web</a><a href=page.html#x>again</a>");
+    site.write("page.html", "<meta name=keywords content=zebra><a href=index.html>up</a>");
+    site.write("sub/deep.html", "<a href=../index.html>up</a><a href=../page.html>p</a>");
+    site.Open();
+    EXPECT_EQ(mgr.SiteRebuildDB(1), 0);
+    links = site.Links();
+    entries = site.Entries();
+  }
+
+  void UndoAndCompare() {
+    EXPECT_NE(site.Links(), links);
+    EXPECT_EQ(mgr.Undo(), 0);
+    EXPECT_EQ(site.Links(), links);
+    EXPECT_EQ(site.Entries(), entries);
+  }
+
+  LegacySite site;
+  SitMgr& mgr = *site.mgr;
+  std::multiset<std::string> links;
+  std::multiset<std::string> entries;
+};
+
+TEST_F(UndoOfFiles, Save) {
+  site.write("page.html", "<a href=new.html>n</a><a href=http://example.net/>n</a>");
+  ASSERT_EQ(mgr.Save(site.path("page.html")), 0);
+  UndoAndCompare();
+  ASSERT_EQ(mgr.Save(site.path("page.html")), 0);
+  UndoAndCompare();
+}
+
+TEST_F(UndoOfFiles, TwoSavesOfOnePage) {
+  site.write("page.html", "<a href=one.html>n</a>");
+  mgr.Save(site.path("page.html"));
+  site.write("page.html", "<a href=one.html>n</a><a href=two.html>n</a>");
+  mgr.Save(site.path("page.html"));
+  mgr.Undo();
+  UndoAndCompare();
+}
+
+TEST_F(UndoOfFiles, RemoveOfALinkedAndOfAnUnlinkedFile) {
+  ASSERT_EQ(mgr.Remove(site.path("page.html")), 0);
+  EXPECT_EQ(site.Status("page.html"), kStatusMissing);
+  UndoAndCompare();
+  ASSERT_EQ(mgr.Remove(site.path("sub\\deep.html")), 0);
+  EXPECT_EQ(site.Status("sub\\deep.html"), -1);
+  UndoAndCompare();
+  EXPECT_EQ(mgr.Remove(site.path("sub\\unknown.html")), -1);
+  EXPECT_EQ(mgr.GetLastError(), 15);
+}
+
+TEST_F(UndoOfFiles, Move) {
+  site.write("sub/moved.html", "<a href=../index.html>up</a>");
+  ASSERT_EQ(mgr.Move(site.path("page.html"), site.path("sub\\moved.html")), 0);
+  EXPECT_EQ(Text(mgr.GetForeLinks(site.path("sub\\moved.html"))), site.path("index.html"));
+  UndoAndCompare();
+}
+
+TEST_F(UndoOfFiles, SetUrlProperty) {
+  SitUrlRec property;
+  property.title = "Other";
+  ASSERT_EQ(mgr.SetUrlProperty(site.path("page.html"), property), 0);
+  EXPECT_NE(site.Entries(), entries);
+  mgr.Undo();
+  EXPECT_EQ(site.Entries(), entries);
+}
+
+}  // namespace
+}  // namespace zvrsit
