@@ -10,7 +10,7 @@
 
 #include "css/css_file_tree.h"
 #include "links/link_rules.h"
-#include "links/site_url.h"
+#include "links/target_resolver.h"
 #include "platform/api.h"
 
 namespace zvrsit {

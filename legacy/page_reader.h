@@ -8,7 +8,7 @@
 #include "dom/mapped_file.h"
 #include "legacy/sit_mgr_base.h"
 #include "links/extractor.h"
-#include "links/site_url.h"
+#include "links/target_resolver.h"
 
 namespace zvrsit {
 

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "dom/document.h"
+#include "links/ascii.h"
 #include "links/html_values.h"
 #include "util/mb_string.h"
 
@@ -93,10 +94,6 @@ bool NeedsDecoding(std::string_view raw) {
   return Contains(raw, '&') || Contains(raw, '\r') || Contains(raw, '\0');
 }
 
-bool IsSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
-}
-
 // One walk over a document, filling the rows.
 class Extraction {
  public:
@@ -150,7 +147,7 @@ class Extraction {
     std::string collapsed;
     bool space = false;
     for (const char c : text) {
-      if (IsSpace(c)) {
+      if (IsHtmlSpace(c)) {
         space = !collapsed.empty();
         continue;
       }

@@ -2,17 +2,13 @@
 
 #include <algorithm>
 
+#include "links/ascii.h"
+
 namespace zvrsit {
 namespace {
 
-bool IsSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
-}
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 bool IsLetter(char c, char lower) {
-  return c == lower || c == lower - ('a' - 'A');
+  return AsciiLower(c) == lower;
 }
 
 template <class Predicate>
@@ -24,11 +20,11 @@ std::string_view TakeWhile(std::string_view& text, Predicate predicate) {
 }
 
 void SkipSpaces(std::string_view& text) {
-  TakeWhile(text, IsSpace);
+  TakeWhile(text, IsHtmlSpace);
 }
 
 bool IsInteger(std::string_view number) {
-  return !number.empty() && std::all_of(number.begin(), number.end(), IsDigit);
+  return !number.empty() && std::all_of(number.begin(), number.end(), IsAsciiDigit);
 }
 
 bool IsPositiveInteger(std::string_view number) {
@@ -39,11 +35,11 @@ bool IsPositiveInteger(std::string_view number) {
 bool IsDensity(std::string_view number) {
   const bool negative = !number.empty() && number.front() == '-';
   if (negative) number.remove_prefix(1);
-  const std::string_view whole = TakeWhile(number, IsDigit);
+  const std::string_view whole = TakeWhile(number, IsAsciiDigit);
   std::string_view fraction;
   if (!number.empty() && number.front() == '.') {
     number.remove_prefix(1);
-    fraction = TakeWhile(number, IsDigit);
+    fraction = TakeWhile(number, IsAsciiDigit);
     if (fraction.empty()) return false;
   }
   if (whole.empty() && fraction.empty()) return false;
@@ -104,7 +100,7 @@ Descriptors TakeDescriptors(std::string_view& text) {
       inParentheses = true;
     } else if (c == ',') {
       break;
-    } else if (IsSpace(c)) {
+    } else if (IsHtmlSpace(c)) {
       descriptors.Add(text.substr(begin, i - begin));
       begin = i + 1;
     }
@@ -133,9 +129,9 @@ bool TakeUrlKeyword(std::string_view& text) {
 
 void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view>& urls) {
   for (;;) {
-    TakeWhile(srcset, [](char c) { return IsSpace(c) || c == ','; });
+    TakeWhile(srcset, [](char c) { return IsHtmlSpace(c) || c == ','; });
     if (srcset.empty()) return;
-    std::string_view url = TakeWhile(srcset, [](char c) { return !IsSpace(c); });
+    std::string_view url = TakeWhile(srcset, [](char c) { return !IsHtmlSpace(c); });
     if (url.back() == ',') {  // a candidate without descriptors
       url.remove_suffix(url.size() - 1 - url.find_last_not_of(','));
       urls.push_back(url);
@@ -148,11 +144,11 @@ void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view
 
 std::string_view RefreshTarget(std::string_view content) {
   SkipSpaces(content);
-  const bool hasDigits = !TakeWhile(content, IsDigit).empty();
+  const bool hasDigits = !TakeWhile(content, IsAsciiDigit).empty();
   if (!hasDigits && (content.empty() || content.front() != '.')) return {};
-  TakeWhile(content, [](char c) { return IsDigit(c) || c == '.'; });
+  TakeWhile(content, [](char c) { return IsAsciiDigit(c) || c == '.'; });
   if (content.empty()) return {};
-  if (content.front() != ';' && content.front() != ',' && !IsSpace(content.front())) return {};
+  if (content.front() != ';' && content.front() != ',' && !IsHtmlSpace(content.front())) return {};
   SkipSpaces(content);
   if (!content.empty() && (content.front() == ';' || content.front() == ',')) {
     content.remove_prefix(1);

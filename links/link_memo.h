@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "links/extractor.h"
-#include "links/site_url.h"
+#include "links/target_resolver.h"
 #include "manager/base/operation_memo.h"
 #include "storage/probe_table.h"
 #include "util/url_id.h"

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "links/link_memo.h"
+#include "links/site_url.h"
 #include "manager/base/operation_memo.h"
 #include "manager/base/site_mgr_base.h"
 #include "platform/file.h"

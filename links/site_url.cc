@@ -1,7 +1,9 @@
 #include "links/site_url.h"
 
 #include <algorithm>
+#include <vector>
 
+#include "links/ascii.h"
 #include "platform/code_page.h"
 #include "util/mb_string.h"
 
@@ -10,12 +12,6 @@ namespace {
 
 constexpr std::string_view kSchemes[] = {"http",   "ftp",  "mailto", "file",
                                          "telnet", "news", "gopher"};
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(), [](char a, char b) {
-    return (a >= 'A' && a <= 'Z' ? a + ('a' - 'A') : a) == b;
-  });
-}
 
 // The folder of `path` with its "\", or `siteRoot` up to its separator: what a target is put
 // behind. False when the page has no folder.
@@ -97,9 +93,8 @@ bool ClassicIsExternal(std::string_view target) {
   const auto colon = target.find(':');
   if (colon == std::string_view::npos || target.find('#') < colon) return false;
   const std::string_view scheme = target.substr(0, colon);
-  return std::any_of(std::begin(kSchemes), std::end(kSchemes), [scheme](std::string_view known) {
-    return EqualsIgnoringCase(scheme, known);
-  });
+  return std::any_of(std::begin(kSchemes), std::end(kSchemes),
+                     [scheme](std::string_view known) { return EqualsLower(scheme, known); });
 }
 
 bool HasFragment(std::string_view target) {

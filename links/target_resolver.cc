@@ -1,9 +1,12 @@
-// Targets as a browser resolves them, after the URL Standard (url.spec.whatwg.org), with the site
-// in place of a host: "/" is the site root, and a path is a file name once its percent-encoding
-// has been decoded.
+// Under the web rules targets are resolved as a browser does, after the URL Standard
+// (url.spec.whatwg.org), with the site in place of a host: "/" is the site root, and a path is a
+// file name once its percent-encoding has been decoded.
+#include "links/target_resolver.h"
+
 #include <algorithm>
 #include <iterator>
 
+#include "links/ascii.h"
 #include "links/site_url.h"
 #include "platform/code_page.h"
 #include "util/mb_string.h"
@@ -12,21 +15,6 @@ namespace zvrsit {
 namespace {
 
 constexpr auto kNpos = std::string_view::npos;
-
-bool IsAlpha(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
-                    [](char a, char b) { return Lower(a) == b; });
-}
 
 // Without C0 controls and spaces at both ends, and without tabs and line ends anywhere.
 std::string_view Cleaned(std::string_view target, std::string& scratch) {
@@ -42,11 +30,11 @@ std::string_view Cleaned(std::string_view target, std::string& scratch) {
 
 // The scheme of an absolute URL, without its ":"; empty when the target is relative.
 std::string_view SchemeOf(std::string_view target) {
-  if (target.empty() || !IsAlpha(target.front())) return {};
+  if (target.empty() || !IsAsciiAlpha(target.front())) return {};
   for (std::size_t i = 1; i < target.size(); ++i) {
     const char c = target[i];
     if (c == ':') return target.substr(0, i);
-    if (!IsAlpha(c) && !IsDigit(c) && c != '+' && c != '-' && c != '.') return {};
+    if (!IsAsciiAlpha(c) && !IsAsciiDigit(c) && c != '+' && c != '-' && c != '.') return {};
   }
   return {};
 }
@@ -54,9 +42,8 @@ std::string_view SchemeOf(std::string_view target) {
 // Schemes whose URLs name no place outside of the page or the browser itself.
 bool NamesNoPlace(std::string_view scheme) {
   constexpr std::string_view kSchemes[] = {"data", "javascript", "about", "blob"};
-  return std::any_of(std::begin(kSchemes), std::end(kSchemes), [scheme](std::string_view known) {
-    return EqualsIgnoringCase(scheme, known);
-  });
+  return std::any_of(std::begin(kSchemes), std::end(kSchemes),
+                     [scheme](std::string_view known) { return EqualsLower(scheme, known); });
 }
 
 bool IsSlash(char c) {
@@ -81,8 +68,8 @@ std::string_view WithoutQueryAndFragment(std::string_view target) {
 }
 
 int HexValue(char c) {
-  if (IsDigit(c)) return c - '0';
-  const char lower = Lower(c);
+  if (IsAsciiDigit(c)) return c - '0';
+  const char lower = AsciiLower(c);
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
@@ -90,8 +77,8 @@ int HexValue(char c) {
 int DotsOf(std::string_view segment) {
   int dots = 0;
   while (!segment.empty()) {
-    const bool encoded =
-        segment.size() >= 3 && segment[0] == '%' && segment[1] == '2' && Lower(segment[2]) == 'e';
+    const bool encoded = segment.size() >= 3 && segment[0] == '%' && segment[1] == '2' &&
+                         AsciiLower(segment[2]) == 'e';
     if (!encoded && segment.front() != '.') return 0;
     segment.remove_prefix(encoded ? 3 : 1);
     if (++dots > 2) return 0;

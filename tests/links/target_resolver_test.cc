@@ -1,6 +1,7 @@
+#include "links/target_resolver.h"
+
 #include <gtest/gtest.h>
 
-#include "links/site_url.h"
 #include "support/code_page_scope.h"
 
 namespace zvrsit {
@@ -29,14 +30,14 @@ void ExpectPlaces(TargetResolver& resolver, std::initializer_list<Case> cases) {
   for (const Case& c : cases) EXPECT_EQ(Place(resolver, c.target), c.place) << c.target;
 }
 
-class WebUrl : public testing::Test {
+class TargetResolverTest : public testing::Test {
  protected:
-  WebUrl() { resolver_.BeginPage("\\site", "\\site\\docs\\a.htm"); }
+  TargetResolverTest() { resolver_.BeginPage("\\site", "\\site\\docs\\a.htm"); }
 
   TargetResolver resolver_{LinkRules::Web};
 };
 
-TEST_F(WebUrl, NamesFilesOfTheSite) {
+TEST_F(TargetResolverTest, NamesFilesOfTheSite) {
   ExpectPlaces(resolver_, {
                               {"b.htm", "\\site\\docs\\b.htm"},
                               {"../b.htm", "\\site\\b.htm"},
@@ -63,7 +64,7 @@ TEST_F(WebUrl, NamesFilesOfTheSite) {
                           });
 }
 
-TEST_F(WebUrl, StopsAtTheRoot) {
+TEST_F(TargetResolverTest, StopsAtTheRoot) {
   ExpectPlaces(resolver_, {{"../../../../b.htm", "\\site\\b.htm"},
                            {"/../b.htm", "\\site\\b.htm"},
                            {"/../../x/../..", "\\site\\"}});
@@ -73,7 +74,7 @@ TEST_F(WebUrl, StopsAtTheRoot) {
                            {"/b.htm", "\\site\\b.htm"}});
 }
 
-TEST_F(WebUrl, DecodesAFileNameOnce) {
+TEST_F(TargetResolverTest, DecodesAFileNameOnce) {
   ExpectPlaces(resolver_, {{"a%20b%2520.htm", "\\site\\docs\\a b%20.htm"},
                            {"%23%3F.htm#x", "\\site\\docs\\#?.htm"},
                            {"%E3%81%82.htm", "\\site\\docs\\\xE3\x81\x82.htm"},
@@ -85,7 +86,7 @@ TEST_F(WebUrl, DecodesAFileNameOnce) {
                            {"x/a%5Cb", kNoFile}});
 }
 
-TEST_F(WebUrl, TellsOtherPlacesApart) {
+TEST_F(TargetResolverTest, TellsOtherPlacesApart) {
   ExpectPlaces(resolver_, {{"https://h/x#y", "https://h/x#y"},
                            {"\x01 HTTPS://h/x\n", "HTTPS://h/x"},
                            {"//h/x", "//h/x"},
@@ -98,7 +99,7 @@ TEST_F(WebUrl, TellsOtherPlacesApart) {
                            {"about:blank", kNothing}});
 }
 
-TEST_F(WebUrl, FollowsALocalBase) {
+TEST_F(TargetResolverTest, FollowsALocalBase) {
   resolver_.SetBase("../other/page.htm?q#f");
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"},
                            {"../../b.htm", "\\site\\b.htm"},
@@ -111,7 +112,7 @@ TEST_F(WebUrl, FollowsALocalBase) {
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\b.htm"}, {"#x", "\\site\\a.htm"}});
 }
 
-TEST_F(WebUrl, JoinsToAnExternalBase) {
+TEST_F(TargetResolverTest, JoinsToAnExternalBase) {
   resolver_.SetBase("https://h:8/x/y/z.htm?q#f");
   ExpectPlaces(resolver_, {{"b.htm?r#s", "https://h:8/x/y/b.htm?r#s"},
                            {"../b.htm", "https://h:8/x/b.htm"},
@@ -129,7 +130,7 @@ TEST_F(WebUrl, JoinsToAnExternalBase) {
   ExpectPlaces(resolver_, {{"b.htm", "//h/b.htm"}, {"/b.htm", "//h/b.htm"}});
 }
 
-TEST_F(WebUrl, LeavesDoubleByteCharactersWhole) {
+TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
   const test::CodePageScope shiftJis(932);
   const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
   resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
@@ -143,7 +144,7 @@ TEST_F(WebUrl, LeavesDoubleByteCharactersWhole) {
   EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
 }
 
-TEST_F(WebUrl, TakesLinearTime) {
+TEST_F(TargetResolverTest, TakesLinearTime) {
   std::string climb;
   std::string deep;
   for (int i = 0; i < 300000; ++i) {
