@@ -1,5 +1,6 @@
 #include "css/css_control.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "css/css_decode.h"
