@@ -207,9 +207,9 @@ class ZVRSIT_API Document {
   // is empty then) for a null text, a negative length or a parent.
   int createNodes(const char* text, int length, Node* parent, bool decode);
 
-  // The elements of one name in document order, without those in the content of a TEMPLATE. Found
-  // without a walk for every name that has a Tag; "*" gives all elements. HTML elements only for a
-  // name that both HTML and SVG have. `upperCaseName` may be in any ASCII case.
+  // The elements of one name in document order, without those in the content of a TEMPLATE; of a
+  // name that both HTML and SVG have, the HTML elements only. Found without a walk for every name
+  // that has a Tag. `upperCaseName` may be in any ASCII case.
   NodeIterator getElementsByTagName(const char* upperCaseName) const;
   // Indexes for element(), in document order, without those in the content of a TEMPLATE.
   std::span<const std::uint32_t> elementsOf(Tag tag) const;

@@ -57,7 +57,8 @@ TEST_F(MappedFileTest, HoldsTheWholeFileUntilItIsClosed) {
 TEST_F(MappedFileTest, WhatIsNoReadableFileFailsAndClosesTheOneBefore) {
   const std::string good = Write("a.htm", "x");
   MappedFile file;
-  for (const std::string& bad : {Path("missing.htm"), Path(""), std::string()}) {
+  ASSERT_EQ(mkfifo((folder_ / "pipe.htm").c_str(), 0600), 0);
+  for (const std::string& bad : {Path("missing.htm"), Path("pipe.htm"), Path(""), std::string()}) {
     ASSERT_TRUE(file.open(good, 0));
     EXPECT_FALSE(file.open(bad, 0)) << bad;
     EXPECT_EQ(file.top(), nullptr);
