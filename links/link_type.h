@@ -4,6 +4,10 @@
 
 #include <cstdint>
 
+#include "platform/api.h"
+
+#include "platform/api.h"
+
 namespace zvrsit {
 
 inline constexpr std::uint32_t LT_META_REFRESH = 0x2;
@@ -41,8 +45,8 @@ inline constexpr std::uint32_t LT_FORMACTION = 0x20000000;  // of BUTTON and INP
 inline constexpr std::uint32_t LT_SVG = 0x40000000;         // href, xlink:href in SVG
 
 // The name of a code as it is written above ("LT_ANCHOR"); "LT_UNKNOWN" for any other number.
-const char* LinkTypeName(std::uint32_t type);
+ZVRSIT_API const char* LinkTypeName(std::uint32_t type);
 // The code of a name; 0 when there is none of that name.
-std::uint32_t LinkTypeOfName(const char* name);
+ZVRSIT_API std::uint32_t LinkTypeOfName(const char* name);
 
 }  // namespace zvrsit
