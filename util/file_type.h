@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/api.h"
+
 namespace zvrsit {
 
 // The codes are stored in databases and compared with masks of programs. 0x8, 0x4000 and 0x8000
@@ -33,7 +35,7 @@ inline constexpr std::uint32_t FT_DCM = 0x800000;
 // The type of a file name, path or URL in the code page, from what stands behind the last
 // single-byte "." of the whole text, in any letter case. FT_OTHER for whatever is not known, and
 // for a null name.
-std::uint32_t ClassifyFileType(const char* name);
+ZVRSIT_API std::uint32_t ClassifyFileType(const char* name);
 std::uint32_t ClassifyFileType(std::string_view name);
 
 // Every code above: the mask of all types.
