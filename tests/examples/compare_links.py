@@ -48,14 +48,18 @@ def main():
     site = os.path.realpath(site)
     failed = False
     with tempfile.TemporaryDirectory() as database:
-        def run(*words):
-            return subprocess.run([zvrsit, *words, "--db", database], check=True,
-                                  stdout=subprocess.PIPE).stdout
+        def run(*words, code=0):
+            done = subprocess.run([zvrsit, *words, "--db", database], stdout=subprocess.PIPE)
+            if done.returncode != code:
+                sys.exit(f"zvrsit {' '.join(words)}: exit code {done.returncode}, not {code}")
+            return done.stdout
 
         run("add", "example", site, "--top", os.path.join(site, "index.htm"),
             "--default-url", "index.htm", "--rules", rules)
         for rebuild in range(1, REBUILDS + 1):
-            run("rebuild", "example")
+            # The classic rules lose a page at its first link to a file outside of the site, once.
+            loses_a_page = rules == "classic" and rebuild == 1
+            run("rebuild", "example", code=4 if loses_a_page else 0)
             links = json.loads(run("links", "example", "--format", "json"))
             actual = sorted(actual_row(site, link) for link in links)
             wanted = expected_rows(expected, rules, rebuild)
