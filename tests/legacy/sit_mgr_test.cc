@@ -177,16 +177,16 @@ TEST_F(OpenSite, EntriesAndTheirFields) {
 }
 
 TEST_F(OpenSite, FoldersAndRelations) {
-  const int sub = mgr.FolderNew(site.path("one\\two"));
+  const int sub = mgr.FolderNew(site.path("one/two"));
   ASSERT_GE(sub, 0);
-  EXPECT_EQ(Text(mgr.FolderName(sub)), site.path("one\\two\\"));
+  EXPECT_EQ(Text(mgr.FolderName(sub)), site.path("one/two/"));
   EXPECT_EQ(mgr.FolderAdd(site.path("one/two")), sub);
   EXPECT_EQ(mgr.RelAdd({0, sub}, a), mgr.RelAdd({0, sub}, a)) << "a relation is made once";
   EXPECT_EQ(mgr.RelAdd({0, sub}, web), -1);
-  EXPECT_EQ(Text(mgr.GetSubFolder(site.path("one"))), site.path("one\\two\\"));
+  EXPECT_EQ(Text(mgr.GetSubFolder(site.path("one"))), site.path("one/two/"));
   EXPECT_EQ(mgr.GetSubFolder(site.path("one")), nullptr);
-  EXPECT_EQ(Text(mgr.GetChild(site.path("one\\two\\"))), "a");
-  EXPECT_EQ(Text(mgr.GetRel("a")), site.path("one\\two\\"));
+  EXPECT_EQ(Text(mgr.GetChild(site.path("one/two/"))), "a");
+  EXPECT_EQ(Text(mgr.GetRel("a")), site.path("one/two/"));
   EXPECT_EQ(Text(mgr.GetRel(site.path("one"))), site.dir());
   EXPECT_EQ(mgr.RelDel({0, sub}, a), 0);
   EXPECT_EQ(mgr.RelDel({0, sub}, a), -1);

@@ -46,7 +46,8 @@ TEST(OlderRebuild, RegistersFilesFoldersAndEveryKindOfLink) {
                               "index.html > do.cgi 10 do.cgi - 1",
                               "index.html > run.js 11 run.js - 1",
                               "index.html > tune.mid 12 tune.mid - 1",
-                              "index.html > classes\\A.class 12 classes/A.class - 2",
+                              "index.html > classes\\A.class 12 classes/A.class - 1",
+                              "index.html > classes\\A.class 12 A.class - 1",
                               "index.html > classes\\B.class 12 B.class - 1",
                               "index.html > HTTP://example.org/x 1 HTTP://example.org/x - 1",
                               "index.html > javascript:go() 1 javascript:go() - 1",
@@ -61,7 +62,7 @@ TEST(OlderRebuild, RegistersFilesFoldersAndEveryKindOfLink) {
   EXPECT_EQ(site.Status("style.css"), kStatusFound);
   EXPECT_EQ(site.Status("late.html"), kStatusMissing);
   EXPECT_EQ(site.Status("x#y.html"), -1);
-  EXPECT_EQ(Text(site.mgr->GetRel(site.path("classes\\A.class"))), site.path("classes\\"));
+  EXPECT_EQ(Text(site.mgr->GetRel(site.path("classes/A.class"))), site.path("classes/"));
   SitUrlRec frames;
   site.mgr->GetUrlProperty(site.path("frames.html"), frames);
   EXPECT_EQ(frames.ftpMember, 0) << "no link leads there";
@@ -155,13 +156,13 @@ TEST(OlderSave, ReadsTheDocumentThatItIsGiven) {
   Document* document = dom.createDocument("HTML");
   const std::string text = "<title>New</title><a href=given.html>x</a>";
   document->createNodes(text.data(), static_cast<int>(text.size()), nullptr, true);
-  ASSERT_EQ(site.mgr->Save(site.path("sub\\page.html"), document), 0);
+  ASSERT_EQ(site.mgr->Save(site.path("sub/page.html"), document), 0);
   EXPECT_EQ(dom.deleteDocument(document), 0);
   EXPECT_EQ(site.Links(), (Rows{"sub\\page.html > sub\\given.html 1 given.html - 1"}));
-  EXPECT_EQ(Text(site.mgr->GetChild(site.path("sub\\"))), site.path("sub\\page.html"));
-  EXPECT_EQ(Text(site.mgr->GetSubFolder(site.dir())), site.path("sub\\"));
-  EXPECT_EQ(site.mgr->Save(site.path("sub\\missing.html")), 0);
-  EXPECT_EQ(site.Status("sub\\missing.html"), kStatusMissing);
+  EXPECT_EQ(Text(site.mgr->GetChild(site.path("sub/"))), site.path("sub/page.html"));
+  EXPECT_EQ(Text(site.mgr->GetSubFolder(site.dir())), site.path("sub/"));
+  EXPECT_EQ(site.mgr->Save(site.path("sub/missing.html")), 0);
+  EXPECT_EQ(site.Status("sub/missing.html"), kStatusMissing);
 }
 
 }  // namespace

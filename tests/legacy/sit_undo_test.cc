@@ -161,17 +161,17 @@ TEST_F(UndoOfFiles, RemoveOfALinkedAndOfAnUnlinkedFile) {
   ASSERT_EQ(mgr.Remove(site.path("page.html")), 0);
   EXPECT_EQ(site.Status("page.html"), kStatusMissing);
   UndoAndCompare();
-  ASSERT_EQ(mgr.Remove(site.path("sub\\deep.html")), 0);
-  EXPECT_EQ(site.Status("sub\\deep.html"), -1);
+  ASSERT_EQ(mgr.Remove(site.path("sub/deep.html")), 0);
+  EXPECT_EQ(site.Status("sub/deep.html"), -1);
   UndoAndCompare();
-  EXPECT_EQ(mgr.Remove(site.path("sub\\unknown.html")), -1);
+  EXPECT_EQ(mgr.Remove(site.path("sub/unknown.html")), -1);
   EXPECT_EQ(mgr.GetLastError(), 15);
 }
 
 TEST_F(UndoOfFiles, Move) {
   site.write("sub/moved.html", "<a href=../index.html>up</a>");
-  ASSERT_EQ(mgr.Move(site.path("page.html"), site.path("sub\\moved.html")), 0);
-  EXPECT_EQ(Text(mgr.GetForeLinks(site.path("sub\\moved.html"))), site.path("index.html"));
+  ASSERT_EQ(mgr.Move(site.path("page.html"), site.path("sub/moved.html")), 0);
+  EXPECT_EQ(Text(mgr.GetForeLinks(site.path("sub/moved.html"))), site.path("index.html"));
   UndoAndCompare();
 }
 
