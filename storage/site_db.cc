@@ -198,19 +198,13 @@ int SiteDB::Flush() {
   return 0;
 }
 
-int SiteDB::ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
-  if (fd < 0 || length < 0 || offset < 0) return -1;
-  if (inMemory) {
-    const char* bytes = Bytes(offset, length);
-    if (bytes == nullptr) return -1;
-    std::memcpy(destination, bytes, static_cast<std::size_t>(length));
-    return length;
-  }
+int SiteDB::ReadFile(void* destination, std::int32_t offset, std::int32_t length) {
+  if (inMemory || fd < 0 || length < 0 || offset < 0) return -1;
   if (platform::Seek(fd, offset) < 0) return -1;
   return static_cast<int>(platform::Read(fd, destination, static_cast<std::size_t>(length)));
 }
 
-int SiteDB::WriteAt(const void* source, std::int32_t offset, std::int32_t length) {
+int SiteDB::WriteFile(const void* source, std::int32_t offset, std::int32_t length) {
   if (fd < 0 || length < 0 || offset < 0) return -1;
   if (inMemory) {
     char* bytes = MakeRoom(offset, length);
@@ -223,12 +217,6 @@ int SiteDB::WriteAt(const void* source, std::int32_t offset, std::int32_t length
   const std::int64_t written = platform::Write(fd, source, static_cast<std::size_t>(length));
   platform::FlushAll();
   return static_cast<int>(written);
-}
-
-char* SiteDB::ChangeBytes(std::int64_t offset, std::int64_t length) {
-  if (Bytes(offset, length) == nullptr) return nullptr;
-  dirty = true;
-  return buffer.get() + offset;
 }
 
 char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {

@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -44,8 +45,18 @@ class SiteDB {
 
   // Read and write at an absolute offset: the number of bytes, or -1. A read past the end is all
   // or nothing in whole-file mode and short in direct mode. No file grows past 2^31-1 bytes.
-  int ReadAt(void* destination, std::int32_t offset, std::int32_t length);
-  int WriteAt(const void* source, std::int32_t offset, std::int32_t length);
+  int ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
+    const char* bytes = Bytes(offset, length);
+    if (bytes == nullptr) return ReadFile(destination, offset, length);
+    std::memcpy(destination, bytes, static_cast<std::size_t>(length));
+    return length;
+  }
+  int WriteAt(const void* source, std::int32_t offset, std::int32_t length) {
+    char* bytes = ChangeBytes(offset, length);
+    if (bytes == nullptr) return WriteFile(source, offset, length);
+    std::memcpy(bytes, source, static_cast<std::size_t>(length));
+    return length;
+  }
 
   // Copies the file on disk to its path followed by "_bak"; bytes written, or -1 (an empty file).
   int Backup();
@@ -71,7 +82,11 @@ class SiteDB {
                : nullptr;
   }
   // The same for changing them in place; the file counts as changed from then on.
-  char* ChangeBytes(std::int64_t offset, std::int64_t length);
+  char* ChangeBytes(std::int64_t offset, std::int64_t length) {
+    if (Bytes(offset, length) == nullptr) return nullptr;
+    dirty = true;
+    return buffer.get() + offset;
+  }
   // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
   // on, to be filled by the caller; null when it cannot grow so far.
   char* MakeRoom(std::int32_t offset, std::int32_t length);
@@ -92,6 +107,9 @@ class SiteDB {
   std::uint32_t capacity = 0;                  // of `buffer`, in steps of 4096; 0 while closed
 
  private:
+  // What the buffer alone does not answer.
+  int ReadFile(void* destination, std::int32_t offset, std::int32_t length);
+  int WriteFile(const void* source, std::int32_t offset, std::int32_t length);
   int OpenWhole();
   int OpenDirect();
   void CompleteHeader();

@@ -18,14 +18,14 @@ constexpr int kSlotCountAt = 20;
 
 }  // namespace
 
-// Every class of record fits the fixed part, whatever record length the file was given.
+// Every class of record fits, whatever record length the file was given.
 SiteFixRecDB::SlotBuffer::SlotBuffer(int length) : data_(fixed_) {
-  const std::size_t bytes = static_cast<std::size_t>(std::max(length, kFixed));
   if (length > kFixed) {
-    large_.reset(new (std::nothrow) char[bytes]);
+    large_.reset(new (std::nothrow) char[static_cast<std::size_t>(length)]);
     data_ = large_.get();
   }
-  if (data_ != nullptr) std::memset(data_, 0, bytes);
+  const int used = std::max(length, kLongestRecord);
+  if (data_ != nullptr) std::memset(data_, 0, static_cast<std::size_t>(used));
 }
 
 SiteFixRecDB::SiteFixRecDB(std::string filePath, int recordBytes, int recordClass, bool wholeFile)

@@ -95,6 +95,7 @@ class SiteFixRecDB : public SiteDB {
 
    private:
     static constexpr int kFixed = 256;
+    static constexpr int kLongestRecord = 96;
     char fixed_[kFixed];
     std::unique_ptr<char[]> large_;
     char* data_;

@@ -21,7 +21,7 @@ class NamedTableBase : public SiteTable {
   // The same without a copy, good until the table next changes; empty when there is none.
   std::string_view NameView(int number) const;
   // Deletes the record, then gives back its name; 0 or -1. A failure to give the name back leaves
-  // the text in the store.
+  // the text in the store. Number 0 of a table that has handed out none throws, as its file does.
   int Delete(int number);
   // Deletes every record in one pass, and leaves what deleting them one by one in the order of
   // their numbers leaves; those that could not be deleted stay. 0, or -1 when not open.

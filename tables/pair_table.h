@@ -39,6 +39,8 @@ class PairTableBase : public SiteTable {
   EndIndex toIndex_;
 };
 
+// Delete of the tables below throws for number 0 of a table that has handed out none, as their file
+// does.
 template <class Rec>
 class PairTable : public PairTableBase {
  public:
