@@ -1,8 +1,8 @@
 // Filling the rows of an answer.
 #pragma once
 
-#include <memory>
-#include <string_view>
+#include <string>
+#include <vector>
 
 #include "manager/record_access.h"
 #include "util/site_rec_cell.h"
@@ -12,17 +12,22 @@ namespace zvrsit {
 
 using Cells = vec<SiteRecCell>;
 
-// Whether `path` lies below `siteDir`, which ends in `\`.
-inline bool LiesBelow(std::string_view path, std::string_view siteDir) {
-  return path.size() >= siteDir.size() && path.substr(0, siteDir.size()) == siteDir;
+// A file, as SiteMgr::EnumPath has it.
+SiteRecCell PathCell(const SitePathDB& paths, const SitePathRec& rec);
+// A URL, as SiteMgr::EnumUrl has it.
+SiteRecCell UrlCell(const SiteUrlDB& urls, const SiteUrlRec& rec);
+// A folder by its path; flag 0.
+SiteRecCell FolderCell(const SiteFolderDB& folders, int number);
+
+// Calls visit(number) for each live record number of a table, ascending.
+template <class Visit>
+void ForEachNumber(const SiteTable& table, Visit visit) {
+  for (int number = table.NextNumber(0); number >= 0; number = table.NextNumber(number + 1)) {
+    visit(number);
+  }
 }
 
-// A file: name its path, its title, type, modification time and size; flag 1 when it is there.
-// Size 0xFFFFFFFF and time 0 for a file that was never seen on disk.
-SiteRecCell PathCell(const SitePathDB& paths, const SitePathRec& rec);
-// A URL: name its text; time and flag are when and how it was last checked.
-SiteRecCell UrlCell(const SiteUrlDB& urls, const SiteUrlRec& rec);
-// A folder: name its path.
-SiteRecCell FolderCell(const SiteFolderDB& folders, int number);
+// The names of a table by record number, in strings that the caller of a query gives back.
+std::vector<std::string*>* ListNames(const NamedTableBase& table);
 
 }  // namespace zvrsit

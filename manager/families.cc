@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "manager/family_marks.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
 #include "util/mb_string.h"
@@ -11,10 +12,6 @@
 namespace zvrsit {
 
 namespace {
-
-// Bits of the publishing-membership word.
-constexpr std::int32_t kMember = 1;
-constexpr std::int32_t kUserMarks = 4 | 8;
 
 // What FindTopFile gives for a profile without one.
 constexpr int kNoTopFile = -2;
@@ -41,7 +38,8 @@ int SiteMgr::SetFtpFamily(const UrlID& id, unsigned int marks) {
 int SiteMgr::MarkMember(int pathNumber, bool member) {
   SitePathRec rec;
   if (!HasRecords(pathDB) || pathDB->Get(pathNumber, rec) < 0) return -1;
-  const std::int32_t word = member ? rec.membership | kMember : rec.membership & ~kMember;
+  const std::int32_t word =
+      member ? rec.membership | kFamilyMember : rec.membership & ~kFamilyMember;
   if (word == rec.membership) return 0;
   rec.membership = word;
   return pathDB->Update(rec);
@@ -49,7 +47,7 @@ int SiteMgr::MarkMember(int pathNumber, bool member) {
 
 bool SiteMgr::IsMember(int pathNumber) const {
   SitePathRec rec;
-  return pathDB->Get(pathNumber, rec) == 0 && (rec.membership & kMember) != 0;
+  return pathDB->Get(pathNumber, rec) == 0 && (rec.membership & kFamilyMember) != 0;
 }
 
 // The next file, from `next` on, that one of `links` points to and whose member bit is `member`;
@@ -60,7 +58,7 @@ int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool m
     if (linkDB->Get(links[next++], link) < 0 || link.to.kind != kKindPath) continue;
     SitePathRec rec;
     if (pathDB->Get(link.to.id, rec) < 0) continue;
-    if (((rec.membership & kMember) != 0) == member) return link.to.id;
+    if (((rec.membership & kFamilyMember) != 0) == member) return link.to.id;
   }
   return -1;
 }

@@ -1,15 +1,14 @@
 // Questions about files, folders and URLs.
+#include <memory>
 #include <utility>
 
 #include "manager/cells.h"
+#include "manager/family_marks.h"
 #include "manager/site_mgr.h"
 
 namespace zvrsit {
 
 namespace {
-
-// Bit of the publishing-membership word.
-constexpr std::int32_t kFamilyMember = 1;
 
 // A new string of a text word; null when it is unset.
 std::string* NewText(const SiteTable& table, int reference) {
@@ -25,17 +24,18 @@ std::string* NewName(const Table* table, int number) {
 
 }  // namespace
 
+// Whether `path` lies below the site folder, which ends in `\`.
 bool SiteMgr::IsInSite(std::string_view path) const {
   std::string siteDir;
-  return ReadSiteFolder(siteDir) == 0 && LiesBelow(path, siteDir);
+  return ReadSiteFolder(siteDir) == 0 && path.starts_with(siteDir);
 }
 
+// A cell with only its id when the entry cannot be read.
 SiteRecCell SiteMgr::EntryCell(const UrlID& id) const {
   SitePathRec path;
   SiteUrlRec url;
   if (id.kind == kKindPath && pathDB->Get(id.id, path) == 0) return PathCell(*pathDB, path);
   if (id.kind == kKindUrl && urlDB->Get(id.id, url) == 0) return UrlCell(*urlDB, url);
-  if (id.kind == kKindFolder && folderDB != nullptr) return FolderCell(*folderDB, id.id);
   SiteRecCell cell;
   cell.SetID(id);
   return cell;
@@ -46,10 +46,10 @@ template <class Keep>
 vec<SiteRecCell>* SiteMgr::PathCells(Keep keep) {
   if (!HasFiles(pathDB)) return nullptr;
   auto cells = std::make_unique<Cells>();
-  for (int number = pathDB->NextNumber(0); number >= 0; number = pathDB->NextNumber(number + 1)) {
+  ForEachNumber(*pathDB, [&](int number) {
     SitePathRec rec;
     if (pathDB->Get(number, rec) == 0 && keep(rec)) cells->push_back(PathCell(*pathDB, rec));
-  }
+  });
   return cells.release();
 }
 
@@ -64,42 +64,54 @@ vec<SiteRecCell>* SiteMgr::EnumPath() {
 vec<SiteRecCell>* SiteMgr::EnumUrl() {
   if (!HasFiles(urlDB)) return nullptr;
   auto cells = std::make_unique<Cells>();
-  for (int number = urlDB->NextNumber(0); number >= 0; number = urlDB->NextNumber(number + 1)) {
+  ForEachNumber(*urlDB, [&](int number) {
     SiteUrlRec rec;
     if (urlDB->Get(number, rec) == 0) cells->push_back(UrlCell(*urlDB, rec));
-  }
+  });
   return cells.release();
 }
 
-vec<SiteRecCell>* SiteMgr::ChildCells(const std::string& folder, int kind) {
-  if (!HasFiles(folderDB) || !HasFiles(pathDB) || !HasFiles(urlDB) || relDB == nullptr) {
-    return nullptr;
-  }
+// The numbers of the entries of one kind directly in a folder, in the order of the relations; false
+// when the folder is not known.
+bool SiteMgr::ListChildren(const std::string& folder, int kind, std::vector<int>& children) {
+  if (!HasFiles(folderDB) || !HasFiles(relDB)) return false;
   const int number = folderDB->Find(folder);
   std::vector<int> relations;
-  if (number < 0 || relDB->Query(FolderID(number), kAnyUrlID, relations) < 0) return nullptr;
-  auto cells = std::make_unique<Cells>();
+  if (number < 0 || relDB->Query(FolderID(number), kAnyUrlID, relations) < 0) return false;
   for (const int relation : relations) {
     SiteRelRec rec;
-    if (relDB->Get(relation, rec) == 0 && rec.to.kind == kind) cells->push_back(EntryCell(rec.to));
+    if (relDB->Get(relation, rec) == 0 && rec.to.kind == kind) children.push_back(rec.to.id);
   }
-  return cells.release();
+  return true;
 }
 
 vec<SiteRecCell>* SiteMgr::GetSubFolders(const std::string& folder) {
-  return ChildCells(folder, kKindFolder);
+  std::vector<int> children;
+  if (!ListChildren(folder, kKindFolder, children)) return nullptr;
+  auto cells = std::make_unique<Cells>();
+  for (const int number : children) {
+    cells->push_back(FolderCell(*folderDB, number));
+    cells->back().SetFlag(relDB->CountFrom(FolderID(number)));
+  }
+  return cells.release();
 }
 
 vec<SiteRecCell>* SiteMgr::GetChildren(const std::string& folder) {
-  return ChildCells(folder, kKindPath);
+  std::vector<int> children;
+  if (!HasFiles(pathDB) || !ListChildren(folder, kKindPath, children)) return nullptr;
+  auto cells = std::make_unique<Cells>();
+  for (const int number : children) {
+    SitePathRec rec;
+    if (pathDB->Get(number, rec) == 0) cells->push_back(PathCell(*pathDB, rec));
+  }
+  return cells.release();
 }
 
 std::string* SiteMgr::GetChild(const std::string& folder, int index) {
-  const std::unique_ptr<Cells> cells(GetChildren(folder));
-  if (cells == nullptr || index < 0 || static_cast<std::size_t>(index) >= cells->size()) {
-    return nullptr;
-  }
-  return new std::string((*cells)[static_cast<std::size_t>(index)].GetName());
+  std::vector<int> children;
+  if (!ListChildren(folder, kKindPath, children)) return nullptr;
+  if (index < 0 || static_cast<std::size_t>(index) >= children.size()) return nullptr;
+  return UrlPath(children[static_cast<std::size_t>(index)]);
 }
 
 vec<SiteRecCell>* SiteMgr::GetFtpMember() {
@@ -115,21 +127,26 @@ int SiteMgr::GetUrlFtpMember(const UrlID& id) {
   return ReadPath(id, rec) ? rec.membership : -1;
 }
 
+// One pass over the links; a link of a file to itself does not count.
 vec<SiteRecCell>* SiteMgr::GetUnusedFiles() {
-  if (!HasFiles(linkDB)) return nullptr;
+  if (!HasFiles(linkDB) || !HasFiles(pathDB)) return nullptr;
+  std::vector<bool> used(static_cast<std::size_t>(pathDB->Count()));
+  ForEachNumber(*linkDB, [&](int number) {
+    SiteRelRec link;
+    if (linkDB->records()->Get(number, &link) < 0 || link.from == link.to) return;
+    const auto target = static_cast<std::size_t>(link.to.id);
+    if (link.to.kind == kKindPath && link.to.id >= 0 && target < used.size()) used[target] = true;
+  });
   const int topFile = FindTopFile();
-  std::vector<int> links;
   return PathCells([&](const SitePathRec& rec) {
-    if (rec.exists == 0 || rec.id == topFile) return false;
-    const UrlID id = PathID(rec.id);
-    const int referrers = linkDB->CountTo(id);
-    return referrers == 0 || linkDB->Query(id, id, links) == referrers;
+    return rec.exists != 0 && rec.id != topFile && !used[static_cast<std::size_t>(rec.id)];
   });
 }
 
 vec<SiteRecCell>* SiteMgr::GetFilesByType(unsigned int types) {
-  return PathCells(
-      [types](const SitePathRec& rec) { return (static_cast<unsigned>(rec.fileType) & types) != 0; });
+  return PathCells([types](const SitePathRec& rec) {
+    return (static_cast<unsigned>(rec.fileType) & types) != 0;
+  });
 }
 
 int SiteMgr::GetUrlFileType(const UrlID& id) {

@@ -1,5 +1,5 @@
 // Questions about links.
-#include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "manager/cells.h"
@@ -9,20 +9,51 @@ namespace zvrsit {
 
 namespace {
 
-// The live numbers of a table, ascending.
-template <class Visit>
-void ForEachNumber(const SiteTable& table, Visit visit) {
-  for (int number = table.NextNumber(0); number >= 0; number = table.NextNumber(number + 1)) {
-    visit(number);
-  }
+std::vector<int>* QueryLinks(SiteLinkDB* links, const UrlID& from, const UrlID& to) {
+  auto numbers = std::make_unique<std::vector<int>>();
+  if (!HasFiles(links) || links->Query(from, to, *numbers) < 0) return nullptr;
+  return numbers.release();
+}
+
+// By path number: the file is not there, or not in the site.
+std::vector<bool> FindMissing(const SitePathDB& paths) {
+  std::vector<bool> missing(static_cast<std::size_t>(paths.Count()), true);
+  ForEachNumber(paths, [&](int number) {
+    SitePathRec rec;
+    if (paths.Get(number, rec) == 0 && rec.exists != 0) {
+      missing[static_cast<std::size_t>(number)] = false;
+    }
+  });
+  return missing;
 }
 
 }  // namespace
+
+std::vector<int>* SiteMgr::GetForeLinks(const UrlID& id) {
+  return QueryLinks(linkDB, id, kAnyUrlID);
+}
+
+std::vector<int>* SiteMgr::GetBackLinks(const UrlID& id) {
+  return QueryLinks(linkDB, kAnyUrlID, id);
+}
 
 std::vector<int>* SiteMgr::EnumLink() {
   if (!HasFiles(linkDB)) return nullptr;
   auto numbers = std::make_unique<std::vector<int>>();
   ForEachNumber(*linkDB, [&](int number) { numbers->push_back(number); });
+  return numbers.release();
+}
+
+std::vector<int>* SiteMgr::EnumBrokenLink() {
+  if (!HasFiles(linkDB) || !HasFiles(pathDB)) return nullptr;
+  const std::vector<bool> missing = FindMissing(*pathDB);
+  auto numbers = std::make_unique<std::vector<int>>();
+  ForEachNumber(*linkDB, [&](int number) {
+    SiteRelRec link;
+    if (linkDB->records()->Get(number, &link) < 0 || link.to.kind != kKindPath) return;
+    const auto target = static_cast<std::size_t>(link.to.id);
+    if (link.to.id < 0 || target >= missing.size() || missing[target]) numbers->push_back(number);
+  });
   return numbers.release();
 }
 
@@ -38,11 +69,12 @@ int SiteMgr::GetLink(int number, SiteLink& link) {
   link.alt = linkDB->TextView(rec.alternative);
   link.exists = rec.to.kind != kKindPath;
   link.outside = false;
-  if (rec.to.kind == kKindPath) {
-    SitePathRec target;
-    link.exists = pathDB->Get(rec.to.id, target) == 0 && target.exists != 0;
-    link.outside = !link.exists && !IsInSite(pathDB->TextView(target.name));
-  }
+  if (link.exists) return 0;
+  SitePathRec target;
+  if (pathDB->Get(rec.to.id, target) < 0) return 0;
+  link.exists = target.exists != 0;
+  // What is there has its flag only below the site folder.
+  link.outside = !link.exists && !IsInSite(pathDB->TextView(target.name));
   return 0;
 }
 
@@ -74,12 +106,22 @@ vec<SiteRecCell>* SiteMgr::GetBackLinks(const std::string& path) {
 }
 
 vec<SiteRecCell>* SiteMgr::GetBrokenLinks() {
-  if (!HasFiles(pathDB) || !HasFiles(linkDB)) return nullptr;
+  const std::unique_ptr<std::vector<int>> links(EnumBrokenLink());
+  if (links == nullptr) return nullptr;
+  std::vector<int> linkCounts(static_cast<std::size_t>(pathDB->Count()));
+  for (const int number : *links) {
+    SiteRelRec link;
+    if (linkDB->records()->Get(number, &link) < 0 || link.to.id < 0) continue;
+    const auto target = static_cast<std::size_t>(link.to.id);
+    if (target < linkCounts.size()) ++linkCounts[target];
+  }
   auto cells = std::make_unique<Cells>();
   ForEachNumber(*pathDB, [&](int number) {
+    const int count = linkCounts[static_cast<std::size_t>(number)];
     SitePathRec rec;
-    if (pathDB->Get(number, rec) < 0 || rec.exists != 0) return;
-    if (linkDB->CountTo(PathID(number)) > 0) cells->push_back(PathCell(*pathDB, rec));
+    if (count == 0 || pathDB->Get(number, rec) < 0) return;
+    cells->push_back(PathCell(*pathDB, rec));
+    cells->back().SetFlag(count);
   });
   return cells.release();
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "manager/family_marks.h"
 #include "manager/record_access.h"
 #include "platform/file.h"
 #include "util/file_type.h"
@@ -15,10 +16,6 @@ namespace {
 // States of a site profile.
 constexpr int kRebuildFailed = 1;
 constexpr int kRebuilt = 2;
-
-// Bits of the publishing-membership word.
-constexpr std::int32_t kDerivedMarks = 1 | 2;
-constexpr std::int32_t kUserMarks = 4 | 8;
 
 }  // namespace
 

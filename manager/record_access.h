@@ -33,6 +33,9 @@ inline bool HoldsLinks(const SitePathRec& rec) {
   return HoldsLinks(static_cast<std::uint32_t>(rec.fileType));
 }
 
+// The bit of a site profile's link rules that stands for the web rules.
+inline constexpr std::int32_t kWebRulesBit = 1;
+
 inline UrlID PathID(int number) {
   return UrlID(kKindPath, number);
 }

@@ -52,6 +52,8 @@ bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) 
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
     document.createNodes(memo.pageText.text(), static_cast<int>(memo.pageText.length()), nullptr,
                          true);
+    memo.textStart =
+        memo.pageText.borrowed() ? static_cast<std::int64_t>(memo.pageText.textOffset()) : -1;
   }
   memo.pageFile.close();
   return true;
@@ -150,6 +152,7 @@ int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Docum
                       bool& unread) {
   const Operation operation(*this);
   OwnedDocument document(doc, GiveBack{dom});
+  operationMemo->textStart = 0;
   if (document == nullptr) {
     if (dom == nullptr) return -1;
     document.reset(dom->createDocument("HTML"));

@@ -61,29 +61,36 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // existence flag 0. The int is ignored.
   int Remove(const std::string& path, int);
   int Move(const std::string& from, const std::string& to);
-  // `fromList` and `toList` are multi-strings: NUL-terminated strings ended by an empty one. `op`
-  // 0 deletes, 1 copies, 2 moves, 3 renames; any other gives 0.
+  // These change nothing, on purpose: the application reports what matters through Save, Remove
+  // and Move (general_operations.cc).
+
+  // `fromList` and `toList` are multi-strings: NUL-terminated strings one after another, ended by
+  // an empty one; null counts as empty. `op` 0 is GeneralDelete, 1 copy, 2 move, 3 rename: their
+  // result. Any other gives 0.
   int GeneralOperation(const char* fromList, const char* toList, int op);
-  // Checks that the tables are there, and changes nothing.
+  // 0, or -1 when the path, folder or relation table is absent.
   int GeneralDelete(const std::vector<std::string>& paths);
-  // These change nothing and give 0.
+  // Always 0.
   int GeneralCopy(const std::vector<std::string>& from, const std::vector<std::string>& to);
   int GeneralMove(const std::vector<std::string>& from, const std::vector<std::string>& to);
   int GeneralRename(const std::vector<std::string>& from, const std::vector<std::string>& to);
-
-  // ---- Looking into other sites (peeping.cc) ----
-
-  // One entry for each file of the site, all of them the same string object, which holds the last
-  // name: only the count is of use.
-  std::vector<std::string*>* EnumPathInSite(const std::string& siteName);
-  // One entry for each site that knows `path`. The strings are already freed: only the count is of
-  // use.
-  std::vector<std::string*>* EnumSiteHasPath(const std::string& path);
-
-  // Always 0.
   int FixSite();
   int FixSiteProf();
   int FixServProf();
+
+  // ---- Looking into other sites (peeping.cc) ----
+  //
+  // What is found is what stands on disk: changes of the open site that were not flushed are not
+  // seen. Null for an empty argument and when the profiles cannot be read. The list is freed with
+  // delete.
+
+  // One entry for each file that the site `siteName` knows; null also for a site that is unknown or
+  // cannot be read. Only the number of entries is of use: all of them are one string object, which
+  // holds the last path, so DeleteString takes the first entry and no other.
+  std::vector<std::string*>* EnumPathInSite(const std::string& siteName);
+  // One entry for each site that knows `path`. Only the number of entries is of use: the strings
+  // are freed already and must be neither read nor given back.
+  std::vector<std::string*>* EnumSiteHasPath(const std::string& path);
 
   // ---- Rebuild (rebuild.cc, rebuild_walk.cc) ----
 
@@ -139,86 +146,174 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int ReflectDefaultUrl(const std::string& url);
 
   // ---- Links (queries_links.cc) ----
+  //
+  // A link is one record: what a page has several times, equal in target, type and texts, counts as
+  // one with an occurrence count.
 
-  // Numbers of the link records from or to an entry, ascending; freed with delete.
+  // Numbers of the links from or to an entry, ascending; an entry without any has an empty list.
+  // Null without a site. Freed with delete.
   std::vector<int>* GetForeLinks(const UrlID& id);
   std::vector<int>* GetBackLinks(const UrlID& id);
-  // The same as cells: the entry at the other end, with the link's type.
-  vec<SiteRecCell>* GetForeLinks(const std::string& path);
-  vec<SiteRecCell>* GetBackLinks(const std::string& path);
-  // Entries of the site that something links to and that are not there.
-  vec<SiteRecCell>* GetBrokenLinks();
-  // The numbers of all links, ascending; freed with delete.
+  // The numbers of all links, and of those to a file that is not there or lies outside of the site.
   std::vector<int>* EnumLink();
-  // Reads one link; 0 or -1.
+  std::vector<int>* EnumBrokenLink();
+  // Reads one link: 0, or -1 when there is none of that number.
   int GetLink(int number, SiteLink& link);
 
-  // ---- Files, folders and URLs (queries.cc) ----
+  // The same for the file `path`, one cell a link in the order of the numbers: a cell as EnumPath
+  // or EnumUrl has it for the entry at the other end, with the link's type code (an LT_ code). An
+  // entry that is linked twice comes twice. Null for a file that the site does not know.
+  vec<SiteRecCell>* GetForeLinks(const std::string& path);
+  vec<SiteRecCell>* GetBackLinks(const std::string& path);
+  // The files that something links to and that are not there or lie outside of the site, as cells
+  // of EnumPath by record number; but flag is how many links there are to the file.
+  vec<SiteRecCell>* GetBrokenLinks();
 
-  // The number of the file `path` in the path table, or -1.
+  // ---- Files, folders and URLs (queries.cc) ----
+  //
+  // Cells come in the order of their record numbers, which is that of registration. An answer
+  // without a row is an empty list; null means that no site is open or a table is absent.
+
+  // The number of the file `path`, compared byte by byte; -1 when the site does not know it.
   int FindPath(const std::string& path);
+
+  // Every file that the site knows, also one that is only linked to. In its cell:
+  //   id     kind 2 and the record number
+  //   name   the path; title that of the page
+  //   flag   1: there, below the site folder, and spelled as on disk; else 0
+  //   time   of the last modification, size in bytes: as last seen on disk; 0 and 0xFFFFFFFF for a
+  //          file that was never seen there
   vec<SiteRecCell>* EnumPath();
+  // Every external URL that was linked to. In its cell:
+  //   id     kind 3 and the record number
+  //   name   the URL as written; fileType what its end suggests
+  //   flag   the result of its last check, 0 for never checked; time that of the check, else 0
+  //   size   0xFFFFFFFF
   vec<SiteRecCell>* EnumUrl();
+
+  // The folders directly in `folder` (which ends in `\`), in the order of the relations. In a cell:
+  //   id     kind 0 and the record number
+  //   name   the whole path, which ends in `\`
+  //   flag   how many files and folders the site knows directly in it
+  //   time   0; size 0xFFFFFFFF
+  // Null for a folder that the site does not know.
   vec<SiteRecCell>* GetSubFolders(const std::string& folder);
-  // The files of a folder.
+  // The files directly in `folder`, as cells of EnumPath; likewise.
   vec<SiteRecCell>* GetChildren(const std::string& folder);
-  // The name of the `index`th file of a folder, from 0.
+  // The path of the file at place `index` of GetChildren; null past the end. For DeleteString.
   std::string* GetChild(const std::string& folder, int index);
-  // Members of the publishing family.
+
+  // The members of the publishing family, as cells of EnumPath. UpdateLinkFamily brings the family
+  // up to date first.
   vec<SiteRecCell>* GetFtpMember();
-  // The publishing-membership word of a file, -1 when there is none.
+  // The publishing-membership word of a file (manager/family_marks.h), or -1.
   int GetUrlFtpMember(const UrlID& id);
-  // Existing files, other than the top file, that no other entry links to.
+  // The files that are there and that no other file links to, but for the top file; as cells of
+  // EnumPath.
   vec<SiteRecCell>* GetUnusedFiles();
-  // `types`: file-type codes or-ed together.
+  // The files of any type of an OR-mask of FT_ codes (util/file_type.h), there or not; as cells of
+  // EnumPath.
   vec<SiteRecCell>* GetFilesByType(unsigned int types);
+  // The FT_ code of a file, or what the end of a URL suggests; -1 for any other entry.
   int GetUrlFileType(const UrlID& id);
+
+  // The title of a page; null when it has none. Set, it is stored until the page is next read, and
+  // an empty one unsets it.
   std::string* GetUrlTitle(const UrlID& id);
   int SetUrlTitle(const UrlID& id, const std::string& title);
-  // The META texts of a page; each out-string is null where the page has none.
+  // What the page's META elements say. Each is null when the page does not say it, and all of them
+  // after -1; each goes back through DeleteString.
   int GetUrlProperty(const UrlID& id, std::string*& lastModified, std::string*& expires,
                      std::string*& generator, std::string*& keywords, std::string*& description,
                      std::string*& contentType);
+
+  // The text of an entry by its record number: a folder's name, a file's path, a URL. Null when
+  // there is none. For DeleteString.
   std::string* FolderName(int folderNumber);
   std::string* UrlPath(int pathNumber);
   std::string* UrlUrl(int urlNumber);
 
-  // ---- Site profiles (site_profiles.cc) ----
+  // ---- Site profiles (site_profiles.cc, site_profile_fields.cc) ----
+  //
+  // A name is that of a folder on every system: not empty, ".", ".." or a device name, without a
+  // dot or space at its end, without control characters and \ / : * ? " < > |, and different from
+  // every other but for the case of ASCII letters. What is set is on disk at once. The number
+  // of a profile stays the same for as long as there is the profile.
 
   // The accessor of the table, beside the operation of the same name.
   using SiteMgrBase::GetSiteProf;
 
+  // The names in the order of their numbers. Each goes back through DeleteString, then the list
+  // through DeleteStrings and delete.
   std::vector<std::string*>* EnumSiteProf();
+  // The number of a profile, or -1.
+  int FindSiteProf(const std::string& name);
+  // Reads a whole profile; 0 or -1.
   int GetSiteProf(const std::string& name, SiteProfile& profile);
-  // Stores `profile` under `name`; a new name makes a new profile with the files of its tables.
+  // Stores a whole profile; a new name makes a new one, as AddSiteProf does. 0 or -1.
   int SetSiteProf(const std::string& name, const SiteProfile& profile);
-  // These refuse while the site is open.
-  int RenameSiteProf(const std::string& from, const std::string& to);
-  int DeleteSiteProf(const std::string& name);
-  int CopySiteProf(const std::string& from, const std::string& to);
 
-  // Single fields of the site record `siteId`, of the open site when it is below 0. An empty text
-  // unsets a field.
+  // Makes an empty profile and the folder for its tables; its number, or -1 also when there is one
+  // of that name. Tables that a lost profile left behind are removed.
+  int AddSiteProf(const std::string& name);
+  // Makes a new profile `to` with the fields of `from`, but with tables of its own and never
+  // rebuilt; its number or -1.
+  int CopySiteProf(const std::string& from, const std::string& to);
+  // Gives a profile another name and moves its tables; the number stays. 0, or -1, which leaves
+  // name and tables as they were. Refused while that site is open.
+  int RenameSiteProf(const std::string& from, const std::string& to);
+  // Deletes a profile and its tables; the site itself is not touched. 0 or -1. Refused while that
+  // site is open.
+  int DeleteSiteProf(const std::string& name);
+
+  // Single fields of the profile number `siteId`, of the open site when it is below 0. A text is
+  // null when it is not set (for DeleteString), and setting an empty one unsets it; setting gives 0
+  // or -1. The rebuild state is further up.
+  //
+  // One of ten folders: slot 0 the document root and 1 the site folder, both ending in `\`, 9 the
+  // URL under which the site is served. A change in the open site is passed on to style sheets at
+  // once; files that are registered keep what was found out about them.
   std::string* GetSiteProfDir(int slot, int siteId = -1);
   int SetSiteProfDir(int slot, const std::string& folder, int siteId = -1);
+  // The full path of the home page, without which a site cannot be opened.
   std::string* GetSiteProfTopFile(int siteId = -1);
   int SetSiteProfTopFile(const std::string& path, int siteId = -1);
+  // The name of the document that stands for its folder. A change in the open site is in force at
+  // once; ReflectDefaultUrl then reads anew the pages that it concerns.
   std::string* GetSiteProfDefaultUrl(int siteId = -1);
   int SetSiteProfDefaultUrl(const std::string& name, int siteId = -1);
+  // Whether targets that begin with "/" are taken from the document root: 0, 1 or -1. Passed on as
+  // a folder is.
   int GetSiteProfUseDocRoot(int siteId = -1);
   int SetSiteProfUseDocRoot(int use, int siteId = -1);
+  // The name of the server profile to publish with, whether or not there is one of that name.
   std::string* GetSiteProfServer(int siteId = -1);
   int SetSiteProfServer(const std::string& name, int siteId = -1);
+  // 0 classic, 1 web (links/link_rules.h); a change takes effect when the site is next opened.
   int GetSiteProfLinkRules(int siteId = -1);
   int SetSiteProfLinkRules(int rules, int siteId = -1);
 
   // ---- Server profiles (server_profiles.cc) ----
+  //
+  // Each operation opens the table anew and closes it, so that another manager's changes are seen;
+  // all give -1 or null when it cannot be opened. A name is any text, different from every other
+  // but for the case of ASCII letters. Texts as above. Passwords are given and taken in clear and
+  // stored scrambled.
 
+  // The accessor of the table as the last operation left it: closed.
   using SiteMgrBase::GetServProf;
 
+  // The names in the order of their numbers; freed as by EnumSiteProf.
   std::vector<std::string*>* EnumServProf();
+  // Reads or stores a whole profile; a new name makes a new one. 0 or -1.
   int GetServProf(const std::string& name, ServProfile& profile);
   int SetServProf(const std::string& name, const ServProfile& profile);
+  // Makes an empty profile, or one with the fields of `from`; its number or -1.
+  int AddServProf(const std::string& name);
+  int CopyServProf(const std::string& from, const std::string& to);
+  // 0 or -1. Site profiles that name the server follow a rename; after a deletion they keep the
+  // name.
+  int RenameServProf(const std::string& from, const std::string& to);
   int DeleteServProf(const std::string& name);
 
   std::string* GetServProfHost(const std::string& name);
@@ -227,8 +322,37 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int SetServProfUser(const std::string& name, const std::string& user);
   std::string* GetServProfPassword(const std::string& name);
   int SetServProfPassword(const std::string& name, const std::string& password);
+  // The remote folder that the site goes to.
   std::string* GetServProfDir(const std::string& name);
   int SetServProfDir(const std::string& name, const std::string& dir);
+  // Whether, and through which host, a firewall is passed. The numbers from here on are the
+  // publishing side's own: stored as given, 0 in a new profile; -1 also when they cannot be read.
+  int GetServProfFirewall(const std::string& name);
+  int SetServProfFirewall(const std::string& name, int firewall);
+  std::string* GetServProfFirewallHost(const std::string& name);
+  int SetServProfFirewallHost(const std::string& name, const std::string& host);
+  std::string* GetServProfFirewallUser(const std::string& name);
+  int SetServProfFirewallUser(const std::string& name, const std::string& user);
+  std::string* GetServProfFirewallPassword(const std::string& name);
+  int SetServProfFirewallPassword(const std::string& name, const std::string& password);
+  // The transfer type.
+  int GetServProfFxferType(const std::string& name);
+  int SetServProfFxferType(const std::string& name, int type);
+  // Which remote folder a session begins in, whether it is locked in there, and its name.
+  int GetServProfInitDirMode(const std::string& name);
+  int SetServProfInitDirMode(const std::string& name, int mode);
+  int GetServProfLockDir(const std::string& name);
+  int SetServProfLockDir(const std::string& name, int lock);
+  std::string* GetServProfInitRemoteDir(const std::string& name);
+  int SetServProfInitRemoteDir(const std::string& name, const std::string& dir);
+  // Folders used recently, as one text each.
+  std::string* GetServProfMRUDirRemote(const std::string& name);
+  int SetServProfMRUDirRemote(const std::string& name, const std::string& dirs);
+  std::string* GetServProfMRUDirLocal(const std::string& name);
+  int SetServProfMRUDirLocal(const std::string& name, const std::string& dirs);
+  // The extensions of files that are sent as text.
+  std::string* GetServProfAsciiSuffix(const std::string& name);
+  int SetServProfAsciiSuffix(const std::string& name, const std::string& suffixes);
 
   // ---- Giving results back (results.cc) ----
 
@@ -240,21 +364,44 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
  private:
   class Rebuild;
-  friend class Rebuild;
 
-  // Opens the path table of another site into peepPathDB, and closes it; one within each public
-  // operation that peeps.
+  // peeping.cc. Opens the path table of another site into peepPathDB, also when it then gives -1,
+  // and closes it; one pair within each public operation that peeps.
   int BeginPeep(int siteId);
   int EndPeep(int);
+  std::vector<std::string*>* ListPeeped();
+  bool PeepedHas(const std::string& path, std::string& text);
 
   // queries.cc, queries_links.cc
   bool IsInSite(std::string_view path) const;
   SiteRecCell EntryCell(const UrlID& id) const;
   vec<SiteRecCell>* LinkCells(const std::string& path, bool fromIt);
-  vec<SiteRecCell>* ChildCells(const std::string& folder, int kind);
+  bool ListChildren(const std::string& folder, int kind, std::vector<int>& children);
   template <class Keep>
   vec<SiteRecCell>* PathCells(Keep keep);
   bool ReadPath(const UrlID& id, SitePathRec& rec) const;
+
+  // site_profiles.cc, site_profile_fields.cc
+  int StoreProfile(int number, const SiteProfile& profile);
+  int MakeTableFolder(int number);
+  int OpenSiteChanged();
+  int SiteNumber(int siteId) const { return siteId < 0 ? openSiteId : siteId; }
+  template <class Field>
+  std::string* SiteText(Field field, int siteId);
+  template <class Field>
+  int SetSiteText(Field field, const std::string& text, int siteId);
+
+  // server_profiles.cc
+  template <class Use>
+  int WithServProf(Use use);
+  template <class Field>
+  std::string* ServText(const std::string& name, Field field);
+  template <class Field>
+  int SetServText(const std::string& name, Field field, const std::string& text);
+  template <class Field>
+  int ServNumber(const std::string& name, Field field);
+  template <class Field>
+  int SetServNumber(const std::string& name, Field field, int value);
 
   // save.cc
   int ReadSiteFolder(std::string& siteDir) const;

@@ -1,77 +1,198 @@
-// The profiles of sites.
+// The profiles of sites, and the files of their tables.
+#include <array>
 #include <memory>
 
-#include "manager/record_access.h"
+#include "manager/cells.h"
 #include "manager/site_mgr.h"
 #include "platform/file.h"
+#include "util/mb_string.h"
+#include "util/site_name.h"
 
 namespace zvrsit {
 
 namespace {
 
-std::string TextOf(const SiteSiteProfDB& table, int reference) {
-  std::string text;
-  table.Text(reference, text);
-  return text;
+using TableNames = std::array<std::string, 5>;
+
+// A text field of the record, and where a SiteProfile has it.
+struct ProfileText {
+  std::int32_t SiteSiteRec::*word;
+  std::string SiteProfile::*text;
+};
+constexpr ProfileText kTexts[] = {{&SiteSiteRec::topFile, &SiteProfile::topFile},
+                                  {&SiteSiteRec::defaultUrl, &SiteProfile::defaultUrl},
+                                  {&SiteSiteRec::servProf, &SiteProfile::server}};
+
+// The file names of a profile's tables. One that does not name a file in a folder of the database
+// is left empty, so that a damaged profile has no other file moved or deleted.
+TableNames ReadTableNames(const SiteSiteProfDB& profiles, int number) {
+  TableNames names;
+  SiteSiteRec rec;
+  if (profiles.Get(number, rec) < 0) return names;
+  const std::int32_t words[] = {rec.urlFile, rec.pathFile, rec.linkFile, rec.folderFile,
+                                rec.relFile};
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string_view name = profiles.TextView(words[i]);
+    const auto backslash = FindLastBackslashMB(name);
+    if (backslash == std::string_view::npos || !IsSiteName(name.substr(0, backslash)) ||
+        !IsSiteName(name.substr(backslash + 1))) {
+      continue;
+    }
+    names[i] = name;
+  }
+  return names;
+}
+
+// Calls visit(path) for each file that the table file `path` stands for: itself, its text store,
+// and what backing up and packing leave beside them.
+template <class Visit>
+void ForEachFile(const std::string& path, Visit visit) {
+  std::string strings = path;
+  strings.back() = 'S';
+  for (const std::string& file : {path, strings}) {
+    for (const char* suffix : {"", "_bak", "_pack"}) visit(file + suffix);
+  }
+}
+
+std::string FolderOf(const std::string& path) {
+  return path.substr(0, FindLastBackslashMB(path) + 1);
+}
+
+void RemoveTables(const std::string& dbDir, const TableNames& names) {
+  for (const std::string& name : names) {
+    if (name.empty()) continue;
+    ForEachFile(dbDir + name, [](const std::string& path) { platform::Unlink(path); });
+    platform::RemoveFolder(FolderOf(dbDir + name));
+  }
+}
+
+bool IsThere(const std::string& path) {
+  platform::FileStat found;
+  return platform::Stat(path, found) == 0;
+}
+
+// Moves what there is of a table; false when a file that is there could not be moved.
+bool MoveTable(const std::string& from, const std::string& to) {
+  std::vector<std::string> targets;
+  ForEachFile(to, [&](const std::string& path) { targets.push_back(path); });
+  auto target = targets.begin();
+  bool moved = true;
+  ForEachFile(from, [&](const std::string& path) {
+    const std::string& place = *target++;
+    if (IsThere(path) && platform::Rename(path, place) < 0) moved = false;
+  });
+  return moved;
+}
+
+// Moves the tables to other names; false when not all of them could be moved.
+bool MoveTables(const std::string& dbDir, const TableNames& from, const TableNames& to) {
+  bool moved = true;
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    if (from[i].empty() || to[i].empty() || from[i] == to[i]) continue;
+    if (platform::MakeFolderOfPath(dbDir + to[i]) < 0 ||
+        !MoveTable(dbDir + from[i], dbDir + to[i])) {
+      moved = false;
+    }
+  }
+  for (const std::string& name : from) {
+    if (!name.empty()) platform::RemoveFolder(FolderOf(dbDir + name));  // when it is now empty
+  }
+  return moved;
 }
 
 }  // namespace
 
 std::vector<std::string*>* SiteMgr::EnumSiteProf() {
-  if (!HasFiles(siteProf)) return nullptr;
-  auto names = std::make_unique<std::vector<std::string*>>();
-  for (int n = siteProf->NextNumber(0); n >= 0; n = siteProf->NextNumber(n + 1)) {
-    std::string name;
-    if (siteProf->Name(n, name) == 0) names->push_back(new std::string(name));
-  }
-  return names.release();
+  return HasFiles(siteProf) ? ListNames(*siteProf) : nullptr;
+}
+
+int SiteMgr::FindSiteProf(const std::string& name) {
+  return HasFiles(siteProf) ? siteProf->Find(name) : -1;
 }
 
 int SiteMgr::GetSiteProf(const std::string& name, SiteProfile& profile) {
   SiteSiteRec rec;
   if (!HasFiles(siteProf) || siteProf->Get(siteProf->Find(name), rec) < 0) return -1;
-  for (int slot = 0; slot < kSiteFolderSlots; ++slot) {
-    const auto at = static_cast<std::size_t>(slot);
-    profile.folders[at] = TextOf(*siteProf, rec.folders[at]);
+  profile = SiteProfile{};
+  for (std::size_t slot = 0; slot < profile.folders.size(); ++slot) {
+    siteProf->Text(rec.folders[slot], profile.folders[slot]);
   }
-  profile.topFile = TextOf(*siteProf, rec.topFile);
-  profile.defaultUrl = TextOf(*siteProf, rec.defaultUrl);
-  profile.server = TextOf(*siteProf, rec.servProf);
+  for (const ProfileText& field : kTexts) {
+    siteProf->Text(rec.*field.word, profile.*field.text);
+  }
   profile.useDocumentRoot = rec.useDocRoot != 0;
-  profile.linkRules = rec.linkRules == 1 ? LinkRules::Web : LinkRules::Classic;
+  profile.linkRules = (rec.linkRules & kWebRulesBit) != 0 ? LinkRules::Web : LinkRules::Classic;
   profile.rebuildState = rec.rebuildState;
   return 0;
 }
 
 int SiteMgr::SetSiteProf(const std::string& name, const SiteProfile& profile) {
-  if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
-  int number = siteProf->Find(name);
-  if (number < 0) {
-    number = siteProf->Add(name);
-    if (number < 0 || platform::MakeFolderOfPath(*dbDir + name + "\\UR") < 0) return -1;
-  }
+  int number = FindSiteProf(name);
+  if (number < 0) number = AddSiteProf(name);
+  return number < 0 ? -1 : StoreProfile(number, profile);
+}
+
+int SiteMgr::StoreProfile(int number, const SiteProfile& profile) {
   for (int slot = 0; slot < kSiteFolderSlots; ++slot) {
     const std::string& folder = profile.folders[static_cast<std::size_t>(slot)];
     if (siteProf->SetFolder(number, slot, folder) < 0) return -1;
   }
-  if (siteProf->SetText(number, &SiteSiteRec::topFile, profile.topFile) < 0 ||
-      siteProf->SetText(number, &SiteSiteRec::defaultUrl, profile.defaultUrl) < 0 ||
-      siteProf->SetText(number, &SiteSiteRec::servProf, profile.server) < 0 ||
-      siteProf->SetNumber(number, &SiteSiteRec::useDocRoot, profile.useDocumentRoot ? 1 : 0) < 0 ||
-      siteProf->SetNumber(number, &SiteSiteRec::linkRules,
-                          profile.linkRules == LinkRules::Web ? 1 : 0) < 0) {
-    return -1;
+  for (const ProfileText& field : kTexts) {
+    if (siteProf->SetText(number, field.word, profile.*field.text) < 0) return -1;
   }
-  return siteProf->SetNumber(number, &SiteSiteRec::rebuildState, profile.rebuildState);
+  SiteSiteRec rec;
+  if (siteProf->Get(number, rec) < 0) return -1;
+  rec.useDocRoot = profile.useDocumentRoot ? 1 : 0;
+  rec.linkRules &= ~kWebRulesBit;
+  if (profile.linkRules == LinkRules::Web) rec.linkRules |= kWebRulesBit;
+  rec.rebuildState = profile.rebuildState;
+  if (siteProf->Update(rec) < 0) return -1;
+  return number == openSiteId ? OpenSiteChanged() : 0;
 }
 
-std::string* SiteMgr::GetSiteProfTopFile(int siteId) {
-  const int number = siteId < 0 ? openSiteId : siteId;
-  auto text = std::make_unique<std::string>();
-  if (!HasFiles(siteProf) || siteProf->GetText(number, &SiteSiteRec::topFile, *text) < 0) {
-    return nullptr;
-  }
-  return text.release();
+int SiteMgr::AddSiteProf(const std::string& name) {
+  if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
+  return MakeTableFolder(siteProf->Add(name));
+}
+
+int SiteMgr::CopySiteProf(const std::string& from, const std::string& to) {
+  if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
+  return MakeTableFolder(siteProf->Copy(siteProf->Find(from), to));
+}
+
+// The folder for the tables of a new profile, without any; the profile's number. A profile whose
+// folder cannot be made could never be opened, so it is taken back.
+int SiteMgr::MakeTableFolder(int number) {
+  if (number < 0) return -1;
+  const TableNames names = ReadTableNames(*siteProf, number);
+  RemoveTables(*dbDir, names);
+  if (platform::MakeFolderOfPath(*dbDir + names.front()) == 0) return number;
+  siteProf->Delete(number);
+  return -1;
+}
+
+int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
+  const int number = FindSiteProf(from);
+  if (number < 0 || number == openSiteId || dbDir == nullptr) return -1;
+  if (from == to) return 0;
+  const TableNames oldNames = ReadTableNames(*siteProf, number);
+  if (siteProf->Rename(number, to) < 0) return -1;
+  const TableNames newNames = ReadTableNames(*siteProf, number);
+  // Where only the letter case differs, the new names may be those of the tables themselves.
+  if (!EqualIgnoringCase(from, to)) RemoveTables(*dbDir, newNames);
+  if (MoveTables(*dbDir, oldNames, newNames)) return 0;
+  MoveTables(*dbDir, newNames, oldNames);
+  siteProf->Rename(number, from);
+  return -1;
+}
+
+int SiteMgr::DeleteSiteProf(const std::string& name) {
+  const int number = FindSiteProf(name);
+  if (number < 0 || number == openSiteId || dbDir == nullptr) return -1;
+  const TableNames names = ReadTableNames(*siteProf, number);
+  if (siteProf->Delete(number) < 0) return -1;
+  RemoveTables(*dbDir, names);
+  return 0;
 }
 
 }  // namespace zvrsit

@@ -64,6 +64,8 @@ int StatOpen(int fd, FileStat& result);
 bool IsLink(const std::string& path);
 int MakeFolder(const std::string& path);
 int Unlink(const std::string& path);
+// Removes a folder that is empty.
+int RemoveFolder(const std::string& path);
 int Rename(const std::string& from, const std::string& to);
 
 // Flushes what the process holds in buffers of its own to the system. The calls above keep none,

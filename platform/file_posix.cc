@@ -172,6 +172,12 @@ int Unlink(const std::string& path) {
   return Noted(::unlink(nativePath.c_str()));
 }
 
+int RemoveFolder(const std::string& path) {
+  if (MustFail(FileCall::kUnlink)) return Fail(EIO);
+  if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
+  return Noted(::rmdir(nativePath.c_str()));
+}
+
 int Rename(const std::string& from, const std::string& to) {
   if (MustFail(FileCall::kRename)) return Fail(EIO);
   if (!ToNativePath(from, nativePath) || !ToNativePath(to, otherNativePath)) return Fail(ENOENT);

@@ -42,6 +42,9 @@ struct OperationMemo {
   // Buffers of the page being read, kept from page to page.
   MappedFile pageFile;
   CodeConv pageText;
+  // Where the text of the page being read begins in its file; -1 when it had to be converted, so
+  // that a place in the text is none in the file.
+  std::int64_t textStart = 0;
 };
 
 }  // namespace zvrsit

@@ -1,0 +1,73 @@
+// Looking into the path table of a site other than the open one.
+#include <memory>
+
+#include "manager/record_access.h"
+#include "manager/site_mgr.h"
+
+namespace zvrsit {
+
+int SiteMgr::BeginPeep(int siteId) {
+  SiteSiteRec site;
+  if (!HasFiles(siteProf) || siteProf->Get(siteId, site) < 0 || dbDir == nullptr) return -1;
+  std::string name;
+  if (!ReadProfileText(site.pathFile, name) || name.empty()) return -1;
+  // A table that is still there is not closed first, on purpose: only one whose closing failed is.
+  peepPathDB = new SitePathDB;
+  // The separator is a second one where the folder ends in its own, as it does; that is meant.
+  return peepPathDB->Open(*dbDir + '\\' + name);
+}
+
+int SiteMgr::EndPeep(int) {
+  if (peepPathDB == nullptr || peepPathDB->Close() < 0) return -1;
+  delete peepPathDB;
+  peepPathDB = nullptr;
+  return 0;
+}
+
+std::vector<std::string*>* SiteMgr::EnumPathInSite(const std::string& siteName) {
+  if (siteName.empty() || siteProf == nullptr) return nullptr;
+  const int siteId = siteProf->Find(siteName);
+  if (siteId < 0) return nullptr;
+  std::vector<std::string*>* list = BeginPeep(siteId) < 0 ? nullptr : ListPeeped();
+  if (EndPeep(0) == 0 || list == nullptr) return list;
+  if (!list->empty()) DeleteString(list->front());
+  delete list;
+  return nullptr;
+}
+
+// All entries are the one string, which ends up with the last path, on purpose: callers count them.
+std::vector<std::string*>* SiteMgr::ListPeeped() {
+  if (!HasFiles(peepPathDB)) return nullptr;
+  auto list = std::make_unique<std::vector<std::string*>>();
+  auto path = std::make_unique<std::string>();
+  const SitePathDB& paths = *peepPathDB;
+  for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
+    SitePathRec rec;
+    if (paths.Get(number, rec) < 0 || rec.name < 0) continue;
+    paths.Text(rec.name, *path);
+    list->push_back(path.get());
+  }
+  if (!list->empty()) path.release();  // now the caller's, through the entries
+  return list.release();
+}
+
+std::vector<std::string*>* SiteMgr::EnumSiteHasPath(const std::string& path) {
+  if (path.empty() || !HasRecords(siteProf) || siteProf->Count() < 0) return nullptr;
+  auto list = std::make_unique<std::vector<std::string*>>();
+  for (int site = siteProf->NextNumber(0); site >= 0; site = siteProf->NextNumber(site + 1)) {
+    const auto text = std::make_unique<std::string>();
+    // The entry outlives its string, on purpose: callers count the sites.
+    if (BeginPeep(site) == 0 && PeepedHas(path, *text)) list->push_back(text.get());
+    EndPeep(0);
+  }
+  return list.release();
+}
+
+// The path's record number is taken for the number of a text, on purpose: a path counts where that
+// text is there too.
+bool SiteMgr::PeepedHas(const std::string& path, std::string& text) {
+  const int number = peepPathDB->Find(path);
+  return number >= 0 && peepPathDB->Text(number, text) == 0;
+}
+
+}  // namespace zvrsit
