@@ -1,6 +1,8 @@
 #include "links/site_dom_util.h"
 
 #include <array>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "links/link_memo.h"
@@ -178,11 +180,19 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row) {
   return outcome == Outcome::kFailed && web_ ? Outcome::kSkipped : outcome;
 }
 
+// Where the reference stands in the page's file; -1 when the page was converted to be read.
+int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
+  const OperationMemo* const operation = manager->GetOperationMemo();
+  const std::int64_t start = operation != nullptr ? operation->textStart : 0;
+  const std::int64_t offset = start < 0 ? -1 : start + row.offset;
+  return offset > std::numeric_limits<std::int32_t>::max() ? -1 : static_cast<int>(offset);
+}
+
 SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target) {
   const UrlID page(kKindPath, pageId);
   std::uint32_t type = row.type;
   if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
-  const int offset = web_ ? static_cast<int>(row.offset) : -1;
+  const int offset = web_ ? OffsetInFile(row) : -1;
   const int added = linkTable == nullptr ? -1
                                          : linkTable->Add(row.target, page, target, row.alternative,
                                                           static_cast<int>(type), offset);

@@ -54,6 +54,7 @@ class SiteDOMUtil {
   int AddRows(std::size_t begin, std::size_t end);
   Outcome AddRow(const LinkRow& row);
   Outcome AddLink(const LinkRow& row, const UrlID& target);
+  int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);
 

@@ -1,7 +1,9 @@
 // Setting a manager up, and opening and closing its sites.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <filesystem>
+#include <new>
 
 #include "css/css_control.h"
 #include "support/test_site.h"
@@ -118,6 +120,17 @@ TEST(SiteClose, SavesWhatWasRegistered) {
   ASSERT_EQ(site.Open(), 0);
   EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://a.example/"), 0);
   EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://b.example/"), -1);
+}
+
+// The copy is never destroyed: the original owns what both hold.
+TEST(SiteMgrCopy, WorksOnTheTablesOfItsOriginal) {
+  TestSite site;
+  ASSERT_EQ(site.Open(), 0);
+  alignas(SiteMgr) std::byte room[sizeof(SiteMgr)];
+  SiteMgr* copy = new (room) SiteMgr(*site.mgr);
+  EXPECT_EQ(copy->GetUrlDB(), site.mgr->GetUrlDB());
+  EXPECT_EQ(copy->AddUrl("http://a.example/"), 0);
+  EXPECT_EQ(site.mgr->AddUrl("http://a.example/"), 0);
 }
 
 TEST(NotifyCss, NeedsTheSiteFolder) {

@@ -133,6 +133,24 @@ TEST_F(Saving, AMovedPageIsReadAtItsNewPlace) {
   EXPECT_EQ(site.mgr->Move(site.path("page.html"), site.path("x.html")), -1);
 }
 
+// By the web rules a link knows where it stands in the file, mark and all; not in a page that had
+// to be converted.
+TEST(SavingByTheWebRules, KeepsTheOffsetInTheFile) {
+  TestSite site(LinkRules::Web);
+  ASSERT_EQ(site.Open(), 0);
+  const auto offsetIn = [&site](const std::string& text) {
+    site.write("p.html", text);
+    EXPECT_EQ(site.mgr->Save(site.path("p.html"), nullptr), 0);
+    SiteLinkRec link;
+    SiteLinkDB& links = *site.mgr->GetLinkDB();
+    EXPECT_EQ(links.Get(links.First(UrlID(kKindPath, site.Number("p.html")), kAnyUrlID), link), 0);
+    return link.offset;
+  };
+  EXPECT_EQ(offsetIn("<a href='x.html'>"), 9);
+  EXPECT_EQ(offsetIn("\xEF\xBB\xBF<a href='x.html'>"), 12);
+  EXPECT_EQ(offsetIn("<meta charset=latin1>\xE4<a href='x.html'>"), -1);
+}
+
 TEST(LinkChanged, ComparesAsSetsAndMarksWhatBothHold) {
   struct Row {
     std::vector<int> olds, news;
