@@ -166,6 +166,7 @@ int SitMgrBase::SaveRows(const UrlID& page, const Document& document) {
 
 int SitMgrBase::RegisterTarget(std::string_view target, UrlID& id) {
   PageReader& reader = Reader();
+  if (target.empty()) return Fail(kSitBadArgument);
   switch (reader.resolver.Resolve(target, reader.target)) {
     case TargetKind::kLocal:
       if (reader.target.empty()) return Fail(kSitBadArgument);

@@ -12,6 +12,8 @@ namespace {
 constexpr std::int64_t kHeaderSize = 8;
 constexpr std::int64_t kRecordSize = sizeof(SitPairRec);
 static_assert(kRecordSize == 36);
+constexpr std::int64_t kLargestFile = 0x7FFFFFFF;
+constexpr std::int32_t kMostLostSlots = 1000;
 
 // Meant to be one for all stores: an enumeration of one store restarts with a query of another.
 PairQuery lastQuery;
@@ -47,11 +49,12 @@ int SitPairDB::Load() {
   if (!file_.ReadWord(0, slots) || !file_.ReadWord(4, live)) return -1;
   if (slots < 0 || live < 0) {
     // New records go behind those that the damaged header hides.
-    nextId_ = static_cast<std::int32_t>(std::max<std::int64_t>(file_.Size() - kHeaderSize, 0) /
-                                        kRecordSize);
+    nextId_ = SlotsInFile();
     return -1;
   }
-  nextId_ = slots;
+  // A header that counts far more slots than there are would make the next record grow the file
+  // without measure; a few may be missing where writes have failed or the file was cut.
+  nextId_ = std::min(slots, SlotsInFile() + kMostLostSlots);
   liveCount_ = live;
   SitFileScan scan(file_, kHeaderSize);
   WordBytes<SitPairRec> bytes;
@@ -175,9 +178,13 @@ int SitPairDB::Count() {
   return file_.ReadWord(0, slots) ? slots : -1;
 }
 
+std::int32_t SitPairDB::SlotsInFile() {
+  const std::int64_t bytes = std::clamp<std::int64_t>(file_.Size(), kHeaderSize, kLargestFile);
+  return static_cast<std::int32_t>((bytes - kHeaderSize) / kRecordSize);
+}
+
 int SitPairDB::Slots() {
-  const std::int64_t inFile = (file_.Size() - kHeaderSize) / kRecordSize;
-  return static_cast<int>(std::clamp<std::int64_t>(Count(), 0, std::max<std::int64_t>(inFile, 0)));
+  return std::clamp(Count(), 0, SlotsInFile());
 }
 
 std::optional<std::string> SitPairDB::GetString(int id) {

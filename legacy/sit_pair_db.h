@@ -116,6 +116,7 @@ class SitPairDB {
 
  private:
   int Load();
+  std::int32_t SlotsInFile();  // whole ones
   int MatchFromCursor(const PairQuery& query) const;
   void RemoveFromIndex(const SitPairRec& record);
   bool WriteSlot(const SitPairRec& record, std::int32_t id);

@@ -178,6 +178,14 @@ TEST(PairFiles, ANegativeHeaderHidesTheRecordsAndDestroysNone) {
   EXPECT_EQ(folder.read("links.dat").substr(8, 36), std::string(36, '\1'));
 }
 
+TEST(PairFiles, AHeaderThatCountsTooManyRecordsDoesNotInflateTheFile) {
+  TempFolder folder;
+  folder.write("links.dat", FromHex("00000001 00000001"));
+  SitPairDB db(folder.path("links.dat"), SitPairDB::kLinkFile);
+  EXPECT_GE(db.Add(kA, kB), 0);
+  EXPECT_LT(folder.read("links.dat").size(), 100000u);
+}
+
 // The plain walk over a linked list, as the rules of Find are told.
 class PlainStore {
  public:
