@@ -58,7 +58,10 @@ int SiteCSSUtil::CollectPage(const std::string& path, Document* document) {
   if (!IsReady() || cssControl_ == nullptr) return -1;
   CCSSFileTree tree = cssControl_->GetFileTree(path, document);
   const std::string* const page = tree.getRoot();
-  if (RegisterTreeNode(page, tree, siteRoot_) < 0) return -1;
+  inPage_ = true;
+  const int result = RegisterTreeNode(page, tree, siteRoot_);
+  inPage_ = false;
+  if (result < 0) return -1;
   RegisterSheets(tree, tree.getFirstChild(page));
   RegisterSheets(tree, tree.getNextSibling(page));
   return 0;
@@ -122,10 +125,16 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   const UrlID to(isExternal ? kKindUrl : kKindPath, target);
   const int type = LinkTypeOf(tree.getType(child));
   if (IsWeb()) {
-    linkTable_->Add(text, from, to, "", type, tree.getOffset(child));
+    linkTable_->Add(text, from, to, "", type, OffsetInFile(tree.getOffset(child)));
   } else {
     manager_->AddLink(text, from, to, type);
   }
+}
+
+// A reference of the page is placed in the page's text, one of a sheet in the sheet's file.
+int SiteCSSUtil::OffsetInFile(int offset) const {
+  const OperationMemo* const memo = manager_->GetOperationMemo();
+  return inPage_ && memo != nullptr ? memo->OffsetInFile(offset) : offset;
 }
 
 int SiteCSSUtil::AddUrl(const std::string& url) {

@@ -53,6 +53,7 @@ class ZVRSIT_API SiteCSSUtil {
   int AddFile(const std::string& path, const std::string& siteRoot);
   bool HasStyleLinks(int pathNumber) const;
   std::unordered_set<std::int32_t>& Registered();
+  int OffsetInFile(int offset) const;
 
   SiteMgrBase* manager_;
   CCSSControl* cssControl_ = nullptr;
@@ -60,6 +61,7 @@ class ZVRSIT_API SiteCSSUtil {
   SiteUrlDB* urlTable_ = nullptr;
   SiteLinkDB* linkTable_ = nullptr;
   std::string siteRoot_;
+  bool inPage_ = false;  // the references being registered are the page's own
   std::unordered_set<std::int32_t> registered_;  // in place of the operation's, outside of one
 };
 

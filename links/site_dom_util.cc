@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "links/link_memo.h"
@@ -183,9 +182,8 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row) {
 // Where the reference stands in the page's file; -1 when the page was converted to be read.
 int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
   const OperationMemo* const operation = manager->GetOperationMemo();
-  const std::int64_t start = operation != nullptr ? operation->textStart : 0;
-  const std::int64_t offset = start < 0 ? -1 : start + row.offset;
-  return offset > std::numeric_limits<std::int32_t>::max() ? -1 : static_cast<int>(offset);
+  return operation != nullptr ? operation->OffsetInFile(row.offset)
+                              : static_cast<std::int32_t>(row.offset);
 }
 
 SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target) {

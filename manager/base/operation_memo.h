@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,6 +46,14 @@ struct OperationMemo {
   // Where the text of the page being read begins in its file; -1 when it had to be converted, so
   // that a place in the text is none in the file.
   std::int64_t textStart = 0;
+
+  // The place in the file for one in the text of the page being read; -1 where it is not known.
+  std::int32_t OffsetInFile(std::int64_t offsetInText) const {
+    if (textStart < 0 || offsetInText < 0) return -1;
+    const std::int64_t offset = textStart + offsetInText;
+    return offset > std::numeric_limits<std::int32_t>::max() ? -1
+                                                             : static_cast<std::int32_t>(offset);
+  }
 };
 
 }  // namespace zvrsit

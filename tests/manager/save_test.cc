@@ -148,6 +148,7 @@ TEST(SavingByTheWebRules, KeepsTheOffsetInTheFile) {
   };
   EXPECT_EQ(offsetIn("<a href='x.html'>"), 9);
   EXPECT_EQ(offsetIn("\xEF\xBB\xBF<a href='x.html'>"), 12);
+  EXPECT_EQ(offsetIn("\xEF\xBB\xBF<link rel=stylesheet href=s.css>"), 29);
   EXPECT_EQ(offsetIn("<meta charset=latin1>\xE4<a href='x.html'>"), -1);
 }
 
