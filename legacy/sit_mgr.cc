@@ -66,6 +66,7 @@ int SitMgr::SiteRebuildDB(int complete) {
   if (SitMgrBase::SiteRebuildDB(complete) < 0) return -1;
   // A site without a top file has no family; that is no failure of the rebuild.
   if (UpdateLinkFamily() < 0 && lastError_ != kSitNoValue && lastError_ != kSitNotFound) return -1;
+  // Only the end of the group is left, and undoing that does nothing.
   history_->Clear();
   return Succeed();
 }

@@ -92,9 +92,12 @@ int SitMgr::EnumLink(int reset, std::string** from, std::string** to) {
   UrlID source;
   UrlID target;
   while (LinkBothSides(linkPosition, source, target) < 0) {
-    if (lastError_ == kSitPastEnd) linkPosition = 0;
-    if (lastError_ != kSitNotFound) return -1;
+    if (lastError_ == kSitPastEnd) {
+      linkPosition = 0;
+      return -1;
+    }
     ++linkPosition;
+    if (lastError_ != kSitNotFound) return -1;
   }
   ++linkPosition;
   *from = UrlUrl(source);
