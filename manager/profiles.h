@@ -24,6 +24,8 @@ struct SiteProfile {
   bool useDocumentRoot = false;
   LinkRules linkRules = LinkRules::Classic;
   std::int32_t rebuildState = 0;  // 0 never rebuilt, 1 the last one failed, 2 it succeeded
+
+  bool operator==(const SiteProfile&) const = default;
 };
 
 // A server's profile. An empty text is a field that is not set. The passwords are in clear here
@@ -32,7 +34,8 @@ struct ServProfile {
   std::string host;
   std::string user;
   std::string password;
-  std::string dir;
+  std::string dir;  // the remote folder that the site goes to
+  // The numbers here are the publishing side's own.
   std::int32_t firewall = 0;
   std::string firewallHost;
   std::string firewallUser;
@@ -41,9 +44,11 @@ struct ServProfile {
   std::int32_t initDirMode = 0;
   std::int32_t lockDir = 0;
   std::string initRemoteDir;
-  std::string mruDirRemote;
+  std::string mruDirRemote;  // recently used folders
   std::string mruDirLocal;
-  std::string asciiSuffix;
+  std::string asciiSuffix;  // extensions of files that are sent as text
+
+  bool operator==(const ServProfile&) const = default;
 };
 
 }  // namespace zvrsit

@@ -1,5 +1,6 @@
 // The profiles of sites, and the files of their tables.
 #include <array>
+#include <cerrno>
 #include <memory>
 
 #include "manager/cells.h"
@@ -23,24 +24,25 @@ constexpr ProfileText kTexts[] = {{&SiteSiteRec::topFile, &SiteProfile::topFile}
                                   {&SiteSiteRec::defaultUrl, &SiteProfile::defaultUrl},
                                   {&SiteSiteRec::servProf, &SiteProfile::server}};
 
-// The file names of a profile's tables. One that does not name a file in a folder of the database
-// is left empty, so that a damaged profile has no other file moved or deleted.
-TableNames ReadTableNames(const SiteSiteProfDB& profiles, int number) {
-  TableNames names;
+// Whether a stored file name leads into a folder of the database folder, and nowhere else.
+bool IsTableName(std::string_view name) {
+  const auto backslash = FindLastBackslashMB(name);
+  return backslash != std::string_view::npos && IsSiteName(name.substr(0, backslash)) &&
+         IsSiteName(name.substr(backslash + 1));
+}
+
+// Reads the file names of a profile's tables; false when not all can be read. One that leads
+// elsewhere is left empty, so that a damaged profile has no other file moved or deleted.
+bool ReadTableNames(const SiteSiteProfDB& profiles, int number, TableNames& names) {
   SiteSiteRec rec;
-  if (profiles.Get(number, rec) < 0) return names;
+  if (profiles.Get(number, rec) < 0) return false;
   const std::int32_t words[] = {rec.urlFile, rec.pathFile, rec.linkFile, rec.folderFile,
                                 rec.relFile};
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const std::string_view name = profiles.TextView(words[i]);
-    const auto backslash = FindLastBackslashMB(name);
-    if (backslash == std::string_view::npos || !IsSiteName(name.substr(0, backslash)) ||
-        !IsSiteName(name.substr(backslash + 1))) {
-      continue;
-    }
-    names[i] = name;
+    if (profiles.Text(words[i], names[i]) < 0) return false;
+    if (!IsTableName(names[i])) names[i].clear();
   }
-  return names;
+  return true;
 }
 
 // Calls visit(path) for each file that the table file `path` stands for: itself, its text store,
@@ -66,11 +68,6 @@ void RemoveTables(const std::string& dbDir, const TableNames& names) {
   }
 }
 
-bool IsThere(const std::string& path) {
-  platform::FileStat found;
-  return platform::Stat(path, found) == 0;
-}
-
 // Moves what there is of a table; false when a file that is there could not be moved.
 bool MoveTable(const std::string& from, const std::string& to) {
   std::vector<std::string> targets;
@@ -79,7 +76,7 @@ bool MoveTable(const std::string& from, const std::string& to) {
   bool moved = true;
   ForEachFile(from, [&](const std::string& path) {
     const std::string& place = *target++;
-    if (IsThere(path) && platform::Rename(path, place) < 0) moved = false;
+    if (platform::Rename(path, place) < 0 && platform::LastError() != ENOENT) moved = false;
   });
   return moved;
 }
@@ -164,9 +161,11 @@ int SiteMgr::CopySiteProf(const std::string& from, const std::string& to) {
 // folder cannot be made could never be opened, so it is taken back.
 int SiteMgr::MakeTableFolder(int number) {
   if (number < 0) return -1;
-  const TableNames names = ReadTableNames(*siteProf, number);
-  RemoveTables(*dbDir, names);
-  if (platform::MakeFolderOfPath(*dbDir + names.front()) == 0) return number;
+  TableNames names;
+  if (ReadTableNames(*siteProf, number, names)) {
+    RemoveTables(*dbDir, names);
+    if (platform::MakeFolderOfPath(*dbDir + names.front()) == 0) return number;
+  }
   siteProf->Delete(number);
   return -1;
 }
@@ -175,9 +174,15 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   const int number = FindSiteProf(from);
   if (number < 0 || number == openSiteId || dbDir == nullptr) return -1;
   if (from == to) return 0;
-  const TableNames oldNames = ReadTableNames(*siteProf, number);
-  if (siteProf->Rename(number, to) < 0) return -1;
-  const TableNames newNames = ReadTableNames(*siteProf, number);
+  TableNames oldNames;
+  TableNames newNames;
+  if (!ReadTableNames(*siteProf, number, oldNames)) return -1;
+  siteProf->Rename(number, to);
+  if (!ReadTableNames(*siteProf, number, newNames)) {
+    siteProf->Rename(number, from);
+    return -1;
+  }
+  if (newNames == oldNames) return -1;  // the tables follow what stands in the profile
   // Where only the letter case differs, the new names may be those of the tables themselves.
   if (!EqualIgnoringCase(from, to)) RemoveTables(*dbDir, newNames);
   if (MoveTables(*dbDir, oldNames, newNames)) return 0;
@@ -189,7 +194,8 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
 int SiteMgr::DeleteSiteProf(const std::string& name) {
   const int number = FindSiteProf(name);
   if (number < 0 || number == openSiteId || dbDir == nullptr) return -1;
-  const TableNames names = ReadTableNames(*siteProf, number);
+  TableNames names;
+  ReadTableNames(*siteProf, number, names);
   if (siteProf->Delete(number) < 0) return -1;
   RemoveTables(*dbDir, names);
   return 0;

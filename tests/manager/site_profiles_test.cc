@@ -1,0 +1,241 @@
+#include <gtest/gtest.h>
+
+#include "css/css_control.h"
+#include "manager/answers.h"
+#include "support/file_fault.h"
+#include "support/test_site.h"
+
+namespace zvrsit {
+namespace {
+
+using test::Take;
+using Names = std::vector<std::string>;
+
+constexpr const char* kTables[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
+
+// The profile "demo" over a site of two pages, its tables written.
+class SiteProfiles : public testing::Test {
+ protected:
+  SiteProfiles() {
+    site_.write("index.html", "<a href=a.html>a</a>");
+    site_.write("a.html", "");
+    EXPECT_EQ(site_.Open(), 0);
+    EXPECT_EQ(site_.mgr->SiteRebuildDB(1, nullptr), 0);
+    EXPECT_EQ(site_.mgr->SiteClose(), 0);
+  }
+
+  SiteMgr& mgr() { return *site_.mgr; }
+  SiteProfile Profile(const std::string& name) {
+    SiteProfile profile;
+    EXPECT_EQ(mgr().GetSiteProf(name, profile), 0);
+    return profile;
+  }
+  // How many of the ten table files of a site are there.
+  int Tables(const std::string& name) {
+    int there = 0;
+    for (const char* file : kTables) there += site_.folder().has("db/" + name + "/" + file) ? 1 : 0;
+    return there;
+  }
+  bool KnowsItsPages(const std::string& name) {
+    EXPECT_EQ(mgr().SiteOpen(name, 0), 0);
+    const bool knows = mgr().FindPath(site_.path("a.html")) >= 0;
+    EXPECT_EQ(mgr().SiteClose(), 0);
+    return knows;
+  }
+
+  test::TestSite site_;
+};
+
+TEST_F(SiteProfiles, AWholeProfileIsStoredAndReadBack) {
+  SiteProfile profile;
+  for (std::size_t slot = 0; slot < profile.folders.size(); ++slot) {
+    profile.folders[slot] = site_.dir() + std::to_string(slot) + "\\";
+  }
+  profile.topFile = site_.path("index.html");
+  profile.defaultUrl = "index.html";
+  profile.server = "www";
+  profile.useDocumentRoot = true;
+  profile.linkRules = LinkRules::Web;
+  profile.rebuildState = 2;
+  ASSERT_EQ(mgr().SetSiteProf("new", profile), 0);
+  site_.Start();
+  EXPECT_EQ(Profile("new"), profile);
+
+  profile.folders[5].clear();
+  profile.server.clear();
+  profile.folders[kSlotSiteFolder] = site_.dir();
+  ASSERT_EQ(mgr().SetSiteProf("new", profile), 0);
+  EXPECT_EQ(Profile("new"), profile);
+  EXPECT_EQ(Take(mgr().EnumSiteProf()), (Names{"demo", "new"}));
+  // The tables are found in their folder, as before.
+  EXPECT_EQ(mgr().SiteOpen("new", 0), 0);
+  EXPECT_NE(mgr().GetPathDB(), nullptr);
+  mgr().SiteClose();
+  EXPECT_EQ(Tables("new"), 10);
+}
+
+TEST_F(SiteProfiles, ANewProfileStartsEmptyEvenWhereTablesWereLeft) {
+  EXPECT_EQ(mgr().AddSiteProf("demo"), -1);
+  site_.folder().write("db/new/UR", "left over");
+  const int number = mgr().AddSiteProf("new");
+  EXPECT_EQ(number, mgr().FindSiteProf("new"));
+  EXPECT_EQ(mgr().NeedToRebuild("new"), 0);
+  EXPECT_EQ(Profile("new"), SiteProfile{});
+  EXPECT_TRUE(site_.folder().has("db/new"));
+  EXPECT_EQ(Tables("new"), 0);
+}
+
+TEST_F(SiteProfiles, NamesThatNoFolderCanHaveAreRefused) {
+  const SiteProfile profile = Profile("demo");
+  for (const char* name : {"", ".", "..", "nul", "a.", "a ", "a/b", "..\\a", "a:b", "a*", "DEMO"}) {
+    EXPECT_EQ(mgr().SetSiteProf(name, profile), -1) << name;
+    EXPECT_EQ(mgr().AddSiteProf(name), -1) << name;
+    EXPECT_EQ(mgr().CopySiteProf("demo", name), -1) << name;
+    if (std::string(name) != "DEMO") {
+      EXPECT_EQ(mgr().RenameSiteProf("demo", name), -1) << name;
+    }
+  }
+  EXPECT_EQ(Take(mgr().EnumSiteProf()), Names{"demo"});
+  EXPECT_EQ(Tables("demo"), 10);
+}
+
+TEST_F(SiteProfiles, RenamingKeepsTheTables) {
+  const int number = mgr().FindSiteProf("demo");
+  site_.folder().write("db/demo/UR_bak", "backup");
+  ASSERT_EQ(mgr().RenameSiteProf("demo", "other"), 0);
+  EXPECT_EQ(mgr().FindSiteProf("demo"), -1);
+  EXPECT_EQ(mgr().FindSiteProf("other"), number);
+  EXPECT_EQ(Tables("other"), 10);
+  EXPECT_TRUE(site_.folder().has("db/other/UR_bak"));
+  EXPECT_FALSE(site_.folder().has("db/demo"));
+  EXPECT_TRUE(KnowsItsPages("other"));
+  EXPECT_EQ(mgr().RenameSiteProf("other", "Other"), 0);
+  EXPECT_TRUE(KnowsItsPages("Other"));
+  EXPECT_EQ(mgr().RenameSiteProf("demo", "x"), -1);
+}
+
+// Whatever the name is afterwards, the tables are there under it.
+TEST_F(SiteProfiles, ARenameThatFailsLosesNoTable) {
+  std::string from;
+  std::string to = "demo";
+  int result = 0;
+  const int calls = test::FailEachCall(
+      [&] {
+        from = to;
+        to = from == "demo" ? "other" : "demo";
+      },
+      [&] { result = mgr().RenameSiteProf(from, to); },
+      [&](const test::FailedRun& run) {
+        const Names names = Take(mgr().EnumSiteProf());
+        ASSERT_EQ(names, Names{result == 0 ? to : from}) << run.call;
+        EXPECT_TRUE(KnowsItsPages(names.front())) << run.call;
+        to = names.front();
+      });
+  EXPECT_GT(calls, 30);
+}
+
+TEST_F(SiteProfiles, CopyingTakesTheFieldsAndNoTables) {
+  EXPECT_GE(mgr().CopySiteProf("demo", "copy"), 0);
+  SiteProfile expected = Profile("demo");
+  EXPECT_EQ(expected.rebuildState, 2);
+  expected.rebuildState = 0;
+  EXPECT_EQ(Profile("copy"), expected);
+  EXPECT_FALSE(KnowsItsPages("copy"));
+  EXPECT_EQ(mgr().DeleteSiteProf("copy"), 0);
+  EXPECT_TRUE(KnowsItsPages("demo"));
+}
+
+TEST_F(SiteProfiles, DeletingRemovesTheTablesAndNothingElse) {
+  site_.folder().write("db/demo/UR_bak", "backup");
+  site_.folder().write("db/demo/notes", "the user's own");
+  EXPECT_EQ(mgr().DeleteSiteProf("demo"), 0);
+  EXPECT_EQ(Tables("demo"), 0);
+  EXPECT_FALSE(site_.folder().has("db/demo/UR_bak"));
+  EXPECT_TRUE(site_.folder().has("db/demo/notes"));
+  EXPECT_TRUE(site_.folder().has("site/a.html"));
+  EXPECT_EQ(Take(mgr().EnumSiteProf()), Names{});
+  EXPECT_EQ(mgr().DeleteSiteProf("demo"), -1);
+}
+
+// A profile file is data: the names in it must not reach files elsewhere.
+TEST_F(SiteProfiles, AProfileWithForeignTableNamesReachesNoOtherFile) {
+  site_.write("precious", "R");
+  site_.write("preciouS", "S");
+  mgr().GetSiteProf()->SetText(mgr().FindSiteProf("demo"), &SiteSiteRec::urlFile,
+                               "..\\site\\precious");
+  EXPECT_EQ(mgr().DeleteSiteProf("demo"), 0);
+  EXPECT_TRUE(site_.folder().has("site/precious"));
+  EXPECT_TRUE(site_.folder().has("site/preciouS"));
+}
+
+TEST_F(SiteProfiles, TheOpenSiteIsNeitherRenamedNorDeleted) {
+  ASSERT_EQ(site_.Open(), 0);
+  EXPECT_EQ(mgr().RenameSiteProf("demo", "other"), -1);
+  EXPECT_EQ(mgr().DeleteSiteProf("demo"), -1);
+  EXPECT_EQ(Take(mgr().EnumSiteProf()), Names{"demo"});
+}
+
+TEST_F(SiteProfiles, SingleFieldsOfTheOpenSiteAndOfAnyOther) {
+  const int copy = mgr().CopySiteProf("demo", "copy");
+  EXPECT_EQ(mgr().GetSiteProfTopFile(), nullptr);  // no site is open
+  EXPECT_EQ(mgr().SetSiteProfTopFile("x"), -1);
+  EXPECT_EQ(mgr().SetSiteProfServer("www", copy), 0);
+  EXPECT_EQ(mgr().SetSiteProfTopFile(site_.path("a.html"), copy), 0);
+  EXPECT_EQ(mgr().SetSiteProfLinkRules(1, copy), 0);
+  EXPECT_EQ(mgr().SetSiteProfLinkRules(2, copy), -1);
+  EXPECT_EQ(Take(mgr().GetSiteProfServer(copy)), "www");
+  EXPECT_EQ(mgr().GetSiteProfLinkRules(copy), 1);
+
+  ASSERT_EQ(site_.Open(), 0);
+  EXPECT_EQ(Take(mgr().GetSiteProfTopFile()), site_.path("index.html"));
+  EXPECT_EQ(Take(mgr().GetSiteProfTopFile(copy)), site_.path("a.html"));
+  EXPECT_EQ(mgr().GetSiteProfServer(), nullptr);
+  EXPECT_EQ(mgr().SetSiteProfDefaultUrl("index.html"), 0);
+  EXPECT_EQ(*mgr().GetDefaultUrl(), "index.html");
+  EXPECT_EQ(mgr().SetSiteProfDefaultUrl(""), 0);
+  EXPECT_EQ(mgr().GetDefaultUrl(), nullptr);
+  EXPECT_EQ(mgr().GetSiteProfDefaultUrl(), nullptr);
+
+  for (const int slot : {-1, 10, 1 << 30}) {
+    EXPECT_EQ(mgr().GetSiteProfDir(slot), nullptr);
+    EXPECT_EQ(mgr().SetSiteProfDir(slot, "x"), -1);
+  }
+  EXPECT_EQ(mgr().SetSiteProfDir(9, "http://h/", 1 << 30), -1);
+  EXPECT_EQ(mgr().GetSiteProfUseDocRoot(1 << 30), -1);
+}
+
+// A page of the site whose sheet lies under the document root: it is found once the root is set.
+TEST_F(SiteProfiles, StyleSheetsHearOfTheFoldersOfTheOpenSite) {
+  site_.folder().write("root/style.css", "body { background: url(dot.gif) }");
+  site_.write("a.html", "<link rel=stylesheet href=/style.css>");
+  const std::string sheet = site_.folder().path("root/style.css");
+  ASSERT_EQ(site_.Open(), 0);
+  EXPECT_EQ(mgr().SetSiteProfUseDocRoot(1), 0);
+  EXPECT_EQ(mgr().SetSiteProfDir(kSlotDocumentRoot, site_.folder().path("root") + "\\"), 0);
+  ASSERT_EQ(mgr().Save(site_.path("a.html"), nullptr), 0);
+  EXPECT_GE(mgr().FindPath(sheet), 0);
+  EXPECT_EQ(mgr().SetSiteProfUseDocRoot(0), 0);
+  ASSERT_EQ(mgr().Save(site_.path("a.html"), nullptr), 0);
+  EXPECT_GE(mgr().FindPath(site_.path("style.css")), 0);
+}
+
+TEST(SiteProfilesWithoutADatabase, EveryOperationFails) {
+  SiteMgr mgr;
+  SiteProfile profile;
+  EXPECT_EQ(mgr.EnumSiteProf(), nullptr);
+  EXPECT_EQ(mgr.FindSiteProf("a"), -1);
+  EXPECT_EQ(mgr.GetSiteProf("a", profile), -1);
+  EXPECT_EQ(mgr.SetSiteProf("a", profile), -1);
+  EXPECT_EQ(mgr.AddSiteProf("a"), -1);
+  EXPECT_EQ(mgr.CopySiteProf("a", "b"), -1);
+  EXPECT_EQ(mgr.RenameSiteProf("a", "b"), -1);
+  EXPECT_EQ(mgr.DeleteSiteProf("a"), -1);
+  EXPECT_EQ(mgr.GetSiteProfDir(0, 0), nullptr);
+  EXPECT_EQ(mgr.SetSiteProfDir(0, "x", 0), -1);
+  EXPECT_EQ(mgr.SetSiteProfUseDocRoot(1, 0), -1);
+  EXPECT_EQ(mgr.SetSiteProfLinkRules(1, 0), -1);
+  EXPECT_EQ(mgr.SetSiteProfDefaultUrl("x"), -1);
+}
+
+}  // namespace
+}  // namespace zvrsit
