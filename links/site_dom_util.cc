@@ -117,7 +117,13 @@ int SiteDOMUtil::StoreTitle() {
   return 0;
 }
 
+// Of several properties with one key the last wins; only that one is stored, so that a page full of
+// them leaves no dead texts behind.
 int SiteDOMUtil::StoreMetas() {
+  std::array<const MetaRow*, kMetaProperties> last{};
+  for (const MetaRow& meta : memo_->rows.metas) {
+    if (meta.key != MetaKey::kRefresh) last[static_cast<std::size_t>(meta.key)] = &meta;
+  }
   for (const MetaRow& meta : memo_->rows.metas) {
     if (meta.key == MetaKey::kRefresh) {
       LinkRow row;
@@ -128,6 +134,7 @@ int SiteDOMUtil::StoreMetas() {
       continue;
     }
     const auto property = static_cast<std::size_t>(meta.key);
+    if (last[property] != &meta) continue;
     if (StoreProperty(pageRecord.*kPropertyWords[property], meta.content) < 0) return -1;
   }
   // The text that comes after the properties is always empty, and the store takes no empty text.

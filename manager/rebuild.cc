@@ -1,7 +1,6 @@
 // The steps of a rebuild, but for the walk through the folders.
 #include "manager/rebuild.h"
 
-#include <algorithm>
 #include <initializer_list>
 
 #include "manager/family_marks.h"
@@ -186,12 +185,6 @@ int SiteMgr::Rebuild::MarkFamily() {
   return topFile < 0 ? 0 : manager_.PropagateFamily(topFile);
 }
 
-bool SiteMgr::IsWorthPacking() const {
-  const SiteTable* const tables[] = {urlDB, pathDB, linkDB, folderDB, relDB};
-  return std::ranges::any_of(
-      tables, [](const SiteTable* table) { return table != nullptr && table->IsWorthPacking(); });
-}
-
 int SiteMgr::FlushSite() {
   if (openSiteId < 0) return -1;
   int result = 0;
@@ -202,12 +195,12 @@ int SiteMgr::FlushSite() {
   return result;
 }
 
-int SiteMgr::PackSite() {
+int SiteMgr::PackSite(bool all) {
   if (openSiteId < 0) return -1;
   int result = 0;
   for (SiteTable* table :
        std::initializer_list<SiteTable*>{urlDB, pathDB, linkDB, folderDB, relDB}) {
-    if (table == nullptr || table->Pack() < 0) result = -1;
+    if (table == nullptr || ((all || table->IsWorthPacking()) && table->Pack() < 0)) result = -1;
   }
   return result;
 }

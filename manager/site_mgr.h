@@ -120,11 +120,10 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // end in `\`) that it could not list, in the order met.
   const std::vector<std::string>& SkippedByRebuild() const { return skippedByRebuild_; }
 
-  // Whether a table of the open site has a file of which more than a quarter is dead.
-  bool IsWorthPacking() const;
-  // Removes dead records and texts from the files of the open site; numbers do not change. All
-  // tables are tried; -1 when one could not be packed.
-  int PackSite();
+  // Removes dead records and texts from the files of the open site; numbers do not change. Without
+  // `all` only tables are packed that have a file of which more than a quarter is dead. Every table
+  // is tried; -1 when one could not be packed.
+  int PackSite(bool all = true);
   // Writes the tables of the open site to disk as they stand; 0 or -1.
   int FlushSite();
 

@@ -159,7 +159,7 @@ TEST_F(Rebuilding, GivesTheTablesOfTheOneBefore) {
     each->mgr->SiteClose();
     ASSERT_EQ(each->Open(), 0);
     EXPECT_EQ(each->Dump(), first) << "as it was saved";
-    EXPECT_TRUE(each->mgr->IsWorthPacking());
+    EXPECT_TRUE(each->mgr->GetLinkDB()->IsWorthPacking());
     EXPECT_EQ(each->mgr->PackSite(), 0);
     EXPECT_EQ(each->Dump(), first);
     EXPECT_EQ(RebuiltDump(*each), first) << "on packed files";
