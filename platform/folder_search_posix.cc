@@ -44,16 +44,8 @@ bool ForEachName(DIR* folder, Each each) {
   }
 }
 
-char LowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 bool IsAsciiLetter(char c) {
   return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z';
-}
-
-bool EqualButForCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
 }
 
 // A name with a `\` of its own cannot be named by a `\` path.

@@ -25,6 +25,25 @@ void ForEachSingleByte(std::string_view text, std::size_t start, Visit visit) {
   }
 }
 
+inline char LowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+// Equal but for the case of single-byte ASCII letters.
+inline bool EqualButForCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  const auto& isLead = LeadBytes();
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (isLead[static_cast<unsigned char>(a[i])]) {
+      if (a.substr(i, 2) != b.substr(i, 2)) return false;
+      ++i;
+    } else if (LowerAscii(a[i]) != LowerAscii(b[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
 // The position of the last single-byte `wanted`, or npos.
 inline std::size_t FindLastSingleByte(std::string_view text, char wanted) {
   if (!HasLeadBytes()) return text.rfind(wanted);

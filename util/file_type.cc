@@ -1,15 +1,17 @@
 #include "util/file_type.h"
 
+#include "platform/single_byte.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
 namespace {
 
 constexpr std::size_t kLongestExtension = 5;
+constexpr std::uint64_t kEmptyPack = 1;  // keeps texts apart that differ in leading zero bytes
 
 // The bytes of a short text as one number, so that an extension is compared in one step.
 constexpr std::uint64_t Pack(std::string_view text) {
-  std::uint64_t packed = 0;
+  std::uint64_t packed = kEmptyPack;
   for (char c : text) packed = packed << 8 | static_cast<unsigned char>(c);
   return packed;
 }
@@ -17,10 +19,9 @@ constexpr std::uint64_t Pack(std::string_view text) {
 // No extension of the table holds a byte above 0x7F, so an extension with a double-byte character
 // matches none however its trail bytes are folded.
 std::uint64_t PackLowered(std::string_view text) {
-  std::uint64_t packed = 0;
-  for (char c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-    packed = packed << 8 | static_cast<unsigned char>(c);
+  std::uint64_t packed = kEmptyPack;
+  for (const char c : text) {
+    packed = packed << 8 | static_cast<unsigned char>(platform::LowerAscii(c));
   }
   return packed;
 }

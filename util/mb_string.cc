@@ -8,9 +8,6 @@ namespace {
 char UpperAscii(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
 }
-char LowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 
 // Replaces each single-byte character by what `change` makes of it.
 template <class Change>
@@ -47,7 +44,7 @@ int ToUpperMB(std::string& text) {
 }
 
 int ToLowerMB(std::string& text) {
-  ChangeSingleBytes(text, LowerAscii);
+  ChangeSingleBytes(text, platform::LowerAscii);
   return 0;
 }
 

@@ -1,17 +1,13 @@
 #include "util/site_name.h"
 
-#include <algorithm>
 #include <array>
 
 #include "platform/code_page.h"
+#include "platform/single_byte.h"
 
 namespace zvrsit {
 
 namespace {
-
-char LowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 
 // Names that mean a device with any extension, such as "con" and "con.txt".
 bool IsDeviceName(std::string_view name) {
@@ -29,8 +25,7 @@ bool IsDeviceName(std::string_view name) {
 }  // namespace
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
+  return platform::EqualButForCase(a, b);
 }
 
 bool IsSiteName(std::string_view name) {

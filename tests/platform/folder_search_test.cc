@@ -81,12 +81,19 @@ TEST(FolderSearch, ANameIsFoundAsItIsSpelledOnDisk) {
   for (const auto& c : kCases) EXPECT_EQ(Find(folder.path() + "\\" + c.asked), c.found) << c.asked;
 }
 
-TEST(FolderSearch, ATrailByteIsNoSeparator) {
+TEST(FolderSearch, ATrailByteIsNeitherSeparatorNorLetter) {
   const test::CodePageScope page(932);
   const TempFolder folder;
   folder.write("\x95\\.htm", "");
   EXPECT_EQ(Find(folder.path() + "\\*.*"), (Names{".", "..", "\x95\\.htm"}));
   EXPECT_EQ(Find(folder.path() + "\\\x95\\.HTM"), Names{"\x95\\.htm"});
+  folder.write(
+      "\x83"
+      "a.htm",
+      "");
+  EXPECT_EQ(Find(folder.path() + "\\\x83"
+                                 "A.htm"),
+            Names{});  // another character
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "util/file_type.h"
 #include "util/mb_string.h"
 #include "util/scramble.h"
+#include "util/site_name.h"
 
 namespace zvrsit {
 namespace {
@@ -40,6 +41,26 @@ TEST(MbString, ChangesLeaveDoubleByteCharactersAlone) {
   EXPECT_EQ(text, "A\x95z\xB1Z\x83\\/");
   text.clear();
   EXPECT_EQ(ToLowerMB(text), 0);
+}
+
+// The trail bytes of some characters are letters; those are no two cases of one letter.
+TEST(SiteName, ComparesDoubleByteCharactersWhole) {
+  EXPECT_TRUE(EqualIgnoringCase("Home-\xE9", "hOME-\xE9"));
+  EXPECT_FALSE(EqualIgnoringCase("home", "homes"));
+  const CodePageScope page(932);
+  EXPECT_TRUE(
+      EqualIgnoringCase("\x83"
+                        "AB",
+                        "\x83"
+                        "Ab"));
+  EXPECT_FALSE(
+      EqualIgnoringCase("\x83"
+                        "A",
+                        "\x83"
+                        "a"));
+  EXPECT_FALSE(EqualIgnoringCase("a\x83", "a\x84"));
+  EXPECT_TRUE(IsSiteName("\x83\\"));
+  EXPECT_FALSE(IsSiteName("\x83\\\\"));
 }
 
 TEST(FileType, IsThatOfTheLastExtension) {
