@@ -94,6 +94,7 @@ int SiteVarRecDB::ForEachEntry(Visit visit) {
 
 int SiteVarRecDB::Close() {
   if (!isOpen()) return 0;
+  // Only where it differs: a file that was only read is not to be written.
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
   if (SiteDB::Close() < 0) return -1;
   ForgetEntries();
@@ -139,9 +140,12 @@ int SiteVarRecDB::Offset(int id) const {
 // Reads the head of an entry whose data can be read; its offset or -1.
 int SiteVarRecDB::ReadEntry(int id, Head& head) {
   const int offset = Offset(id);
-  if (offset <= 0 || ReadHead(offset, head) < 0) return -1;
-  if (head.id < 0 || head.id >= headerWord1 || head.length < 1) return -1;
-  return std::int64_t{offset} + kHeadSize + head.length <= end_ ? offset : -1;
+  return offset > 0 && ReadHead(offset, head) == 0 && HasData(offset, head) ? offset : -1;
+}
+
+bool SiteVarRecDB::HasData(int offset, const Head& head) const {
+  return head.id >= 0 && head.id < headerWord1 && head.length >= 1 &&
+         std::int64_t{offset} + kHeadSize + head.length <= end_;
 }
 
 int SiteVarRecDB::GetData(int id, void* destination) {
@@ -351,12 +355,10 @@ int SiteVarRecDB::Release(int id, int offset) {
     --head.references;
     return WriteHead(offset, head);
   }
-  head.id = -1;
-  if (WriteHead(offset, head) < 0) return -1;
+  if (MarkDead(offset, head) < 0) return -1;
   if (namesMade_ && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
     return -1;
   }
-  dead_ += kHeadSize + head.length;
   offsets_.slot(static_cast<std::size_t>(id)) = kReleased;
   free_.push_back(id);
   return 0;
@@ -380,9 +382,15 @@ int SiteVarRecDB::DeleteData(int id) {
   if (ReadHead(offset, head) < 0) return -1;
   // A string stays in the index until the file is closed, so it must be there by now.
   if (head.kind == kString && MakeStringIndex() < 0) return -1;
-  if (head.id >= 0) dead_ += kHeadSize + head.length;
+  return MarkDead(offset, head);
+}
+
+int SiteVarRecDB::MarkDead(int offset, Head& head) {
+  const bool wasLive = head.id >= 0;
   head.id = -1;
-  return WriteHead(offset, head);
+  if (WriteHead(offset, head) < 0) return -1;
+  if (wasLive) dead_ += kHeadSize + head.length;
+  return 0;
 }
 
 int SiteVarRecDB::Pack() {
@@ -405,9 +413,11 @@ int SiteVarRecDB::CopyLiveEntries(PackFile& packed, int& packedEnd) {
   for (std::size_t id = 0; id < static_cast<std::size_t>(headerWord1); ++id) {
     id = offsets_.SkipUnmade(id);
     if (id >= static_cast<std::size_t>(headerWord1)) break;
+    const int offset = Offset(static_cast<int>(id));
+    if (offset <= 0) continue;
     Head head;
-    const int offset = ReadEntry(static_cast<int>(id), head);
-    if (offset < 0) continue;
+    if (ReadHead(offset, head) < 0) return -1;
+    if (!HasData(offset, head)) continue;
     const int length = kHeadSize + head.length;
     entry.resize(static_cast<std::size_t>(length));
     if (ReadAt(entry.data(), offset, length) != length) return -1;

@@ -115,6 +115,7 @@ class SiteVarRecDB : public SiteDB {
   int ReadHead(int offset, Head& head);
   int WriteHead(int offset, const Head& head);
   int ReadEntry(int id, Head& head);
+  bool HasData(int offset, const Head& head) const;
   std::string_view DataAt(int offset, int length, std::string& scratch);
 
   void ForgetNames();
@@ -131,6 +132,7 @@ class SiteVarRecDB : public SiteDB {
   bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
   int Release(int id, int offset);
+  int MarkDead(int offset, Head& head);
   int CopyLiveEntries(PackFile& packed, int& packedEnd);
 
   std::int32_t end_ = 0;        // end offset

@@ -87,6 +87,8 @@ TEST_P(VariableFile, KeepsBlocksApartFromStrings) {
   EXPECT_EQ(std::string(bytes, 3), block);
   EXPECT_EQ(db_->GetData(2, bytes), -1);
   EXPECT_EQ(db_->DeleteData(0), 0);
+  EXPECT_EQ(db_->DeleteData(0), 0);
+  EXPECT_EQ(db_->deadBytes(), 16 + 3);
   EXPECT_EQ(db_->GetData(0, bytes), -1);
   EXPECT_EQ(db_->AddString("cd"), 3);  // the number of a deleted block is not handed out again
   EXPECT_EQ(db_->FindString("ab"), 1);
@@ -220,6 +222,25 @@ TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
       ASSERT_EQ(db_->FindString(model[id].text), found);
     }
   }
+}
+
+// Whatever call fails, a pack says so and loses no entry: they are in the file or its "_pack".
+TEST_P(VariableFile, PackLosesNothingWhenACallFails) {
+  const std::string entries = Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "b\0"s);
+  const std::string bytes = Head(2, 2, 28 + static_cast<int>(entries.size())) + entries;
+  const auto prepare = [&] {
+    db_->Close();
+    folder_.write("t", bytes);
+    std::filesystem::remove(folder_.native("t_pack"));
+    ASSERT_EQ(db_->Open(), 0);
+  };
+  test::FailEachCall(
+      prepare, [&] { db_->Pack(); },
+      [&](const test::FailedRun& run) {
+        db_->Close();
+        const std::string left = folder_.has("t") ? folder_.read("t") : folder_.read("t_pack");
+        EXPECT_EQ(left.substr(28), entries) << "call " << run.call;
+      });
 }
 
 // Whatever write fails, the add says so, and the file opens again with what it had before.
