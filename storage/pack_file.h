@@ -9,7 +9,8 @@ namespace zvrsit {
 
 class PackFile : public SiteDB {
  public:
-  // The file is `target` followed by "_pack". One that is there is opened as it is, not emptied.
+  // The file is `target` followed by "_pack". One that is there is opened as it is, not
+  // emptied, on purpose: what it held beyond the packed part stays behind that.
   explicit PackFile(const std::string& target) : SiteDB(target + "_pack", true) {}
 
   int WriteWord(int offset, std::int32_t word);

@@ -73,14 +73,17 @@ int SiteDB::OpenWhole() {
     Abandon();
     return -1;
   }
-  if (fileSize != 0 && platform::Read(fd, buffer.get(), fileSize) >= 0) size = fileSize;
-  std::memset(buffer.get() + size, 0, capacity - size);
+  // A file that was cut since it was asked for its size keeps that size, its end zero.
+  const std::int64_t read = fileSize == 0 ? 0 : platform::Read(fd, buffer.get(), fileSize);
+  if (read >= 0) size = fileSize;
+  const auto known = static_cast<std::size_t>(std::max<std::int64_t>(read, 0));
+  std::memset(buffer.get() + known, 0, capacity - known);
   CompleteHeader();
   return 0;
 }
 
-// Each part that is not there is added to the size as it stands, on purpose: what a file of 1 to
-// 15 bytes held stays behind its new magic.
+// Each part that is not there is added to the size as it stands, on purpose: a file of 1 to 15
+// bytes stays that much longer than its new magic.
 void SiteDB::CompleteHeader() {
   const auto add = [this](std::uint32_t length) {
     size += length;
@@ -244,7 +247,9 @@ bool SiteDB::Reserve(std::uint32_t end) {
 }
 
 std::int64_t SiteDB::Length() const {
-  return inMemory ? static_cast<std::int64_t>(size) : platform::SeekEnd(fd);
+  if (inMemory) return size;
+  const std::int64_t length = platform::SeekEnd(fd);
+  return length <= kLargestFile ? length : -1;
 }
 
 int SiteDB::Backup() {

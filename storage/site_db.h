@@ -28,13 +28,14 @@ class SiteDB {
   static constexpr int kMostIds = 1 << 26;
 
   SiteDB(std::string filePath, bool wholeFile);
-  // Whole-file mode: closes without writing, so only an explicit Close saves. Direct mode: leaves
-  // the descriptor alone.
+  // Whole-file mode: closes without writing, on purpose: only an explicit Close saves. Direct mode:
+  // leaves the descriptor alone.
   virtual ~SiteDB();
   SiteDB(const SiteDB&) = delete;
   SiteDB& operator=(const SiteDB&) = delete;
 
-  // Opens the file, making it when it is missing. 0 or -1; a failed open leaves it closed.
+  // Opens the file, making it when it is missing. 0 or -1; a failed open leaves it closed. An open
+  // file gives -1 in whole-file mode; in direct mode its first descriptor is lost, so no one does.
   int Open();
   // Writes what is due and closes. 0 or -1; 0 when not open. A failure in whole-file mode still
   // closes the file; in direct mode it leaves it open.
@@ -44,7 +45,8 @@ class SiteDB {
   int Flush();
 
   // Read and write at an absolute offset: the number of bytes, or -1. A read past the end is all
-  // or nothing in whole-file mode and short in direct mode. No file grows past 2^31-1 bytes.
+  // or nothing in whole-file mode, on purpose, and short in direct mode. No file grows past 2^31-1
+  // bytes.
   int ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
     const char* bytes = Bytes(offset, length);
     if (bytes == nullptr) return ReadFile(destination, offset, length);
@@ -92,7 +94,8 @@ class SiteDB {
   char* MakeRoom(std::int32_t offset, std::int32_t length);
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
-  // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure.
+  // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure, and for a file
+  // that is too long for its offsets.
   std::int64_t Length() const;
 
   char magic[kMagicSize] = {};

@@ -70,8 +70,7 @@ int SiteFixRecDB::Close() {
 }
 
 bool SiteFixRecDB::HoldsWordsOf(int classType) const {
-  if (!IsKnownType() || classType == recordType || classType == SiteBaseRec::kRecordType)
-    return true;
+  if (!HasWords() || classType == recordType || classType == SiteBaseRec::kRecordType) return true;
   switch (recordType) {
     case SiteUrlRec::kRecordType:
     case SitePathRec::kRecordType:

@@ -54,7 +54,7 @@ class SiteFixRecDB : public SiteDB {
     if (record == nullptr || !HoldsWordsOf(Rec::kRecordType)) return -1;
     SlotBuffer slot(recordLength);
     if (ReadSlot(id, slot) < 0) return -1;
-    if (IsKnownType()) {
+    if (HasWords()) {
       record->Deserialize(slot.data());
     } else {
       record->SiteBaseRec::Deserialize(slot.data());
@@ -109,10 +109,12 @@ class SiteFixRecDB : public SiteDB {
         return static_cast<const Rec&>(record).Serialize(slot);
       };
     }
-    if (recordType >= 2 && recordType <= 8) return nullptr;
+    if (HasWords()) return nullptr;
     return [](const SiteBaseRec& record, void* slot) { return record.Serialize(slot); };
   }
   bool IsKnownType() const { return recordType >= 1 && recordType <= 8; }
+  // Whether a record holds more than its id.
+  bool HasWords() const { return recordType >= 2 && recordType <= 8; }
   bool HoldsWordsOf(int classType) const;
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int SlotOffset(int id) const;

@@ -120,6 +120,16 @@ TEST(DamagedFile, CountsThatTheFileCannotHoldAreRefused) {
   }
 }
 
+TEST(DamagedFile, OfMoreThanTwoGigabytesIsRefused) {
+  TempFolder folder;
+  folder.write("t", "ZVR4.00-SITE0.01" + Word(100) + Word(0x7FFFFFFF / 20 + 1));
+  std::filesystem::resize_file(folder.native("t"), std::uintmax_t{3} << 30);
+  for (const bool wholeFile : {true, false}) {
+    SiteFixRecDB db(folder.path("t"), 20, SiteUrlRec::kRecordType, wholeFile);
+    EXPECT_EQ(db.Open(), -1);
+  }
+}
+
 // A header alone may claim many numbers; they cost nothing until they are used.
 TEST(DamagedFile, ManyClaimedNumbersTakeNoMemory) {
   TempFolder folder;
