@@ -28,7 +28,8 @@ class NamedTableBase : public SiteTable {
   int Clear();
 
  protected:
-  // Opens the files and reads every name; of two equal names the later record is found. -1 when
+  // Opens the files and reads every name; of two equal names the later record is found, on
+  // purpose. -1 when
   // the path is empty or the table was opened before.
   int OpenNamed(const std::string& path, int recordLength, int recordType, bool wholeFile);
   void MakeIndex();

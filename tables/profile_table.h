@@ -23,6 +23,7 @@ class ProfileTable : public NamedTable<Rec> {
 
   // Deletes a profile and gives back all its texts; 0 or -1.
   int Delete(int number);
+  int Clear() = delete;  // would leave the texts behind
 
  protected:
   explicit ProfileTable(bool wholeFile) : wholeFile_(wholeFile) {}

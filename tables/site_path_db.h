@@ -14,6 +14,7 @@ class SitePathDB : public NamedTable<SitePathRec> {
  public:
   // As NamedTable's; a list that the record has is deleted first, its block, not its names.
   int Delete(int number);
+  int Clear() = delete;  // would leave the lists behind
 
   // The list of a record: the string ids of the page's anchor names, kept as one raw block. These
   // change `record` only, the caller writes it back. SetList stores `ids` in place of the list
