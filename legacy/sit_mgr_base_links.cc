@@ -156,8 +156,11 @@ int SitMgrBase::UrlBackLinks(const UrlID& id) {
 }
 
 int SitMgrBase::DropForeLinks(const UrlID& from) {
-  for (const int link : linkDB_->Matching(from, kAnyUrlID)) {
-    if (LinkDel(link, 1) < 0) return -1;
+  // The last one first: Undo then adds them in their order, and their strings, of which each takes
+  // the lowest free id, mostly get the ids that they had.
+  const std::vector<int> links = linkDB_->Matching(from, kAnyUrlID);
+  for (auto link = links.rbegin(); link != links.rend(); ++link) {
+    if (LinkDel(*link, 1) < 0) return -1;
   }
   return Succeed();
 }

@@ -62,12 +62,6 @@ int SlotNow(SitPairDB& store, const SitPairRec& record) {
   return ids.empty() ? -1 : ids.back();
 }
 
-std::unique_ptr<SitPairRec> FindPair(SitPairDB& store, const UrlID& from, const UrlID& to) {
-  auto found = store.Find(from, to);
-  // Null may only mean that an enumeration of this pair had come to its end.
-  return found ? std::move(found) : store.Find(from, to);
-}
-
 // Each of these is true when a cell of the reversal is to be dropped.
 
 bool UndoPairAdd(SitPairDB& store, const SitPairRec& old) {
@@ -78,8 +72,10 @@ bool UndoPairAdd(SitPairDB& store, const SitPairRec& old) {
 }
 
 bool UndoPairDelete(SitPairDB& store, int bank, SitPairRec old) {
-  store.Add(old.from, old.to);
-  const auto found = FindPair(store, old.from, old.to);
+  const int added = store.Add(old.from, old.to);
+  auto found = store.Find(old.from, old.to);
+  // The search may have met another record of the pair, or the end of an enumeration.
+  if (!found || found->id != added) found = store.Read(added);
   if (found && Remap(remapBanks[bank], old.asIsUrlId)) {
     found->linkType = old.linkType;
     found->asIsUrlId = old.asIsUrlId;
