@@ -4,8 +4,8 @@
 #   debian_tree.sh TEST_LEGACY [PACKAGE] [FOLDER_IN_PACKAGE]
 set -eu
 test_legacy=$(realpath "$1")
-package=${2:-python3.11-doc}
-folder=${3:-usr/share/doc/python3.11/html}
+package=${2:-postgresql-doc-15}
+folder=${3:-usr/share/doc/postgresql-doc-15/html}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
