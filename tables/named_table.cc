@@ -4,7 +4,7 @@ namespace zvrsit {
 
 int NamedTableBase::OpenNamed(const std::string& path, int recordLength, int recordType,
                               bool wholeFile) {
-  if (index_ != nullptr || OpenFiles(path, recordLength, recordType, wholeFile) < 0) return -1;
+  if (OpenFiles(path, recordLength, recordType, wholeFile) < 0) return -1;
   MakeIndex();
   return 0;
 }

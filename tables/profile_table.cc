@@ -39,7 +39,7 @@ void ForEachText(SiteServRec& record, Text text) {
 
 template <class Rec>
 int ProfileTable<Rec>::Open(const std::string& path, int mode) {
-  if (this->index_ != nullptr || this->records_ != nullptr || path.empty()) return -1;
+  if (this->wasOpened()) return -1;
   if (OpenOnce(path) < 0) {
     if (mode != kOpenRestore || Restore(path) < 0 || OpenOnce(path) < 0) return -1;
   }

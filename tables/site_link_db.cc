@@ -33,22 +33,46 @@ int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to, i
 int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to,
                     std::string_view alternative, int type, int offset) {
   if (text.empty() || !isOpen()) return -1;
+  SiteLinkRec link = Begin(from, to, type, offset);
+  const SiteVarRecDB::Search known = strings_->Look(text);
+  link.text = known.id;
+  const int equal = RaiseEqual(link, alternative);
+  if (equal >= 0) return equal;
+  link.text = strings_->AddString(text, known);
+  return link.text < 0 ? -1 : AddNew(link, alternative);
+}
+
+int SiteLinkDB::AddAgain(int text, const UrlID& from, const UrlID& to, std::string_view alternative,
+                         int type, int offset) {
+  if (TextView(text).empty()) return -1;
+  SiteLinkRec link = Begin(from, to, type, offset);
+  link.text = text;
+  const int equal = RaiseEqual(link, alternative);
+  if (equal >= 0) return equal;
+  return strings_->AddReference(text) < 0 ? -1 : AddNew(link, alternative);
+}
+
+SiteLinkRec SiteLinkDB::Begin(const UrlID& from, const UrlID& to, int type, int offset) {
   TurnTo(from);
   SiteLinkRec link;
   link.from = from;
   link.to = to;
   link.type = type;
   link.offset = offset;
-  const SiteVarRecDB::Search known = strings_->Look(text);
-  link.text = known.id;
+  return link;
+}
+
+// The number of the equal link that was there, now with one occurrence more; -1 for none. Only a
+// link whose texts are both there can be equal to another.
+int SiteLinkDB::RaiseEqual(SiteLinkRec& link, std::string_view alternative) {
   if (!alternative.empty()) link.alternative = strings_->FindString(alternative);
-  // Only a link whose texts are both there can be equal to another.
-  if (link.text >= 0 && (alternative.empty() || link.alternative >= 0)) {
-    const int equal = FindEqual(link);
-    if (equal >= 0) return Raise(equal);
-  }
-  link.text = strings_->AddString(text, known);
-  if (link.text < 0) return -1;
+  if (link.text < 0 || (!alternative.empty() && link.alternative < 0)) return -1;
+  const int equal = FindEqual(link);
+  return equal < 0 ? -1 : Raise(equal);
+}
+
+// Adds a link whose text has its reference already.
+int SiteLinkDB::AddNew(SiteLinkRec& link, std::string_view alternative) {
   if (!alternative.empty()) {
     link.alternative = strings_->AddString(alternative);
     if (link.alternative < 0) return -1;

@@ -12,12 +12,12 @@ std::string SiteTable::StringPath(const std::string& path) {
 
 int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordType,
                          bool wholeFile) {
-  if (path.empty() || strings_ != nullptr || records_ != nullptr) return -1;
+  if (path.empty() || wasOpened_) return -1;
   records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
   strings_ = std::make_unique<SiteVarRecDB>(StringPath(path), wholeFile);
-  if (records_->Open() == 0 && strings_->Open() == 0) return 0;
-  DropFiles();
-  return -1;
+  wasOpened_ = records_->Open() == 0 && strings_->Open() == 0;
+  if (!wasOpened_) DropFiles();
+  return wasOpened_ ? 0 : -1;
 }
 
 // A file in direct mode keeps its descriptor when it is destroyed, so it is closed first.

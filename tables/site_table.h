@@ -11,7 +11,8 @@
 
 namespace zvrsit {
 
-// A table object is opened once. Every operation gives -1 on failure and leaves what was done.
+// A table object is opened once, a closed one is not opened again. Every operation gives -1 on
+// failure and leaves what was done.
 class SiteTable {
  public:
   // Destroys both files: what was not closed or flushed is lost in whole-file mode.
@@ -51,12 +52,16 @@ class SiteTable {
   // Makes and opens both files, the record file first; 0 or -1, which leaves none.
   int OpenFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
   void DropFiles();
+  bool wasOpened() const { return wasOpened_; }
   static std::string StringPath(const std::string& path);
   // Gives back a text that a record referred to, -1 for none; 0 or -1.
   int ReleaseText(int reference);
 
   std::unique_ptr<SiteVarRecDB> strings_;
   std::unique_ptr<SiteFixRecDB> records_;
+
+ private:
+  bool wasOpened_ = false;
 };
 
 }  // namespace zvrsit

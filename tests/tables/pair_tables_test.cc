@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,9 +63,10 @@ TEST_F(LinkTable, CountsALinkThatIsEqualInEverything) {
 TEST_F(LinkTable, DeletesOneOccurrenceAtATime) {
   for (int i = 0; i < 3; ++i) table_.Add("a", Page(0), Page(1), "alt", 1);
   EXPECT_EQ(table_.Delete(-1), -1);
-  EXPECT_EQ(table_.Delete(0), 0);
-  EXPECT_EQ(table_.Delete(0), 0);
-  EXPECT_EQ(Record(0).count, 1);
+  for (const int left : {2, 1}) {
+    EXPECT_EQ(table_.Delete(0), 0);
+    EXPECT_EQ(Record(0).count, left);
+  }
   EXPECT_EQ(table_.Delete(0), 0);
   EXPECT_EQ(table_.Delete(0), -1);
   EXPECT_EQ(table_.strings()->FindString("a"), -1);
@@ -81,6 +82,7 @@ TEST_F(LinkTable, DeletesOneOccurrenceAtATime) {
 TEST_F(LinkTable, FindsLinksOfAnotherSessionEqual) {
   table_.Add("a", Page(0), Page(1), 1);
   ASSERT_EQ(table_.Close(), 0);
+  EXPECT_EQ(table_.Open(folder_.path("LR")), -1);
   SiteLinkDB again;
   ASSERT_EQ(again.Open(folder_.path("LR")), 0);
   EXPECT_EQ(again.Add("a", Page(0), Page(1), 1), 0);
@@ -98,8 +100,7 @@ TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
   struct Pair {
     UrlID from, to;
   };
-  std::vector<Pair> model;
-  std::vector<bool> live;
+  std::map<int, Pair> model;  // the live ones
   const auto end = [&] {
     return UrlID(random() % 2 ? kKindPath : kKindUrl, static_cast<int>(random() % 6));
   };
@@ -109,26 +110,17 @@ TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
       const Pair pair{end(), end()};
       const int number = table_.Add("text " + std::to_string(step), pair.from, pair.to, 1);
       ASSERT_GE(number, 0);
-      const auto at = static_cast<std::size_t>(number);
-      if (at >= model.size()) {
-        model.resize(at + 1);
-        live.resize(at + 1);
-      }
-      ASSERT_FALSE(live[at]);
-      model[at] = pair;
-      live[at] = true;
+      ASSERT_TRUE(model.emplace(number, pair).second);
     } else if (choice < 80 && !model.empty()) {
-      const auto at = random() % model.size();
-      ASSERT_EQ(table_.Delete(static_cast<int>(at)), live[at] ? 0 : -1);
-      live[at] = false;
+      const int number = static_cast<int>(random() % static_cast<unsigned>(table_.Count()));
+      ASSERT_EQ(table_.Delete(number), model.erase(number) > 0 ? 0 : -1);
     } else if (choice < 98) {
       const UrlID from = random() % 3 ? end() : kAnyUrlID;
       const UrlID to = random() % 3 ? end() : kAnyUrlID;
       Numbers expected;
-      for (std::size_t i = 0; i < model.size(); ++i) {
-        if (live[i] && (from == kAnyUrlID || model[i].from == from) &&
-            (to == kAnyUrlID || model[i].to == to)) {
-          expected.push_back(static_cast<int>(i));
+      for (const auto& [number, pair] : model) {
+        if ((from == kAnyUrlID || pair.from == from) && (to == kAnyUrlID || pair.to == to)) {
+          expected.push_back(number);
         }
       }
       ASSERT_EQ(Query(table_, from, to), expected);
@@ -178,9 +170,7 @@ TEST(RelationTable, FindsPairsByEitherEnd) {
   SiteRelDB table;
   EXPECT_EQ(table.Add(Page(0), Page(1)), -1);
   ASSERT_EQ(table.Open(folder.path("RR")), 0);
-  EXPECT_EQ(table.Add({0, 1}, Page(1)), 0);
-  EXPECT_EQ(table.Add({0, 1}, Page(2)), 1);
-  EXPECT_EQ(table.Add({0, 1}, Page(1)), 2);
+  for (const int child : {1, 2, 1}) EXPECT_GE(table.Add({0, 1}, Page(child)), 0);
   EXPECT_EQ(Query(table, {0, 1}, Page(1)), (Numbers{0, 2}));
   EXPECT_EQ(table.First({0, 1}, Page(2)), 1);
   EXPECT_EQ(table.First({0, 2}, Page(2)), -1);
