@@ -14,13 +14,14 @@ namespace {
 using test::TempFolder;
 using test::Word;
 
+SiteFixRecDB Fixed(const TempFolder& folder, bool wholeFile) {
+  return {folder.path("t"), SiteUrlRec::kSlotLength, SiteUrlRec::kRecordType, wholeFile};
+}
+
 // Uses a damaged fixed file in every way; what comes of it does not matter.
 void UseFixed(const TempFolder& folder, bool wholeFile) {
-  SiteFixRecDB db(folder.path("t"), SiteUrlRec::kSlotLength, SiteUrlRec::kRecordType, wholeFile);
-  if (db.Open() < 0) {
-    EXPECT_FALSE(db.isOpen());
-    return;
-  }
+  SiteFixRecDB db = Fixed(folder, wholeFile);
+  if (db.Open() < 0) return;
   SiteUrlRec record;
   int seen = 0;
   for (int id = db.NextId(0); id >= 0; id = db.NextId(id + 1)) {
@@ -37,10 +38,7 @@ void UseFixed(const TempFolder& folder, bool wholeFile) {
 
 void UseVariable(const TempFolder& folder, bool wholeFile) {
   SiteVarRecDB db(folder.path("t"), wholeFile);
-  if (db.Open() < 0) {
-    EXPECT_FALSE(db.isOpen());
-    return;
-  }
+  if (db.Open() < 0) return;
   std::string text;
   for (int id = 0; id < 8; ++id) {
     if (db.GetString(id, text) == 0) db.FindString(text);
@@ -72,29 +70,23 @@ void DamageEveryWay(const std::string& bytes, Use use) {
 
 TEST(DamagedFile, FixedOnesNeverBreakTheirReader) {
   TempFolder folder;
-  {
-    SiteFixRecDB db(folder.path("t"), SiteUrlRec::kSlotLength, SiteUrlRec::kRecordType, true);
-    ASSERT_EQ(db.Open(), 0);
-    for (int i = 0; i < 4; ++i) {
-      SiteUrlRec record;
-      ASSERT_EQ(db.Add(&record), i);
-    }
-    ASSERT_EQ(db.Delete(2), 0);
-    ASSERT_EQ(db.Close(), 0);
-  }
+  SiteFixRecDB db = Fixed(folder, true);
+  ASSERT_EQ(db.Open(), 0);
+  SiteUrlRec record;
+  for (int i = 0; i < 4; ++i) ASSERT_EQ(db.Add(&record), i);
+  ASSERT_EQ(db.Delete(2), 0);
+  ASSERT_EQ(db.Close(), 0);
   DamageEveryWay(folder.read("t"), UseFixed);
 }
 
 TEST(DamagedFile, VariableOnesNeverBreakTheirReader) {
   TempFolder folder;
-  {
-    SiteVarRecDB db(folder.path("t"), true);
-    ASSERT_EQ(db.Open(), 0);
-    for (const char* text : {"shared", "one", "two", "shared"}) db.AddString(text);
-    db.AddData("\1\0\0\0\2\0\0\0", 8);
-    db.ReleaseString(2);
-    ASSERT_EQ(db.Close(), 0);
-  }
+  SiteVarRecDB db(folder.path("t"), true);
+  ASSERT_EQ(db.Open(), 0);
+  for (const char* text : {"shared", "one", "two", "shared"}) db.AddString(text);
+  db.AddData("\1\0\0\0\2\0\0\0", 8);
+  db.ReleaseString(2);
+  ASSERT_EQ(db.Close(), 0);
   DamageEveryWay(folder.read("t"), UseVariable);
 }
 
@@ -111,10 +103,12 @@ TEST(DamagedFile, CountsThatTheFileCannotHoldAreRefused) {
     for (const bool wholeFile : {true, false}) {
       TempFolder folder;
       folder.write("t", bytes);
-      SiteFixRecDB fixed(folder.path("t"), 20, SiteUrlRec::kRecordType, wholeFile);
+      SiteFixRecDB fixed = Fixed(folder, wholeFile);
       EXPECT_EQ(fixed.Open(), -1);
+      EXPECT_FALSE(fixed.isOpen());
       SiteVarRecDB variable(folder.path("t"), wholeFile);
       EXPECT_EQ(variable.Open(), -1);
+      EXPECT_FALSE(variable.isOpen());
       EXPECT_EQ(folder.read("t"), bytes);
     }
   }
@@ -124,17 +118,14 @@ TEST(DamagedFile, OfMoreThanTwoGigabytesIsRefused) {
   TempFolder folder;
   folder.write("t", "ZVR4.00-SITE0.01" + Word(100) + Word(0x7FFFFFFF / 20 + 1));
   std::filesystem::resize_file(folder.native("t"), std::uintmax_t{3} << 30);
-  for (const bool wholeFile : {true, false}) {
-    SiteFixRecDB db(folder.path("t"), 20, SiteUrlRec::kRecordType, wholeFile);
-    EXPECT_EQ(db.Open(), -1);
-  }
+  for (const bool wholeFile : {true, false}) EXPECT_EQ(Fixed(folder, wholeFile).Open(), -1);
 }
 
 // A header alone may claim many numbers; they cost nothing until they are used.
 TEST(DamagedFile, ManyClaimedNumbersTakeNoMemory) {
   TempFolder folder;
   folder.write("t", "ZVR4.00-SITE0.01" + Word(1 << 26) + Word(0));
-  SiteFixRecDB fixed(folder.path("t"), 20, SiteUrlRec::kRecordType, true);
+  SiteFixRecDB fixed = Fixed(folder, true);
   ASSERT_EQ(fixed.Open(), 0);
   SiteUrlRec record;
   EXPECT_EQ(fixed.Add(&record), -1);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "support/temp_folder.h"
 #include "util/little_endian.h"
@@ -10,17 +11,13 @@
 namespace zvrsit {
 namespace {
 
-// "0*7" is seven words of 0.
-std::string Words(std::initializer_list<std::pair<int, int>> runs) {
-  std::string bytes;
-  for (const auto& [value, count] : runs) {
-    for (int i = 0; i < count; ++i) bytes += test::Word(static_cast<std::uint32_t>(value));
-  }
-  return bytes;
-}
-
+// Runs of a word: {-1, 2} is two words of -1.
 template <class Rec>
-void ExpectFreshBytes(const std::string& expected) {
+void ExpectFreshWords(std::initializer_list<std::pair<int, int>> runs) {
+  std::string expected;
+  for (const auto& [value, count] : runs) {
+    for (int i = 0; i < count; ++i) expected += test::Word(static_cast<std::uint32_t>(value));
+  }
   char slot[128] = {};
   Rec record;
   EXPECT_EQ(record.Serialize(slot), static_cast<int>(expected.size()));
@@ -30,57 +27,45 @@ void ExpectFreshBytes(const std::string& expected) {
 }
 
 TEST(Record, FreshOnesHaveTheWordsOfTheirLayout) {
-  ExpectFreshBytes<SiteBaseRec>(Words({{-1, 1}}));
-  ExpectFreshBytes<SiteNodeRec>(Words({{-1, 2}}));
-  ExpectFreshBytes<SiteUrlRec>(Words({{-1, 2}, {0, 2}}));
-  ExpectFreshBytes<SiteRelRec>(Words({{-1, 5}}));
-  ExpectFreshBytes<SiteLinkRec>(Words({{-1, 5}, {-1, 1}, {0, 1}, {1, 1}, {-1, 2}}));
-  ExpectFreshBytes<SitePathRec>(Words({{-1, 2}, {1, 1}, {-1, 1}, {0, 7}, {-1, 1}, {-1, 8}}));
-  ExpectFreshBytes<SiteSiteRec>(
-      Words({{-1, 2}, {0, 1}, {-1, 1}, {0, 1}, {-1, 1}, {0, 1}, {-1, 1}, {-1, 10}, {-1, 5}}));
-  ExpectFreshBytes<SiteServRec>(
-      Words({{-1, 2}, {-1, 4}, {0, 1}, {-1, 3}, {0, 3}, {-1, 3}, {-1, 1}}));
+  ExpectFreshWords<SiteBaseRec>({{-1, 1}});
+  ExpectFreshWords<SiteNodeRec>({{-1, 2}});
+  ExpectFreshWords<SiteUrlRec>({{-1, 2}, {0, 2}});
+  ExpectFreshWords<SiteRelRec>({{-1, 5}});
+  ExpectFreshWords<SiteLinkRec>({{-1, 6}, {0, 1}, {1, 1}, {-1, 2}});
+  ExpectFreshWords<SitePathRec>({{-1, 2}, {1, 1}, {-1, 1}, {0, 7}, {-1, 9}});
+  ExpectFreshWords<SiteSiteRec>(
+      {{-1, 2}, {0, 1}, {-1, 1}, {0, 1}, {-1, 1}, {0, 1}, {-1, 1}, {-1, 15}});
+  ExpectFreshWords<SiteServRec>({{-1, 6}, {0, 1}, {-1, 3}, {0, 3}, {-1, 4}});
 }
 
-// Reads a record whose k-th word is k and writes it again.
+// A record whose k-th word is k, read and written again.
 template <class Rec>
-void ExpectEveryWordKept(int count) {
-  char slot[128];
-  char again[128];
+Rec Numbered(int count) {
+  char slot[128] = {};
+  char again[128] = {};
   for (int k = 0; k < count; ++k) StoreLE32(slot + k * 4, k);
   Rec record;
-  ASSERT_EQ(record.Deserialize(slot), count * 4);
-  ASSERT_EQ(record.Serialize(again), count * 4);
-  const auto size = static_cast<std::size_t>(count) * 4;
-  EXPECT_EQ(test::ToHex({again, size}), test::ToHex({slot, size}));
+  EXPECT_EQ(record.Deserialize(slot), count * 4);
+  EXPECT_EQ(record.Serialize(again), count * 4);
+  EXPECT_EQ(test::ToHex({again, sizeof again}), test::ToHex({slot, sizeof slot}));
+  return record;
 }
 
 TEST(Record, KeepsEveryWordInItsPlace) {
-  ExpectEveryWordKept<SiteUrlRec>(4);
-  ExpectEveryWordKept<SiteLinkRec>(10);
-  ExpectEveryWordKept<SitePathRec>(20);
-  ExpectEveryWordKept<SiteSiteRec>(23);
-  ExpectEveryWordKept<SiteServRec>(17);
-
-  char slot[128];
-  for (int k = 0; k < 23; ++k) StoreLE32(slot + k * 4, k);
-  SitePathRec path;
-  path.Deserialize(slot);
+  EXPECT_EQ(Numbered<SiteUrlRec>(4).lastChecked, 3);
+  const auto link = Numbered<SiteLinkRec>(10);
+  EXPECT_EQ(link.to, UrlID(3, 4));
+  EXPECT_EQ(link.count, 7);
+  const auto path = Numbered<SitePathRec>(20);
   EXPECT_EQ(path.title, 3);
   EXPECT_EQ(path.membership, 9);
   EXPECT_EQ(path.listData, 11);
   EXPECT_EQ(path.metaText, 18);
-  SiteLinkRec link;
-  link.Deserialize(slot);
-  EXPECT_EQ(link.to, UrlID(3, 4));
-  EXPECT_EQ(link.count, 7);
-  SiteSiteRec site;
-  site.Deserialize(slot);
+  const auto site = Numbered<SiteSiteRec>(23);
   EXPECT_EQ(site.useDocRoot, 4);
   EXPECT_EQ(site.folders[SiteSiteRec::kLiveUrl], 17);
   EXPECT_EQ(site.relFile, 22);
-  SiteServRec serv;
-  serv.Deserialize(slot);
+  const auto serv = Numbered<SiteServRec>(17);
   EXPECT_EQ(serv.firewall, 6);
   EXPECT_EQ(serv.lockDir, 12);
   EXPECT_EQ(serv.asciiSuffix, 16);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "storage/record_file.h"
 #include "support/file_fault.h"
 #include "support/temp_folder.h"
 
@@ -25,8 +26,7 @@ class DatabaseFile : public testing::TestWithParam<bool> {
 
   TempFolder folder_;
 };
-INSTANTIATE_TEST_SUITE_P(Modes, DatabaseFile, testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "Whole" : "Direct"; });
+INSTANTIATE_TEST_SUITE_P(Modes, DatabaseFile, testing::Bool(), test::ModeName);
 
 TEST_P(DatabaseFile, IsMadeAsAHeaderOfMagicAndTwoZeroWords) {
   SiteDB db = Make();

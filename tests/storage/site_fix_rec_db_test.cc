@@ -2,30 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "support/file_fault.h"
-#include "support/temp_folder.h"
+#include "storage/record_file.h"
 
 namespace zvrsit {
 namespace {
 
-using test::TempFolder;
-using test::Word;
+using test::Words;
 
-class FixedFile : public testing::TestWithParam<bool> {
+class FixedFile : public test::RecordFile<SiteFixRecDB> {
  protected:
   FixedFile() { Reopen(); }
   void Reopen(int length = SiteNodeRec::kSlotLength, int type = SiteNodeRec::kRecordType) {
-    if (db_ != nullptr) {
-      EXPECT_EQ(db_->Close(), 0);
-    }
-    db_ = std::make_unique<SiteFixRecDB>(folder_.path("t"), length, type, GetParam());
-    ASSERT_EQ(db_->Open(), 0);
+    RecordFile::Reopen(length, type);
   }
   int Add(int name) {
     SiteNodeRec record;
@@ -39,23 +32,9 @@ class FixedFile : public testing::TestWithParam<bool> {
     SiteNodeRec record;
     return db_->Get(id, &record) < 0 ? -1 : record.name;
   }
-  std::string Closed() {
-    EXPECT_EQ(db_->Close(), 0);
-    return folder_.read("t");
-  }
-  static std::string Slot(int id, int name) {
-    return Word(static_cast<std::uint32_t>(id)) + Word(static_cast<std::uint32_t>(name)) + Word(0);
-  }
-  static std::string Head(int ids, int slots) {
-    return "ZVR4.00-SITE0.01" + Word(static_cast<std::uint32_t>(ids)) +
-           Word(static_cast<std::uint32_t>(slots));
-  }
-
-  TempFolder folder_;
-  std::unique_ptr<SiteFixRecDB> db_;
+  static std::string Slot(int id, int name) { return Words({id, name, 0}); }
 };
-INSTANTIATE_TEST_SUITE_P(Modes, FixedFile, testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "Whole" : "Direct"; });
+INSTANTIATE_TEST_SUITE_P(Modes, FixedFile, testing::Bool(), test::ModeName);
 
 TEST_P(FixedFile, ReusesANumberOnlyAfterAPack) {
   EXPECT_EQ(Add(10), 0);
@@ -70,7 +49,7 @@ TEST_P(FixedFile, ReusesANumberOnlyAfterAPack) {
   EXPECT_EQ(db_->slotCount(), 2);
   EXPECT_EQ(Add(13), 1);
   EXPECT_EQ(Add(14), 3);
-  EXPECT_EQ(Closed(), Head(4, 4) + Slot(0, 10) + Slot(2, 12) + Slot(1, 13) + Slot(3, 14));
+  EXPECT_EQ(Closed(), Head({4, 4}) + Slot(0, 10) + Slot(2, 12) + Slot(1, 13) + Slot(3, 14));
 }
 
 TEST_P(FixedFile, UpdatesInPlaceAndMarksDeadSlots) {
@@ -83,14 +62,11 @@ TEST_P(FixedFile, UpdatesInPlaceAndMarksDeadSlots) {
   EXPECT_EQ(db_->Delete(1), 0);
   record.id = 1;
   EXPECT_EQ(db_->Update(&record), -1);
-  EXPECT_EQ(Closed(), Head(2, 2) + Slot(0, 99) + Slot(-1, 11));
+  EXPECT_EQ(Closed(), Head({2, 2}) + Slot(0, 99) + Slot(-1, 11));
 }
 
 TEST_P(FixedFile, TakesTheLaterOfTwoSlotsAndIgnoresStrayIds) {
-  ASSERT_EQ(db_->Close(), 0);
-  folder_.write("t",
-                Head(2, 5) + Slot(0, 10) + Slot(2, 11) + Slot(-1, 12) + Slot(0, 13) + Slot(-7, 14));
-  ASSERT_EQ(db_->Open(), 0);
+  OpenOn(Head({2, 5}) + Slot(0, 10) + Slot(2, 11) + Slot(-1, 12) + Slot(0, 13) + Slot(-7, 14));
   EXPECT_EQ(Name(0), 13);
   EXPECT_EQ(Name(1), -1);
   EXPECT_EQ(Name(2), -1);
@@ -145,7 +121,7 @@ TEST_P(FixedFile, OfAnUnknownTypeHoldsIdsOnly) {
   EXPECT_EQ(Name(0), -1);
   Reopen(12, 9);
   EXPECT_EQ(db_->Delete(0), -1);
-  EXPECT_EQ(Closed(), Head(1, 1) + Word(0) + Word(0) + Word(0));
+  EXPECT_EQ(Closed(), Head({1, 1}) + Slot(0, 0));
 }
 
 TEST_P(FixedFile, HoldsRecordsLongerThanItsSlotBuffer) {
@@ -163,7 +139,7 @@ TEST_P(FixedFile, PackKeepsWhatAnOlderPackLeftBehindItsEnd) {
   Add(10);
   folder_.write("t_pack", std::string(60, 'x'));
   ASSERT_EQ(db_->Pack(), 0);
-  EXPECT_EQ(Closed(), Head(1, 1) + Slot(0, 10) + std::string(24, 'x'));
+  EXPECT_EQ(Closed(), Head({1, 1}) + Slot(0, 10) + std::string(24, 'x'));
   EXPECT_FALSE(folder_.has("t_pack"));
 }
 
@@ -204,25 +180,9 @@ TEST_P(FixedFile, HandsOutNumbersByTheRuleThroughRandomLives) {
   }
 }
 
-// Whatever call fails, a pack says so and loses no record: they are in the file or its "_pack".
 TEST_P(FixedFile, PackLosesNothingWhenACallFails) {
-  int result = 0;
-  const auto prepare = [&] {
-    db_->Close();
-    folder_.write("t", Head(3, 3) + Slot(0, 10) + Slot(-1, 11) + Slot(2, 12));
-    std::filesystem::remove(folder_.native("t_pack"));
-    ASSERT_EQ(db_->Open(), 0);
-  };
-  const std::string packed = Head(3, 2) + Slot(0, 10) + Slot(2, 12);
-  test::FailEachCall(
-      prepare, [&] { result = db_->Pack(); },
-      [&](const test::FailedRun& run) {
-        if (result == 0) return;
-        EXPECT_EQ(result, -1);
-        db_->Close();
-        const std::string bytes = folder_.has("t") ? folder_.read("t") : folder_.read("t_pack");
-        EXPECT_TRUE(bytes == packed || bytes.size() == 60) << "call " << run.call;
-      });
+  const std::string slots = Slot(0, 10) + Slot(-1, 11) + Slot(2, 12);
+  FailEachCallOfPack(Head({3, 3}) + slots, slots, Slot(0, 10) + Slot(2, 12));
 }
 
 }  // namespace

@@ -3,59 +3,33 @@
 #include <gtest/gtest.h>
 
 #include <deque>
-#include <map>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "support/file_fault.h"
-#include "support/temp_folder.h"
+#include "storage/record_file.h"
 
 namespace zvrsit {
 namespace {
 
 using namespace std::string_literals;
-using test::TempFolder;
-using test::Word;
 
-class VariableFile : public testing::TestWithParam<bool> {
+class VariableFile : public test::RecordFile<SiteVarRecDB> {
  protected:
   VariableFile() { Reopen(); }
-  void Reopen() {
-    if (db_ != nullptr) {
-      EXPECT_EQ(db_->Close(), 0);
-    }
-    db_ = std::make_unique<SiteVarRecDB>(folder_.path("t"), GetParam());
-    ASSERT_EQ(db_->Open(), 0);
-  }
   std::string Text(int id) {
     std::string text = "(none)";
     db_->GetString(id, text);
     return text;
   }
-  std::string Closed() {
-    EXPECT_EQ(db_->Close(), 0);
-    return folder_.read("t");
-  }
-  static std::string Head(int ids, int entries, int end) {
-    return "ZVR4.00-SITE0.01" + Word(static_cast<std::uint32_t>(ids)) +
-           Word(static_cast<std::uint32_t>(entries)) + Word(static_cast<std::uint32_t>(end));
-  }
   static std::string Entry(int id, int references, int kind, const std::string& data) {
-    return Word(static_cast<std::uint32_t>(id)) + Word(static_cast<std::uint32_t>(data.size())) +
-           Word(static_cast<std::uint32_t>(references)) + Word(static_cast<std::uint32_t>(kind)) +
-           data;
+    return test::Words({id, static_cast<int>(data.size()), references, kind}) + data;
   }
-
-  TempFolder folder_;
-  std::unique_ptr<SiteVarRecDB> db_;
 };
-INSTANTIATE_TEST_SUITE_P(Modes, VariableFile, testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "Whole" : "Direct"; });
+INSTANTIATE_TEST_SUITE_P(Modes, VariableFile, testing::Bool(), test::ModeName);
 
 TEST_P(VariableFile, IsMadeWithAnEndOffsetBehindItsHeader) {
-  EXPECT_EQ(Closed(), Head(0, 0, 28));
+  EXPECT_EQ(Closed(), Head({0, 0, 28}));
 }
 
 TEST_P(VariableFile, SharesEqualStringsUntilTheLastReferenceIsGivenBack) {
@@ -72,7 +46,7 @@ TEST_P(VariableFile, SharesEqualStringsUntilTheLastReferenceIsGivenBack) {
   EXPECT_EQ(Text(0), "(none)");
   EXPECT_EQ(db_->ReleaseString(0), 0);
   EXPECT_EQ(db_->AddString("new"), 0);
-  EXPECT_EQ(Closed(), Head(2, 3, 84) + Entry(-1, 1, 1, "a\0"s) + Entry(1, 1, 1, "A\0"s) +
+  EXPECT_EQ(Closed(), Head({2, 3, 84}) + Entry(-1, 1, 1, "a\0"s) + Entry(1, 1, 1, "A\0"s) +
                           Entry(0, 1, 1, "new\0"s));
 }
 
@@ -145,15 +119,13 @@ TEST_P(VariableFile, PacksLiveEntriesInTheOrderOfTheirNumbers) {
   ASSERT_EQ(db_->Pack(), 0);
   EXPECT_EQ(Text(2), "two");
   EXPECT_EQ(db_->FindString("three"), 3);
-  EXPECT_EQ(Closed(), Head(6, 4, 28 + 22 + 20 + 22 + 21) + Entry(0, 1, 1, "later\0"s) +
+  EXPECT_EQ(Closed(), Head({6, 4, 28 + 22 + 20 + 22 + 21}) + Entry(0, 1, 1, "later\0"s) +
                           Entry(2, 1, 1, "two\0"s) + Entry(3, 2, 1, "three\0"s) +
                           Entry(4, 0, 2, "block"));
 }
 
 TEST_P(VariableFile, FindsTheLaterOfTwoEqualStringsInAFile) {
-  ASSERT_EQ(db_->Close(), 0);
-  folder_.write("t", Head(2, 2, 64) + Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "a\0"s));
-  ASSERT_EQ(db_->Open(), 0);
+  OpenOn(Head({2, 2, 64}) + Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "a\0"s));
   EXPECT_EQ(db_->FindString("a"), 1);
   EXPECT_EQ(db_->ReleaseString(0), 0);  // takes the text out of the index, whoever holds it
   EXPECT_EQ(db_->FindString("a"), -1);
@@ -177,32 +149,28 @@ TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
   };
   std::mt19937 random(11);
   std::vector<Held> model;
-  std::deque<int> free;
+  std::deque<std::size_t> free;
   for (int step = 0; step < 4000; ++step) {
     const auto choice = random() % 100;
     const std::string text = "text " + std::to_string(random() % 60);
     if (choice < 50) {
-      int id = 0;
-      while (id < static_cast<int>(model.size()) &&
-             model[static_cast<std::size_t>(id)].text != text)
-        ++id;
-      if (id == static_cast<int>(model.size())) {
-        if (!free.empty()) {
-          id = free.front();
-          free.pop_front();
-        } else {
-          model.emplace_back();
-        }
-        model[static_cast<std::size_t>(id)].text = text;
+      std::size_t id = 0;
+      while (id < model.size() && model[id].text != text) ++id;
+      if (id == model.size() && !free.empty()) {
+        id = free.front();
+        free.pop_front();
+      } else if (id == model.size()) {
+        model.emplace_back();
       }
-      ++model[static_cast<std::size_t>(id)].references;
-      ASSERT_EQ(db_->AddString(text), id);
+      model[id].text = text;
+      ++model[id].references;
+      ASSERT_EQ(db_->AddString(text), static_cast<int>(id));
     } else if (choice < 97 && !model.empty()) {
       const auto id = random() % model.size();
       ASSERT_EQ(db_->ReleaseString(static_cast<int>(id)), 0);
       if (model[id].references > 0 && --model[id].references == 0) {
         model[id].text.clear();
-        free.push_back(static_cast<int>(id));
+        free.push_back(id);
       }
     } else {
       if (choice == 97) {
@@ -211,46 +179,26 @@ TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
       Reopen();
       free.clear();
       for (std::size_t id = 0; id < model.size(); ++id) {
-        if (model[id].references == 0) free.push_back(static_cast<int>(id));
+        if (model[id].references == 0) free.push_back(id);
       }
     }
   }
   for (std::size_t id = 0; id < model.size(); ++id) {
-    const int found = static_cast<int>(id);
-    ASSERT_EQ(db_->View(found), model[id].text);
-    if (!model[id].text.empty()) {
-      ASSERT_EQ(db_->FindString(model[id].text), found);
-    }
+    const std::string& text = model[id].text;
+    ASSERT_EQ(db_->View(static_cast<int>(id)), text);
+    ASSERT_EQ(db_->FindString(text), text.empty() ? -1 : static_cast<int>(id));
   }
 }
 
-// Whatever call fails, a pack says so and loses no entry: they are in the file or its "_pack".
 TEST_P(VariableFile, PackLosesNothingWhenACallFails) {
   const std::string entries = Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "b\0"s);
-  const std::string bytes = Head(2, 2, 28 + static_cast<int>(entries.size())) + entries;
-  const auto prepare = [&] {
-    db_->Close();
-    folder_.write("t", bytes);
-    std::filesystem::remove(folder_.native("t_pack"));
-    ASSERT_EQ(db_->Open(), 0);
-  };
-  test::FailEachCall(
-      prepare, [&] { db_->Pack(); },
-      [&](const test::FailedRun& run) {
-        db_->Close();
-        const std::string left = folder_.has("t") ? folder_.read("t") : folder_.read("t_pack");
-        EXPECT_EQ(left.substr(28), entries) << "call " << run.call;
-      });
+  FailEachCallOfPack(Head({2, 2, 64}) + entries, entries, entries);
 }
 
 // Whatever write fails, the add says so, and the file opens again with what it had before.
 TEST_P(VariableFile, KeepsItsStringsWhenAWriteFails) {
   int result = 0;
-  const auto prepare = [&] {
-    db_->Close();
-    folder_.write("t", Head(1, 1, 46) + Entry(0, 1, 1, "a\0"s));
-    ASSERT_EQ(db_->Open(), 0);
-  };
+  const auto prepare = [&] { OpenOn(Head({1, 1, 46}) + Entry(0, 1, 1, "a\0"s)); };
   const auto operate = [&] {
     result = db_->AddString("b") < 0 || db_->AddString("a") < 0 || db_->Close() < 0 ? -1 : 0;
   };

@@ -26,11 +26,12 @@ class SiteProfiles : public testing::Test {
 
 TEST_F(SiteProfiles, StoreTheNamesOfTheirTableFilesAtOnce) {
   ASSERT_EQ(table_.Add("home"), 0);
-  EXPECT_EQ(Field(0, &SiteSiteRec::urlFile), "home\\UR");
-  EXPECT_EQ(Field(0, &SiteSiteRec::pathFile), "home\\PR");
-  EXPECT_EQ(Field(0, &SiteSiteRec::linkFile), "home\\LR");
-  EXPECT_EQ(Field(0, &SiteSiteRec::folderFile), "home\\FR");
-  EXPECT_EQ(Field(0, &SiteSiteRec::relFile), "home\\RR");
+  std::string names;
+  for (const auto field : {&SiteSiteRec::urlFile, &SiteSiteRec::pathFile, &SiteSiteRec::linkFile,
+                           &SiteSiteRec::folderFile, &SiteSiteRec::relFile}) {
+    names += Field(0, field) + " ";
+  }
+  EXPECT_EQ(names, "home\\UR home\\PR home\\LR home\\FR home\\RR ");
   // Direct mode: on disk without a close.
   EXPECT_EQ(folder_.read("sites").size(), 24u + 96);
   EXPECT_NE(folder_.read("siteS").find("home\\LR"), std::string::npos);
