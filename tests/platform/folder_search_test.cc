@@ -87,13 +87,8 @@ TEST(FolderSearch, ATrailByteIsNeitherSeparatorNorLetter) {
   folder.write("\x95\\.htm", "");
   EXPECT_EQ(Find(folder.path() + "\\*.*"), (Names{".", "..", "\x95\\.htm"}));
   EXPECT_EQ(Find(folder.path() + "\\\x95\\.HTM"), Names{"\x95\\.htm"});
-  folder.write(
-      "\x83"
-      "a.htm",
-      "");
-  EXPECT_EQ(Find(folder.path() + "\\\x83"
-                                 "A.htm"),
-            Names{});  // another character
+  folder.write("\203a.htm", "");
+  EXPECT_EQ(Find(folder.path() + "\\\203A.htm"), Names{});  // another character
 }
 
 }  // namespace
