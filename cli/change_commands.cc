@@ -5,41 +5,65 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/output.h"
 
 namespace zvrsit::cli {
 namespace {
 
-bool IsFile(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::is_regular_file(NativePath(path), error);
+namespace fs = std::filesystem;
+
+void Report(const Options& options, const char* what, const std::vector<std::string>& files) {
+  if (!options.json) return;
+  Json answer;
+  Json& names = answer[what] = Json::array();
+  for (const std::string& file : files) names.push_back(JsonText(file));
+  PrintJson(answer);
 }
 
 int RunSave(const Options& options, const std::string& site,
             const std::vector<std::string>& files) {
   Session session(options, Database::kMustExist);
   session.Open(site);
-  for (const std::string& file : files) {
-    const std::string path = session.PathOf(file);
-    if (!IsFile(path)) throw Failure(kFileSystem, file + ": no such file");
+  std::vector<std::string> paths;
+  for (const std::string& file : files) paths.push_back(session.FileOf(file));
+  std::vector<std::string> saved;
+  for (const std::string& path : paths) {
     if (session.manager().Save(path, nullptr) != 0) {
-      throw Failure(kFileSystem, file + ": cannot be registered");
+      session.Close();
+      throw Failure(kFileSystem, NativePath(path) + ": cannot be read");
     }
+    saved.push_back(session.Shown(path));
   }
   session.Close();
+  Report(options, "saved", saved);
   return kClean;
+}
+
+// The path of an entry whose file is gone.
+std::string GonePath(Session& session, const std::string& file) {
+  const std::string path = Take(session.manager().UrlPath(session.EntryOf(file).id));
+  std::error_code error;
+  if (fs::exists(NativePath(path), error)) {
+    throw Failure(kFileSystem, file + ": this file is still there; remove or move it first");
+  }
+  return path;
 }
 
 int RunRemove(const Options& options, const std::string& site,
               const std::vector<std::string>& files) {
   Session session(options, Database::kMustExist);
   session.Open(site);
-  for (const std::string& file : files) {
-    session.EntryOf(file);
-    if (session.manager().Remove(session.PathOf(file), 0) != 0) {
-      throw Failure(kDatabase, file + ": cannot be removed");
+  std::vector<std::string> paths;
+  for (const std::string& file : files) paths.push_back(GonePath(session, file));
+  std::vector<std::string> removed;
+  for (const std::string& path : paths) {
+    if (session.manager().Remove(path, 0) != 0) {
+      throw Failure(kDatabase, NativePath(path) + ": cannot be taken out of the tables");
     }
+    removed.push_back(session.Shown(path));
   }
   session.Close();
+  Report(options, "removed", removed);
   return kClean;
 }
 
@@ -47,13 +71,13 @@ int RunMove(const Options& options, const std::string& site, const std::string& 
             const std::string& to) {
   Session session(options, Database::kMustExist);
   session.Open(site);
-  session.EntryOf(from);
-  const std::string path = session.PathOf(to);
-  if (!IsFile(path)) throw Failure(kFileSystem, to + ": no such file; move it on disk first");
-  if (session.manager().Move(session.PathOf(from), path) != 0) {
-    throw Failure(kDatabase, from + ": cannot be moved");
+  const std::string before = GonePath(session, from);
+  const std::string after = session.FileOf(to);
+  if (session.manager().Move(before, after) != 0) {
+    throw Failure(kDatabase, from + ": cannot be moved in the tables");
   }
   session.Close();
+  Report(options, "moved", {session.Shown(before), session.Shown(after)});
   return kClean;
 }
 
@@ -63,15 +87,15 @@ void AddChangeCommands(CLI::App& app, const Options& options, Run& run) {
   const auto site = std::make_shared<std::string>();
   const auto files = std::make_shared<std::vector<std::string>>();
   CLI::App* save = app.add_subcommand("save", "Register files anew after they changed on disk");
-  save->add_option("NAME", *site, "the site")->required();
-  save->add_option("FILE", *files, "files of the site")->required();
+  AddSiteName(*save, *site);
+  save->add_option("FILE", *files, "files of the site")->option_text(" ")->required();
   save->callback([&options, &run, site, files] {
     run = [&options, site, files] { return RunSave(options, *site, *files); };
   });
 
   CLI::App* remove = app.add_subcommand("rm", "Take deleted files out of the database");
-  remove->add_option("NAME", *site, "the site")->required();
-  remove->add_option("FILE", *files, "files that were deleted")->required();
+  AddSiteName(*remove, *site);
+  remove->add_option("FILE", *files, "files that were deleted")->option_text(" ")->required();
   remove->callback([&options, &run, site, files] {
     run = [&options, site, files] { return RunRemove(options, *site, *files); };
   });
@@ -79,9 +103,9 @@ void AddChangeCommands(CLI::App& app, const Options& options, Run& run) {
   const auto from = std::make_shared<std::string>();
   const auto to = std::make_shared<std::string>();
   CLI::App* move = app.add_subcommand("mv", "Tell the database that a file was moved");
-  move->add_option("NAME", *site, "the site")->required();
-  move->add_option("FROM", *from, "where it was")->required();
-  move->add_option("TO", *to, "where it is now")->required();
+  AddSiteName(*move, *site);
+  move->add_option("FROM", *from, "where it was")->option_text(" ")->required();
+  move->add_option("TO", *to, "where it is now")->option_text(" ")->required();
   move->callback([&options, &run, site, from, to] {
     run = [&options, site, from, to] { return RunMove(options, *site, *from, *to); };
   });

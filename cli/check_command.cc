@@ -8,6 +8,7 @@
 #include "cli/exit_code.h"
 #include "cli/link_report.h"
 #include "cli/rebuild.h"
+#include "cli/site_profile.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -16,12 +17,11 @@ namespace fs = std::filesystem;
 
 constexpr const char* kName = "checked";
 
-// A folder of our own among the temporary files, gone with this object.
+// A folder of our own below `base`, gone with this object.
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
+  explicit TemporaryFolder(const fs::path& base) {
     std::random_device random;
-    const fs::path base = fs::temp_directory_path();
     for (int attempt = 0; attempt < 100; ++attempt) {
       path_ = base / fmt::format("zvrsit-{:08x}{:08x}", random(), random());
       std::error_code error;
@@ -44,39 +44,56 @@ class TemporaryFolder {
   fs::path path_;
 };
 
-int RunCheck(const Options& options, const NewSite& site) {
-  const TemporaryFolder folder;
+struct Findings {
+  int code = kClean;  // of the rebuild
+  SiteTotals totals;
+  std::vector<BrokenLink> broken;
+};
+
+// The database is gone before anything is printed, so that an early end of whoever reads the
+// output leaves nothing behind.
+Findings Examine(const Options& options, const GivenSite& site) {
+  const TemporaryFolder folder(options.database.empty() ? fs::temp_directory_path()
+                                                        : fs::path(options.database));
   Options own = options;
-  if (own.database.empty()) own.database = folder.path();
+  own.database = folder.path();
   Session session(own, Database::kMake);
   AddSite(session, kName, site);
   session.Open(kName);
-  const int code = RebuildSite(session, true);
-  const SiteTotals totals = CountSite(session);
-  const std::vector<ShownLink> broken = BrokenLinks(session);
-  session.Close();
+  Findings findings;
+  findings.code = RebuildSite(session, true);
+  findings.totals = CountSite(session);
+  findings.broken = BrokenLinks(session);
+  return findings;
+}
+
+int RunCheck(const Options& options, const GivenSite& site) {
+  const Findings findings = Examine(options, site);
+  const auto count = static_cast<long>(findings.broken.size());
   if (options.json) {
-    Json answer = TotalsAsJson(totals);
-    answer["broken"] = LinksAsJson(broken);
+    Json answer = TotalsAsJson(findings.totals);
+    Json& broken = answer["broken"] = Json::array();
+    for (const BrokenLink& link : findings.broken) broken.push_back(BrokenAsJson(link));
     PrintJson(answer);
   } else {
-    PrintTotals(totals);
-    PrintBroken(broken);
-    fmt::print("{}\n", broken.empty() ? "no broken links"
-                                      : Counted(static_cast<long>(broken.size()), "broken link",
-                                                "broken links"));
+    PrintTotals(findings.totals);
+    PrintBroken(findings.broken);
+    fmt::print("{}\n",
+               count == 0 ? "no broken links" : Counted(count, "broken link", "broken links"));
   }
-  if (code != kClean) return code;
-  return broken.empty() ? kClean : kFindings;
+  if (findings.code != kClean) return findings.code;
+  return count == 0 ? kClean : kFindings;
 }
 
 }  // namespace
 
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
-  const auto site = std::make_shared<NewSite>();
+  const auto site = std::make_shared<GivenSite>();
   CLI::App* check =
       app.add_subcommand("check", "Check a folder for broken links, nothing to set up");
-  AddNewSiteOptions(*check, *site);
+  AddGiven(*check, "FOLDER", site->folder, "the folder of the site")->option_text(" ")->required();
+  AddSiteOptions(*check, *site);
+  check->footer("With --db the temporary database is made below that folder.");
   check->callback(
       [&options, &run, site] { run = [&options, site] { return RunCheck(options, *site); }; });
 }

@@ -7,21 +7,28 @@
 
 #include <functional>
 
-#include "cli/rebuild.h"
 #include "cli/session.h"
 
 namespace zvrsit::cli {
 
 using Run = std::function<int()>;
 
-// FOLDER, --top, --default-url, --doc-root and --rules, as `add` and `check` take them.
-void AddNewSiteOptions(CLI::App& command, NewSite& site);
-
-void AddSiteCommands(CLI::App& app, const Options& options, Run& run);  // add, sites, rebuild
-void AddLinkCommands(CLI::App& app, const Options& options, Run& run);  // links, broken
-void AddFileCommands(CLI::App& app, const Options& options,
-                     Run& run);  // files, urls, unused, family
-void AddChangeCommands(CLI::App& app, const Options& options, Run& run);  // save, rm, mv
+// add, sites, rebuild
+void AddSiteCommands(CLI::App& app, const Options& options, Run& run);
+// links, broken
+void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
+// files, urls, unused, family
+void AddFileCommands(CLI::App& app, const Options& options, Run& run);
+// save, rm, mv
+void AddChangeCommands(CLI::App& app, const Options& options, Run& run);
+// check
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
+// site show, set, rename, delete
+void AddProfileCommands(CLI::App& app, const Options& options, Run& run);
+// server list, show, set, delete
+void AddServerCommands(CLI::App& app, const Options& options, Run& run);
+
+// The positional NAME of a site.
+void AddSiteName(CLI::App& command, std::string& name);
 
 }  // namespace zvrsit::cli

@@ -1,11 +1,12 @@
 #include <fmt/core.h>
 
-#include <functional>
+#include <cstdint>
 #include <memory>
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/output.h"
+#include "util/file_type.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -13,44 +14,70 @@ namespace {
 using Cells = vec<SiteRecCell>;
 using Query = Cells* (*)(SiteMgr&);
 
+struct TypeName {
+  std::uint32_t type;
+  const char* name;
+};
+constexpr TypeName kTypeNames[] = {
+    {FT_HTML, "FT_HTML"}, {FT_CSS, "FT_CSS"}, {FT_JPEG, "FT_JPEG"}, {FT_GIF, "FT_GIF"},
+    {FT_BMP, "FT_BMP"},   {FT_PNG, "FT_PNG"}, {FT_TIFF, "FT_TIFF"}, {FT_MIDI, "FT_MIDI"},
+    {FT_WAV, "FT_WAV"},   {FT_AU, "FT_AU"},   {FT_JAVA, "FT_JAVA"}, {FT_JS, "FT_JS"},
+    {FT_TXT, "FT_TXT"},   {FT_CSV, "FT_CSV"}, {FT_CDF, "FT_CDF"},   {FT_XBM, "FT_XBM"},
+    {FT_FPX, "FT_FPX"},   {FT_PCD, "FT_PCD"}, {FT_MIF, "FT_MIF"},   {FT_DCM, "FT_DCM"},
+};
+
+const char* FileTypeName(int type) {
+  for (const TypeName& row : kTypeNames) {
+    if (row.type == static_cast<std::uint32_t>(type)) return row.name;
+  }
+  return "FT_OTHER";
+}
+
 struct CellsBack {
   void operator()(Cells* cells) const { SiteMgr::DeleteVecRecCell(cells); }
 };
 
+// A file that was never seen on disk has neither size nor time.
 Json CellAsJson(const std::string& name, const SiteRecCell& cell) {
   Json row{{"name", JsonText(name)}};
   if (cell.GetID().kind != kKindPath) return row;
+  const bool seen = cell.GetTime() != 0;
   row["title"] = JsonText(cell.GetTitle());
-  row["type"] = cell.GetFileType();
-  row["size"] = cell.GetSize();
-  row["time"] = cell.GetTime();
+  row["type"] = FileTypeName(cell.GetFileType());
+  row["code"] = cell.GetFileType();
+  row["size"] = seen ? Json(cell.GetSize()) : Json();
+  row["time"] = seen ? Json(cell.GetTime()) : Json();
   row["exists"] = cell.GetFlag() != 0;
   return row;
 }
 
-void PrintCell(const std::string& name, const SiteRecCell& cell) {
+void PrintCell(const std::string& name, const SiteRecCell& cell, bool inSite) {
   fmt::print("{}", LineText(name));
   if (!cell.GetTitle().empty()) fmt::print("  \"{}\"", LineText(cell.GetTitle()));
-  if (cell.GetID().kind == kKindPath && cell.GetFlag() == 0) fmt::print("  missing");
+  if (cell.GetID().kind == kKindPath && cell.GetFlag() == 0) {
+    fmt::print("{}", inSite ? "  missing" : "  outside of the site");
+  }
   fmt::print("\n");
 }
 
 int RunQuery(const Options& options, const std::string& site, Query query) {
   Session session(options, Database::kMustExist);
-  session.Open(site);
+  session.OpenToAsk(site);
   const std::unique_ptr<Cells, CellsBack> cells(query(session.manager()));
-  if (cells == nullptr) throw Failure(kDatabase, "the tables of \"" + site + "\" cannot be read");
-  Json rows = Json::array();
+  if (cells == nullptr) {
+    throw Failure(kDatabase, "the tables of \"" + site + "\" cannot be read");
+  }
+  JsonRows rows;
   for (const SiteRecCell& cell : *cells) {
     const std::string name =
         cell.GetID().kind == kKindPath ? session.Shown(cell.GetName()) : cell.GetName();
     if (options.json) {
-      rows.push_back(CellAsJson(name, cell));
+      rows.Add(CellAsJson(name, cell));
     } else {
-      PrintCell(name, cell);
+      PrintCell(name, cell, session.IsInSite(cell.GetName()));
     }
   }
-  if (options.json) PrintJson(rows);
+  if (options.json) rows.End();
   return kClean;
 }
 
@@ -77,7 +104,7 @@ void AddFileCommands(CLI::App& app, const Options& options, Run& run) {
   for (const Row& row : rows) {
     const auto site = std::make_shared<std::string>();
     CLI::App* command = app.add_subcommand(row.name, row.help);
-    command->add_option("NAME", *site, "the site")->required();
+    AddSiteName(*command, *site);
     command->callback([&options, &run, site, query = row.query] {
       run = [&options, site, query] { return RunQuery(options, *site, query); };
     });

@@ -3,9 +3,14 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <tuple>
 #include <unordered_map>
 
+#include "cli/exit_code.h"
 #include "links/link_type.h"
 
 namespace zvrsit::cli {
@@ -29,76 +34,99 @@ class Names {
   std::unordered_map<int, std::string> paths_;
 };
 
-bool IsBroken(const SiteLink& link) {
-  return link.to.kind == kKindPath && !link.exists;
-}
-
-template <class Keep>
-std::vector<ShownLink> Show(Session& session, const std::vector<int>& numbers, Keep keep) {
-  Names names(session);
-  std::vector<ShownLink> shown;
-  SiteLink link;
-  for (const int number : numbers) {
-    if (session.manager().GetLink(number, link) != 0 || !keep(link)) continue;
-    shown.push_back({names.Of(link.from), names.Of(link.to), link});
+// Line numbers of places in files, asked for file by file and from front to back.
+class Lines {
+ public:
+  // 0 when the file has no such place, or none is known.
+  int Of(const std::string& path, int offset) {
+    if (path != path_) Load(path);
+    if (offset < 0 || static_cast<std::size_t>(offset) > text_.size()) return 0;
+    const auto begin = text_.begin();
+    if (offset < seen_) line_ = 1, seen_ = 0;
+    line_ += static_cast<int>(std::count(begin + seen_, begin + offset, '\n'));
+    seen_ = offset;
+    return line_;
   }
-  return shown;
-}
 
-std::vector<int> AllNumbers(Session& session) {
-  const std::unique_ptr<std::vector<int>> numbers(session.manager().EnumLink());
-  return numbers == nullptr ? std::vector<int>() : std::move(*numbers);
-}
+ private:
+  void Load(const std::string& path) {
+    path_ = path;
+    text_.clear();
+    line_ = 1;
+    seen_ = 0;
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) return;
+    std::ifstream file(path, std::ios::binary);
+    text_.assign(std::istreambuf_iterator<char>(file), {});
+  }
+
+  std::string path_;
+  std::string text_;
+  int line_ = 1;
+  int seen_ = 0;
+};
 
 }  // namespace
 
-std::vector<ShownLink> ShowLinks(Session& session, const std::vector<int>& numbers) {
-  return Show(session, numbers, [](const SiteLink&) { return true; });
+void ForEachLink(Session& session, const std::vector<int>& numbers,
+                 const std::function<void(const ShownLink&)>& each) {
+  Names names(session);
+  ShownLink shown;
+  for (const int number : numbers) {
+    if (session.manager().GetLink(number, shown.link) != 0) continue;
+    shown.from = names.Of(shown.link.from);
+    shown.to = names.Of(shown.link.to);
+    each(shown);
+  }
 }
 
-std::vector<ShownLink> AllLinks(Session& session) {
-  return ShowLinks(session, AllNumbers(session));
-}
-
-std::vector<ShownLink> BrokenLinks(Session& session) {
-  std::vector<ShownLink> broken = Show(session, AllNumbers(session), &IsBroken);
-  std::stable_sort(broken.begin(), broken.end(),
-                   [](const ShownLink& a, const ShownLink& b) { return a.from < b.from; });
+std::vector<BrokenLink> BrokenLinks(Session& session) {
+  const std::unique_ptr<std::vector<int>> numbers(session.manager().EnumBrokenLink());
+  if (numbers == nullptr) throw Failure(kDatabase, "the link table cannot be read");
+  std::vector<BrokenLink> broken;
+  ForEachLink(session, *numbers, [&](const ShownLink& shown) { broken.push_back({shown}); });
+  std::stable_sort(broken.begin(), broken.end(), [](const BrokenLink& a, const BrokenLink& b) {
+    return std::tie(a.from, a.link.offset) < std::tie(b.from, b.link.offset);
+  });
+  Lines lines;
+  for (BrokenLink& shown : broken) {
+    const std::string path = Take(session.manager().UrlPath(shown.link.from.id));
+    shown.line = lines.Of(NativePath(path), shown.link.offset);
+  }
   return broken;
 }
 
-Json LinksAsJson(const std::vector<ShownLink>& links) {
-  Json rows = Json::array();
-  for (const ShownLink& shown : links) {
-    rows.push_back({{"from", JsonText(shown.from)},
-                    {"to", JsonText(shown.to)},
-                    {"kind", shown.link.to.kind},
-                    {"type", LinkTypeName(shown.link.type)},
-                    {"code", shown.link.type},
-                    {"text", JsonText(shown.link.text)},
-                    {"alt", JsonText(shown.link.alt)},
-                    {"count", shown.link.count},
-                    {"exists", shown.link.exists}});
-  }
-  return rows;
+Json LinkAsJson(const ShownLink& shown) {
+  return {{"from", JsonText(shown.from)},    {"to", JsonText(shown.to)},
+          {"kind", shown.link.to.kind},      {"type", LinkTypeName(shown.link.type)},
+          {"code", shown.link.type},         {"text", JsonText(shown.link.text)},
+          {"alt", JsonText(shown.link.alt)}, {"count", shown.link.count},
+          {"exists", shown.link.exists}};
 }
 
-void PrintLinks(const std::vector<ShownLink>& links) {
-  for (const ShownLink& shown : links) {
-    fmt::print("{} -> {}  {}", LineText(shown.from), LineText(shown.to),
-               LinkTypeName(shown.link.type));
-    if (shown.link.count > 1) fmt::print(" x{}", shown.link.count);
-    if (IsBroken(shown.link)) fmt::print("  broken");
-    fmt::print("\n");
-  }
+Json BrokenAsJson(const BrokenLink& shown) {
+  Json row = LinkAsJson(shown);
+  row["line"] = shown.line > 0 ? Json(shown.line) : Json();
+  row["outside"] = shown.link.outside;
+  return row;
 }
 
-void PrintBroken(const std::vector<ShownLink>& links) {
+void PrintLink(const ShownLink& shown) {
+  fmt::print("{} -> {}  {}", LineText(shown.from), LineText(shown.to),
+             LinkTypeName(shown.link.type));
+  if (shown.link.count > 1) fmt::print(" x{}", shown.link.count);
+  if (!shown.link.exists)
+    fmt::print("{}", shown.link.outside ? "  outside of the site" : "  missing");
+  fmt::print("\n");
+}
+
+void PrintBroken(const std::vector<BrokenLink>& links) {
   const std::string* source = nullptr;
-  for (const ShownLink& shown : links) {
+  for (const BrokenLink& shown : links) {
     if (source == nullptr || *source != shown.from) fmt::print("{}\n", LineText(shown.from));
     source = &shown.from;
-    fmt::print("  {} -> {}  {}{}\n", LineText(shown.link.text), LineText(shown.to),
+    const std::string line = shown.line > 0 ? std::to_string(shown.line) : "-";
+    fmt::print("{:>6}: {} -> {}  {}{}\n", line, LineText(shown.link.text), LineText(shown.to),
                LinkTypeName(shown.link.type), shown.link.outside ? "  outside of the site" : "");
   }
 }

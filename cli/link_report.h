@@ -1,6 +1,7 @@
 // Links as the program shows them.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,18 +16,23 @@ struct ShownLink {
   SiteLink link;
 };
 
-// The links of these record numbers, in their order.
-std::vector<ShownLink> ShowLinks(Session& session, const std::vector<int>& numbers);
-// Every link of the open site, by record number.
-std::vector<ShownLink> AllLinks(Session& session);
-// The links to files that are not there, or lie outside of the site, by source and then number.
-std::vector<ShownLink> BrokenLinks(Session& session);
+struct BrokenLink : ShownLink {
+  int line = 0;  // where the source has it first, counted from 1; 0 where that is not known
+};
 
-// An array of objects: from, to, kind (2 a file, 3 a URL), type, code, text, alt, count, exists.
-Json LinksAsJson(const std::vector<ShownLink>& links);
-// A line each.
-void PrintLinks(const std::vector<ShownLink>& links);
+// Calls `each` for the links of these record numbers, in their order.
+void ForEachLink(Session& session, const std::vector<int>& numbers,
+                 const std::function<void(const ShownLink&)>& each);
+// The links to files that are not there, or lie outside of the site, by source and place in it.
+std::vector<BrokenLink> BrokenLinks(Session& session);
+
+// An object: from, to, kind (2 a file, 3 a URL), type, code, text, alt, count, exists.
+Json LinkAsJson(const ShownLink& link);
+// The same with line, null where it is not known, and outside.
+Json BrokenAsJson(const BrokenLink& link);
+// A line.
+void PrintLink(const ShownLink& link);
 // A line a source, and below it a line for each of its broken links.
-void PrintBroken(const std::vector<ShownLink>& links);
+void PrintBroken(const std::vector<BrokenLink>& links);
 
 }  // namespace zvrsit::cli

@@ -12,14 +12,15 @@ namespace zvrsit::cli {
 namespace {
 
 int Complain(const std::string& message, int code) {
-  fmt::print(stderr, "zvrsit: {}\n", LineText(message));
+  Warn(message);
   return code;
 }
 
 int Perform(const Run& run) {
   try {
     const int code = run();
-    if (std::fflush(stdout) != 0) return Complain("the output cannot be written", kFileSystem);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+      return Complain("the output cannot be written", kFileSystem);
     return code;
   } catch (const Failure& failure) {
     return Complain(failure.what(), failure.code());
@@ -30,25 +31,51 @@ int Perform(const Run& run) {
   }
 }
 
+// What is wrong with a command line, and where to read on.
+int ComplainOfUsage(const CLI::App& app, const CLI::ParseError& error) {
+  std::string command = app.get_name();
+  for (const CLI::App* at = &app; !at->get_subcommands().empty();) {
+    at = at->get_subcommands().front();
+    command += " " + at->get_name();
+  }
+  return Complain(std::string(error.what()) + "; " + command + " --help tells more", kUsage);
+}
+
+void AddCommands(CLI::App& app, const Options& options, Run& run) {
+  AddCheckCommand(app, options, run);
+  AddSiteCommands(app, options, run);
+  AddLinkCommands(app, options, run);
+  AddFileCommands(app, options, run);
+  AddChangeCommands(app, options, run);
+  AddProfileCommands(app, options, run);
+  AddServerCommands(app, options, run);
+}
+
 int Main(int argc, char** argv) {
   CLI::App app("Manages web sites: their files, the links between them, what is broken.", "zvrsit");
   Options options;
   Run run;
   std::string format = "text";
-  app.add_option("--db", options.database, "the folder of the database");
-  app.add_option("--format", format, "text or json")->check(CLI::IsMember({"text", "json"}));
-  app.set_version_flag("--version", ZVRSIT_VERSION);
+  app.get_formatter()->label("REQUIRED", "");
+  app.get_formatter()->column_width(34);
+  app.add_option("--db", options.database, "the folder of the database, by default the user's own")
+      ->option_text("FOLDER");
+  app.add_option("--format", format, "how answers are printed; text by default")
+      ->option_text("text|json")
+      ->check(CLI::IsMember({"text", "json"}));
+  app.set_version_flag("--version", "zvrsit " ZVRSIT_VERSION);
   app.require_subcommand(1);
   app.fallthrough();
-  AddSiteCommands(app, options, run);
-  AddLinkCommands(app, options, run);
-  AddFileCommands(app, options, run);
-  AddChangeCommands(app, options, run);
-  AddCheckCommand(app, options, run);
+  app.footer(
+      "Every command takes --db and --format too, and tells more with --help.\n"
+      "Exit codes: 0 clean, 1 findings (check, broken), 2 usage, 3 database, 4 file system.");
+  AddCommands(app, options, run);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& wanted) {
+    return app.exit(wanted);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kClean : kUsage;
+    return ComplainOfUsage(app, error);
   }
   options.json = format == "json";
   return Perform(run);

@@ -2,8 +2,6 @@
 
 #include <fmt/core.h>
 
-#include <iostream>
-
 #include "platform/code_page.h"
 
 namespace zvrsit::cli {
@@ -31,8 +29,29 @@ std::string LineText(std::string_view text) {
   return line;
 }
 
+void Warn(std::string_view message) {
+  fmt::print(stderr, "zvrsit: {}\n", LineText(message));
+}
+
 void PrintJson(const Json& value) {
-  std::cout << value.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  fmt::print("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));
+}
+
+void JsonRows::Add(const Json& row) {
+  fmt::print("{}{}", empty_ ? "[\n" : ",\n",
+             row.dump(-1, ' ', false, Json::error_handler_t::replace));
+  empty_ = false;
+}
+
+void JsonRows::End() {
+  fmt::print("{}]\n", empty_ ? "[" : "\n");
+}
+
+void PrintFields(const Json& object) {
+  for (const auto& [key, value] : object.items()) {
+    const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
+    if (!text.empty()) fmt::print("{:<16}{}\n", key, LineText(text));
+  }
 }
 
 std::string Counted(long count, std::string_view one, std::string_view many) {

@@ -15,8 +15,24 @@ std::string JsonText(std::string_view text);
 // A string for one line of text: control characters and `\` as escapes (\n, \t, \x1b, \\).
 std::string LineText(std::string_view text);
 
+// Says on stderr, in one line, what the user should know.
+void Warn(std::string_view message);
+
 // Prints `value` on stdout, indented, with a line end.
 void PrintJson(const Json& value);
+// Prints an array of rows, each on a line of its own, as they come.
+class JsonRows {
+ public:
+  void Add(const Json& row);
+  // Prints the end of the array.
+  void End();
+
+ private:
+  bool empty_ = true;
+};
+
+// Prints the fields of an object, a line each; leaves out those that are empty texts.
+void PrintFields(const Json& object);
 // "1 page", "2 pages".
 std::string Counted(long count, std::string_view one, std::string_view many);
 

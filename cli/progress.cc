@@ -12,6 +12,11 @@
 #include <unistd.h>
 #endif
 
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "cli/output.h"
 #include "platform/code_page.h"
 
 namespace zvrsit::cli {
@@ -19,9 +24,14 @@ namespace {
 
 volatile std::int32_t* cancelFlag = nullptr;
 
-void OnInterrupt(int) {
+// The second one ends the program at once.
+void OnInterrupt(int signal) {
   if (cancelFlag != nullptr) *cancelFlag = 1;
-  std::signal(SIGINT, SIG_DFL);
+  std::signal(signal, SIG_DFL);
+}
+
+void Handle(void (*handler)(int)) {
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, handler);
 }
 
 // The texts that the rebuild asks for by number.
@@ -58,7 +68,9 @@ class ProgressLine {
   struct Bar : Window {
     explicit Bar(ProgressLine& line) : owner(line) {}
     long OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t) override {
-      if (message == platform::kSetPosition) owner.position_ = static_cast<int>(wParam);
+      if (message == platform::kSetPosition) {
+        owner.position_ = static_cast<int>(std::min<std::uintptr_t>(wParam, 100));
+      }
       owner.Draw();
       return 0;
     }
@@ -80,12 +92,15 @@ class ProgressLine {
     if (now - lastDrawn_ < std::chrono::milliseconds(100)) return;
     lastDrawn_ = now;
     drawn_ = true;
-    std::string bar(static_cast<std::size_t>(position_ / 5), '#');
+    const std::string bar(static_cast<std::size_t>(position_ / 5), '#');
     const std::string::size_type slash = file_.value.rfind('\\');
-    const std::string name =
-        slash == std::string::npos ? file_.value : file_.value.substr(slash + 1);
-    std::fprintf(stderr, "\r\033[K[%-20s] %3d%%  %s  %.40s", bar.c_str(), position_,
-                 status_.value.c_str(), platform::ToUtf8(name).c_str());
+    std::string name = slash == std::string::npos ? file_.value : file_.value.substr(slash + 1);
+    // Short enough for a line of 80 columns, and never half a character of UTF-8.
+    std::size_t end = std::min<std::size_t>(name.size(), 20);
+    while (end > 0 && end < name.size() && (name[end] & 0xC0) == 0x80) --end;
+    name.resize(end);
+    fmt::print(stderr, "\r\033[K[{:<20}] {:3}%  {}  {}", bar, position_, status_.value,
+               LineText(platform::ToUtf8(name)));
     std::fflush(stderr);
   }
 
@@ -101,7 +116,7 @@ class ProgressLine {
 TerminalProgress::TerminalProgress() {
   platform::SetStringLoader(&LoadProgressText);
   cancelFlag = &dialog_.cancel;
-  std::signal(SIGINT, &OnInterrupt);
+  Handle(&OnInterrupt);
   if (isatty(fileno(stderr))) {
     line_ = std::make_unique<ProgressLine>();
     line_->Attach(dialog_);
@@ -109,7 +124,7 @@ TerminalProgress::TerminalProgress() {
 }
 
 TerminalProgress::~TerminalProgress() {
-  std::signal(SIGINT, SIG_DFL);
+  Handle(SIG_DFL);
   cancelFlag = nullptr;
   platform::SetStringLoader(nullptr);
 }

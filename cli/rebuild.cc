@@ -15,7 +15,7 @@ namespace {
 void NameSkipped(Session& session) {
   for (const std::string& path : session.manager().SkippedByRebuild()) {
     Warn(NativePath(path) + (path.back() == '\\' ? ": this folder cannot be read"
-                                                  : ": its links cannot be read, or not all"));
+                                                 : ": its links cannot be read, or not all"));
   }
 }
 
@@ -30,9 +30,12 @@ int RebuildSite(Session& session, bool complete) {
     throw Failure(kDatabase, "the rebuild failed: the tables of the site cannot be written");
   }
   if (manager.FindPath(Take(manager.GetSiteProfTopFile())) < 0) {
-    Warn(NativePath(Take(manager.GetSiteProfTopFile())) + ": the top file lies outside of the site");
+    Warn(NativePath(Take(manager.GetSiteProfTopFile())) +
+         ": the top file lies outside of the site");
   }
-  if (manager.PackSite(false) != 0) throw Failure(kDatabase, "packing the tables failed");
+  if (manager.PackSite(false) != 0) {
+    throw Failure(kFileSystem, "the tables of the site cannot be packed");
+  }
   NameSkipped(session);
   return manager.SkippedByRebuild().empty() ? kClean : kFileSystem;
 }

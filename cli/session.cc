@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "cli/exit_code.h"
+#include "cli/output.h"
 #include "platform/native_path.h"
 
 namespace zvrsit::cli {
@@ -26,10 +27,6 @@ std::string DefaultDatabase() {
   if (home != nullptr && *home == '/') return (fs::path(home) / ".local/share/zvrsit").string();
 #endif
   throw Failure(kUsage, "no home folder is known: name the database with --db FOLDER");
-}
-
-bool StartsWith(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
 }
 
 }  // namespace
@@ -55,6 +52,15 @@ std::string Take(std::string* text) {
   return result;
 }
 
+std::vector<std::string> TakeList(std::vector<std::string*>* list) {
+  std::vector<std::string> result;
+  if (list == nullptr) return result;
+  for (std::string* text : *list) result.push_back(Take(text));
+  SiteMgr::DeleteStrings(list);
+  delete list;
+  return result;
+}
+
 Session::Session(const Options& options, Database database) {
   const fs::path folder = options.database.empty() ? DefaultDatabase() : options.database;
   std::error_code error;
@@ -65,26 +71,23 @@ Session::Session(const Options& options, Database database) {
     throw Failure(kDatabase,
                   folder.string() + ": there is no database here (zvrsit add makes one)");
   }
+  database_ = folder.string();
   lock_ = std::make_unique<LockFile>((folder / "lock").string(), kPatience);
   manager_ = std::make_unique<SiteMgr>();
   manager_->setDom(&dom_);
   std::string dir = AbsolutePath(folder.string());
   if (dir.back() != '\\') dir += '\\';
   manager_->setDB(dir.c_str(), kSiteProfiles, kServerProfiles, 0);
-  if (!ProfilesAreReadable()) {
-    throw Failure(kDatabase, (folder / kSiteProfiles).string() + ": damaged or not readable");
+  std::vector<std::string*>* const names = manager_->EnumSiteProf();
+  TakeList(names);
+  if (names == nullptr) {
+    throw Failure(kDatabase, (folder / kSiteProfiles).string() +
+                                 ": this file, or sites.S beside it, is damaged");
   }
 }
 
 Session::~Session() {
   if (manager_ != nullptr) manager_->SiteClose();
-}
-
-bool Session::ProfilesAreReadable() {
-  const std::unique_ptr<std::vector<std::string*>> names(manager_->EnumSiteProf());
-  if (names == nullptr) return false;
-  for (std::string* name : *names) SiteMgr::DeleteString(name);
-  return true;
 }
 
 void Session::Open(const std::string& name) {
@@ -103,8 +106,17 @@ void Session::Open(const std::string& name) {
                                 : nativeSiteFolder_ + ": the site folder is not there");
   }
   if (result != 0 || manager_->GetPathDB() == nullptr) {
-    throw Failure(kDatabase, "the tables of \"" + name + "\" are damaged or cannot be read");
+    throw Failure(kDatabase, (fs::path(database_) / name).string() +
+                                 ": a table of the site is damaged; remove the files of this "
+                                 "folder, and rebuild the site");
   }
+}
+
+void Session::OpenToAsk(const std::string& name) {
+  Open(name);
+  const int state = manager_->GetSiteProfRebuildState();
+  if (state == 0) Warn("\"" + name + "\" was not rebuilt: zvrsit rebuild " + name);
+  if (state == 1) Warn("the last rebuild of \"" + name + "\" did not reach its end");
 }
 
 void Session::Close() {
@@ -115,7 +127,7 @@ void Session::Close() {
 }
 
 std::string Session::Shown(const std::string& path) const {
-  if (path.size() > siteFolder_.size() && StartsWith(path, siteFolder_)) {
+  if (path.size() > siteFolder_.size() && IsInSite(path)) {
     return NativePath(path).substr(nativeSiteFolder_.size());
   }
   return NativePath(path);
@@ -127,27 +139,52 @@ std::string Session::ShownEntry(const UrlID& id) {
       Take(id.kind == kKindFolder ? manager_->FolderName(id.id) : manager_->UrlPath(id.id)));
 }
 
-std::string Session::PathOf(const std::string& native) const {
+// The `\` paths that `native` may stand for, likeliest first.
+std::vector<std::string> Session::Candidates(const std::string& native) const {
+  std::vector<std::string> paths{AbsolutePath(native)};
+  const fs::path site = nativeSiteFolder_;
   std::error_code error;
-  const fs::path real = fs::canonical(native, error);
-  if (!error) {
-    const fs::path root = fs::canonical(nativeSiteFolder_, error);
-    if (!error) {
-      const fs::path below = real.lexically_relative(root);
-      if (!below.empty() && *below.begin() != "..") {
-        return AbsolutePath((fs::path(nativeSiteFolder_) / below).string());
-      }
-    }
+  const fs::path root = fs::canonical(site, error);
+  const fs::path below = fs::weakly_canonical(native, error).lexically_relative(root);
+  if (!error && !below.empty() && *below.begin() != "..") {
+    paths.push_back(AbsolutePath((site / below).string()));
   }
-  const fs::path inSite = fs::path(nativeSiteFolder_) / native;
-  return AbsolutePath(error || !fs::exists(native, error) ? inSite.string() : native);
+  paths.push_back(AbsolutePath((site / native).string()));
+  return paths;
+}
+
+std::string Session::FileOf(const std::string& native) const {
+  bool isThere = false;
+  for (const std::string& path : Candidates(native)) {
+    std::error_code error;
+    if (!fs::is_regular_file(NativePath(path), error)) continue;
+    if (IsInSite(path)) return path;
+    isThere = true;
+  }
+  if (isThere) throw Failure(kUsage, native + ": this file lies outside of the site");
+  throw Failure(kFileSystem, native + ": no such file");
+}
+
+int Session::FindEntry(const std::string& native) {
+  for (const std::string& path : Candidates(native)) {
+    const int number = manager_->FindPath(path);
+    if (number >= 0) return number;
+  }
+  return -1;
 }
 
 UrlID Session::EntryOf(const std::string& native) {
-  int number = manager_->FindPath(PathOf(native));
-  if (number < 0) number = manager_->FindPath(AbsolutePath(native));
-  if (number < 0) throw Failure(kUsage, native + ": the site has no such file");
+  const int number = FindEntry(native);
+  if (number < 0) throw Failure(kUsage, native + ": the site knows no such file");
   return UrlID(kKindPath, number);
+}
+
+UrlID Session::TargetOf(const std::string& nativeOrUrl) {
+  const std::unique_ptr<vec<SiteRecCell>> urls(manager_->EnumUrl());
+  for (std::size_t i = 0; urls != nullptr && i < urls->size(); ++i) {
+    if ((*urls)[i].GetName() == nativeOrUrl) return (*urls)[i].GetID();
+  }
+  return EntryOf(nativeOrUrl);
 }
 
 }  // namespace zvrsit::cli

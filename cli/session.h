@@ -35,24 +35,34 @@ class Session {
   // Opens the site `name`. Throws Failure: kUsage when there is none of that name, kFileSystem
   // when its folder or top file is gone, kDatabase when its tables are damaged.
   void Open(const std::string& name);
+  // The same for questions: says on stderr when the site was not rebuilt.
+  void OpenToAsk(const std::string& name);
   // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails.
   void Close();
 
-  // The `\` path of the open site's folder, with its final `\`.
-  const std::string& siteFolder() const { return siteFolder_; }
   // How a `\` path is shown: the native path, relative to the site folder when it lies below it.
   std::string Shown(const std::string& path) const;
   // The name of an entry, shown: a path as above, a URL as it stands.
   std::string ShownEntry(const UrlID& id);
-  // The `\` path that the user means by `native`: a file below the site folder by its real path
-  // or, where there is no such file, a path relative to the site folder.
-  std::string PathOf(const std::string& native) const;
-  // The same for an entry of the path table; throws Failure(kUsage) when there is none.
+  // Whether a `\` path lies below the folder of the open site.
+  bool IsInSite(const std::string& path) const { return path.starts_with(siteFolder_); }
+
+  // What the user means by `native`, which is relative to the working folder or to the site folder,
+  // or leads to a file of the site through links of the file system.
+  //
+  // The `\` path of a file of the site that is there; throws Failure: kFileSystem when it is not,
+  // kUsage when it lies elsewhere.
+  std::string FileOf(const std::string& native) const;
+  // An entry of the path table; throws Failure(kUsage) when there is none.
   UrlID EntryOf(const std::string& native);
+  // The same, but external URLs are looked at too.
+  UrlID TargetOf(const std::string& nativeOrUrl);
 
  private:
-  bool ProfilesAreReadable();
+  std::vector<std::string> Candidates(const std::string& native) const;
+  int FindEntry(const std::string& native);
 
+  std::string database_;  // native
   std::unique_ptr<LockFile> lock_;
   DOM dom_;
   std::unique_ptr<SiteMgr> manager_;
@@ -65,7 +75,8 @@ class Session {
 std::string AbsolutePath(const std::string& native);
 // The native form of a `\` path.
 std::string NativePath(const std::string& path);
-// Takes a string that the library returned; empty for null.
+// Takes a string or a list of strings that the library returned; empty for null.
 std::string Take(std::string* text);
+std::vector<std::string> TakeList(std::vector<std::string*>* list);
 
 }  // namespace zvrsit::cli

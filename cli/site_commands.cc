@@ -1,48 +1,55 @@
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/output.h"
 #include "cli/rebuild.h"
+#include "cli/site_profile.h"
 
 namespace zvrsit::cli {
 namespace {
 
-int RunAdd(const Options& options, const std::string& name, const NewSite& site) {
+int RunAdd(const Options& options, const std::string& name, const GivenSite& site) {
   Session session(options, Database::kMake);
   AddSite(session, name, site);
+  const SiteProfile profile = ReadProfile(session, name);
+  if (options.json) {
+    PrintJson(ProfileAsJson(name, profile));
+  } else {
+    PrintProfile(name, profile);
+  }
   return kClean;
 }
 
-const char* RebuildState(int state) {
-  return state == 2 ? "rebuilt" : state == 1 ? "last rebuild failed" : "never rebuilt";
+// A line a site, in columns.
+void PrintSites(const Json& rows) {
+  std::size_t width = 0;
+  std::size_t folderWidth = 0;
+  for (const Json& row : rows) {
+    width = std::max(width, LineText(row["name"].get<std::string>()).size());
+    folderWidth = std::max(folderWidth, LineText(row["folder"].get<std::string>()).size());
+  }
+  for (const Json& row : rows) {
+    fmt::print("{:<{}}  {:<{}}  {:<7}  {}\n", LineText(row["name"].get<std::string>()), width,
+               LineText(row["folder"].get<std::string>()), folderWidth,
+               row["rules"].get<std::string>(), row["state"].get<std::string>());
+  }
 }
 
 int RunSites(const Options& options) {
   Session session(options, Database::kMustExist);
-  SiteMgr& manager = session.manager();
-  const std::unique_ptr<std::vector<std::string*>> names(manager.EnumSiteProf());
-  if (names == nullptr) throw Failure(kDatabase, "the site profiles cannot be read");
   Json rows = Json::array();
-  for (std::string* held : *names) {
-    const std::string name = Take(held);
-    SiteProfile profile;
-    if (manager.GetSiteProf(name, profile) != 0) continue;
-    const std::string folder = NativePath(profile.folders[kSlotSiteFolder]);
-    if (options.json) {
-      rows.push_back({{"name", JsonText(name)},
-                      {"folder", JsonText(folder)},
-                      {"top", JsonText(NativePath(profile.topFile))},
-                      {"rules", RulesName(profile.linkRules)},
-                      {"state", RebuildState(profile.rebuildState)}});
-    } else {
-      fmt::print("{}  {}  {}, {}\n", LineText(name), LineText(folder), RulesName(profile.linkRules),
-                 RebuildState(profile.rebuildState));
-    }
+  for (const std::string& name : TakeList(session.manager().EnumSiteProf())) {
+    rows.push_back(ProfileAsJson(name, ReadProfile(session, name)));
   }
-  if (options.json) PrintJson(rows);
+  if (options.json) {
+    PrintJson(rows);
+  } else {
+    PrintSites(rows);
+  }
   return kClean;
 }
 
@@ -62,12 +69,17 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
 
 }  // namespace
 
+void AddSiteName(CLI::App& command, std::string& name) {
+  command.add_option("NAME", name, "the name of the site")->option_text(" ")->required();
+}
+
 void AddSiteCommands(CLI::App& app, const Options& options, Run& run) {
   const auto name = std::make_shared<std::string>();
-  const auto site = std::make_shared<NewSite>();
+  const auto site = std::make_shared<GivenSite>();
   CLI::App* add = app.add_subcommand("add", "Register a folder as a site");
-  add->add_option("NAME", *name, "how the site is called")->required();
-  AddNewSiteOptions(*add, *site);
+  AddSiteName(*add, *name);
+  AddGiven(*add, "FOLDER", site->folder, "the folder of the site")->option_text(" ")->required();
+  AddSiteOptions(*add, *site);
   add->callback([&options, &run, name, site] {
     run = [&options, name, site] { return RunAdd(options, *name, *site); };
   });
@@ -77,7 +89,7 @@ void AddSiteCommands(CLI::App& app, const Options& options, Run& run) {
 
   const auto diff = std::make_shared<bool>(false);
   CLI::App* rebuild = app.add_subcommand("rebuild", "Read a whole site anew from disk");
-  rebuild->add_option("NAME", *name, "the site")->required();
+  AddSiteName(*rebuild, *name);
   rebuild->add_flag("--diff", *diff, "also drop what has vanished from disk");
   rebuild->callback([&options, &run, name, diff] {
     run = [&options, name, diff] { return RunRebuild(options, *name, *diff); };

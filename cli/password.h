@@ -1,0 +1,12 @@
+// Passwords never stand on the command line, where other users could see them.
+#pragma once
+
+#include <string>
+
+namespace zvrsit::cli {
+
+// Asks for a password: on a terminal with `prompt` and without showing it, else the next line of
+// stdin. Throws Failure(kUsage) when there is none.
+std::string AskPassword(const std::string& prompt);
+
+}  // namespace zvrsit::cli

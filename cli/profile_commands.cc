@@ -1,0 +1,96 @@
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/exit_code.h"
+#include "cli/site_profile.h"
+
+namespace zvrsit::cli {
+namespace {
+
+int Show(const Options& options, Session& session, const std::string& name) {
+  const SiteProfile profile = ReadProfile(session, name);
+  if (options.json) {
+    PrintJson(ProfileAsJson(name, profile));
+  } else {
+    PrintProfile(name, profile);
+  }
+  return kClean;
+}
+
+int RunShow(const Options& options, const std::string& name) {
+  Session session(options, Database::kMustExist);
+  return Show(options, session, name);
+}
+
+int RunSet(const Options& options, const std::string& name, const GivenSite& site) {
+  Session session(options, Database::kMustExist);
+  ChangeSite(session, name, site);
+  return Show(options, session, name);
+}
+
+int RunRename(const Options& options, const std::string& name, const std::string& newName) {
+  Session session(options, Database::kMustExist);
+  ReadProfile(session, name);
+  if (session.manager().RenameSiteProf(name, newName) != 0) {
+    throw Failure(kUsage, "\"" + newName + "\" is taken or cannot be the name of a site");
+  }
+  return Show(options, session, newName);
+}
+
+int RunDelete(const Options& options, const std::string& name) {
+  Session session(options, Database::kMustExist);
+  ReadProfile(session, name);
+  if (session.manager().DeleteSiteProf(name) != 0) {
+    throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be deleted");
+  }
+  if (options.json) PrintJson({{"deleted", JsonText(name)}});
+  return kClean;
+}
+
+void AddSet(CLI::App& site, const Options& options, Run& run) {
+  const auto name = std::make_shared<std::string>();
+  const auto given = std::make_shared<GivenSite>();
+  CLI::App* set = site.add_subcommand("set", "Change what is given; an empty value unsets");
+  AddSiteName(*set, *name);
+  AddGiven(*set, "--folder", given->folder, "where the site was moved; it is to be rebuilt then")
+      ->option_text("FOLDER");
+  AddSiteOptions(*set, *given);
+  AddGiven(*set, "--live-url", given->liveUrl, "the URL under which the site is served")
+      ->option_text("URL");
+  AddGiven(*set, "--server", given->server, "the server to publish to")->option_text("NAME");
+  set->callback([&options, &run, name, given] {
+    run = [&options, name, given] { return RunSet(options, *name, *given); };
+  });
+}
+
+}  // namespace
+
+void AddProfileCommands(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* site =
+      app.add_subcommand("site", "Show, change, rename or delete the profile of a site");
+  site->require_subcommand(1);
+  const auto name = std::make_shared<std::string>();
+
+  CLI::App* show = site->add_subcommand("show", "Show the profile of a site");
+  AddSiteName(*show, *name);
+  show->callback(
+      [&options, &run, name] { run = [&options, name] { return RunShow(options, *name); }; });
+
+  AddSet(*site, options, run);
+
+  const auto newName = std::make_shared<std::string>();
+  CLI::App* rename = site->add_subcommand("rename", "Give a site another name");
+  AddSiteName(*rename, *name);
+  rename->add_option("NEW", *newName, "its new name")->option_text(" ")->required();
+  rename->callback([&options, &run, name, newName] {
+    run = [&options, name, newName] { return RunRename(options, *name, *newName); };
+  });
+
+  CLI::App* remove =
+      site->add_subcommand("delete", "Forget a site; its files are left as they are");
+  AddSiteName(*remove, *name);
+  remove->callback(
+      [&options, &run, name] { run = [&options, name] { return RunDelete(options, *name); }; });
+}
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,181 @@
+#include "cli/site_profile.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <climits>
+#include <filesystem>
+#include <tuple>
+
+#include "cli/exit_code.h"
+#include "util/file_type.h"
+
+namespace zvrsit::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* RulesName(LinkRules rules) {
+  return rules == LinkRules::Web ? "web" : "classic";
+}
+
+std::string FolderPath(const std::string& native) {
+  std::error_code error;
+  if (native.empty()) throw Failure(kUsage, "an empty name is no folder");
+  if (!fs::is_directory(native, error)) {
+    throw Failure(kFileSystem, native + ": " + (error ? error.message() : "not a folder"));
+  }
+  std::string path = AbsolutePath(native);
+  if (path.back() != '\\') path += '\\';
+  return path;
+}
+
+// The page of a folder that is most likely its home page: as high up as there is one, by the usual
+// names first, then by name. Empty when there is no page at all.
+fs::path LookForTop(const fs::path& folder) {
+  constexpr const char* kUsual[] = {"index.html", "index.htm", "default.htm", "default.html"};
+  std::tuple<int, std::ptrdiff_t, fs::path> best{INT_MAX, 0, fs::path()};
+  std::error_code error;
+  fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied,
+                                         error);
+  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+    std::error_code ignored;
+    const std::string name = entry->path().filename().string();
+    if (entry.depth() >= std::get<0>(best)) entry.disable_recursion_pending();
+    if (ClassifyFileType(name.c_str()) != FT_HTML || !entry->is_regular_file(ignored)) continue;
+    const auto rank = std::find(std::begin(kUsual), std::end(kUsual), name) - std::begin(kUsual);
+    best = std::min(best, {entry.depth(), rank, entry->path()});
+  }
+  return std::get<2>(best);
+}
+
+std::string TopPath(const fs::path& folder, const std::string& top) {
+  std::error_code error;
+  fs::path path = folder / top;
+  if (!fs::is_regular_file(path, error) && fs::is_regular_file(top, error)) path = top;
+  if (!fs::is_regular_file(path, error)) {
+    throw Failure(kFileSystem, path.string() + ": no such file");
+  }
+  return AbsolutePath(path.string());
+}
+
+// Moves `path` along when it lies below the folder that moved.
+void Rebase(std::string& path, const std::string& from, const std::string& to) {
+  if (path.starts_with(from)) path = to + path.substr(from.size());
+}
+
+void ChangeFolder(SiteProfile& profile, const std::string& folder) {
+  const std::string before = profile.folders[kSlotSiteFolder];
+  for (std::string& path : profile.folders) Rebase(path, before, folder);
+  profile.folders[kSlotSiteFolder] = folder;
+  Rebase(profile.topFile, before, folder);
+}
+
+// Puts what is given into the profile. The folder comes first: the others lie below it.
+void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
+  if (site.folder) ChangeFolder(profile, FolderPath(*site.folder));
+  const std::string folder = NativePath(profile.folders[kSlotSiteFolder]);
+  if (site.top || site.folder) {
+    profile.topFile = TopPath(folder, site.top ? *site.top : NativePath(profile.topFile));
+  }
+  if (site.docRoot) {
+    profile.useDocumentRoot = !site.docRoot->empty();
+    profile.folders[kSlotDocumentRoot] =
+        profile.useDocumentRoot ? FolderPath(*site.docRoot) : std::string();
+  }
+  if (site.defaultUrl) profile.defaultUrl = *site.defaultUrl;
+  if (site.rules) profile.linkRules = *site.rules == "web" ? LinkRules::Web : LinkRules::Classic;
+  if (site.liveUrl) profile.folders[kSlotLiveUrl] = *site.liveUrl;
+  ServProfile server;
+  if (site.server && !site.server->empty() &&
+      session.manager().GetServProf(*site.server, server) != 0) {
+    throw Failure(kUsage, "there is no server named \"" + *site.server + "\"");
+  }
+  if (site.server) profile.server = *site.server;
+}
+
+}  // namespace
+
+CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
+                      const std::string& help) {
+  return command.add_option_function<std::string>(
+      name, [&value](const std::string& given) { value = given; }, help);
+}
+
+void AddSiteOptions(CLI::App& command, GivenSite& site) {
+  AddGiven(command, "--top", site.top, "the home page; by default index.html and its like")
+      ->option_text("FILE");
+  AddGiven(command, "--default-url", site.defaultUrl,
+           "the name of the document that stands for its folder")
+      ->option_text("NAME");
+  AddGiven(command, "--doc-root", site.docRoot, "the folder that a leading / in a link means")
+      ->option_text("FOLDER");
+  AddGiven(command, "--rules", site.rules,
+           "web (default): what a browser of today would load; classic: HTML 4 and no more")
+      ->option_text("web|classic")
+      ->check(CLI::IsMember({"web", "classic"}));
+}
+
+void AddSite(Session& session, const std::string& name, const GivenSite& site) {
+  if (session.manager().FindSiteProf(name) >= 0) {
+    throw Failure(kUsage, "there is a site named \"" + name + "\" already");
+  }
+  GivenSite given = site;
+  const std::string folder = FolderPath(site.folder.value_or(""));
+  if (!given.top) {
+    given.top = LookForTop(NativePath(folder)).string();
+    if (given.top->empty()) throw Failure(kFileSystem, *site.folder + ": no page in this folder");
+  }
+  SiteProfile profile;
+  profile.linkRules = LinkRules::Web;
+  Apply(session, given, profile);
+  if (session.manager().SetSiteProf(name, profile) < 0) {
+    throw Failure(kUsage, "\"" + name + "\" cannot be the name of a site: not every system could " +
+                              "have a folder of that name");
+  }
+}
+
+void ChangeSite(Session& session, const std::string& name, const GivenSite& site) {
+  SiteMgr& manager = session.manager();
+  SiteProfile profile = ReadProfile(session, name);
+  Apply(session, site, profile);
+  if (site.folder || site.docRoot || site.defaultUrl || site.rules) profile.rebuildState = 0;
+  // Every path in the tables is one of the folder before.
+  const bool anew = site.folder && manager.DeleteSiteProf(name) != 0;
+  if (anew || manager.SetSiteProf(name, profile) < 0) {
+    throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
+  }
+}
+
+SiteProfile ReadProfile(Session& session, const std::string& name) {
+  SiteProfile profile;
+  if (session.manager().GetSiteProf(name, profile) != 0) {
+    throw Failure(kUsage, "there is no site named \"" + name + "\"");
+  }
+  return profile;
+}
+
+const char* RebuildState(const SiteProfile& profile) {
+  if (profile.rebuildState == 2) return "rebuilt";
+  return profile.rebuildState == 1 ? "last rebuild failed" : "to be rebuilt";
+}
+
+Json ProfileAsJson(const std::string& name, const SiteProfile& profile) {
+  const std::string docRoot =
+      profile.useDocumentRoot ? NativePath(profile.folders[kSlotDocumentRoot]) : std::string();
+  return {{"name", JsonText(name)},
+          {"folder", JsonText(NativePath(profile.folders[kSlotSiteFolder]))},
+          {"top", JsonText(NativePath(profile.topFile))},
+          {"default_url", JsonText(profile.defaultUrl)},
+          {"doc_root", JsonText(docRoot)},
+          {"live_url", JsonText(profile.folders[kSlotLiveUrl])},
+          {"server", JsonText(profile.server)},
+          {"rules", RulesName(profile.linkRules)},
+          {"state", RebuildState(profile)}};
+}
+
+void PrintProfile(const std::string& name, const SiteProfile& profile) {
+  PrintFields(ProfileAsJson(name, profile));
+}
+
+}  // namespace zvrsit::cli

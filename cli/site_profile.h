@@ -1,0 +1,48 @@
+// The profile of a site as the user gives it and as it is shown; shared by `add`, `check`, `sites`
+// and `site`.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+
+#include "cli/output.h"
+#include "cli/session.h"
+
+namespace zvrsit::cli {
+
+// What the command line says of a site; what it does not say is not set. Names are native.
+struct GivenSite {
+  std::optional<std::string> folder;
+  std::optional<std::string> top;         // absolute, or relative to the folder
+  std::optional<std::string> defaultUrl;  // empty: none
+  std::optional<std::string> docRoot;     // empty: none
+  std::optional<std::string> rules;       // "web" or "classic"
+  std::optional<std::string> server;      // empty: none
+  std::optional<std::string> liveUrl;     // empty: none
+};
+
+// An option whose value stays unset unless it is given.
+CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
+                      const std::string& help);
+// --top, --default-url, --doc-root and --rules.
+void AddSiteOptions(CLI::App& command, GivenSite& site);
+
+// Makes the profile of a new site: `folder` has to be given, the rules are those of the web unless
+// given, and the home page is looked for. Throws Failure: kUsage when the name is not allowed or
+// taken, kFileSystem when a folder or the top file is not there.
+void AddSite(Session& session, const std::string& name, const GivenSite& site);
+// Changes what is given. Where the folder changes, what lay below it moves along, and the tables
+// begin anew. Whatever the links depend on makes the site one to be rebuilt. Failures as above.
+void ChangeSite(Session& session, const std::string& name, const GivenSite& site);
+
+// Reads a profile; throws Failure(kUsage) when there is none of that name.
+SiteProfile ReadProfile(Session& session, const std::string& name);
+Json ProfileAsJson(const std::string& name, const SiteProfile& profile);
+// A line a field.
+void PrintProfile(const std::string& name, const SiteProfile& profile);
+// "rebuilt", "to be rebuilt" or "last rebuild failed".
+const char* RebuildState(const SiteProfile& profile);
+
+}  // namespace zvrsit::cli
