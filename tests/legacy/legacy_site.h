@@ -81,6 +81,7 @@ class LegacySite {
       for (int i = 0; i < mgr->UrlNum(kind); ++i) {
         SitUrlRec record;
         if (mgr->GetUrlRec({kind, i}, record) == 0) {
+          record.accessTime = 0;  // reading a page changes it
           rows.insert(std::to_string(kind) + "/" + std::to_string(i) + ToHex(EncodeUrlRec(record)));
         }
       }

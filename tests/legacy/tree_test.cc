@@ -56,6 +56,7 @@ Rows Snapshot(OpenSitMgr& mgr, const std::set<std::string>& several) {
     for (int i = 0; i < mgr.UrlNum(kind); ++i) {
       SitUrlRec record;
       if (mgr.GetUrlRec({kind, i}, record) == 0) {
+        record.accessTime = 0;  // reading a page changes it
         rows.insert(std::to_string(kind) + "/" + std::to_string(i) + EncodeUrlRec(record));
       }
     }
