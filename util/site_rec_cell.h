@@ -15,6 +15,8 @@ class ZVRSIT_API SiteRecCell {
   SiteRecCell();
   SiteRecCell(const SiteRecCell&);
   SiteRecCell& operator=(const SiteRecCell&);
+  SiteRecCell(SiteRecCell&&) noexcept;
+  SiteRecCell& operator=(SiteRecCell&&) noexcept;
   virtual ~SiteRecCell();
 
   // The entry; (0, -1) in a fresh cell.
