@@ -238,7 +238,7 @@ bool SiteDB::Reserve(std::uint32_t end) {
   if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
   if (end <= allocated_) return true;
   const std::uint64_t wanted = std::max<std::uint64_t>(capacity, allocated_ * 2);
-  void* grown = std::realloc(buffer.get(), wanted);
+  void* grown = std::realloc(buffer.get(), static_cast<std::size_t>(wanted));
   if (grown == nullptr) return false;
   static_cast<void>(buffer.release());
   buffer.reset(static_cast<char*>(grown));
