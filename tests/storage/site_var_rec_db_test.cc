@@ -72,18 +72,6 @@ TEST_P(VariableFile, KeepsBlocksApartFromStrings) {
   EXPECT_EQ(db_->AddData(block.data(), -1), -1);
 }
 
-TEST_P(VariableFile, HandsOutFreeNumbersInTheirOrder) {
-  for (const char* text : {"0", "1", "2", "3", "4"}) db_->AddString(text);
-  for (const int id : {3, 1, 4}) db_->ReleaseString(id);
-  EXPECT_EQ(db_->AddString("x"), 3);
-  Reopen();
-  db_->ReleaseString(0);
-  EXPECT_EQ(db_->AddString("a"), 1);  // without an entry at open, ascending
-  EXPECT_EQ(db_->AddString("b"), 4);
-  EXPECT_EQ(db_->AddString("c"), 0);  // then those released since
-  EXPECT_EQ(db_->AddString("d"), 5);
-}
-
 TEST_P(VariableFile, RefusesWhatItCannotAnswer) {
   char bytes[4];
   EXPECT_EQ(db_->AddString(""), -1);
