@@ -31,4 +31,19 @@ void TargetMemo::Put(std::string_view target, bool variant, const UrlID& place) 
   texts_.append(target);
 }
 
+const TargetMemo::Written* TargetMemo::FindWritten(std::string_view target, bool variant,
+                                                   const SiteLinkDB& links) const {
+  const std::uint32_t base = base_ + (variant ? 1 : 0);
+  const WrittenEntry* const entry =
+      written_.Find(HashOf(target, base), [&](const WrittenEntry& known) {
+        return known.base == base && links.TextView(known.written.text) == target;
+      });
+  return entry == nullptr ? nullptr : &entry->written;
+}
+
+void TargetMemo::PutWritten(std::string_view target, bool variant, const Written& written) {
+  const std::uint32_t base = base_ + (variant ? 1 : 0);
+  written_.Insert(HashOf(target, base), {0, base, written});
+}
+
 }  // namespace zvrsit

@@ -11,6 +11,7 @@
 #include "links/target_resolver.h"
 #include "manager/base/operation_memo.h"
 #include "storage/probe_table.h"
+#include "tables/site_link_db.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -28,6 +29,16 @@ class TargetMemo {
   // Remembers a target that Find did not find.
   void Put(std::string_view target, bool variant, const UrlID& place);
 
+  // A target that stands in the link table word by word.
+  struct Written {
+    std::int32_t text = -1;  // its string id there
+    UrlID place;
+  };
+  // Null when no such link was added, or its text has gone since.
+  const Written* FindWritten(std::string_view target, bool variant, const SiteLinkDB& links) const;
+  // Remembers a target that FindWritten did not find.
+  void PutWritten(std::string_view target, bool variant, const Written& written);
+
   // Longer targets are not worth keeping.
   static constexpr std::size_t kLongest = 1024;
 
@@ -39,12 +50,18 @@ class TargetMemo {
     std::uint32_t length = 0;
     UrlID place;
   };
+  struct WrittenEntry {
+    std::uint32_t hash = 0;
+    std::uint32_t base = 0;  // as in Entry
+    Written written;
+  };
 
   std::uint32_t HashOf(std::string_view target, std::uint32_t base) const;
 
   TextMap<std::uint32_t> bases_;
   std::uint32_t base_ = 0;
   ProbeTable<Entry> entries_;
+  ProbeTable<WrittenEntry> written_;
   std::string texts_;
   std::string key_;  // scratch
 };

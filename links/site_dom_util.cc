@@ -174,11 +174,22 @@ int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
   return 0;
 }
 
-// Registers the target of one reference and adds the link.
+// Registers the target of one reference and adds the link. Most references of a site stand in a
+// page with the same base word by word, and cost one look-up.
 SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row) {
+  const TargetMemo::Written* const written =
+      linkTable == nullptr
+          ? nullptr
+          : memo_->targets.FindWritten(row.target, TakesDefaultName(row), *linkTable);
   UrlID target;
-  Outcome outcome = FindTarget(row, target);
-  if (outcome == Outcome::kDone) outcome = AddLink(row, target);
+  Outcome outcome = Outcome::kDone;
+  if (written != nullptr) {
+    target = written->place;
+    outcome = AddLink(row, target, written->text);
+  } else {
+    outcome = FindTarget(row, target);
+    if (outcome == Outcome::kDone) outcome = AddLink(row, target);
+  }
   if (outcome == Outcome::kDone && row.type == LT_APPLET && target.kind == kKindPath) {
     outcome = AddCodeBase(row, target);
   }
@@ -193,16 +204,30 @@ int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
                               : static_cast<std::int32_t>(row.offset);
 }
 
-SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target) {
+// `text` is the string id of the row's target in the link table, -1 when it is not known.
+SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, int text) {
   const UrlID page(kKindPath, pageId);
   std::uint32_t type = row.type;
   if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
+  const int code = static_cast<int>(type);
   const int offset = web_ ? OffsetInFile(row) : -1;
-  const int added = linkTable == nullptr ? -1
-                                         : linkTable->Add(row.target, page, target, row.alternative,
-                                                          static_cast<int>(type), offset);
+  int added = -1;
+  if (text >= 0) {
+    added = linkTable->AddAgain(text, page, target, row.alternative, code, offset);
+  } else if (linkTable != nullptr) {
+    added = linkTable->Add(row.target, page, target, row.alternative, code, offset);
+    if (added >= 0) Remember(row, target, added);
+  }
   if (added >= 0) return Outcome::kDone;
   return target.kind == kKindUrl ? Outcome::kFailed : Outcome::kSkipped;
+}
+
+// The files of a code base are not written in the page, so they are not remembered.
+void SiteDOMUtil::Remember(const LinkRow& row, const UrlID& target, int link) {
+  SiteLinkRec record;
+  if (row.type == LT_APPLET_FILE) return;
+  if (MemoKeyOf(row.target, web_).text.empty() || linkTable->Get(link, record) < 0) return;
+  memo_->targets.PutWritten(row.target, TakesDefaultName(row), {record.text, target});
 }
 
 // Links to every entry of the folder that the applet's file lies in, folders among them by the
@@ -273,6 +298,8 @@ SiteDOMUtil::Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID&
       return RegisterUrl(path, place);
     case TargetKind::kLocal:
       if (path.empty()) return Outcome::kSkipped;
+      place = UrlID(kKindPath, pathTable->Find(path));
+      if (IsKnownFile(place.id)) return Outcome::kDone;
       if (web_) TurnFolderToDocument(path);
       return RegisterPath(path, place);
     default:
@@ -304,17 +331,16 @@ SiteDOMUtil::Outcome SiteDOMUtil::RegisterUrl(const std::string& url, UrlID& pla
   return Outcome::kDone;
 }
 
-bool SiteDOMUtil::IsKnownFile(const std::string& path) const {
-  const int number = pathTable->Find(path);
+// Whether CheckPath would leave this entry as it is.
+bool SiteDOMUtil::IsKnownFile(int pathNumber) const {
   std::int32_t exists = 0;
-  return number >= 0 && pathTable->GetNumber(number, &SitePathRec::exists, exists) == 0 &&
+  return pathNumber >= 0 && pathTable->GetNumber(pathNumber, &SitePathRec::exists, exists) == 0 &&
          exists != 0;
 }
 
 // What a server answers with for a folder, whether the target ends in a "/" or not.
 void SiteDOMUtil::TurnFolderToDocument(std::string& path) {
   const bool isNamedAsFolder = path.back() == '\\';
-  if (!isNamedAsFolder && IsKnownFile(path)) return;
   auto& documents = memo_->folderDocuments;
   auto known = documents.find(std::string_view(path));
   if (known == documents.end()) {

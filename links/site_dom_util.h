@@ -53,7 +53,8 @@ class SiteDOMUtil {
   int StoreAnchors();
   int AddRows(std::size_t begin, std::size_t end);
   Outcome AddRow(const LinkRow& row);
-  Outcome AddLink(const LinkRow& row, const UrlID& target);
+  Outcome AddLink(const LinkRow& row, const UrlID& target, int text = -1);
+  void Remember(const LinkRow& row, const UrlID& target, int link);
   int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);
@@ -62,9 +63,9 @@ class SiteDOMUtil {
   Outcome RegisterTarget(std::string_view target, UrlID& place);
   Outcome RegisterPath(const std::string& path, UrlID& place);
   Outcome RegisterUrl(const std::string& url, UrlID& place);
+  bool IsKnownFile(int pathNumber) const;
   void TurnFolderToDocument(std::string& path);
   std::string FolderDocument(const std::string& folder) const;
-  bool IsKnownFile(const std::string& path) const;
   bool TakesDefaultName(const LinkRow& row) const;
 
   SiteMgrBase* manager;

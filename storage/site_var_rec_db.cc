@@ -273,7 +273,7 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
 int SiteVarRecDB::AddReference(int id) {
   const int offset = Offset(id);
   Head head;
-  if (ReadHead(offset, head) < 0) return -1;
+  if (offset <= 0 || ReadHead(offset, head) < 0) return -1;
   if (head.references < std::numeric_limits<std::int32_t>::max()) ++head.references;
   return WriteHead(offset, head) < 0 ? -1 : id;
 }

@@ -82,6 +82,8 @@ class SiteVarRecDB : public SiteDB {
   };
   Search Look(std::string_view text);
   int AddString(std::string_view text, const Search& search);
+  // Adds one reference to a string that is there; its number, or -1 when it has no entry.
+  int AddReference(int id);
 
   int idCount() const { return headerWord1; }
   int entryCount() const { return headerWord2; }
@@ -126,7 +128,6 @@ class SiteVarRecDB : public SiteDB {
   int Unname(int offset, int length);
 
   int ChooseId();
-  int AddReference(int id);
   int AddEntry(int kind, std::string_view data);
   int WriteEntry(const Head& head, std::string_view data);
   bool IsOwnBytes(std::string_view data) const;
