@@ -19,10 +19,10 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/counting_sink.h"
 #include "dom/code_conv.h"
 #include "dom/document.h"
 #include "dom/dom.h"
-#include "dom/html_tokenizer.h"
 #include "util/file_type.h"
 
 namespace {
@@ -36,24 +36,6 @@ struct Totals {
   long long found = 0;  // '<' or tokens
 
   bool operator==(const Totals&) const = default;
-};
-
-// Counts tokens and throws them away. Elements of foreign content are read like any other.
-struct CountingSink {
-  void Characters(const char*, const char*, zvrsit::TextKind) { ++count; }
-  void Attribute(const zvrsit::AttributeSlices&) {}
-  zvrsit::ContentModel StartTag(const zvrsit::TagSlices& tag) {
-    ++count;
-    return zvrsit::ContentModelOf(zvrsit::HtmlTagOf(
-        zvrsit::MakeNameKeyPadded(tag.name, static_cast<std::size_t>(tag.nameEnd - tag.name))));
-  }
-  void AbandonTag() {}
-  void EndTag(const zvrsit::TagSlices&) { ++count; }
-  void Comment(const char*, const char*) { ++count; }
-  void Doctype(const zvrsit::DoctypeToken&) { ++count; }
-  bool InForeignContent() { return false; }
-
-  long long count = 0;
 };
 
 class Floor {
@@ -137,9 +119,7 @@ class Floor {
 
   long long Tokenize() {
     std::memset(buffer_.data() + size_, 0, zvrsit::kTextPadding);
-    CountingSink sink;
-    zvrsit::HtmlTokenizer<CountingSink>(buffer_.data(), size_, sink).Run();
-    return sink.count;
+    return zvrsit::bench::CountTokens(buffer_.data(), size_);
   }
 
   // As a rebuild does it: decoded into the code page first.

@@ -1,0 +1,116 @@
+// The seven tables beside SQLite, LMDB and a plain arena doing the same work; see store_bench.h.
+//
+//   table_bench [--benchmark_filter=add/path ...]
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <memory>
+
+#include "bench/our_stores.h"
+#include "bench/rival_arena.h"
+#include "bench/rival_lmdb.h"
+#include "bench/rival_sqlite.h"
+#include "bench/store_bench.h"
+#include "tables/site_folder_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_serv_prof_db.h"
+#include "tables/site_site_prof_db.h"
+#include "tables/site_url_db.h"
+
+namespace zvrsit::bench {
+namespace {
+
+// Made once a size, when a benchmark first runs.
+const std::vector<std::string>& Paths(int count) {
+  static std::map<int, std::vector<std::string>> made;
+  auto& paths = made[count];
+  if (paths.empty()) paths = MakePaths(count);
+  return paths;
+}
+
+const std::vector<Link>& Links(int count) {
+  static std::map<int, std::vector<Link>> made;
+  auto& links = made[count];
+  if (links.empty()) links = MakeLinks(count);
+  return links;
+}
+
+const std::vector<std::string>& ProfileNames() {
+  static std::vector<std::string> names;
+  while (names.size() < 1000) names.push_back("site" + std::to_string(names.size()));
+  return names;
+}
+
+template <class Table, class Rec>
+void RegisterNamed(const std::string& table, int count) {
+  RegisterStore(table, "zvrsit", count,
+                [=] { return std::make_unique<NamedStore<Table, Rec>>(Paths(count)); });
+  RegisterStore(table, "sqlite", count,
+                [=] { return std::make_unique<SqliteNames>(Paths(count), Rec::kSlotLength); });
+  RegisterStore(table, "lmdb", count,
+                [=] { return std::make_unique<LmdbNames>(Paths(count), Rec::kSlotLength); });
+}
+
+template <class Make>
+void RegisterPairs(const std::string& table, const char* store, int count, Make make) {
+  RegisterStore(table, store, count, make);
+  RegisterQueries(table, store, count, make);
+}
+
+void RegisterLinks(int count) {
+  RegisterPairs("link", "zvrsit", count, [=] { return std::make_unique<LinkStore>(Links(count)); });
+  RegisterPairs("link", "sqlite", count,
+                [=] { return std::make_unique<SqliteLinks>(Links(count)); });
+  RegisterPairs("link", "lmdb", count, [=] { return std::make_unique<LmdbLinks>(Links(count)); });
+  // Relations are links without a text; the rivals above stand for both.
+  RegisterPairs("relation", "zvrsit", count,
+                [=] { return std::make_unique<RelStore>(Links(count)); });
+}
+
+// The yardstick: what an arena with open hashing needs to take the same entries and write one file.
+void RegisterArena(int count) {
+  Register("path", "add", "arena", count, [=](benchmark::State& state) {
+    BenchAdd(state, count,
+             [=] { return std::make_unique<ArenaNames>(Paths(count), SitePathRec::kSlotLength); });
+  });
+  Register("link", "add", "arena", count, [=](benchmark::State& state) {
+    BenchAdd(state, count, [=] { return std::make_unique<ArenaLinks>(Links(count)); });
+  });
+}
+
+// Profiles are few: one for each site or server of a user. Their files are written at once, so
+// that every add is on the disk when it returns.
+void RegisterProfiles() {
+  RegisterStore("site-profile", "zvrsit", 1000, [] {
+    return std::make_unique<NamedStore<SiteSiteProfDB, SiteSiteRec>>(ProfileNames());
+  });
+  RegisterStore("server-profile", "zvrsit", 1000, [] {
+    return std::make_unique<NamedStore<SiteServProfDB, SiteServRec>>(ProfileNames());
+  });
+  RegisterStore("profile", "sqlite", 1000, [] {
+    return std::make_unique<SqliteNames>(ProfileNames(), SiteSiteRec::kSlotLength);
+  });
+}
+
+void RegisterAll() {
+  for (const int count : {1000, 100000, 1000000}) {
+    RegisterNamed<SitePathDB, SitePathRec>("path", count);
+    RegisterNamed<SiteUrlDB, SiteUrlRec>("url", count);
+    RegisterNamed<SiteFolderDB, SiteNodeRec>("folder", count);
+    RegisterLinks(count);
+    RegisterArena(count);
+  }
+  RegisterProfiles();
+}
+
+}  // namespace
+}  // namespace zvrsit::bench
+
+int main(int argc, char** argv) {
+  zvrsit::bench::RegisterAll();
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
