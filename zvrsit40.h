@@ -10,6 +10,7 @@
 #include "links/link_rules.h"
 #include "links/link_type.h"
 #include "links/site_url.h"
+#include "manager/family_marks.h"
 #include "manager/profiles.h"
 #include "manager/site_mgr.h"
 #include "util/file_type.h"

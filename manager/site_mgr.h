@@ -236,8 +236,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   //
   // A name is that of a folder on every system: not empty, ".", ".." or a device name, without a
   // dot or space at its end, without control characters and \ / : * ? " < > |, and different from
-  // every other but for the case of ASCII letters. What is set is on disk at once. The number
-  // of a profile stays the same for as long as there is the profile.
+  // every other but for the case of ASCII letters. What is set is on disk at once. A profile's
+  // number stays the same for as long as it lives.
 
   // The accessor of the table, beside the operation of the same name.
   using SiteMgrBase::GetSiteProf;
@@ -274,7 +274,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // once; files that are registered keep what was found out about them.
   std::string* GetSiteProfDir(int slot, int siteId = -1);
   int SetSiteProfDir(int slot, const std::string& folder, int siteId = -1);
-  // The full path of the home page, without which a site cannot be opened.
+  // The full path of the home page, without which a site cannot be opened. After a change in the
+  // open site UpdateLinkFamily finds the family anew.
   std::string* GetSiteProfTopFile(int siteId = -1);
   int SetSiteProfTopFile(const std::string& path, int siteId = -1);
   // The name of the document that stands for its folder. A change in the open site is in force at

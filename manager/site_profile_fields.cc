@@ -52,7 +52,9 @@ std::string* SiteMgr::GetSiteProfTopFile(int siteId) {
 }
 
 int SiteMgr::SetSiteProfTopFile(const std::string& path, int siteId) {
-  return SetSiteText(&SiteSiteRec::topFile, path, siteId);
+  if (SetSiteText(&SiteSiteRec::topFile, path, siteId) < 0) return -1;
+  if (SiteNumber(siteId) == openSiteId) linksChanged = 1;  // the family begins elsewhere
+  return 0;
 }
 
 std::string* SiteMgr::GetSiteProfDefaultUrl(int siteId) {

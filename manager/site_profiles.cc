@@ -144,7 +144,9 @@ int SiteMgr::StoreProfile(int number, const SiteProfile& profile) {
   if (profile.linkRules == LinkRules::Web) rec.linkRules |= kWebRulesBit;
   rec.rebuildState = profile.rebuildState;
   if (siteProf->Update(rec) < 0) return -1;
-  return number == openSiteId ? OpenSiteChanged() : 0;
+  if (number != openSiteId) return 0;
+  linksChanged = 1;  // the family may begin elsewhere
+  return OpenSiteChanged();
 }
 
 int SiteMgr::AddSiteProf(const std::string& name) {
