@@ -1,0 +1,82 @@
+// A page: decoding, the document, and the rows of both sets of link rules.
+#include <cstdlib>
+#include <string>
+
+#include "dom/code_conv.h"
+#include "dom/document.h"
+#include "fuzz/target.h"
+#include "links/extractor.h"
+#include "links/target_resolver.h"
+#include "platform/code_page.h"
+
+namespace zvrsit {
+namespace {
+
+void ResolveAll(const PageRows& rows, LinkRules rules) {
+  TargetResolver resolver(rules);
+  resolver.BeginPage("\\site\\", "\\site\\sub\\page.htm");
+  if (!rows.baseHref.empty()) resolver.SetBase(rows.baseHref);
+  std::string place;
+  for (const LinkRow& row : rows.links) {
+    const TargetKind kind = resolver.Resolve(row.target, place);
+    if (kind == TargetKind::kLocal && place.empty()) std::abort();
+  }
+}
+
+void ReadPage(const std::string& bytes) {
+  CodeConv conversion;
+  if (!conversion.Import(bytes.data(), bytes.size(), 0)) return;
+  Document document;
+  if (document.createNodes(conversion.text(), static_cast<int>(conversion.length()), nullptr,
+                           true) != 0) {
+    std::abort();
+  }
+  PageRows rows;
+  for (const LinkRules rules : {LinkRules::Classic, LinkRules::Web}) {
+    ExtractPage(document, rules, rows);
+    for (const LinkRow& row : rows.links) {
+      if (row.offset > conversion.length()) std::abort();
+    }
+    ResolveAll(rows, rules);
+  }
+  for (std::uint32_t i = 0; i < document.elementCount(); ++i) {
+    const Element element = document.element(i);
+    if (element.offset() >= conversion.length()) std::abort();
+    element.firstChild().asText().data(true);
+    const AttributeList attributes = element.attributes();
+    for (std::size_t k = 0; k < attributes.size(); ++k) attributes.item(k).value();
+  }
+}
+
+}  // namespace
+}  // namespace zvrsit
+
+// The first byte chooses the code page.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  zvrsit::platform::SetCodePage(data[0] % 2 == 0 ? zvrsit::platform::kUtf8 : 932);
+  zvrsit::ReadPage(std::string(data + 1, data + size));
+  return 0;
+}
+
+std::vector<std::string> FuzzSeeds() {
+  using namespace std::string_literals;
+  return {
+      "0<!DOCTYPE html><title>A &amp; B</title><meta name=Keywords content='a,b'><base href=sub/>"
+      "<meta http-equiv=refresh content=\"0; url='x.htm'\"><a name=n href='b.htm?q=1#top'>b</a>"
+      "<img src=a.gif ismap mapfile=a.map alt='x&#65;'><img srcset='a.png 1x, b.png 2x,' "
+      "src=c.gif>",
+      "0<body background=/b.gif><table><tr><td background=../../c.gif><form action=f.cgi>"
+      "<input src=i.gif alt=go><applet code=A.class codebase=classes/ archive=a.jar></applet>"
+      "<map><area href='%41%2F.htm'></map><frame src=f.htm><embed src=e.mid><script src=s.js>"
+      "if (a < b) '</scr' </script><noscript><a href=n.htm></noscript>",
+      "1<meta charset=shift_jis><a "
+      "href='\x83\x5c.htm'>\x83</a><textarea>&notit;&#x110000;</textarea>"
+      "<!-- <a href=c.htm> --!><svg><a xlink:href=s.htm><title><a href=t.htm></title><image "
+      "href=i.png>"
+      "<![CDATA[<a href=x>]]></svg><math><mi><template><a href=no.htm></template>",
+      "0\xFE\xFF\0<\0a\0 \0h\0r\0e\0f\0=\0x\0>"s,
+      "0<link rel=stylesheet href=a.css><link rel='next' href=b.htm><style>a{b:url(c)}</style>"
+      "<p style='background:url(&quot;d.gif&quot;)'><plaintext><a href=never.htm>",
+  };
+}
