@@ -18,14 +18,6 @@
 namespace zvrsit {
 namespace {
 
-bool SameWords(const SitePathRec& a, const SitePathRec& b) {
-  std::array<char, SitePathRec::kSlotLength> wordsOfA{};
-  std::array<char, SitePathRec::kSlotLength> wordsOfB{};
-  a.Serialize(wordsOfA.data());
-  b.Serialize(wordsOfB.data());
-  return wordsOfA == wordsOfB;
-}
-
 std::shared_ptr<LinkMemo> MemoOf(SiteMgrBase* manager, LinkRules rules) {
   OperationMemo* const operation = manager != nullptr ? manager->GetOperationMemo() : nullptr;
   if (operation == nullptr) return std::make_shared<LinkMemo>(rules);
@@ -85,7 +77,7 @@ SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* th
 SiteDOMUtil::~SiteDOMUtil() {
   SitePathRec stored;
   if (pageId < 0 || pathTable->Get(pageId, stored) < 0) return;
-  if (!SameWords(stored, pageRecord)) pathTable->Update(pageRecord);
+  if (stored != pageRecord) pathTable->Update(pageRecord);
 }
 
 int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument) {
@@ -97,6 +89,8 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   if (theDocument == nullptr || parser == nullptr || pagePath.empty()) return -1;
   if (manager == nullptr || pageId < 0) return -1;
   document = theDocument;
+  // By the classic rules files are the site's below `siteRoot`, on purpose: with a document root
+  // that is not the site folder.
   siteFolder_ = web_ ? siteFolder : siteRoot;
   PageRows& rows = memo_->rows;
   ExtractPage(*document, web_ ? LinkRules::Web : LinkRules::Classic, rows);

@@ -43,6 +43,8 @@ class SiteBaseRec {
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 
+  bool operator==(const SiteBaseRec&) const = default;
+
   std::int32_t id = -1;  // record number; -1 in a slot marks it dead
 };
 
@@ -52,6 +54,8 @@ class SiteNodeRec : public SiteBaseRec {
   static constexpr int kSlotLength = 12;
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
+
+  bool operator==(const SiteNodeRec&) const = default;
 
   std::int32_t name = -1;  // text
 };
@@ -102,6 +106,8 @@ class SitePathRec : public SiteNodeRec {
   static constexpr int kSlotLength = 84;
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
+
+  bool operator==(const SitePathRec&) const = default;
 
   std::int32_t fileType = 1;  // file-type code
   std::int32_t title = -1;    // text

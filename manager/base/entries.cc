@@ -1,5 +1,4 @@
 // Single entries: files, folders, URLs, links and relations go in and out of the tables here.
-#include <array>
 #include <string_view>
 #include <vector>
 
@@ -49,14 +48,6 @@ bool IsSpelledAsOnDisk(const std::string& path) {
 // Takes the existence flag away from a file whose name is spelled differently on disk.
 void CheckCase(const std::string& path, SitePathRec& rec) {
   if (rec.exists != 0 && !IsSpelledAsOnDisk(path)) rec.exists = 0;
-}
-
-bool SameWords(const SitePathRec& a, const SitePathRec& b) {
-  std::array<char, SitePathRec::kSlotLength> wordsOfA{};
-  std::array<char, SitePathRec::kSlotLength> wordsOfB{};
-  a.Serialize(wordsOfA.data());
-  b.Serialize(wordsOfB.data());
-  return wordsOfA == wordsOfB;
 }
 
 template <class Table>
@@ -113,7 +104,7 @@ int SiteMgrBase::CheckPath(const std::string& path, const std::string& siteDir) 
   const SitePathRec before = rec;
   if (FillFromDisk(path, siteDir, nullptr, rec) < 0) return -1;
   CheckCase(path, rec);
-  if (!SameWords(rec, before) && pathDB->Update(rec) < 0) return -1;
+  if (rec != before && pathDB->Update(rec) < 0) return -1;
   return number;
 }
 
