@@ -141,7 +141,8 @@ class Collector {
         if (!InBlock()) return;
         break;
       case Type::kCloseCurly:
-        if (!opens_.empty()) opens_.pop_back();
+        if (opens_.empty()) break;  // closes nothing, and is part of what follows
+        opens_.pop_back();
         BeginStatement();
         return;
       case Type::kAtKeyword:

@@ -45,6 +45,7 @@ TEST(CssReferences, OfSheets) {
       {"@font-face {} @import url(no);", ""},
       {"@-webkit-keyframes x {} @import url(no);", ""},
       {"@import url(no) { } @import 'a';", "import a"},
+      {"} @import 'no'; p { content: url(a) } @import 'no';", "image a"},
       // Images and others.
       {"p { background: red url(a.png), URL('b.png') } q { behavior: url(c.htc) }",
        "image a.png, image b.png, other c.htc"},
