@@ -6,8 +6,6 @@
 
 #include "platform/api.h"
 
-#include "platform/api.h"
-
 namespace zvrsit {
 
 inline constexpr std::uint32_t LT_META_REFRESH = 0x2;

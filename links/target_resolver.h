@@ -15,7 +15,7 @@ namespace zvrsit {
 enum class TargetKind : std::uint8_t {
   kLocal,         // a path; a folder's ends in "\"
   kExternal,      // a URL
-  kNone,          // nothing to record: empty, data:, javascript:, about:, blob: (Web only)
+  kNone,          // nothing to record: data:, javascript:, about:, blob: (Web only)
   kUnresolvable,  // local, but no file can bear that name
 };
 
