@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,12 +26,17 @@ int RunSave(const Options& options, const std::string& site,
   Session session(options, Database::kMustExist);
   session.Open(site);
   std::vector<std::string> paths;
-  for (const std::string& file : files) paths.push_back(session.FileOf(file));
+  for (const std::string& file : files) {
+    paths.push_back(session.FileOf(file));
+    // The library takes a page that it cannot read for an empty one.
+    if (!std::ifstream(NativePath(paths.back()))) {
+      throw Failure(kFileSystem, NativePath(paths.back()) + ": cannot be read");
+    }
+  }
   std::vector<std::string> saved;
   for (const std::string& path : paths) {
     if (session.manager().Save(path, nullptr) != 0) {
-      session.Close();
-      throw Failure(kFileSystem, NativePath(path) + ": cannot be read");
+      throw Failure(kFileSystem, NativePath(path) + ": cannot be registered");
     }
     saved.push_back(session.Shown(path));
   }

@@ -21,6 +21,8 @@ constexpr const char* kName = "checked";
 class TemporaryFolder {
  public:
   explicit TemporaryFolder(const fs::path& base) {
+    std::error_code ignored;
+    fs::create_directories(base, ignored);
     std::random_device random;
     for (int attempt = 0; attempt < 100; ++attempt) {
       path_ = base / fmt::format("zvrsit-{:08x}{:08x}", random(), random());

@@ -27,6 +27,8 @@ void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 void AddProfileCommands(CLI::App& app, const Options& options, Run& run);
 // server list, show, set, delete
 void AddServerCommands(CLI::App& app, const Options& options, Run& run);
+// legacy add, rebuild, links, broken, peek, undo, import
+void AddLegacyCommands(CLI::App& app, const Options& options, Run& run);
 
 // The positional NAME of a site.
 void AddSiteName(CLI::App& command, std::string& name);

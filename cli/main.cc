@@ -33,12 +33,18 @@ int Perform(const Run& run) {
 
 // What is wrong with a command line, and where to read on.
 int ComplainOfUsage(const CLI::App& app, const CLI::ParseError& error) {
+  const CLI::App* at = &app;
   std::string command = app.get_name();
-  for (const CLI::App* at = &app; !at->get_subcommands().empty();) {
+  while (!at->get_subcommands().empty()) {
     at = at->get_subcommands().front();
     command += " " + at->get_name();
   }
-  return Complain(std::string(error.what()) + "; " + command + " --help tells more", kUsage);
+  std::string message = error.what();
+  const std::vector<std::string> unknown = app.remaining(true);
+  if (at->get_require_subcommand_min() > 0 && !unknown.empty()) {
+    message = "\"" + unknown.front() + "\" is no command";
+  }
+  return Complain(message + "; " + command + " --help tells more", kUsage);
 }
 
 void AddCommands(CLI::App& app, const Options& options, Run& run) {
@@ -49,6 +55,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddChangeCommands(app, options, run);
   AddProfileCommands(app, options, run);
   AddServerCommands(app, options, run);
+  AddLegacyCommands(app, options, run);
 }
 
 int Main(int argc, char** argv) {

@@ -50,7 +50,7 @@ void JsonRows::End() {
 void PrintFields(const Json& object) {
   for (const auto& [key, value] : object.items()) {
     const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-    if (!text.empty()) fmt::print("{:<16}{}\n", key, LineText(text));
+    if (!text.empty()) fmt::print("{:<18}{}\n", key, LineText(text));
   }
 }
 

@@ -31,6 +31,10 @@ std::string DefaultDatabase() {
 
 }  // namespace
 
+std::string DatabaseFolder(const Options& options) {
+  return options.database.empty() ? DefaultDatabase() : options.database;
+}
+
 std::string AbsolutePath(const std::string& native) {
   std::error_code error;
   const fs::path absolute = fs::absolute(native, error).lexically_normal();
@@ -62,7 +66,7 @@ std::vector<std::string> TakeList(std::vector<std::string*>* list) {
 }
 
 Session::Session(const Options& options, Database database) {
-  const fs::path folder = options.database.empty() ? DefaultDatabase() : options.database;
+  const fs::path folder = DatabaseFolder(options);
   std::error_code error;
   if (database == Database::kMake) {
     fs::create_directories(folder, error);

@@ -20,6 +20,9 @@ struct Options {
 // Whether a command makes a missing database.
 enum class Database { kMustExist, kMake };
 
+// The native folder of the database. Throws Failure(kUsage) when no home folder is known.
+std::string DatabaseFolder(const Options& options);
+
 class Session {
  public:
   // Locks and opens the database. Throws Failure: kDatabase when it is missing, damaged or in

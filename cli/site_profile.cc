@@ -61,7 +61,7 @@ std::string TopPath(const fs::path& folder, const std::string& top) {
 
 // Moves `path` along when it lies below the folder that moved.
 void Rebase(std::string& path, const std::string& from, const std::string& to) {
-  if (path.starts_with(from)) path = to + path.substr(from.size());
+  if (!from.empty() && path.starts_with(from)) path = to + path.substr(from.size());
 }
 
 void ChangeFolder(SiteProfile& profile, const std::string& folder) {
@@ -116,10 +116,7 @@ void AddSiteOptions(CLI::App& command, GivenSite& site) {
       ->check(CLI::IsMember({"web", "classic"}));
 }
 
-void AddSite(Session& session, const std::string& name, const GivenSite& site) {
-  if (session.manager().FindSiteProf(name) >= 0) {
-    throw Failure(kUsage, "there is a site named \"" + name + "\" already");
-  }
+SiteProfile NewProfile(Session& session, const GivenSite& site) {
   GivenSite given = site;
   const std::string folder = FolderPath(site.folder.value_or(""));
   if (!given.top) {
@@ -129,7 +126,14 @@ void AddSite(Session& session, const std::string& name, const GivenSite& site) {
   SiteProfile profile;
   profile.linkRules = LinkRules::Web;
   Apply(session, given, profile);
-  if (session.manager().SetSiteProf(name, profile) < 0) {
+  return profile;
+}
+
+void AddSite(Session& session, const std::string& name, const GivenSite& site) {
+  if (session.manager().FindSiteProf(name) >= 0) {
+    throw Failure(kUsage, "there is a site named \"" + name + "\" already");
+  }
+  if (session.manager().SetSiteProf(name, NewProfile(session, site)) < 0) {
     throw Failure(kUsage, "\"" + name + "\" cannot be the name of a site: not every system could " +
                               "have a folder of that name");
   }

@@ -1,0 +1,394 @@
+// The commands of the older generation.
+#include <fmt/core.h>
+
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/exit_code.h"
+#include "cli/legacy_session.h"
+#include "cli/rebuild.h"
+#include "cli/site_profile.h"
+#include "legacy/sit_peeper.h"
+
+namespace zvrsit::cli {
+namespace {
+
+// By type, from 1.
+constexpr const char* kTypeNames[] = {"anchor",     "image",      "map_file", "frame", "link",
+                                      "stylesheet", "background", "input",    "area",  "form",
+                                      "script",     "object",     "refresh"};
+
+const char* TypeName(int type) {
+  return type >= kSitLinkFirst && type <= kSitLinkLast ? kTypeNames[type - kSitLinkFirst] : "?";
+}
+
+Json LinkRow(const LegacyLink& link) {
+  return {{"from", JsonText(link.from)}, {"to", JsonText(link.to)}, {"kind", link.kind},
+          {"type", TypeName(link.type)}, {"code", link.type},       {"text", JsonText(link.text)},
+          {"alt", JsonText(link.alt)},   {"exists", link.exists}};
+}
+
+void PrintRow(const LegacyLink& link) {
+  fmt::print("{} -> {}  {}{}\n", LineText(link.from), LineText(link.to), TypeName(link.type),
+             link.exists ? "" : "  missing");
+}
+
+// --- add, rebuild --------------------------------------------------------------------------
+
+int RunAdd(const Options& options, const std::string& name, const GivenSite& site) {
+  LegacySession session(options, Database::kMake);
+  SitMgr& manager = session.manager();
+  if (manager.SiteProfGetID(name) >= 0) {
+    throw Failure(kUsage, "there is an older site named \"" + name + "\" already");
+  }
+  const SiteProfile profile = NewProfile(session.newer(), site);
+  SitSiteProperty property;
+  property.topFile = profile.topFile;
+  property.dir[kSlotSiteFolder] = profile.folders[kSlotSiteFolder];
+  if (manager.SetSiteProf(name, property) != 0) {
+    throw Failure(manager.GetLastError() == kSitBadArgument ? kUsage : kDatabase,
+                  "\"" + name + "\" cannot be made an older site");
+  }
+  const Json row{{"name", JsonText(name)},
+                 {"folder", JsonText(NativePath(property.dir[kSlotSiteFolder]))},
+                 {"top", JsonText(NativePath(property.topFile))}};
+  if (options.json) {
+    PrintJson(row);
+  } else {
+    PrintFields(row);
+  }
+  return kClean;
+}
+
+struct Totals {
+  long files = 0;  // not missing
+  long links = 0;
+  long broken = 0;
+  long urls = 0;
+};
+
+Totals Count(LegacySession& session) {
+  SitMgr& manager = session.manager();
+  Totals totals;
+  const int files = manager.UrlNum(kKindPath);
+  for (int i = 0; i < files; ++i) {
+    const int status = manager.GetUrlStatus({kKindPath, i});
+    if (manager.GetLastError() == kSitOk && (status & kStatusBroken) == 0) ++totals.files;
+  }
+  manager.EnumUrl(1);
+  while (std::string* url = manager.EnumUrl(0)) {
+    SitMgr::DeleteString(url);
+    ++totals.urls;
+  }
+  session.ForEachLink("", "", [&totals](const LegacyLink& link) {
+    ++totals.links;
+    if (!link.exists) ++totals.broken;
+  });
+  return totals;
+}
+
+Json TotalsRow(const Totals& totals) {
+  return {{"files", totals.files},
+          {"links", totals.links},
+          {"broken", totals.broken},
+          {"urls", totals.urls}};
+}
+
+std::string TotalsLine(const Totals& totals) {
+  return Counted(totals.files, "file", "files") + ", " + Counted(totals.links, "link", "links") +
+         ", " + std::to_string(totals.broken) + " broken, " +
+         Counted(totals.urls, "external URL", "external URLs");
+}
+
+int RunRebuild(const Options& options, const std::string& name, bool diff) {
+  LegacySession session(options, Database::kMustExist);
+  session.Open(name);
+  if (session.manager().SiteRebuildDB(diff ? 0 : 1) != 0) {
+    throw Failure(kDatabase, "the rebuild failed: the files of the site cannot be written");
+  }
+  const Totals totals = Count(session);
+  session.Close();
+  if (options.json) {
+    PrintJson(TotalsRow(totals));
+  } else {
+    fmt::print("{}\n", TotalsLine(totals));
+  }
+  return kClean;
+}
+
+// --- links, broken -------------------------------------------------------------------------
+
+struct LinkQuery {
+  std::string site;
+  std::string from;
+  std::string to;
+};
+
+// Prints the links that `wanted` holds for; their number.
+template <class Wanted>
+long PrintLinks(const Options& options, const LinkQuery& query, Wanted wanted) {
+  LegacySession session(options, Database::kMustExist);
+  session.Open(query.site);
+  JsonRows rows;
+  long count = 0;
+  session.ForEachLink(query.from, query.to, [&](const LegacyLink& link) {
+    if (!wanted(link)) return;
+    ++count;
+    if (options.json) {
+      rows.Add(LinkRow(link));
+    } else {
+      PrintRow(link);
+    }
+  });
+  if (options.json) rows.End();
+  return count;
+}
+
+int RunLinks(const Options& options, const LinkQuery& query) {
+  PrintLinks(options, query, [](const LegacyLink&) { return true; });
+  return kClean;
+}
+
+int RunBroken(const Options& options, const LinkQuery& query) {
+  const long count =
+      PrintLinks(options, query, [](const LegacyLink& link) { return !link.exists; });
+  return count == 0 ? kClean : kFindings;
+}
+
+// --- peek ----------------------------------------------------------------------------------
+
+int RunPeek(const Options& options, const std::string& asked) {
+  LegacySession session(options, Database::kMustExist);
+  SitPeeper peeper;
+  session.Share(peeper);
+  const bool isSite = session.manager().SiteProfGetID(asked) >= 0;
+  auto* const list = isSite ? peeper.EnumPath(asked) : peeper.GetSiteByPath(AbsolutePath(asked));
+  if (list == nullptr) throw Failure(kDatabase, "the files of \"" + asked + "\" cannot be read");
+  Json names = Json::array();
+  for (const std::string& name : TakeList(list)) {
+    names.push_back(JsonText(isSite ? NativePath(name) : name));
+    if (!options.json) fmt::print("{}\n", LineText(isSite ? NativePath(name) : name));
+  }
+  if (options.json) PrintJson({{isSite ? "files" : "sites", names}});
+  return kClean;
+}
+
+// --- undo ----------------------------------------------------------------------------------
+
+std::vector<std::string> SplitWords(const std::string& line) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> std::quoted(word);) words.push_back(word);
+  return words;
+}
+
+void Perform(LegacySession& session, const std::vector<std::string>& words) {
+  SitMgr& manager = session.manager();
+  const std::string& verb = words.front();
+  int result = -1;
+  if (verb == "undo" && words.size() == 1) {
+    result = manager.Undo();
+  } else if (verb == "save" && words.size() == 2) {
+    result = manager.Save(session.FileOf(words[1]));
+  } else if (verb == "rm" && words.size() == 2) {
+    result = manager.Remove(session.EntryOf(words[1]));
+  } else if (verb == "mv" && words.size() == 3) {
+    result = manager.Move(session.EntryOf(words[1]), session.FileOf(words[2]));
+  } else {
+    throw Failure(kUsage, "\"" + verb + "\" is not save FILE, rm FILE, mv FROM TO or undo");
+  }
+  if (result == 0) return;
+  const int error = manager.GetLastError();
+  throw Failure(kDatabase, verb + " failed with error " + std::to_string(error));
+}
+
+// The history lives as long as a site is open, so changes and undo share one run.
+int RunUndo(const Options& options, const std::string& name) {
+  LegacySession session(options, Database::kMustExist);
+  session.Open(name);
+  JsonRows rows;
+  int number = 0;
+  for (std::string line; std::getline(std::cin, line);) {
+    ++number;
+    const std::vector<std::string> words = SplitWords(line);
+    if (words.empty()) continue;
+    try {
+      Perform(session, words);
+    } catch (const Failure& failure) {
+      throw Failure(failure.code(), "line " + std::to_string(number) + ": " + failure.what());
+    }
+    const Totals totals = Count(session);
+    if (options.json) {
+      Json row{{"did", JsonText(line)}};
+      row.update(TotalsRow(totals));
+      rows.Add(row);
+    } else {
+      fmt::print("{}: {}\n", LineText(line), TotalsLine(totals));
+    }
+  }
+  session.Close();
+  if (options.json) rows.End();
+  return kClean;
+}
+
+// --- import --------------------------------------------------------------------------------
+
+// The server profile of that name in the newer generation; a different one that is there is kept.
+void CarryServer(LegacySession& session, const std::string& name) {
+  SitServProperty old;
+  if (session.manager().GetServProf(name, old) != 0) return;
+  ServProfile server;
+  server.host = old.host;
+  server.user = old.user;
+  server.password = old.password;
+  server.dir = old.dir;
+  server.firewall = old.firewall;
+  server.firewallHost = old.firewallHost;
+  server.firewallUser = old.firewallUser;
+  server.firewallPassword = old.firewallPassword;
+  server.transferType = old.fxferType;
+  server.initDirMode = old.initDirMode;
+  server.lockDir = old.lockDir;
+  server.initRemoteDir = old.initRemoteDir;
+  server.mruDirRemote = old.mruDirRemote;
+  server.mruDirLocal = old.mruDirLocal;
+  server.asciiSuffix = old.asciiSuffix;
+  SiteMgr& newer = session.newer().manager();
+  ServProfile present;
+  if (newer.GetServProf(name, present) == 0) {
+    if (present != server) Warn("the server \"" + name + "\" differs and is kept as it is");
+  } else if (newer.SetServProf(name, server) != 0) {
+    throw Failure(kDatabase, "the profile of the server \"" + name + "\" cannot be written");
+  }
+}
+
+GivenSite AsGiven(LegacySession& session, const SitSiteProperty& old) {
+  GivenSite given;
+  given.folder = NativePath(old.dir[kSlotSiteFolder]);
+  if (!old.topFile.empty()) given.top = NativePath(old.topFile);
+  if (old.useDocRoot != 0 && !old.dir[kSlotDocumentRoot].empty()) {
+    given.docRoot = NativePath(old.dir[kSlotDocumentRoot]);
+  }
+  given.liveUrl = old.dir[kSlotLiveUrl];
+  ServProfile server;
+  if (session.newer().manager().GetServProf(old.servProf, server) == 0) {
+    given.server = old.servProf;
+  } else if (!old.servProf.empty()) {
+    Warn("there is no server named \"" + old.servProf + "\"; the site comes without it");
+  }
+  return given;
+}
+
+int RunImport(const Options& options, const std::string& name) {
+  LegacySession session(options, Database::kMustExist);
+  const SitSiteProperty old = session.Profile(name);
+  Session& newer = session.newer();
+  if (newer.manager().FindSiteProf(name) < 0 && !old.servProf.empty()) {
+    CarryServer(session, old.servProf);
+  }
+  AddSite(newer, name, AsGiven(session, old));
+  SiteProfile profile = ReadProfile(newer, name);
+  for (std::size_t slot = 0; slot < old.dir.size(); ++slot) {
+    if (profile.folders[slot].empty()) profile.folders[slot] = old.dir[slot];
+  }
+  if (newer.manager().SetSiteProf(name, profile) < 0) {
+    throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
+  }
+  newer.Open(name);
+  const int code = RebuildSite(newer, true);
+  const SiteTotals totals = CountSite(newer);
+  newer.Close();
+  if (options.json) {
+    PrintJson(TotalsAsJson(totals));
+  } else {
+    PrintTotals(totals);
+  }
+  return code;
+}
+
+// --- the command line ----------------------------------------------------------------------
+
+void AddMaking(CLI::App& legacy, const Options& options, Run& run) {
+  const auto name = std::make_shared<std::string>();
+  const auto site = std::make_shared<GivenSite>();
+  CLI::App* add = legacy.add_subcommand("add", "Register a folder as an older site");
+  AddSiteName(*add, *name);
+  AddGiven(*add, "FOLDER", site->folder, "the folder of the site")->option_text(" ")->required();
+  AddGiven(*add, "--top", site->top, "the home page; by default index.html and its like")
+      ->option_text("FILE");
+  add->callback([&options, &run, name, site] {
+    run = [&options, name, site] { return RunAdd(options, *name, *site); };
+  });
+
+  const auto diff = std::make_shared<bool>(false);
+  CLI::App* rebuild = legacy.add_subcommand("rebuild", "Read a whole site anew from disk");
+  AddSiteName(*rebuild, *name);
+  rebuild->add_flag("--diff", *diff, "let the entries of files keep their numbers");
+  rebuild->callback([&options, &run, name, diff] {
+    run = [&options, name, diff] { return RunRebuild(options, *name, *diff); };
+  });
+
+  CLI::App* import = legacy.add_subcommand(
+      "import", "Carry a site and its profiles over into the newer generation, and rebuild it");
+  AddSiteName(*import, *name);
+  import->callback(
+      [&options, &run, name] { run = [&options, name] { return RunImport(options, *name);
+};
+}  // namespace
+);
+}  // namespace zvrsit::cli
+
+void AddQuestions(CLI::App& legacy, const Options& options, Run& run) {
+  const auto query = std::make_shared<LinkQuery>();
+  CLI::App* links = legacy.add_subcommand("links", "List links: what links where");
+  AddSiteName(*links, query->site);
+  CLI::Option* from = links->add_option("--from", query->from, "only links of this file");
+  from->option_text("FILE");
+  links->add_option("--to", query->to, "only links to this file, or to this external URL")
+      ->option_text("FILE")
+      ->excludes(from);
+  links->callback(
+      [&options, &run, query] { run = [&options, query] { return RunLinks(options, *query); }; });
+
+  CLI::App* broken = legacy.add_subcommand("broken", "List links to files that are not there");
+  AddSiteName(*broken, query->site);
+  broken->callback(
+      [&options, &run, query] { run = [&options, query] { return RunBroken(options, *query); }; });
+
+  const auto asked = std::make_shared<std::string>();
+  CLI::App* peek = legacy.add_subcommand(
+      "peek", "List the files of a site, or the sites that hold a file, without opening one");
+  peek->add_option("NAME", *asked, "the name of a site, or a file")->option_text(" ")->required();
+  peek->callback(
+      [&options, &run, asked] { run = [&options, asked] { return RunPeek(options, *asked); }; });
+}
+
+void AddUndo(CLI::App& legacy, const Options& options, Run& run) {
+  const auto name = std::make_shared<std::string>();
+  CLI::App* undo =
+      legacy.add_subcommand("undo", "Make changes that can be taken back, read line by line");
+  AddSiteName(*undo, *name);
+  undo->footer(
+      "Standard input holds a change a line: save FILE, rm FILE, mv FROM TO, or undo, which takes\n"
+      "the newest change back that is left. Names with spaces stand in double quotes. After each\n"
+      "line the totals are printed. What is not taken back by the end stays.");
+  undo->callback(
+      [&options, &run, name] { run = [&options, name] { return RunUndo(options, *name); }; });
+}
+
+}  // namespace
+
+void AddLegacyCommands(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* legacy = app.add_subcommand(
+      "legacy", "Sites of the older generation, in the folder legacy of the database");
+  legacy->require_subcommand(1);
+  AddMaking(*legacy, options, run);
+  AddQuestions(*legacy, options, run);
+  AddUndo(*legacy, options, run);
+}
+
+}  // namespace zvrsit::cli

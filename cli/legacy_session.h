@@ -1,0 +1,71 @@
+// One run of the program on a database of the older generation, which lies in the folder `legacy`
+// of the database and shares its lock.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "cli/output.h"
+#include "cli/session.h"
+#include "legacy/sit_mgr.h"
+
+namespace zvrsit::cli {
+
+// One link of an older site. Names are shown as Session::Shown shows them.
+struct LegacyLink {
+  std::string from;
+  std::string to;
+  int kind = 0;  // of the target: 2 a file, 3 a URL
+  int type = 0;  // 1 to 13
+  std::string text;
+  std::string alt;
+  bool exists = false;
+};
+
+class LegacySession {
+ public:
+  // As Session; kMake makes both databases.
+  LegacySession(const Options& options, Database database);
+  // Closes the site if one is open, which packs its files.
+  ~LegacySession();
+  LegacySession(const LegacySession&) = delete;
+  LegacySession& operator=(const LegacySession&) = delete;
+
+  SitMgr& manager() { return manager_; }
+  // The newer generation's side of the same database.
+  Session& newer() { return newer_; }
+  // Lets another manager into the profiles.
+  void Share(SitMgrBase& other) const;
+
+  // The profile of a site; throws Failure(kUsage) when there is none of that name.
+  SitSiteProperty Profile(const std::string& name);
+  // Opens a site; throws Failure: kUsage as above, kDatabase when its files cannot be opened.
+  void Open(const std::string& name);
+  // Throws Failure(kDatabase).
+  void Close();
+
+  std::string Shown(const std::string& path) const;
+  // What the user means by `native`, relative to the working folder or to the site folder: a file
+  // that is there, else Failure(kFileSystem); or an entry of the site, a URL among them, else
+  // Failure(kUsage).
+  std::string FileOf(const std::string& native) const;
+  std::string EntryOf(const std::string& native);
+
+  // Calls `each` for every link, or for those from or to an entry; an empty text means any.
+  using EachLink = std::function<void(const LegacyLink&)>;
+  void ForEachLink(const std::string& from, const std::string& to, const EachLink& each);
+
+ private:
+  std::array<std::string, 2> Candidates(const std::string& native) const;
+  bool ReadLink(int number, LegacyLink& link);
+
+  Session newer_;
+  std::string folder_;  // `\` path with "\" at the end
+  SitMgr manager_;
+  std::string siteFolder_;
+  std::string nativeSiteFolder_;
+};
+
+}  // namespace zvrsit::cli

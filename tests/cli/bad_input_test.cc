@@ -1,0 +1,154 @@
+// Sites that are damaged, hostile or gone.
+#include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "cli/program.h"
+
+namespace zvrsit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Repeat(const std::string& text, int count) {
+  std::string all;
+  all.reserve(text.size() * static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST(BadInput, ASiteThatIsGone) {
+  const Program program;
+  program.Page("home.html", "");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  for (const char* name : {"site/home.html", "site"}) {
+    fs::rename(program.folder.native(name), program.folder.native("away"));
+    for (const Words& words : {Words{"rebuild", "demo"}, Words{"links", "demo"}}) {
+      const Outcome outcome = program.Run(words);
+      EXPECT_EQ(outcome.code, 4);
+      EXPECT_TRUE(outcome.complains(program.folder.native(name))) << outcome.err;
+    }
+    fs::rename(program.folder.native("away"), program.folder.native(name));
+  }
+  EXPECT_EQ(program.Run({"links", "demo"}).code, 0);
+}
+
+// From here on the programs that are run obey the permissions of files, also those of root.
+bool ObeyPermissions() {
+  if (geteuid() != 0) return true;
+  return prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0) == 0 &&
+         prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0) == 0;
+}
+
+// What cannot be read is named; all the rest has its links.
+TEST(BadInput, PagesAndFoldersThatCannotBeRead) {
+  if (!ObeyPermissions()) GTEST_SKIP() << "this system lets the program read everything";
+  const Program program;
+  program.Page("index.html", "<a href=locked.html><a href=in/a.html><a href=z.html>");
+  program.Page("locked.html", "<a href=index.html>");
+  program.Page("in/a.html", "<a href=../index.html>");
+  program.Page("z.html", "<a href=index.html>");
+  const std::string page = program.folder.native("site/locked.html");
+  const std::string inside = program.folder.native("site/in");
+  chmod(page.c_str(), 0);
+  const Outcome rebuilt = program.Build("demo");
+  EXPECT_EQ(rebuilt.code, 4);
+  EXPECT_TRUE(rebuilt.complains(page)) << rebuilt.err;
+  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 5u);
+  const Outcome saved = program.Run({"save", "demo", page});
+  EXPECT_EQ(saved.code, 4);
+  EXPECT_TRUE(saved.complains(page)) << saved.err;
+  chmod(page.c_str(), 0600);
+  EXPECT_EQ(program.Run({"save", "demo", page}).code, 0);
+
+  chmod(inside.c_str(), 0);
+  const Outcome again = program.Run({"rebuild", "demo"});
+  chmod(inside.c_str(), 0700);
+  EXPECT_EQ(again.code, 4);
+  EXPECT_TRUE(again.complains(inside)) << again.err;
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 6u);
+}
+
+TEST(BadInput, LinksPipesAndLoopsOfTheFileSystem) {
+  const Program program;
+  program.Page("index.html", "<a href=dangling.html><a href=pipe.html><a href=in/index.html>");
+  program.Page("in/index.html", "<a href=../index.html>");
+  fs::create_symlink("nowhere", program.folder.native("site/dangling.html"));
+  fs::create_symlink("..", program.folder.native("site/in/up"));
+  fs::create_symlink("self", program.folder.native("site/self"));
+  ASSERT_EQ(mkfifo(program.folder.native("site/pipe.html").c_str(), 0600), 0);
+  const Outcome checked = program.Run({"check", program.folder.native("site"), "--format", "json"});
+  EXPECT_EQ(checked.code, 1) << checked.err;
+  EXPECT_EQ(checked.json()["pages"], 2);
+  EXPECT_EQ(checked.json()["broken"].size(), 2u);
+}
+
+TEST(BadInput, NamesThatNeedCare) {
+  const Program program;
+  program.Page("index.html",
+               "<a href='a%20b.html'><a href='a b.html'><a href='100%25.html'><a href='q\".html'>"
+               "<a href=\"q'.html\"><a href='new%0Aline.html'><a href='%C3%A9.html'>"
+               "<a href='%1b[31m.html'><a href='back%5Cslash.html'>");
+  for (const char* name : {"a b.html", "100%.html", "q\".html", "q'.html", "new\nline.html",
+                           "\xC3\xA9.html", "\x1b[31m.html", "back\\slash.html"}) {
+    program.Page(name, "<a href=index.html>");
+  }
+  ASSERT_EQ(program.Build("demo").code, 0);
+  EXPECT_EQ(program.Ask({"links", "demo", "--to", "index.html"}).size(), 7u);
+  EXPECT_EQ(program.Ask({"links", "demo", "--to", "a b.html"}).size(), 2u);
+  EXPECT_EQ(program.Ask({"links", "demo", "--to", "new\nline.html"}).size(), 1u);
+  const Outcome text = program.Run({"files", "demo"});
+  EXPECT_NE(text.out.find("new\\nline.html\n"), std::string::npos);
+  EXPECT_EQ(text.out.find('\x1b'), std::string::npos);
+  const Outcome slash = program.Run({"links", "demo", "--from", "back\\slash.html"});
+  EXPECT_EQ(slash.code, 2);
+  EXPECT_TRUE(slash.complains());
+}
+
+TEST(BadInput, PagesOfEveryShape) {
+  const Program program;
+  const std::string link = "<a href=last.html>";
+  std::string binary;
+  for (int i = 0; i < 100000; ++i) binary += static_cast<char>(i * 37 >> 3);
+  program.Page("index.html", link);
+  program.Page("last.html", "");
+  program.Page("empty.html", "");
+  program.Page("binary.html", binary);
+  program.Page("large.html", Repeat("<p>some text of a page &amp; more", 20 << 15) + link);
+  program.Page("nested.html", Repeat("<div>", 300000) + link);
+  program.Page("closed.html", Repeat("<b>", 300000) + Repeat("</i>", 300000) + link);
+  program.Page("attributes.html", "<p" + Repeat(" a", 1000000) + ">" + link);
+  std::string distinct = "<p";
+  for (int i = 0; i < 1000000; ++i) distinct += " a" + std::to_string(i) + "=1";
+  program.Page("distinct.html", distinct + ">" + link);
+  program.Page("text.html", "<a href='last.html?" + Repeat("x", 1 << 20) + "'>");
+  program.Page("unclosed.html", link + "<!--" + Repeat("<a href=no>", 1000));
+  program.Page("sheet.css", Repeat("a{b:url(", 100000) + Repeat("@import '", 100000));
+  const Outcome rebuilt = program.Build("demo");
+  EXPECT_EQ(rebuilt.code, 0) << rebuilt.err;
+  const Json links = program.Ask({"links", "demo", "--to", "last.html"});
+  EXPECT_EQ(links.size(), 8u);
+  std::size_t longest = 0;
+  for (const Json& row : links) {
+    longest = std::max(longest, row["text"].get_ref<const std::string&>().size());
+  }
+  EXPECT_EQ(longest, std::string("last.html?").size() + (1 << 20));
+}
+
+// Whatever is checked, and however it ends, no temporary database is left.
+TEST(BadInput, ACheckLeavesNothingBehind) {
+  const Program program;
+  program.Page("deep/down/page.html", "<a href=nix>");
+  program.folder.makeFolder("empty");
+  EXPECT_EQ(program.Run({"check", program.folder.native("site")}).code, 1);
+  const Outcome none = program.Run({"check", program.folder.native("empty")});
+  EXPECT_EQ(none.code, 4);
+  EXPECT_TRUE(none.complains("no page"));
+  EXPECT_TRUE(fs::is_empty(program.folder.native("db")));
+}
+
+}  // namespace
+}  // namespace zvrsit::test

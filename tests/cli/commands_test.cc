@@ -1,0 +1,280 @@
+// The commands, their options and exit codes.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/file.h>
+
+#include "cli/program.h"
+
+namespace zvrsit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(Commands, SayInOneLineWhatIsWrong) {
+  const Program program;
+  program.Page("index.html", "<a href=x.html>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const std::string site = program.folder.native("site");
+  const struct {
+    Words words;
+    int code;
+    std::string part;
+  } rows[] = {
+      {{}, 2, "subcommand"},
+      {{"nonsense"}, 2, "nonsense"},
+      {{"links"}, 2, "NAME"},
+      {{"sites", "--rules", "web"}, 2, "--rules"},
+      {{"sites", "--format", "xml"}, 2, "xml"},
+      {{"links", "demo", "--from", "a", "--to", "b"}, 2, "--to"},
+      {{"links", "nobody"}, 2, "nobody"},
+      {{"links", "demo", "--from", "nix.html"}, 2, "nix.html"},
+      {{"add", "demo", site}, 2, "demo"},
+      {{"add", "..", site}, 2, ".."},
+      {{"add", "a/b", site}, 2, "a/b"},
+      {{"add", "", site}, 2, "name"},
+      {{"add", "new", site, "--rules", "loose"}, 2, "loose"},
+      {{"add", "new", site + "/nix"}, 4, "nix"},
+      {{"add", "new", site, "--top", "nix.htm"}, 4, "nix.htm"},
+      {{"add", "new", site, "--doc-root", "/nix"}, 4, "/nix"},
+      {{"check", site + "/index.html"}, 4, "index.html"},
+      {{"save", "demo", "nix.html"}, 4, "nix.html"},
+      {{"save", "demo", program.folder.native("db/sites.R")}, 2, "outside"},
+      {{"rm", "demo", "index.html"}, 4, "still there"},
+      {{"mv", "demo", "nix.html", "index.html"}, 2, "nix.html"},
+      {{"site", "show", "nobody"}, 2, "nobody"},
+      {{"site", "rename", "demo", "a/b"}, 2, "a/b"},
+      {{"site", "set", "demo", "--server", "nowhere"}, 2, "nowhere"},
+      {{"server", "show", "nowhere"}, 2, "nowhere"},
+      {{"server", "set", "new", "--password"}, 2, "password"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = program.Run(row.words);
+    EXPECT_EQ(outcome.code, row.code) << Json(row.words);
+    EXPECT_TRUE(outcome.complains(row.part)) << Json(row.words) << outcome.err;
+    EXPECT_EQ(outcome.out, "") << Json(row.words);
+  }
+  EXPECT_EQ(program.Ask({"sites"}).size(), 1u);
+}
+
+TEST(Commands, AMissingDatabaseIsNotMade) {
+  const Program program;
+  const Outcome outcome = program.Run({"sites"});
+  EXPECT_EQ(outcome.code, 3);
+  EXPECT_TRUE(outcome.complains("no database"));
+  EXPECT_FALSE(program.folder.has("db"));
+}
+
+TEST(Commands, TakeCommonOptionsBeforeAndAfter) {
+  const Program program;
+  program.Page("index.html", "<title>T</title>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const std::string db = program.folder.native("db");
+  const Outcome before =
+      Process(program.folder, {"--db", db, "--format", "json", "files", "demo"}).Wait();
+  const Outcome after =
+      Process(program.folder, {"files", "demo", "--format", "json", "--db", db}).Wait();
+  EXPECT_EQ(before.out, after.out);
+  EXPECT_EQ(before.json()[0]["title"], "T");
+}
+
+TEST(Commands, AnswerInJson) {
+  const Program program;
+  program.Page("index.html",
+               "<title>\"A\"</title>\n<a href=b.html>\n<a href=b.html><img src=no.gif alt=No>"
+               "<a href=http://example.org/>");
+  program.Page("b.html", "");
+  program.Page("alone.html", "");
+  ASSERT_EQ(program.Build("demo").code, 0);
+
+  const Json links = program.Ask({"links", "demo"});
+  ASSERT_EQ(links.size(), 3u);
+  EXPECT_EQ(links[0].dump(),
+            R"({"from":"index.html","to":"b.html","kind":2,"type":"LT_ANCHOR","code":64,)"
+            R"("text":"b.html","alt":"","count":2,"exists":true})");
+  EXPECT_EQ(program.Ask({"links", "demo", "--from", "index.html"}), links);
+  EXPECT_EQ(program.Ask({"links", "demo", "--to", "b.html"}), Json::array({links[0]}));
+  const Json away = program.Ask({"links", "demo", "--to", "http://example.org/"});
+  ASSERT_EQ(away.size(), 1u);
+  EXPECT_EQ(away[0]["kind"], 3);
+
+  const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
+  EXPECT_EQ(broken.code, 1);
+  ASSERT_EQ(broken.json().size(), 1u);
+  EXPECT_EQ(broken.json()[0]["to"], "no.gif");
+  EXPECT_EQ(broken.json()[0]["alt"], "No");
+  EXPECT_EQ(broken.json()[0]["line"], 3);
+  EXPECT_EQ(broken.json()[0]["exists"], false);
+
+  EXPECT_EQ(program.Ask({"unused", "demo"})[0]["name"], "alone.html");
+  EXPECT_EQ(program.Ask({"unused", "demo"}).size(), 1u);
+  EXPECT_EQ(program.Ask({"urls", "demo"}).dump(), R"([{"name":"http://example.org/"}])");
+  EXPECT_EQ(program.Ask({"family", "demo"}).size(), 3u);
+  EXPECT_EQ(program.Ask({"files", "demo"}).size(), 4u);
+
+  const Outcome check = program.Run({"check", program.folder.native("site"), "--format", "json"});
+  EXPECT_EQ(check.code, 1);
+  EXPECT_EQ(check.json()["pages"], 3);
+  EXPECT_EQ(check.json()["broken"], broken.json());
+}
+
+// A rebuild of what did not change changes nothing: under the web rules from the first one on,
+// under the classic ones from the second.
+TEST(Commands, ARebuildGivesTheSameAgain) {
+  for (const char* rules : {"web", "classic"}) {
+    const Program program;
+    program.CopyExample();
+    const Outcome first = program.Build("demo", {"--rules", rules, "--default-url", "index.htm"});
+    ASSERT_EQ(first.code, rules == std::string("web") ? 0 : 4) << first.err;
+    EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+    const auto tables = [&] {
+      std::string all;
+      for (const char* command : {"links", "files", "urls", "family", "unused"}) {
+        all += program.Run({command, "demo", "--format", "json"}).out;
+      }
+      return all;
+    };
+    const std::string before = tables();
+    EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+    EXPECT_EQ(tables(), before) << rules;
+    EXPECT_EQ(program.Run({"rebuild", "demo", "--diff"}).code, 0);
+    EXPECT_EQ(tables(), before) << rules;
+  }
+}
+
+// Saves, removals and moves told to the database leave it as a rebuild would.
+TEST(Commands, FollowChangesOnDisk) {
+  const Program program;
+  program.Page("index.html", "<a href=a.html><a href=b.html>");
+  program.Page("a.html", "");
+  program.Page("b.html", "<a href=a.html>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  fs::rename(program.folder.native("site/b.html"), program.folder.native("site/c.html"));
+  EXPECT_EQ(program.Ask({"mv", "demo", "b.html", "c.html"})["moved"],
+            Json::array({"b.html", "c.html"}));
+  program.Page("index.html", "<a href=c.html>");
+  const std::string page = program.folder.native("site/index.html");
+  EXPECT_EQ(program.Ask({"save", "demo", page})["saved"], Json::array({"index.html"}));
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 0);
+  fs::remove(program.folder.native("site/a.html"));
+  EXPECT_EQ(program.Ask({"rm", "demo", "a.html"})["removed"], Json::array({"a.html"}));
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 1);
+  EXPECT_EQ(program.Ask({"family", "demo"}).size(), 3u);
+
+  const auto links = [&] {
+    Words lines;
+    for (const Json& link : program.Ask({"links", "demo"})) lines.push_back(link.dump());
+    std::sort(lines.begin(), lines.end());
+    return lines;
+  };
+  const Words told = links();
+  EXPECT_EQ(told.size(), 2u);
+  EXPECT_EQ(program.Run({"rebuild", "demo", "--diff"}).code, 0);
+  EXPECT_EQ(links(), told);
+}
+
+TEST(Commands, ShowAndChangeProfiles) {
+  const Program program;
+  program.Page("index.html", "<a href=/a.html>");
+  program.Page("a.html", "");
+  ASSERT_EQ(program.Build("demo", {"--rules", "classic"}).code, 0);
+  const Outcome set = program.Run({"server", "set", "host", "--host", "ftp.example.org",
+                                   "--transfer-type", "2", "--password", "--format", "json"},
+                                  "the secret\n");
+  EXPECT_EQ(set.json()["password"], true);
+  EXPECT_EQ(program.Ask({"server", "list"}), Json::array({set.json()}));
+  for (const Words& words : {Words{"server", "list"}, Words{"server", "show", "host"}}) {
+    const Outcome shown = program.Run(words);
+    EXPECT_NE(shown.out.find("ftp.example.org"), std::string::npos);
+    EXPECT_EQ(shown.out.find("secret"), std::string::npos);
+  }
+  EXPECT_EQ(program.folder.read("db/servers.S").find("secret"), std::string::npos);
+
+  const Json site = program.Ask({"site", "show", "demo"});
+  EXPECT_EQ(site["rules"], "classic");
+  EXPECT_EQ(site["state"], "rebuilt");
+  EXPECT_EQ(program.Ask({"site", "set", "demo", "--server", "host"})["state"], "rebuilt");
+  EXPECT_EQ(program.Ask({"site", "rename", "demo", "moved"})["server"], "host");
+  fs::rename(program.folder.native("site"), program.folder.native("elsewhere"));
+  EXPECT_EQ(program.Run({"rebuild", "moved"}).code, 4);
+  const Json moved =
+      program.Ask({"site", "set", "moved", "--folder", program.folder.native("elsewhere")});
+  EXPECT_EQ(moved["top"], program.folder.native("elsewhere/index.html"));
+  EXPECT_EQ(moved["live_url"], "");
+  EXPECT_EQ(moved["state"], "to be rebuilt");
+  EXPECT_TRUE(program.Run({"links", "moved"}).complains("rebuild"));
+  EXPECT_EQ(program.Run({"rebuild", "moved"}).code, 0);
+  EXPECT_EQ(program.Ask({"files", "moved"}).size(), 2u);
+  EXPECT_EQ(program.Run({"site", "delete", "moved"}).code, 0);
+  EXPECT_EQ(program.Run({"server", "delete", "host"}).code, 0);
+  EXPECT_FALSE(program.folder.has("db/moved"));
+  EXPECT_EQ(program.Ask({"sites"}), Json::array());
+}
+
+// Another process on the database is waited for, but not for ever.
+TEST(Commands, OneProcessAtATime) {
+  const Program program;
+  program.Page("index.html", "");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const int lock = open(program.folder.native("db/lock").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+  const Outcome refused = program.Run({"sites"});
+  EXPECT_EQ(refused.code, 3);
+  EXPECT_TRUE(refused.complains("in use"));
+  std::thread release([lock] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    close(lock);
+  });
+  EXPECT_EQ(program.Run({"sites"}).code, 0);
+  release.join();
+}
+
+// Interrupted at the first sight of the progress bar, which only a terminal is shown.
+TEST(Commands, AnInterruptedRebuildCanBeRepeated) {
+  const Program program;
+  program.Page("index.html", "");
+  std::string links;
+  for (int i = 0; i < 300; ++i) links += "<a href=p" + std::to_string(i) + ".html>";
+  for (int i = 0; i < 1500; ++i) program.Page("p" + std::to_string(i) + ".html", links);
+  ASSERT_EQ(program.Run({"add", "demo", program.folder.native("site")}).code, 0);
+
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+  Process rebuild(program.folder, {"rebuild", "demo", "--db", program.folder.native("db")}, "",
+                  ptsname(terminal));
+  std::string seen;
+  char buffer[4096];
+  while (seen.find('%') == std::string::npos) {
+    const ssize_t count = read(terminal, buffer, sizeof buffer);
+    ASSERT_GT(count, 0);
+    seen.append(buffer, static_cast<std::size_t>(count));
+  }
+  rebuild.Interrupt();
+  std::thread drain([&] {
+    for (ssize_t count; (count = read(terminal, buffer, sizeof buffer)) > 0;) {
+      seen.append(buffer, static_cast<std::size_t>(count));
+    }
+  });
+  EXPECT_EQ(rebuild.Wait().code, 4);
+  drain.join();
+  close(terminal);
+  EXPECT_NE(seen.find("interrupted"), std::string::npos);
+  EXPECT_EQ(program.Ask({"sites"})[0]["state"], "last rebuild failed");
+  EXPECT_TRUE(program.Run({"urls", "demo"}).complains("rebuild"));
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 0);
+}
+
+TEST(Commands, SayWhenTheirOutputIsLost) {
+  const Program program;
+  program.Page("index.html", "<a href=x>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const Outcome outcome =
+      Process(program.folder, {"links", "demo", "--db", program.folder.native("db")}, "", "",
+              "/dev/full")
+          .Wait();
+  EXPECT_EQ(outcome.code, 4);
+  EXPECT_TRUE(outcome.complains("output"));
+}
+
+}  // namespace
+}  // namespace zvrsit::test

@@ -1,0 +1,80 @@
+// Databases that something else has written into.
+#include <gtest/gtest.h>
+
+#include "cli/program.h"
+
+namespace zvrsit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+Words FilesBelow(const std::string& folder) {
+  Words files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file() && entry.file_size() > 0) files.push_back(entry.path().string());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+// The bytes cut short at telling places, and with words spoiled all over.
+Words Damages(const std::string& bytes) {
+  Words damaged;
+  for (const std::size_t length :
+       {std::size_t{0}, std::size_t{5}, std::size_t{24}, bytes.size() / 2, bytes.size() - 1}) {
+    damaged.push_back(bytes.substr(0, std::min(length, bytes.size())));
+  }
+  const std::size_t step = std::max<std::size_t>(bytes.size() / 6, 4) & ~std::size_t{3};
+  std::uint32_t word = 0xFFFFFFFF;
+  for (std::size_t at = 16; at + 4 <= bytes.size(); at += step) {
+    damaged.push_back(bytes);
+    damaged.back().replace(at, 4, Word(word));
+    word ^= 0x8000000F;  // turns into the most and back
+  }
+  return damaged;
+}
+
+// Never a crash or a hang; and what can be mended by a rebuild is not made worse by asking.
+TEST(Damage, EndsInAnAnswerOrOneLine) {
+  const Program program;
+  program.Page("index.html", "<title>T</title><a name=n><a href=a.html><a href=http://x.org/>");
+  program.Page("a.html", "<a href=index.html><img src=no.gif>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const std::string links = program.Run({"links", "demo", "--format", "json"}).out;
+  const std::string db = program.folder.native("db");
+  const std::string copy = program.folder.native("copy");
+  fs::copy(db, copy, fs::copy_options::recursive);
+  const Words files = FilesBelow(db);
+  ASSERT_GE(files.size(), 12u);
+  for (const std::string& file : files) {
+    for (const std::string& damaged : Damages(ReadWhole(file))) {
+      WriteWhole(file, damaged);
+      for (const char* command : {"family", "rebuild"}) {
+        const Outcome outcome = program.Run({command, "demo"});
+        EXPECT_GE(outcome.code, 0) << file << " " << command << ToHex(damaged.substr(0, 64));
+        EXPECT_TRUE(outcome.code < 2 || outcome.complains()) << outcome.err;
+      }
+      fs::remove_all(db);
+      fs::copy(copy, db, fs::copy_options::recursive);
+    }
+  }
+  EXPECT_EQ(program.Run({"links", "demo", "--format", "json"}).out, links);
+}
+
+// The program tells how a site whose tables are lost comes back, and that is true.
+TEST(Damage, LostTablesComeBackWithARebuild) {
+  const Program program;
+  program.Page("index.html", "<a href=a.html>");
+  program.Page("a.html", "");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  program.folder.write("db/demo/LR", std::string(100, 'x'));
+  const Outcome damaged = program.Run({"links", "demo"});
+  EXPECT_EQ(damaged.code, 3);
+  EXPECT_TRUE(damaged.complains(program.folder.native("db/demo"))) << damaged.err;
+  for (const std::string& file : FilesBelow(program.folder.native("db/demo"))) fs::remove(file);
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 1u);
+}
+
+}  // namespace
+}  // namespace zvrsit::test
