@@ -40,7 +40,7 @@ function(zvrsit_room target)
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_compile_definitions(${target} PRIVATE ZVRSIT_BUILDING)
+  target_compile_definitions(${target} PRIVATE ZVRSIT_BUILDING INTERFACE ZVRSIT_STATIC)
   target_link_libraries(${target} PUBLIC zvrsit_flags ${ROOM_USES})
 endfunction()
 

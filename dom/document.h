@@ -61,7 +61,7 @@ class ZVRSIT_API Attribute {
   std::string_view name() const;
   Attr attr() const { return record_->attr; }
   // The bytes of the page, without quotes, nothing decoded; empty for an attribute without "=".
-  std::string_view rawValue() const;
+  inline std::string_view rawValue() const;
   // With character references decoded, line ends made "\n" and NULs replaced, in the code page.
   std::string value() const;
   void appendValue(std::string& out) const;
@@ -138,7 +138,7 @@ class ZVRSIT_API Element {
   std::string_view name() const;  // as written
   bool isHtml() const { return (record().flags & ElementRecord::kForeign) == 0; }
   bool inTemplate() const { return (record().flags & ElementRecord::kInTemplate) != 0; }
-  AttributeList attributes() const;
+  inline AttributeList attributes() const;
   std::uint32_t offset() const { return record().offset; }  // of its "<" in the text
   std::uint32_t index() const { return index_; }            // counts all elements of the document
 
@@ -147,7 +147,7 @@ class ZVRSIT_API Element {
   class Node firstChild() const;
 
  private:
-  const ElementRecord& record() const;
+  inline const ElementRecord& record() const;
 
   const Document* document_ = nullptr;
   std::uint32_t index_ = 0;

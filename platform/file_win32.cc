@@ -1,8 +1,7 @@
 #include <direct.h>
 #include <fcntl.h>
 #include <io.h>
-#include <sys/stat.h>
-#include <sys/types.h>
+#include <windows.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -43,21 +42,54 @@ int SystemFlags(int flags) {
   return result | _O_BINARY | _O_NOINHERIT;
 }
 
-std::int32_t ClampTime(std::int64_t time) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(time, Limits::min(), Limits::max()));
+// Counts of 100 nanoseconds between 1601 and 1970, and in a second.
+constexpr std::int64_t kUnixEpoch = 116'444'736'000'000'000;
+constexpr std::int64_t kTicksPerSecond = 10'000'000;
+
+std::int64_t TicksSince1970(const FILETIME& time) {
+  const auto ticks = static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+  return static_cast<std::int64_t>(ticks) - kUnixEpoch;
 }
 
-void Fill(const struct _stat64& status, FileStat& result) {
-  constexpr std::int64_t kMostSize = 0xFFFFFFFE;
-  result.mode = status.st_mode & (_S_IFDIR | _S_IFREG);
-  result.size = static_cast<std::uint32_t>(std::clamp<std::int64_t>(status.st_size, 0, kMostSize));
-  result.creationTime = ClampTime(status.st_ctime);
-  result.modificationTime = ClampTime(status.st_mtime);
-  result.accessTime = ClampTime(status.st_atime);
-  result.modificationNanoseconds = static_cast<std::int64_t>(status.st_mtime) * 1'000'000'000;
-  result.device = status.st_dev;
-  result.file = 0;
+std::int32_t ClampTime(const FILETIME& time) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  const std::int64_t ticks = TicksSince1970(time);
+  const std::int64_t seconds = ticks / kTicksPerSecond - (ticks % kTicksPerSecond < 0 ? 1 : 0);
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(seconds, Limits::min(), Limits::max()));
+}
+
+// What the runtime's _stat gives, and the identity of the file, which it does not. Anything but a
+// file on a disk (a pipe, a device) is of no kind.
+bool StatHandle(HANDLE file, FileStat& result) {
+  constexpr std::uint64_t kMostSize = 0xFFFFFFFE;
+  BY_HANDLE_FILE_INFORMATION found;
+  result = {};
+  if (::GetFileType(file) != FILE_TYPE_DISK) return true;
+  if (!::GetFileInformationByHandle(file, &found)) return false;
+  const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  result.mode = isFolder ? kModeFolder : kModeRegular;
+  const auto size = static_cast<std::uint64_t>(found.nFileSizeHigh) << 32 | found.nFileSizeLow;
+  result.size = static_cast<std::uint32_t>(isFolder ? 0 : std::min(size, kMostSize));
+  result.creationTime = ClampTime(found.ftCreationTime);
+  result.modificationTime = ClampTime(found.ftLastWriteTime);
+  result.accessTime = ClampTime(found.ftLastAccessTime);
+  result.modificationNanoseconds = TicksSince1970(found.ftLastWriteTime) * 100;
+  result.device = found.dwVolumeSerialNumber;
+  result.file = static_cast<std::uint64_t>(found.nFileIndexHigh) << 32 | found.nFileIndexLow;
+  return true;
+}
+
+// The runtime's error number of the system's last error.
+int ErrorOfSystem() {
+  switch (::GetLastError()) {
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
+      return EACCES;
+    case ERROR_NOT_ENOUGH_MEMORY:
+      return ENOMEM;
+    default:
+      return ENOENT;
+  }
 }
 
 }  // namespace
@@ -117,18 +149,20 @@ std::int64_t SeekEnd(int fd) {
 int Stat(const std::string& path, FileStat& result) {
   if (MustFail(FileCall::kStat)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
-  struct _stat64 status;
-  if (_stat64(nativePath.c_str(), &status) != 0) return Fail(errno);
-  Fill(status, result);
-  return 0;
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE file = ::CreateFileA(nativePath.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return Fail(ErrorOfSystem());
+  const bool known = StatHandle(file, result);
+  ::CloseHandle(file);
+  return known ? 0 : Fail(ErrorOfSystem());
 }
 
 int StatOpen(int fd, FileStat& result) {
   if (MustFail(FileCall::kStat)) return Fail(EIO);
-  struct _stat64 status;
-  if (_fstat64(fd, &status) != 0) return Fail(errno);
-  Fill(status, result);
-  return 0;
+  const auto file = reinterpret_cast<HANDLE>(_get_osfhandle(fd));
+  if (file == INVALID_HANDLE_VALUE) return Fail(EBADF);
+  return StatHandle(file, result) ? 0 : Fail(ErrorOfSystem());
 }
 
 bool IsLink(const std::string& path) {

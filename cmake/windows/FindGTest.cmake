@@ -1,0 +1,12 @@
+# GoogleTest, built for Windows from the sources of the machine's package.
+set(ZVRSIT_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+if(NOT TARGET gtest_main)
+  set(BUILD_GMOCK OFF)
+  set(INSTALL_GTEST OFF)
+  add_subdirectory("${ZVRSIT_GOOGLETEST_DIR}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+endif()
+if(NOT TARGET GTest::gtest_main)
+  add_library(GTest::gtest ALIAS gtest)
+  add_library(GTest::gtest_main ALIAS gtest_main)
+endif()
+set(GTest_FOUND TRUE)
