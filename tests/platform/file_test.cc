@@ -153,7 +153,7 @@ TEST(FileFault, EachCallOfAnOperationFailsInItsTurn) {
                                        [&](const test::FailedRun& run) {
                                          failed.push_back(run.failedCall);
                                          results.push_back(result);
-        EXPECT_EQ(folder.has("a/b"), result == 0);
+                                         EXPECT_EQ(folder.has("a/b"), result == 0);
                                        });
   EXPECT_EQ(calls, 5);
   using enum FileCall;
