@@ -39,8 +39,7 @@ bool LmdbDatabase::Open(const std::string& folder) {
   folder_ = folder;
   return mdb_env_create(&environment_) == 0 && mdb_env_set_mapsize(environment_, kMapBytes) == 0 &&
          mdb_env_set_maxdbs(environment_, 4) == 0 &&
-         mdb_env_open(environment_, folder.c_str(), MDB_NOSYNC, 0644) == 0 &&
-         Begin();
+         mdb_env_open(environment_, folder.c_str(), MDB_NOSYNC, 0644) == 0 && Begin();
 }
 
 bool LmdbDatabase::Part(const char* name, unsigned flags, MDB_dbi& part) {
