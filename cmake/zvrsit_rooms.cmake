@@ -51,6 +51,10 @@ function(zvrsit_test folder)
   cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
   string(REPLACE "/" "_" name "${folder}")
   add_executable(test_${name} ${TEST_SOURCES})
+  if(WIN32)
+    # The tests begin in UTF-8, as on other systems; those of the system's page ask for it.
+    target_sources(test_${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/begin_in_utf8.cc)
+  endif()
   target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(test_${name} PRIVATE
     ZVRSIT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")

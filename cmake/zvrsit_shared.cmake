@@ -26,6 +26,9 @@ function(zvrsit_shared_library target)
   target_include_directories(${target} INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zvrsit40>)
+  if(WIN32)
+    zvrsit_dll_properties(${target})
+  endif()
   if(ZVRSIT_SANITIZE)
     target_link_options(${target} PUBLIC $<BUILD_INTERFACE:-fsanitize=address,undefined>)
   endif()

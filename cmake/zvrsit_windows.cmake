@@ -3,8 +3,29 @@
 # The system calls as they are since Windows Vista; no min and max, and few of the other headers.
 target_compile_definitions(zvrsit_flags INTERFACE
   $<BUILD_INTERFACE:NOMINMAX;WIN32_LEAN_AND_MEAN;_WIN32_WINNT=0x0600>)
+# With 32-bit sizes, GCC 12 sees overflows of memcpy behind checks that rule them out.
+target_compile_options(zvrsit_flags INTERFACE $<BUILD_INTERFACE:-Wno-array-bounds>)
 
 # On Linux, the libraries of the program and the tests are looked for in packages of that machine.
 if(CMAKE_CROSSCOMPILING)
   list(APPEND CMAKE_MODULE_PATH "${PROJECT_SOURCE_DIR}/cmake/windows")
+endif()
+
+# zvrsit_dll_properties(<target>)
+#
+# The file name of the library without a prefix, and its version as a resource.
+enable_language(RC)
+function(zvrsit_dll_properties target)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/windows/version.rc.in"
+    "${PROJECT_BINARY_DIR}/${target}.rc" @ONLY)
+  target_sources(${target} PRIVATE "${PROJECT_BINARY_DIR}/${target}.rc")
+  set_target_properties(${target} PROPERTIES PREFIX "" VERSION "" SOVERSION "")
+endfunction()
+
+# Programs of the build are run through Wine where ZVRSIT_WINE32_HOME names a folder that
+# scripts/setup_wine32.sh filled.
+set(ZVRSIT_WINE32_HOME "$ENV{ZVRSIT_WINE32_HOME}" CACHE PATH "A private 32-bit Wine")
+if(CMAKE_CROSSCOMPILING AND ZVRSIT_WINE32_HOME)
+  set(CMAKE_CROSSCOMPILING_EMULATOR
+    "${PROJECT_SOURCE_DIR}/scripts/wine32_run.sh;${ZVRSIT_WINE32_HOME}")
 endif()

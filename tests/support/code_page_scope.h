@@ -7,14 +7,16 @@ namespace zvrsit::test {
 
 class CodePageScope {
  public:
-  explicit CodePageScope(unsigned codePage) : known_(platform::SetCodePage(codePage) == 0) {}
+  explicit CodePageScope(unsigned codePage)
+      : before_(platform::CodePage()), known_(platform::SetCodePage(codePage) == 0) {}
   CodePageScope(const CodePageScope&) = delete;
   CodePageScope& operator=(const CodePageScope&) = delete;
-  ~CodePageScope() { platform::SetCodePage(platform::kUtf8); }
+  ~CodePageScope() { platform::SetCodePage(before_); }
 
   bool known() const { return known_; }
 
  private:
+  unsigned before_;
   bool known_;
 };
 

@@ -1,12 +1,12 @@
 // Temporary folders, whole files, and bytes written as hex.
 #pragma once
 
-#include <stdlib.h>
-
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -64,8 +64,12 @@ inline std::string Word(std::uint32_t value) {
 class TempFolder {
  public:
   TempFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "zvrsit-XXXXXX").string();
-    native_ = ::mkdtemp(name.data()) ? name : std::string();
+    std::random_device random;
+    std::filesystem::path folder;
+    do {
+      folder = std::filesystem::temp_directory_path() / ("zvrsit-" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(folder));
+    native_ = folder.string();
     platform::FromNativePath(native_, path_);
   }
   TempFolder(const TempFolder&) = delete;
@@ -84,6 +88,8 @@ class TempFolder {
   std::string path(const std::string& name) const {
     std::string relative = name;
     platform::FromNativePath(name, relative);
+    // Where native names are `\` paths already, these still have the separators of the tests.
+    std::replace(relative.begin(), relative.end(), '/', '\\');
     return path_ + "\\" + relative;
   }
 

@@ -24,16 +24,21 @@ std::int32_t Local(int year, int month, int day, int hour = 0, int minute = 0, i
   return static_cast<std::int32_t>(std::mktime(&when));
 }
 
+// The time zone of the process; null takes it back.
+void SetZone(const char* zone) {
+#if defined(_WIN32)
+  _putenv_s("TZ", zone != nullptr ? zone : "");
+  _tzset();
+#else
+  zone != nullptr ? ::setenv("TZ", zone, 1) : ::unsetenv("TZ");
+  ::tzset();
+#endif
+}
+
 class WebDate : public testing::TestWithParam<const char*> {
  protected:
-  WebDate() {
-    ::setenv("TZ", GetParam(), 1);
-    ::tzset();
-  }
-  ~WebDate() override {
-    ::unsetenv("TZ");
-    ::tzset();
-  }
+  WebDate() { SetZone(GetParam()); }
+  ~WebDate() override { SetZone(nullptr); }
 };
 
 TEST_P(WebDate, ThreeFormsGiveTheSameLocalTime) {
