@@ -126,11 +126,11 @@ int SiteMgr::FindTopFile() const {
   if (site.topFile < 0) return kNoTopFile;
   std::string topFile;
   if (!ReadProfileText(site.topFile, topFile)) return -1;
-  return pathDB->Find(topFile);
+  return FindPath(topFile);
 }
 
 int SiteMgr::TraverseFamily() {
-  if (!HasFiles(siteProf) || pathDB == nullptr) return -1;
+  if (!HasFiles(siteProf)) return -1;
   const int topFile = FindTopFile();
   if (topFile == kNoTopFile) return 0;
   return topFile < 0 ? -1 : MarkMember(topFile, true);

@@ -6,6 +6,11 @@
 
 namespace zvrsit {
 
+// The table is still there only when its closing failed.
+SiteMgr::~SiteMgr() {
+  delete peepPathDB;
+}
+
 int SiteMgr::BeginPeep(int siteId) {
   SiteSiteRec site;
   if (!HasFiles(siteProf) || siteProf->Get(siteId, site) < 0 || dbDir == nullptr) return -1;

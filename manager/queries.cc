@@ -26,8 +26,7 @@ std::string* NewName(const Table* table, int number) {
 
 // Whether `path` lies below the site folder, which ends in `\`.
 bool SiteMgr::IsInSite(std::string_view path) const {
-  std::string siteDir;
-  return ReadSiteFolder(siteDir) == 0 && path.starts_with(siteDir);
+  return siteFolder != nullptr && path.starts_with(*siteFolder);
 }
 
 // A cell with only its id when the entry cannot be read.
@@ -53,7 +52,7 @@ vec<SiteRecCell>* SiteMgr::PathCells(Keep keep) {
   return cells.release();
 }
 
-int SiteMgr::FindPath(const std::string& path) {
+int SiteMgr::FindPath(const std::string& path) const {
   return pathDB == nullptr ? -1 : pathDB->Find(path);
 }
 

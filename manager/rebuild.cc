@@ -16,6 +16,15 @@ namespace {
 constexpr int kRebuildFailed = 1;
 constexpr int kRebuilt = 2;
 
+// Gives back the texts of a page that are collected anew. A damaged list of anchors, which cannot
+// be given back, is forgotten, so that a rebuild mends it.
+void ReleaseCollected(SitePathDB& paths, SitePathRec& rec) {
+  if (paths.ReleaseTexts(rec) == 0) return;
+  rec.listCount = 0;
+  rec.listData = -1;
+  paths.ReleaseTexts(rec);
+}
+
 }  // namespace
 
 int SiteMgr::NeedToRebuild(const std::string& siteName) {
@@ -103,7 +112,7 @@ int SiteMgr::Rebuild::ResetPaths() {
       continue;
     }
     rec.membership &= ~kDerivedMarks;
-    if (rec.exists != 0 && HoldsLinks(rec) && paths.ReleaseTexts(rec) < 0) return -1;
+    if (rec.exists != 0 && HoldsLinks(rec)) ReleaseCollected(paths, rec);
     rec.exists = 0;
     if (paths.Update(rec) < 0) return -1;
   }

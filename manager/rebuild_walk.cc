@@ -48,6 +48,7 @@ int SiteMgr::Rebuild::WalkFolder(const Folder& folder) {
   return result;
 }
 
+// A name with a "#" is left out, on purpose: in a link it would read as that of a fragment.
 int SiteMgr::Rebuild::Visit(const Folder& folder, const std::string& name) {
   if (name == "." || name == ".." || FindLastHashMB(name) != std::string::npos) return 0;
   const std::string path = folder.name + name;

@@ -30,7 +30,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   SiteMgr() = default;
   SiteMgr(const SiteMgr&) = default;
   SiteMgr& operator=(const SiteMgr&) = default;
-  ~SiteMgr() override = default;
+  ~SiteMgr() override;
 
   // ---- Opening and closing ----
 
@@ -174,7 +174,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // without a row is an empty list; null means that no site is open or a table is absent.
 
   // The number of the file `path`, compared byte by byte; -1 when the site does not know it.
-  int FindPath(const std::string& path);
+  int FindPath(const std::string& path) const;
 
   // Every file that the site knows, also one that is only linked to. In its cell:
   //   id     kind 2 and the record number

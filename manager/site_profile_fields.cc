@@ -6,11 +6,12 @@
 
 namespace zvrsit {
 
-// Tells what is kept of the open site's profile while it is open: the folders of the style sheets
-// and the default document name.
+// Brings what is kept of the open site's profile up to date: the site folder, the default document
+// name and the folders of the style sheets.
 int SiteMgr::OpenSiteChanged() {
   SiteSiteRec rec;
   if (!ReadOpenSite(rec)) return -1;
+  KeepSiteFolder(rec);
   auto name = std::make_unique<std::string>();
   if (!ReadProfileText(rec.defaultUrl, *name)) name.reset();
   delete defaultUrl;

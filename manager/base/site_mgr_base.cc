@@ -1,6 +1,7 @@
 #include "manager/base/site_mgr_base.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "css/css_control.h"
 #include "manager/base/operation_memo.h"
@@ -80,6 +81,7 @@ SiteMgrBase::~SiteMgrBase() {
   delete defaultUrl;
   delete servProfPath;
   delete operationMemo;
+  delete siteFolder;
 }
 
 void SiteMgrBase::setDom(DOM* newDom) {
@@ -104,6 +106,7 @@ void SiteMgrBase::setDB(const char* dir, const char* siteProfName, const char* s
 
     delete servProfPath;
     servProfPath = new std::string(folder + servProfName);
+    // Closed again at once, on purpose: each operation on server profiles opens it anew.
     servProf = new SiteServProfDB;
     servProf->Open(*servProfPath, openMode);
     servProf->Flush();
@@ -129,9 +132,9 @@ int SiteMgrBase::OpenSite(int siteId, int) {
   SiteSiteRec rec;
   if (siteProf->Get(siteId, rec) < 0) return -1;
 
-  std::string siteFolder;
-  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], siteFolder)) return -1;
-  if (!FolderIsThere(siteFolder)) return kFolderMissing;
+  std::string folder;
+  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return -1;
+  if (!FolderIsThere(folder)) return kFolderMissing;
   std::string topFile;
   if (!ReadProfileText(rec.topFile, topFile)) return -1;
   if (!FileIsThere(topFile)) return kFolderMissing;
@@ -142,8 +145,16 @@ int SiteMgrBase::OpenSite(int siteId, int) {
   linkRules = (rec.linkRules & 1) != 0 ? LinkRules::Web : LinkRules::Classic;
   if (ReadDefaultUrl(rec) < 0) return -1;
   if (cssCtrl != nullptr && NotifyCss(rec) < 0) return -1;
+  KeepSiteFolder(rec);
   openSiteId = siteId;
   return 0;
+}
+
+void SiteMgrBase::KeepSiteFolder(const SiteSiteRec& rec) {
+  Drop(siteFolder);
+  std::string folder;
+  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return;
+  siteFolder = new std::string(std::move(folder));
 }
 
 bool SiteMgrBase::ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const {
@@ -191,8 +202,8 @@ int SiteMgrBase::ReadDefaultUrl(const SiteSiteRec& rec) {
 int SiteMgrBase::NotifyCss(SiteSiteRec& rec) {
   if (siteProf == nullptr || siteProf->strings() == nullptr) return -1;
   if (cssCtrl == nullptr) return 0;
-  std::string siteFolder;
-  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], siteFolder)) return -1;
+  std::string folder;
+  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return -1;
 
   cssCtrl->ClearSiteOption();
   // Unset or unreadable, these two are handed on empty.
@@ -200,7 +211,7 @@ int SiteMgrBase::NotifyCss(SiteSiteRec& rec) {
   std::string slot3;
   ReadProfileText(rec.folders[7], slot7);
   ReadProfileText(rec.folders[3], slot3);
-  cssCtrl->SetSiteSaveDir(siteFolder, slot7, slot3);
+  cssCtrl->SetSiteSaveDir(folder, slot7, slot3);
   cssCtrl->SetLinkRules(linkRules);
 
   Drop(docRoot);
@@ -221,8 +232,9 @@ int SiteMgrBase::CloseSite() {
   CloseAndDrop(relDB);
   if (cssCtrl != nullptr) cssCtrl->ClearSiteOption();
   Drop(docRoot);
+  Drop(siteFolder);
   openSiteId = -1;
-  return 0;
+  return 0;  // defaultUrl stays until the next opening, on purpose
 }
 
 SiteMgrBase::Operation::Operation(SiteMgrBase& manager)

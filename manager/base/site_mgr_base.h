@@ -146,6 +146,8 @@ class ZVRSIT_API SiteMgrBase {
   bool ReadProfileText(std::int32_t ref, std::string& text) const;
   // The profile record of the open site; false when it cannot be read.
   bool ReadOpenSite(SiteSiteRec& rec) const;
+  // Keeps the site folder of `rec`, the open site's profile.
+  void KeepSiteFolder(const SiteSiteRec& rec);
 
   // In this order.
   SiteSiteProfDB* siteProf = nullptr;
@@ -166,6 +168,9 @@ class ZVRSIT_API SiteMgrBase {
 
   LinkRules linkRules = LinkRules::Classic;
   OperationMemo* operationMemo = nullptr;
+  // The open site's folder as its profile has it, kept for questions that are asked once a link;
+  // null when no site is open.
+  std::string* siteFolder = nullptr;
 
  private:
   enum class CaseCheck { kNo, kYes };
