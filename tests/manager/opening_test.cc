@@ -73,6 +73,10 @@ TEST(SiteOpen, SucceedsWithoutTablesWhenOneIsDamaged) {
   EXPECT_EQ(site.mgr->Save(site.path("index.html"), nullptr), -1);
   EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), -1);
   EXPECT_EQ(site.mgr->Remove(site.path("index.html"), 0), -1);
+  EXPECT_EQ(site.mgr->TraverseLinks(site.dir(), site.path("index.html"), nullptr), -1);
+  EXPECT_EQ(site.mgr->TraverseFamily(), -1);
+  EXPECT_EQ(site.mgr->SetSiteProfTopFile(""), 0);
+  EXPECT_EQ(site.mgr->TraverseFamily(), 0) << "there is nothing to mark";
   EXPECT_EQ(site.mgr->SiteClose(), 0);
 }
 

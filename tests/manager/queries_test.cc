@@ -74,6 +74,13 @@ TEST_F(Queries, LinksComeByNumberAndSayWhereTheyGo) {
   }
 }
 
+TEST_F(Queries, OutsideIsWhatLiesBesideTheSiteFolderOfNow) {
+  const int gone = Take(mgr().GetBackLinks(Id("gone.html"))).front();
+  EXPECT_FALSE(Link(gone).outside);
+  EXPECT_EQ(mgr().SetSiteProfDir(kSlotSiteFolder, site_.path("sub") + "\\"), 0);
+  EXPECT_TRUE(Link(gone).outside);
+}
+
 TEST_F(Queries, CellsOfLinksShowTheOtherEnd) {
   EXPECT_EQ(Taken(mgr().GetBackLinks(site_.path("gone.html"))),
             (Rows{"index.html 1", "sub\\a.html 1"}));
@@ -216,17 +223,6 @@ TEST_F(Queries, NothingOpenGivesNothing) {
   ExpectNoAnswer(mgr());
   SiteMgr fresh;
   ExpectNoAnswer(fresh);
-}
-
-TEST(GivingBack, DeleteStringsOnlyEmptiesTheList) {
-  EXPECT_EQ(SiteMgr::DeleteVecRecCell(nullptr), 0);
-  EXPECT_EQ(SiteMgr::DeleteString(nullptr), 0);
-  EXPECT_EQ(SiteMgr::DeleteStrings(nullptr), -1);
-  std::string text = "kept";
-  std::vector<std::string*> list{&text};
-  EXPECT_EQ(SiteMgr::DeleteStrings(&list), 0);
-  EXPECT_TRUE(list.empty());
-  EXPECT_EQ(text, "kept");
 }
 
 }  // namespace

@@ -245,6 +245,17 @@ TEST_F(Rebuilding, GoesOnAfterAPageThatCannotBeRead) {
   EXPECT_TRUE(site.mgr->SkippedByRebuild().empty());
 }
 
+TEST_F(Rebuilding, MendsAPageWhoseAnchorListIsDamaged) {
+  site.write("a.html", "<a name=x></a><a href=b.html>b</a>");
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  const std::string sound = site.Dump();
+  SitePathDB& paths = *site.mgr->GetPathDB();
+  paths.SetNumber(site.Number("a.html"), &SitePathRec::listCount, 3);
+  paths.SetNumber(site.Number("a.html"), &SitePathRec::listData, 4000);
+  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_EQ(site.Dump(), sound);
+}
+
 TEST_F(Rebuilding, GoesOnAfterAFolderThatCannotBeListed) {
   if (::geteuid() == 0) GTEST_SKIP() << "every folder can be listed by this user";
   site.write("closed/c.html", "");

@@ -85,6 +85,14 @@ TEST_F(Saving, TheDocumentOfAPageIsConsumedAndOfAnotherFileIsNot) {
   EXPECT_EQ(site.mgr->Save("", nullptr), -1);
 }
 
+TEST_F(Saving, WithoutADocumentLibraryNoPageIsReadAndNoDocumentConsumed) {
+  site.mgr->setDom(nullptr);
+  EXPECT_EQ(Save("page.html"), -1);
+  Document* doc = Parsed("<a href=from-doc.html>x</a>");
+  EXPECT_EQ(Save("page.html", doc), -1);
+  EXPECT_EQ(site.dom.deleteDocument(doc), 0) << "nobody else could";
+}
+
 TEST_F(Saving, AMissingPageIsAnEmptyOne) {
   EXPECT_EQ(Save("missing.html"), 0);
   EXPECT_EQ(site.Record("missing.html").exists, 0);
