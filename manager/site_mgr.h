@@ -54,8 +54,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // both arrays.
   static int LinkChanged(int* oldIds, int* newIds, int oldCount, int newCount);
 
-  // ---- File operations (file_operations.cc): reported after the fact, the disk is not touched
-  // ----
+  // ---- File operations (file_operations.cc) ----
+  //
+  // Reported after the fact: the disk is not touched.
 
   // Takes a file out of the link structure. An entry that others still link to stays, with
   // existence flag 0. The int is ignored.
