@@ -30,6 +30,7 @@ State& TheState() {
 }
 
 std::wstring ToWide(std::string_view text, unsigned page) {
+  if (text.empty()) return {};
   const int length = static_cast<int>(text.size());
   const int wideLength = ::MultiByteToWideChar(page, 0, text.data(), length, nullptr, 0);
   std::wstring wide(static_cast<std::size_t>(wideLength), L'\0');
@@ -37,14 +38,55 @@ std::wstring ToWide(std::string_view text, unsigned page) {
   return wide;
 }
 
-void AppendNarrow(std::string& out, std::wstring_view wide, unsigned page) {
+// Leaves one unit of each character that takes two: the pages of Windows have none of those.
+void DropSecondUnits(std::wstring& wide) {
+  std::size_t kept = 0;
+  for (std::size_t at = 0; at < wide.size(); ++at) {
+    wide[kept++] = wide[at];
+    const bool isPair =
+        at + 1 < wide.size() && (wide[at] & 0xFC00) == 0xD800 && (wide[at + 1] & 0xFC00) == 0xDC00;
+    if (isPair) ++at;
+  }
+  wide.resize(kept);
+}
+
+// What a page lacks becomes '?', one for each character, never a look-alike.
+void AppendNarrow(std::string& out, std::wstring wide, unsigned page) {
+  const bool toUtf8 = page == kUtf8;
+  if (!toUtf8) DropSecondUnits(wide);
+  const DWORD flags = toUtf8 ? 0 : WC_NO_BEST_FIT_CHARS;
+  const char* replacement = toUtf8 ? nullptr : "?";
   const int wideLength = static_cast<int>(wide.size());
   const int length =
-      ::WideCharToMultiByte(page, 0, wide.data(), wideLength, nullptr, 0, nullptr, nullptr);
+      ::WideCharToMultiByte(page, flags, wide.data(), wideLength, nullptr, 0, replacement, nullptr);
   const std::size_t start = out.size();
   out.resize(start + static_cast<std::size_t>(length));
-  ::WideCharToMultiByte(page, 0, wide.data(), wideLength, out.data() + start, length, nullptr,
-                        nullptr);
+  ::WideCharToMultiByte(page, flags, wide.data(), wideLength, out.data() + start, length,
+                        replacement, nullptr);
+}
+
+// As ToWide, but a malformed character becomes U+FFFD, and an ASCII byte that follows a lead byte
+// it does not belong to is kept: the system would swallow the markup there.
+std::wstring WideOfDoubleByte(std::string_view bytes, unsigned page) {
+  std::wstring wide;
+  std::size_t good = 0;  // where the well-formed run begins
+  for (std::size_t at = 0; at < bytes.size();) {
+    if (!::IsDBCSLeadByteEx(page, static_cast<BYTE>(bytes[at]))) {
+      ++at;
+      continue;
+    }
+    const bool hasTrail = at + 1 < bytes.size();
+    if (hasTrail &&
+        ::MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data() + at, 2, nullptr, 0) == 1) {
+      at += 2;
+      continue;
+    }
+    wide += ToWide(bytes.substr(good, at - good), page);
+    wide += static_cast<wchar_t>(kReplacementCharacter);
+    at += hasTrail && static_cast<unsigned char>(bytes[at + 1]) >= 0x80 ? 2 : 1;
+    good = at;
+  }
+  return wide + ToWide(bytes.substr(good), page);
 }
 
 std::wstring WideOfUtf16(std::string_view bytes, bool bigEndian) {
@@ -55,6 +97,7 @@ std::wstring WideOfUtf16(std::string_view bytes, bool bigEndian) {
     const auto b = static_cast<unsigned char>(bytes[at + 1]);
     wide += static_cast<wchar_t>(bigEndian ? a << 8 | b : b << 8 | a);
   }
+  if (bytes.size() % 2 != 0) wide += static_cast<wchar_t>(kReplacementCharacter);
   return wide;
 }
 
@@ -68,6 +111,20 @@ std::wstring WideOfUserDefined(std::string_view bytes) {
   return wide;
 }
 
+bool NeedsPage(const Charset& charset) {
+  using enum CharsetKind;
+  return charset.kind != kUtf16LittleEndian && charset.kind != kUtf16BigEndian &&
+         charset.kind != kUserDefined;
+}
+
+// The page itself, or the closest one that this system has; 0 for none. A label without a page is
+// as good as one that nobody knows: no text is lost.
+unsigned SystemPage(unsigned page) {
+  if (::IsValidCodePage(page)) return page;
+  const unsigned closest = page == 51932 ? 20932 : page == 54936 ? 936 : 0;
+  return closest != 0 && ::IsValidCodePage(closest) ? closest : 0;
+}
+
 std::wstring WideOf(const Charset& charset, std::string_view bytes) {
   switch (charset.kind) {
     case CharsetKind::kUtf16LittleEndian:
@@ -76,8 +133,10 @@ std::wstring WideOf(const Charset& charset, std::string_view bytes) {
       return WideOfUtf16(bytes, true);
     case CharsetKind::kUserDefined:
       return WideOfUserDefined(bytes);
+    case CharsetKind::kDoubleByte:
+      return WideOfDoubleByte(bytes, SystemPage(charset.codePage));
     default:
-      return ToWide(bytes, charset.codePage);
+      return ToWide(bytes, SystemPage(charset.codePage));
   }
 }
 
@@ -113,12 +172,13 @@ void AppendCodePoint(std::string& out, char32_t codePoint) {
     units[1] = static_cast<wchar_t>(0xDC00 + (codePoint & 0x3FF));
     count = 2;
   }
-  AppendNarrow(out, {units, count}, CodePage());
+  AppendNarrow(out, std::wstring(units, count), CodePage());
 }
 
 bool ConvertToCodePage(std::string_view bytes, std::string_view label, std::string& out) {
   const Charset* charset = FindCharset(label);
   if (!charset) return false;
+  if (NeedsPage(*charset) && SystemPage(charset->codePage) == 0) return false;
   out.clear();
   if (charset->kind == CharsetKind::kUtf8 && CodePage() == kUtf8) {
     AppendUtf8Repaired(out, bytes);
