@@ -29,3 +29,19 @@ if(CMAKE_CROSSCOMPILING AND ZVRSIT_WINE32_HOME)
   set(CMAKE_CROSSCOMPILING_EMULATOR
     "${PROJECT_SOURCE_DIR}/scripts/wine32_run.sh;${ZVRSIT_WINE32_HOME}")
 endif()
+
+# The zip: the library and the runtime libraries of the compiler that stand beside it, the import
+# library, the headers, the program and the licence.
+if(MINGW)
+  foreach(runtime libstdc++-6 libgcc_s_dw2-1 libgcc_s_seh-1 libwinpthread-1)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime}.dll
+      OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(IS_ABSOLUTE "${file}")
+      install(FILES "${file}" DESTINATION ${CMAKE_INSTALL_BINDIR})
+    endif()
+  endforeach()
+endif()
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION .)
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_FILE_NAME "zvrsit40-${PROJECT_VERSION}-${CMAKE_SYSTEM_PROCESSOR}-windows")
+include(CPack)
