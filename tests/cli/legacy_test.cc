@@ -1,0 +1,118 @@
+// The commands of the older generation.
+#include <gtest/gtest.h>
+
+#include "cli/program.h"
+#include "legacy/sit_mgr.h"
+
+namespace zvrsit::test {
+namespace {
+
+// A page with two broken links and one to a page that links back, added as the older site "demo"
+// and rebuilt.
+class OlderSite : public ::testing::Test {
+ protected:
+  OlderSite() {
+    program.Page("index.html",
+                 "<a href=b.html><a href=no.html><img src=x.gif alt=X><a href=http://e.org/>");
+    program.Page("b.html", "<a href=index.html>");
+    EXPECT_EQ(program.Run({"legacy", "add", "demo", program.folder.native("site")}).code, 0);
+    EXPECT_EQ(program.Ask({"legacy", "rebuild", "demo"}).dump(),
+              R"({"files":2,"links":5,"broken":2,"urls":1})");
+  }
+
+  Program program;
+};
+
+TEST_F(OlderSite, AnswersAboutLinksAndFiles) {
+  const Json links = program.Ask({"legacy", "links", "demo"});
+  EXPECT_EQ(links.size(), 5u);
+  const Json from = program.Ask({"legacy", "links", "demo", "--from", "index.html"});
+  ASSERT_EQ(from.size(), 4u);
+  EXPECT_EQ(from[3].dump(), R"({"from":"index.html","to":"x.gif","kind":2,"type":"image",)"
+                            R"("code":2,"text":"x.gif","alt":"X","exists":false})");
+  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--to", "http://e.org/"}).size(), 1u);
+  const Outcome broken = program.Run({"legacy", "broken", "demo"});
+  EXPECT_EQ(broken.code, 1);
+  EXPECT_EQ(broken.out,
+            "index.html -> no.html  anchor  missing\nindex.html -> x.gif  image  missing\n");
+  EXPECT_EQ(program.Ask({"legacy", "peek", "demo"})["files"].size(), 4u);
+  EXPECT_EQ(program.Ask({"legacy", "peek", program.folder.native("site/b.html")}).dump(),
+            R"({"sites":["demo"]})");
+  EXPECT_EQ(program.Ask({"legacy", "peek", "nowhere.html"}).dump(), R"({"sites":[]})");
+}
+
+TEST_F(OlderSite, TakesBackChangesOfOneRun) {
+  const Json before = program.Ask({"legacy", "links", "demo", "--from", "index.html"});
+  program.Page("c d.html", "<a href=none.html><a href=index.html>");
+  const Outcome outcome =
+      program.Run({"legacy", "undo", "demo"}, "rm b.html\nsave \"c d.html\"\n\nundo\nundo\n");
+  EXPECT_EQ(outcome.out,
+            "rm b.html: 1 file, 4 links, 3 broken, 1 external URL\n"
+            "save \"c d.html\": 2 files, 6 links, 4 broken, 1 external URL\n"
+            "undo: 1 file, 4 links, 3 broken, 1 external URL\n"
+            "undo: 2 files, 5 links, 2 broken, 1 external URL\n")
+      << outcome.err;
+  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}), before);
+}
+
+TEST_F(OlderSite, ComesOverWithItsServer) {
+  {
+    std::string db;
+    ASSERT_TRUE(platform::FromNativePath(program.folder.native("db/legacy"), db));
+    SitMgr manager;
+    ASSERT_EQ(manager.setDB(db + "\\", "sites", "servers"), 0);
+    SitServProperty server;
+    server.host = "ftp.example.org";
+    server.password = "made up";
+    server.fxferType = 2;
+    ASSERT_EQ(manager.SetServProf("home", server), 0);
+    SitSiteProperty site;
+    site.servProf = "home";
+    site.dir[9] = "http://e.org/";
+    ASSERT_EQ(manager.SetSiteProf("demo", site), 0);
+  }
+  const Outcome outcome = program.Run({"legacy", "import", "demo"});
+  EXPECT_EQ(outcome.code, 0) << outcome.err;
+  const Json site = program.Ask({"site", "show", "demo"});
+  EXPECT_EQ(site["server"], "home");
+  EXPECT_EQ(site["live_url"], "http://e.org/");
+  EXPECT_EQ(site["state"], "rebuilt");
+  const Json server = program.Ask({"server", "show", "home"});
+  EXPECT_EQ(server["host"], "ftp.example.org");
+  EXPECT_EQ(server["transfer_type"], 2);
+  EXPECT_EQ(server["password"], true);
+  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 5u);
+}
+
+TEST_F(OlderSite, SaysInOneLineWhatIsWrong) {
+  ASSERT_EQ(program.Run({"legacy", "import", "demo"}).code, 0);
+  const std::string site = program.folder.native("site");
+  const struct {
+    Words words;
+    int code;
+    std::string part;
+    std::string input;
+  } rows[] = {
+      {{"legacy"}, 2, "subcommand", ""},
+      {{"legacy", "add", "demo", site}, 2, "demo", ""},
+      {{"legacy", "add", "a/b", site}, 2, "a/b", ""},
+      {{"legacy", "add", "new", site + "/nix"}, 4, "nix", ""},
+      {{"legacy", "rebuild", "nobody"}, 2, "nobody", ""},
+      {{"legacy", "links", "demo", "--from", "nix.html"}, 2, "nix.html", ""},
+      {{"legacy", "undo", "demo"}, 2, "line 2", "undo\nsave\n"},
+      {{"legacy", "undo", "demo"}, 4, "nix.html", "save nix.html\n"},
+      {{"legacy", "import", "demo"}, 2, "demo", ""},
+      {{"legacy", "nonsense"}, 2, "nonsense", ""},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = program.Run(row.words, row.input);
+    EXPECT_EQ(outcome.code, row.code) << Json(row.words);
+    EXPECT_TRUE(outcome.complains(row.part)) << Json(row.words) << outcome.err;
+  }
+  const Program empty;
+  EXPECT_EQ(empty.Run({"legacy", "links", "demo"}).code, 3);
+  EXPECT_FALSE(empty.folder.has("db"));
+}
+
+}  // namespace
+}  // namespace zvrsit::test
