@@ -17,9 +17,10 @@ int searchPosition = 0;
 
 // Steps over deleted entries (15) to the next name; starts again behind the last one (16).
 template <class NameOf>
-std::string* NextName(int reset, int& position, const int& lastError, NameOf nameOf) {
+std::string* NextName(int reset, int& position, int& lastError, NameOf nameOf) {
   if (reset != 0) {
     position = 0;
+    lastError = kSitOk;
     return nullptr;
   }
   for (;;) {

@@ -46,15 +46,16 @@ int SitPairDB::Open(const std::string& path, int kind) {
 int SitPairDB::Load() {
   std::int32_t slots = 0;
   std::int32_t live = 0;
-  if (!file_.ReadWord(0, slots) || !file_.ReadWord(4, live)) return -1;
+  if (!file_.ReadWord(0, slots)) return -1;
+  // A header that counts far more slots than there are would make the next record grow the file
+  // without measure; a few may be missing where writes have failed or the file was cut.
+  nextId_ = std::min(slots, SlotsInFile() + kMostLostSlots);
+  if (!file_.ReadWord(4, live)) return -1;
   if (slots < 0 || live < 0) {
     // New records go behind those that the damaged header hides.
     nextId_ = SlotsInFile();
     return -1;
   }
-  // A header that counts far more slots than there are would make the next record grow the file
-  // without measure; a few may be missing where writes have failed or the file was cut.
-  nextId_ = std::min(slots, SlotsInFile() + kMostLostSlots);
   liveCount_ = live;
   SitFileScan scan(file_, kHeaderSize);
   WordBytes<SitPairRec> bytes;
@@ -120,8 +121,7 @@ int SitPairDB::Add(const UrlID& from, const UrlID& to) {
   added.id = nextId_;
   added.from = from;
   added.to = to;
-  if (liveCount_ < std::numeric_limits<std::int32_t>::max()) ++liveCount_;
-  file_.WriteWord(4, liveCount_);
+  ChangeLiveCount(1);
   WriteSlot(added, added.id);
   index_.Append(added.id, from, to);
   if (nextId_ < std::numeric_limits<std::int32_t>::max()) ++nextId_;
@@ -130,14 +130,19 @@ int SitPairDB::Add(const UrlID& from, const UrlID& to) {
   return added.id;
 }
 
+void SitPairDB::ChangeLiveCount(int by) {
+  liveCount_ += by;
+  // In memory the count of a file that told too few goes on below 0. Meant.
+  file_.WriteWord(4, static_cast<std::int32_t>(std::clamp<std::int64_t>(
+                         liveCount_, 0, std::numeric_limits<std::int32_t>::max())));
+}
+
 int SitPairDB::Delete(SitPairRec& record, bool force) {
   if (record.refCount < 1) return 0;
   record.refCount = force ? 0 : record.refCount - 1;
   // The lowered count is meant to stay in memory: the file keeps the old one.
   if (record.refCount > 0) return record.refCount;
-  --liveCount_;
-  liveCount_ = std::max(liveCount_, 0);
-  file_.WriteWord(4, liveCount_);
+  ChangeLiveCount(-1);
   RemoveFromIndex(record);
   const std::int32_t slot = record.id;
   if (const auto old = Read(slot)) RecordChange(kOpDelete, *old);

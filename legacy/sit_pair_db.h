@@ -118,6 +118,7 @@ class SitPairDB {
   int Load();
   std::int32_t SlotsInFile();  // whole ones
   int MatchFromCursor(const PairQuery& query) const;
+  void ChangeLiveCount(int by);
   void RemoveFromIndex(const SitPairRec& record);
   bool WriteSlot(const SitPairRec& record, std::int32_t id);
   void RecordChange(std::uint32_t operation, const SitPairRec& record);
@@ -131,7 +132,7 @@ class SitPairDB {
   int lastMatch_ = PairIndex::kNone;  // the node that lastMatchQuery_ gave last
   PairQuery lastMatchQuery_;
   std::int32_t nextId_ = 0;
-  std::int32_t liveCount_ = 0;
+  std::int64_t liveCount_ = 0;
   SitHist* history_;
   std::uint32_t storeTag_ = kTagLink;
 };

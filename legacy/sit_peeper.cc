@@ -63,8 +63,9 @@ std::vector<std::string*>* SitPeeper::GetSiteByPath(const std::string& path) {
 }
 
 int SitPeeper::DeleteStrings(std::vector<std::string*>* strings) {
+  if (strings == nullptr) return -1;
   // The strings stay the caller's. Meant.
-  if (strings != nullptr) strings->clear();
+  strings->clear();
   return 0;
 }
 

@@ -26,7 +26,7 @@ class ZVRSIT_API SitPeeper : public SitMgrBase {
   // The names of the sites that hold a path, byte for byte, in the order of their profiles; empty
   // for none. Null without an open profile store.
   std::vector<std::string*>* GetSiteByPath(const std::string& path);
-  // Empties the vector and frees neither the strings nor the vector. Always 0.
+  // Empties the vector and frees neither the strings nor the vector. 0, or -1 for null.
   int DeleteStrings(std::vector<std::string*>* strings);
 
  private:

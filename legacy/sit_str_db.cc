@@ -57,6 +57,7 @@ void SitStrDB::Load() {
   const std::int64_t size = file_.Size();
   SitFileScan scan(file_, kHeaderSize);
   Head head;
+  std::int64_t bodyBytes = 0;
   while (TakeHead(scan, head)) {
     // A negative length would lead back into what has been read.
     if (head.length < 0 || scan.offset() + head.length > size) break;
@@ -64,9 +65,13 @@ void SitStrDB::Load() {
       entries_[head.id] = {static_cast<std::int32_t>(end_), head.length};
       used_.SetUsed(head.id);
     }
+    bodyBytes += head.length;
     scan.Skip(head.length);
     end_ = scan.offset();
   }
+  // The counters reach the file on closing only. After a crash they are 0 with strings behind them,
+  // and 0 live bytes mean that the next string goes to the front of the file.
+  if (liveBytes_ == 0) liveBytes_ = AddClamped(0, bodyBytes);
 }
 
 int SitStrDB::Close() {

@@ -178,6 +178,18 @@ TEST(PairFiles, ANegativeHeaderHidesTheRecordsAndDestroysNone) {
   EXPECT_EQ(folder.read("links.dat").substr(8, 36), std::string(36, '\1'));
 }
 
+TEST(PairFiles, TheLiveCountIsWrittenAsZeroWhileItIsBelow) {
+  TempFolder folder;
+  folder.write("links.dat", FromHex("01000000 00000000"
+                                    "00000000 01000000 ffffffff ffffffff"
+                                    "02000000 05000000 02000000 06000000 01000000"));
+  SitPairDB db(folder.path("links.dat"), SitPairDB::kLinkFile);
+  EXPECT_EQ(db.Delete(*db.Read(0), true), 0);
+  EXPECT_EQ(folder.read("links.dat").substr(0, 8), FromHex("01000000 00000000"));
+  db.Add(kA, kB);
+  EXPECT_EQ(folder.read("links.dat").substr(0, 8), FromHex("02000000 00000000"));
+}
+
 TEST(PairFiles, AHeaderThatCountsTooManyRecordsDoesNotInflateTheFile) {
   TempFolder folder;
   folder.write("links.dat", FromHex("00000001 00000001"));

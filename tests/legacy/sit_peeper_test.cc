@@ -27,7 +27,7 @@ TEST(SitPeeper, WithoutProfilesThereIsNoAnswer) {
   SitPeeper peeper;
   EXPECT_EQ(peeper.EnumPath("demo"), nullptr);
   EXPECT_EQ(peeper.GetSiteByPath("x"), nullptr);
-  EXPECT_EQ(peeper.DeleteStrings(nullptr), 0);
+  EXPECT_EQ(peeper.DeleteStrings(nullptr), -1);
 }
 
 TEST(SitPeeper, LooksIntoSitesWithoutOpeningThem) {

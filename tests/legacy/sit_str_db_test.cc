@@ -54,6 +54,21 @@ TEST(StringFile, UpdateStaysInPlaceWhenItFitsAndElseMovesToTheEnd) {
   EXPECT_EQ(ToHex(bytes.substr(8 + 17 + 19 + 4, 4)), "01 00 00 00") << "the id at the end";
 }
 
+// The counters of the header are written on closing.
+TEST(StringFile, ACrashBeforeClosingLosesNoString) {
+  TempFolder folder;
+  SitStrDB db;
+  db.Open(folder.path("strings"));
+  db.Add("ab", 0);
+  folder.write("crashed", folder.read("strings"));
+  SitStrDB after;
+  after.Open(folder.path("crashed"));
+  EXPECT_EQ(after.liveBytes(), 3);
+  EXPECT_EQ(after.Add("xyz", 0), 1);
+  EXPECT_EQ(after.Get(0), "ab");
+  EXPECT_EQ(after.liveBytes(), 7);
+}
+
 TEST(StringFile, PackingKeepsIdsAndDropsDeadBytes) {
   TempFolder folder;
   SitStrDB db;
