@@ -27,7 +27,7 @@ int main(int, char** argv) {
   zvrsit::DOM dom;
   zvrsit::SiteMgr manager;
   manager.setDom(&dom);
-  manager.setDB(Backslashed(argv[2]).c_str(), "sites", "servers", 0);
+  manager.setDB(Backslashed(argv[2]).c_str(), "sites.R", "servers.R", 0);
 
   zvrsit::SiteProfile profile;
   profile.folders[zvrsit::kSlotSiteFolder] = site;

@@ -14,26 +14,26 @@ namespace {
 TEST(SetDB, MakesTheMissingFoldersOfADirThatEndsInABackslash) {
   TempFolder folder;
   SiteMgr mgr;
-  mgr.setDB((folder.path("a/b/db") + "\\").c_str(), "sites", "servers", 0);
+  mgr.setDB((folder.path("a/b/db") + "\\").c_str(), "sites.R", "servers.R", 0);
   ASSERT_NE(mgr.GetSiteProf(), nullptr);
   EXPECT_GE(mgr.GetSiteProf()->Add("one"), 0);
-  EXPECT_TRUE(folder.has("a/b/db/sites"));
-  EXPECT_TRUE(folder.has("a/b/db/servers"));
+  EXPECT_TRUE(folder.has("a/b/db/sites.R"));
+  EXPECT_TRUE(folder.has("a/b/db/servers.R"));
 }
 
 // The names are joined as they stand: only the part before the last separator is a folder.
 TEST(SetDB, JoinsWithoutASeparator) {
   TempFolder folder;
   SiteMgr mgr;
-  mgr.setDB(folder.path("db").c_str(), "sites", "servers", 0);
-  EXPECT_TRUE(folder.has("dbsites"));
+  mgr.setDB(folder.path("db").c_str(), "sites.R", "servers.R", 0);
+  EXPECT_TRUE(folder.has("dbsites.R"));
 }
 
 TEST(SetDB, LeavesNoTablesWithoutADatabaseFolder) {
   SiteMgr mgr;
-  mgr.setDB("relative", "sites", "servers", 0);
+  mgr.setDB("relative", "sites.R", "servers.R", 0);
   EXPECT_EQ(mgr.GetSiteProf(), nullptr);
-  mgr.setDB(nullptr, "sites", "servers", 0);
+  mgr.setDB(nullptr, "sites.R", "servers.R", 0);
   EXPECT_EQ(mgr.GetServProf(), nullptr);
   EXPECT_EQ(mgr.SiteOpen("demo", 0), -1);
   EXPECT_EQ(mgr.NeedToRebuild("demo"), -1);

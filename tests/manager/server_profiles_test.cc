@@ -95,7 +95,8 @@ TEST_F(ServerProfiles, EachFieldIsSetOnItsOwn) {
 
 TEST_F(ServerProfiles, PasswordsDoNotStandInTheFile) {
   ASSERT_EQ(mgr().SetServProf("www", Sample()), 0);
-  const std::string bytes = site_.folder().read("db/serverS") + site_.folder().read("db/servers");
+  const std::string bytes =
+      site_.folder().read("db/servers.S") + site_.folder().read("db/servers.R");
   EXPECT_NE(bytes.find("ann-w"), std::string::npos);
   EXPECT_EQ(bytes.find(Sample().password), std::string::npos);
   EXPECT_EQ(bytes.find(Sample().firewallPassword), std::string::npos);
@@ -123,15 +124,15 @@ TEST_F(ServerProfiles, SitesFollowARenamedServer) {
 // that has gone bad fails.
 TEST_F(ServerProfiles, EachOperationOpensTheTableAnew) {
   SiteMgr second;
-  second.setDB((site_.folder().path("db") + "\\").c_str(), "sites2", "servers", 0);
+  second.setDB((site_.folder().path("db") + "\\").c_str(), "sites2", "servers.R", 0);
   ASSERT_GE(second.AddServProf("theirs"), 0);
   EXPECT_EQ(Take(mgr().EnumServProf()), Names{"theirs"});
   EXPECT_EQ(mgr().SetServProfHost("theirs", "h"), 0);
   EXPECT_EQ(Take(second.GetServProfHost("theirs")), "h");
 
-  std::string damaged = site_.folder().read("db/servers");
+  std::string damaged = site_.folder().read("db/servers.R");
   damaged.replace(16, 4, "\xFF\xFF\xFF\x7F");
-  site_.folder().write("db/servers", damaged);
+  site_.folder().write("db/servers.R", damaged);
   EXPECT_EQ(mgr().EnumServProf(), nullptr);
   EXPECT_EQ(mgr().AddServProf("x"), -1);
 }

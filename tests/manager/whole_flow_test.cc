@@ -238,7 +238,7 @@ class WholeFlow : public testing::TestWithParam<Life> {
     SiteMgr fresh;
     fresh.setDom(&dom);
     const std::string db = "fresh" + std::to_string(number);
-    fresh.setDB((site_.folder().path(db) + "\\").c_str(), "sites", "servers", 0);
+    fresh.setDB((site_.folder().path(db) + "\\").c_str(), "sites.R", "servers.R", 0);
     EXPECT_EQ(fresh.SetSiteProf("fresh", profile), 0);
     EXPECT_EQ(fresh.SiteOpen("fresh", 0), 0);
     EXPECT_EQ(fresh.SiteRebuildComplete(nullptr), 0);

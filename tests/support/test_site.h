@@ -45,7 +45,7 @@ class TestSite {
     if (mgr != nullptr) mgr->SiteClose();
     mgr = std::make_unique<OpenMgr>();
     mgr->setDom(&dom);
-    mgr->setDB((folder_.path("db") + "\\").c_str(), "sites", "servers", 0);
+    mgr->setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
   }
   int Open() { return mgr->SiteOpen("demo", 0); }
 

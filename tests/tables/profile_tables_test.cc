@@ -13,7 +13,7 @@ using test::TempFolder;
 
 class SiteProfiles : public testing::Test {
  protected:
-  SiteProfiles() { EXPECT_EQ(table_.Open(folder_.path("sites"), kOpenPlain), 0); }
+  SiteProfiles() { EXPECT_EQ(table_.Open(folder_.path("sites.R"), kOpenPlain), 0); }
   std::string Field(int number, std::int32_t SiteSiteRec::*field) {
     std::string text = "(none)";
     table_.GetText(number, field, text);
@@ -33,8 +33,8 @@ TEST_F(SiteProfiles, StoreTheNamesOfTheirTableFilesAtOnce) {
   }
   EXPECT_EQ(names, "home\\UR home\\PR home\\LR home\\FR home\\RR ");
   // Direct mode: on disk without a close.
-  EXPECT_EQ(folder_.read("sites").size(), 24u + 96);
-  EXPECT_NE(folder_.read("siteS").find("home\\LR"), std::string::npos);
+  EXPECT_EQ(folder_.read("sites.R").size(), 24u + 96);
+  EXPECT_NE(folder_.read("sites.S").find("home\\LR"), std::string::npos);
 }
 
 TEST_F(SiteProfiles, RefuseNamesThatNoFolderCanHaveAndThoseThatAreTaken) {
@@ -87,21 +87,21 @@ TEST_F(SiteProfiles, AreRenamedCopiedAndDeletedWithAllTheirTexts) {
 
 TEST(ProfileModes, AGoodOpenIsBackedUpAndABadOneRestored) {
   TempFolder folder;
-  const std::string path = folder.path("sites");
+  const std::string path = folder.path("sites.R");
   {
     SiteSiteProfDB table;
     ASSERT_EQ(table.Open(path, kOpenPlain), 0);
     table.Add("home");
     ASSERT_EQ(table.Close(), 0);
-    EXPECT_FALSE(folder.has("sites_bak"));
+    EXPECT_FALSE(folder.has("sites.R_bak"));
   }
   for (const int mode : {kOpenBackUp, kOpenPlain}) {
     SiteSiteProfDB table;
     ASSERT_EQ(table.Open(path, mode), 0);
     ASSERT_EQ(table.Close(), 0);
-    EXPECT_TRUE(folder.has("sites_bak") && folder.has("siteS_bak"));
+    EXPECT_TRUE(folder.has("sites.R_bak") && folder.has("siteS_bak"));
   }
-  for (const char* damaged : {"sites", "siteS"}) {
+  for (const char* damaged : {"sites.R", "sites.S"}) {
     std::string bytes = folder.read(damaged);
     bytes[19] = '\x7F';  // an id count beyond belief
     folder.write(damaged, bytes);
@@ -114,18 +114,18 @@ TEST(ProfileModes, AGoodOpenIsBackedUpAndABadOneRestored) {
     ASSERT_EQ(restored.Close(), 0);
   }
   // A file that was cut to nothing opens as an empty table; the backup outlives that.
-  folder.write("sites", "");
+  folder.write("sites.R", "");
   SiteSiteProfDB empty;
   ASSERT_EQ(empty.Open(path, kOpenRestore), 0);
   EXPECT_EQ(empty.Count(), 0);
-  EXPECT_GT(folder.read("sites_bak").size(), 24u);
+  EXPECT_GT(folder.read("sites.R_bak").size(), 24u);
 }
 
 TEST(ServerProfiles, KeepPasswordsScrambled) {
   for (const bool wholeFile : {true, false}) {
     TempFolder folder;
     SiteServProfDB table(wholeFile);
-    ASSERT_EQ(table.Open(folder.path("servers"), kOpenPlain), 0);
+    ASSERT_EQ(table.Open(folder.path("servers.R"), kOpenPlain), 0);
     ASSERT_EQ(table.Add("live"), 0);
     EXPECT_EQ(table.Add("LIVE"), -1);
     ASSERT_EQ(table.SetPassword(0, &SiteServRec::password, "abcd"), 0);
@@ -142,7 +142,7 @@ TEST(ServerProfiles, KeepPasswordsScrambled) {
     EXPECT_EQ(table.GetText(1, &SiteServRec::host, text), 0);
     EXPECT_EQ(text, "ftp.example.org");
     ASSERT_EQ(table.Close(), 0);
-    EXPECT_EQ(folder.read("serverS").find("abcd"), std::string::npos);
+    EXPECT_EQ(folder.read("servers.S").find("abcd"), std::string::npos);
   }
 }
 
