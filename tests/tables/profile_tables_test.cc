@@ -99,7 +99,7 @@ TEST(ProfileModes, AGoodOpenIsBackedUpAndABadOneRestored) {
     SiteSiteProfDB table;
     ASSERT_EQ(table.Open(path, mode), 0);
     ASSERT_EQ(table.Close(), 0);
-    EXPECT_TRUE(folder.has("sites.R_bak") && folder.has("siteS_bak"));
+    EXPECT_TRUE(folder.has("sites.R_bak") && folder.has("sites.S_bak"));
   }
   for (const char* damaged : {"sites.R", "sites.S"}) {
     std::string bytes = folder.read(damaged);
