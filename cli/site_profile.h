@@ -29,9 +29,9 @@ CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<
 // --top, --default-url, --doc-root and --rules.
 void AddSiteOptions(CLI::App& command, GivenSite& site);
 
-// The profile of a new site, not yet stored: `folder` has to be given, the rules are those of the web unless
-// given, and the home page is looked for. Throws Failure(kFileSystem) when a folder or the top file
-// is not there.
+// The profile of a new site, not yet stored: `folder` has to be given, the rules are those of the
+// web unless given, and the home page is looked for. Throws Failure(kFileSystem) when a folder or
+// the top file is not there.
 SiteProfile NewProfile(Session& session, const GivenSite& site);
 // Stores it; throws Failure(kUsage) too, when the name is not allowed or taken.
 void AddSite(Session& session, const std::string& name, const GivenSite& site);
