@@ -47,7 +47,7 @@ int RunSave(const Options& options, const std::string& site,
 
 // The path of an entry whose file is gone.
 std::string GonePath(Session& session, const std::string& file) {
-  const std::string path = Take(session.manager().UrlPath(session.EntryOf(file).id));
+  std::string path = Take(session.manager().UrlPath(session.EntryOf(file).id));
   std::error_code error;
   if (fs::exists(NativePath(path), error)) {
     throw Failure(kFileSystem, file + ": this file is still there; remove or move it first");
@@ -60,6 +60,7 @@ int RunRemove(const Options& options, const std::string& site,
   Session session(options, Database::kMustExist);
   session.Open(site);
   std::vector<std::string> paths;
+  paths.reserve(files.size());
   for (const std::string& file : files) paths.push_back(GonePath(session, file));
   std::vector<std::string> removed;
   for (const std::string& path : paths) {

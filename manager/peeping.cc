@@ -52,7 +52,8 @@ std::vector<std::string*>* SiteMgr::ListPeeped() {
     paths.Text(rec.name, *path);
     list->push_back(path.get());
   }
-  if (!list->empty()) path.release();  // now the caller's, through the entries
+  // Now the caller's, through the entries.
+  if (!list->empty()) static_cast<void>(path.release());
   return list.release();
 }
 
