@@ -1,6 +1,7 @@
 // Writes a site of PAGES generated pages; bench/site_writer.h says of what shape.
 //
 //   generate_site FOLDER PAGES [--seed S] [--links L] [--bytes B] [--hub H] [--backlinks K]
+//                 [--reach R]
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -21,6 +22,7 @@ bool Parse(int argc, char** argv, SiteShape& shape) {
                             : name == "--links"     ? &shape.links
                             : name == "--bytes"     ? &shape.bytes
                             : name == "--hub"       ? &shape.hub
+                            : name == "--reach"     ? &shape.reach
                             : name == "--backlinks" ? &shape.backlinks
                                                     : nullptr;
     if (field == nullptr) return false;
@@ -36,7 +38,7 @@ int main(int argc, char** argv) {
   if (!Parse(argc, argv, shape)) {
     std::fprintf(stderr,
                  "usage: generate_site FOLDER PAGES [--seed S] [--links L] [--bytes B] [--hub H] "
-                 "[--backlinks K]\n");
+                 "[--backlinks K] [--reach R]\n");
     return 2;
   }
   if (!zvrsit::bench::WriteSite(shape)) {

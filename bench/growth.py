@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Whether costs stay flat as a site grows.
 
-usage: growth.py [PAGES ...] [--build BUILD] [--runs N] [--hub LINKS]
+usage: growth.py [PAGES ...] [--build BUILD] [--runs N] [--hub LINKS] [--reach R]
 
 For each number of PAGES (default 1000 10000 30000; 100000 takes 1.2 GB of disk) a site of pages of
 10 kB with 50 links each is generated, all of them linking to the first page too, and measured:
@@ -74,8 +74,8 @@ class Grown:
         shutil.rmtree(self.database.path)
 
 
-def measure_pages(programs, scratch, pages, runs):
-    site = Grown(programs, scratch, pages, "--backlinks", str(pages))
+def measure_pages(programs, scratch, pages, runs, reach):
+    site = Grown(programs, scratch, pages, "--backlinks", str(pages), "--reach", str(reach))
     seconds, cpu, peak = site.rebuild(runs)
     scan = measure.floor(programs, "scan", site.folder, runs)
     files = site.database.files()
@@ -112,6 +112,8 @@ def main():
     parser.add_argument("--build", default="build/release")
     parser.add_argument("--runs", type=int, default=3)
     parser.add_argument("--hub", type=int, default=1000000)
+    parser.add_argument("--reach", type=int, default=0,
+                        help="links stay within so many pages, so that every page is the same work")
     options = parser.parse_args()
     programs = measure.Programs(options.build)
     print(f"{measure.machine()}; medians of {options.runs} runs\n")
@@ -121,7 +123,7 @@ def main():
     print("|---" * 16 + "|")
     with tempfile.TemporaryDirectory(prefix="zvrsit-growth-") as scratch:
         for pages in options.pages:
-            measure_pages(programs, scratch, pages, options.runs)
+            measure_pages(programs, scratch, pages, options.runs, options.reach)
         if options.hub > 0:
             measure_hub(programs, scratch, options.hub, options.runs)
 

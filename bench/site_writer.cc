@@ -70,15 +70,23 @@ class Site {
                        "</title>\n<link rel=\"stylesheet\" href=\"../style.css\"></head>\n<body>\n";
     for (unsigned link = 0; link < shape_.links; ++link) {
       const bool last = link + 1 == shape_.links;
-      AppendParagraph(text, filler,
-                      last && number < shape_.backlinks ? "../" + PageName(0) : Target(link));
+      AppendParagraph(
+          text, filler,
+          last && number < shape_.backlinks ? "../" + PageName(0) : Target(number, link));
     }
     Put(PageName(number), text + "</body></html>\n");
   }
 
-  std::string Target(unsigned link) {
+  // With a reach every page brings the same work, however many there are.
+  unsigned TargetNumber(unsigned number) {
+    const unsigned reach = std::min(shape_.reach, shape_.pages - 1);
+    if (reach == 0) return random_.Below(shape_.pages);
+    return (number + shape_.pages - reach + random_.Below(2 * reach + 1)) % shape_.pages;
+  }
+
+  std::string Target(unsigned number, unsigned link) {
     if (link % 10 == 9) return "https://example.org/" + std::to_string(random_.Below(1000));
-    std::string name = "../" + PageName(random_.Below(shape_.pages));
+    std::string name = "../" + PageName(TargetNumber(number));
     if (random_.Below(50) == 0) name.insert(name.size() - 5, "-gone");
     if (link % 5 == 0) name += "#s" + std::to_string(random_.Below(5));
     return name;

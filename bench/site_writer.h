@@ -15,6 +15,7 @@ struct SiteShape {
   unsigned links = 50;
   unsigned bytes = 10000;  // of a page, about
   unsigned hub = 0;        // links of one page more, hub.html; 0 for no such page
+  unsigned reach = 0;      // links name a page at most so many before or behind; 0: any of the site
   unsigned backlinks = 0;  // so many pages have d0000/p000000.html as their last link
 };
 
