@@ -39,6 +39,7 @@ namespace zvrsit {
 class SiteBaseRec {
  public:
   static constexpr int kRecordType = 1;
+  static constexpr int kSlotLength = 8;  // of no table
   virtual ~SiteBaseRec() = default;
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);

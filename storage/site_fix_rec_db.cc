@@ -69,8 +69,9 @@ int SiteFixRecDB::Close() {
   return 0;
 }
 
-bool SiteFixRecDB::HoldsWordsOf(int classType) const {
-  if (!HasWords() || classType == recordType || classType == SiteBaseRec::kRecordType) return true;
+// Whether the class is one that the file's class derives from.
+bool SiteFixRecDB::IsBaseOfRecords(int classType) const {
+  if (classType == SiteBaseRec::kRecordType) return true;
   switch (recordType) {
     case SiteUrlRec::kRecordType:
     case SitePathRec::kRecordType:
@@ -160,7 +161,7 @@ int SiteFixRecDB::Delete(int id) {
   return 0;
 }
 
-int SiteFixRecDB::NextId(int id) const {
+int SiteFixRecDB::SearchNextId(int id) const {
   if (!isOpen()) return -1;
   const auto count = static_cast<std::size_t>(headerWord1);
   for (std::size_t at = static_cast<std::size_t>(std::max(id, 0)); at < count; ++at) {

@@ -52,14 +52,13 @@ class SiteFixRecDB : public SiteDB {
   template <class Rec>
   int Get(int id, Rec* record) {
     if (record == nullptr || !HoldsWordsOf(Rec::kRecordType)) return -1;
-    SlotBuffer slot(recordLength);
-    if (ReadSlot(id, slot) < 0) return -1;
-    if (HasWords()) {
-      record->Deserialize(slot.data());
-    } else {
-      record->SiteBaseRec::Deserialize(slot.data());
-    }
-    return 0;
+    const int offset = SlotOffset(id);
+    if (offset < 0) return -1;
+    // In place where the slot has all words of the class; else from a copy that ends in zeros.
+    const char* slot = recordLength >= Rec::kSlotLength ? Bytes(offset, recordLength) : nullptr;
+    if (slot != nullptr) return ReadWords(slot, *record);
+    SlotBuffer copy(recordLength);
+    return ReadSlotAt(offset, copy) < 0 ? -1 : ReadWords(copy.data(), *record);
   }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);
@@ -79,7 +78,7 @@ class SiteFixRecDB : public SiteDB {
   }
   // The smallest live number from `id` on, or -1. A walk over a table is
   //   for (int id = db.NextId(0); id >= 0; id = db.NextId(id + 1))
-  int NextId(int id) const;
+  int NextId(int id) const { return Has(id) ? id : SearchNextId(id); }
   int liveCount() const { return live_; }
   // Bytes of the file that belong to dead slots.
   std::int64_t deadBytes() const {
@@ -115,9 +114,22 @@ class SiteFixRecDB : public SiteDB {
   bool IsKnownType() const { return recordType >= 1 && recordType <= 8; }
   // Whether a record holds more than its id.
   bool HasWords() const { return recordType >= 2 && recordType <= 8; }
-  bool HoldsWordsOf(int classType) const;
+  bool HoldsWordsOf(int classType) const {
+    return !HasWords() || classType == recordType || IsBaseOfRecords(classType);
+  }
+  bool IsBaseOfRecords(int classType) const;
+  template <class Rec>
+  int ReadWords(const char* slot, Rec& record) const {
+    if (HasWords()) {
+      record.Deserialize(slot);
+    } else {
+      record.SiteBaseRec::Deserialize(slot);
+    }
+    return 0;
+  }
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int SlotOffset(int id) const;
+  int SearchNextId(int id) const;
   bool CountsAreSound() const;
   int MakeIndex();
   int AddSlot(SiteBaseRec* record, Serializer serialize);

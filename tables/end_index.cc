@@ -13,31 +13,64 @@ std::uint32_t HashEnd(const UrlID& end) {
 
 // Matches the chain of an end.
 auto IsOf(const UrlID& end) {
-  return [&end](const auto& chain) { return chain.end == end; };
+  return [&end](const auto& stray) { return stray.end == end; };
 }
 
 }  // namespace
 
-void EndIndex::Start() {
+void EndIndex::Start(int records) {
   Forget();
+  records_ = static_cast<std::size_t>(records);
   made_ = true;
 }
 
 void EndIndex::Forget() {
-  chains_.Clear();
+  for (auto& chains : chains_) chains.Reset(0);
+  strays_.Clear();
   neighbours_.Reset(0);
+  records_ = 0;
   made_ = false;
 }
 
+const EndIndex::Chain* EndIndex::Find(const UrlID& end) const {
+  const auto kind = static_cast<std::size_t>(end.kind);
+  const auto id = static_cast<std::size_t>(end.id);
+  if (kind < kKinds && id < chains_[kind].size()) {
+    const Chain& chain = chains_[kind].at(id);
+    if (chain.size > 0) return &chain;
+  }
+  if (strays_.empty()) return nullptr;
+  const StrayChain* stray = strays_.Find(HashEnd(end), IsOf(end));
+  return stray == nullptr ? nullptr : &stray->chain;
+}
+
+void EndIndex::Begin(const UrlID& end, int record) {
+  const Chain chain = {record, record, 1};
+  const auto kind = static_cast<std::size_t>(end.kind);
+  const auto id = static_cast<std::size_t>(end.id);
+  if (kind < kKinds && id < kPlacedIds + kPlacedIdsPerRecord * records_) {
+    chains_[kind].Grow(id + 1);
+    chains_[kind].slot(id) = chain;
+  } else {
+    strays_.Insert(HashEnd(end), {0, end, chain});
+  }
+}
+
+void EndIndex::Drop(const UrlID& end, Chain* chain) {
+  chain->size = 0;
+  if (strays_.empty()) return;
+  StrayChain* stray = strays_.Find(HashEnd(end), IsOf(end));
+  if (stray != nullptr) strays_.Erase(stray);
+}
+
 void EndIndex::Append(const UrlID& end, int record) {
+  ++records_;
   neighbours_.Grow(static_cast<std::size_t>(record) + 1);
   Neighbours& own = neighbours_.slot(static_cast<std::size_t>(record));
-  const std::uint32_t hash = HashEnd(end);
-  Chain* chain = chains_.Find(hash, IsOf(end));
+  Chain* chain = Find(end);
   if (chain == nullptr) {
-    chains_.Insert(hash, {0, end, record, record, 1});
     own = {};
-    return;
+    return Begin(end, record);
   }
   neighbours_.slot(static_cast<std::size_t>(chain->last)).next = record + 1;
   own = {chain->last + 1, 0};
@@ -46,12 +79,9 @@ void EndIndex::Append(const UrlID& end, int record) {
 }
 
 void EndIndex::Remove(const UrlID& end, int record) {
-  Chain* chain = chains_.Find(HashEnd(end), IsOf(end));
+  Chain* chain = Find(end);
   if (chain == nullptr) return;
-  if (--chain->size == 0) {
-    chains_.Erase(chain);
-    return;
-  }
+  if (--chain->size == 0) return Drop(end, chain);
   const Neighbours own = neighbours_.at(static_cast<std::size_t>(record));
   if (own.previous == 0) {
     chain->first = own.next - 1;
@@ -66,12 +96,12 @@ void EndIndex::Remove(const UrlID& end, int record) {
 }
 
 int EndIndex::First(const UrlID& end) const {
-  const Chain* chain = chains_.Find(HashEnd(end), IsOf(end));
+  const Chain* chain = Find(end);
   return chain == nullptr ? -1 : chain->first;
 }
 
 int EndIndex::Size(const UrlID& end) const {
-  const Chain* chain = chains_.Find(HashEnd(end), IsOf(end));
+  const Chain* chain = Find(end);
   return chain == nullptr ? 0 : chain->size;
 }
 

@@ -2,7 +2,10 @@
 // records that have a given UrlID there, in the order in which they were added.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
@@ -11,12 +14,14 @@
 namespace zvrsit {
 
 // The records of one UrlID are a doubly linked chain through one table of neighbours, so that
-// adding and removing cost the same for a hub as for a page with one link.
+// adding and removing cost the same for a hub as for a page with one link. Chains are found by kind
+// and id without a search; those of ids that are large for so few records, as only a damaged file
+// has them, by a hash.
 class EndIndex {
  public:
   bool isMade() const { return made_; }
-  // Starts it, empty; it is then kept in step by Append and Remove.
-  void Start();
+  // Starts it, empty, for about so many records; it is then kept in step by Append and Remove.
+  void Start(int records);
   // Drops it, to be made anew when it is next needed.
   void Forget();
 
@@ -31,20 +36,36 @@ class EndIndex {
 
  private:
   struct Chain {
-    std::uint32_t hash;
-    UrlID end;
     std::int32_t first;
     std::int32_t last;
-    std::int32_t size;
+    std::int32_t size;  // 0: no chain
+  };
+  struct StrayChain {
+    std::uint32_t hash;
+    UrlID end;
+    Chain chain;
   };
   struct Neighbours {  // record numbers plus 1, 0 for none
     std::int32_t previous;
     std::int32_t next;
   };
 
+  // Ids of kinds 0 to 3 below so many, and a few more for each record, have their place.
+  static constexpr std::size_t kKinds = 4;
+  static constexpr std::size_t kPlacedIds = 1 << 17;
+  static constexpr std::size_t kPlacedIdsPerRecord = 4;
+
+  // The chain of an end that has records, or null.
+  const Chain* Find(const UrlID& end) const;
+  Chain* Find(const UrlID& end) { return const_cast<Chain*>(std::as_const(*this).Find(end)); }
+  void Begin(const UrlID& end, int record);
+  void Drop(const UrlID& end, Chain* chain);
+
   bool made_ = false;
-  ProbeTable<Chain> chains_;
-  IdTable<Neighbours> neighbours_;
+  std::size_t records_ = 0;                    // that were expected, or came
+  std::array<IdTable<Chain>, kKinds> chains_;  // by kind, then id
+  ProbeTable<StrayChain> strays_;
+  IdTable<Neighbours> neighbours_;  // by record
 };
 
 }  // namespace zvrsit

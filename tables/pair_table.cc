@@ -11,7 +11,7 @@ int PairTableBase::OpenPairs(const std::string& path, int recordLength, int reco
 EndIndex& PairTableBase::MadeIndex(End which) {
   EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
   if (index.isMade()) return index;
-  index.Start();
+  index.Start(records_->liveCount());
   for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
     SiteRelRec record;
     if (records_->Get(number, &record) < 0) continue;
