@@ -141,9 +141,9 @@ int SiteDB::ReadHeaderWord(std::int32_t& word, int offset) {
   return 0;
 }
 
-int SiteDB::Close() {
+int SiteDB::Close(Image* kept) {
   if (fd < 0) return 0;
-  return inMemory ? CloseWhole() : CloseDirect();
+  return inMemory ? CloseWhole(kept) : CloseDirect();
 }
 
 int SiteDB::CloseDirect() {
@@ -167,8 +167,9 @@ int SiteDB::WriteHeader() {
   return complete ? 0 : -1;
 }
 
-int SiteDB::CloseWhole() {
+int SiteDB::CloseWhole(Image* kept) {
   const int result = dirty ? WriteImage() : 0;
+  if (kept != nullptr) *kept = {std::move(buffer), size};
   Abandon();
   return result;
 }

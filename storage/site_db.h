@@ -27,6 +27,15 @@ class SiteDB {
   // No file hands out more numbers than this.
   static constexpr int kMostIds = 1 << 26;
 
+  struct FreeBuffer {
+    void operator()(char* bytes) const { std::free(bytes); }
+  };
+  // The bytes of a file, which outlive its closing.
+  struct Image {
+    std::unique_ptr<char[], FreeBuffer> bytes;
+    std::uint32_t size = 0;
+  };
+
   SiteDB(std::string filePath, bool wholeFile);
   // Whole-file mode: closes without writing, on purpose: only an explicit Close saves. Direct mode:
   // leaves the descriptor alone.
@@ -38,8 +47,9 @@ class SiteDB {
   // file gives -1 in whole-file mode; in direct mode its first descriptor is lost, so no one does.
   int Open();
   // Writes what is due and closes. 0 or -1; 0 when not open. A failure in whole-file mode still
-  // closes the file; in direct mode it leaves it open.
-  int Close();
+  // closes the file; in direct mode it leaves it open. Whole-file mode: `kept`, when given, takes
+  // over what was in memory.
+  int Close(Image* kept = nullptr);
   // Writes a changed buffer to the file (whole-file mode) or flushes the streams (direct mode),
   // and stays open. 0 or -1.
   int Flush();
@@ -72,10 +82,6 @@ class SiteDB {
   const std::string& filePath() const { return path; }
 
  protected:
-  struct FreeBuffer {
-    void operator()(char* bytes) const { std::free(bytes); }
-  };
-
   // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
   // null in direct mode, while closed, or when they are not all there.
   const char* Bytes(std::int64_t offset, std::int64_t length) const {
@@ -116,7 +122,7 @@ class SiteDB {
   int OpenWhole();
   int OpenDirect();
   void CompleteHeader();
-  int CloseWhole();
+  int CloseWhole(Image* kept);
   int CloseDirect();
   int ReadHeader();
   int ReadHeaderWord(std::int32_t& word, int offset);

@@ -92,11 +92,11 @@ int SiteVarRecDB::ForEachEntry(Visit visit) {
   return 0;
 }
 
-int SiteVarRecDB::Close() {
+int SiteVarRecDB::Close(Image* kept) {
   if (!isOpen()) return 0;
   // Only where it differs: a file that was only read is not to be written.
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
-  if (SiteDB::Close() < 0) return -1;
+  if (SiteDB::Close(kept) < 0) return -1;
   ForgetEntries();
   return 0;
 }

@@ -37,8 +37,8 @@ class SiteVarRecDB : public SiteDB {
   // Opens the file and reads which number lies where; 0 or -1. A header or an entry that claims
   // more than the file can hold gives -1.
   int Open();
-  // Writes the end offset where it differs, and closes; 0 or -1.
-  int Close();
+  // Writes the end offset where it differs, and closes; 0 or -1. `kept` as in SiteDB.
+  int Close(Image* kept = nullptr);
   int Flush();
 
   // Adds a string, or one reference to the equal one; its number, or -1 (an empty string). A
@@ -60,6 +60,9 @@ class SiteVarRecDB : public SiteDB {
   std::string_view View(int id);
   // The data of `id`, all of it, on the same terms.
   std::string_view ViewData(int id);
+  // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text keeps
+  // its place in it until the next Pack, also one that was released.
+  std::string_view WholeFile() const { return {buffer.get(), size}; }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
   int ReleaseString(int id);

@@ -1,5 +1,6 @@
 #include "tables/name_index.h"
 
+#include <functional>
 #include <utility>
 
 #include "util/hash.h"
@@ -12,11 +13,29 @@ std::uint32_t HashName(std::string_view text) {
   return static_cast<std::uint32_t>(HashBytes(text));
 }
 
+bool LiesIn(std::string_view whole, std::string_view text) {
+  const std::less_equal<const char*> before;
+  return before(whole.data(), text.data()) &&
+         before(text.data() + text.size(), whole.data() + whole.size());
+}
+
 }  // namespace
 
+NameIndex::NameIndex(const SiteVarRecDB& store, int count)
+    : store_(store.isInMemory() ? &store : nullptr) {
+  names_.Reserve(static_cast<std::size_t>(count));
+}
+
+std::string_view NameIndex::Texts() const {
+  if (store_ != nullptr) return store_->WholeFile();
+  if (closed_.bytes != nullptr) return {closed_.bytes.get(), closed_.size};
+  return texts_;
+}
+
 auto NameIndex::HasText(std::string_view text) const {
-  return [this, text](const Name& name) {
-    return name.length == text.size() && texts_.compare(name.offset, name.length, text) == 0;
+  return [texts = Texts(), text](const Name& name) {
+    return name.length == text.size() && name.offset <= texts.size() &&
+           texts.substr(name.offset, name.length) == text;
   };
 }
 
@@ -31,33 +50,53 @@ void NameIndex::Put(std::string_view text, int number) {
     known->number = number;
     return;
   }
-  names_.Insert(hash, {0, number, texts_.size(), text.size()});
+  const std::uint32_t offset = Place(text);
+  names_.Insert(hash, {0, number, offset, static_cast<std::uint32_t>(text.size())});
+}
+
+// Where a text lies that is to be entered.
+std::uint32_t NameIndex::Place(std::string_view text) {
+  const std::string_view whole = Texts();
+  if (store_ != nullptr && LiesIn(whole, text)) {
+    return static_cast<std::uint32_t>(text.data() - whole.data());
+  }
+  CopyNames();
   texts_.append(text);
+  return static_cast<std::uint32_t>(texts_.size() - text.size());
 }
 
 void NameIndex::Remove(std::string_view text) {
   Name* name = names_.Find(HashName(text), HasText(text));
   if (name == nullptr) return;
-  removed_ += name->length;
+  const std::size_t length = name->length;
   names_.Erase(name);
-  if (removed_ > kKeptBytes && removed_ > texts_.size() / 2) DropRemovedTexts();
+  if (Texts().data() != texts_.data()) return;
+  removed_ += length;
+  if (removed_ > kKeptBytes && removed_ > texts_.size() / 2) Rewrite();
 }
 
-void NameIndex::Clear() {
-  names_.Clear();
-  texts_.clear();
-  removed_ = 0;
+void NameIndex::CopyNames() {
+  if (Texts().data() != texts_.data()) Rewrite();
 }
 
-void NameIndex::DropRemovedTexts() {
-  std::string kept;
-  kept.reserve(texts_.size() - removed_);
-  names_.ForEach([this, &kept](Name& name) {
-    const std::size_t offset = kept.size();
-    kept.append(texts_, name.offset, name.length);
-    name.offset = offset;
+void NameIndex::Keep(SiteDB::Image bytes) {
+  if (store_ == nullptr) return;
+  store_ = nullptr;
+  closed_ = std::move(bytes);
+}
+
+// Copies the texts of all names, and no others, from where they lie.
+void NameIndex::Rewrite() {
+  const std::string_view texts = Texts();
+  std::string copied;
+  names_.ForEach([&](Name& name) {
+    const std::size_t offset = copied.size();
+    if (name.offset <= texts.size()) copied.append(texts.substr(name.offset, name.length));
+    name.offset = static_cast<std::uint32_t>(offset);
   });
-  texts_ = std::move(kept);
+  texts_ = std::move(copied);
+  store_ = nullptr;
+  closed_ = {};
   removed_ = 0;
 }
 

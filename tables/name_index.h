@@ -1,5 +1,8 @@
-// NameIndex: from a text to the number of the record that has it. It keeps its own copies of the
-// texts, so that it still answers when the files are closed.
+// NameIndex: from a text to the number of the record that has it.
+//
+// The texts are compared where they lie in the string store of the table; when that is closed, its
+// bytes are handed over, so that the index still answers. Copies of the texts are kept where the
+// store has no bytes in memory (direct mode), and once they are to be moved.
 #pragma once
 
 #include <cstdint>
@@ -7,33 +10,47 @@
 #include <string_view>
 
 #include "storage/probe_table.h"
+#include "storage/site_var_rec_db.h"
 
 namespace zvrsit {
 
 class NameIndex {
  public:
+  // An empty index for about `count` names. `store` is open, and stays so until Keep or CopyNames.
+  NameIndex(const SiteVarRecDB& store, int count);
+
   // The number of a text, compared byte by byte, or -1.
   int Find(std::string_view text) const;
-  // Sets the number of a text, also of one that is there.
+  // Sets the number of a text, also of one that is there. One that is a view into the store is not
+  // copied.
   void Put(std::string_view text, int number);
   // Forgets a text; one that is not there is ignored.
   void Remove(std::string_view text);
-  void Clear();
+
+  // Copies all names, before the store moves them.
+  void CopyNames();
+  // Goes on with the bytes of the store, which is closed.
+  void Keep(SiteDB::Image bytes);
 
  private:
   struct Name {
     std::uint32_t hash;
     std::int32_t number;
-    std::size_t offset;  // of the text in `texts_`
-    std::size_t length;
+    std::uint32_t offset;  // in what Texts() gives
+    std::uint32_t length;
   };
 
   static constexpr std::size_t kKeptBytes = 4096;
 
+  std::string_view Texts() const;
   auto HasText(std::string_view text) const;
-  void DropRemovedTexts();
+  std::uint32_t Place(std::string_view text);
+  void Rewrite();
 
   ProbeTable<Name> names_;
+  // Where the texts lie: in an open store, or in the bytes of a closed one, or in `texts_`.
+  const SiteVarRecDB* store_;
+  SiteDB::Image closed_;
   std::string texts_;
   std::size_t removed_ = 0;  // bytes of `texts_` that no name refers to
 };

@@ -1,5 +1,7 @@
 #include "tables/named_table.h"
 
+#include <memory>
+
 namespace zvrsit {
 
 int NamedTableBase::OpenNamed(const std::string& path, int recordLength, int recordType,
@@ -10,11 +12,18 @@ int NamedTableBase::OpenNamed(const std::string& path, int recordLength, int rec
 }
 
 void NamedTableBase::MakeIndex() {
-  index_ = std::make_unique<NameIndex>();
+  index_ = std::make_unique<NameIndex>(*strings_, records_->liveCount());
   for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
     const std::string_view name = NameView(number);
     if (!name.empty()) index_->Put(name, number);
   }
+}
+
+void NamedTableBase::EnterName(std::string_view name, const SiteNodeRec& record) {
+  if (index_ == nullptr) return;
+  // That in the string store if it can be read, so that the index need not copy it.
+  const std::string_view stored = TextView(record.name);
+  index_->Put(stored.empty() ? name : stored, record.id);
 }
 
 int NamedTableBase::Find(std::string_view name) const {

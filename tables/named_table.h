@@ -1,11 +1,9 @@
 // NamedTable: a table whose records are found by the text of their name word.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
-#include "tables/name_index.h"
 #include "tables/site_table.h"
 
 namespace zvrsit {
@@ -29,12 +27,11 @@ class NamedTableBase : public SiteTable {
 
  protected:
   // Opens the files and reads every name; of two equal names the later record is found, on
-  // purpose. -1 when
-  // the path is empty or the table was opened before.
+  // purpose. -1 when the path is empty or the table was opened before.
   int OpenNamed(const std::string& path, int recordLength, int recordType, bool wholeFile);
   void MakeIndex();
-
-  std::unique_ptr<NameIndex> index_;
+  // Enters the name of a record in the index.
+  void EnterName(std::string_view name, const SiteNodeRec& record);
 };
 
 template <class Rec>
@@ -90,7 +87,7 @@ class NamedTable : public NamedTableBase {
     record.name = strings_->AddString(name);
     if (record.name < 0) return -1;
     const int number = records_->Add(&record);
-    if (number >= 0 && index_ != nullptr) index_->Put(name, number);
+    if (number >= 0) EnterName(name, record);
     return number;
   }
 

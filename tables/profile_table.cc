@@ -93,7 +93,7 @@ int ProfileTable<Rec>::StoreRenamed(Rec& record, std::string_view name) {
   record.name = added;
   if (this->Update(record) < 0) return -1;
   this->index_->Remove(oldName);
-  this->index_->Put(name, record.id);
+  this->EnterName(name, record);
   return this->ReleaseText(old);
 }
 

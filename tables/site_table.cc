@@ -1,5 +1,7 @@
 #include "tables/site_table.h"
 
+#include <utility>
+
 namespace zvrsit {
 
 SiteTable::~SiteTable() = default;
@@ -34,10 +36,19 @@ int SiteTable::Close() {
     records_.reset();
   }
   if (strings_ != nullptr) {
-    if (strings_->Close() < 0) return -1;
+    if (CloseStrings() < 0) return -1;
     strings_.reset();
   }
   return 0;
+}
+
+// The names that the index knows lie in the bytes of the store, so it takes those over.
+int SiteTable::CloseStrings() {
+  if (index_ == nullptr) return strings_->Close();
+  SiteDB::Image bytes;
+  const int result = strings_->Close(&bytes);
+  if (!strings_->isOpen()) index_->Keep(std::move(bytes));
+  return result;
 }
 
 int SiteTable::Flush() {
@@ -49,6 +60,7 @@ int SiteTable::Flush() {
 
 int SiteTable::Pack() {
   if (!isOpen()) return -1;
+  if (index_ != nullptr) index_->CopyNames();
   return records_->Pack() < 0 || strings_->Pack() < 0 ? -1 : 0;
 }
 

@@ -8,6 +8,7 @@
 
 #include "storage/site_fix_rec_db.h"
 #include "storage/site_var_rec_db.h"
+#include "tables/name_index.h"
 
 namespace zvrsit {
 
@@ -20,7 +21,8 @@ class SiteTable {
   SiteTable(const SiteTable&) = delete;
   SiteTable& operator=(const SiteTable&) = delete;
 
-  // Closes the record file, then the string store; each that is closed is gone. 0 or -1.
+  // Closes the record file, then the string store; each that is closed is gone. 0 or -1. A name
+  // index stays.
   int Close();
   // Brings both files up to date on disk; 0 or -1.
   int Flush();
@@ -59,8 +61,11 @@ class SiteTable {
 
   std::unique_ptr<SiteVarRecDB> strings_;
   std::unique_ptr<SiteFixRecDB> records_;
+  std::unique_ptr<NameIndex> index_;  // of a table that is searched by name
 
  private:
+  int CloseStrings();
+
   bool wasOpened_ = false;
 };
 
