@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "storage/pack_file.h"
+#include "storage/probe_batch.h"
 #include "util/hash.h"
 #include "util/little_endian.h"
 
@@ -201,15 +202,20 @@ void SiteVarRecDB::ForgetNames() {
 int SiteVarRecDB::MakeStringIndex() {
   if (namesMade_) return 0;
   ForgetNames();
-  const int result = ForEachEntry([this](int offset, const Head& head) {
+  names_.Reserve(static_cast<std::size_t>(headerWord2));
+  // A text in direct mode is good until the next one is read.
+  auto batch = MakeProbeBatch<FoundText>(names_, inMemory, [this](const FoundText& found) {
+    EnterName(found.text, found.hash, found.id, found.offset);
+  });
+  const int result = ForEachEntry([&](int offset, const Head& head) {
     if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
     const std::string_view data = DataAt(offset, head.length, scratch_);
     if (data.empty()) return -1;
     const std::string_view text = data.substr(0, data.size() - 1);
-    const std::uint32_t hash = HashText(text);
-    EnterName(text, hash, head.id, offset);
+    batch.Add({HashText(text), head.id, offset, text});
     return 0;
   });
+  batch.Finish();
   namesMade_ = result == 0;
   return result;
 }

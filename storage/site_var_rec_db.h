@@ -106,6 +106,12 @@ class SiteVarRecDB : public SiteDB {
     std::int32_t id;
     std::int32_t offset;
   };
+  struct FoundText {  // on its way into the index
+    std::uint32_t hash;
+    std::int32_t id;
+    std::int32_t offset;
+    std::string_view text;
+  };
 
   int OpenEntries();
   void ForgetEntries();

@@ -3,15 +3,9 @@
 #include <functional>
 #include <utility>
 
-#include "util/hash.h"
-
 namespace zvrsit {
 
 namespace {
-
-std::uint32_t HashName(std::string_view text) {
-  return static_cast<std::uint32_t>(HashBytes(text));
-}
 
 bool LiesIn(std::string_view whole, std::string_view text) {
   const std::less_equal<const char*> before;
@@ -45,7 +39,10 @@ int NameIndex::Find(std::string_view text) const {
 }
 
 void NameIndex::Put(std::string_view text, int number) {
-  const std::uint32_t hash = HashName(text);
+  Put(text, number, HashName(text));
+}
+
+void NameIndex::Put(std::string_view text, int number, std::uint32_t hash) {
   if (Name* known = names_.Find(hash, HasText(text))) {
     known->number = number;
     return;

@@ -5,12 +5,15 @@
 // store has no bytes in memory (direct mode), and once they are to be moved.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "storage/probe_batch.h"
 #include "storage/probe_table.h"
 #include "storage/site_var_rec_db.h"
+#include "util/hash.h"
 
 namespace zvrsit {
 
@@ -24,6 +27,17 @@ class NameIndex {
   // Sets the number of a text, also of one that is there. One that is a view into the store is not
   // copied.
   void Put(std::string_view text, int number);
+  // The same for many in less time: names(put) calls put(text, number) for each.
+  template <class Names>
+  void PutAll(Names names) {
+    auto batch = MakeProbeBatch<NewName>(names_, store_ != nullptr, [this](const NewName& name) {
+      Put(name.text, name.number, name.hash);
+    });
+    names([&batch](std::string_view text, int number) {
+      batch.Add({HashName(text), number, text});
+    });
+    batch.Finish();
+  }
   // Forgets a text; one that is not there is ignored.
   void Remove(std::string_view text);
 
@@ -40,8 +54,19 @@ class NameIndex {
     std::uint32_t length;
   };
 
+  struct NewName {
+    std::uint32_t hash;
+    std::int32_t number;
+    std::string_view text;
+  };
+
   static constexpr std::size_t kKeptBytes = 4096;
 
+  static std::uint32_t HashName(std::string_view text) {
+    return static_cast<std::uint32_t>(HashBytes(text));
+  }
+
+  void Put(std::string_view text, int number, std::uint32_t hash);
   std::string_view Texts() const;
   auto HasText(std::string_view text) const;
   std::uint32_t Place(std::string_view text);

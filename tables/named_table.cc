@@ -13,10 +13,12 @@ int NamedTableBase::OpenNamed(const std::string& path, int recordLength, int rec
 
 void NamedTableBase::MakeIndex() {
   index_ = std::make_unique<NameIndex>(*strings_, records_->liveCount());
-  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
-    const std::string_view name = NameView(number);
-    if (!name.empty()) index_->Put(name, number);
-  }
+  index_->PutAll([this](auto put) {
+    for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
+      const std::string_view name = NameView(number);
+      if (!name.empty()) put(name, number);
+    }
+  });
 }
 
 void NamedTableBase::EnterName(std::string_view name, const SiteNodeRec& record) {
