@@ -12,13 +12,14 @@ enum class CharsetKind {
   kUserDefined,  // bytes from 0x80 on are U+F780 and so on
   kSingleByte,
   kDoubleByte,
-  kStateful,
+  kEucJp,      // one to three bytes a character
+  kIso2022Jp,  // escape sequences call its character sets
 };
 
 struct Charset {
   CharsetKind kind;
   const char* systemName;  // as iconv knows it
-  unsigned codePage;       // as Windows knows it
+  unsigned codePage;       // as Windows knows it; 0 where it needs no page of its own
   const char* labels;      // lower case, a space between two
 };
 

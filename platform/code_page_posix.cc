@@ -222,8 +222,9 @@ bool Decode(const Charset& charset, std::string_view bytes, std::string& out) {
       DecodeSingleByte(bytes, MeaningsOf(charset.systemName), write);
       return true;
     case CharsetKind::kDoubleByte:
-    case CharsetKind::kStateful:
-      return DecodeByIconv(charset.systemName, charset.kind == CharsetKind::kStateful, bytes,
+    case CharsetKind::kEucJp:
+    case CharsetKind::kIso2022Jp:
+      return DecodeByIconv(charset.systemName, charset.kind == CharsetKind::kIso2022Jp, bytes,
                            [&out](std::u32string_view piece) { AppendCodePoints(out, piece); });
   }
   return false;

@@ -1,7 +1,10 @@
 #include <windows.h>
 
+#include <algorithm>
+
 #include "platform/charset.h"
 #include "platform/code_page.h"
+#include "platform/japanese_win32.h"
 #include "platform/utf8.h"
 
 namespace zvrsit::platform {
@@ -65,8 +68,39 @@ void AppendNarrow(std::string& out, std::wstring wide, unsigned page) {
                         replacement, nullptr);
 }
 
+// Pages give bytes that mean nothing a character of this private range each, so that they could be
+// written back (Microsoft's best-fit tables, unicode.org). U+F8FF behind it is a logo.
+void ReplaceMeaningless(std::wstring& wide) {
+  for (wchar_t& unit : wide) {
+    if (unit >= 0xF880 && unit < 0xF8FF) unit = static_cast<wchar_t>(kReplacementCharacter);
+  }
+}
+
+constexpr unsigned kGbk = 936;
+constexpr unsigned kGb18030 = 54936;
+
+// Whether GB 18030 has four bytes here: a lead byte, a digit, and both again.
+bool IsFourByteForm(std::string_view bytes) {
+  const auto isLead = [&](std::size_t at) {
+    const auto byte = static_cast<unsigned char>(bytes[at]);
+    return byte >= 0x81 && byte <= 0xFE;
+  };
+  const auto isDigit = [&](std::size_t at) { return bytes[at] >= '0' && bytes[at] <= '9'; };
+  return bytes.size() >= 4 && isLead(0) && isDigit(1) && isLead(2) && isDigit(3);
+}
+
+// What four bytes are in the page that has them; U+FFFD where the system lacks it, or they are
+// none.
+std::wstring WideOfFourBytes(std::string_view bytes) {
+  wchar_t units[2] = {static_cast<wchar_t>(kReplacementCharacter)};
+  const int known =
+      ::MultiByteToWideChar(kGb18030, MB_ERR_INVALID_CHARS, bytes.data(), 4, units, 2);
+  return {units, static_cast<std::size_t>(std::max(known, 1))};
+}
+
 // As ToWide, but a malformed character becomes U+FFFD, and an ASCII byte that follows a lead byte
-// it does not belong to is kept: the system would swallow the markup there.
+// it does not belong to is kept: the system would swallow the markup there. Page 936
+// stands for GB 18030, which has it in two bytes.
 std::wstring WideOfDoubleByte(std::string_view bytes, unsigned page) {
   std::wstring wide;
   std::size_t good = 0;  // where the well-formed run begins
@@ -82,8 +116,13 @@ std::wstring WideOfDoubleByte(std::string_view bytes, unsigned page) {
       continue;
     }
     wide += ToWide(bytes.substr(good, at - good), page);
-    wide += static_cast<wchar_t>(kReplacementCharacter);
-    at += hasTrail && static_cast<unsigned char>(bytes[at + 1]) >= 0x80 ? 2 : 1;
+    if (page == kGbk && IsFourByteForm(bytes.substr(at))) {
+      wide += WideOfFourBytes(bytes.substr(at, 4));
+      at += 4;
+    } else {
+      wide += static_cast<wchar_t>(kReplacementCharacter);
+      at += hasTrail && static_cast<unsigned char>(bytes[at + 1]) >= 0x80 ? 2 : 1;
+    }
     good = at;
   }
   return wide + ToWide(bytes.substr(good), page);
@@ -111,33 +150,41 @@ std::wstring WideOfUserDefined(std::string_view bytes) {
   return wide;
 }
 
-bool NeedsPage(const Charset& charset) {
-  using enum CharsetKind;
-  return charset.kind != kUtf16LittleEndian && charset.kind != kUtf16BigEndian &&
-         charset.kind != kUserDefined;
-}
-
-// The page itself, or the closest one that this system has; 0 for none. A label without a page is
-// as good as one that nobody knows: no text is lost.
-unsigned SystemPage(unsigned page) {
-  if (::IsValidCodePage(page)) return page;
-  const unsigned closest = page == 51932 ? 20932 : page == 54936 ? 936 : 0;
-  return closest != 0 && ::IsValidCodePage(closest) ? closest : 0;
+// What a charset of bytes means in its page.
+std::wstring WideInPage(const Charset& charset, std::string_view bytes) {
+  std::wstring wide = charset.kind == CharsetKind::kDoubleByte
+                          ? WideOfDoubleByte(bytes, charset.codePage)
+                          : ToWide(bytes, charset.codePage);
+  ReplaceMeaningless(wide);
+  return wide;
 }
 
 std::wstring WideOf(const Charset& charset, std::string_view bytes) {
   switch (charset.kind) {
+    case CharsetKind::kUtf8:
+      return ToWide(bytes, kUtf8);
     case CharsetKind::kUtf16LittleEndian:
       return WideOfUtf16(bytes, false);
     case CharsetKind::kUtf16BigEndian:
       return WideOfUtf16(bytes, true);
     case CharsetKind::kUserDefined:
       return WideOfUserDefined(bytes);
+    case CharsetKind::kEucJp:
+      return WideOfEucJp(bytes);
+    case CharsetKind::kIso2022Jp:
+      return WideOfIso2022Jp(bytes);
+    case CharsetKind::kSingleByte:
     case CharsetKind::kDoubleByte:
-      return WideOfDoubleByte(bytes, SystemPage(charset.codePage));
-    default:
-      return ToWide(bytes, SystemPage(charset.codePage));
+      break;
   }
+  return WideInPage(charset, bytes);
+}
+
+// A label whose page the system lacks is as good as one that nobody knows: no text is lost.
+bool IsKnownHere(const Charset& charset) {
+  const bool inPage =
+      charset.kind == CharsetKind::kSingleByte || charset.kind == CharsetKind::kDoubleByte;
+  return !inPage || ::IsValidCodePage(charset.codePage);
 }
 
 }  // namespace
@@ -177,8 +224,7 @@ void AppendCodePoint(std::string& out, char32_t codePoint) {
 
 bool ConvertToCodePage(std::string_view bytes, std::string_view label, std::string& out) {
   const Charset* charset = FindCharset(label);
-  if (!charset) return false;
-  if (NeedsPage(*charset) && SystemPage(charset->codePage) == 0) return false;
+  if (!charset || !IsKnownHere(*charset)) return false;
   out.clear();
   if (charset->kind == CharsetKind::kUtf8 && CodePage() == kUtf8) {
     AppendUtf8Repaired(out, bytes);

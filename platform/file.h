@@ -67,6 +67,9 @@ int Unlink(const std::string& path);
 // Removes a folder that is empty.
 int RemoveFolder(const std::string& path);
 int Rename(const std::string& from, const std::string& to);
+// As Rename, but replaces an existing file on every system, in one call: at no moment there is
+// neither.
+int Replace(const std::string& from, const std::string& to);
 
 // Flushes what the process holds in buffers of its own to the system. The calls above keep none,
 // so this is a hook that always succeeds on POSIX.

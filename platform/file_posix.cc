@@ -184,6 +184,10 @@ int Rename(const std::string& from, const std::string& to) {
   return Noted(std::rename(nativePath.c_str(), otherNativePath.c_str()));
 }
 
+int Replace(const std::string& from, const std::string& to) {
+  return Rename(from, to);
+}
+
 int FlushAll() {
   return 0;
 }

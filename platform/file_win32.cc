@@ -166,8 +166,9 @@ int StatOpen(int fd, FileStat& result) {
 }
 
 bool IsLink(const std::string& path) {
+  if (!ToNativePath(path, nativePath)) return false;
   WIN32_FIND_DATAA found;
-  const HANDLE search = ::FindFirstFileA(path.c_str(), &found);
+  const HANDLE search = ::FindFirstFileA(nativePath.c_str(), &found);
   if (search == INVALID_HANDLE_VALUE) return false;
   ::FindClose(search);
   // Other reparse points, such as files kept in a cloud, are files and folders in their own right.
@@ -198,6 +199,14 @@ int Rename(const std::string& from, const std::string& to) {
   if (MustFail(FileCall::kRename)) return Fail(EIO);
   if (!ToNativePath(from, nativePath) || !ToNativePath(to, otherNativePath)) return Fail(ENOENT);
   return Noted(std::rename(nativePath.c_str(), otherNativePath.c_str()));
+}
+
+int Replace(const std::string& from, const std::string& to) {
+  if (MustFail(FileCall::kRename)) return Fail(EIO);
+  if (!ToNativePath(from, nativePath) || !ToNativePath(to, otherNativePath)) return Fail(ENOENT);
+  const BOOL moved =
+      ::MoveFileExA(nativePath.c_str(), otherNativePath.c_str(), MOVEFILE_REPLACE_EXISTING);
+  return moved ? 0 : Fail(ErrorOfSystem());
 }
 
 int FlushAll() {

@@ -17,7 +17,7 @@ using FindHandle = FindState*;
 //               without names that hold a `\`;
 //   any other   the one entry that the path names. Where only another spelling of the last
 //               component (letter case) is there, that one is found. `*` and `?` are literal on
-//               POSIX.
+//               POSIX, and in no name on Windows.
 FindHandle FindFirst(const std::string& pattern, FindData& found);
 // The next entry of the search; false at its end.
 bool FindNext(FindHandle handle, FindData& found);

@@ -3,15 +3,29 @@
 #include "platform/folder_search.h"
 #include "platform/native_path.h"
 
+#include "platform/single_byte.h"
+
 namespace zvrsit::platform {
 
 struct FindState {
   HANDLE search;
 };
 
+namespace {
+
+// No name holds a wildcard, so a path that does, from a link in some page, names nothing.
+bool IsAsked(const std::string& pattern) {
+  const std::size_t separator = FindLastSingleByte(pattern, '\\');
+  if (separator != std::string::npos && pattern.substr(separator + 1) == "*.*") return true;
+  return FindLastSingleByte(pattern, '*') == std::string::npos &&
+         FindLastSingleByte(pattern, '?') == std::string::npos;
+}
+
+}  // namespace
+
 FindHandle FindFirst(const std::string& pattern, FindData& found) {
   std::string native;
-  if (!ToNativePath(pattern, native)) return nullptr;
+  if (!IsAsked(pattern) || !ToNativePath(pattern, native)) return nullptr;
   WIN32_FIND_DATAA data;
   const HANDLE search = ::FindFirstFileA(native.c_str(), &data);
   if (search == INVALID_HANDLE_VALUE) return nullptr;

@@ -1,10 +1,17 @@
 #include "platform/window.h"
 
+#include <algorithm>
+
 namespace zvrsit::platform {
 namespace {
 
 constinit TextShower textShower = nullptr;
 constinit StringLoader stringLoader = nullptr;
+
+// A string of the resources of the running program.
+int LoadOfProgram(unsigned id, char* buffer, int size) {
+  return LoadStringA(nullptr, id, buffer, size);
+}
 
 }  // namespace
 
@@ -20,8 +27,10 @@ void ShowText(CWnd* window, const std::string& text) {
 
 int LoadTableString(unsigned id, char* buffer, int size) {
   if (!buffer || size <= 0) return 0;
-  if (stringLoader) return stringLoader(id, buffer, size);
-  return LoadStringA(nullptr, id, buffer, size);
+  const StringLoader load = stringLoader ? stringLoader : LoadOfProgram;
+  const int length = std::clamp(load(id, buffer, size), 0, size - 1);
+  buffer[length] = '\0';
+  return length;
 }
 
 void SetStringLoader(StringLoader loader) {

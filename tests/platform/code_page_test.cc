@@ -4,6 +4,10 @@
 
 #include <random>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 #include "platform/utf8.h"
 #include "support/code_page_scope.h"
 
@@ -110,9 +114,10 @@ TEST(Convert, LabelsOfTheWebAreDecoded) {
       {"ascii", "\xE9", "\u00E9"},
       {"Shift_JIS", "\x95\\\xB1 \x80", "\u8868\uFF71 \u0080"},
       {"x-sjis", "\x87\x40", "\u2460"},
-      {"EUC-JP", "\xC9\xBD", "\u8868"},
-      {"iso-2022-jp", "\x1B$BI=\x1B(B!", "\u8868!"},
-      {"gb2312", "\xD6\xD0\x80\x95\x32\x82\x36", "\u4E2D\u20AC\U00020000"},
+      {"EUC-JP", "\xC9\xBD<\x8E\xB1\xAD\xA1\xF3\xFE\x8F\xB0\xA1",
+       "\u8868<\uFF71\u2460\u9FA0\u4E02"},
+      {"iso-2022-jp", "\x1B$BI=\x1B(B!\x1B(J\\~\x1B$@\"!\n", "\u8868!\u00A5\u203E\u25C6\n"},
+      {"gb2312", "\xD6\xD0\x80", "\u4E2D\u20AC"},
       {"big5", "\xA4\xA4", "\u4E2D"},
       {"ks_c_5601-1987", "\xC7\xD1\x8C\x63", "\uD55C\uB620"},
       {"koi8-u", "\xC1\xAE", "\u0430\u045E"},
@@ -129,6 +134,22 @@ TEST(Convert, LabelsOfTheWebAreDecoded) {
     EXPECT_TRUE(ConvertToCodePage(c.bytes, c.label, out)) << c.label;
     EXPECT_EQ(out, c.utf8) << c.label;
   }
+}
+
+// Whether text in GB 18030 of four bytes a character can be read here.
+bool KnowsFourByteForms() {
+#if defined(_WIN32)
+  return ::IsValidCodePage(54936);
+#else
+  return true;
+#endif
+}
+
+TEST(Convert, FourBytesOfGb18030AreOneCharacter) {
+  if (!KnowsFourByteForms()) GTEST_SKIP() << "the system has no code page 54936";
+  std::string out;
+  EXPECT_TRUE(ConvertToCodePage("<\x81\x30\x89\x38\x95\x32\x82\x36>", "gb18030", out));
+  EXPECT_EQ(out, "<\u00DF\U00020000>");
 }
 
 TEST(Convert, AnUnknownLabelIsToldAndTouchesNothing) {
@@ -150,6 +171,8 @@ TEST(Convert, MalformedPartsAreReplaced) {
       {"euc-kr", "\xA2\xFE\n\n", "\uFFFD\n\n"},
       {"gbk", "\xFF\x41", "\uFFFD\x41"},
       {"windows-1253", "\xD2z", "\uFFFDz"},
+      {"euc-jp", "\xC9<\xA9\xA1<\x8E<\xFF\xFF\x8F\xB0", "\uFFFD<\uFFFD<\uFFFD<\uFFFD\uFFFD\uFFFD"},
+      {"iso-2022-jp", "\x1B$BI\n\x1B(B\xFF<", "\uFFFD\n\uFFFD<"},
       {"utf-8", "\xE2\x82z\xF0\x9F\x98", "\uFFFDz\uFFFD"},
       {"utf-8", "\xED\xA0\x80\xC0\xAF", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
       {"utf-8", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
