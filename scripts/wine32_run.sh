@@ -12,6 +12,10 @@ with_wine=(env -u DISPLAY -u WAYLAND_DISPLAY -u WINEDLLPATH
   WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d' WINEPATH="$runtime"
   LD_LIBRARY_PATH="$root/usr/lib/i386-linux-gnu:$root/lib/i386-linux-gnu"
   LOCPATH="$home/locale" LC_ALL="${WINE_LOCALE:-ja_JP.UTF-8}")
+# A superuser without the right to pass over permissions: read-only files are refused as on Windows.
+if [ "$(id -u)" = 0 ] && command -v setpriv >/dev/null; then
+  with_wine=(setpriv --bounding-set=-dac_override,-dac_read_search "${with_wine[@]}")
+fi
 if [ "${1-}" = --server ]; then
   shift
   exec "${with_wine[@]}" "$root/usr/lib/wine/wineserver32" "$@"
