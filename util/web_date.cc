@@ -1,6 +1,7 @@
 #include "util/web_date.h"
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 #include <limits>
 #include <string_view>
@@ -115,6 +116,28 @@ bool ReadCommaForm(std::string_view text, bool fullDayName, std::tm& when) {
   return true;
 }
 
+#if defined(_WIN32)
+// Seconds since the epoch if the fields told universal time.
+std::int64_t AsUniversalTime(const std::tm& when) {
+  using namespace std::chrono;
+  const sys_days month = year{when.tm_year + 1900} / January / 1 + months{when.tm_mon};
+  const sys_seconds time = month + days{std::int64_t{when.tm_mday} - 1} + hours{when.tm_hour} +
+                           minutes{when.tm_min} + seconds{when.tm_sec};
+  return time.time_since_epoch().count();
+}
+#endif
+
+// Local time in seconds since the epoch. The runtime of Windows knows no year after 3000.
+std::int64_t MakeTime(std::tm& when) {
+#if defined(_WIN32)
+  constexpr std::int64_t kYear2999 = 32'472'144'000;
+  const std::int64_t universal = AsUniversalTime(when);
+  return universal > kYear2999 ? universal : _mktime64(&when);
+#else
+  return std::mktime(&when);
+#endif
+}
+
 }  // namespace
 
 std::int32_t ParseWebDate(const char* text) {
@@ -127,7 +150,7 @@ std::int32_t ParseWebDate(const char* text) {
                         ? ReadCtimeForm(whole, when)
                         : ReadCommaForm(whole.substr(comma + 1), comma != 3, when);
   if (!read) return -1;
-  const std::time_t seconds = std::mktime(&when);
+  const std::int64_t seconds = MakeTime(when);
   if (seconds > std::numeric_limits<std::int32_t>::max()) {
     return std::numeric_limits<std::int32_t>::max();
   }
