@@ -1,6 +1,7 @@
 #include "dom/mapped_file.h"
 
 #include <cstdint>
+#include <new>
 
 #include "platform/file.h"
 
@@ -10,6 +11,19 @@ namespace {
 constexpr std::uint32_t kLargest = 0x7FFFFFFF;
 // A buffer beyond this size is given back when its file is closed.
 constexpr std::size_t kKeptBytes = std::size_t{4} << 20;
+
+// A buffer of at least `capacity` bytes, which tells how many there are; null when a file is larger
+// than the memory for it, which a process of 32 bits has little of.
+std::unique_ptr<char[]> MakeBuffer(std::size_t& capacity) {
+  const std::size_t least = capacity + 1;  // so that an empty file has a top, too
+  capacity = least + least / 4;
+  std::unique_ptr<char[]> buffer(new (std::nothrow) char[capacity]);
+  if (buffer == nullptr) {
+    capacity = least;
+    buffer.reset(new (std::nothrow) char[capacity]);
+  }
+  return buffer;
+}
 
 }  // namespace
 
@@ -30,9 +44,10 @@ bool MappedFile::Read(int fd) {
   platform::FileStat stat;
   if (platform::StatOpen(fd, stat) != 0 || !stat.isRegular() || stat.size > kLargest) return false;
   if (buffer_ == nullptr || stat.size > capacity_) {
-    // One byte at least, so that an empty file has a top, too.
-    capacity_ = stat.size + stat.size / 4 + 1;
-    buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+    buffer_.reset();
+    capacity_ = stat.size;
+    buffer_ = MakeBuffer(capacity_);
+    if (buffer_ == nullptr) return false;
   }
   const std::int64_t count = platform::Read(fd, buffer_.get(), stat.size);
   if (count < 0) return false;
