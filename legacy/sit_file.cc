@@ -130,11 +130,7 @@ bool SitPackWriter::Finish(const void* header, std::size_t headerSize) {
 }
 
 bool SitPackWriter::Replace() {
-  if (!finished_) return false;
-  // Where the system replaces the old file in one call, there is no moment without either.
-  if (platform::Rename(file_.path(), target_) >= 0) return true;
-  platform::Unlink(target_);
-  return platform::Rename(file_.path(), target_) >= 0;
+  return finished_ && platform::Replace(file_.path(), target_) >= 0;
 }
 
 }  // namespace zvrsit
