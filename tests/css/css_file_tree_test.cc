@@ -9,6 +9,7 @@
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "platform/code_page.h"
+#include "support/folder_link.h"
 #include "support/temp_folder.h"
 
 namespace zvrsit {
@@ -133,12 +134,16 @@ TEST_F(CssFileTree, SheetOfALinkWithMoreWordsIsASiblingOfTheRoot) {
   EXPECT_EQ(tree.getNextSibling(sheet), nullptr);
 }
 
-// Also where a link in the file system gives one sheet a new name on every way round.
 TEST_F(CssFileTree, ImportCyclesEnd) {
   folder_.write("site/a.css", "@import 'b.css'; @import 'a.css';");
   folder_.write("site/b.css", "@import 'a.css'; @import 'b.css';");
   EXPECT_EQ(OfSheet("site/a.css"), "import b.css(import a.css, import b.css), import a.css");
-  std::filesystem::create_directory_symlink(".", folder_.native("site/round"));
+}
+
+// A link in the file system gives one sheet a new name on every way round.
+TEST_F(CssFileTree, ImportCyclesOfOneFileUnderManyNamesEnd) {
+  folder_.makeFolder("site");
+  if (!test::LinkFolder(".", folder_.native("site/round"))) GTEST_SKIP() << "no links here";
   folder_.write("site/c.css", "@import 'round/c.css';");
   EXPECT_EQ(OfSheet("site/c.css"), "import round/c.css");
 }

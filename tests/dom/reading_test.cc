@@ -1,41 +1,35 @@
 // From a file on disk to text in the code page.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
 #include "dom/page.h"
-#include "platform/native_path.h"
+#include "support/temp_folder.h"
 
 namespace zvrsit::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class MappedFileTest : public testing::Test {
  protected:
-  void SetUp() override {
-    folder_ = fs::path(testing::TempDir()) / ("zvrsit_dom_" + std::to_string(getpid()));
-    fs::create_directories(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
   // The `\` path of a file with the content.
   std::string Write(const char* name, const std::string& content) {
-    std::ofstream(folder_ / name, std::ios::binary) << content;
-    return Path(name);
+    folder_.write(name, content);
+    return folder_.path(name);
   }
-  std::string Path(const char* name) {
-    std::string path;
-    EXPECT_TRUE(platform::FromNativePath((folder_ / name).string(), path));
-    return path;
+  // The `\` path of what can be opened but is no file.
+  std::string Pipe() {
+#if defined(_WIN32)
+    return "NUL";
+#else
+    EXPECT_EQ(mkfifo(folder_.native("pipe.htm").c_str(), 0600), 0);
+    return folder_.path("pipe.htm");
+#endif
   }
 
-  fs::path folder_;
+  TempFolder folder_;
 };
 
 TEST_F(MappedFileTest, HoldsTheWholeFileUntilItIsClosed) {
@@ -57,15 +51,15 @@ TEST_F(MappedFileTest, HoldsTheWholeFileUntilItIsClosed) {
 TEST_F(MappedFileTest, WhatIsNoReadableFileFailsAndClosesTheOneBefore) {
   const std::string good = Write("a.htm", "x");
   MappedFile file;
-  ASSERT_EQ(mkfifo((folder_ / "pipe.htm").c_str(), 0600), 0);
-  for (const std::string& bad : {Path("missing.htm"), Path("pipe.htm"), Path(""), std::string()}) {
+  for (const std::string& bad :
+       {folder_.path("missing.htm"), Pipe(), folder_.path(""), std::string()}) {
     ASSERT_TRUE(file.open(good, 0));
     EXPECT_FALSE(file.open(bad, 0)) << bad;
     EXPECT_EQ(file.top(), nullptr);
   }
   EXPECT_FALSE(file.open(good, 1));
   const std::string sparse = Write("sparse.htm", "");
-  fs::resize_file(folder_ / "sparse.htm", std::uintmax_t{1} << 31);
+  std::filesystem::resize_file(folder_.native("sparse.htm"), std::uintmax_t{1} << 31);
   EXPECT_FALSE(file.open(sparse, 0));
 }
 

@@ -5,6 +5,7 @@
 
 #include "dom/dom.h"
 #include "legacy/legacy_site.h"
+#include "support/folder_link.h"
 
 namespace zvrsit {
 namespace {
@@ -115,7 +116,7 @@ TEST(OlderRebuild, KeepsMarksAndDropsWhatIsGone) {
 TEST(OlderRebuild, AFolderThatLinksToItsParentIsEnteredOnce) {
   LegacySite site;
   site.write("sub/page.html", "");
-  std::filesystem::create_directory_symlink("..", site.folder().native("site/sub/up"));
+  if (!test::LinkFolder("..", site.folder().native("site/sub/up"))) GTEST_SKIP() << "no links here";
   site.Open();
   ASSERT_EQ(site.mgr->SiteRebuildDB(1), 0);
   EXPECT_EQ(site.mgr->UrlNum(2), 1);

@@ -85,7 +85,7 @@ TEST(TreeOfRealPages, LivesThroughEverything) {
   const char* tree = std::getenv("ZVRSIT_LEGACY_TREE");
   if (tree == nullptr) GTEST_SKIP() << "ZVRSIT_LEGACY_TREE names no tree";
   std::string site;
-  ASSERT_TRUE(platform::FromNativePath(std::filesystem::canonical(tree).native(), site));
+  ASSERT_TRUE(platform::FromNativePath(std::filesystem::canonical(tree).string(), site));
   test::TempFolder folder;
   OpenSitMgr mgr;
   mgr.setDB(folder.path("db") + "\\", "sites", "servers");

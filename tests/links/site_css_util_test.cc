@@ -34,7 +34,7 @@ class SiteCssUtil : public testing::Test {
     folder_.write("site/index.htm", "");
     folder_.makeFolder("db/s");
     manager_.setDom(&dom_);
-    manager_.setDB((folder_.path("db") + "\\").c_str(), "sites", "servers", 0);
+    manager_.setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
     SiteSiteProfDB* const sites = manager_.GetSiteProf();
     ASSERT_NE(sites, nullptr);
     int site = sites->Find("s");

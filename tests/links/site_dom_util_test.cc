@@ -35,7 +35,7 @@ class SiteDOMUtilTest : public testing::Test {
 
   void OpenSite(LinkRules rules, const std::string& defaultUrl = "") {
     manager_.setDom(&dom_);
-    manager_.setDB((folder_.path("db") + "\\").c_str(), "sites", "servers", 0);
+    manager_.setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
     SiteSiteProfDB& profiles = *manager_.GetSiteProf();
     const int site = profiles.Add("s");
     ASSERT_EQ(profiles.SetFolder(site, SiteSiteRec::kSiteFolder, siteFolder_), 0);
