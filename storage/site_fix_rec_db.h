@@ -60,6 +60,23 @@ class SiteFixRecDB : public SiteDB {
     SlotBuffer copy(recordLength);
     return ReadSlotAt(offset, copy) < 0 ? -1 : ReadWords(copy.data(), *record);
   }
+  // Reads every live record in the order of their numbers and calls visit(record), which must not
+  // change the file. Those that cannot be read are left out.
+  template <class Rec, class Visit>
+  void ForEach(Visit visit) {
+    if (!isOpen() || !HoldsWordsOf(Rec::kRecordType)) return;
+    const bool inPlace = inMemory && HasWords() && recordLength >= Rec::kSlotLength;
+    Rec record;
+    slotIndex.ForEachSet([&](std::size_t id, std::int32_t offset) {
+      const char* slot = inPlace ? Bytes(offset, recordLength) : nullptr;
+      if (slot != nullptr) {
+        record.Deserialize(slot);
+      } else if (Get(static_cast<int>(id), &record) < 0) {
+        return;
+      }
+      visit(record);
+    });
+  }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);
   using SiteDB::Delete;

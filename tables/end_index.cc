@@ -32,19 +32,13 @@ void EndIndex::Forget() {
   made_ = false;
 }
 
-const EndIndex::Chain* EndIndex::Find(const UrlID& end) const {
-  const auto kind = static_cast<std::size_t>(end.kind);
-  const auto id = static_cast<std::size_t>(end.id);
-  if (kind < kKinds && id < chains_[kind].size()) {
-    const Chain& chain = chains_[kind].at(id);
-    if (chain.size > 0) return &chain;
-  }
-  if (strays_.empty()) return nullptr;
+const EndIndex::Chain* EndIndex::FindStray(const UrlID& end) const {
   const StrayChain* stray = strays_.Find(HashEnd(end), IsOf(end));
   return stray == nullptr ? nullptr : &stray->chain;
 }
 
 void EndIndex::Begin(const UrlID& end, int record) {
+  MakeNeighbours(record) = {};
   const Chain chain = {record, record, 1};
   const auto kind = static_cast<std::size_t>(end.kind);
   const auto id = static_cast<std::size_t>(end.id);
@@ -61,21 +55,6 @@ void EndIndex::Drop(const UrlID& end, Chain* chain) {
   if (strays_.empty()) return;
   StrayChain* stray = strays_.Find(HashEnd(end), IsOf(end));
   if (stray != nullptr) strays_.Erase(stray);
-}
-
-void EndIndex::Append(const UrlID& end, int record) {
-  ++records_;
-  neighbours_.Grow(static_cast<std::size_t>(record) + 1);
-  Neighbours& own = neighbours_.slot(static_cast<std::size_t>(record));
-  Chain* chain = Find(end);
-  if (chain == nullptr) {
-    own = {};
-    return Begin(end, record);
-  }
-  neighbours_.slot(static_cast<std::size_t>(chain->last)).next = record + 1;
-  own = {chain->last + 1, 0};
-  chain->last = record;
-  ++chain->size;
 }
 
 void EndIndex::Remove(const UrlID& end, int record) {

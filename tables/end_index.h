@@ -25,7 +25,15 @@ class EndIndex {
   // Drops it, to be made anew when it is next needed.
   void Forget();
 
-  void Append(const UrlID& end, int record);
+  void Append(const UrlID& end, int record) {
+    Chain* chain = Find(end);
+    if (chain == nullptr) return Begin(end, record);
+    Neighbours& own = MakeNeighbours(record);
+    neighbours_.slot(static_cast<std::size_t>(chain->last)).next = record + 1;
+    own = {chain->last + 1, 0};
+    chain->last = record;
+    ++chain->size;
+  }
   void Remove(const UrlID& end, int record);
 
   // The first record of an end, and the one after a record; -1 for none.
@@ -56,9 +64,23 @@ class EndIndex {
   static constexpr std::size_t kPlacedIdsPerRecord = 4;
 
   // The chain of an end that has records, or null.
-  const Chain* Find(const UrlID& end) const;
+  const Chain* Find(const UrlID& end) const {
+    const auto kind = static_cast<std::size_t>(end.kind);
+    const auto id = static_cast<std::size_t>(end.id);
+    if (kind < kKinds && id < chains_[kind].size()) {
+      const Chain& chain = chains_[kind].at(id);
+      if (chain.size > 0) return &chain;
+    }
+    return strays_.empty() ? nullptr : FindStray(end);
+  }
+  const Chain* FindStray(const UrlID& end) const;
   Chain* Find(const UrlID& end) { return const_cast<Chain*>(std::as_const(*this).Find(end)); }
   void Begin(const UrlID& end, int record);
+  Neighbours& MakeNeighbours(int record) {
+    ++records_;
+    neighbours_.Grow(static_cast<std::size_t>(record) + 1);
+    return neighbours_.slot(static_cast<std::size_t>(record));
+  }
   void Drop(const UrlID& end, Chain* chain);
 
   bool made_ = false;

@@ -12,11 +12,9 @@ EndIndex& PairTableBase::MadeIndex(End which) {
   EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
   if (index.isMade()) return index;
   index.Start(records_->liveCount());
-  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
-    SiteRelRec record;
-    if (records_->Get(number, &record) < 0) continue;
-    index.Append(which == End::kFrom ? record.from : record.to, number);
-  }
+  records_->ForEach<SiteRelRec>([&index, which](const SiteRelRec& record) {
+    index.Append(which == End::kFrom ? record.from : record.to, record.id);
+  });
   return index;
 }
 
