@@ -6,6 +6,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "cli/output.h"
 
 namespace zvrsit::cli {
@@ -49,7 +50,7 @@ int RunSave(const Options& options, const std::string& site,
 std::string GonePath(Session& session, const std::string& file) {
   std::string path = Take(session.manager().UrlPath(session.EntryOf(file).id));
   std::error_code error;
-  if (fs::exists(NativePath(path), error)) {
+  if (fs::exists(PathOf(NativePath(path)), error)) {
     throw Failure(kFileSystem, file + ": this file is still there; remove or move it first");
   }
   return path;

@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/link_report.h"
+#include "cli/native_name.h"
 #include "cli/rebuild.h"
 #include "cli/site_profile.h"
 
@@ -31,7 +32,7 @@ class TemporaryFolder {
       fs::permissions(path_, fs::perms::owner_all, error);
       return;
     }
-    throw Failure(kFileSystem, base.string() + ": no temporary folder can be made here");
+    throw Failure(kFileSystem, NameOf(base) + ": no temporary folder can be made here");
   }
   ~TemporaryFolder() {
     std::error_code error;
@@ -40,7 +41,7 @@ class TemporaryFolder {
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-  std::string path() const { return path_.string(); }
+  std::string path() const { return NameOf(path_); }
 
  private:
   fs::path path_;
@@ -56,7 +57,7 @@ struct Findings {
 // output leaves nothing behind.
 Findings Examine(const Options& options, const GivenSite& site) {
   const TemporaryFolder folder(options.database.empty() ? fs::temp_directory_path()
-                                                        : fs::path(options.database));
+                                                        : PathOf(options.database));
   Options own = options;
   own.database = folder.path();
   Session session(own, Database::kMake);
@@ -80,8 +81,7 @@ int RunCheck(const Options& options, const GivenSite& site) {
   } else {
     PrintTotals(findings.totals);
     PrintBroken(findings.broken);
-    fmt::print("{}\n",
-               count == 0 ? "no broken links" : Counted(count, "broken link", "broken links"));
+    Print("{}\n", count == 0 ? "no broken links" : Counted(count, "broken link", "broken links"));
   }
   if (findings.code != kClean) return findings.code;
   return count == 0 ? kClean : kFindings;

@@ -1,5 +1,3 @@
-#include <fmt/core.h>
-
 #include <cstdint>
 #include <memory>
 
@@ -52,12 +50,12 @@ Json CellAsJson(const std::string& name, const SiteRecCell& cell) {
 }
 
 void PrintCell(const std::string& name, const SiteRecCell& cell, bool inSite) {
-  fmt::print("{}", LineText(name));
-  if (!cell.GetTitle().empty()) fmt::print("  \"{}\"", LineText(cell.GetTitle()));
+  Print("{}", LineText(name));
+  if (!cell.GetTitle().empty()) Print("  \"{}\"", LineText(cell.GetTitle()));
   if (cell.GetID().kind == kKindPath && cell.GetFlag() == 0) {
-    fmt::print("{}", inSite ? "  missing" : "  outside of the site");
+    Print("{}", inSite ? "  missing" : "  outside of the site");
   }
-  fmt::print("\n");
+  Print("\n");
 }
 
 int RunQuery(const Options& options, const std::string& site, Query query) {

@@ -1,6 +1,4 @@
 // The commands of the older generation.
-#include <fmt/core.h>
-
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -33,8 +31,8 @@ Json LinkRow(const LegacyLink& link) {
 }
 
 void PrintRow(const LegacyLink& link) {
-  fmt::print("{} -> {}  {}{}\n", LineText(link.from), LineText(link.to), TypeName(link.type),
-             link.exists ? "" : "  missing");
+  Print("{} -> {}  {}{}\n", LineText(link.from), LineText(link.to), TypeName(link.type),
+        link.exists ? "" : "  missing");
 }
 
 // --- add, rebuild --------------------------------------------------------------------------
@@ -115,7 +113,7 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
   if (options.json) {
     PrintJson(TotalsRow(totals));
   } else {
-    fmt::print("{}\n", TotalsLine(totals));
+    Print("{}\n", TotalsLine(totals));
   }
   return kClean;
 }
@@ -171,7 +169,7 @@ int RunPeek(const Options& options, const std::string& asked) {
   Json names = Json::array();
   for (const std::string& name : TakeList(list)) {
     names.push_back(JsonText(isSite ? NativePath(name) : name));
-    if (!options.json) fmt::print("{}\n", LineText(isSite ? NativePath(name) : name));
+    if (!options.json) Print("{}\n", LineText(isSite ? NativePath(name) : name));
   }
   if (options.json) PrintJson({{isSite ? "files" : "sites", names}});
   return kClean;
@@ -227,7 +225,7 @@ int RunUndo(const Options& options, const std::string& name) {
       row.update(TotalsRow(totals));
       rows.Add(row);
     } else {
-      fmt::print("{}: {}\n", LineText(line), TotalsLine(totals));
+      Print("{}: {}\n", LineText(line), TotalsLine(totals));
     }
   }
   session.Close();

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -16,9 +17,9 @@ constexpr const char* kServers = "servers";
 // The options as they are, when there is an older database.
 const Options& Checked(const Options& options, Database database) {
   std::error_code error;
-  const fs::path folder = fs::path(DatabaseFolder(options)) / kFolder;
+  const fs::path folder = PathOf(DatabaseFolder(options)) / kFolder;
   if (database == Database::kMustExist && !fs::exists(folder / kSites, error)) {
-    throw Failure(kDatabase, folder.string() +
+    throw Failure(kDatabase, NameOf(folder) +
                                  ": there is no older database here (zvrsit legacy add makes one)");
   }
   return options;
@@ -28,7 +29,7 @@ const Options& Checked(const Options& options, Database database) {
 
 LegacySession::LegacySession(const Options& options, Database database)
     : newer_(Checked(options, database), Database::kMake),
-      folder_(AbsolutePath((fs::path(DatabaseFolder(options)) / kFolder).string()) + "\\") {
+      folder_(FolderPath(NameOf(PathOf(DatabaseFolder(options)) / kFolder))) {
   if (manager_.setDB(folder_, kSites, kServers) != 0) {
     throw Failure(kDatabase, NativePath(folder_ + kSites) +
                                  ": this file, or another beside it, cannot be opened");
@@ -53,7 +54,7 @@ SitSiteProperty LegacySession::Profile(const std::string& name) {
 
 void LegacySession::Open(const std::string& name) {
   siteFolder_ = Profile(name).dir[1];
-  if (!siteFolder_.empty() && siteFolder_.back() != '\\') siteFolder_ += '\\';
+  if (PathOf(NativePath(siteFolder_)).has_filename()) siteFolder_ += '\\';
   nativeSiteFolder_ = NativePath(siteFolder_);
   if (manager_.SiteOpen(name) != 0) {
     throw Failure(kDatabase, NativePath(folder_ + name) + ": a file of the site cannot be opened");
@@ -72,13 +73,14 @@ std::string LegacySession::Shown(const std::string& path) const {
 
 // The `\` paths that `native` may stand for, likeliest first.
 std::array<std::string, 2> LegacySession::Candidates(const std::string& native) const {
-  return {AbsolutePath(native), AbsolutePath((fs::path(nativeSiteFolder_) / native).string())};
+  return {AbsolutePath(native), AbsolutePath(NameOf(PathOf(nativeSiteFolder_) / PathOf(native)))};
 }
 
 std::string LegacySession::FileOf(const std::string& native) const {
   for (const std::string& path : Candidates(native)) {
     std::error_code error;
-    if (path.starts_with(siteFolder_) && fs::is_regular_file(NativePath(path), error)) return path;
+    if (path.starts_with(siteFolder_) && fs::is_regular_file(PathOf(NativePath(path)), error))
+      return path;
   }
   throw Failure(kFileSystem, native + ": no such file in the site");
 }

@@ -1,7 +1,5 @@
 #include "cli/link_report.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +9,7 @@
 #include <unordered_map>
 
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "links/link_type.h"
 
 namespace zvrsit::cli {
@@ -55,7 +54,7 @@ class Lines {
     line_ = 1;
     seen_ = 0;
     std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) return;
+    if (!std::filesystem::is_regular_file(PathOf(path), error)) return;
     std::ifstream file(path, std::ios::binary);
     text_.assign(std::istreambuf_iterator<char>(file), {});
   }
@@ -112,22 +111,20 @@ Json BrokenAsJson(const BrokenLink& shown) {
 }
 
 void PrintLink(const ShownLink& shown) {
-  fmt::print("{} -> {}  {}", LineText(shown.from), LineText(shown.to),
-             LinkTypeName(shown.link.type));
-  if (shown.link.count > 1) fmt::print(" x{}", shown.link.count);
-  if (!shown.link.exists)
-    fmt::print("{}", shown.link.outside ? "  outside of the site" : "  missing");
-  fmt::print("\n");
+  Print("{} -> {}  {}", LineText(shown.from), LineText(shown.to), LinkTypeName(shown.link.type));
+  if (shown.link.count > 1) Print(" x{}", shown.link.count);
+  if (!shown.link.exists) Print("{}", shown.link.outside ? "  outside of the site" : "  missing");
+  Print("\n");
 }
 
 void PrintBroken(const std::vector<BrokenLink>& links) {
   const std::string* source = nullptr;
   for (const BrokenLink& shown : links) {
-    if (source == nullptr || *source != shown.from) fmt::print("{}\n", LineText(shown.from));
+    if (source == nullptr || *source != shown.from) Print("{}\n", LineText(shown.from));
     source = &shown.from;
     const std::string line = shown.line > 0 ? std::to_string(shown.line) : "-";
-    fmt::print("{:>6}: {} -> {}  {}{}\n", line, LineText(shown.link.text), LineText(shown.to),
-               LinkTypeName(shown.link.type), shown.link.outside ? "  outside of the site" : "");
+    Print("{:>6}: {} -> {}  {}{}\n", line, LineText(shown.link.text), LineText(shown.to),
+          LinkTypeName(shown.link.type), shown.link.outside ? "  outside of the site" : "");
   }
 }
 

@@ -1,11 +1,10 @@
 // The program zvrsit.
-#include <fmt/core.h>
-
 #include <cstdio>
 #include <exception>
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "cli/output.h"
 
 namespace zvrsit::cli {
@@ -73,6 +72,7 @@ int Main(int argc, char** argv) {
   app.set_version_flag("--version", "zvrsit " ZVRSIT_VERSION);
   app.require_subcommand(1);
   app.fallthrough();
+  app.allow_windows_style_options(false);  // a name may begin with "/"
   app.footer(
       "Every command takes --db and --format too, and tells more with --help.\n"
       "Exit codes: 0 clean, 1 findings (check, broken), 2 usage, 3 database, 4 file system.");
@@ -92,5 +92,6 @@ int Main(int argc, char** argv) {
 }  // namespace zvrsit::cli
 
 int main(int argc, char** argv) {
+  const zvrsit::cli::AnsiConsole console;
   return zvrsit::cli::Main(argc, argv);
 }

@@ -1,10 +1,18 @@
 #include "cli/output.h"
 
-#include <fmt/core.h>
-
+#include "cli/native_name.h"
 #include "platform/code_page.h"
 
 namespace zvrsit::cli {
+namespace {
+
+#if defined(_WIN32)
+constexpr bool kEscapesBackslash = false;
+#else
+constexpr bool kEscapesBackslash = true;
+#endif
+
+}  // namespace
 
 std::string JsonText(std::string_view text) {
   return platform::ToUtf8(text);
@@ -18,7 +26,7 @@ std::string LineText(std::string_view text) {
       line += "\\n";
     } else if (byte == '\t') {
       line += "\\t";
-    } else if (byte == '\\') {
+    } else if (byte == '\\' && kEscapesBackslash) {
       line += "\\\\";
     } else if (value < 0x20 || value == 0x7F) {
       line += fmt::format("\\x{:02x}", value);
@@ -29,28 +37,36 @@ std::string LineText(std::string_view text) {
   return line;
 }
 
+std::string LineOfJson(const Json& text) {
+  return LineText(NarrowText(text.get<std::string>()));
+}
+
+void PrintBytes(std::FILE* file, fmt::string_view format, fmt::format_args args) {
+  const std::string text = fmt::vformat(format, args);
+  std::fwrite(text.data(), 1, text.size(), file);
+}
+
 void Warn(std::string_view message) {
-  fmt::print(stderr, "zvrsit: {}\n", LineText(message));
+  PrintTo(stderr, "zvrsit: {}\n", LineText(message));
 }
 
 void PrintJson(const Json& value) {
-  fmt::print("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));
+  Print("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
 void JsonRows::Add(const Json& row) {
-  fmt::print("{}{}", empty_ ? "[\n" : ",\n",
-             row.dump(-1, ' ', false, Json::error_handler_t::replace));
+  Print("{}{}", empty_ ? "[\n" : ",\n", row.dump(-1, ' ', false, Json::error_handler_t::replace));
   empty_ = false;
 }
 
 void JsonRows::End() {
-  fmt::print("{}]\n", empty_ ? "[" : "\n");
+  Print("{}]\n", empty_ ? "[" : "\n");
 }
 
 void PrintFields(const Json& object) {
   for (const auto& [key, value] : object.items()) {
-    const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-    if (!text.empty()) fmt::print("{:<18}{}\n", key, LineText(text));
+    const std::string text = value.is_string() ? LineOfJson(value) : value.dump();
+    if (!text.empty()) Print("{:<18}{}\n", key, text);
   }
 }
 

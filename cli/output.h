@@ -1,6 +1,9 @@
 // What the commands print: lines of text, or JSON.
 #pragma once
 
+#include <fmt/core.h>
+
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -12,8 +15,22 @@ using Json = nlohmann::ordered_json;
 
 // A string for JSON: UTF-8, malformed bytes replaced.
 std::string JsonText(std::string_view text);
-// A string for one line of text: control characters and `\` as escapes (\n, \t, \x1b, \\).
+// A string for one line of text: control characters as escapes (\n, \t, \x1b), and `\` as \\ but on
+// Windows, where it separates folders and no name holds a control character.
 std::string LineText(std::string_view text);
+// The same of a string that JsonText made.
+std::string LineOfJson(const Json& text);
+
+// As fmt::print, but the bytes are written as they are: names are in the code page.
+void PrintBytes(std::FILE* file, fmt::string_view format, fmt::format_args args);
+template <class... T>
+void PrintTo(std::FILE* file, fmt::format_string<T...> format, T&&... values) {
+  PrintBytes(file, format, fmt::make_format_args(values...));
+}
+template <class... T>
+void Print(fmt::format_string<T...> format, T&&... values) {
+  PrintBytes(stdout, format, fmt::make_format_args(values...));
+}
 
 // Says on stderr, in one line, what the user should know.
 void Warn(std::string_view message);

@@ -1,7 +1,5 @@
 #include "cli/password.h"
 
-#include <fmt/core.h>
-
 #include <iostream>
 
 #if defined(_WIN32)
@@ -13,6 +11,7 @@
 #endif
 
 #include "cli/exit_code.h"
+#include "cli/output.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -60,10 +59,10 @@ bool IsTerminal() {
 std::string AskPassword(const std::string& prompt) {
   std::string password;
   if (IsTerminal()) {
-    fmt::print(stderr, "{}: ", prompt);
+    PrintTo(stderr, "{}: ", prompt);
     const NoEcho silent;
     std::getline(std::cin, password);
-    fmt::print(stderr, "\n");
+    PrintTo(stderr, "\n");
   } else {
     std::getline(std::cin, password);
   }

@@ -12,8 +12,6 @@
 #include <unistd.h>
 #endif
 
-#include <fmt/core.h>
-
 #include <algorithm>
 
 #include "cli/output.h"
@@ -99,8 +97,8 @@ class ProgressLine {
     std::size_t end = std::min<std::size_t>(name.size(), 20);
     while (end > 0 && end < name.size() && (name[end] & 0xC0) == 0x80) --end;
     name.resize(end);
-    fmt::print(stderr, "\r\033[K[{:<20}] {:3}%  {}  {}", bar, position_, status_.value,
-               LineText(platform::ToUtf8(name)));
+    PrintTo(stderr, "\r\033[K[{:<20}] {:3}%  {}  {}", bar, position_, status_.value,
+            LineText(platform::ToUtf8(name)));
     std::fflush(stderr);
   }
 

@@ -1,7 +1,5 @@
 #include "cli/rebuild.h"
 
-#include <fmt/core.h>
-
 #include <memory>
 
 #include "cli/exit_code.h"
@@ -62,11 +60,11 @@ SiteTotals CountSite(Session& session) {
 }
 
 void PrintTotals(const SiteTotals& totals) {
-  fmt::print("{}, {}, {}, {}, {}\n", Counted(totals.files, "file", "files"),
-             Counted(totals.pages, "page", "pages"),
-             Counted(totals.sheets, "style sheet", "style sheets"),
-             Counted(totals.links, "link", "links"),
-             Counted(totals.urls, "external URL", "external URLs"));
+  Print("{}, {}, {}, {}, {}\n", Counted(totals.files, "file", "files"),
+        Counted(totals.pages, "page", "pages"),
+        Counted(totals.sheets, "style sheet", "style sheets"),
+        Counted(totals.links, "link", "links"),
+        Counted(totals.urls, "external URL", "external URLs"));
 }
 
 Json TotalsAsJson(const SiteTotals& totals) {

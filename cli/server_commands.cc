@@ -1,5 +1,3 @@
-#include <fmt/core.h>
-
 #include <map>
 #include <memory>
 #include <optional>
@@ -88,7 +86,7 @@ int RunList(const Options& options) {
     const ServProfile server = ReadServer(session, name);
     rows.push_back(ServerAsJson(name, server));
     if (options.json) continue;
-    fmt::print("{}  {}  {}\n", LineText(name), LineText(server.host), LineText(server.dir));
+    Print("{}  {}  {}\n", LineText(name), LineText(server.host), LineText(server.dir));
   }
   if (options.json) PrintJson(rows);
   return kClean;

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "cli/output.h"
 #include "platform/native_path.h"
 
@@ -19,12 +20,12 @@ constexpr std::chrono::milliseconds kPatience{3000};
 std::string DefaultDatabase() {
 #if defined(_WIN32)
   const char* base = std::getenv("LOCALAPPDATA");
-  if (base != nullptr && *base != '\0') return (fs::path(base) / "zvrsit").string();
+  if (base != nullptr && *base != '\0') return NameOf(PathOf(base) / "zvrsit");
 #else
   const char* base = std::getenv("XDG_DATA_HOME");
-  if (base != nullptr && *base == '/') return (fs::path(base) / "zvrsit").string();
+  if (base != nullptr && *base == '/') return NameOf(PathOf(base) / "zvrsit");
   const char* home = std::getenv("HOME");
-  if (home != nullptr && *home == '/') return (fs::path(home) / ".local/share/zvrsit").string();
+  if (home != nullptr && *home == '/') return NameOf(PathOf(home) / ".local/share/zvrsit");
 #endif
   throw Failure(kUsage, "no home folder is known: name the database with --db FOLDER");
 }
@@ -37,12 +38,16 @@ std::string DatabaseFolder(const Options& options) {
 
 std::string AbsolutePath(const std::string& native) {
   std::error_code error;
-  const fs::path absolute = fs::absolute(native, error).lexically_normal();
+  const fs::path absolute = AsOnDisk(fs::absolute(PathOf(native), error).lexically_normal());
   std::string path;
-  if (error || !platform::FromNativePath(absolute.string(), path)) {
+  if (error || !platform::FromNativePath(NameOf(absolute), path)) {
     throw Failure(kUsage, native + ": a name with this character cannot be used");
   }
   return path;
+}
+
+std::string FolderPath(const std::string& native) {
+  return AbsolutePath(NameOf(PathOf(native) / ""));
 }
 
 std::string NativePath(const std::string& path) {
@@ -66,27 +71,24 @@ std::vector<std::string> TakeList(std::vector<std::string*>* list) {
 }
 
 Session::Session(const Options& options, Database database) {
-  const fs::path folder = DatabaseFolder(options);
+  const fs::path folder = PathOf(DatabaseFolder(options));
   std::error_code error;
   if (database == Database::kMake) {
     fs::create_directories(folder, error);
-    if (error) throw Failure(kFileSystem, folder.string() + ": " + error.message());
+    if (error) throw Failure(kFileSystem, NameOf(folder) + ": " + error.message());
   } else if (!fs::exists(folder / kSiteProfiles, error)) {
-    throw Failure(kDatabase,
-                  folder.string() + ": there is no database here (zvrsit add makes one)");
+    throw Failure(kDatabase, NameOf(folder) + ": there is no database here (zvrsit add makes one)");
   }
-  database_ = folder.string();
-  lock_ = std::make_unique<LockFile>((folder / "lock").string(), kPatience);
+  database_ = NameOf(folder);
+  lock_ = std::make_unique<LockFile>(NameOf(folder / "lock"), kPatience);
   manager_ = std::make_unique<SiteMgr>();
   manager_->setDom(&dom_);
-  std::string dir = AbsolutePath(folder.string());
-  if (dir.back() != '\\') dir += '\\';
-  manager_->setDB(dir.c_str(), kSiteProfiles, kServerProfiles, 0);
+  manager_->setDB(FolderPath(database_).c_str(), kSiteProfiles, kServerProfiles, 0);
   std::vector<std::string*>* const names = manager_->EnumSiteProf();
   TakeList(names);
   if (names == nullptr) {
-    throw Failure(kDatabase, (folder / kSiteProfiles).string() +
-                                 ": this file, or sites.S beside it, is damaged");
+    throw Failure(kDatabase,
+                  NameOf(folder / kSiteProfiles) + ": this file, or sites.S beside it, is damaged");
   }
 }
 
@@ -104,13 +106,13 @@ void Session::Open(const std::string& name) {
   const int result = manager_->SiteOpen(name, 0);
   if (result == -2) {
     std::error_code error;
-    const bool folderIsThere = fs::is_directory(nativeSiteFolder_, error);
+    const bool folderIsThere = fs::is_directory(PathOf(nativeSiteFolder_), error);
     throw Failure(kFileSystem,
                   folderIsThere ? NativePath(profile.topFile) + ": the site's top file is not there"
                                 : nativeSiteFolder_ + ": the site folder is not there");
   }
   if (result != 0 || manager_->GetPathDB() == nullptr) {
-    throw Failure(kDatabase, (fs::path(database_) / name).string() +
+    throw Failure(kDatabase, NameOf(PathOf(database_) / PathOf(name)) +
                                  ": a table of the site is damaged; remove the files of this "
                                  "folder, and rebuild the site");
   }
@@ -146,14 +148,15 @@ std::string Session::ShownEntry(const UrlID& id) {
 // The `\` paths that `native` may stand for, likeliest first.
 std::vector<std::string> Session::Candidates(const std::string& native) const {
   std::vector<std::string> paths{AbsolutePath(native)};
-  const fs::path site = nativeSiteFolder_;
+  const fs::path site = PathOf(nativeSiteFolder_);
+  const fs::path given = PathOf(native);
   std::error_code error;
   const fs::path root = fs::canonical(site, error);
-  const fs::path below = fs::weakly_canonical(native, error).lexically_relative(root);
+  const fs::path below = fs::weakly_canonical(given, error).lexically_relative(root);
   if (!error && !below.empty() && *below.begin() != "..") {
-    paths.push_back(AbsolutePath((site / below).string()));
+    paths.push_back(AbsolutePath(NameOf(site / below)));
   }
-  paths.push_back(AbsolutePath((site / native).string()));
+  paths.push_back(AbsolutePath(NameOf(site / given)));
   return paths;
 }
 
@@ -161,7 +164,7 @@ std::string Session::FileOf(const std::string& native) const {
   bool isThere = false;
   for (const std::string& path : Candidates(native)) {
     std::error_code error;
-    if (!fs::is_regular_file(NativePath(path), error)) continue;
+    if (!fs::is_regular_file(PathOf(NativePath(path)), error)) continue;
     if (IsInSite(path)) return path;
     isThere = true;
   }

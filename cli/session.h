@@ -73,9 +73,11 @@ class Session {
   std::string nativeSiteFolder_;
 };
 
-// The `\` path of a native path made absolute, not looked up on disk. Throws Failure(kUsage) for
-// a name that cannot be held.
+// The `\` path of a native path made absolute; on Windows in the letter case of the disk, otherwise
+// not looked up there. Throws Failure(kUsage) for a name that cannot be held.
 std::string AbsolutePath(const std::string& native);
+// The same of a folder: it ends in `\`.
+std::string FolderPath(const std::string& native);
 // The native form of a `\` path.
 std::string NativePath(const std::string& path);
 // Takes a string or a list of strings that the library returned; empty for null.

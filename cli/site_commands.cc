@@ -1,5 +1,3 @@
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <memory>
 
@@ -29,13 +27,12 @@ void PrintSites(const Json& rows) {
   std::size_t width = 0;
   std::size_t folderWidth = 0;
   for (const Json& row : rows) {
-    width = std::max(width, LineText(row["name"].get<std::string>()).size());
-    folderWidth = std::max(folderWidth, LineText(row["folder"].get<std::string>()).size());
+    width = std::max(width, LineOfJson(row["name"]).size());
+    folderWidth = std::max(folderWidth, LineOfJson(row["folder"]).size());
   }
   for (const Json& row : rows) {
-    fmt::print("{:<{}}  {:<{}}  {:<7}  {}\n", LineText(row["name"].get<std::string>()), width,
-               LineText(row["folder"].get<std::string>()), folderWidth,
-               row["rules"].get<std::string>(), row["state"].get<std::string>());
+    Print("{:<{}}  {:<{}}  {:<7}  {}\n", LineOfJson(row["name"]), width, LineOfJson(row["folder"]),
+          folderWidth, row["rules"].get<std::string>(), row["state"].get<std::string>());
   }
 }
 

@@ -1,13 +1,12 @@
 #include "cli/site_profile.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <climits>
 #include <filesystem>
 #include <tuple>
 
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -19,15 +18,13 @@ const char* RulesName(LinkRules rules) {
   return rules == LinkRules::Web ? "web" : "classic";
 }
 
-std::string FolderPath(const std::string& native) {
+std::string ExistingFolder(const std::string& native) {
   std::error_code error;
   if (native.empty()) throw Failure(kUsage, "an empty name is no folder");
-  if (!fs::is_directory(native, error)) {
+  if (!fs::is_directory(PathOf(native), error)) {
     throw Failure(kFileSystem, native + ": " + (error ? error.message() : "not a folder"));
   }
-  std::string path = AbsolutePath(native);
-  if (path.back() != '\\') path += '\\';
-  return path;
+  return FolderPath(native);
 }
 
 // The page of a folder that is most likely its home page: as high up as there is one, by the usual
@@ -40,7 +37,7 @@ fs::path LookForTop(const fs::path& folder) {
                                          error);
   for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
     std::error_code ignored;
-    const std::string name = entry->path().filename().string();
+    const std::string name = NameOf(entry->path().filename());
     if (entry.depth() >= std::get<0>(best)) entry.disable_recursion_pending();
     if (ClassifyFileType(name.c_str()) != FT_HTML || !entry->is_regular_file(ignored)) continue;
     const auto rank = std::find(std::begin(kUsual), std::end(kUsual), name) - std::begin(kUsual);
@@ -49,14 +46,14 @@ fs::path LookForTop(const fs::path& folder) {
   return std::get<2>(best);
 }
 
-std::string TopPath(const fs::path& folder, const std::string& top) {
+std::string TopPath(const fs::path& folder, const fs::path& top) {
   std::error_code error;
   fs::path path = folder / top;
   if (!fs::is_regular_file(path, error) && fs::is_regular_file(top, error)) path = top;
   if (!fs::is_regular_file(path, error)) {
-    throw Failure(kFileSystem, path.string() + ": no such file");
+    throw Failure(kFileSystem, NameOf(path) + ": no such file");
   }
-  return AbsolutePath(path.string());
+  return AbsolutePath(NameOf(path));
 }
 
 // Moves `path` along when it lies below the folder that moved.
@@ -73,15 +70,15 @@ void ChangeFolder(SiteProfile& profile, const std::string& folder) {
 
 // Puts what is given into the profile. The folder comes first: the others lie below it.
 void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
-  if (site.folder) ChangeFolder(profile, FolderPath(*site.folder));
-  const std::string folder = NativePath(profile.folders[kSlotSiteFolder]);
+  if (site.folder) ChangeFolder(profile, ExistingFolder(*site.folder));
+  const fs::path folder = PathOf(NativePath(profile.folders[kSlotSiteFolder]));
   if (site.top || site.folder) {
-    profile.topFile = TopPath(folder, site.top ? *site.top : NativePath(profile.topFile));
+    profile.topFile = TopPath(folder, PathOf(site.top ? *site.top : NativePath(profile.topFile)));
   }
   if (site.docRoot) {
     profile.useDocumentRoot = !site.docRoot->empty();
     profile.folders[kSlotDocumentRoot] =
-        profile.useDocumentRoot ? FolderPath(*site.docRoot) : std::string();
+        profile.useDocumentRoot ? ExistingFolder(*site.docRoot) : std::string();
   }
   if (site.defaultUrl) profile.defaultUrl = *site.defaultUrl;
   if (site.rules) profile.linkRules = *site.rules == "web" ? LinkRules::Web : LinkRules::Classic;
@@ -118,9 +115,9 @@ void AddSiteOptions(CLI::App& command, GivenSite& site) {
 
 SiteProfile NewProfile(Session& session, const GivenSite& site) {
   GivenSite given = site;
-  const std::string folder = FolderPath(site.folder.value_or(""));
+  const std::string folder = ExistingFolder(site.folder.value_or(""));
   if (!given.top) {
-    given.top = LookForTop(NativePath(folder)).string();
+    given.top = NameOf(LookForTop(PathOf(NativePath(folder))));
     if (given.top->empty()) throw Failure(kFileSystem, *site.folder + ": no page in this folder");
   }
   SiteProfile profile;

@@ -1,0 +1,34 @@
+// Names of the system, as they stand in arguments, answers and the library's paths, and
+// std::filesystem. The standard library takes a narrow name for UTF-8 on Windows, where it is in
+// the ANSI code page; so no name goes to std::filesystem or comes from it but through these two.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace zvrsit::cli {
+
+std::filesystem::path PathOf(const std::string& name);
+// A character that the code page lacks becomes "?", which no file of Windows has in its name.
+std::string NameOf(const std::filesystem::path& path);
+
+// UTF-8, as in JSON, in the bytes that names have.
+std::string NarrowText(const std::string& utf8);
+
+// The path with the letter case of the disk, where the system finds a file by any; else `path`.
+std::filesystem::path AsOnDisk(const std::filesystem::path& path);
+
+// While it lives, a console shows and takes the bytes of the ANSI code page.
+class AnsiConsole {
+ public:
+  AnsiConsole();
+  ~AnsiConsole();
+  AnsiConsole(const AnsiConsole&) = delete;
+  AnsiConsole& operator=(const AnsiConsole&) = delete;
+
+ private:
+  unsigned input_ = 0;
+  unsigned output_ = 0;
+};
+
+}  // namespace zvrsit::cli
