@@ -50,11 +50,15 @@ int SiteFixRecDB::MakeIndex() {
   live_ = 0;
   freed_ = {};
   cursor_ = 0;
-  SlotBuffer slot(recordLength);
+  SlotBuffer copy(recordLength);
   for (int k = 0; k < headerWord2; ++k) {
     const int offset = kHeaderSize + k * recordLength;
-    if (ReadSlotAt(offset, slot) < 0) return -1;
-    const std::int32_t id = IsKnownType() ? LoadLE32(slot.data()) : -1;
+    const char* slot = recordLength >= 4 ? Bytes(offset, recordLength) : nullptr;
+    if (slot == nullptr) {
+      if (ReadSlotAt(offset, copy) < 0) return -1;
+      slot = copy.data();
+    }
+    const std::int32_t id = IsKnownType() ? LoadLE32(slot) : -1;
     if (id < 0 || id >= headerWord1) continue;
     std::int32_t& known = slotIndex.slot(static_cast<std::size_t>(id));
     if (known == 0) ++live_;

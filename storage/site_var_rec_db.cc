@@ -116,8 +116,12 @@ void SiteVarRecDB::ForgetEntries() {
 }
 
 int SiteVarRecDB::ReadHead(int offset, Head& head) {
-  char bytes[kHeadSize];
-  if (ReadAt(bytes, offset, kHeadSize) != kHeadSize) return -1;
+  char copy[kHeadSize];
+  const char* bytes = Bytes(offset, kHeadSize);
+  if (bytes == nullptr) {
+    if (ReadAt(copy, offset, kHeadSize) != kHeadSize) return -1;
+    bytes = copy;
+  }
   head = {LoadLE32(bytes), LoadLE32(bytes + 4), LoadLE32(bytes + 8), LoadLE32(bytes + 12)};
   return 0;
 }
