@@ -23,6 +23,13 @@ const std::vector<std::string> kFiles = {"db/sites",        "db/sites_S",       
                                          "db/demo/Link.db", "db/demo/Link.dS",  "db/demo/Junk.db",
                                          "db/demo/Rel.db",  "db/demo/Folder.db"};
 
+// On Windows, where a file call takes many times as long, one run in so many is made.
+#if defined(_WIN32)
+constexpr int kOneIn = 4;  // has no part in the counts of ways to spoil a word or a byte
+#else
+constexpr int kOneIn = 1;
+#endif
+
 // The first files are the profiles, which lead to a site.
 bool IsOfSite(std::size_t file) {
   return file >= 2;
@@ -45,6 +52,10 @@ class DamagedSite : public ::testing::Test {
     site.mgr->SiteClose();
     site.mgr.reset();
     for (const std::string& file : kFiles) bytes.push_back(site.folder().read(file));
+  }
+
+  bool IsSampled() {
+    return run++ % kOneIn == 0;
   }
 
   void Restore() {
@@ -110,11 +121,13 @@ class DamagedSite : public ::testing::Test {
 
   LegacySite site;
   std::vector<std::string> bytes;
+  int run = 0;
 };
 
 TEST_F(DamagedSite, CutAtEveryByte) {
   for (std::size_t i = 0; i < kFiles.size(); ++i) {
     test::CutAtEveryByte(bytes[i], [&](std::string_view cut) {
+      if (!IsSampled()) return;
       Restore();
       site.folder().write(kFiles[i], cut);
       Use(IsOfSite(i));
@@ -127,6 +140,7 @@ TEST_F(DamagedSite, EveryWordSpoiledAndBytesFlipped) {
   for (std::size_t i = 0; i < kFiles.size(); ++i) {
     const bool flips = kFiles[i].ends_with("Link.db") || kFiles[i].ends_with("Url.db");
     const auto use = [&](const std::string& damaged, std::size_t offset) {
+      if (!IsSampled()) return;
       Restore();
       site.folder().write(kFiles[i], damaged);
       Use(IsOfSite(i));
@@ -146,8 +160,8 @@ TEST_F(DamagedSite, EveryWordSpoiledAndBytesFlipped) {
 
 TEST_F(DamagedSite, EachFileCallFailsOnce) {
   const int calls = test::FailEachCall([&] { Restore(); }, [&] { UseAll(); },
-                                       [&](const test::FailedRun&) { UseAll(); });
-  EXPECT_GT(calls, 100);
+                                       [&](const test::FailedRun&) { UseAll(); }, kOneIn);
+  EXPECT_GT(calls, 100 / kOneIn);
 }
 
 // No answer is invented: what a packed store gives after a failed call is a part of what was there.

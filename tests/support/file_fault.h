@@ -41,17 +41,18 @@ struct FailedRun {
 
 // For N = 1, 2, 3 ...: `prepare()`, then `operate()` with its Nth file call failing, then
 // `check(run)`, with working calls again. Ends after the first run that makes fewer than N calls,
-// which is not handed to `check`. Gives the number of failed runs: the calls of the operation.
+// which is not handed to `check`. Gives the number of failed runs: the calls of the operation. With
+// `every`, only one of so many calls fails.
 template <class Prepare, class Operate, class Check>
-int FailEachCall(Prepare prepare, Operate operate, Check check) {
+int FailEachCall(Prepare prepare, Operate operate, Check check, int every = 1) {
   constexpr int kMostCalls = 100000;
-  for (int n = 1; n <= kMostCalls; ++n) {
+  for (int n = 1; n <= kMostCalls; n += every) {
     prepare();
     FailedRun run{n, {}};
     {
       FileFault fault(n);
       operate();
-      if (!fault.fired()) return n - 1;
+      if (!fault.fired()) return n / every;
       run.failedCall = fault.failedCall();
     }
     check(run);
