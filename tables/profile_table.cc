@@ -1,6 +1,8 @@
 #include "tables/profile_table.h"
 
-#include "util/site_name.h"
+#include <algorithm>
+
+#include "util/hash.h"
 
 namespace zvrsit {
 
@@ -67,7 +69,9 @@ int ProfileTable<Rec>::Restore(const std::string& path) {
 template <class Rec>
 int ProfileTable<Rec>::Delete(int number) {
   Rec record;
+  const std::string name(this->NameView(number));
   if (this->Get(number, record) < 0 || NamedTableBase::Delete(number) < 0) return -1;
+  ForgetName(name, number);
   int result = 0;
   ForEachText(record, [this, &result](std::int32_t word) {
     if (this->ReleaseText(word) < 0) result = -1;
@@ -75,12 +79,47 @@ int ProfileTable<Rec>::Delete(int number) {
   return result;
 }
 
+// Letters are folded in every byte, also in the second of a double-byte character: that only lets a
+// few unequal names meet.
 template <class Rec>
-int ProfileTable<Rec>::FindButForCase(std::string_view name, int except) const {
-  for (int number = this->NextNumber(0); number >= 0; number = this->NextNumber(number + 1)) {
-    if (number != except && EqualIgnoringCase(this->NameView(number), name)) return number;
+std::size_t ProfileTable<Rec>::HashButForCase::operator()(const std::string& name) const {
+  std::string folded = name;
+  for (char& byte : folded) {
+    if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
   }
-  return -1;
+  return static_cast<std::size_t>(HashBytes(folded));
+}
+
+// Made when a name is first asked for, so that not every new profile reads the names of all.
+template <class Rec>
+void ProfileTable<Rec>::MakeNames() {
+  names_.clear();
+  for (int number = this->NextNumber(0); number >= 0; number = this->NextNumber(number + 1)) {
+    names_.emplace(this->NameView(number), number);
+  }
+  namesMade_ = true;
+}
+
+template <class Rec>
+void ProfileTable<Rec>::ForgetName(const std::string& name, int number) {
+  const auto [first, last] = names_.equal_range(name);
+  const auto known =
+      std::find_if(first, last, [number](const auto& entry) { return entry.second == number; });
+  if (known != last) names_.erase(known);
+}
+
+template <class Rec>
+bool ProfileTable<Rec>::IsTaken(std::string_view name, int except) {
+  if (!namesMade_) MakeNames();
+  const auto [first, last] = names_.equal_range(std::string(name));
+  return std::any_of(first, last, [except](const auto& entry) { return entry.second != except; });
+}
+
+template <class Rec>
+int ProfileTable<Rec>::AddProfile(std::string_view name, Rec& record) {
+  const int number = this->AddRecord(name, record);
+  if (number >= 0 && namesMade_) names_.emplace(name, number);
+  return number;
 }
 
 template <class Rec>
@@ -94,6 +133,8 @@ int ProfileTable<Rec>::StoreRenamed(Rec& record, std::string_view name) {
   if (this->Update(record) < 0) return -1;
   this->index_->Remove(oldName);
   this->EnterName(name, record);
+  ForgetName(oldName, record.id);
+  if (namesMade_) names_.emplace(name, record.id);
   return this->ReleaseText(old);
 }
 

@@ -2,10 +2,13 @@
 // backup, and whole profiles that are renamed, copied and deleted with all their texts.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "tables/named_table.h"
+#include "util/site_name.h"
 
 namespace zvrsit {
 
@@ -28,18 +31,35 @@ class ProfileTable : public NamedTable<Rec> {
  protected:
   explicit ProfileTable(bool wholeFile) : wholeFile_(wholeFile) {}
 
-  // A profile other than `except` whose name is this one but for the case of ASCII letters; -1.
-  int FindButForCase(std::string_view name, int except) const;
+  // Whether a profile other than `except` has this name but for the case of ASCII letters.
+  bool IsTaken(std::string_view name, int except);
+  // Adds `record` under that name; its number or -1.
+  int AddProfile(std::string_view name, Rec& record);
   // Writes `record`, already changed but for its name word, back under another name; 0 or -1.
   int StoreRenamed(Rec& record, std::string_view name);
   // Makes the texts of a copied record its own: one more reference each, but for the name.
   void ShareTexts(Rec& record);
 
  private:
+  struct HashButForCase {
+    std::size_t operator()(const std::string& name) const;
+  };
+  struct SameButForCase {
+    bool operator()(const std::string& a, const std::string& b) const {
+      return EqualIgnoringCase(a, b);
+    }
+  };
+  // Numbers by name. A file of another's making may hold several that differ in case only.
+  using Names = std::unordered_multimap<std::string, int, HashButForCase, SameButForCase>;
+
   int OpenOnce(const std::string& path);
   int Restore(const std::string& path);
+  void MakeNames();
+  void ForgetName(const std::string& name, int number);
 
   const bool wholeFile_;
+  Names names_;  // of all profiles, once namesMade_
+  bool namesMade_ = false;
 };
 
 }  // namespace zvrsit

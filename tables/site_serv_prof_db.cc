@@ -4,12 +4,13 @@
 
 namespace zvrsit {
 
-bool SiteServProfDB::IsFree(std::string_view name, int except) const {
-  return isOpen() && !name.empty() && FindButForCase(name, except) < 0;
+bool SiteServProfDB::IsFree(std::string_view name, int except) {
+  return isOpen() && !name.empty() && !IsTaken(name, except);
 }
 
 int SiteServProfDB::Add(std::string_view name) {
-  return IsFree(name, -1) ? ProfileTable::Add(name) : -1;
+  SiteServRec record;
+  return IsFree(name, -1) ? AddProfile(name, record) : -1;
 }
 
 int SiteServProfDB::Rename(int number, std::string_view name) {
@@ -21,7 +22,7 @@ int SiteServProfDB::Copy(int number, std::string_view name) {
   SiteServRec record;
   if (!IsFree(name, -1) || Get(number, record) < 0) return -1;
   ShareTexts(record);
-  return AddRecord(name, record);
+  return AddProfile(name, record);
 }
 
 int SiteServProfDB::SetPassword(int number, std::int32_t SiteServRec::*field,

@@ -25,7 +25,7 @@ class SiteServProfDB : public ProfileTable<SiteServRec> {
   int GetPassword(int number, std::int32_t SiteServRec::*field, std::string& password) const;
 
  private:
-  bool IsFree(std::string_view name, int except) const;
+  bool IsFree(std::string_view name, int except);
 };
 
 }  // namespace zvrsit

@@ -19,8 +19,8 @@ constexpr TableFile kTableFiles[] = {{&SiteSiteRec::urlFile, "\\UR"},
 
 }  // namespace
 
-bool SiteSiteProfDB::IsFree(std::string_view name, int except) const {
-  return isOpen() && IsSiteName(name) && FindButForCase(name, except) < 0;
+bool SiteSiteProfDB::IsFree(std::string_view name, int except) {
+  return isOpen() && IsSiteName(name) && !IsTaken(name, except);
 }
 
 int SiteSiteProfDB::StoreFileNames(std::string_view name, SiteSiteRec& record) {
@@ -35,7 +35,7 @@ int SiteSiteProfDB::StoreFileNames(std::string_view name, SiteSiteRec& record) {
 int SiteSiteProfDB::Add(std::string_view name) {
   if (!IsFree(name, -1)) return -1;
   SiteSiteRec record;
-  return StoreFileNames(name, record) < 0 ? -1 : AddRecord(name, record);
+  return StoreFileNames(name, record) < 0 ? -1 : AddProfile(name, record);
 }
 
 int SiteSiteProfDB::Rename(int number, std::string_view name) {
@@ -56,7 +56,7 @@ int SiteSiteProfDB::Copy(int number, std::string_view name) {
   for (const TableFile& file : kTableFiles) record.*file.word = -1;
   record.rebuildState = 0;
   ShareTexts(record);
-  return StoreFileNames(name, record) < 0 ? -1 : AddRecord(name, record);
+  return StoreFileNames(name, record) < 0 ? -1 : AddProfile(name, record);
 }
 
 int SiteSiteProfDB::SetFolder(int number, int slot, std::string_view folder) {

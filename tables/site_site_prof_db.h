@@ -29,7 +29,7 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
 
  private:
   int StoreFileNames(std::string_view name, SiteSiteRec& record);
-  bool IsFree(std::string_view name, int except) const;
+  bool IsFree(std::string_view name, int except);
 };
 
 }  // namespace zvrsit

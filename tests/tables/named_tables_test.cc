@@ -126,7 +126,21 @@ TYPED_TEST(TableByName, FindsEveryOneOfManyNamesAfterManyRemovals) {
   const auto name = [](int i) { return "\\site\\folder\\page-" + std::to_string(i) + ".html"; };
   for (int i = 0; i < 5000; ++i) ASSERT_EQ(table.Add(name(i)), i);
   for (int i = 0; i < 5000; i += 3) ASSERT_EQ(table.Delete(i), 0);
-  for (int i = 0; i < 5000; ++i) ASSERT_EQ(table.Find(name(i)), i % 3 == 0 ? -1 : i);
+  const auto check = [&] {
+    for (int i = 0; i < 5000; ++i) ASSERT_EQ(table.Find(name(i)), i % 3 == 0 ? -1 : i);
+  };
+  check();
+  ASSERT_EQ(table.Close(), 0);
+  check();
+  this->Reopen();
+  ASSERT_EQ(this->table_->Pack(), 0);
+  ASSERT_EQ(this->table_->Delete(1), 0);
+  ASSERT_EQ(this->table_->Add(name(1)), 0);
+  EXPECT_EQ(this->table_->Find(name(1)), 0);
+  EXPECT_EQ(this->table_->Find(name(4)), 4);
+  ASSERT_EQ(this->table_->Close(), 0);
+  EXPECT_EQ(this->table_->Find(name(1)), 0);
+  EXPECT_EQ(this->table_->Find(name(4999)), 4999);
 }
 
 }  // namespace

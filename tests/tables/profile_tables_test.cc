@@ -49,6 +49,11 @@ TEST_F(SiteProfiles, RefuseNamesThatNoFolderCanHaveAndThoseThatAreTaken) {
   EXPECT_EQ(table_.Rename(1, "Other"), 0);
   EXPECT_EQ(table_.Find("Other"), 1);
   EXPECT_EQ(table_.Find("other"), -1);
+  EXPECT_EQ(table_.Rename(1, "third"), 0);
+  EXPECT_EQ(table_.Add("OTHER"), 2);
+  EXPECT_EQ(table_.Delete(0), 0);
+  EXPECT_EQ(table_.Add("HOME"), 3);
+  EXPECT_EQ(table_.Add("Third"), -1);
 }
 
 TEST_F(SiteProfiles, AreRenamedCopiedAndDeletedWithAllTheirTexts) {
