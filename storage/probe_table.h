@@ -9,6 +9,15 @@
 
 namespace zvrsit {
 
+// Asks for memory that is to be written a little later, to be there by then.
+inline void PrefetchMemory(const void* place) {
+#if defined(__GNUC__)
+  __builtin_prefetch(place, 1);
+#else
+  static_cast<void>(place);
+#endif
+}
+
 // Entry is a small plain struct with a member `std::uint32_t hash`.
 template <class Entry>
 class ProbeTable {
@@ -34,11 +43,7 @@ class ProbeTable {
 
   // Asks for the memory where a search for this hash begins, to be there a little later.
   void Prefetch(std::uint32_t hash) const {
-#if defined(__GNUC__)
-    if (!slots_.empty()) __builtin_prefetch(&slots_[Mark(hash) & mask()], 1);
-#else
-    static_cast<void>(hash);
-#endif
+    if (!slots_.empty()) PrefetchMemory(&slots_[Mark(hash) & mask()]);
   }
 
   // Adds an entry that Find did not find; its `hash` is set here.
