@@ -1,65 +1,25 @@
 // The rebuild of a site from its files.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstring>
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <vector>
 
-#include "platform/window.h"
+#include "support/dialog_recorder.h"
 #include "support/file_fault.h"
+#include "support/folder_link.h"
 #include "support/test_site.h"
+
+#if defined(_WIN32)
+#include "support/windows_lock.h"
+#else
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace zvrsit::test {
 namespace {
-
-// The application's dialog, which writes down all that it is told, a line each. It cancels when
-// the line numbered `cancelAt` comes.
-class Recorder : public Window {
- public:
-  Recorder() : file_(*this, "file "), status_(*this, "status ") {
-    platform::SetStringLoader(Load);
-    dialog.progressBar = this;
-    dialog.fileNameText = &file_;
-    dialog.statusText = &status_;
-  }
-  ~Recorder() override { platform::SetStringLoader(nullptr); }
-
-  long OnMessage(unsigned message, std::uintptr_t wParam, std::intptr_t lParam) override {
-    std::ostringstream line;
-    line << std::hex << message << " " << std::dec << wParam;
-    if (lParam != 0) line << " " << std::hex << lParam;
-    Note(line.str());
-    return 0;
-  }
-  void Note(const std::string& line) {
-    lines.push_back(line);
-    if (lines.size() == cancelAt) dialog.cancel = 1;
-  }
-
-  CZvrSiteRebuildProgressDlg dialog;
-  std::vector<std::string> lines;
-  std::size_t cancelAt = 0;
-
- private:
-  struct TextWindow : CWnd {
-    TextWindow(Recorder& recorder, std::string name) : owner(recorder), prefix(std::move(name)) {}
-    void SetWindowTextA(const char* text) override { owner.Note(prefix + text); }
-    Recorder& owner;
-    std::string prefix;
-  };
-  // There is no text 8132.
-  static int Load(unsigned id, char* buffer, int size) {
-    if (id == 8132 || size != 255) return 0;
-    const std::string text = std::to_string(id);
-    std::strcpy(buffer, text.c_str());
-    return static_cast<int>(text.size());
-  }
-
-  TextWindow file_;
-  TextWindow status_;
-};
 
 // A site of all that rebuilds meet: `pages` pages in folders of ten, with links to each other, to
 // missing files, out of the site and to the Web, shared sheets, anchors and repeated links.
@@ -102,7 +62,7 @@ TEST_F(Rebuilding, TellsTheDialogEveryStep) {
   site.write("a.html", "<title>A</title>");
   site.write("b.gif", "");
   site.write("c.css", "");
-  Recorder recorder;
+  DialogRecorder recorder;
   EXPECT_EQ(site.mgr->SiteRebuildComplete(&recorder.dialog), 0);
   EXPECT_EQ(
       recorder.lines,
@@ -115,10 +75,10 @@ TEST_F(Rebuilding, TellsTheDialogEveryStep) {
 // Wherever the user cancels, the rebuild ends there and its failure is what the profile holds.
 TEST_F(Rebuilding, StopsWhereTheUserCancels) {
   site.write("d/a.html", "");
-  Recorder whole;
+  DialogRecorder whole;
   ASSERT_EQ(site.mgr->SiteRebuildDiff(&whole.dialog), 0);
   for (std::size_t at = 1; at + 4 < whole.lines.size(); ++at) {
-    Recorder recorder;
+    DialogRecorder recorder;
     recorder.cancelAt = at;
     EXPECT_EQ(site.mgr->SiteRebuildDB(static_cast<int>(at % 2), &recorder.dialog), 0);
     EXPECT_EQ(site.mgr->GetSiteProfRebuildState(), 1) << at;
@@ -201,30 +161,46 @@ bool LeaveOutDrafts(const std::string& path, void* context) {
   return path.find(static_cast<const char*>(context)) != std::string::npos;
 }
 
-// Links among folders neither hang the walk nor lead it out of the site; what is no file and no
-// folder is left out.
-TEST_F(Rebuilding, WalksOnlyRealFoldersOfTheSite) {
-  char drafts[] = "draft";
-  site.mgr->SetIgnoreHook(LeaveOutDrafts, drafts);
-  site.write("real/page.html", "");
-  site.write("a b'%\n.html", "");
-  site.write("drafts/x.html", "");
-  site.write("my-draft.html", "");
-  site.folder().write("elsewhere/out.html", "");
-  namespace fs = std::filesystem;
-  fs::create_directory_symlink("..", site.native("real/up"));
-  fs::create_directory_symlink(site.native("real"), site.native("again"));
-  fs::create_directory_symlink(site.folder().native("elsewhere"), site.native("away"));
-  fs::create_symlink("nowhere", site.native("dangling.html"));
-  ASSERT_EQ(::mkfifo(site.native("pipe.html").c_str(), 0600), 0);
-  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  std::vector<std::string> found;
+std::vector<std::string> NamesOfPaths(const TestSite& site) {
+  std::vector<std::string> names;
   for (int i = 0; i < site.mgr->GetPathDB()->Count(); ++i) {
     std::string name;
     site.mgr->GetPathDB()->Name(i, name);
-    found.push_back(name.substr(site.dir().size()));
+    names.push_back(name.substr(site.dir().size()));
   }
-  EXPECT_EQ(found, (std::vector<std::string>{"a b'%\n.html", "index.html", "real\\page.html"}));
+  return names;
+}
+
+TEST_F(Rebuilding, LeavesOutWhatTheHookIgnores) {
+  char drafts[] = "draft";
+  site.mgr->SetIgnoreHook(LeaveOutDrafts, drafts);
+  site.write("drafts/x.html", "");
+  site.write("my-draft.html", "");
+  site.write("a b'%.html", "");
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_EQ(NamesOfPaths(site), (std::vector<std::string>{"a b'%.html", "index.html"}));
+}
+
+// Links among folders neither hang the walk nor lead it out of the site; what is no file and no
+// folder is left out.
+TEST_F(Rebuilding, WalksOnlyRealFoldersOfTheSite) {
+  site.write("real/page.html", "");
+  site.folder().write("elsewhere/out.html", "");
+  if (!LinkFolder("..", site.native("real/up"))) GTEST_SKIP() << "no links here";
+  LinkFolder(site.native("real"), site.native("again"));
+  LinkFolder(site.folder().native("elsewhere"), site.native("away"));
+#if !defined(_WIN32)
+  std::filesystem::create_symlink("nowhere", site.native("dangling.html"));
+  ASSERT_EQ(::mkfifo(site.native("pipe.html").c_str(), 0600), 0);
+  site.write("two\nlines.html", "");
+  const std::vector<std::string> files = {"index.html", "real\\page.html", "two\nlines.html"};
+#else
+  const std::vector<std::string> files = {"index.html", "real\\page.html"};
+#endif
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  std::vector<std::string> found = NamesOfPaths(site);
+  std::sort(found.begin(), found.end());
+  EXPECT_EQ(found, files);
 }
 
 // Tables are in memory while the rebuild runs: the first file that it opens is a page.
@@ -256,13 +232,40 @@ TEST_F(Rebuilding, MendsAPageWhoseAnchorListIsDamaged) {
   EXPECT_EQ(site.Dump(), sound);
 }
 
+// While it lives, nobody can list the folder.
+class ClosedFolder {
+ public:
+#if defined(_WIN32)
+  explicit ClosedFolder(const std::string& native) : lock_(native) {}
+  bool works() const {
+    return lock_.holds();
+  }
+
+ private:
+  Lock lock_;
+#else
+  explicit ClosedFolder(std::string native) : native_(std::move(native)) {
+    std::filesystem::permissions(native_, std::filesystem::perms::none);
+  }
+  ~ClosedFolder() {
+    std::filesystem::permissions(native_, std::filesystem::perms::owner_all);
+  }
+  bool works() const {
+    return ::geteuid() != 0;
+  }
+
+ private:
+  std::string native_;
+#endif
+};
+
 TEST_F(Rebuilding, GoesOnAfterAFolderThatCannotBeListed) {
-  if (::geteuid() == 0) GTEST_SKIP() << "every folder can be listed by this user";
   site.write("closed/c.html", "");
-  namespace fs = std::filesystem;
-  fs::permissions(site.native("closed"), fs::perms::none);
-  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  fs::permissions(site.native("closed"), fs::perms::owner_all);
+  {
+    const ClosedFolder closed(site.native("closed"));
+    if (!closed.works()) GTEST_SKIP() << "every folder can be listed by this user";
+    EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  }
   EXPECT_EQ(site.mgr->SkippedByRebuild(), std::vector<std::string>{site.path("closed") + "\\"});
 }
 
