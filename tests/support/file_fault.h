@@ -52,7 +52,7 @@ int FailEachCall(Prepare prepare, Operate operate, Check check, int every = 1) {
     {
       FileFault fault(n);
       operate();
-      if (!fault.fired()) return n / every;
+      if (!fault.fired()) return (n - 1) / every;
       run.failedCall = fault.failedCall();
     }
     check(run);
