@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "platform/file.h"
 #include "util/little_endian.h"
 
 namespace zvrsit {
@@ -19,11 +18,6 @@ int PackFile::Finish(const char* headerBytes, std::int32_t word1, std::int32_t w
   headerWord2 = word2;
   dirty = true;
   return Close();
-}
-
-int PackFile::PutInPlace(const std::string& target) {
-  if (platform::Unlink(target) < 0) return -1;
-  return platform::Rename(target + "_pack", target) < 0 ? -1 : 0;
 }
 
 }  // namespace zvrsit

@@ -11,13 +11,12 @@ class PackFile : public SiteDB {
  public:
   // The file is `target` followed by "_pack". One that is there is opened as it is, not
   // emptied, on purpose: what it held beyond the packed part stays behind that.
-  explicit PackFile(const std::string& target) : SiteDB(target + "_pack", true) {}
+  explicit PackFile(const std::string& target) : SiteDB(PathFor(target), true) {}
+  static std::string PathFor(const std::string& target) { return target + "_pack"; }
 
   int WriteWord(int offset, std::int32_t word);
   // Sets the 24 bytes of the header and writes the file out; 0 or -1.
   int Finish(const char* headerBytes, std::int32_t word1, std::int32_t word2);
-  // Puts the finished file in the place of `target`, which must be closed; 0 or -1.
-  static int PutInPlace(const std::string& target);
 };
 
 }  // namespace zvrsit

@@ -184,6 +184,22 @@ int SiteDB::WriteImage() {
   return written == size ? 0 : -1;
 }
 
+int SiteDB::ReplaceBy(const std::string& other) {
+  if (inMemory) {
+    platform::Close(fd);  // an open file cannot be removed everywhere
+    fd = -1;
+  } else if (CloseDirect() < 0) {
+    return -1;
+  }
+  const int removed = platform::Unlink(path);
+  if (removed < 0 && dirty) {
+    fd = platform::Open(path, platform::kOpenDatabase);
+    if (fd >= 0) WriteImage();
+  }
+  Abandon();
+  return removed < 0 ? -1 : platform::Rename(other, path);
+}
+
 void SiteDB::Abandon() {
   buffer.reset();
   size = 0;

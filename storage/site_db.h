@@ -98,6 +98,9 @@ class SiteDB {
   // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
   // on, to be filled by the caller; null when it cannot grow so far.
   char* MakeRoom(std::int32_t offset, std::int32_t length);
+  // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
+  // was changed in memory is written only where the file could not be removed.
+  int ReplaceBy(const std::string& other);
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
   // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure, and for a file

@@ -183,8 +183,7 @@ int SiteFixRecDB::Pack() {
     const int slots = CopyLiveSlots(packed);
     if (slots < 0 || packed.Finish(magic, headerWord1, slots) < 0) return -1;
   }
-  if (Close() < 0 || PackFile::PutInPlace(path) < 0) return -1;
-  return Open();
+  return ReplaceBy(PackFile::PathFor(path)) < 0 ? -1 : Open();
 }
 
 int SiteFixRecDB::CopyLiveSlots(PackFile& packed) {

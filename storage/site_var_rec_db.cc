@@ -413,8 +413,8 @@ int SiteVarRecDB::Pack() {
     if (entries < 0 || packed.WriteWord(kEndAt, packedEnd) < 0) return -1;
     if (packed.Finish(magic, headerWord1, entries) < 0) return -1;
   }
-  if (Close() < 0 || PackFile::PutInPlace(path) < 0) return -1;
-  return Open();
+  if (end_ != endInFile_ && WriteEnd() < 0) return -1;
+  return ReplaceBy(PackFile::PathFor(path)) < 0 ? -1 : Open();
 }
 
 int SiteVarRecDB::CopyLiveEntries(PackFile& packed, int& packedEnd) {

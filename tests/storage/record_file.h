@@ -45,13 +45,17 @@ class RecordFile : public testing::TestWithParam<bool> {
   static std::string Head(std::initializer_list<int> words) {
     return "ZVR4.00-SITE0.01" + Words(words);
   }
-  // Packs a file of these bytes with each call failing. The body must then be `whole` or `packed`,
-  // in the file or, where it is gone, in its "_pack".
-  void FailEachCallOfPack(const std::string& bytes, const std::string& whole,
+  // Opens a file of these bytes, changes it and packs it with each call of that failing. The body
+  // must then be `whole`, as after the change, or `packed`, in the file or, where it is gone, in
+  // its
+  // "_pack".
+  template <class Change>
+  void FailEachCallOfPack(const std::string& bytes, Change change, const std::string& whole,
                           const std::string& packed) {
     const auto prepare = [&] {
       std::filesystem::remove(folder_.native("t_pack"));
       OpenOn(bytes);
+      EXPECT_EQ(change(), 0);
     };
     FailEachCall(
         prepare, [&] { db_->Pack(); },

@@ -157,8 +157,9 @@ TEST_P(FixedFile, HandsOutNumbersByTheRuleThroughRandomLives) {
 }
 
 TEST_P(FixedFile, PackLosesNothingWhenACallFails) {
-  const std::string slots = Slot(0, 10) + Slot(-1, 11) + Slot(2, 12);
-  FailEachCallOfPack(Head({3, 3}) + slots, slots, Slot(0, 10) + Slot(2, 12));
+  FailEachCallOfPack(
+      Head({3, 3}) + Slot(0, 10) + Slot(1, 11) + Slot(2, 12), [this] { return db_->Delete(1); },
+      Slot(0, 10) + Slot(-1, 11) + Slot(2, 12), Slot(0, 10) + Slot(2, 12));
 }
 
 }  // namespace

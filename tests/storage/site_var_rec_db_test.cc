@@ -179,8 +179,10 @@ TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
 }
 
 TEST_P(VariableFile, PackLosesNothingWhenACallFails) {
-  const std::string entries = Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "b\0"s);
-  FailEachCallOfPack(Head({2, 2, 64}) + entries, entries, entries);
+  const std::string a = Entry(0, 1, 1, "a\0"s), b = Entry(1, 1, 1, "b\0"s);
+  FailEachCallOfPack(
+      Head({2, 2, 64}) + a + b, [this] { return db_->ReleaseString(1); },
+      a + Entry(-1, 1, 1, "b\0"s), a);
 }
 
 // Whatever write fails, the add says so, and the file opens again with what it had before.
