@@ -172,7 +172,7 @@ TEST(WindowsFile, NamesInShiftJisReachTheSystemWhole) {
             (std::vector<std::string>{".", "..", "\x83\\.htm"}));
   EXPECT_EQ(Find(folder.path() + "\\\x95\\\\\x83\\.HTM"), std::vector<std::string>{"\x83\\.htm"});
   EXPECT_EQ(Unlink(table), 0);
-  // The trail bytes of U+30A2 and U+30C1 are one letter in two cases: other characters all the
+  // The trail bytes of U+30A2 and U+30C2 are one letter in two cases: other characters all the
   // same.
   folder.write("\203A.htm", "");
   EXPECT_TRUE(Find(folder.path() + "\\\203a.htm").empty());

@@ -22,8 +22,11 @@ inline std::string ReadWhole(const std::string& nativePath) {
 
 // Writes the file at a native path, and the folders above it that are missing.
 inline void WriteWhole(const std::string& nativePath, std::string_view bytes) {
-  std::filesystem::create_directories(std::filesystem::path(nativePath).parent_path());
   std::ofstream out(nativePath, std::ios::binary | std::ios::trunc);
+  if (!out) {
+    std::filesystem::create_directories(std::filesystem::path(nativePath).parent_path());
+    out.open(nativePath, std::ios::binary | std::ios::trunc);
+  }
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
