@@ -96,14 +96,20 @@ void AddChangeCommands(CLI::App& app, const Options& options, Run& run) {
   const auto files = std::make_shared<std::vector<std::string>>();
   CLI::App* save = app.add_subcommand("save", "Register files anew after they changed on disk");
   AddSiteName(*save, *site);
-  save->add_option("FILE", *files, "files of the site")->option_text(" ")->required();
+  save->add_option("FILE", *files, "files of the site")
+      ->option_text(" ")
+      ->required()
+      ->check(NotEmpty());
   save->callback([&options, &run, site, files] {
     run = [&options, site, files] { return RunSave(options, *site, *files); };
   });
 
   CLI::App* remove = app.add_subcommand("rm", "Take deleted files out of the database");
   AddSiteName(*remove, *site);
-  remove->add_option("FILE", *files, "files that were deleted")->option_text(" ")->required();
+  remove->add_option("FILE", *files, "files that were deleted")
+      ->option_text(" ")
+      ->required()
+      ->check(NotEmpty());
   remove->callback([&options, &run, site, files] {
     run = [&options, site, files] { return RunRemove(options, *site, *files); };
   });
@@ -112,8 +118,8 @@ void AddChangeCommands(CLI::App& app, const Options& options, Run& run) {
   const auto to = std::make_shared<std::string>();
   CLI::App* move = app.add_subcommand("mv", "Tell the database that a file was moved");
   AddSiteName(*move, *site);
-  move->add_option("FROM", *from, "where it was")->option_text(" ")->required();
-  move->add_option("TO", *to, "where it is now")->option_text(" ")->required();
+  move->add_option("FROM", *from, "where it was")->option_text(" ")->required()->check(NotEmpty());
+  move->add_option("TO", *to, "where it is now")->option_text(" ")->required()->check(NotEmpty());
   move->callback([&options, &run, site, from, to] {
     run = [&options, site, from, to] { return RunMove(options, *site, *from, *to); };
   });

@@ -67,17 +67,26 @@ Findings Examine(const Options& options, const GivenSite& site) {
   findings.code = RebuildSite(session, true);
   findings.totals = CountSite(session);
   findings.broken = BrokenLinks(session);
+  session.Discard();
   return findings;
+}
+
+// One object; its rows are printed one by one, as there may be many.
+void PrintAsJson(const Findings& findings) {
+  std::string totals = TotalsAsJson(findings.totals).dump();
+  totals.pop_back();
+  Print("{},\n\"broken\": ", totals);
+  JsonRows rows;
+  for (const BrokenLink& link : findings.broken) rows.Add(BrokenAsJson(link));
+  rows.End();
+  Print("}}\n");
 }
 
 int RunCheck(const Options& options, const GivenSite& site) {
   const Findings findings = Examine(options, site);
   const auto count = static_cast<long>(findings.broken.size());
   if (options.json) {
-    Json answer = TotalsAsJson(findings.totals);
-    Json& broken = answer["broken"] = Json::array();
-    for (const BrokenLink& link : findings.broken) broken.push_back(BrokenAsJson(link));
-    PrintJson(answer);
+    PrintAsJson(findings);
   } else {
     PrintTotals(findings.totals);
     PrintBroken(findings.broken);
@@ -95,7 +104,8 @@ void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
       app.add_subcommand("check", "Check a folder for broken links, nothing to set up");
   AddGiven(*check, "FOLDER", site->folder, "the folder of the site")->option_text(" ")->required();
   AddSiteOptions(*check, *site);
-  check->footer("With --db the temporary database is made below that folder.");
+  check->footer("With --db the temporary database is made below that folder.\n" +
+                check->get_footer());
   check->callback(
       [&options, &run, site] { run = [&options, site] { return RunCheck(options, *site); }; });
 }

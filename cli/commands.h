@@ -32,5 +32,17 @@ void AddLegacyCommands(CLI::App& app, const Options& options, Run& run);
 
 // The positional NAME of a site.
 void AddSiteName(CLI::App& command, std::string& name);
+// Refuses an empty name, such as an unset variable of a script gives.
+CLI::Validator NotEmpty();
+
+// The site and one end of the links that are asked for.
+struct LinkQuery {
+  std::string site;
+  std::string from;  // empty: of any file
+  std::string to;    // likewise
+};
+// The command `links` with NAME, --from and --to, and the command `broken` with NAME, below `app`.
+using AskLinks = std::function<int(const LinkQuery&)>;
+void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLinks& broken);
 
 }  // namespace zvrsit::cli

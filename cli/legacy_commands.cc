@@ -11,6 +11,7 @@
 #include "cli/rebuild.h"
 #include "cli/site_profile.h"
 #include "legacy/sit_peeper.h"
+#include "manager/family_marks.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -24,6 +25,12 @@ const char* TypeName(int type) {
   return type >= kSitLinkFirst && type <= kSitLinkLast ? kTypeNames[type - kSitLinkFirst] : "?";
 }
 
+Json SiteRow(const std::string& name, const SitSiteProperty& site) {
+  return {{"name", JsonText(name)},
+          {"folder", JsonText(NativePath(site.dir[kSlotSiteFolder]))},
+          {"top", JsonText(NativePath(site.topFile))}};
+}
+
 Json LinkRow(const LegacyLink& link) {
   return {{"from", JsonText(link.from)}, {"to", JsonText(link.to)}, {"kind", link.kind},
           {"type", TypeName(link.type)}, {"code", link.type},       {"text", JsonText(link.text)},
@@ -35,7 +42,7 @@ void PrintRow(const LegacyLink& link) {
         link.exists ? "" : "  missing");
 }
 
-// --- add, rebuild --------------------------------------------------------------------------
+// --- add, sites, rebuild -------------------------------------------------------------------
 
 int RunAdd(const Options& options, const std::string& name, const GivenSite& site) {
   LegacySession session(options, Database::kMake);
@@ -51,13 +58,31 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
     throw Failure(manager.GetLastError() == kSitBadArgument ? kUsage : kDatabase,
                   "\"" + name + "\" cannot be made an older site");
   }
-  const Json row{{"name", JsonText(name)},
-                 {"folder", JsonText(NativePath(property.dir[kSlotSiteFolder]))},
-                 {"top", JsonText(NativePath(property.topFile))}};
+  const Json row = SiteRow(name, property);
   if (options.json) {
     PrintJson(row);
   } else {
     PrintFields(row);
+  }
+  return kClean;
+}
+
+int RunSites(const Options& options) {
+  LegacySession session(options, Database::kMustExist);
+  SitMgr& manager = session.manager();
+  Json rows = Json::array();
+  std::vector<Words> lines;
+  const int count = manager.SiteProfNum();
+  for (int id = 0; id < count; ++id) {
+    const std::string name = Take(manager.SiteProfName(id));
+    const SitSiteProperty site = session.Profile(name);
+    rows.push_back(SiteRow(name, site));
+    lines.push_back({name, NativePath(site.dir[kSlotSiteFolder])});
+  }
+  if (options.json) {
+    PrintJson(rows);
+  } else {
+    PrintColumns(lines);
   }
   return kClean;
 }
@@ -105,6 +130,7 @@ std::string TotalsLine(const Totals& totals) {
 int RunRebuild(const Options& options, const std::string& name, bool diff) {
   LegacySession session(options, Database::kMustExist);
   session.Open(name);
+  session.NeedFolder();
   if (session.manager().SiteRebuildDB(diff ? 0 : 1) != 0) {
     throw Failure(kDatabase, "the rebuild failed: the files of the site cannot be written");
   }
@@ -119,12 +145,6 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
 }
 
 // --- links, broken -------------------------------------------------------------------------
-
-struct LinkQuery {
-  std::string site;
-  std::string from;
-  std::string to;
-};
 
 // Prints the links that `wanted` holds for; their number.
 template <class Wanted>
@@ -177,14 +197,14 @@ int RunPeek(const Options& options, const std::string& asked) {
 
 // --- undo ----------------------------------------------------------------------------------
 
-std::vector<std::string> SplitWords(const std::string& line) {
+Words SplitWords(const std::string& line) {
   std::istringstream stream(line);
-  std::vector<std::string> words;
+  Words words;
   for (std::string word; stream >> std::quoted(word);) words.push_back(word);
   return words;
 }
 
-void Perform(LegacySession& session, const std::vector<std::string>& words) {
+void Perform(LegacySession& session, const Words& words) {
   SitMgr& manager = session.manager();
   const std::string& verb = words.front();
   int result = -1;
@@ -204,29 +224,34 @@ void Perform(LegacySession& session, const std::vector<std::string>& words) {
   throw Failure(kDatabase, verb + " failed with error " + std::to_string(error));
 }
 
+void ReportStep(const Options& options, JsonRows& rows, const std::string& line,
+                const Totals& totals) {
+  if (!options.json) {
+    Print("{}: {}\n", LineText(line), TotalsLine(totals));
+    return;
+  }
+  Json row{{"did", JsonText(line)}};
+  row.update(TotalsRow(totals));
+  rows.Add(row);
+}
+
 // The history lives as long as a site is open, so changes and undo share one run.
 int RunUndo(const Options& options, const std::string& name) {
   LegacySession session(options, Database::kMustExist);
   session.Open(name);
   JsonRows rows;
   int number = 0;
-  for (std::string line; std::getline(std::cin, line);) {
-    ++number;
-    const std::vector<std::string> words = SplitWords(line);
-    if (words.empty()) continue;
-    try {
+  try {
+    for (std::string line; std::getline(std::cin, line);) {
+      ++number;
+      const Words words = SplitWords(line);
+      if (words.empty()) continue;
       Perform(session, words);
-    } catch (const Failure& failure) {
-      throw Failure(failure.code(), "line " + std::to_string(number) + ": " + failure.what());
+      ReportStep(options, rows, line, Count(session));
     }
-    const Totals totals = Count(session);
-    if (options.json) {
-      Json row{{"did", JsonText(line)}};
-      row.update(TotalsRow(totals));
-      rows.Add(row);
-    } else {
-      Print("{}: {}\n", LineText(line), TotalsLine(totals));
-    }
+  } catch (const Failure& failure) {
+    if (options.json) rows.End();
+    throw Failure(failure.code(), "line " + std::to_string(number) + ": " + failure.what());
   }
   session.Close();
   if (options.json) rows.End();
@@ -281,6 +306,22 @@ GivenSite AsGiven(LegacySession& session, const SitSiteProperty& old) {
   return given;
 }
 
+// The user's publishing marks of the files that both sides know.
+void CarryMarks(LegacySession& session, const std::string& name) {
+  session.Open(name);
+  SitMgr& older = session.manager();
+  SiteMgr& newer = session.newer().manager();
+  const int count = older.UrlNum(kKindPath);
+  for (int i = 0; i < count; ++i) {
+    const UrlID id(kKindPath, i);
+    const int marks = older.GetUrlFtpMember(id);
+    if (older.GetLastError() != kSitOk || (marks & kUserMarks) == 0) continue;
+    const int number = newer.FindPath(Take(older.UrlUrl(id)));
+    if (number < 0) continue;
+    newer.SetFtpFamily({kKindPath, number}, static_cast<unsigned>(marks & kUserMarks));
+  }
+}
+
 int RunImport(const Options& options, const std::string& name) {
   LegacySession session(options, Database::kMustExist);
   const SitSiteProperty old = session.Profile(name);
@@ -298,6 +339,7 @@ int RunImport(const Options& options, const std::string& name) {
   }
   newer.Open(name);
   const int code = RebuildSite(newer, true);
+  CarryMarks(session, name);
   const SiteTotals totals = CountSite(newer);
   newer.Close();
   if (options.json) {
@@ -322,6 +364,9 @@ void AddMaking(CLI::App& legacy, const Options& options, Run& run) {
     run = [&options, name, site] { return RunAdd(options, *name, *site); };
   });
 
+  CLI::App* sites = legacy.add_subcommand("sites", "List the older sites");
+  sites->callback([&options, &run] { run = [&options] { return RunSites(options); }; });
+
   const auto diff = std::make_shared<bool>(false);
   CLI::App* rebuild = legacy.add_subcommand("rebuild", "Read a whole site anew from disk");
   AddSiteName(*rebuild, *name);
@@ -341,21 +386,9 @@ void AddMaking(CLI::App& legacy, const Options& options, Run& run) {
 }  // namespace zvrsit::cli
 
 void AddQuestions(CLI::App& legacy, const Options& options, Run& run) {
-  const auto query = std::make_shared<LinkQuery>();
-  CLI::App* links = legacy.add_subcommand("links", "List links: what links where");
-  AddSiteName(*links, query->site);
-  CLI::Option* from = links->add_option("--from", query->from, "only links of this file");
-  from->option_text("FILE");
-  links->add_option("--to", query->to, "only links to this file, or to this external URL")
-      ->option_text("FILE")
-      ->excludes(from);
-  links->callback(
-      [&options, &run, query] { run = [&options, query] { return RunLinks(options, *query); }; });
-
-  CLI::App* broken = legacy.add_subcommand("broken", "List links to files that are not there");
-  AddSiteName(*broken, query->site);
-  broken->callback(
-      [&options, &run, query] { run = [&options, query] { return RunBroken(options, *query); }; });
+  AddLinkQueries(
+      legacy, run, [&options](const LinkQuery& query) { return RunLinks(options, query); },
+      [&options](const LinkQuery& query) { return RunBroken(options, query); });
 
   const auto asked = std::make_shared<std::string>();
   CLI::App* peek = legacy.add_subcommand(
@@ -371,9 +404,12 @@ void AddUndo(CLI::App& legacy, const Options& options, Run& run) {
       legacy.add_subcommand("undo", "Make changes that can be taken back, read line by line");
   AddSiteName(*undo, *name);
   undo->footer(
-      "Standard input holds a change a line: save FILE, rm FILE, mv FROM TO, or undo, which takes\n"
-      "the newest change back that is left. Names with spaces stand in double quotes. After each\n"
-      "line the totals are printed. What is not taken back by the end stays.");
+      std::string("Standard input holds a change a line: save FILE, rm FILE, mv FROM TO, or undo, "
+                  "which takes\n"
+                  "the newest change back that is left. Names with spaces stand in double quotes. "
+                  "After each\n"
+                  "line the totals are printed. What is not taken back by the end stays.\n") +
+      undo->get_footer());
   undo->callback(
       [&options, &run, name] { run = [&options, name] { return RunUndo(options, *name); }; });
 }

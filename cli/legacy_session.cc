@@ -61,6 +61,13 @@ void LegacySession::Open(const std::string& name) {
   }
 }
 
+void LegacySession::NeedFolder() const {
+  std::error_code error;
+  if (!fs::is_directory(PathOf(nativeSiteFolder_), error)) {
+    throw Failure(kFileSystem, nativeSiteFolder_ + ": the site folder is not there");
+  }
+}
+
 void LegacySession::Close() {
   if (manager_.SiteClose() != 0) throw Failure(kDatabase, "the older database cannot be written");
 }
@@ -91,7 +98,7 @@ std::string LegacySession::EntryOf(const std::string& native) {
   for (const std::string& path : Candidates(native)) {
     if (manager_.UrlFind(path, id) == 0) return path;
   }
-  throw Failure(kUsage, native + ": the site knows no such file");
+  throw Failure(kUsage, native + ": the site knows no such file or URL");
 }
 
 bool LegacySession::ReadLink(int number, LegacyLink& link) {

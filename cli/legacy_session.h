@@ -43,6 +43,8 @@ class LegacySession {
   SitSiteProperty Profile(const std::string& name);
   // Opens a site; throws Failure: kUsage as above, kDatabase when its files cannot be opened.
   void Open(const std::string& name);
+  // Throws Failure(kFileSystem) when the folder of the open site is not there.
+  void NeedFolder() const;
   // Throws Failure(kDatabase).
   void Close();
 

@@ -7,12 +7,6 @@
 namespace zvrsit::cli {
 namespace {
 
-struct LinkQuery {
-  std::string site;
-  std::string from;
-  std::string to;
-};
-
 std::unique_ptr<std::vector<int>> Numbers(Session& session, const LinkQuery& query) {
   SiteMgr& manager = session.manager();
   std::unique_ptr<std::vector<int>> numbers(
@@ -39,9 +33,9 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   return kClean;
 }
 
-int RunBroken(const Options& options, const std::string& site) {
+int RunBroken(const Options& options, const LinkQuery& query) {
   Session session(options, Database::kMustExist);
-  session.OpenToAsk(site);
+  session.OpenToAsk(query.site);
   const std::vector<BrokenLink> broken = BrokenLinks(session);
   if (options.json) {
     JsonRows rows;
@@ -55,23 +49,27 @@ int RunBroken(const Options& options, const std::string& site) {
 
 }  // namespace
 
-void AddLinkCommands(CLI::App& app, const Options& options, Run& run) {
+void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLinks& broken) {
   const auto query = std::make_shared<LinkQuery>();
-  CLI::App* links = app.add_subcommand("links", "List links: what links where");
-  AddSiteName(*links, query->site);
-  CLI::Option* from = links->add_option("--from", query->from, "only links of this file");
-  from->option_text("FILE");
-  links->add_option("--to", query->to, "only links to this file, or to this external URL")
+  CLI::App* list = app.add_subcommand("links", "List links: what links where");
+  AddSiteName(*list, query->site);
+  CLI::Option* from = list->add_option("--from", query->from, "only links of this file");
+  from->option_text("FILE")->check(NotEmpty());
+  list->add_option("--to", query->to, "only links to this file, or to this external URL")
       ->option_text("FILE")
+      ->check(NotEmpty())
       ->excludes(from);
-  links->callback(
-      [&options, &run, query] { run = [&options, query] { return RunLinks(options, *query); }; });
+  list->callback([&run, query, links] { run = [query, links] { return links(*query); }; });
 
-  CLI::App* broken = app.add_subcommand("broken", "List links to files that are not there");
-  AddSiteName(*broken, query->site);
-  broken->callback([&options, &run, query] {
-    run = [&options, query] { return RunBroken(options, query->site); };
-  });
+  CLI::App* missing = app.add_subcommand("broken", "List links to files that are not there");
+  AddSiteName(*missing, query->site);
+  missing->callback([&run, query, broken] { run = [query, broken] { return broken(*query); }; });
+}
+
+void AddLinkCommands(CLI::App& app, const Options& options, Run& run) {
+  AddLinkQueries(
+      app, run, [&options](const LinkQuery& query) { return RunLinks(options, query); },
+      [&options](const LinkQuery& query) { return RunBroken(options, query); });
 }
 
 }  // namespace zvrsit::cli

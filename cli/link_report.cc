@@ -1,15 +1,12 @@
 #include "cli/link_report.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <tuple>
 #include <unordered_map>
 
 #include "cli/exit_code.h"
-#include "cli/native_name.h"
+#include "dom/mapped_file.h"
 #include "links/link_type.h"
 
 namespace zvrsit::cli {
@@ -33,34 +30,38 @@ class Names {
   std::unordered_map<int, std::string> paths_;
 };
 
+// Bytes are summed in vectors, in blocks too small for a sum to overflow.
+int CountLines(const char* bytes, std::size_t size) {
+  int lines = 0;
+  for (std::size_t i = 0; i < size;) {
+    const std::size_t end = std::min(size, i + 255);
+    unsigned char inBlock = 0;
+    for (; i < end; ++i) inBlock = static_cast<unsigned char>(inBlock + (bytes[i] == '\n' ? 1 : 0));
+    lines += inBlock;
+  }
+  return lines;
+}
+
 // Line numbers of places in files, asked for file by file and from front to back.
 class Lines {
  public:
-  // 0 when the file has no such place, or none is known.
+  // 0 when the file at the `\` path has no such place, or none is known.
   int Of(const std::string& path, int offset) {
-    if (path != path_) Load(path);
-    if (offset < 0 || static_cast<std::size_t>(offset) > text_.size()) return 0;
-    const auto begin = text_.begin();
-    if (offset < seen_) line_ = 1, seen_ = 0;
-    line_ += static_cast<int>(std::count(begin + seen_, begin + offset, '\n'));
+    if (path != path_ || offset < seen_) {
+      if (path != path_) page_.open(path, 0);
+      path_ = path;
+      line_ = 1;
+      seen_ = 0;
+    }
+    if (offset < 0 || static_cast<std::size_t>(offset) > page_.size()) return 0;
+    line_ += CountLines(page_.top() + seen_, static_cast<std::size_t>(offset - seen_));
     seen_ = offset;
     return line_;
   }
 
  private:
-  void Load(const std::string& path) {
-    path_ = path;
-    text_.clear();
-    line_ = 1;
-    seen_ = 0;
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(PathOf(path), error)) return;
-    std::ifstream file(path, std::ios::binary);
-    text_.assign(std::istreambuf_iterator<char>(file), {});
-  }
-
+  MappedFile page_;
   std::string path_;
-  std::string text_;
   int line_ = 1;
   int seen_ = 0;
 };
@@ -90,7 +91,7 @@ std::vector<BrokenLink> BrokenLinks(Session& session) {
   Lines lines;
   for (BrokenLink& shown : broken) {
     const std::string path = Take(session.manager().UrlPath(shown.link.from.id));
-    shown.line = lines.Of(NativePath(path), shown.link.offset);
+    shown.line = lines.Of(path, shown.link.offset);
   }
   return broken;
 }

@@ -1,6 +1,11 @@
 // The program zvrsit.
 #include <cstdio>
 #include <exception>
+#include <iostream>
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#endif
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
@@ -9,6 +14,16 @@
 
 namespace zvrsit::cli {
 namespace {
+
+// Takes the numbers of standard streams that are not open, so that no table gets one of them and
+// is printed into. What is read or written there fails, as it would otherwise.
+void OccupyStandardStreams() {
+#if !defined(_WIN32)
+  for (const int fd : {0, 1, 2}) {
+    if (fcntl(fd, F_GETFD) < 0) open("/dev/null", fd == 0 ? O_WRONLY : O_RDONLY);
+  }
+#endif
+}
 
 int Complain(const std::string& message, int code) {
   Warn(message);
@@ -65,7 +80,8 @@ int Main(int argc, char** argv) {
   app.get_formatter()->label("REQUIRED", "");
   app.get_formatter()->column_width(34);
   app.add_option("--db", options.database, "the folder of the database, by default the user's own")
-      ->option_text("FOLDER");
+      ->option_text("FOLDER")
+      ->check(NotEmpty());
   app.add_option("--format", format, "how answers are printed; text by default")
       ->option_text("text|json")
       ->check(CLI::IsMember({"text", "json"}));
@@ -80,7 +96,8 @@ int Main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {
-    return app.exit(wanted);
+    const int code = app.exit(wanted);
+    return std::cout.flush() ? code : Complain("the output cannot be written", kFileSystem);
   } catch (const CLI::ParseError& error) {
     return ComplainOfUsage(app, error);
   }
@@ -92,6 +109,7 @@ int Main(int argc, char** argv) {
 }  // namespace zvrsit::cli
 
 int main(int argc, char** argv) {
+  zvrsit::cli::OccupyStandardStreams();
   const zvrsit::cli::AnsiConsole console;
   return zvrsit::cli::Main(argc, argv);
 }

@@ -1,5 +1,7 @@
 #include "cli/output.h"
 
+#include <algorithm>
+
 #include "cli/native_name.h"
 #include "platform/code_page.h"
 
@@ -61,6 +63,24 @@ void JsonRows::Add(const Json& row) {
 
 void JsonRows::End() {
   Print("{}]\n", empty_ ? "[" : "\n");
+}
+
+void PrintColumns(const std::vector<Words>& rows) {
+  std::vector<std::size_t> widths;
+  for (const Words& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      widths[i] = std::max(widths[i], LineText(row[i]).size());
+    }
+  }
+  for (const Words& row : rows) {
+    std::string line;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      line += fmt::format("{:<{}}  ", LineText(row[i]), widths[i]);
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    Print("{}\n", line);
+  }
 }
 
 void PrintFields(const Json& object) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -48,6 +49,9 @@ class JsonRows {
   bool empty_ = true;
 };
 
+using Words = std::vector<std::string>;
+// Prints a line a row, its cells in columns.
+void PrintColumns(const std::vector<Words>& rows);
 // Prints the fields of an object, a line each; leaves out those that are empty texts.
 void PrintFields(const Json& object);
 // "1 page", "2 pages".

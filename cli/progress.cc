@@ -30,6 +30,10 @@ void OnInterrupt(int signal) {
 
 void Handle(void (*handler)(int)) {
   for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, handler);
+#if !defined(_WIN32)
+  // The end of the terminal, unless the user wants it to be outlived.
+  if (std::signal(SIGHUP, handler) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
+#endif
 }
 
 // The texts that the rebuild asks for by number.

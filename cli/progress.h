@@ -11,8 +11,8 @@ namespace zvrsit::cli {
 
 class ProgressLine;
 
-// While it lives, Ctrl-C sets the dialog's cancel flag (a second Ctrl-C ends the program), and the
-// bar is drawn on stderr when that is a terminal. One at a time.
+// While it lives, Ctrl-C and the end of the terminal set the dialog's cancel flag (a second one
+// ends the program), and the bar is drawn on stderr when that is a terminal. One at a time.
 class TerminalProgress {
  public:
   TerminalProgress();

@@ -31,9 +31,7 @@ int RebuildSite(Session& session, bool complete) {
     Warn(NativePath(Take(manager.GetSiteProfTopFile())) +
          ": the top file lies outside of the site");
   }
-  if (manager.PackSite(false) != 0) {
-    throw Failure(kFileSystem, "the tables of the site cannot be packed");
-  }
+  if (manager.PackSite(false) != 0) session.FailToWrite();
   NameSkipped(session);
   return manager.SkippedByRebuild().empty() ? kClean : kFileSystem;
 }

@@ -82,13 +82,17 @@ int Show(const Options& options, Session& session, const std::string& name) {
 int RunList(const Options& options) {
   Session session(options, Database::kMustExist);
   Json rows = Json::array();
+  std::vector<Words> lines;
   for (const std::string& name : TakeList(session.manager().EnumServProf())) {
     const ServProfile server = ReadServer(session, name);
     rows.push_back(ServerAsJson(name, server));
-    if (options.json) continue;
-    Print("{}  {}  {}\n", LineText(name), LineText(server.host), LineText(server.dir));
+    lines.push_back({name, server.host, server.dir});
   }
-  if (options.json) PrintJson(rows);
+  if (options.json) {
+    PrintJson(rows);
+  } else {
+    PrintColumns(lines);
+  }
   return kClean;
 }
 

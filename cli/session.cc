@@ -1,7 +1,11 @@
 #include "cli/session.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
@@ -15,6 +19,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSiteProfiles = "sites.R";
 constexpr const char* kServerProfiles = "servers.R";
+// The profiles are opened with a backup, which is taken when they cannot be read.
+constexpr int kWithBackup = 3;
 constexpr std::chrono::milliseconds kPatience{3000};
 
 std::string DefaultDatabase() {
@@ -28,6 +34,46 @@ std::string DefaultDatabase() {
   if (home != nullptr && *home == '/') return NameOf(PathOf(home) / ".local/share/zvrsit");
 #endif
   throw Failure(kUsage, "no home folder is known: name the database with --db FOLDER");
+}
+
+void Need(bool done, const std::string& name, const std::error_code& error) {
+  if (!done) throw Failure(kFileSystem, name + ": " + error.message());
+}
+
+// Calls `each` for the files in `folder`. Throws Failure(kFileSystem) when it cannot be listed.
+template <class Each>
+void ForEachFile(const std::string& folder, Each each) {
+  std::error_code error;
+  fs::directory_iterator entry(PathOf(folder), error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) each(entry->path());
+  Need(!error, folder, error);
+}
+
+// Throws Failure(kFileSystem) when the file may not be read and written.
+void NeedAccess(const fs::path& path) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+      std::fopen(NameOf(path).c_str(), "r+b"), &std::fclose);
+  Need(file != nullptr || errno == ENOENT, NameOf(path), {errno, std::generic_category()});
+}
+
+// Whether all files of a site that was rebuilt once are in `folder`.
+bool HasTables(const std::string& folder) {
+  constexpr const char* kFiles[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
+  return std::all_of(std::begin(kFiles), std::end(kFiles), [&](const char* file) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(PathOf(folder) / file, error);
+    return !error && size != 0;
+  });
+}
+
+// Makes the folder if it is missing.
+void RemoveFiles(const std::string& folder) {
+  std::error_code ignored;
+  fs::create_directory(PathOf(folder), ignored);
+  ForEachFile(folder, [](const fs::path& path) {
+    std::error_code error;
+    Need(fs::remove(path, error), NameOf(path), error);
+  });
 }
 
 }  // namespace
@@ -48,6 +94,17 @@ std::string AbsolutePath(const std::string& native) {
 
 std::string FolderPath(const std::string& native) {
   return AbsolutePath(NameOf(PathOf(native) / ""));
+}
+
+std::string PathBelow(const std::string& folder, const std::string& native) {
+  const std::string path = AbsolutePath(native);
+  if (path.starts_with(folder)) return path;
+  const fs::path site = PathOf(NativePath(folder));
+  std::error_code error;
+  const fs::path root = fs::canonical(site, error);
+  const fs::path below = fs::weakly_canonical(PathOf(native), error).lexically_relative(root);
+  if (error || below.empty() || *below.begin() == "..") return std::string();
+  return AbsolutePath(NameOf(site / below));
 }
 
 std::string NativePath(const std::string& path) {
@@ -83,10 +140,11 @@ Session::Session(const Options& options, Database database) {
   lock_ = std::make_unique<LockFile>(NameOf(folder / "lock"), kPatience);
   manager_ = std::make_unique<SiteMgr>();
   manager_->setDom(&dom_);
-  manager_->setDB(FolderPath(database_).c_str(), kSiteProfiles, kServerProfiles, 0);
+  manager_->setDB(FolderPath(database_).c_str(), kSiteProfiles, kServerProfiles, kWithBackup);
   std::vector<std::string*>* const names = manager_->EnumSiteProf();
   TakeList(names);
   if (names == nullptr) {
+    for (const char* file : {kSiteProfiles, "sites.S"}) NeedAccess(folder / file);
     throw Failure(kDatabase,
                   NameOf(folder / kSiteProfiles) + ": this file, or sites.S beside it, is damaged");
   }
@@ -96,13 +154,21 @@ Session::~Session() {
   if (manager_ != nullptr) manager_->SiteClose();
 }
 
-void Session::Open(const std::string& name) {
+std::string Session::FolderOfTables() const {
+  return NameOf(PathOf(database_) / PathOf(site_));
+}
+
+// False when the tables are damaged.
+bool Session::OpenTables(const std::string& name) {
   SiteProfile profile;
   if (manager_->GetSiteProf(name, profile) != 0) {
     throw Failure(kUsage, "there is no site named \"" + name + "\"");
   }
+  site_ = name;
   siteFolder_ = profile.folders[kSlotSiteFolder];
   nativeSiteFolder_ = NativePath(siteFolder_);
+  // Opening would make what is missing, and all answers would be empty.
+  if (profile.rebuildState != 0 && !HasTables(FolderOfTables())) return false;
   const int result = manager_->SiteOpen(name, 0);
   if (result == -2) {
     std::error_code error;
@@ -111,11 +177,25 @@ void Session::Open(const std::string& name) {
                   folderIsThere ? NativePath(profile.topFile) + ": the site's top file is not there"
                                 : nativeSiteFolder_ + ": the site folder is not there");
   }
-  if (result != 0 || manager_->GetPathDB() == nullptr) {
-    throw Failure(kDatabase, NameOf(PathOf(database_) / PathOf(name)) +
-                                 ": a table of the site is damaged; remove the files of this "
-                                 "folder, and rebuild the site");
-  }
+  if (result != 0) throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
+  if (manager_->GetPathDB() != nullptr) return true;
+  manager_->SiteClose();
+  ForEachFile(FolderOfTables(), &NeedAccess);
+  return false;
+}
+
+void Session::Open(const std::string& name) {
+  if (OpenTables(name)) return;
+  throw Failure(kDatabase,
+                FolderOfTables() + ": a table of the site is damaged: zvrsit rebuild " + name);
+}
+
+void Session::OpenToRebuild(const std::string& name) {
+  if (OpenTables(name)) return;
+  RemoveFiles(FolderOfTables());
+  manager_->SetSiteProfRebuildState(0, manager_->FindSiteProf(name));
+  Warn(FolderOfTables() + ": a table of the site was damaged; all are made anew");
+  Open(name);
 }
 
 void Session::OpenToAsk(const std::string& name) {
@@ -126,10 +206,14 @@ void Session::OpenToAsk(const std::string& name) {
 }
 
 void Session::Close() {
-  const int flushed = manager_->FlushSite();
-  if (manager_->SiteClose() != 0 || flushed != 0) {
-    throw Failure(kFileSystem, "the database could not be written");
-  }
+  if (manager_->FlushSite() != 0 || manager_->SiteClose() != 0) FailToWrite();
+}
+
+void Session::FailToWrite() {
+  manager_->SetSiteProfRebuildState(1, manager_->FindSiteProf(site_));
+  throw Failure(
+      kFileSystem,
+      FolderOfTables() + ": the tables cannot be written; when they can: zvrsit rebuild " + site_);
 }
 
 std::string Session::Shown(const std::string& path) const {
@@ -148,28 +232,27 @@ std::string Session::ShownEntry(const UrlID& id) {
 // The `\` paths that `native` may stand for, likeliest first.
 std::vector<std::string> Session::Candidates(const std::string& native) const {
   std::vector<std::string> paths{AbsolutePath(native)};
-  const fs::path site = PathOf(nativeSiteFolder_);
-  const fs::path given = PathOf(native);
-  std::error_code error;
-  const fs::path root = fs::canonical(site, error);
-  const fs::path below = fs::weakly_canonical(given, error).lexically_relative(root);
-  if (!error && !below.empty() && *below.begin() != "..") {
-    paths.push_back(AbsolutePath(NameOf(site / below)));
-  }
-  paths.push_back(AbsolutePath(NameOf(site / given)));
+  const std::string below = PathBelow(siteFolder_, native);
+  if (!below.empty()) paths.push_back(below);
+  paths.push_back(AbsolutePath(NameOf(PathOf(nativeSiteFolder_) / PathOf(native))));
   return paths;
 }
 
 std::string Session::FileOf(const std::string& native) const {
-  bool isThere = false;
+  const char* what = ": no such file";
+  ExitCode code = kFileSystem;
   for (const std::string& path : Candidates(native)) {
     std::error_code error;
-    if (!fs::is_regular_file(PathOf(NativePath(path)), error)) continue;
+    const fs::file_status status = fs::status(PathOf(NativePath(path)), error);
+    if (!fs::is_regular_file(status)) {
+      if (fs::is_directory(status) && code == kFileSystem) what = ": this is a folder";
+      continue;
+    }
     if (IsInSite(path)) return path;
-    isThere = true;
+    what = ": this file lies outside of the site";
+    code = kUsage;
   }
-  if (isThere) throw Failure(kUsage, native + ": this file lies outside of the site");
-  throw Failure(kFileSystem, native + ": no such file");
+  throw Failure(code, native + what);
 }
 
 int Session::FindEntry(const std::string& native) {
@@ -191,7 +274,9 @@ UrlID Session::TargetOf(const std::string& nativeOrUrl) {
   for (std::size_t i = 0; urls != nullptr && i < urls->size(); ++i) {
     if ((*urls)[i].GetName() == nativeOrUrl) return (*urls)[i].GetID();
   }
-  return EntryOf(nativeOrUrl);
+  const int number = FindEntry(nativeOrUrl);
+  if (number < 0) throw Failure(kUsage, nativeOrUrl + ": the site knows no such file or URL");
+  return UrlID(kKindPath, number);
 }
 
 }  // namespace zvrsit::cli

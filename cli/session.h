@@ -36,12 +36,20 @@ class Session {
   SiteMgr& manager() { return *manager_; }
 
   // Opens the site `name`. Throws Failure: kUsage when there is none of that name, kFileSystem
-  // when its folder or top file is gone, kDatabase when its tables are damaged.
+  // when its folder or top file is gone or a table may not be read and written, kDatabase when its
+  // tables are damaged.
   void Open(const std::string& name);
+  // The same for a rebuild: damaged tables are made anew, and stderr says so.
+  void OpenToRebuild(const std::string& name);
   // The same for questions: says on stderr when the site was not rebuilt.
   void OpenToAsk(const std::string& name);
-  // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails.
+  // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails,
+  // and the site is one to be rebuilt.
   void Close();
+  // The same failure, for tables that could not be written otherwise.
+  [[noreturn]] void FailToWrite();
+  // Lets go of the site and the database; what was not written is lost.
+  void Discard() { manager_.reset(); }
 
   // How a `\` path is shown: the native path, relative to the site folder when it lies below it.
   std::string Shown(const std::string& path) const;
@@ -62,6 +70,8 @@ class Session {
   UrlID TargetOf(const std::string& nativeOrUrl);
 
  private:
+  bool OpenTables(const std::string& name);
+  std::string FolderOfTables() const;
   std::vector<std::string> Candidates(const std::string& native) const;
   int FindEntry(const std::string& native);
 
@@ -69,6 +79,7 @@ class Session {
   std::unique_ptr<LockFile> lock_;
   DOM dom_;
   std::unique_ptr<SiteMgr> manager_;
+  std::string site_;  // the name of the site that was opened
   std::string siteFolder_;
   std::string nativeSiteFolder_;
 };
@@ -78,6 +89,9 @@ class Session {
 std::string AbsolutePath(const std::string& native);
 // The same of a folder: it ends in `\`.
 std::string FolderPath(const std::string& native);
+// The `\` path, below the `\` path `folder`, of a native name that leads into it, also through
+// links of the file system; empty when it leads elsewhere.
+std::string PathBelow(const std::string& folder, const std::string& native);
 // The native form of a `\` path.
 std::string NativePath(const std::string& path);
 // Takes a string or a list of strings that the library returned; empty for null.

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 
 #include "cli/commands.h"
@@ -22,37 +21,27 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
   return kClean;
 }
 
-// A line a site, in columns.
-void PrintSites(const Json& rows) {
-  std::size_t width = 0;
-  std::size_t folderWidth = 0;
-  for (const Json& row : rows) {
-    width = std::max(width, LineOfJson(row["name"]).size());
-    folderWidth = std::max(folderWidth, LineOfJson(row["folder"]).size());
-  }
-  for (const Json& row : rows) {
-    Print("{:<{}}  {:<{}}  {:<7}  {}\n", LineOfJson(row["name"]), width, LineOfJson(row["folder"]),
-          folderWidth, row["rules"].get<std::string>(), row["state"].get<std::string>());
-  }
-}
-
 int RunSites(const Options& options) {
   Session session(options, Database::kMustExist);
   Json rows = Json::array();
+  std::vector<Words> lines;
   for (const std::string& name : TakeList(session.manager().EnumSiteProf())) {
-    rows.push_back(ProfileAsJson(name, ReadProfile(session, name)));
+    const SiteProfile profile = ReadProfile(session, name);
+    rows.push_back(ProfileAsJson(name, profile));
+    lines.push_back({name, NativePath(profile.folders[kSlotSiteFolder]),
+                     RulesName(profile.linkRules), RebuildState(profile)});
   }
   if (options.json) {
     PrintJson(rows);
   } else {
-    PrintSites(rows);
+    PrintColumns(lines);
   }
   return kClean;
 }
 
 int RunRebuild(const Options& options, const std::string& name, bool diff) {
   Session session(options, Database::kMustExist);
-  session.Open(name);
+  session.OpenToRebuild(name);
   const int code = RebuildSite(session, !diff);
   const SiteTotals totals = CountSite(session);
   session.Close();
@@ -65,6 +54,10 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
 }
 
 }  // namespace
+
+CLI::Validator NotEmpty() {
+  return CLI::Validator([](std::string& name) { return name.empty() ? "is empty" : ""; }, "");
+}
 
 void AddSiteName(CLI::App& command, std::string& name) {
   command.add_option("NAME", name, "the name of the site")->option_text(" ")->required();

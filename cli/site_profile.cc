@@ -1,6 +1,7 @@
 #include "cli/site_profile.h"
 
 #include <algorithm>
+#include <cctype>
 #include <climits>
 #include <filesystem>
 #include <tuple>
@@ -13,10 +14,6 @@ namespace zvrsit::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-const char* RulesName(LinkRules rules) {
-  return rules == LinkRules::Web ? "web" : "classic";
-}
 
 std::string ExistingFolder(const std::string& native) {
   std::error_code error;
@@ -53,7 +50,25 @@ std::string TopPath(const fs::path& folder, const fs::path& top) {
   if (!fs::is_regular_file(path, error)) {
     throw Failure(kFileSystem, NameOf(path) + ": no such file");
   }
-  return AbsolutePath(NameOf(path));
+  const std::string below = PathBelow(FolderPath(NameOf(folder)), NameOf(path));
+  if (below.empty()) throw Failure(kUsage, NameOf(path) + ": this file lies outside of the site");
+  return below;
+}
+
+bool EqualButForCase(const std::string& a, const std::string& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
+    return std::tolower(x) == std::tolower(y);
+  });
+}
+
+// Throws Failure(kUsage) when a site has this name, in whatever letter case: their folders would
+// be one where the system does not tell.
+void NeedNewName(Session& session, const std::string& name) {
+  for (const std::string& taken : TakeList(session.manager().EnumSiteProf())) {
+    if (EqualButForCase(taken, name)) {
+      throw Failure(kUsage, "there is a site named \"" + taken + "\" already");
+    }
+  }
 }
 
 // Moves `path` along when it lies below the folder that moved.
@@ -127,9 +142,7 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
 }
 
 void AddSite(Session& session, const std::string& name, const GivenSite& site) {
-  if (session.manager().FindSiteProf(name) >= 0) {
-    throw Failure(kUsage, "there is a site named \"" + name + "\" already");
-  }
+  NeedNewName(session, name);
   if (session.manager().SetSiteProf(name, NewProfile(session, site)) < 0) {
     throw Failure(kUsage, "\"" + name + "\" cannot be the name of a site: not every system could " +
                               "have a folder of that name");
@@ -154,6 +167,10 @@ SiteProfile ReadProfile(Session& session, const std::string& name) {
     throw Failure(kUsage, "there is no site named \"" + name + "\"");
   }
   return profile;
+}
+
+const char* RulesName(LinkRules rules) {
+  return rules == LinkRules::Web ? "web" : "classic";
 }
 
 const char* RebuildState(const SiteProfile& profile) {

@@ -44,6 +44,8 @@ SiteProfile ReadProfile(Session& session, const std::string& name);
 Json ProfileAsJson(const std::string& name, const SiteProfile& profile);
 // A line a field.
 void PrintProfile(const std::string& name, const SiteProfile& profile);
+// "web" or "classic".
+const char* RulesName(LinkRules rules);
 // "rebuilt", "to be rebuilt" or "last rebuild failed".
 const char* RebuildState(const SiteProfile& profile);
 

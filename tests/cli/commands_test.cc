@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <sys/file.h>
 
+#include <cstdlib>
+
 #include "cli/program.h"
 
 namespace zvrsit::test {
@@ -28,16 +30,21 @@ TEST(Commands, SayInOneLineWhatIsWrong) {
       {{"links", "demo", "--from", "a", "--to", "b"}, 2, "--to"},
       {{"links", "nobody"}, 2, "nobody"},
       {{"links", "demo", "--from", "nix.html"}, 2, "nix.html"},
+      {{"links", "demo", "--from", ""}, 2, "--from"},
+      {{"links", "demo", "--to", "http://nix/"}, 2, "URL"},
       {{"add", "demo", site}, 2, "demo"},
+      {{"add", "DEMO", site}, 2, "demo"},
       {{"add", "..", site}, 2, ".."},
       {{"add", "a/b", site}, 2, "a/b"},
       {{"add", "", site}, 2, "name"},
       {{"add", "new", site, "--rules", "loose"}, 2, "loose"},
       {{"add", "new", site + "/nix"}, 4, "nix"},
       {{"add", "new", site, "--top", "nix.htm"}, 4, "nix.htm"},
+      {{"add", "new", site, "--top", program.folder.native("db/sites.R")}, 2, "outside"},
       {{"add", "new", site, "--doc-root", "/nix"}, 4, "/nix"},
       {{"check", site + "/index.html"}, 4, "index.html"},
       {{"save", "demo", "nix.html"}, 4, "nix.html"},
+      {{"save", "demo", site}, 4, "folder"},
       {{"save", "demo", program.folder.native("db/sites.R")}, 2, "outside"},
       {{"rm", "demo", "index.html"}, 4, "still there"},
       {{"mv", "demo", "nix.html", "index.html"}, 2, "nix.html"},
@@ -276,6 +283,21 @@ TEST(Commands, SayWhenTheirOutputIsLost) {
           .Wait();
   EXPECT_EQ(outcome.code, 4);
   EXPECT_TRUE(outcome.complains("output"));
+}
+
+// Their numbers go to no file of the database, which would be printed into.
+TEST(Commands, RunWithTheirStandardStreamsClosed) {
+  const Program program;
+  program.Page("index.html", "<a href=x>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const std::string command = ZVRSIT_PROGRAM " --db " + program.folder.native("db");
+  for (const char* rest :
+       {" links demo <&- >&-", " broken demo <&- >&-", " rebuild demo >&- 2>&-"}) {
+    const int status = std::system((command + rest + " 2>/dev/null").c_str());
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 4) << rest;
+  }
+  EXPECT_EQ(program.folder.read("db/lock"), "");
+  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 1u);
 }
 
 }  // namespace

@@ -1,5 +1,9 @@
 // Databases that something else has written into.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <functional>
 
 #include "cli/program.h"
 
@@ -61,19 +65,65 @@ TEST(Damage, EndsInAnAnswerOrOneLine) {
   EXPECT_EQ(program.Run({"links", "demo", "--format", "json"}).out, links);
 }
 
-// The program tells how a site whose tables are lost comes back, and that is true.
+// What is lost is never an empty answer, and a rebuild brings it back.
 TEST(Damage, LostTablesComeBackWithARebuild) {
   const Program program;
   program.Page("index.html", "<a href=a.html>");
-  program.Page("a.html", "");
   ASSERT_EQ(program.Build("demo").code, 0);
-  program.folder.write("db/demo/LR", std::string(100, 'x'));
-  const Outcome damaged = program.Run({"links", "demo"});
-  EXPECT_EQ(damaged.code, 3);
-  EXPECT_TRUE(damaged.complains(program.folder.native("db/demo"))) << damaged.err;
-  for (const std::string& file : FilesBelow(program.folder.native("db/demo"))) fs::remove(file);
-  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 1u);
+  const std::string tables = program.folder.native("db/demo");
+  const std::function<void()> losses[] = {
+      [&] { program.folder.write("db/demo/LR", std::string(100, 'x')); },
+      [&] { program.folder.write("db/demo/LS", ""); },
+      [&] { fs::remove(tables + "/PR"); },
+      [&] { fs::remove_all(tables); },
+  };
+  for (const auto& lose : losses) {
+    lose();
+    for (int i = 0; i < 2; ++i) {
+      const Outcome damaged = program.Run({"broken", "demo"});
+      EXPECT_EQ(damaged.code, 3);
+      EXPECT_TRUE(damaged.complains(tables)) << damaged.err;
+    }
+    EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+    EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 1u);
+  }
+}
+
+TEST(Damage, ProfilesComeBackFromTheirBackup) {
+  const Program program;
+  program.Page("index.html", "<a href=a.html>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  for (const char* file : {"db/sites.R", "db/sites.S"}) {
+    program.folder.write(file, std::string(500, '\x7f'));
+    EXPECT_EQ(program.Ask({"sites"}).size(), 1u) << file;
+    EXPECT_EQ(program.Run({"broken", "demo"}).code, 1) << file;
+  }
+}
+
+// A limit on the size of files stands for a full disk.
+TEST(Damage, AFullDiskIsToldAndGotOver) {
+  const Program program;
+  program.Page("index.html", "<a href=a.html>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  std::string page;
+  for (int i = 0; i < 300; ++i) page += "<a href=p" + std::to_string(i) + ".html>";
+  program.Page("index.html", page);
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before;
+  getrlimit(RLIMIT_FSIZE, &before);
+  for (const Words& words : {Words{"save", "demo", "index.html"}, Words{"rebuild", "demo"}}) {
+    const rlimit full{4096, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    const Outcome outcome = program.Run(words);
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(outcome.code, 4) << words[0];
+    EXPECT_TRUE(outcome.complains("cannot be written")) << outcome.err;
+    EXPECT_EQ(program.Ask({"sites"})[0]["state"], "last rebuild failed") << words[0];
+    EXPECT_EQ(program.Run({"links", "demo"}).code, 3) << words[0];
+    EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0) << words[0];
+    EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 300u) << words[0];
+    program.Page("index.html", page + page);
+  }
 }
 
 }  // namespace

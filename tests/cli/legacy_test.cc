@@ -55,7 +55,7 @@ TEST_F(OlderSite, TakesBackChangesOfOneRun) {
   EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}), before);
 }
 
-TEST_F(OlderSite, ComesOverWithItsServer) {
+TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
   {
     std::string db;
     ASSERT_TRUE(platform::FromNativePath(program.folder.native("db/legacy"), db));
@@ -70,6 +70,13 @@ TEST_F(OlderSite, ComesOverWithItsServer) {
     site.servProf = "home";
     site.dir[9] = "http://e.org/";
     ASSERT_EQ(manager.SetSiteProf("demo", site), 0);
+    ASSERT_EQ(manager.SiteOpen("demo"), 0);
+    std::string page;
+    ASSERT_TRUE(platform::FromNativePath(program.folder.native("site/b.html"), page));
+    UrlID id;
+    ASSERT_EQ(manager.UrlFind(page, id), 0);
+    ASSERT_EQ(manager.SetUrlFtpMember(id, kMemberMarked), 0);
+    ASSERT_EQ(manager.SiteClose(), 0);
   }
   const Outcome outcome = program.Run({"legacy", "import", "demo"});
   EXPECT_EQ(outcome.code, 0) << outcome.err;
@@ -82,6 +89,13 @@ TEST_F(OlderSite, ComesOverWithItsServer) {
   EXPECT_EQ(server["transfer_type"], 2);
   EXPECT_EQ(server["password"], true);
   EXPECT_EQ(program.Ask({"links", "demo"}).size(), 5u);
+  // A file that the user marked stays in the site when it is gone, and nothing links to it.
+  program.Page("index.html", "");
+  std::filesystem::remove(program.folder.native("site/b.html"));
+  EXPECT_EQ(program.Run({"rebuild", "demo", "--diff"}).code, 0);
+  const Json files = program.Ask({"files", "demo"});
+  ASSERT_EQ(files.size(), 2u) << files;
+  EXPECT_EQ(files[0]["name"], "b.html");
 }
 
 TEST_F(OlderSite, SaysInOneLineWhatIsWrong) {
@@ -109,6 +123,14 @@ TEST_F(OlderSite, SaysInOneLineWhatIsWrong) {
     EXPECT_EQ(outcome.code, row.code) << Json(row.words);
     EXPECT_TRUE(outcome.complains(row.part)) << Json(row.words) << outcome.err;
   }
+  const Outcome undo = program.Run({"legacy", "undo", "demo", "--format", "json"}, "undo\nsave\n");
+  EXPECT_EQ(undo.code, 2);
+  EXPECT_EQ(undo.json().size(), 1u);
+  EXPECT_EQ(program.Ask({"legacy", "sites"})[0]["name"], "demo");
+  std::filesystem::rename(site, site + "2");
+  const Outcome gone = program.Run({"legacy", "rebuild", "demo"});
+  EXPECT_EQ(gone.code, 4);
+  EXPECT_TRUE(gone.complains(site)) << gone.err;
   const Program empty;
   EXPECT_EQ(empty.Run({"legacy", "links", "demo"}).code, 3);
   EXPECT_FALSE(empty.folder.has("db"));
