@@ -63,7 +63,7 @@ class IdTable {
   }
 
  private:
-  static constexpr std::size_t kPiece = 256;
+  static constexpr std::size_t kPiece = 4096;
 
   void Check(std::size_t id) const {
     if (id >= count_) throw std::out_of_range("invalid vector<T> subscript");

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/large_memory.h"
+
 namespace zvrsit {
 
 // Asks for memory that is to be written a little later, to be there by then.
@@ -41,9 +43,13 @@ class ProbeTable {
     return const_cast<Entry*>(std::as_const(*this).Find(hash, equal));
   }
 
-  // Asks for the memory where a search for this hash begins, to be there a little later.
+  // Brings the place near where a Find of this hash will look first.
   void Prefetch(std::uint32_t hash) const {
     if (!slots_.empty()) PrefetchMemory(&slots_[Mark(hash) & mask()]);
+  }
+  // The first entry with this hash, equal or not; null for none.
+  const Entry* Guess(std::uint32_t hash) const {
+    return Find(hash, [](const Entry&) { return true; });
   }
 
   // Adds an entry that Find did not find; its `hash` is set here.
@@ -95,6 +101,8 @@ class ProbeTable {
   }
 
  private:
+  using Slots = std::vector<Entry, platform::LargeAllocator<Entry>>;
+
   static constexpr std::size_t kFirstSize = 16;
   static constexpr std::size_t kKeptSize = 1024;
 
@@ -108,14 +116,14 @@ class ProbeTable {
     return slots_[at] = entry;
   }
   void Rehash(std::size_t wanted) {
-    std::vector<Entry> old(wanted);
+    Slots old(wanted);
     old.swap(slots_);
     for (const Entry& entry : old) {
       if (entry.hash != 0) Place(entry);
     }
   }
 
-  std::vector<Entry> slots_;  // a power of two of them
+  Slots slots_;  // a power of two of them
   std::size_t used_ = 0;
 };
 

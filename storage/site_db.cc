@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -204,7 +205,6 @@ void SiteDB::Abandon() {
   buffer.reset();
   size = 0;
   capacity = 0;
-  allocated_ = 0;
   if (fd >= 0) platform::Close(fd);
   fd = -1;
 }
@@ -241,7 +241,7 @@ int SiteDB::WriteFile(const void* source, std::int32_t offset, std::int32_t leng
 
 char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {
   const std::int64_t end = std::int64_t{offset} + length;
-  if (buffer == nullptr || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
+  if (buffer.get() == nullptr || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
   if (!Reserve(static_cast<std::uint32_t>(end))) return nullptr;
   if (offset > static_cast<std::int64_t>(size)) std::memset(buffer.get() + size, 0, offset - size);
   size = std::max(size, static_cast<std::uint32_t>(end));
@@ -253,14 +253,8 @@ char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {
 // small writes costs linear time. A failure leaves `capacity` raised.
 bool SiteDB::Reserve(std::uint32_t end) {
   if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
-  if (end <= allocated_) return true;
-  const std::uint64_t wanted = std::max<std::uint64_t>(capacity, allocated_ * 2);
-  void* grown = std::realloc(buffer.get(), static_cast<std::size_t>(wanted));
-  if (grown == nullptr) return false;
-  static_cast<void>(buffer.release());
-  buffer.reset(static_cast<char*>(grown));
-  allocated_ = wanted;
-  return true;
+  if (end <= buffer.length()) return true;
+  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2));
 }
 
 std::int64_t SiteDB::Length() const {

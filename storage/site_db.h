@@ -13,10 +13,10 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
+
+#include "platform/large_memory.h"
 
 namespace zvrsit {
 
@@ -85,7 +85,7 @@ class SiteDB {
   // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
   // null in direct mode, while closed, or when they are not all there.
   const char* Bytes(std::int64_t offset, std::int64_t length) const {
-    return buffer != nullptr && offset >= 0 && length >= 0 && offset + length <= size
+    return buffer.get() != nullptr && offset >= 0 && length >= 0 && offset + length <= size
                ? buffer.get() + offset
                : nullptr;
   }
@@ -113,10 +113,10 @@ class SiteDB {
   std::int32_t headerWord1 = 0;
   std::int32_t headerWord2 = 0;
   const bool inMemory;
-  bool dirty = false;                          // whole-file mode: the buffer differs from the file
-  std::unique_ptr<char[], FreeBuffer> buffer;  // whole-file mode, null while closed
-  std::uint32_t size = 0;                      // length of the file image in `buffer`
-  std::uint32_t capacity = 0;                  // of `buffer`, in steps of 4096; 0 while closed
+  bool dirty = false;            // whole-file mode: the buffer differs from the file
+  platform::LargeBuffer buffer;  // whole-file mode, null while closed; it grows by doubling
+  std::uint32_t size = 0;        // length of the file image in `buffer`
+  std::uint32_t capacity = 0;    // what the file may fill of it, in steps of 4096; 0 while closed
 
  private:
   // What the buffer alone does not answer.
@@ -133,8 +133,6 @@ class SiteDB {
   int WriteImage();
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
-
-  std::uint64_t allocated_ = 0;  // what `buffer` really holds: grows by doubling
 };
 
 }  // namespace zvrsit

@@ -1,0 +1,97 @@
+#include "platform/large_memory.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace zvrsit::platform {
+
+#if defined(__linux__)
+
+namespace {
+
+constexpr std::size_t kPage = std::size_t{2} << 20;  // a large page of x86-64 and of most ARM
+
+bool IsLarge(std::size_t bytes) {
+  return bytes >= kLargeBlock;
+}
+
+std::size_t WholePages(std::size_t bytes) {
+  return (bytes + kPage - 1) / kPage * kPage;
+}
+
+// Where the system has no large pages, the advice has no effect.
+void* Advised(void* block, std::size_t bytes) {
+  if (block == MAP_FAILED) return nullptr;
+  madvise(block, bytes, MADV_HUGEPAGE);
+  return block;
+}
+
+// Systems that do not place a mapping on a boundary of large pages by themselves are given one that
+// is a page longer, whose ends go back.
+void* Map(std::size_t bytes) {
+  constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS;
+  void* const block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, kFlags, -1, 0);
+  if (block == MAP_FAILED || reinterpret_cast<std::uintptr_t>(block) % kPage == 0) {
+    return Advised(block, bytes);
+  }
+  munmap(block, bytes);
+  void* const longer = mmap(nullptr, bytes + kPage, PROT_READ | PROT_WRITE, kFlags, -1, 0);
+  if (longer == MAP_FAILED) return nullptr;
+  char* const begin = static_cast<char*>(longer);
+  const std::size_t before = (kPage - reinterpret_cast<std::uintptr_t>(longer) % kPage) % kPage;
+  if (before > 0) munmap(begin, before);
+  munmap(begin + before + bytes, kPage - before);
+  return Advised(begin + before, bytes);
+}
+
+}  // namespace
+
+void* AllocateLarge(std::size_t bytes) {
+  return IsLarge(bytes) ? Map(WholePages(bytes)) : std::malloc(bytes == 0 ? 1 : bytes);
+}
+
+void* GrowLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  if (block == nullptr) return AllocateLarge(newBytes);
+  if (!IsLarge(newBytes)) return std::realloc(block, newBytes == 0 ? 1 : newBytes);
+  if (IsLarge(oldBytes)) {
+    const std::size_t bytes = WholePages(newBytes);
+    return Advised(mremap(block, WholePages(oldBytes), bytes, MREMAP_MAYMOVE), bytes);
+  }
+  void* const grown = AllocateLarge(newBytes);
+  if (grown == nullptr) return nullptr;
+  std::memcpy(grown, block, oldBytes);
+  std::free(block);
+  return grown;
+}
+
+void FreeLarge(void* block, std::size_t bytes) {
+  if (block == nullptr) return;
+  if (IsLarge(bytes)) {
+    munmap(block, WholePages(bytes));
+  } else {
+    std::free(block);
+  }
+}
+
+#else
+
+void* AllocateLarge(std::size_t bytes) {
+  return std::malloc(bytes == 0 ? 1 : bytes);
+}
+
+void* GrowLarge(void* block, std::size_t, std::size_t newBytes) {
+  return std::realloc(block, newBytes == 0 ? 1 : newBytes);
+}
+
+void FreeLarge(void* block, std::size_t) {
+  std::free(block);
+}
+
+#endif
+
+}  // namespace zvrsit::platform

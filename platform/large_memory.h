@@ -1,0 +1,71 @@
+// Memory for what grows large: file images and hash tables. Where the system has large pages it
+// comes in those, so that reading it here and there costs few address translations.
+#pragma once
+
+#include <cstddef>
+#include <new>
+
+namespace zvrsit::platform {
+
+// Blocks below this size come from the ordinary heap.
+inline constexpr std::size_t kLargeBlock = std::size_t{1} << 20;
+
+// A block of at least `bytes` bytes with any content, or null. Goes back through FreeLarge.
+void* AllocateLarge(std::size_t bytes);
+// The block, now `newBytes` long, perhaps elsewhere: its first `oldBytes` bytes are kept, which are
+// the length that it had. Null when there is no memory; the old block is then as it was.
+void* GrowLarge(void* block, std::size_t oldBytes, std::size_t newBytes);
+// Frees a block of that length; null is allowed.
+void FreeLarge(void* block, std::size_t bytes);
+
+// A block that grows and is owned by one object.
+class LargeBuffer {
+ public:
+  LargeBuffer() = default;
+  ~LargeBuffer() { FreeLarge(block_, length_); }
+  LargeBuffer(const LargeBuffer&) = delete;
+  LargeBuffer& operator=(const LargeBuffer&) = delete;
+
+  // Null until it has grown.
+  char* get() const { return static_cast<char*>(block_); }
+  std::size_t length() const { return length_; }
+  // Makes it longer; what it held is kept. Without memory it stays as it is and gives false.
+  bool Grow(std::size_t bytes) {
+    void* const grown = GrowLarge(block_, length_, bytes);
+    if (grown == nullptr) return false;
+    block_ = grown;
+    length_ = bytes;
+    return true;
+  }
+  void reset() {
+    FreeLarge(block_, length_);
+    block_ = nullptr;
+    length_ = 0;
+  }
+
+ private:
+  void* block_ = nullptr;
+  std::size_t length_ = 0;
+};
+
+// For the containers of the standard library.
+template <class T>
+struct LargeAllocator {
+  using value_type = T;
+
+  LargeAllocator() = default;
+  template <class U>
+  LargeAllocator(const LargeAllocator<U>&) {}
+
+  T* allocate(std::size_t count) {
+    if (count > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
+    void* const block = AllocateLarge(count * sizeof(T));
+    if (block == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(block);
+  }
+  void deallocate(T* block, std::size_t count) { FreeLarge(block, count * sizeof(T)); }
+
+  friend bool operator==(const LargeAllocator&, const LargeAllocator&) { return true; }
+};
+
+}  // namespace zvrsit::platform
