@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "dom/byte_search.h"
 #include "dom/charset_prescan.h"
 #include "platform/code_page.h"
 #include "platform/utf8.h"
@@ -148,8 +149,9 @@ bool CodeConv::Convert(std::string_view bytes, std::string_view label) {
   converted_.clear();
   if (label.empty() || !platform::ConvertToCodePage(bytes, label, converted_)) return false;
   if (converted_.size() > kLargest) return false;
-  text_ = converted_.data();
   length_ = converted_.size();
+  converted_.append(kTextPadding, '\0');
+  text_ = converted_.data();
   return true;
 }
 

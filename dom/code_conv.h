@@ -24,8 +24,9 @@ class ZVRSIT_API CodeConv {
   // not known; then text() is null.
   bool Import(const char* top, std::size_t size, int charset);
 
-  // The text, not terminated, good until the next Import. Where nothing had to be converted it
-  // lies in the bytes given to Import, which must be there as long as it is used.
+  // The text, good until the next Import. Where nothing had to be converted it lies in the bytes
+  // given to Import, to their very end, and those must be there as long as it is used; else
+  // kTextPadding zeros follow it.
   const char* text() const { return text_; }
   std::size_t length() const { return length_; }
 

@@ -101,12 +101,10 @@ Document::Document() {
 Document::~Document() = default;
 
 void Document::clear() {
-  if (capacity_ > kKeptBytes) {
-    text_.reset();
-    masked_.reset();
-    capacity_ = 0;
-  }
+  text_ = nullptr;
   length_ = 0;
+  ClearAndTrim(copy_);
+  ClearAndTrim(maskedText_);
   ClearAndTrim(elements_);
   ClearAndTrim(attributes_);
   ClearAndTrim(rawTexts_);
@@ -118,30 +116,29 @@ void Document::clear() {
 int Document::createNodes(const char* text, int length, Node* parent, bool decode) {
   clear();
   if (text == nullptr || length < 0 || parent != nullptr) return -1;
-  decode_ = decode;
-  CopyText(text, static_cast<std::size_t>(length));
-  DocumentBuilder(*this, source()).Build();
+  copy_.reserve(static_cast<std::size_t>(length) + kTextPadding);
+  copy_.assign(text, text + length);
+  copy_.resize(copy_.size() + kTextPadding);
+  Build(copy_.data(), static_cast<std::size_t>(length), decode);
   return 0;
 }
 
-void Document::CopyText(const char* text, std::size_t length) {
-  const bool mask = platform::HasLeadBytes();
-  if (text_ == nullptr || length > capacity_) {
-    capacity_ = std::max({length, capacity_ * 2, std::size_t{1} << 16});
-    if (length > kKeptBytes) capacity_ = length;
-    text_ = std::make_unique_for_overwrite<char[]>(capacity_ + kTextPadding);
-    masked_.reset();
-  }
+int Document::createNodesInPlace(const char* text, int length, bool decode) {
+  clear();
+  if (text == nullptr || length < 0) return -1;
+  Build(text, static_cast<std::size_t>(length), decode);
+  return 0;
+}
+
+void Document::Build(const char* text, std::size_t length, bool decode) {
+  text_ = text;
   length_ = length;
-  std::copy_n(text, length, text_.get());
-  std::fill_n(text_.get() + length, kTextPadding, '\0');
-  if (!mask) {
-    masked_.reset();
-    return;
+  decode_ = decode;
+  if (platform::HasLeadBytes()) {
+    maskedText_.assign(length + kTextPadding, '\0');
+    MaskTrailBytes(text, length, maskedText_.data());
   }
-  if (!masked_) masked_ = std::make_unique_for_overwrite<char[]>(capacity_ + kTextPadding);
-  MaskTrailBytes(text_.get(), length, masked_.get());
-  std::fill_n(masked_.get() + length, kTextPadding, '\0');
+  DocumentBuilder(*this, source()).Build();
 }
 
 std::span<const std::uint32_t> Document::elementsOf(Tag tag) const {

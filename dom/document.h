@@ -206,6 +206,9 @@ class ZVRSIT_API Document {
   // `decode` says whether Attribute::value() decodes character references. 0, or -1 (the document
   // is empty then) for a null text, a negative length or a parent.
   int createNodes(const char* text, int length, Node* parent, bool decode);
+  // The same without a copy, for a text that kTextPadding zeros follow: it must stay as it is until
+  // the document is cleared.
+  int createNodesInPlace(const char* text, int length, bool decode);
 
   // The elements of one name in document order, without those in the content of a TEMPLATE; of a
   // name that both HTML and SVG have, the HTML elements only. Found without a walk for every name
@@ -223,7 +226,7 @@ class ZVRSIT_API Document {
   std::size_t elementCount() const { return elements_.size() - 1; }
 
   // The text given to createNodes.
-  std::string_view text() const { return {text_.get(), length_}; }
+  std::string_view text() const { return {text_, length_}; }
   bool decodes() const { return decode_; }
 
   // Empties the document and keeps its memory for the next page, but for what an exceptionally
@@ -241,22 +244,23 @@ class ZVRSIT_API Document {
     std::uint32_t end;
   };
 
-  void CopyText(const char* text, std::size_t length);
+  void Build(const char* text, std::size_t length, bool decode);
   Node FirstChild(std::uint32_t index) const;
   Text RawTextOf(std::uint32_t index) const;
   Text TextAt(std::uint32_t offset, bool foreign) const;
   // What is searched for markup: the text, in a double-byte code page with masked trail bytes.
-  const char* source() const { return masked_ ? masked_.get() : text_.get(); }
+  const char* source() const { return maskedText_.empty() ? text_ : maskedText_.data(); }
   const char* sourceEnd() const { return source() + length_; }
   std::span<const AttributeRecord> AttributesOf(std::uint32_t index) const {
     return {attributes_.data() + elements_[index].firstAttribute,
             attributes_.data() + elements_[index + 1].firstAttribute};
   }
 
-  std::unique_ptr<char[]> text_;    // followed by zeros, see html_tokenizer.h
-  std::unique_ptr<char[]> masked_;  // see double_byte.h; null in other code pages
-  std::size_t capacity_ = 0;        // of each, without the zeros
+  // Each text is followed by zeros, see html_tokenizer.h.
+  const char* text_ = nullptr;  // in copy_, or of the caller
   std::size_t length_ = 0;
+  std::vector<char> copy_;
+  std::vector<char> maskedText_;  // see double_byte.h; empty in other code pages
   bool decode_ = true;
   std::vector<ElementRecord> elements_;  // and one more, where the last one's attributes end
   std::vector<AttributeRecord> attributes_;

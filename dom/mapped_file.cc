@@ -1,8 +1,9 @@
 #include "dom/mapped_file.h"
 
 #include <cstdint>
-#include <new>
+#include <cstring>
 
+#include "dom/byte_search.h"
 #include "platform/file.h"
 
 namespace zvrsit {
@@ -11,19 +12,6 @@ namespace {
 constexpr std::uint32_t kLargest = 0x7FFFFFFF;
 // A buffer beyond this size is given back when its file is closed.
 constexpr std::size_t kKeptBytes = std::size_t{4} << 20;
-
-// A buffer of at least `capacity` bytes, which tells how many there are; null when a file is larger
-// than the memory for it, which a process of 32 bits has little of.
-std::unique_ptr<char[]> MakeBuffer(std::size_t& capacity) {
-  const std::size_t least = capacity + 1;  // so that an empty file has a top, too
-  capacity = least + least / 4;
-  std::unique_ptr<char[]> buffer(new (std::nothrow) char[capacity]);
-  if (buffer == nullptr) {
-    capacity = least;
-    buffer.reset(new (std::nothrow) char[capacity]);
-  }
-  return buffer;
-}
 
 }  // namespace
 
@@ -43,25 +31,23 @@ bool MappedFile::open(const std::string& path, int mode) {
 bool MappedFile::Read(int fd) {
   platform::FileStat stat;
   if (platform::StatOpen(fd, stat) != 0 || !stat.isRegular() || stat.size > kLargest) return false;
-  if (buffer_ == nullptr || stat.size > capacity_) {
+  const std::size_t wanted = std::size_t{stat.size} + kTextPadding;
+  if (wanted > buffer_.length()) {
     buffer_.reset();
-    capacity_ = stat.size;
-    buffer_ = MakeBuffer(capacity_);
-    if (buffer_ == nullptr) return false;
+    // A process of 32 bits may have less memory than files are long.
+    if (!buffer_.Grow(wanted + wanted / 4) && !buffer_.Grow(wanted)) return false;
   }
   const std::int64_t count = platform::Read(fd, buffer_.get(), stat.size);
   if (count < 0) return false;
   size_ = static_cast<std::size_t>(count);
+  std::memset(buffer_.get() + size_, 0, kTextPadding);
   return true;
 }
 
 void MappedFile::close() {
   open_ = false;
   size_ = 0;
-  if (capacity_ > kKeptBytes) {
-    buffer_.reset();
-    capacity_ = 0;
-  }
+  if (buffer_.length() > kKeptBytes) buffer_.reset();
 }
 
 }  // namespace zvrsit

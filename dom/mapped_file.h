@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <string>
 
 #include "platform/api.h"
+#include "platform/large_memory.h"
 
 namespace zvrsit {
 
@@ -23,8 +23,8 @@ class ZVRSIT_API MappedFile {
   // bytes. A file that was open before is closed in any case.
   bool open(const std::string& path, int mode);
 
-  // The content of the open file, good until close() or the next open(). Not null, even when the
-  // file is empty; without an open file, null and 0.
+  // The content of the open file, good until close() or the next open(); kTextPadding zeros follow
+  // it. Not null, even when the file is empty; without an open file, null and 0.
   const char* top() const { return open_ ? buffer_.get() : nullptr; }
   std::size_t size() const { return open_ ? size_ : 0; }
 
@@ -33,8 +33,7 @@ class ZVRSIT_API MappedFile {
  private:
   bool Read(int fd);
 
-  std::unique_ptr<char[]> buffer_;
-  std::size_t capacity_ = 0;
+  platform::LargeBuffer buffer_;
   std::size_t size_ = 0;
   bool open_ = false;
 };

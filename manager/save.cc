@@ -50,12 +50,11 @@ bool CancelEqual(int* ids, int count, const std::unordered_set<int>& others) {
 bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) {
   if (!memo.pageFile.open(path, 0)) return false;
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
-    document.createNodes(memo.pageText.text(), static_cast<int>(memo.pageText.length()), nullptr,
-                         true);
+    document.createNodesInPlace(memo.pageText.text(), static_cast<int>(memo.pageText.length()),
+                                true);
     memo.textStart =
         memo.pageText.borrowed() ? static_cast<std::int64_t>(memo.pageText.textOffset()) : -1;
   }
-  memo.pageFile.close();
   return true;
 }
 
