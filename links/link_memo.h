@@ -1,6 +1,8 @@
 // What the link extraction keeps from page to page while one operation runs.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -20,8 +22,9 @@ namespace zvrsit {
 // long as no entry is deleted.
 class TargetMemo {
  public:
-  // Turns to the targets of pages whose base and root are these.
-  void TurnTo(std::string_view base, std::string_view root);
+  // Turns to the targets of pages whose base and root are these. Targets known by a number of the
+  // link table are forgotten where `links` has freed one since, which may be another text by now.
+  void TurnTo(std::string_view base, std::string_view root, const SiteLinkDB* links);
 
   // What `target` stands for; an id of -1 is a target without a link. Null when it is not known.
   // `variant` tells apart targets that read the same and are resolved in two ways.
@@ -29,15 +32,11 @@ class TargetMemo {
   // Remembers a target that Find did not find.
   void Put(std::string_view target, bool variant, const UrlID& place);
 
-  // A target that stands in the link table word by word.
-  struct Written {
-    std::int32_t text = -1;  // its string id there
-    UrlID place;
-  };
-  // Null when no such link was added, or its text has gone since.
-  const Written* FindWritten(std::string_view target, bool variant, const SiteLinkDB& links) const;
-  // Remembers a target that FindWritten did not find.
-  void PutWritten(std::string_view target, bool variant, const Written& written);
+  // The same for a target whose text is a string of the link table, by its number there.
+  const UrlID* FindText(int text, bool variant) const;
+  void PutText(int text, bool variant, const UrlID& place);
+  // Brings near what FindText of a page without variants will read.
+  void ExpectText(int text) const { texts_.Prefetch(HashOf(text, base_)); }
 
   // Longer targets are not worth keeping.
   static constexpr std::size_t kLongest = 1024;
@@ -46,24 +45,57 @@ class TargetMemo {
   struct Entry {
     std::uint32_t hash = 0;
     std::uint32_t base = 0;    // number of the base, twice, plus the variant
-    std::uint32_t offset = 0;  // of the target in texts_
+    std::uint32_t offset = 0;  // of the target in bytes_
     std::uint32_t length = 0;
     UrlID place;
   };
-  struct WrittenEntry {
+  struct TextEntry {
     std::uint32_t hash = 0;
     std::uint32_t base = 0;  // as in Entry
-    Written written;
+    std::int32_t text = -1;
+    UrlID place;
   };
 
-  std::uint32_t HashOf(std::string_view target, std::uint32_t base) const;
+  static std::uint32_t HashOf(std::string_view target, std::uint32_t base);
+  static std::uint32_t HashOf(int text, std::uint32_t base);
 
   TextMap<std::uint32_t> bases_;
   std::uint32_t base_ = 0;
   ProbeTable<Entry> entries_;
-  ProbeTable<WrittenEntry> written_;
-  std::string texts_;
+  ProbeTable<TextEntry> texts_;
+  std::uint32_t releases_ = 0;  // of the link table when texts_ was begun
+  std::string bytes_;
   std::string key_;  // scratch
+};
+
+// Goes ahead of the rows that are being registered and brings near what looking for their targets
+// will read: first the slot of the text's hash, then, when that has come, its string.
+class RowsAhead {
+ public:
+  // The rows `begin` to `end` of `rows`. `texts` are the strings of the link table, or null.
+  RowsAhead(const std::vector<LinkRow>& rows, std::size_t begin, std::size_t end,
+            const SiteVarRecDB* texts, const TargetMemo& targets)
+      : rows_(rows),
+        texts_(texts),
+        targets_(targets),
+        end_(end),
+        hashed_(begin),
+        expected_(begin) {}
+
+  // The hash of the target of a row; to be asked for one row after another.
+  std::uint32_t HashOf(std::size_t row);
+
+ private:
+  static constexpr std::size_t kHashAhead = 16;
+  static constexpr std::size_t kTextAhead = 8;
+
+  const std::vector<LinkRow>& rows_;
+  const SiteVarRecDB* const texts_;
+  const TargetMemo& targets_;
+  const std::size_t end_;
+  std::size_t hashed_;    // the first row whose hash is not known yet
+  std::size_t expected_;  // the first row whose string is not on its way yet
+  std::array<std::uint32_t, 2 * kHashAhead> hashes_{};  // by row, in turn
 };
 
 struct LinkMemo {

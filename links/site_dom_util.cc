@@ -36,26 +36,29 @@ bool EndsInSlash(std::string_view target) {
          FindLastCharMB(target, '/') == target.size() - 1;
 }
 
+}  // namespace
+
 // How a target is looked up among those that were registered before.
-struct MemoKey {
+struct SiteDOMUtil::MemoKey {
   std::string_view text;  // empty: not at all
   bool isWhole = true;    // false: without its fragment, good for a file but not for a URL
+  bool isOfPage = false;  // only a fragment: all of those in a page name the same file
 };
 
-MemoKey MemoKeyOf(std::string_view target, bool web) {
+SiteDOMUtil::MemoKey SiteDOMUtil::MemoKeyOf(std::string_view target) const {
   // These may name the page itself, which others with the same base do not share.
   if (target.empty() || static_cast<unsigned char>(target.front()) <= ' ' ||
-      target.front() == '#' || target.front() == '?' || target.size() > TargetMemo::kLongest) {
+      target.front() == '?' || target.size() > TargetMemo::kLongest) {
     return {};
   }
   const auto hash = target.find('#');
-  if (hash == std::string_view::npos) return {target, true};
+  if (hash == std::string_view::npos) return {target};
   // By the classic rules a ".." in a fragment takes part.
-  if (!web && target.find_first_of("/\\", hash) != std::string_view::npos) return {target, true};
-  return {target.substr(0, hash), false};
+  if (!web_ && target.find_first_of("/\\", hash) != std::string_view::npos) {
+    return hash == 0 ? MemoKey() : MemoKey{target};
+  }
+  return {target.substr(0, hash), hash == 0, hash == 0};
 }
-
-}  // namespace
 
 SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* thePathTable,
                          SiteUrlDB* theUrlTable, SiteLinkDB* theLinkTable,
@@ -96,7 +99,9 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   ExtractPage(*document, web_ ? LinkRules::Web : LinkRules::Classic, rows);
   memo_->resolver.BeginPage(siteRoot, pagePath);
   if (!rows.baseHref.empty()) memo_->resolver.SetBase(rows.baseHref);
-  memo_->targets.TurnTo(memo_->resolver.baseText(), siteRoot);
+  memo_->targets.TurnTo(memo_->resolver.baseText(), siteRoot, linkTable);
+  linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
+  self_ = UrlID();
 
   if (StoreTitle() < 0 || StoreMetas() < 0) return -1;
   if (AddRows(0, rows.anchorLinks) < 0) return -1;
@@ -124,7 +129,7 @@ int SiteDOMUtil::StoreMetas() {
       row.type = LT_META_REFRESH;
       row.offset = meta.offset;
       row.target = meta.content;
-      if (AddRow(row) == Outcome::kFailed) return -1;
+      if (AddRow(row, SiteVarRecDB::HashOf(row.target)) == Outcome::kFailed) return -1;
       continue;
     }
     const auto property = static_cast<std::size_t>(meta.key);
@@ -158,31 +163,38 @@ int SiteDOMUtil::StoreAnchors() {
 }
 
 int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
+  RowsAhead ahead(memo_->rows.links, begin, end, linkTexts_, memo_->targets);
   Outcome last = Outcome::kDone;
   for (std::size_t i = begin; i < end; ++i) {
     const LinkRow& row = memo_->rows.links[i];
+    const std::uint32_t hash = ahead.HashOf(i);
     if (row.ofSameElement && last != Outcome::kDone && !web_) continue;
-    last = AddRow(row);
+    last = AddRow(row, hash);
     if (last == Outcome::kFailed) return -1;
   }
   return 0;
 }
 
 // Registers the target of one reference and adds the link. Most references of a site stand in a
-// page with the same base word by word, and cost one look-up.
-SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row) {
-  const TargetMemo::Written* const written =
-      linkTable == nullptr
-          ? nullptr
-          : memo_->targets.FindWritten(row.target, TakesDefaultName(row), *linkTable);
+// page with the same base word by word, and cost one look-up more than their text. `hash` is that
+// of the target as a string.
+SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, std::uint32_t hash) {
+  SiteVarRecDB::Search text;
+  if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target, hash);
+  const bool takesName = TakesDefaultName(row);
+  const UrlID* const known = text.id < 0 ? nullptr : memo_->targets.FindText(text.id, takesName);
   UrlID target;
   Outcome outcome = Outcome::kDone;
-  if (written != nullptr) {
-    target = written->place;
-    outcome = AddLink(row, target, written->text);
+  if (known != nullptr) {
+    target = *known;
+    outcome = AddLink(row, target, text);
   } else {
-    outcome = FindTarget(row, target);
-    if (outcome == Outcome::kDone) outcome = AddLink(row, target);
+    const MemoKey key = MemoKeyOf(row.target);
+    outcome = FindTarget(row, key, takesName, target);
+    if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
+    if (outcome == Outcome::kDone && !key.text.empty()) {
+      memo_->targets.PutText(text.id, takesName, target);
+    }
   }
   if (outcome == Outcome::kDone && row.type == LT_APPLET && target.kind == kKindPath) {
     outcome = AddCodeBase(row, target);
@@ -198,30 +210,19 @@ int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
                               : static_cast<std::int32_t>(row.offset);
 }
 
-// `text` is the string id of the row's target in the link table, -1 when it is not known.
-SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, int text) {
+// `text` is what looking for the row's target among the texts of the link table found.
+SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target,
+                                          SiteVarRecDB::Search& text) {
   const UrlID page(kKindPath, pageId);
   std::uint32_t type = row.type;
   if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
   const int code = static_cast<int>(type);
   const int offset = web_ ? OffsetInFile(row) : -1;
-  int added = -1;
-  if (text >= 0) {
-    added = linkTable->AddAgain(text, page, target, row.alternative, code, offset);
-  } else if (linkTable != nullptr) {
-    added = linkTable->Add(row.target, page, target, row.alternative, code, offset);
-    if (added >= 0) Remember(row, target, added);
+  if (linkTable != nullptr &&
+      linkTable->Add(row.target, text, page, target, row.alternative, code, offset) >= 0) {
+    return Outcome::kDone;
   }
-  if (added >= 0) return Outcome::kDone;
   return target.kind == kKindUrl ? Outcome::kFailed : Outcome::kSkipped;
-}
-
-// The files of a code base are not written in the page, so they are not remembered.
-void SiteDOMUtil::Remember(const LinkRow& row, const UrlID& target, int link) {
-  SiteLinkRec record;
-  if (row.type == LT_APPLET_FILE) return;
-  if (MemoKeyOf(row.target, web_).text.empty() || linkTable->Get(link, record) < 0) return;
-  memo_->targets.PutWritten(row.target, TakesDefaultName(row), {record.text, target});
 }
 
 // Links to every entry of the folder that the applet's file lies in, folders among them by the
@@ -252,21 +253,27 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBaseFile(const LinkRow& applet, const s
   row.type = LT_APPLET_FILE;
   row.offset = applet.offset;
   row.target = std::string_view(path).substr(FindLastBackslashMB(path) + 1);
-  return AddLink(row, target);
+  SiteVarRecDB::Search text;
+  if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target);
+  return AddLink(row, target, text);
 }
 
 bool SiteDOMUtil::TakesDefaultName(const LinkRow& row) const {
+  if (web_) return false;
   const std::string* const name = manager->GetDefaultUrl();
   // External targets take it too, refreshes and applets do not, on purpose.
-  return !web_ && name != nullptr && !name->empty() && row.type != LT_META_REFRESH &&
+  return name != nullptr && !name->empty() && row.type != LT_META_REFRESH &&
          row.type != LT_APPLET && EndsInSlash(row.target);
 }
 
 // The entry of a target: from memory where the target was met before.
-SiteDOMUtil::Outcome SiteDOMUtil::FindTarget(const LinkRow& row, UrlID& target) {
+SiteDOMUtil::Outcome SiteDOMUtil::FindTarget(const LinkRow& row, const MemoKey& key, bool takesName,
+                                             UrlID& target) {
   if (web_ && row.target.empty()) return Outcome::kSkipped;
-  const bool takesName = TakesDefaultName(row);
-  const MemoKey key = MemoKeyOf(row.target, web_);
+  if (key.isOfPage && self_.id >= 0) {
+    target = self_;
+    return Outcome::kDone;
+  }
   const UrlID* known = key.text.empty() ? nullptr : memo_->targets.Find(key.text, takesName);
   if (!key.isWhole && (known == nullptr || known->kind == kKindUrl)) {
     known = memo_->targets.Find(row.target, takesName);
@@ -278,7 +285,9 @@ SiteDOMUtil::Outcome SiteDOMUtil::FindTarget(const LinkRow& row, UrlID& target) 
   const Outcome outcome =
       takesName ? RegisterTarget(std::string(row.target) + *manager->GetDefaultUrl(), target)
                 : RegisterTarget(row.target, target);
-  if (outcome == Outcome::kDone && !key.text.empty()) {
+  if (outcome != Outcome::kDone) return outcome;
+  if (key.isOfPage && target.kind == kKindPath) self_ = target;
+  if (!key.text.empty()) {
     const std::string_view text = target.kind == kKindUrl ? row.target : key.text;
     memo_->targets.Put(text, takesName, target);
   }

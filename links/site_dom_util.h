@@ -8,6 +8,7 @@
 
 #include "links/extractor.h"
 #include "storage/records.h"
+#include "storage/site_var_rec_db.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -19,7 +20,6 @@ class SiteLinkDB;
 class SiteMgrBase;
 class SitePathDB;
 class SiteUrlDB;
-class SiteVarRecDB;
 struct LinkMemo;
 
 // One object serves one page and lives for one save. It holds a copy of the page's record from its
@@ -46,20 +46,21 @@ class SiteDOMUtil {
  private:
   // Of registering one reference.
   enum class Outcome { kDone, kSkipped, kFailed };
+  struct MemoKey;
 
   int StoreTitle();
   int StoreMetas();
   int StoreProperty(std::int32_t& word, std::string_view text);
   int StoreAnchors();
   int AddRows(std::size_t begin, std::size_t end);
-  Outcome AddRow(const LinkRow& row);
-  Outcome AddLink(const LinkRow& row, const UrlID& target, int text = -1);
-  void Remember(const LinkRow& row, const UrlID& target, int link);
+  Outcome AddRow(const LinkRow& row, std::uint32_t hash);
+  Outcome AddLink(const LinkRow& row, const UrlID& target, SiteVarRecDB::Search& text);
   int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);
 
-  Outcome FindTarget(const LinkRow& row, UrlID& target);
+  MemoKey MemoKeyOf(std::string_view target) const;
+  Outcome FindTarget(const LinkRow& row, const MemoKey& key, bool takesName, UrlID& target);
   Outcome RegisterTarget(std::string_view target, UrlID& place);
   Outcome RegisterPath(const std::string& path, UrlID& place);
   Outcome RegisterUrl(const std::string& url, UrlID& place);
@@ -78,6 +79,8 @@ class SiteDOMUtil {
   SitePathRec pageRecord;
   SiteVarRecDB* pathStrings;
   std::int32_t pageId = -1;
+  SiteVarRecDB* linkTexts_ = nullptr;  // of the link table
+  UrlID self_;                         // what a target that is only a fragment names, once known
 
   const bool web_;
   std::string siteFolder_;          // what AddPath and CheckPath are given

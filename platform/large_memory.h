@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <new>
+#include <utility>
 
 namespace zvrsit::platform {
 
@@ -23,8 +24,12 @@ class LargeBuffer {
  public:
   LargeBuffer() = default;
   ~LargeBuffer() { FreeLarge(block_, length_); }
-  LargeBuffer(const LargeBuffer&) = delete;
-  LargeBuffer& operator=(const LargeBuffer&) = delete;
+  LargeBuffer(LargeBuffer&& other) noexcept { swap(other); }
+  LargeBuffer& operator=(LargeBuffer&& other) noexcept {
+    reset();
+    swap(other);
+    return *this;
+  }
 
   // Null until it has grown.
   char* get() const { return static_cast<char*>(block_); }
@@ -36,6 +41,10 @@ class LargeBuffer {
     block_ = grown;
     length_ = bytes;
     return true;
+  }
+  void swap(LargeBuffer& other) noexcept {
+    std::swap(block_, other.block_);
+    std::swap(length_, other.length_);
   }
   void reset() {
     FreeLarge(block_, length_);

@@ -27,12 +27,9 @@ class SiteDB {
   // No file hands out more numbers than this.
   static constexpr int kMostIds = 1 << 26;
 
-  struct FreeBuffer {
-    void operator()(char* bytes) const { std::free(bytes); }
-  };
   // The bytes of a file, which outlive its closing.
   struct Image {
-    std::unique_ptr<char[], FreeBuffer> bytes;
+    platform::LargeBuffer bytes;
     std::uint32_t size = 0;
   };
 

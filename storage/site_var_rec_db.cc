@@ -23,11 +23,11 @@ constexpr int kString = 1;
 constexpr int kBlock = 2;
 constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
 
-std::uint32_t HashText(std::string_view text) {
+}  // namespace
+
+std::uint32_t SiteVarRecDB::HashOf(std::string_view text) {
   return static_cast<std::uint32_t>(HashBytes(text));
 }
-
-}  // namespace
 
 SiteVarRecDB::SiteVarRecDB(std::string filePath, bool wholeFile)
     : SiteDB(std::move(filePath), wholeFile) {}
@@ -112,6 +112,7 @@ void SiteVarRecDB::ForgetEntries() {
   free_.clear();
   cursor_ = 0;
   dead_ = 0;
+  ++releases_;
   ForgetNames();
 }
 
@@ -216,7 +217,7 @@ int SiteVarRecDB::MakeStringIndex() {
     const std::string_view data = DataAt(offset, head.length, scratch_);
     if (data.empty()) return -1;
     const std::string_view text = data.substr(0, data.size() - 1);
-    batch.Add({HashText(text), head.id, offset, text});
+    batch.Add({HashOf(text), head.id, offset, text});
     return 0;
   });
   batch.Finish();
@@ -247,12 +248,17 @@ SiteVarRecDB::Name* SiteVarRecDB::FindName(std::string_view text, std::uint32_t 
   });
 }
 
-SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text) {
+SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, std::uint32_t hash) {
   if (!isOpen() || MakeStringIndex() < 0) return {};
-  Search search;
-  search.hash = HashText(text);
-  if (const Name* name = FindName(text, search.hash)) search.id = name->id;
-  return search;
+  const Name* const name = FindName(text, hash);
+  return {hash, name == nullptr ? -1 : name->id};
+}
+
+int SiteVarRecDB::ExpectString(std::uint32_t hash) const {
+  const Name* const name = names_.Guess(hash);
+  if (name == nullptr) return -1;
+  if (const char* const entry = Bytes(name->offset, kHeadSize)) __builtin_prefetch(entry);
+  return name->id;
 }
 
 int SiteVarRecDB::FindString(std::string_view text) {
@@ -332,7 +338,7 @@ int SiteVarRecDB::WriteEntry(const Head& head, std::string_view data) {
 // Whether a text lies in the buffer of this file, which moves when it grows.
 bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
   const std::less_equal<const char*> before;
-  return buffer != nullptr && !data.empty() && before(buffer.get(), data.data()) &&
+  return buffer.get() != nullptr && !data.empty() && before(buffer.get(), data.data()) &&
          before(data.data(), buffer.get() + size);
 }
 
@@ -370,6 +376,7 @@ int SiteVarRecDB::Release(int id, int offset) {
     return -1;
   }
   offsets_.slot(static_cast<std::size_t>(id)) = kReleased;
+  ++releases_;
   free_.push_back(id);
   return 0;
 }
@@ -378,7 +385,7 @@ int SiteVarRecDB::Unname(int offset, int length) {
   const std::string_view data = DataAt(offset, length, scratch_);
   if (data.empty()) return -1;
   const std::string_view text = data.substr(0, data.size() - 1);
-  if (Name* name = FindName(text, HashText(text))) {
+  if (Name* name = FindName(text, HashOf(text))) {
     copies_.erase(name->offset);
     names_.Erase(name);
   }

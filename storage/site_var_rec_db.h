@@ -83,10 +83,19 @@ class SiteVarRecDB : public SiteDB {
     std::uint32_t hash = 0;
     int id = -1;
   };
-  Search Look(std::string_view text);
+  Search Look(std::string_view text) { return Look(text, HashOf(text)); }
   int AddString(std::string_view text, const Search& search);
-  // Adds one reference to a string that is there; its number, or -1 when it has no entry.
-  int AddReference(int id);
+
+  // For many strings one after another: what Look does, in three steps that can be taken for
+  // several strings in turn, so that one is fetched from memory while another is worked on.
+  static std::uint32_t HashOf(std::string_view text);
+  void ExpectHash(std::uint32_t hash) const { names_.Prefetch(hash); }
+  // The number of a string of that hash, most likely the one that is meant; -1 for none.
+  int ExpectString(std::uint32_t hash) const;
+  Search Look(std::string_view text, std::uint32_t hash);
+
+  // How often a number was freed so far: as long as this stays, each number keeps its string.
+  std::uint32_t releases() const { return releases_; }
 
   int idCount() const { return headerWord1; }
   int entryCount() const { return headerWord2; }
@@ -141,6 +150,7 @@ class SiteVarRecDB : public SiteDB {
   int WriteEntry(const Head& head, std::string_view data);
   bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
+  int AddReference(int id);
   int Release(int id, int offset);
   int MarkDead(int offset, Head& head);
   int CopyLiveEntries(PackFile& packed, int& packedEnd);
@@ -148,6 +158,7 @@ class SiteVarRecDB : public SiteDB {
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
   std::int64_t dead_ = 0;
+  std::uint32_t releases_ = 0;
   IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none
   // Numbers to hand out again: first those below the cursor that had no entry at open, then those
   // released since, from the front.

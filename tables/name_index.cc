@@ -22,7 +22,7 @@ NameIndex::NameIndex(const SiteVarRecDB& store, int count)
 
 std::string_view NameIndex::Texts() const {
   if (store_ != nullptr) return store_->WholeFile();
-  if (closed_.bytes != nullptr) return {closed_.bytes.get(), closed_.size};
+  if (closed_.bytes.get() != nullptr) return {closed_.bytes.get(), closed_.size};
   return texts_;
 }
 

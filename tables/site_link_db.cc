@@ -33,33 +33,24 @@ int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to, i
 int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to,
                     std::string_view alternative, int type, int offset) {
   if (text.empty() || !isOpen()) return -1;
-  SiteLinkRec link = Begin(from, to, type, offset);
-  const SiteVarRecDB::Search known = strings_->Look(text);
-  link.text = known.id;
-  const int equal = RaiseEqual(link, alternative);
-  if (equal >= 0) return equal;
-  link.text = strings_->AddString(text, known);
-  return link.text < 0 ? -1 : AddNew(link, alternative);
+  SiteVarRecDB::Search found = strings_->Look(text);
+  return Add(text, found, from, to, alternative, type, offset);
 }
 
-int SiteLinkDB::AddAgain(int text, const UrlID& from, const UrlID& to, std::string_view alternative,
-                         int type, int offset) {
-  if (TextView(text).empty()) return -1;
-  SiteLinkRec link = Begin(from, to, type, offset);
-  link.text = text;
-  const int equal = RaiseEqual(link, alternative);
-  if (equal >= 0) return equal;
-  return strings_->AddReference(text) < 0 ? -1 : AddNew(link, alternative);
-}
-
-SiteLinkRec SiteLinkDB::Begin(const UrlID& from, const UrlID& to, int type, int offset) {
+int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from,
+                    const UrlID& to, std::string_view alternative, int type, int offset) {
+  if (text.empty() || !isOpen()) return -1;
   TurnTo(from);
   SiteLinkRec link;
   link.from = from;
   link.to = to;
   link.type = type;
   link.offset = offset;
-  return link;
+  link.text = found.id;
+  const int equal = RaiseEqual(link, alternative);
+  if (equal >= 0) return equal;
+  link.text = found.id = strings_->AddString(text, found);
+  return link.text < 0 ? -1 : AddNew(link, alternative);
 }
 
 // The number of the equal link that was there, now with one occurrence more; -1 for none. Only a

@@ -19,9 +19,9 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Add(std::string_view text, const UrlID& from, const UrlID& to, int type);
   int Add(std::string_view text, const UrlID& from, const UrlID& to, std::string_view alternative,
           int type, int offset = -1);
-  // The same for a text that another link has, by its string id; -1 also when there is none of it.
-  int AddAgain(int text, const UrlID& from, const UrlID& to, std::string_view alternative, int type,
-               int offset);
+  // The same with what looking for the text in strings() found; `found` then has its number.
+  int Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from, const UrlID& to,
+          std::string_view alternative, int type, int offset);
 
   // Takes one occurrence away; the record and its texts go with the last. 0 or -1.
   int Delete(int number);
@@ -37,7 +37,6 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
     std::int32_t number;
   };
 
-  SiteLinkRec Begin(const UrlID& from, const UrlID& to, int type, int offset);
   int RaiseEqual(SiteLinkRec& link, std::string_view alternative);
   int AddNew(SiteLinkRec& link, std::string_view alternative);
   void TurnTo(const UrlID& source);
