@@ -16,9 +16,9 @@ int SiteMgr::Remove(const std::string& path, int) {
   if (pathDB->Get(number, rec) < 0 || pathDB->ReleaseTexts(rec) < 0 || pathDB->Update(rec) < 0) {
     return -1;
   }
-  const int referrers = linkDB->CountTo(PathID(number));
-  if (referrers < 0) return -1;
-  if (referrers == 0) return DeleteEntry(number);
+  const int isTarget = linkDB->IsTarget(PathID(number));
+  if (isTarget < 0) return -1;
+  if (isTarget == 0) return DeleteEntry(number);
   rec.exists = 0;
   return pathDB->Update(rec);
 }

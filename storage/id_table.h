@@ -41,18 +41,19 @@ class IdTable {
     return piece[id % kPiece];
   }
 
-  // Calls visit(id, value) for every id whose value differs from zero, in ascending order. What
-  // visit changes itself may be seen or not.
-  template <class Visit>
-  void ForEachSet(Visit visit) const {
+  // Calls isWanted(id, value) for each id whose value differs from zero, in ascending order, until
+  // one gives true; whether one did. Whether it sees its own changes of the table is open.
+  template <class IsWanted>
+  bool FindSet(IsWanted isWanted) const {
     for (std::size_t id = 0; id < count_; id += kPiece) {
       const Value* piece = pieces_[id / kPiece].get();
       if (piece == nullptr) continue;
       const std::size_t used = count_ - id < kPiece ? count_ - id : kPiece;
       for (std::size_t at = 0; at < used; ++at) {
-        if (piece[at] != zero_) visit(id + at, piece[at]);
+        if (piece[at] != zero_ && isWanted(id + at, piece[at])) return true;
       }
     }
+    return false;
   }
 
   // The first id from `id` on whose value may differ from zero, or size(): whole pieces that were

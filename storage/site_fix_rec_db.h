@@ -60,21 +60,21 @@ class SiteFixRecDB : public SiteDB {
     SlotBuffer copy(recordLength);
     return ReadSlotAt(offset, copy) < 0 ? -1 : ReadWords(copy.data(), *record);
   }
-  // Reads every live record in the order of their numbers and calls visit(record), which must not
-  // change the file. Those that cannot be read are left out.
-  template <class Rec, class Visit>
-  void ForEach(Visit visit) {
-    if (!isOpen() || !HoldsWordsOf(Rec::kRecordType)) return;
+  // Reads the live records in the order of their numbers and calls isWanted(record), which must not
+  // change the file, until one gives true; whether one did. Those that cannot be read are left out.
+  template <class Rec, class IsWanted>
+  bool FindIf(IsWanted isWanted) {
+    if (!isOpen() || !HoldsWordsOf(Rec::kRecordType)) return false;
     const bool inPlace = inMemory && HasWords() && recordLength >= Rec::kSlotLength;
     Rec record;
-    slotIndex.ForEachSet([&](std::size_t id, std::int32_t offset) {
+    return slotIndex.FindSet([&](std::size_t id, std::int32_t offset) {
       const char* slot = inPlace ? Bytes(offset, recordLength) : nullptr;
       if (slot != nullptr) {
         record.Deserialize(slot);
       } else if (Get(static_cast<int>(id), &record) < 0) {
-        return;
+        return false;
       }
-      visit(record);
+      return isWanted(record);
     });
   }
   // Marks the record's slot dead; 0 or -1.

@@ -12,8 +12,9 @@ EndIndex& PairTableBase::MadeIndex(End which) {
   EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
   if (index.isMade()) return index;
   index.Start(records_->liveCount());
-  records_->ForEach<SiteRelRec>([&index, which](const SiteRelRec& record) {
+  records_->FindIf<SiteRelRec>([&index, which](const SiteRelRec& record) {
     index.Append(which == End::kFrom ? record.from : record.to, record.id);
+    return false;
   });
   return index;
 }
@@ -79,6 +80,18 @@ int PairTableBase::CountFrom(const UrlID& from) {
 
 int PairTableBase::CountTo(const UrlID& to) {
   return isOpen() ? MadeIndex(End::kTo).Size(to) : -1;
+}
+
+// One question may be answered by a walk that ends at the first record found. When walks have cost
+// what the index costs, it is made.
+int PairTableBase::IsTarget(const UrlID& to) {
+  if (!isOpen()) return -1;
+  if (toIndex_.isMade() || walked_ > records_->liveCount()) return CountTo(to) > 0 ? 1 : 0;
+  const bool found = records_->FindIf<SiteRelRec>([this, &to](const SiteRelRec& record) {
+    ++walked_;
+    return record.to == to;
+  });
+  return found ? 1 : 0;
 }
 
 }  // namespace zvrsit

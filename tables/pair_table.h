@@ -1,6 +1,7 @@
 // PairTable: a table of records that join two entries, found by either end or both.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ class PairTableBase : public SiteTable {
   // How many records have this end, without listing them; -1 when not open.
   int CountFrom(const UrlID& from);
   int CountTo(const UrlID& to);
+  // 1 when a record goes to this end, else 0; -1 when not open.
+  int IsTarget(const UrlID& to);
 
  protected:
   enum class End { kFrom, kTo };
@@ -37,6 +40,7 @@ class PairTableBase : public SiteTable {
 
   EndIndex fromIndex_;
   EndIndex toIndex_;
+  std::int64_t walked_ = 0;  // records that IsTarget has looked at
 };
 
 // Delete of the tables below throws for number 0 of a table that has handed out none, as their file

@@ -102,7 +102,8 @@ TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
   };
   std::map<int, Pair> model;  // the live ones
   const auto end = [&] {
-    return UrlID(random() % 2 ? kKindPath : kKindUrl, static_cast<int>(random() % 6));
+    constexpr int kIds[] = {0, 1, 2, 3, 1 << 30, -7};  // the last two as damaged files have them
+    return UrlID(random() % 2 ? kKindPath : 9, kIds[random() % 6]);
   };
   for (int step = 0; step < 3000; ++step) {
     const auto choice = random() % 100;
@@ -129,6 +130,16 @@ TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
       ASSERT_EQ(table_.Pack(), 0);
     }
   }
+}
+
+TEST_F(LinkTable, TellsTheTargetsOfLinksHoweverOftenItIsAsked) {
+  for (int i = 0; i < 20; ++i) table_.Add("t", Page(0), Page(i), 1);
+  for (int round = 0; round < 3; ++round) {
+    for (int i = 0; i < 30; ++i) ASSERT_EQ(table_.IsTarget(Page(i)), i >= round && i < 20) << round;
+    ASSERT_EQ(table_.Delete(round), 0);
+  }
+  ASSERT_EQ(table_.Close(), 0);
+  EXPECT_EQ(table_.IsTarget(Page(9)), -1);
 }
 
 TEST(PairTables, ClearLeavesTheBytesThatSingleDeletesLeave) {
