@@ -7,11 +7,12 @@
 
 namespace zvrsit::test {
 
-// While it lives, nobody else can open what is at the native path, but to ask for its attributes.
+// While it lives, nobody else can open what is at the native path but in the ways that are shared,
+// and to ask for its attributes.
 class Lock {
  public:
-  explicit Lock(const std::string& native)
-      : handle_(::CreateFileA(native.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+  explicit Lock(const std::string& native, DWORD share = 0)
+      : handle_(::CreateFileA(native.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
                               FILE_FLAG_BACKUP_SEMANTICS, nullptr)) {}
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
