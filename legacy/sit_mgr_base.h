@@ -269,7 +269,8 @@ class ZVRSIT_API SitMgrBase {
   int SaveMeta(const UrlID& page, const Document& document);
   int SaveLinkEach(const UrlID& page, const Document& document);
   // Walks a folder of the open site: every regular file becomes an inspected entry, every folder
-  // one with its relations. Names that hold a "#" are left out; a real folder is entered once.
+  // one with its relations. Names that hold a "#" and links to folders are left out; a folder
+  // is entered once.
   int RegisterAllFiles(const std::string& folder);
   // Fills all stores of the open site anew from its folder and empties the history. `complete`
   // gives entries new numbers; without it the entries of files stay, and those go that are

@@ -34,7 +34,8 @@ std::vector<FoundEntry> ListFolder(const std::string& folder) {
     platform::FileStat stat;
     if (platform::Stat(path, stat) < 0) continue;
     if (stat.isRegular()) entries.push_back({path, false});
-    if (stat.isFolder()) entries.push_back({path + "\\", true});
+    // What a link leads to is met at its own place, or does not belong to the site.
+    if (stat.isFolder() && !platform::IsLink(path)) entries.push_back({path + "\\", true});
   } while (platform::FindNext(handle, found));
   platform::FindClose(handle);
   return entries;

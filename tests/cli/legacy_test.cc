@@ -41,6 +41,17 @@ TEST_F(OlderSite, AnswersAboutLinksAndFiles) {
   EXPECT_EQ(program.Ask({"legacy", "peek", "nowhere.html"}).dump(), R"({"sites":[]})");
 }
 
+TEST_F(OlderSite, EntersFoldersAtTheirOwnPlace) {
+  program.Page("top/page.html", "<a href=none.html>");
+  program.folder.write("beside/page.html", "<a href=none.html>");
+  for (const char* name : {"a", "top-link"}) {
+    std::filesystem::create_directory_symlink("top", program.folder.native("site/") + name);
+  }
+  std::filesystem::create_directory_symlink("../beside", program.folder.native("site/out"));
+  EXPECT_EQ(program.Ask({"legacy", "rebuild", "demo"})["files"], 3);
+  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "top/page.html"}).size(), 1u);
+}
+
 TEST_F(OlderSite, TakesBackChangesOfOneRun) {
   const Json before = program.Ask({"legacy", "links", "demo", "--from", "index.html"});
   program.Page("c d.html", "<a href=none.html><a href=index.html>");
