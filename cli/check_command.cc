@@ -34,14 +34,16 @@ class TemporaryFolder {
     }
     throw Failure(kFileSystem, NameOf(base) + ": no temporary folder can be made here");
   }
-  ~TemporaryFolder() {
-    std::error_code error;
-    fs::remove_all(path_, error);
-  }
+  ~TemporaryFolder() { Remove(); }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
   std::string path() const { return NameOf(path_); }
+  // Removes what the system lets go of while it is open.
+  void Remove() const {
+    std::error_code error;
+    fs::remove_all(path_, error);
+  }
 
  private:
   fs::path path_;
@@ -65,6 +67,7 @@ Findings Examine(const Options& options, const GivenSite& site) {
   session.Open(kName);
   Findings findings;
   findings.code = RebuildSite(session, true);
+  folder.Remove();  // an interrupt is not caught from here on
   findings.totals = CountSite(session);
   findings.broken = BrokenLinks(session);
   session.Discard();

@@ -58,12 +58,7 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
     throw Failure(manager.GetLastError() == kSitBadArgument ? kUsage : kDatabase,
                   "\"" + name + "\" cannot be made an older site");
   }
-  const Json row = SiteRow(name, property);
-  if (options.json) {
-    PrintJson(row);
-  } else {
-    PrintFields(row);
-  }
+  PrintObject(SiteRow(name, property), options.json);
   return kClean;
 }
 
@@ -79,11 +74,7 @@ int RunSites(const Options& options) {
     rows.push_back(SiteRow(name, site));
     lines.push_back({name, NativePath(site.dir[kSlotSiteFolder])});
   }
-  if (options.json) {
-    PrintJson(rows);
-  } else {
-    PrintColumns(lines);
-  }
+  PrintList(rows, lines, options.json);
   return kClean;
 }
 

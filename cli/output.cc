@@ -65,6 +65,8 @@ void JsonRows::End() {
   Print("{}]\n", empty_ ? "[" : "\n");
 }
 
+namespace {
+
 void PrintColumns(const std::vector<Words>& rows) {
   std::vector<std::size_t> widths;
   for (const Words& row : rows) {
@@ -88,6 +90,16 @@ void PrintFields(const Json& object) {
     const std::string text = value.is_string() ? LineOfJson(value) : value.dump();
     if (!text.empty()) Print("{:<18}{}\n", key, text);
   }
+}
+
+}  // namespace
+
+void PrintObject(const Json& object, bool json) {
+  json ? PrintJson(object) : PrintFields(object);
+}
+
+void PrintList(const Json& rows, const std::vector<Words>& lines, bool json) {
+  json ? PrintJson(rows) : PrintColumns(lines);
 }
 
 std::string Counted(long count, std::string_view one, std::string_view many) {

@@ -50,10 +50,10 @@ class JsonRows {
 };
 
 using Words = std::vector<std::string>;
-// Prints a line a row, its cells in columns.
-void PrintColumns(const std::vector<Words>& rows);
-// Prints the fields of an object, a line each; leaves out those that are empty texts.
-void PrintFields(const Json& object);
+// Prints an object: as JSON, or its fields, a line each, but for those that are empty texts.
+void PrintObject(const Json& object, bool json);
+// Prints a list: its rows as JSON, or a line a row, with the cells of `lines` in columns.
+void PrintList(const Json& rows, const std::vector<Words>& lines, bool json);
 // "1 page", "2 pages".
 std::string Counted(long count, std::string_view one, std::string_view many);
 

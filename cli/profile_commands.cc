@@ -8,12 +8,7 @@ namespace zvrsit::cli {
 namespace {
 
 int Show(const Options& options, Session& session, const std::string& name) {
-  const SiteProfile profile = ReadProfile(session, name);
-  if (options.json) {
-    PrintJson(ProfileAsJson(name, profile));
-  } else {
-    PrintProfile(name, profile);
-  }
+  PrintObject(ProfileAsJson(name, ReadProfile(session, name)), options.json);
   return kClean;
 }
 

@@ -70,12 +70,7 @@ Json ServerAsJson(const std::string& name, const ServProfile& server) {
 }
 
 int Show(const Options& options, Session& session, const std::string& name) {
-  const Json row = ServerAsJson(name, ReadServer(session, name));
-  if (options.json) {
-    PrintJson(row);
-  } else {
-    PrintFields(row);
-  }
+  PrintObject(ServerAsJson(name, ReadServer(session, name)), options.json);
   return kClean;
 }
 
@@ -88,11 +83,7 @@ int RunList(const Options& options) {
     rows.push_back(ServerAsJson(name, server));
     lines.push_back({name, server.host, server.dir});
   }
-  if (options.json) {
-    PrintJson(rows);
-  } else {
-    PrintColumns(lines);
-  }
+  PrintList(rows, lines, options.json);
   return kClean;
 }
 

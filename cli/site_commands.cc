@@ -12,12 +12,7 @@ namespace {
 int RunAdd(const Options& options, const std::string& name, const GivenSite& site) {
   Session session(options, Database::kMake);
   AddSite(session, name, site);
-  const SiteProfile profile = ReadProfile(session, name);
-  if (options.json) {
-    PrintJson(ProfileAsJson(name, profile));
-  } else {
-    PrintProfile(name, profile);
-  }
+  PrintObject(ProfileAsJson(name, ReadProfile(session, name)), options.json);
   return kClean;
 }
 
@@ -31,11 +26,7 @@ int RunSites(const Options& options) {
     lines.push_back({name, NativePath(profile.folders[kSlotSiteFolder]),
                      RulesName(profile.linkRules), RebuildState(profile)});
   }
-  if (options.json) {
-    PrintJson(rows);
-  } else {
-    PrintColumns(lines);
-  }
+  PrintList(rows, lines, options.json);
   return kClean;
 }
 

@@ -192,8 +192,4 @@ Json ProfileAsJson(const std::string& name, const SiteProfile& profile) {
           {"state", RebuildState(profile)}};
 }
 
-void PrintProfile(const std::string& name, const SiteProfile& profile) {
-  PrintFields(ProfileAsJson(name, profile));
-}
-
 }  // namespace zvrsit::cli

@@ -42,8 +42,6 @@ void ChangeSite(Session& session, const std::string& name, const GivenSite& site
 // Reads a profile; throws Failure(kUsage) when there is none of that name.
 SiteProfile ReadProfile(Session& session, const std::string& name);
 Json ProfileAsJson(const std::string& name, const SiteProfile& profile);
-// A line a field.
-void PrintProfile(const std::string& name, const SiteProfile& profile);
 // "web" or "classic".
 const char* RulesName(LinkRules rules);
 // "rebuilt", "to be rebuilt" or "last rebuild failed".
