@@ -1,26 +1,39 @@
 #include "cli/link_report.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <tuple>
 #include <unordered_map>
 
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "dom/mapped_file.h"
 #include "links/link_type.h"
 
 namespace zvrsit::cli {
 namespace {
 
-// Names of entries, each asked for once.
-class Names {
+// What is asked of entries, each once.
+class Entries {
  public:
-  explicit Names(Session& session) : session_(session) {}
+  explicit Entries(Session& session) : session_(session) {}
 
-  const std::string& Of(const UrlID& id) {
+  const std::string& NameOf(const UrlID& id) {
     auto& known = id.kind == kKindUrl ? urls_ : paths_;
     const auto [entry, isNew] = known.try_emplace(id.id);
     if (isNew) entry->second = session_.ShownEntry(id);
+    return entry->second;
+  }
+
+  // Whether a file is there that the tables know nothing of, as it lies outside of the site.
+  bool IsOnDisk(const UrlID& path) {
+    const auto [entry, isNew] = onDisk_.try_emplace(path.id);
+    if (isNew) {
+      std::error_code error;
+      const std::string name = NativePath(Take(session_.manager().UrlPath(path.id)));
+      entry->second = std::filesystem::is_regular_file(PathOf(name), error);
+    }
     return entry->second;
   }
 
@@ -28,6 +41,7 @@ class Names {
   Session& session_;
   std::unordered_map<int, std::string> urls_;
   std::unordered_map<int, std::string> paths_;
+  std::unordered_map<int, bool> onDisk_;
 };
 
 // Bytes are summed in vectors, in blocks too small for a sum to overflow.
@@ -70,12 +84,13 @@ class Lines {
 
 void ForEachLink(Session& session, const std::vector<int>& numbers,
                  const std::function<void(const ShownLink&)>& each) {
-  Names names(session);
+  Entries entries(session);
   ShownLink shown;
   for (const int number : numbers) {
     if (session.manager().GetLink(number, shown.link) != 0) continue;
-    shown.from = names.Of(shown.link.from);
-    shown.to = names.Of(shown.link.to);
+    shown.from = entries.NameOf(shown.link.from);
+    shown.to = entries.NameOf(shown.link.to);
+    if (shown.link.outside) shown.link.exists = entries.IsOnDisk(shown.link.to);
     each(shown);
   }
 }
@@ -84,7 +99,9 @@ std::vector<BrokenLink> BrokenLinks(Session& session) {
   const std::unique_ptr<std::vector<int>> numbers(session.manager().EnumBrokenLink());
   if (numbers == nullptr) throw Failure(kDatabase, "the link table cannot be read");
   std::vector<BrokenLink> broken;
-  ForEachLink(session, *numbers, [&](const ShownLink& shown) { broken.push_back({shown}); });
+  ForEachLink(session, *numbers, [&](const ShownLink& shown) {
+    if (!shown.link.exists) broken.push_back({shown});
+  });
   std::stable_sort(broken.begin(), broken.end(), [](const BrokenLink& a, const BrokenLink& b) {
     return std::tie(a.from, a.link.offset) < std::tie(b.from, b.link.offset);
   });
@@ -114,7 +131,8 @@ Json BrokenAsJson(const BrokenLink& shown) {
 void PrintLink(const ShownLink& shown) {
   Print("{} -> {}  {}", LineText(shown.from), LineText(shown.to), LinkTypeName(shown.link.type));
   if (shown.link.count > 1) Print(" x{}", shown.link.count);
-  if (!shown.link.exists) Print("{}", shown.link.outside ? "  outside of the site" : "  missing");
+  if (shown.link.outside) Print("  outside of the site");
+  if (!shown.link.exists) Print("  missing");
   Print("\n");
 }
 

@@ -13,7 +13,7 @@ namespace zvrsit::cli {
 struct ShownLink {
   std::string from;
   std::string to;
-  SiteLink link;
+  SiteLink link;  // but `exists` is true also for a file that is there outside of the site
 };
 
 struct BrokenLink : ShownLink {
@@ -23,7 +23,7 @@ struct BrokenLink : ShownLink {
 // Calls `each` for the links of these record numbers, in their order.
 void ForEachLink(Session& session, const std::vector<int>& numbers,
                  const std::function<void(const ShownLink&)>& each);
-// The links to files that are not there, or lie outside of the site, by source and place in it.
+// The links to files that are not there, by source and place in it.
 std::vector<BrokenLink> BrokenLinks(Session& session);
 
 // An object: from, to, kind (2 a file, 3 a URL), type, code, text, alt, count, exists.

@@ -124,6 +124,22 @@ TEST(Commands, AnswerInJson) {
   EXPECT_EQ(check.json()["broken"], broken.json());
 }
 
+// Only what is not there is broken, also where links lead out of the site.
+TEST(Commands, LinksOutOfTheSite) {
+  const Program program;
+  program.Page("index.html", "<a href=../there.html><a href=/there.html><a href=/none.html>");
+  program.folder.write("there.html", "");
+  ASSERT_EQ(program.Build("demo", {"--doc-root", program.folder.native()}).code, 0);
+  const Json links = program.Ask({"links", "demo"});
+  ASSERT_EQ(links.size(), 3u);
+  EXPECT_EQ(links[1]["to"], program.folder.native("there.html"));
+  EXPECT_EQ(links[1]["exists"], true);
+  const Json broken = program.Ask({"broken", "demo"});
+  ASSERT_EQ(broken.size(), 1u) << broken;
+  EXPECT_EQ(broken[0]["to"], program.folder.native("none.html"));
+  EXPECT_EQ(broken[0]["outside"], true);
+}
+
 // A rebuild of what did not change changes nothing: under the web rules from the first one on,
 // under the classic ones from the second.
 TEST(Commands, ARebuildGivesTheSameAgain) {
