@@ -18,6 +18,7 @@ constexpr char kMagic[] = "ZVR4.00-SITE0.01";
 constexpr int kWord1 = 16;
 constexpr int kWord2 = 20;
 constexpr std::uint32_t kStep = 4096;
+constexpr std::uint32_t kSmallFile = 1 << 20;
 constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
 // Copies all of an open file of `size` bytes; the number of bytes written or -1.
@@ -79,8 +80,22 @@ int SiteDB::OpenWhole() {
   if (read >= 0) size = fileSize;
   const auto known = static_cast<std::size_t>(std::max<std::int64_t>(read, 0));
   std::memset(buffer.get() + known, 0, capacity - known);
+  if (read == fileSize) FollowChanges(stat);
   CompleteHeader();
   return 0;
+}
+
+// The image is what the file has now. A small file is written whole all the same.
+void SiteDB::FollowChanges(const platform::FileStat& onDisk) {
+  onDisk_ = onDisk;
+  changed_.Follow(onDisk.size == size && size >= kSmallFile ? size : 0);
+}
+
+// Whether nobody else has written the file since.
+bool SiteDB::IsAsLeft() const {
+  platform::FileStat now;
+  return platform::StatOpen(fd, now) == 0 && now.size == onDisk_.size &&
+         now.modificationNanoseconds == onDisk_.modificationNanoseconds;
 }
 
 // Each part that is not there is added to the size as it stands, on purpose: a file of 1 to 15
@@ -179,10 +194,22 @@ int SiteDB::WriteImage() {
   std::memcpy(buffer.get(), magic, kMagicSize);
   StoreLE32(buffer.get() + kWord1, headerWord1);
   StoreLE32(buffer.get() + kWord2, headerWord2);
-  if (platform::Seek(fd, 0) < 0) return -1;
-  const std::int64_t written = platform::Write(fd, buffer.get(), size);
+  changed_.Mark(0, kHeaderSize);
+  // In parts only where that leaves the same bytes as writing it all.
+  const bool inParts = changed_.AreFew(size) && IsAsLeft();
+  const int result =
+      inParts
+          ? changed_.ForEachPart(size, [this](auto from, auto to) { return WriteBytes(from, to); })
+          : WriteBytes(0, size);
+  changed_.Follow(0);
   platform::FlushAll();
-  return written == size ? 0 : -1;
+  return result;
+}
+
+int SiteDB::WriteBytes(std::size_t from, std::size_t to) {
+  if (platform::Seek(fd, static_cast<std::int64_t>(from)) < 0) return -1;
+  const std::int64_t written = platform::Write(fd, buffer.get() + from, to - from);
+  return written == static_cast<std::int64_t>(to - from) ? 0 : -1;
 }
 
 int SiteDB::ReplaceBy(const std::string& other) {
@@ -215,6 +242,8 @@ int SiteDB::Flush() {
   if (!dirty) return 0;
   if (WriteImage() < 0) return -1;
   dirty = false;
+  platform::FileStat written;
+  if (size >= kSmallFile && platform::StatOpen(fd, written) == 0) FollowChanges(written);
   return 0;
 }
 
@@ -246,6 +275,7 @@ char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {
   if (offset > static_cast<std::int64_t>(size)) std::memset(buffer.get() + size, 0, offset - size);
   size = std::max(size, static_cast<std::uint32_t>(end));
   dirty = true;
+  changed_.Mark(offset, length);
   return buffer.get() + offset;
 }
 

@@ -7,7 +7,8 @@
 //   24      ...   body, owned by the class above
 //
 // Two modes, chosen at construction. Whole-file: Open reads the file into a buffer, Close writes
-// it back in one piece if it changed. Direct: every read and write goes to the file at once.
+// it back if it changed: in one piece, or only the changed parts of a large file that nobody else
+// has written meanwhile. Direct: every read and write goes to the file at once.
 //
 // Every operation gives a negative number (-1) on failure. One thread at a time.
 #pragma once
@@ -16,7 +17,9 @@
 #include <cstring>
 #include <string>
 
+#include "platform/file.h"
 #include "platform/large_memory.h"
+#include "storage/changed_blocks.h"
 
 namespace zvrsit {
 
@@ -90,6 +93,7 @@ class SiteDB {
   char* ChangeBytes(std::int64_t offset, std::int64_t length) {
     if (Bytes(offset, length) == nullptr) return nullptr;
     dirty = true;
+    changed_.Mark(offset, length);
     return buffer.get() + offset;
   }
   // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
@@ -127,9 +131,16 @@ class SiteDB {
   int ReadHeader();
   int ReadHeaderWord(std::int32_t& word, int offset);
   int WriteHeader();
+  void FollowChanges(const platform::FileStat& onDisk);
+  bool IsAsLeft() const;
   int WriteImage();
+  int WriteBytes(std::size_t from, std::size_t to);
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
+
+  // Whole-file mode: what changed since the file was read or written, and how it was left then.
+  ChangedBlocks changed_;
+  platform::FileStat onDisk_;
 };
 
 }  // namespace zvrsit

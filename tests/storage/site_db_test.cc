@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <memory>
+#include <random>
 #include <string>
 
 #include "storage/record_file.h"
@@ -180,6 +184,68 @@ TEST(WholeFile, FlushWritesAndStaysOpenAndCloseWritesInOnePiece) {
   ASSERT_EQ(db.Close(), 0);
   EXPECT_EQ(counted.calls(), 3);  // seek, write, close
   EXPECT_EQ(folder.read("t"), kEmpty + "P" + body.substr(1));
+}
+
+// A file that is large enough to be written in parts.
+class LargeFile : public testing::Test {
+ protected:
+  LargeFile() { Reset(); }
+  void Reset() {
+    bytes_ = kEmpty + std::string(3 << 20, 'a');
+    db_.Close();
+    folder_.write("t", bytes_);
+    EXPECT_EQ(db_.Open(), 0);
+  }
+  void Write(std::size_t at, const std::string& text) {
+    const int length = static_cast<int>(text.size());
+    ASSERT_EQ(db_.WriteAt(text.data(), static_cast<int>(at), length), length);
+    bytes_.resize(std::max(bytes_.size(), at + text.size()));
+    bytes_.replace(at, text.size(), text);
+  }
+  std::string OnDisk() const { return folder_.read("t"); }
+
+  TempFolder folder_;
+  SiteDB db_{folder_.path("t"), true};
+  std::string bytes_;  // what the file must have
+};
+
+TEST_F(LargeFile, IsOnDiskAsInMemoryWhateverWasChanged) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 40; ++round) {
+    for (auto left = random() % 6; left > 0; --left) {
+      Write(24 + random() % bytes_.size(), std::string(random() % 9000, "bcdefg"[left]));
+    }
+    ASSERT_EQ(random() % 2 != 0 ? db_.Flush() : db_.Close(), 0);
+    ASSERT_TRUE(OnDisk() == bytes_) << round;
+    ASSERT_TRUE(db_.isOpen() || db_.Open() == 0);
+  }
+}
+
+TEST_F(LargeFile, IsWrittenWholeWhenSomebodyElseHasWrittenIt) {
+  Write(5000, "x");
+  folder_.write("t", std::string(bytes_.size(), 'b'));
+  std::filesystem::last_write_time(
+      folder_.native("t"), std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+  EXPECT_EQ(db_.Close(), 0);
+  EXPECT_TRUE(OnDisk() == bytes_);
+}
+
+TEST_F(LargeFile, IsOnDiskWhenNoCallHasFailed) {
+  int failures = 0;
+  const auto prepare = [this] {
+    Reset();
+    Write(50000, "x");
+    Write(2000000, "y");
+  };
+  int result = 0;
+  test::FailEachCall(
+      prepare, [&] { result = db_.Close(); },
+      [&](const test::FailedRun& run) {
+        EXPECT_TRUE(result < 0 || OnDisk() == bytes_) << run.call;
+        EXPECT_FALSE(db_.isOpen());
+        if (result < 0) ++failures;
+      });
+  EXPECT_EQ(failures, 8);  // to seek and to write: the header, both changes, and the end
 }
 
 }  // namespace

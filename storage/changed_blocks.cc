@@ -1,0 +1,25 @@
+#include "storage/changed_blocks.h"
+
+namespace zvrsit {
+
+std::size_t ChangedBlocks::Skip(std::size_t at, std::uint32_t size, bool changed) const {
+  while (at < size) {
+    const std::size_t block = at / kBlock;
+    if (block >= marks_.size()) return changed ? size : at;
+    if ((marks_[block] != 0) != changed) return at;
+    at = (block + 1) * kBlock;
+  }
+  return size;
+}
+
+// A call of the system costs about as much as writing two blocks.
+bool ChangedBlocks::AreFew(std::uint32_t size) const {
+  std::size_t bytes = 0;
+  ForEachPart(size, [&bytes](std::size_t from, std::size_t to) {
+    bytes += to - from + 2 * kBlock;
+    return 0;
+  });
+  return bytes < size;
+}
+
+}  // namespace zvrsit
