@@ -1,4 +1,4 @@
-// The tables of this library behind the face that the rivals have too; see rival_sqlite.h.
+// The tables of this library behind the face that the rivals have too; see rival_stores.h.
 #pragma once
 
 #include <memory>

@@ -1,25 +1,19 @@
-// The parts of reading a page: its tokens, its document, its targets; and saving one page in a site
-// of 10,000.
+// The parts of reading a page: its tokens, its document, its targets.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
-#include <memory>
 
 #include "bench/counting_sink.h"
-#include "bench/site_writer.h"
 #include "bench/workload.h"
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "links/site_url.h"
 #include "links/target_resolver.h"
-#include "manager/site_mgr.h"
-#include "platform/native_path.h"
 
 namespace zvrsit::bench {
 namespace {
 
 constexpr int kPageBytes = 100000;
-constexpr unsigned kSavedSitePages = 10000;
 
 long CountChar(const std::string& text, char wanted) {
   long count = 0;
@@ -109,65 +103,6 @@ void BenchSiteUrl(benchmark::State& state) {
   });
 }
 BENCHMARK(BenchSiteUrl)->Name("resolve/SiteUrl");
-
-// A site of 10,000 pages, rebuilt and open.
-class OpenSite {
- public:
-  OpenSite() {
-    SiteShape shape;
-    shape.folder = folder_.path() + "/site";
-    shape.pages = kSavedSitePages;
-    SiteProfile profile;
-    profile.linkRules = LinkRules::Web;
-    good_ = WriteSite(shape) && platform::FromNativePath(shape.folder + "/", path_);
-    profile.folders[kSlotDocumentRoot] = profile.folders[kSlotSiteFolder] = path_;
-    profile.topFile = path_ + "index.html";
-    std::string database;
-    good_ = good_ && platform::FromNativePath(folder_.path() + "/db/", database);
-    manager_.setDom(&dom_);
-    manager_.setDB(database.c_str(), "sites.R", "servers.R", 0);
-    good_ = good_ && manager_.SetSiteProf("bench", profile) == 0 &&
-            manager_.SiteOpen("bench", 0) == 0 && manager_.SiteRebuildComplete(nullptr) == 0;
-  }
-  ~OpenSite() { manager_.SiteClose(); }
-
-  bool good() const { return good_; }
-  SiteMgr& manager() { return manager_; }
-  std::string PathOf(unsigned page) const {
-    std::string path;
-    platform::FromNativePath(PageName(page), path);
-    return path_ + path;
-  }
-  std::size_t CountLinks(const std::string& path) {
-    const std::unique_ptr<std::vector<int>> links(
-        manager_.GetForeLinks(UrlID(kKindPath, manager_.FindPath(path))));
-    return links == nullptr ? 0 : links->size();
-  }
-
- private:
-  TempFolder folder_;
-  std::string path_;
-  DOM dom_;
-  SiteMgr manager_;
-  bool good_ = false;
-};
-
-// Reads pages anew from the disk in an open site; writing the tables is not in it.
-void BenchSave(benchmark::State& state) {
-  OpenSite site;
-  if (!site.good()) return state.SkipWithError("no site");
-  const std::size_t links = site.CountLinks(site.PathOf(0));
-  unsigned page = 0;
-  for (auto _ : state) {
-    if (site.manager().Save(site.PathOf(page), nullptr) < 0) {
-      return state.SkipWithError("cannot save");
-    }
-    page = (page + 7919) % kSavedSitePages;
-  }
-  if (links < 45 || site.CountLinks(site.PathOf(0)) != links) state.SkipWithError("wrong links");
-  state.SetItemsProcessed(state.iterations());
-}
-BENCHMARK(BenchSave)->Name("save/page of 10000")->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace zvrsit::bench

@@ -8,8 +8,7 @@
 
 #include "bench/our_stores.h"
 #include "bench/rival_arena.h"
-#include "bench/rival_lmdb.h"
-#include "bench/rival_sqlite.h"
+#include "bench/rival_stores.h"
 #include "bench/store_bench.h"
 #include "tables/site_folder_db.h"
 #include "tables/site_path_db.h"
@@ -46,9 +45,9 @@ void RegisterNamed(const std::string& table, int count) {
   RegisterStore(table, "zvrsit", count,
                 [=] { return std::make_unique<NamedStore<Table, Rec>>(Paths(count)); });
   RegisterStore(table, "sqlite", count,
-                [=] { return std::make_unique<SqliteNames>(Paths(count), Rec::kSlotLength); });
+                [=] { return MakeSqliteNames(Paths(count), Rec::kSlotLength); });
   RegisterStore(table, "lmdb", count,
-                [=] { return std::make_unique<LmdbNames>(Paths(count), Rec::kSlotLength); });
+                [=] { return MakeLmdbNames(Paths(count), Rec::kSlotLength); });
 }
 
 template <class Make>
@@ -59,9 +58,8 @@ void RegisterPairs(const std::string& table, const char* store, int count, Make 
 
 void RegisterLinks(int count) {
   RegisterPairs("link", "zvrsit", count, [=] { return std::make_unique<LinkStore>(Links(count)); });
-  RegisterPairs("link", "sqlite", count,
-                [=] { return std::make_unique<SqliteLinks>(Links(count)); });
-  RegisterPairs("link", "lmdb", count, [=] { return std::make_unique<LmdbLinks>(Links(count)); });
+  RegisterPairs("link", "sqlite", count, [=] { return MakeSqliteLinks(Links(count)); });
+  RegisterPairs("link", "lmdb", count, [=] { return MakeLmdbLinks(Links(count)); });
   // Relations are links without a text; the rivals above stand for both.
   RegisterPairs("relation", "zvrsit", count,
                 [=] { return std::make_unique<RelStore>(Links(count)); });
@@ -87,9 +85,8 @@ void RegisterProfiles() {
   RegisterStore("server-profile", "zvrsit", 1000, [] {
     return std::make_unique<NamedStore<SiteServProfDB, SiteServRec>>(ProfileNames());
   });
-  RegisterStore("profile", "sqlite", 1000, [] {
-    return std::make_unique<SqliteNames>(ProfileNames(), SiteSiteRec::kSlotLength);
-  });
+  RegisterStore("profile", "sqlite", 1000,
+                [] { return MakeSqliteNames(ProfileNames(), SiteSiteRec::kSlotLength); });
 }
 
 void RegisterAll() {

@@ -12,11 +12,11 @@ std::size_t ChangedBlocks::Skip(std::size_t at, std::uint32_t size, bool changed
   return size;
 }
 
-// A call of the system costs about as much as writing two blocks.
+// A call of the system costs about as much as writing four blocks.
 bool ChangedBlocks::AreFew(std::uint32_t size) const {
   std::size_t bytes = 0;
   ForEachPart(size, [&bytes](std::size_t from, std::size_t to) {
-    bytes += to - from + 2 * kBlock;
+    bytes += to - from + 4 * kBlock;
     return 0;
   });
   return bytes < size;
