@@ -20,8 +20,7 @@ endif()
 # zvrsit_room(<target> SOURCES <file>... [POSIX <file>...] [WIN32 <file>...] [USES <target>...])
 #
 # One room: a static library of position-independent code with hidden visibility. The shared
-# library takes it in whole; tests of its inside link it directly. A room without sources yet is
-# an interface library.
+# library takes it in whole; tests of its inside link it directly.
 function(zvrsit_room target)
   cmake_parse_arguments(ROOM "" "" "SOURCES;POSIX;WIN32;USES" ${ARGN})
   set(sources ${ROOM_SOURCES})
@@ -30,11 +29,6 @@ function(zvrsit_room target)
   else()
     list(APPEND sources ${ROOM_POSIX})
   endif()
-  if(NOT sources)
-    add_library(${target} INTERFACE)
-    target_link_libraries(${target} INTERFACE zvrsit_flags ${ROOM_USES})
-    return()
-  endif()
   add_library(${target} STATIC ${sources})
   set_target_properties(${target} PROPERTIES
     POSITION_INDEPENDENT_CODE ON
@@ -42,6 +36,27 @@ function(zvrsit_room target)
     VISIBILITY_INLINES_HIDDEN ON)
   target_compile_definitions(${target} PRIVATE ZVRSIT_BUILDING INTERFACE ZVRSIT_STATIC)
   target_link_libraries(${target} PUBLIC zvrsit_flags ${ROOM_USES})
+endfunction()
+
+# zvrsit_skipped_test(<name>)
+#
+# A test that ctest calls skipped, of programs that cannot be run here.
+function(zvrsit_skipped_test name)
+  add_test(NAME ${name}
+    COMMAND "${CMAKE_COMMAND}" -E echo "SKIPPED: nothing here runs programs of Windows")
+  set_tests_properties(${name} PROPERTIES SKIP_REGULAR_EXPRESSION "SKIPPED")
+endfunction()
+
+# zvrsit_script_test(<name> <script> <argument>...)
+#
+# A test by a script. After its arguments the script gets the words that run a program of the build,
+# none where the system does.
+function(zvrsit_script_test name)
+  if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    zvrsit_skipped_test(${name})
+  else()
+    add_test(NAME ${name} COMMAND ${ARGN} ${CMAKE_CROSSCOMPILING_EMULATOR})
+  endif()
 endfunction()
 
 # zvrsit_test(<folder> SOURCES <file>... USES <target>...)
@@ -60,9 +75,7 @@ function(zvrsit_test folder)
     ZVRSIT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
   target_link_libraries(test_${name} PRIVATE ${TEST_USES} GTest::gtest_main)
   if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
-    add_test(NAME ${name}
-      COMMAND "${CMAKE_COMMAND}" -E echo "SKIPPED: nothing here runs programs of Windows")
-    set_tests_properties(${name} PROPERTIES SKIP_REGULAR_EXPRESSION "SKIPPED")
+    zvrsit_skipped_test(${name})
     return()
   endif()
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST

@@ -11,6 +11,9 @@ if(CMAKE_CROSSCOMPILING)
   list(APPEND CMAKE_MODULE_PATH "${PROJECT_SOURCE_DIR}/cmake/windows")
 endif()
 
+# The programs stand beside the library that they load.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
 # zvrsit_dll_properties(<target>)
 #
 # The file name of the library without a prefix, and its version as a resource.
@@ -25,7 +28,7 @@ endfunction()
 # Programs of the build are run through Wine where ZVRSIT_WINE32_HOME names a folder that
 # scripts/setup_wine32.sh filled.
 set(ZVRSIT_WINE32_HOME "$ENV{ZVRSIT_WINE32_HOME}" CACHE PATH "A private 32-bit Wine")
-if(CMAKE_CROSSCOMPILING AND ZVRSIT_WINE32_HOME)
+if(CMAKE_CROSSCOMPILING AND ZVRSIT_WINE32_HOME AND CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(CMAKE_CROSSCOMPILING_EMULATOR
     "${PROJECT_SOURCE_DIR}/scripts/wine32_run.sh;${ZVRSIT_WINE32_HOME}")
 endif()

@@ -1,5 +1,5 @@
-// The rebuild with a dialog of real windows: a progress bar, two texts, and a string table in the
-// resources of this program.
+// The rebuild with a dialog of real windows: a progress bar, two texts, a button, and a string
+// table in the resources of this program.
 #include <gtest/gtest.h>
 #include <windows.h>
 // The common controls need the above.
@@ -11,23 +11,46 @@
 namespace zvrsit::test {
 namespace {
 
-// What the windows were sent, and which of them are whose.
-struct Windows {
-  DialogNotes notes;
-  HWND bar = nullptr, status = nullptr;
+// A text window of the system.
+struct Label : CWnd {
+  void SetWindowTextA(const char* text) override { ::SetWindowTextA(handle, text); }
+  std::string Text() const {
+    char text[MAX_PATH] = {};
+    ::GetWindowTextA(handle, text, sizeof text);
+    return text;
+  }
+  HWND handle = nullptr;
 };
-Windows* windows;
+
+// What the windows are sent, a line each; at the line numbered `pressAt` the user presses Cancel.
+struct Dialog : DialogNotes {
+  Label status, file;
+  HWND frame = nullptr, button = nullptr;
+  std::size_t pressAt = 0;
+};
+Dialog* dialog = nullptr;
 WNDPROC barProcedure, textProcedure;
 
+// The message loop of the application, which its dialog runs whenever it is told something.
+void HandleWhatTheUserDid() {
+  if (dialog->lines.size() == dialog->pressAt) ::PostMessageA(dialog->button, BM_CLICK, 0, 0);
+  MSG message;
+  while (::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) ::DispatchMessageA(&message);
+}
+
 LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  if (window == windows->bar && (message == PBM_SETRANGE || message == PBM_SETPOS)) {
-    windows->notes.AddMessage(message, wParam, lParam);
-  } else if (window != windows->bar && message == WM_SETTEXT) {
-    const char* text = reinterpret_cast<const char*>(lParam);
-    windows->notes.Add((window == windows->status ? "status " : "file ") + std::string(text));
+  const bool isBar = window == dialog->dialog.progressBar;
+  if (isBar && (message == PBM_SETRANGE || message == PBM_SETPOS)) {
+    dialog->AddMessage(message, wParam, lParam);
+    HandleWhatTheUserDid();
+  } else if (!isBar && window != dialog->frame && message == WM_SETTEXT) {
+    const std::string prefix = window == dialog->status.handle ? "status " : "file ";
+    dialog->Add(prefix + reinterpret_cast<const char*>(lParam));
+    HandleWhatTheUserDid();
+  } else if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
+    dialog->dialog.cancel = 1;
   }
-  const WNDPROC before = window == windows->bar ? barProcedure : textProcedure;
-  return ::CallWindowProcA(before, window, message, wParam, lParam);
+  return ::CallWindowProcA(isBar ? barProcedure : textProcedure, window, message, wParam, lParam);
 }
 
 WNDPROC Watch(HWND window) {
@@ -35,79 +58,81 @@ WNDPROC Watch(HWND window) {
       ::SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&OnMessage)));
 }
 
-// A text control in the application's framework.
-struct TextControl : CWnd {
-  void SetWindowTextA(const char* text) override { ::SetWindowTextA(handle, text); }
-  HWND handle = nullptr;
-};
-
 class RealDialog : public testing::Test {
  protected:
   RealDialog() {
     const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_PROGRESS_CLASS};
     ::InitCommonControlsEx(&controls);
-    frame_ = ::CreateWindowExA(0, "STATIC", "Rebuild", WS_OVERLAPPEDWINDOW, 0, 0, 300, 100, nullptr,
-                               nullptr, nullptr, nullptr);
-    windows = &windows_;
-    windows_.bar = Child(PROGRESS_CLASSA, 0);
-    windows_.status = Child("STATIC", 20);
-    file_.handle = Child("STATIC", 40);
-    status_.handle = windows_.status;
-    barProcedure = Watch(windows_.bar);
-    textProcedure = Watch(windows_.status);
-    Watch(file_.handle);
-    notes().dialog.progressBar = windows_.bar;
-    notes().dialog.statusText = &status_;
-    notes().dialog.fileNameText = &file_;
+    dialog = &dialog_;
+    dialog_.frame = ::CreateWindowExA(0, "STATIC", "Rebuild", WS_OVERLAPPEDWINDOW, 0, 0, 300, 100,
+                                      nullptr, nullptr, nullptr, nullptr);
+    dialog_.dialog.progressBar = Child(PROGRESS_CLASSA, 0);
+    dialog_.status.handle = Child("STATIC", 20);
+    dialog_.file.handle = Child("STATIC", 40);
+    dialog_.button = Child("BUTTON", 60, IDCANCEL);
+    barProcedure = Watch(dialog_.dialog.progressBar);
+    textProcedure = Watch(dialog_.status.handle);
+    Watch(dialog_.file.handle);
+    Watch(dialog_.frame);
+    dialog_.dialog.statusText = &dialog_.status;
+    dialog_.dialog.fileNameText = &dialog_.file;
     platform::SetTextShower([](CWnd* window, const char* text) { window->SetWindowTextA(text); });
   }
   ~RealDialog() override {
     platform::SetTextShower(nullptr);
-    ::DestroyWindow(frame_);
+    ::DestroyWindow(dialog_.frame);
   }
 
   void SetUp() override {
-    ASSERT_NE(file_.handle, nullptr);
+    ASSERT_NE(dialog_.button, nullptr);
     site_.write("a.html", "<title>A</title>");
     site_.write("b.gif", "");
     site_.write("c.css", "");
     ASSERT_EQ(site_.Open(), 0);
   }
 
-  HWND Child(const char* kind, int top) {
-    return ::CreateWindowExA(0, kind, "", WS_CHILD, 0, top, 300, 20, frame_, nullptr, nullptr,
-                             nullptr);
+  HWND Child(const char* kind, int top, INT_PTR id = 0) {
+    return ::CreateWindowExA(0, kind, "", WS_CHILD, 0, top, 300, 20, dialog_.frame,
+                             reinterpret_cast<HMENU>(id), nullptr, nullptr);
   }
 
-  DialogNotes& notes() { return windows_.notes; }
-
-  Windows windows_;
-  HWND frame_;
-  TextControl status_, file_;
+  Dialog dialog_;
   TestSite site_;
 };
 
 TEST_F(RealDialog, IsToldEveryStepInTheOrderOfTheRebuild) {
-  ASSERT_EQ(site_.mgr->SiteRebuildDB(1, &notes().dialog), 0);
-  EXPECT_EQ(site_.mgr->GetSiteProfRebuildState(), 2);
-  EXPECT_EQ(
-      notes().lines,
-      (std::vector<std::string>{
-          "401 0 640000", "402 5", "status Reading folders", "402 10", "status Reading folders",
-          "402 15", "status Reading links", "402 15", "file " + site_.path("a.html"), "402 35",
-          "file ", "402 55", "file " + site_.path("c.css"), "402 75",
-          "file " + site_.path("index.html"), "file ", "status Links are read", "402 100"}));
-  EXPECT_EQ(::SendMessageA(windows_.bar, PBM_GETPOS, 0, 0), 100);
-  char text[64] = {};
-  ::GetWindowTextA(windows_.status, text, sizeof text);
-  EXPECT_STREQ(text, "Links are read");
+  for (const int complete : {1, 0}) {
+    dialog_.lines.clear();
+    ASSERT_EQ(site_.mgr->SiteRebuildDB(complete, &dialog_.dialog), 0);
+    EXPECT_EQ(site_.mgr->GetSiteProfRebuildState(), 2);
+    EXPECT_EQ(
+        dialog_.lines,
+        (std::vector<std::string>{
+            "401 0 640000", "402 5", "status Reading folders", "402 10", "status Reading folders",
+            "402 15", "status Reading links", "402 15", "file " + site_.path("a.html"), "402 35",
+            "file ", "402 55", "file " + site_.path("c.css"), "402 75",
+            "file " + site_.path("index.html"), "file ", "status Links are read", "402 100"}));
+    EXPECT_EQ(::SendMessageA(dialog_.dialog.progressBar, PBM_GETPOS, 0, 0), 100);
+    EXPECT_EQ(dialog_.status.Text(), "Links are read");
+    EXPECT_EQ(dialog_.file.Text(), "");
+  }
 }
 
-TEST_F(RealDialog, CancelInTheMiddleEndsTheRebuildAsFailed) {
-  notes().cancelAt = 10;
-  EXPECT_EQ(site_.mgr->SiteRebuildDB(1, &notes().dialog), 0);
-  EXPECT_EQ(site_.mgr->GetSiteProfRebuildState(), 1);
-  EXPECT_LT(notes().lines.size(), 13u);
+// Whichever of the messages the button is pressed at, up to the last page, the rebuild stops there.
+TEST_F(RealDialog, PressingCancelEndsTheRebuildAsFailed) {
+  for (std::size_t at = 1; at <= 14; ++at) {
+    dialog_.lines.clear();
+    dialog_.dialog.cancel = 0;
+    dialog_.pressAt = at;
+    EXPECT_EQ(site_.mgr->SiteRebuildDB(1, &dialog_.dialog), 0);
+    EXPECT_EQ(dialog_.dialog.cancel, 1);
+    EXPECT_EQ(site_.mgr->GetSiteProfRebuildState(), 1) << at;
+    EXPECT_LT(dialog_.lines.size(), 18u) << at;
+  }
+  dialog_.dialog.cancel = 0;
+  dialog_.pressAt = 0;
+  EXPECT_EQ(site_.mgr->SiteRebuildDB(1, &dialog_.dialog), 0);
+  EXPECT_EQ(site_.mgr->GetSiteProfRebuildState(), 2);
 }
 
 }  // namespace
