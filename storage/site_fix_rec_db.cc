@@ -106,19 +106,16 @@ int SiteFixRecDB::ReadSlot(int id, SlotBuffer& slot) {
   return offset < 0 ? -1 : ReadSlotAt(offset, slot);
 }
 
-int SiteFixRecDB::AddSlot(SiteBaseRec* record, Serializer serialize) {
-  if (!isOpen() || recordLength < 1 || serialize == nullptr) return -1;
+int SiteFixRecDB::AddSlot(SiteBaseRec* record, const Writer& writer) {
+  if (!isOpen() || recordLength < 1 || writer.serialize == nullptr) return -1;
   const int id = ChooseId();
   if (id >= kMostIds) return -1;
   if (id == headerWord1) slotIndex.Grow(static_cast<std::size_t>(++headerWord1));
-  SlotBuffer slot(recordLength);
-  if (slot.data() == nullptr) return -1;
-  record->id = id;
-  serialize(*record, slot.data());
   const std::int64_t offset = std::int64_t{recordLength} * headerWord2 + kHeaderSize;
+  record->id = id;
   if (offset > std::numeric_limits<std::int32_t>::max()) return -1;
   const auto at = static_cast<std::int32_t>(offset);
-  if (WriteAt(slot.data(), at, recordLength) != recordLength) return -1;
+  if (WriteSlot(at, *record, writer) < 0) return -1;
   slotIndex.slot(static_cast<std::size_t>(id)) = at;
   if (!freed_.empty() && freed_.top() == id) freed_.pop();
   ++live_;
@@ -136,20 +133,36 @@ int SiteFixRecDB::ChooseId() {
   return cursor_ < limit ? cursor_ : headerWord1;
 }
 
+// The two words lie side by side.
 int SiteFixRecDB::WriteCounts() {
+  if (char* const counts = ChangeBytes(kIdCountAt, kHeaderSize - kIdCountAt)) {
+    StoreLE32(counts, headerWord1);
+    StoreLE32(counts + 4, headerWord2);
+    return 0;
+  }
   char words[8];
   StoreLE32(words, headerWord1);
   StoreLE32(words + 4, headerWord2);
   return WriteAt(words, kIdCountAt, 4) == 4 && WriteAt(words + 4, kSlotCountAt, 4) == 4 ? 0 : -1;
 }
 
-int SiteFixRecDB::UpdateSlot(const SiteBaseRec& record, Serializer serialize) {
-  if (!isOpen() || serialize == nullptr) return -1;
+int SiteFixRecDB::UpdateSlot(const SiteBaseRec& record, const Writer& writer) {
+  if (!isOpen() || writer.serialize == nullptr) return -1;
+  const int offset = SlotOffset(record.id);
+  return offset < 0 ? -1 : WriteSlot(offset, record, writer);
+}
+
+// In place where the file is in memory and the slot has room for all words of the class.
+int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer) {
+  char* const place = recordLength >= writer.slotLength ? MakeRoom(offset, recordLength) : nullptr;
+  if (place != nullptr) {
+    std::memset(place, 0, static_cast<std::size_t>(recordLength));
+    writer.serialize(record, place);
+    return 0;
+  }
   SlotBuffer slot(recordLength);
   if (slot.data() == nullptr) return -1;
-  serialize(record, slot.data());
-  const int offset = SlotOffset(record.id);
-  if (offset < 0) return -1;
+  writer.serialize(record, slot.data());
   return WriteAt(slot.data(), offset, recordLength) == recordLength ? 0 : -1;
 }
 

@@ -39,12 +39,12 @@ class SiteFixRecDB : public SiteDB {
   // out again only after a Pack, and only below the slot count, on purpose.
   template <class Rec>
   int Add(Rec* record) {
-    return record == nullptr ? -1 : AddSlot(record, SerializerFor<Rec>());
+    return record == nullptr ? -1 : AddSlot(record, WriterFor<Rec>());
   }
   // Writes the record to the slot of its id; 0 or -1.
   template <class Rec>
   int Update(const Rec* record) {
-    return record == nullptr ? -1 : UpdateSlot(*record, SerializerFor<Rec>());
+    return record == nullptr ? -1 : UpdateSlot(*record, WriterFor<Rec>());
   }
   // Reads the record `id`; 0 or -1. `Rec` is the file's class or one that it derives from, which
   // then gets the words that it has. Number 0 of a file that has handed out none throws
@@ -116,17 +116,24 @@ class SiteFixRecDB : public SiteDB {
     std::unique_ptr<char[]> large_;
     char* data_;
   };
-  using Serializer = int (*)(const SiteBaseRec& record, void* slot);
+  // How a record of one class is written to a slot of at least that length.
+  struct Writer {
+    int (*serialize)(const SiteBaseRec& record, void* slot);
+    int slotLength;
+  };
 
+  // One without a function where records of that class cannot be written.
   template <class Rec>
-  Serializer SerializerFor() const {
+  Writer WriterFor() const {
     if (recordType == Rec::kRecordType) {
-      return [](const SiteBaseRec& record, void* slot) {
-        return static_cast<const Rec&>(record).Serialize(slot);
-      };
+      return {[](const SiteBaseRec& record, void* slot) {
+                return static_cast<const Rec&>(record).Serialize(slot);
+              },
+              Rec::kSlotLength};
     }
-    if (HasWords()) return nullptr;
-    return [](const SiteBaseRec& record, void* slot) { return record.Serialize(slot); };
+    if (HasWords()) return {nullptr, 0};
+    return {[](const SiteBaseRec& record, void* slot) { return record.Serialize(slot); },
+            SiteBaseRec::kSlotLength};
   }
   bool IsKnownType() const { return recordType >= 1 && recordType <= 8; }
   // Whether a record holds more than its id.
@@ -149,8 +156,9 @@ class SiteFixRecDB : public SiteDB {
   int SearchNextId(int id) const;
   bool CountsAreSound() const;
   int MakeIndex();
-  int AddSlot(SiteBaseRec* record, Serializer serialize);
-  int UpdateSlot(const SiteBaseRec& record, Serializer serialize);
+  int AddSlot(SiteBaseRec* record, const Writer& writer);
+  int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
+  int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
   int ReadSlot(int id, SlotBuffer& slot);
   int ReadSlotAt(int offset, SlotBuffer& slot);
   int ChooseId();

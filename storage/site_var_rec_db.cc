@@ -1,5 +1,6 @@
 #include "storage/site_var_rec_db.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -127,12 +128,16 @@ int SiteVarRecDB::ReadHead(int offset, Head& head) {
   return 0;
 }
 
-int SiteVarRecDB::WriteHead(int offset, const Head& head) {
-  char bytes[kHeadSize];
+void SiteVarRecDB::StoreHead(char* bytes, const Head& head) {
   StoreLE32(bytes, head.id);
   StoreLE32(bytes + 4, head.length);
   StoreLE32(bytes + 8, head.references);
   StoreLE32(bytes + 12, head.kind);
+}
+
+int SiteVarRecDB::WriteHead(int offset, const Head& head) {
+  char bytes[kHeadSize];
+  StoreHead(bytes, head);
   return WriteAt(bytes, offset, kHeadSize) == kHeadSize ? 0 : -1;
 }
 
@@ -327,6 +332,12 @@ int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
 
 int SiteVarRecDB::WriteEntry(const Head& head, std::string_view data) {
   if (IsOwnBytes(data)) return WriteEntry(head, std::string(data));
+  if (char* const entry = MakeRoom(end_, kHeadSize + head.length)) {
+    StoreHead(entry, head);
+    std::copy(data.begin(), data.end(), entry + kHeadSize);
+    if (head.kind == kString) entry[kHeadSize + data.size()] = '\0';
+    return 0;
+  }
   if (WriteHead(end_, head) < 0) return -1;
   const int at = end_ + kHeadSize;
   const int bytes = static_cast<int>(data.size());
@@ -342,7 +353,15 @@ bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
          before(data.data(), buffer.get() + size);
 }
 
+// The three words lie side by side.
 int SiteVarRecDB::WriteCounts(int newEnd) {
+  if (char* const counts = ChangeBytes(kIdCountAt, kFirstEntry - kIdCountAt)) {
+    StoreLE32(counts, headerWord1);
+    StoreLE32(counts + 4, headerWord2);
+    StoreLE32(counts + 8, newEnd);
+    end_ = endInFile_ = newEnd;
+    return 0;
+  }
   char words[8];
   StoreLE32(words, headerWord1);
   StoreLE32(words + 4, headerWord2);

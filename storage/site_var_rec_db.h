@@ -147,6 +147,7 @@ class SiteVarRecDB : public SiteDB {
 
   int ChooseId();
   int AddEntry(int kind, std::string_view data);
+  static void StoreHead(char* bytes, const Head& head);
   int WriteEntry(const Head& head, std::string_view data);
   bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
