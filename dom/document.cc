@@ -159,12 +159,14 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
   std::vector<ElementAttribute> found;
   std::uint32_t index = 0;
   Element last;
-  for (std::size_t i = 0; i < attributes_.size(); ++i) {
-    if (attributes_[i].attr != attr) continue;
+  const auto named = [attr](const AttributeRecord& record) { return record.attr == attr; };
+  for (auto at = attributes_.begin();
+       (at = std::find_if(at, attributes_.end(), named)) != attributes_.end(); ++at) {
+    const auto i = static_cast<std::size_t>(at - attributes_.begin());
     while (elements_[index + 1].firstAttribute <= i) ++index;
     const Element bearer = element(index);
     if (bearer.inTemplate() || bearer == last) continue;
-    found.push_back({bearer, {this, &attributes_[i]}});
+    found.push_back({bearer, {this, &*at}});
     last = bearer;
   }
   return found;
