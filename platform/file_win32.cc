@@ -84,6 +84,8 @@ int ErrorOfSystem() {
   switch (::GetLastError()) {
     case ERROR_ACCESS_DENIED:
     case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_WRITE_PROTECT:
       return EACCES;
     case ERROR_NOT_ENOUGH_MEMORY:
       return ENOMEM;
