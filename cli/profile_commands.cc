@@ -26,8 +26,9 @@ int RunSet(const Options& options, const std::string& name, const GivenSite& sit
 int RunRename(const Options& options, const std::string& name, const std::string& newName) {
   Session session(options, Database::kMustExist);
   ReadProfile(session, name);
+  NeedNewName(session, newName, name);
   if (session.manager().RenameSiteProf(name, newName) != 0) {
-    throw Failure(kUsage, "\"" + newName + "\" is taken or cannot be the name of a site");
+    throw Failure(kUsage, "\"" + newName + "\" cannot be the name of a site");
   }
   return Show(options, session, newName);
 }

@@ -1,13 +1,17 @@
 #include "cli/rebuild.h"
 
+#include <filesystem>
 #include <memory>
 
 #include "cli/exit_code.h"
+#include "cli/native_name.h"
 #include "cli/progress.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
 namespace {
+
+namespace fs = std::filesystem;
 
 // What the rebuild could not do; the rest of the site is as it should be.
 void NameSkipped(Session& session) {
@@ -17,11 +21,37 @@ void NameSkipped(Session& session) {
   }
 }
 
+// Keeps a rebuild out of the program's own database, where that lies in the site.
+class DatabaseLeftOut {
+ public:
+  explicit DatabaseLeftOut(Session& session) : manager_(session.manager()) {
+    std::error_code error;
+    folder_ = fs::canonical(PathOf(session.database()), error);
+    if (!error) manager_.SetIgnoreHook(&IsDatabase, this);
+  }
+  ~DatabaseLeftOut() { manager_.SetIgnoreHook(nullptr, nullptr); }
+  DatabaseLeftOut(const DatabaseLeftOut&) = delete;
+  DatabaseLeftOut& operator=(const DatabaseLeftOut&) = delete;
+
+ private:
+  static bool IsDatabase(const std::string& path, void* context) {
+    if (path.back() != '\\') return false;
+    const fs::path& database = static_cast<const DatabaseLeftOut*>(context)->folder_;
+    const fs::path folder = PathOf(NativePath(path)).parent_path();
+    std::error_code error;
+    return folder.filename() == database.filename() && fs::equivalent(folder, database, error);
+  }
+
+  SiteMgr& manager_;
+  fs::path folder_;
+};
+
 }  // namespace
 
 int RebuildSite(Session& session, bool complete) {
   SiteMgr& manager = session.manager();
   TerminalProgress progress;
+  const DatabaseLeftOut leftOut(session);
   const int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
   if (progress.cancelled()) throw Failure(kFileSystem, "interrupted before the end");
   if (stored != 0 || manager.GetSiteProfRebuildState() != 2) {

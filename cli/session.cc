@@ -40,15 +40,6 @@ void Need(bool done, const std::string& name, const std::error_code& error) {
   if (!done) throw Failure(kFileSystem, name + ": " + error.message());
 }
 
-// Calls `each` for the files in `folder`. Throws Failure(kFileSystem) when it cannot be listed.
-template <class Each>
-void ForEachFile(const std::string& folder, Each each) {
-  std::error_code error;
-  fs::directory_iterator entry(PathOf(folder), error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) each(entry->path());
-  Need(!error, folder, error);
-}
-
 // Throws Failure(kFileSystem) when the file may not be read and written.
 void NeedAccess(const fs::path& path) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
@@ -56,10 +47,11 @@ void NeedAccess(const fs::path& path) {
   Need(file != nullptr || errno == ENOENT, NameOf(path), {errno, std::generic_category()});
 }
 
+constexpr const char* kTables[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
+
 // Whether all files of a site that was rebuilt once are in `folder`.
 bool HasTables(const std::string& folder) {
-  constexpr const char* kFiles[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
-  return std::all_of(std::begin(kFiles), std::end(kFiles), [&](const char* file) {
+  return std::all_of(std::begin(kTables), std::end(kTables), [&](const char* file) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(PathOf(folder) / file, error);
     return !error && size != 0;
@@ -67,13 +59,14 @@ bool HasTables(const std::string& folder) {
 }
 
 // Makes the folder if it is missing.
-void RemoveFiles(const std::string& folder) {
-  std::error_code ignored;
-  fs::create_directory(PathOf(folder), ignored);
-  ForEachFile(folder, [](const fs::path& path) {
-    std::error_code error;
-    Need(fs::remove(path, error), NameOf(path), error);
-  });
+void RemoveTables(const std::string& folder) {
+  std::error_code error;
+  fs::create_directory(PathOf(folder), error);
+  for (const char* file : kTables) {
+    const fs::path path = PathOf(folder) / file;
+    fs::remove(path, error);
+    Need(!error, NameOf(path), error);
+  }
 }
 
 }  // namespace
@@ -180,7 +173,7 @@ bool Session::OpenTables(const std::string& name) {
   if (result != 0) throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
   if (manager_->GetPathDB() != nullptr) return true;
   manager_->SiteClose();
-  ForEachFile(FolderOfTables(), &NeedAccess);
+  for (const char* file : kTables) NeedAccess(PathOf(FolderOfTables()) / file);
   return false;
 }
 
@@ -192,7 +185,7 @@ void Session::Open(const std::string& name) {
 
 void Session::OpenToRebuild(const std::string& name) {
   if (OpenTables(name)) return;
-  RemoveFiles(FolderOfTables());
+  RemoveTables(FolderOfTables());
   manager_->SetSiteProfRebuildState(0, manager_->FindSiteProf(name));
   Warn(FolderOfTables() + ": a table of the site was damaged; all are made anew");
   Open(name);

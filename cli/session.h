@@ -34,6 +34,7 @@ class Session {
   Session& operator=(const Session&) = delete;
 
   SiteMgr& manager() { return *manager_; }
+  const std::string& database() const { return database_; }  // its native folder
 
   // Opens the site `name`. Throws Failure: kUsage when there is none of that name, kFileSystem
   // when its folder or top file is gone or a table may not be read and written, kDatabase when its

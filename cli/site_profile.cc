@@ -61,16 +61,6 @@ bool EqualButForCase(const std::string& a, const std::string& b) {
   });
 }
 
-// Throws Failure(kUsage) when a site has this name, in whatever letter case: their folders would
-// be one where the system does not tell.
-void NeedNewName(Session& session, const std::string& name) {
-  for (const std::string& taken : TakeList(session.manager().EnumSiteProf())) {
-    if (EqualButForCase(taken, name)) {
-      throw Failure(kUsage, "there is a site named \"" + taken + "\" already");
-    }
-  }
-}
-
 // Moves `path` along when it lies below the folder that moved.
 void Rebase(std::string& path, const std::string& from, const std::string& to) {
   if (!from.empty() && path.starts_with(from)) path = to + path.substr(from.size());
@@ -141,8 +131,23 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
   return profile;
 }
 
+void NeedNewName(Session& session, const std::string& name, const std::string& except) {
+  for (const char* own : {"legacy", "lock", "sites.R", "sites.S", "servers.R", "servers.S"}) {
+    if (EqualButForCase(own, name)) {
+      throw Failure(kUsage, "\"" + name +
+                                "\" cannot be the name of a site: the database has a file "
+                                "or folder of that name");
+    }
+  }
+  for (const std::string& taken : TakeList(session.manager().EnumSiteProf())) {
+    if (taken != except && EqualButForCase(taken, name)) {
+      throw Failure(kUsage, "there is a site named \"" + taken + "\" already");
+    }
+  }
+}
+
 void AddSite(Session& session, const std::string& name, const GivenSite& site) {
-  NeedNewName(session, name);
+  NeedNewName(session, name, "");
   if (session.manager().SetSiteProf(name, NewProfile(session, site)) < 0) {
     throw Failure(kUsage, "\"" + name + "\" cannot be the name of a site: not every system could " +
                               "have a folder of that name");

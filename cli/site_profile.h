@@ -33,6 +33,9 @@ void AddSiteOptions(CLI::App& command, GivenSite& site);
 // web unless given, and the home page is looked for. Throws Failure(kFileSystem) when a folder or
 // the top file is not there.
 SiteProfile NewProfile(Session& session, const GivenSite& site);
+// Throws Failure(kUsage) when the database has a file of its own by this name, or a site other than
+// `except`, in whatever letter case: some systems would take their folders for one.
+void NeedNewName(Session& session, const std::string& name, const std::string& except);
 // Stores it; throws Failure(kUsage) too, when the name is not allowed or taken.
 void AddSite(Session& session, const std::string& name, const GivenSite& site);
 // Changes what is given. Where the folder changes, what lay below it moves along, and the tables

@@ -138,6 +138,21 @@ TEST(BadInput, PagesOfEveryShape) {
   EXPECT_EQ(longest, std::string("last.html?").size() + (1 << 20));
 }
 
+// The program's own database is no part of a site that it lies in.
+TEST(BadInput, ADatabaseInTheSite) {
+  const Program program;
+  program.Page("index.html", "");
+  program.Page("db/index.html", "");
+  const std::string site = program.folder.native("site");
+  const Words db{"--db", site + "/in/db", "--format", "json"};
+  const auto run = [&](Words words) {
+    words.insert(words.end(), db.begin(), db.end());
+    return Process(program.folder, words).Wait().json();
+  };
+  run({"add", "demo", site});
+  EXPECT_EQ(run({"rebuild", "demo"})["files"], 2);
+}
+
 // Whatever is checked, and however it ends, no temporary database is left.
 TEST(BadInput, ACheckLeavesNothingBehind) {
   const Program program;

@@ -34,6 +34,7 @@ TEST(Commands, SayInOneLineWhatIsWrong) {
       {{"links", "demo", "--to", "http://nix/"}, 2, "URL"},
       {{"add", "demo", site}, 2, "demo"},
       {{"add", "DEMO", site}, 2, "demo"},
+      {{"add", "Legacy", site}, 2, "Legacy"},
       {{"add", "..", site}, 2, ".."},
       {{"add", "a/b", site}, 2, "a/b"},
       {{"add", "", site}, 2, "name"},
