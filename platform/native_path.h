@@ -11,6 +11,13 @@
 
 namespace zvrsit::platform {
 
+// Whether names that differ in letter case alone are one file.
+#if defined(_WIN32)
+inline constexpr bool kNamesIgnoreCase = true;
+#else
+inline constexpr bool kNamesIgnoreCase = false;
+#endif
+
 // Maps drive `letter` (any case) to a native folder; an empty folder takes the mapping away.
 ZVRSIT_API void SetDriveFolder(char letter, const std::string& nativeFolder);
 

@@ -2,7 +2,21 @@
 
 #include <utility>
 
+#include "platform/native_path.h"
+#include "util/mb_string.h"
+
 namespace zvrsit {
+namespace {
+
+bool IsOneFile(std::string path, std::string other) {
+  if (platform::kNamesIgnoreCase) {
+    ToLowerMB(path);
+    ToLowerMB(other);
+  }
+  return path == other;
+}
+
+}  // namespace
 
 SiteTable::~SiteTable() = default;
 
@@ -14,7 +28,7 @@ std::string SiteTable::StringPath(const std::string& path) {
 
 int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordType,
                          bool wholeFile) {
-  if (path.empty() || wasOpened_) return -1;
+  if (path.empty() || wasOpened_ || IsOneFile(path, StringPath(path))) return -1;
   records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
   strings_ = std::make_unique<SiteVarRecDB>(StringPath(path), wholeFile);
   wasOpened_ = records_->Open() == 0 && strings_->Open() == 0;

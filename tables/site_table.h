@@ -51,7 +51,8 @@ class SiteTable {
   bool isOpen() const {
     return records_ != nullptr && records_->isOpen() && strings_ != nullptr && strings_->isOpen();
   }
-  // Makes and opens both files, the record file first; 0 or -1, which leaves none.
+  // Makes and opens both files, the record file first; 0 or -1, which leaves none. A path whose
+  // string file would be the record file itself is refused.
   int OpenFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
   void DropFiles();
   bool wasOpened() const { return wasOpened_; }

@@ -126,6 +126,14 @@ TEST(ProfileModes, AGoodOpenIsBackedUpAndABadOneRestored) {
   EXPECT_GT(folder.read("sites.R_bak").size(), 24u);
 }
 
+TEST(ProfileModes, AFileThatWouldHoldItsOwnStringsIsRefused) {
+  const TempFolder folder;
+  SiteSiteProfDB same, butForCase;
+  EXPECT_EQ(same.Open(folder.path("siteS"), kOpenPlain), -1);
+  EXPECT_FALSE(folder.has("siteS"));
+  EXPECT_EQ(butForCase.Open(folder.path("sites"), kOpenPlain), platform::kNamesIgnoreCase ? -1 : 0);
+}
+
 TEST(ServerProfiles, KeepPasswordsScrambled) {
   for (const bool wholeFile : {true, false}) {
     TempFolder folder;
