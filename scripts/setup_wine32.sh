@@ -1,32 +1,89 @@
 #!/usr/bin/env bash
-# Private 32-bit Wine in $1 (no foreign architecture, no dpkg change but libc6-i386).
-# Last line: "wine32: ready" (exit 0) or "wine32: SKIPPED (why)" (exit 77).
+# Puts a private 32-bit Wine into a folder:  setup_wine32.sh FOLDER
+#
+# Its packages are unpacked there, not installed: the machine needs no foreign architecture, and gets
+# libc6-i386 and locales only. The last line is "wine32: ready" (exit 0) or "wine32: SKIPPED (why)"
+# (exit 77); a folder that is ready is left as it is.
 set -uo pipefail
-W=${1:?folder}; R=$W/root; S=bookworm
-mkdir -p "$W" && W=$(cd "$W" && pwd) && R=$W/root
-skip() { echo "wine32: SKIPPED ($1)"; exit 77; }
-[ -e "$W/ok" ] && { echo "wine32: ready"; exit 0; }
-dpkg -s libc6-i386 locales >/dev/null 2>&1 || apt-get -o DPkg::Lock::Timeout=300 install -y -qq --no-install-recommends libc6-i386 locales >/dev/null || skip "no libc6-i386/locales"
-URI=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $S" 'Component: main' | head -1)
-[ -n "$URI" ] || skip "no $S main suite configured"
-mkdir -p "$W"/apt/{state/lists/partial,cache/archives/partial} "$W/debs" "$R"; : > "$W/apt/status"
-echo "deb [arch=i386 signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $URI $S main" > "$W/apt/sources.list"
-A=(-o Dir::State="$W/apt/state" -o Dir::State::status="$W/apt/status" -o Dir::Cache="$W/apt/cache"
-   -o Dir::Etc::sourcelist="$W/apt/sources.list" -o Dir::Etc::sourceparts=/dev/null
-   -o Dir::Etc::preferences=/dev/null -o Dir::Etc::preferencesparts=/dev/null
-   -o APT::Architecture=i386 -o APT::Architectures=i386 -o APT::Sandbox::User=root
-   -o Acquire::Languages=none -o Acquire::Retries=3)
-for t in 1 2 3; do apt-get "${A[@]}" -qq update 2>"$W/apt/err" && break; [ $t = 3 ] && skip "i386 index not to be had"; sleep 10; done
-(cd "$W/debs" && apt-get "${A[@]}" -qq download wine32 libwine libz-mingw-w64 libfreetype6 libfontconfig1 libexpat1 libpng16-16 libbrotli1 zlib1g) 2>"$W/apt/err" || skip "i386 packages not to be had"
-for d in "$W"/debs/*.deb; do dpkg -x "$d" "$R" || skip "unpack $d"; done
-# what libwine's postinst does: mark zlib1.dll as a Wine builtin
-i=$R/usr/i686-w64-mingw32/lib/zlib1.dll o=$R/usr/lib/i386-linux-gnu/wine/i386-windows/zlib1.dll
-{ head -c 64 "$i"; printf 'Wine builtin DLL\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0'; tail -c +97 "$i"; } > "$o" || skip "zlib1.dll"
-# Debian's wrapper script names /usr/lib/wine/wineserver* by absolute path
-ln -sf wineserver32 "$R/usr/lib/wine/wineserver"
-mkdir -p "$W/locale" && { [ -d "$W/locale/ja_JP.UTF-8" ] || localedef -i ja_JP -f UTF-8 "$W/locale/ja_JP.UTF-8"; } || skip localedef
-rm -rf "$W/debs" "$W/apt"
-timeout -k 5 180 unshare --pid --fork --mount-proc --kill-child bash -c '
-  w=$0; rm -rf "$1"/prefix; "$w" "$1" wineboot -i && "$w" "$1" reg add "HKCU\Software\Wine\Drivers" /v Graphics /d null /f && "$w" "$1" --server -w' \
-  "$(dirname "$(readlink -f "$0")")/wine32_run.sh" "$W" >"$W/boot.log" 2>&1 || skip "wineboot failed, see $W/boot.log"
-touch "$W/ok"; echo "wine32: ready"
+scripts=$(cd "$(dirname "$0")" && pwd)
+. "$scripts/packages.sh"
+
+mkdir -p "${1:?folder}"
+home=$(cd "$1" && pwd)
+root=$home/root
+suite=bookworm
+packages=(wine32 libwine libz-mingw-w64 libfreetype6 libfontconfig1 libexpat1 libpng16-16 libbrotli1
+  zlib1g)
+
+skip() {
+  echo "wine32: SKIPPED ($1)"
+  exit 77
+}
+
+# Downloads the packages of the other architecture with an apt of our own: lists, cache and
+# sources below the folder.
+download() {
+  local uri apt=$home/apt
+  uri=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $suite" \
+    'Component: main' | head -n 1)
+  [ -n "$uri" ] || skip "no main suite of $suite is configured"
+  mkdir -p "$apt"/{state/lists/partial,cache/archives/partial} "$home/debs"
+  : >"$apt/status"
+  echo "deb [arch=i386 signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $uri $suite main" \
+    >"$apt/sources.list"
+  local own=(-qq -o Dir::State="$apt/state" -o Dir::State::status="$apt/status"
+    -o Dir::Cache="$apt/cache" -o Dir::Etc::sourcelist="$apt/sources.list"
+    -o Dir::Etc::sourceparts=/dev/null -o Dir::Etc::preferences=/dev/null
+    -o Dir::Etc::preferencesparts=/dev/null -o APT::Architecture=i386
+    -o APT::Architectures=i386 -o APT::Sandbox::User=root -o Acquire::Languages=none
+    -o Acquire::Retries=3)
+  apt-get "${own[@]}" update || { sleep 10 && apt-get "${own[@]}" update; } ||
+    skip "the package index of i386 is not to be had"
+  (cd "$home/debs" && apt-get "${own[@]}" download "${packages[@]}") ||
+    skip "the packages of i386 are not to be had"
+}
+
+unpack() {
+  local package
+  for package in "$home"/debs/*.deb; do
+    dpkg -x "$package" "$root" || skip "$package cannot be unpacked"
+  done
+  # As the package would when it is installed: zlib1.dll is marked as one of Wine's own.
+  local from=$root/usr/i686-w64-mingw32/lib/zlib1.dll
+  local to=$root/usr/lib/i386-linux-gnu/wine/i386-windows/zlib1.dll
+  {
+    head -c 64 "$from"
+    printf 'Wine builtin DLL\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0'
+    tail -c +97 "$from"
+  } >"$to" || skip "zlib1.dll cannot be marked"
+  ln -sf wineserver32 "$root/usr/lib/wine/wineserver"
+}
+
+# The locale gives Wine its code page, 932.
+make_locale() {
+  mkdir -p "$home/locale"
+  [ -d "$home/locale/ja_JP.UTF-8" ] || localedef -i ja_JP -f UTF-8 "$home/locale/ja_JP.UTF-8" ||
+    skip "there is no Japanese locale"
+}
+
+# Windows as they are made there, with a screen that nobody sees.
+boot() {
+  rm -rf "$home/prefix"
+  timeout -k 5 180 unshare --pid --fork --mount-proc --kill-child bash -c '
+    "$0" "$1" wineboot -i &&
+    "$0" "$1" reg add "HKCU\Software\Wine\Drivers" /v Graphics /d null /f &&
+    "$0" "$1" --server -w' "$scripts/wine32_run.sh" "$home" >"$home/boot.log" 2>&1 ||
+    skip "it does not start, see $home/boot.log"
+}
+
+if [ ! -e "$home/ready" ]; then
+  require_packages libc6-i386 locales || skip "libc6-i386 and locales cannot be installed"
+  rm -rf "$root" "$home/debs"
+  download
+  unpack
+  make_locale
+  boot
+  rm -rf "$home/debs" "$home/apt"
+  touch "$home/ready"
+fi
+echo "wine32: ready"
