@@ -12,6 +12,7 @@
 #include "links/extractor.h"
 #include "links/target_resolver.h"
 #include "manager/base/operation_memo.h"
+#include "platform/large_memory.h"
 #include "storage/probe_table.h"
 #include "tables/site_link_db.h"
 #include "util/url_id.h"
@@ -64,7 +65,7 @@ class TargetMemo {
   ProbeTable<Entry> entries_;
   ProbeTable<TextEntry> texts_;
   std::uint32_t releases_ = 0;  // of the link table when texts_ was begun
-  std::string bytes_;
+  std::basic_string<char, std::char_traits<char>, platform::LargeAllocator<char>> bytes_;
   std::string key_;  // scratch
 };
 
