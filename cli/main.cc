@@ -110,6 +110,5 @@ int Main(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   zvrsit::cli::OccupyStandardStreams();
-  const zvrsit::cli::AnsiConsole console;
-  return zvrsit::cli::Main(argc, argv);
+  return zvrsit::cli::InAnsiConsole([&] { return zvrsit::cli::Main(argc, argv); });
 }

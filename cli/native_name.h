@@ -4,6 +4,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace zvrsit::cli {
@@ -18,17 +19,8 @@ std::string NarrowText(const std::string& utf8);
 // The path with the letter case of the disk, where the system finds a file by any; else `path`.
 std::filesystem::path AsOnDisk(const std::filesystem::path& path);
 
-// While it lives, a console shows and takes the bytes of the ANSI code page.
-class AnsiConsole {
- public:
-  AnsiConsole();
-  ~AnsiConsole();
-  AnsiConsole(const AnsiConsole&) = delete;
-  AnsiConsole& operator=(const AnsiConsole&) = delete;
-
- private:
-  unsigned input_ = 0;
-  unsigned output_ = 0;
-};
+// Runs the program with a console, if there is one, that shows and takes the bytes of the ANSI code
+// page; its result.
+int InAnsiConsole(const std::function<int()>& program);
 
 }  // namespace zvrsit::cli

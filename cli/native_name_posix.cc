@@ -15,7 +15,8 @@ std::filesystem::path AsOnDisk(const std::filesystem::path& path) {
   return path;
 }
 
-AnsiConsole::AnsiConsole() = default;
-AnsiConsole::~AnsiConsole() = default;
+int InAnsiConsole(const std::function<int()>& program) {
+  return program();
+}
 
 }  // namespace zvrsit::cli

@@ -43,13 +43,15 @@ std::filesystem::path AsOnDisk(const std::filesystem::path& path) {
   return spelled;
 }
 
-AnsiConsole::AnsiConsole() : input_(GetConsoleCP()), output_(GetConsoleOutputCP()) {
+int InAnsiConsole(const std::function<int()>& program) {
+  const UINT input = GetConsoleCP();
+  const UINT output = GetConsoleOutputCP();
   SetConsoleCP(GetACP());
   SetConsoleOutputCP(GetACP());
-}
-AnsiConsole::~AnsiConsole() {
-  if (input_ != 0) SetConsoleCP(input_);
-  if (output_ != 0) SetConsoleOutputCP(output_);
+  const int code = program();
+  if (input != 0) SetConsoleCP(input);
+  if (output != 0) SetConsoleOutputCP(output);
+  return code;
 }
 
 }  // namespace zvrsit::cli

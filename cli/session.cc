@@ -90,7 +90,7 @@ std::string FolderPath(const std::string& native) {
 }
 
 std::string PathBelow(const std::string& folder, const std::string& native) {
-  const std::string path = AbsolutePath(native);
+  std::string path = AbsolutePath(native);
   if (path.starts_with(folder)) return path;
   const fs::path site = PathOf(NativePath(folder));
   std::error_code error;

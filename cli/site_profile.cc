@@ -50,7 +50,7 @@ std::string TopPath(const fs::path& folder, const fs::path& top) {
   if (!fs::is_regular_file(path, error)) {
     throw Failure(kFileSystem, NameOf(path) + ": no such file");
   }
-  const std::string below = PathBelow(FolderPath(NameOf(folder)), NameOf(path));
+  std::string below = PathBelow(FolderPath(NameOf(folder)), NameOf(path));
   if (below.empty()) throw Failure(kUsage, NameOf(path) + ": this file lies outside of the site");
   return below;
 }
