@@ -118,16 +118,16 @@ TEST_F(RealDialog, IsToldEveryStepInTheOrderOfTheRebuild) {
   }
 }
 
-// Whichever of the messages the button is pressed at, up to the last page, the rebuild stops there.
+// Whichever of the messages before the last page the button is pressed at, the rebuild stops there.
 TEST_F(RealDialog, PressingCancelEndsTheRebuildAsFailed) {
-  for (std::size_t at = 1; at <= 14; ++at) {
+  for (std::size_t at = 1; at <= 13; ++at) {
     dialog_.lines.clear();
     dialog_.dialog.cancel = 0;
     dialog_.pressAt = at;
     EXPECT_EQ(site_.mgr->SiteRebuildDB(1, &dialog_.dialog), 0);
     EXPECT_EQ(dialog_.dialog.cancel, 1);
     EXPECT_EQ(site_.mgr->GetSiteProfRebuildState(), 1) << at;
-    EXPECT_LT(dialog_.lines.size(), 18u) << at;
+    EXPECT_LE(dialog_.lines.size(), at + 3) << at;
   }
   dialog_.dialog.cancel = 0;
   dialog_.pressAt = 0;
