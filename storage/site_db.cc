@@ -284,7 +284,8 @@ char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {
 bool SiteDB::Reserve(std::uint32_t end) {
   if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
   if (end <= buffer.length()) return true;
-  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2));
+  // A process of 32 bits may have room for what is needed, but not for twice of what there is.
+  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2)) || buffer.Grow(capacity);
 }
 
 std::int64_t SiteDB::Length() const {
