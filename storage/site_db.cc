@@ -1,6 +1,7 @@
 #include "storage/site_db.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -19,6 +20,7 @@ constexpr int kWord1 = 16;
 constexpr int kWord2 = 20;
 constexpr std::uint32_t kStep = 4096;
 constexpr std::uint32_t kSmallFile = 1 << 20;
+constexpr std::chrono::seconds kCoarsestFileTime(2);
 constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
 // Copies all of an open file of `size` bytes; the number of bytes written or -1.
@@ -85,10 +87,14 @@ int SiteDB::OpenWhole() {
   return 0;
 }
 
-// The image is what the file has now. A small file is written whole all the same.
+// The image is what the file has now. A small file is written whole all the same, and so is one
+// that was written a moment ago: another change could get the same time.
 void SiteDB::FollowChanges(const platform::FileStat& onDisk) {
+  const std::chrono::nanoseconds written(onDisk.modificationNanoseconds);
+  const bool isSettled =
+      std::chrono::system_clock::now().time_since_epoch() - written > kCoarsestFileTime;
   onDisk_ = onDisk;
-  changed_.Follow(onDisk.size == size && size >= kSmallFile ? size : 0);
+  changed_.Follow(isSettled && onDisk.size == size && size >= kSmallFile ? size : 0);
 }
 
 // Whether nobody else has written the file since.
@@ -242,8 +248,6 @@ int SiteDB::Flush() {
   if (!dirty) return 0;
   if (WriteImage() < 0) return -1;
   dirty = false;
-  platform::FileStat written;
-  if (size >= kSmallFile && platform::StatOpen(fd, written) == 0) FollowChanges(written);
   return 0;
 }
 
