@@ -93,6 +93,9 @@ int Main(int argc, char** argv) {
       "Every command takes --db and --format too, and tells more with --help.\n"
       "Exit codes: 0 clean, 1 findings (check, broken), 2 usage, 3 database, 4 file system.");
   AddCommands(app, options, run);
+  if (!AreArgumentsWhole()) {
+    return Complain("an argument holds a character that the code page of the system lacks", kUsage);
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {

@@ -19,6 +19,10 @@ std::string NarrowText(const std::string& utf8);
 // The path with the letter case of the disk, where the system finds a file by any; else `path`.
 std::filesystem::path AsOnDisk(const std::filesystem::path& path);
 
+// Whether every argument of this process came as it was given. On Windows the C runtime puts a
+// look-alike in the place of a character that the code page lacks: another file's name, perhaps.
+bool AreArgumentsWhole();
+
 // Runs the program with a console, if there is one, that shows and takes the bytes of the ANSI code
 // page; its result.
 int InAnsiConsole(const std::function<int()>& program);

@@ -15,6 +15,9 @@ std::filesystem::path AsOnDisk(const std::filesystem::path& path) {
   return path;
 }
 
+bool AreArgumentsWhole() {
+  return true;
+}
 int InAnsiConsole(const std::function<int()>& program) {
   return program();
 }

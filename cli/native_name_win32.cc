@@ -43,6 +43,14 @@ std::filesystem::path AsOnDisk(const std::filesystem::path& path) {
   return spelled;
 }
 
+bool AreArgumentsWhole() {
+  if (GetACP() == CP_UTF8) return true;
+  BOOL lacksOne = FALSE;
+  WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, GetCommandLineW(), -1, nullptr, 0, nullptr,
+                      &lacksOne);
+  return lacksOne == FALSE;
+}
+
 int InAnsiConsole(const std::function<int()>& program) {
   const UINT input = GetConsoleCP();
   const UINT output = GetConsoleOutputCP();

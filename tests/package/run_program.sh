@@ -46,7 +46,7 @@ expect zvrsit links 図表 --from 無.htm <<'END'
 zvrsit: 無.htm: the site knows no such file
 END
 expect zvrsit links 図表 --from é.htm <<'END'
-zvrsit: e.htm: the site knows no such file
+zvrsit: an argument holds a character that the code page of the system lacks
 END
 # JSON is UTF-8 on every system.
 "${emulator[@]}" "$program" --db db files 図表 --format json | tr -d '\r' | grep -q '"title":"表紙"'
