@@ -64,7 +64,7 @@ class IdTable {
   }
 
  private:
-  static constexpr std::size_t kPiece = 4096;
+  static constexpr std::size_t kPiece = 1024;
 
   void Check(std::size_t id) const {
     if (id >= count_) throw std::out_of_range("invalid vector<T> subscript");
