@@ -8,9 +8,6 @@ set -uo pipefail
 scripts=$(cd "$(dirname "$0")" && pwd)
 . "$scripts/packages.sh"
 
-mkdir -p "${1:?folder}"
-home=$(cd "$1" && pwd)
-root=$home/root
 suite=bookworm
 packages=(wine32 libwine libz-mingw-w64 libfreetype6 libfontconfig1 libexpat1 libpng16-16 libbrotli1
   zlib1g)
@@ -19,6 +16,9 @@ skip() {
   echo "wine32: SKIPPED ($1)"
   exit 77
 }
+
+home=$(mkdir -p "${1:?folder}" && cd "$1" && pwd) && [ "$home" != / ] || skip "no folder $1"
+root=$home/root
 
 # Downloads the packages of the other architecture with an apt of our own: lists, cache and
 # sources below the folder.

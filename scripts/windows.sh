@@ -14,6 +14,7 @@ require_packages "${BUILD_PACKAGES[@]}" googletest g++-mingw-w64-i686-posix \
 
 wine=${ZVRSIT_WINE32_HOME-$PWD/build/wine32}
 if [ -n "$wine" ]; then
+  wine=$(realpath -m "$wine")
   answer=$(scripts/setup_wine32.sh "$wine" | tail -n 1) || wine=
   echo "$answer"
 else
