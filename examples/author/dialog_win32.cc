@@ -10,17 +10,19 @@
 // The application's framework.
 class CWnd {
  public:
-  // Shows a text, and repeats it on the console.
+  // Shows a text; one that `isRepeated` is repeated on the console.
   void SetWindowTextA(const char* text) {
     ::SetWindowTextA(handle, text);
-    std::printf("  %s\n", text);
+    if (isRepeated) std::printf("  %s\n", text);
   }
   HWND handle = nullptr;
+  bool isRepeated = false;
 };
 
 struct Dialog::Windows {
   HWND frame = nullptr;
   CWnd status;
+  CWnd file;
   zvrsit::CZvrSiteRebuildProgressDlg handles;
 };
 
@@ -37,7 +39,7 @@ LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 }
 
 // The rebuild runs in the thread of the windows: the button works because messages are handled
-// whenever the rebuild has something to say.
+// whenever the rebuild has something to say, which it has for each file whose links it collects.
 void ShowText(CWnd* window, const char* text) {
   window->SetWindowTextA(text);
   MSG message;
@@ -66,8 +68,11 @@ Dialog::Dialog() : windows_(std::make_unique<Windows>()) {
   ::SetWindowLongPtrA(windows.frame, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&windows.handles));
   windows.handles.progressBar = NewWindow(PROGRESS_CLASSA, "", WS_CHILD, 10, windows.frame, 0);
   windows.status.handle = NewWindow("STATIC", "", WS_CHILD, 40, windows.frame, 0);
+  windows.status.isRepeated = true;
   windows.handles.statusText = &windows.status;
-  NewWindow("BUTTON", "Cancel", WS_CHILD, 70, windows.frame, IDCANCEL);
+  windows.file.handle = NewWindow("STATIC", "", WS_CHILD, 60, windows.frame, 0);
+  windows.handles.fileNameText = &windows.file;
+  NewWindow("BUTTON", "Cancel", WS_CHILD, 80, windows.frame, IDCANCEL);
   zvrsit::platform::SetTextShower(&ShowText);
 }
 Dialog::~Dialog() {
