@@ -187,10 +187,19 @@ bool IsKnownHere(const Charset& charset) {
   return !inPage || ::IsValidCodePage(charset.codePage);
 }
 
+// Pages of more than two bytes a character, pages with shifts and that of symbols cannot be told to
+// leave best fits alone.
+bool CanBeWritten(unsigned codePage) {
+  constexpr unsigned kSymbols = 42;
+  CPINFO info;
+  return codePage == kUtf8 ||
+         (codePage != kSymbols && ::GetCPInfo(codePage, &info) && info.MaxCharSize <= 2);
+}
+
 }  // namespace
 
 int SetCodePage(unsigned codePage) {
-  if (!::IsValidCodePage(codePage)) return -1;
+  if (!::IsValidCodePage(codePage) || !CanBeWritten(codePage)) return -1;
   TheState() = State(codePage);
   return 0;
 }

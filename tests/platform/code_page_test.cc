@@ -49,7 +49,8 @@ TEST(CodePage, LeadBytesOfEveryPage) {
 
 TEST(CodePage, AnUnknownPageChangesNothing) {
   const CodePageScope page(932);
-  for (const unsigned unknown : {0u, 1u, 28602u, 1200u}) EXPECT_EQ(SetCodePage(unknown), -1);
+  for (const unsigned unknown : {0u, 1u, 28602u, 1200u, 54936u, 65000u})
+    EXPECT_EQ(SetCodePage(unknown), -1);
   EXPECT_EQ(CodePage(), 932u);
   EXPECT_TRUE(HasLeadBytes());
 }

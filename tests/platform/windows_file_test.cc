@@ -65,6 +65,7 @@ TEST(WindowsFile, StatTellsKindsTimesAndIdentity) {
 TEST(WindowsFile, NoFileIsMadeWhereThereCanBeNone) {
   const TempFolder folder;
   const std::string longName = folder.path(std::string(150, 'x'));
+  ASSERT_EQ(MakeFolder(longName), 0);
   for (const std::string& path : {longName + "\\" + std::string(150, 'y'), std::string("Q:\\a")}) {
     FileStat status;
     EXPECT_EQ(Open(path, kOpenDatabase), -1);
