@@ -184,17 +184,17 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, std::uint32_t hash)
   const bool takesName = TakesDefaultName(row);
   const UrlID* const known = text.id < 0 ? nullptr : memo_->targets.FindText(text.id, takesName);
   UrlID target;
+  MemoKey key;  // where it is not known
   Outcome outcome = Outcome::kDone;
   if (known != nullptr) {
     target = *known;
-    outcome = AddLink(row, target, text);
   } else {
-    const MemoKey key = MemoKeyOf(row.target);
+    key = MemoKeyOf(row.target);
     outcome = FindTarget(row, key, takesName, target);
-    if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
-    if (outcome == Outcome::kDone && !key.text.empty()) {
-      memo_->targets.PutText(text.id, takesName, target);
-    }
+  }
+  if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
+  if (outcome == Outcome::kDone && !key.text.empty()) {
+    memo_->targets.PutText(text.id, takesName, target);
   }
   if (outcome == Outcome::kDone && row.type == LT_APPLET && target.kind == kKindPath) {
     outcome = AddCodeBase(row, target);
