@@ -262,7 +262,7 @@ SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, std::uint32_t has
 int SiteVarRecDB::ExpectString(std::uint32_t hash) const {
   const Name* const name = names_.Guess(hash);
   if (name == nullptr) return -1;
-  if (const char* const entry = Bytes(name->offset, kHeadSize)) __builtin_prefetch(entry);
+  if (const char* const entry = Bytes(name->offset, kHeadSize)) PrefetchMemory(entry);
   return name->id;
 }
 
