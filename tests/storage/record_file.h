@@ -46,9 +46,8 @@ class RecordFile : public testing::TestWithParam<bool> {
     return "ZVR4.00-SITE0.01" + Words(words);
   }
   // Opens a file of these bytes, changes it and packs it with each call of that failing. The body
-  // must then be `whole`, as after the change, or `packed`, in the file or, where it is gone, in
-  // its
-  // "_pack".
+  // must then be `whole`, as after the change, or `packed`, in the file or, where that is gone, in
+  // the one with "_pack" behind its name.
   template <class Change>
   void FailEachCallOfPack(const std::string& bytes, Change change, const std::string& whole,
                           const std::string& packed) {
