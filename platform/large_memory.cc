@@ -1,5 +1,6 @@
 #include "platform/large_memory.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -55,18 +56,20 @@ void* AllocateLarge(std::size_t bytes) {
   return IsLarge(bytes) ? Map(WholePages(bytes)) : std::malloc(bytes == 0 ? 1 : bytes);
 }
 
-void* GrowLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
+void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
   if (block == nullptr) return AllocateLarge(newBytes);
-  if (!IsLarge(newBytes)) return std::realloc(block, newBytes == 0 ? 1 : newBytes);
-  if (IsLarge(oldBytes)) {
+  if (IsLarge(oldBytes) && IsLarge(newBytes)) {
     const std::size_t bytes = WholePages(newBytes);
     return Advised(mremap(block, WholePages(oldBytes), bytes, MREMAP_MAYMOVE), bytes);
   }
-  void* const grown = AllocateLarge(newBytes);
-  if (grown == nullptr) return nullptr;
-  std::memcpy(grown, block, oldBytes);
-  std::free(block);
-  return grown;
+  if (!IsLarge(oldBytes) && !IsLarge(newBytes)) {
+    return std::realloc(block, newBytes == 0 ? 1 : newBytes);
+  }
+  void* const resized = AllocateLarge(newBytes);
+  if (resized == nullptr) return nullptr;
+  std::memcpy(resized, block, std::min(oldBytes, newBytes));
+  FreeLarge(block, oldBytes);
+  return resized;
 }
 
 void FreeLarge(void* block, std::size_t bytes) {
@@ -84,7 +87,7 @@ void* AllocateLarge(std::size_t bytes) {
   return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
-void* GrowLarge(void* block, std::size_t, std::size_t newBytes) {
+void* ResizeLarge(void* block, std::size_t, std::size_t newBytes) {
   return std::realloc(block, newBytes == 0 ? 1 : newBytes);
 }
 

@@ -13,9 +13,9 @@ inline constexpr std::size_t kLargeBlock = std::size_t{1} << 20;
 
 // A block of at least `bytes` bytes with any content, or null. Goes back through FreeLarge.
 void* AllocateLarge(std::size_t bytes);
-// The block, now `newBytes` long, perhaps elsewhere: its first `oldBytes` bytes are kept, which are
-// the length that it had. Null when there is no memory; the old block is then as it was.
-void* GrowLarge(void* block, std::size_t oldBytes, std::size_t newBytes);
+// The block, which was `oldBytes` long, now `newBytes` long, perhaps elsewhere: what is in both is
+// kept. Null when there is no memory; the old block is then as it was.
+void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes);
 // Frees a block of that length; null is allowed.
 void FreeLarge(void* block, std::size_t bytes);
 
@@ -36,11 +36,15 @@ class LargeBuffer {
   std::size_t length() const { return length_; }
   // Makes it longer; what it held is kept. Without memory it stays as it is and gives false.
   bool Grow(std::size_t bytes) {
-    void* const grown = GrowLarge(block_, length_, bytes);
+    void* const grown = ResizeLarge(block_, length_, bytes);
     if (grown == nullptr) return false;
     block_ = grown;
     length_ = bytes;
     return true;
+  }
+  // Gives back what lies behind the first `bytes` bytes, where that can be done.
+  void Shrink(std::size_t bytes) {
+    if (bytes < length_) Grow(bytes);
   }
   void swap(LargeBuffer& other) noexcept {
     std::swap(block_, other.block_);

@@ -56,6 +56,17 @@ class IdTable {
     return false;
   }
 
+  // Calls change(value) for each value that differs from zero, in ascending order of the ids.
+  template <class Change>
+  void ForEachSet(Change change) {
+    for (const auto& piece : pieces_) {
+      if (piece == nullptr) continue;
+      for (std::size_t at = 0; at < kPiece; ++at) {
+        if (piece[at] != zero_) change(piece[at]);
+      }
+    }
+  }
+
   // The first id from `id` on whose value may differ from zero, or size(): whole pieces that were
   // never written are skipped.
   std::size_t SkipUnmade(std::size_t id) const {

@@ -1,23 +1,64 @@
 #include "storage/pack_file.h"
 
-#include <cstring>
+#include <limits>
+#include <utility>
 
-#include "util/little_endian.h"
+#include "platform/file.h"
 
 namespace zvrsit {
 
-int PackFile::WriteWord(int offset, std::int32_t word) {
-  char bytes[4];
-  StoreLE32(bytes, word);
-  return WriteAt(bytes, offset, 4) == 4 ? 0 : -1;
+namespace {
+
+int WriteAll(int fd, std::string_view bytes) {
+  const auto length = static_cast<std::int64_t>(bytes.size());
+  return platform::Write(fd, bytes.data(), bytes.size()) == length ? 0 : -1;
 }
 
-int PackFile::Finish(const char* headerBytes, std::int32_t word1, std::int32_t word2) {
-  std::memcpy(magic, headerBytes, kMagicSize);
-  headerWord1 = word1;
-  headerWord2 = word2;
-  dirty = true;
-  return Close();
+}  // namespace
+
+PackFile::~PackFile() {
+  if (fd_ >= 0) platform::Close(fd_);
+}
+
+int PackFile::Open(int headBytes) {
+  platform::FileStat stat;
+  oldSize_ = platform::Stat(path_, stat) < 0 ? 0 : stat.size;
+  if (oldSize_ > std::numeric_limits<std::int32_t>::max()) return -1;
+  fd_ = platform::Open(path_, platform::kOpenDatabase);
+  end_ = headBytes;
+  return fd_ >= 0 && platform::Seek(fd_, headBytes) >= 0 ? 0 : -1;
+}
+
+int PackFile::Append(std::string_view bytes, bool isLasting) {
+  end_ += static_cast<std::int64_t>(bytes.size());
+  if (isLasting && run_.data() + run_.size() == bytes.data()) {
+    run_ = {run_.data(), run_.size() + bytes.size()};
+    return 0;
+  }
+  if (WriteRun() < 0) return -1;
+  run_ = bytes;
+  return isLasting ? 0 : WriteRun();
+}
+
+int PackFile::WriteRun() {
+  if (copies_.size() + run_.size() > kPiece && WriteCopies() < 0) return -1;
+  const std::string_view run = std::exchange(run_, {});
+  if (run.size() > kPiece) return WriteAll(fd_, run);
+  copies_.append(run);
+  return 0;
+}
+
+int PackFile::WriteCopies() {
+  if (WriteAll(fd_, copies_) < 0) return -1;
+  copies_.clear();
+  return 0;
+}
+
+int PackFile::Finish(std::string_view head) {
+  if (WriteRun() < 0 || WriteCopies() < 0 || platform::Seek(fd_, 0) < 0) return -1;
+  if (WriteAll(fd_, head) < 0) return -1;
+  const int fd = std::exchange(fd_, -1);
+  return platform::Close(fd) < 0 ? -1 : 0;
 }
 
 }  // namespace zvrsit

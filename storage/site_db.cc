@@ -23,6 +23,11 @@ constexpr std::uint32_t kSmallFile = 1 << 20;
 constexpr std::chrono::seconds kCoarsestFileTime(2);
 constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
+// What is set aside for a file of that size when it is opened.
+constexpr std::uint32_t CapacityFor(std::uint32_t size) {
+  return (size / kStep + 1) * kStep;
+}
+
 // Copies all of an open file of `size` bytes; the number of bytes written or -1.
 int CopyOpenFile(int from, int to, std::uint32_t size) {
   std::unique_ptr<char[]> bytes(new (std::nothrow) char[size]());
@@ -73,7 +78,7 @@ int SiteDB::OpenWhole() {
   if (fd < 0) return -1;
   dirty = false;
   size = 0;
-  if (fileSize > kLargestFile || !Reserve(((fileSize >> 12) + 1) << 12)) {
+  if (fileSize > kLargestFile || !Reserve(CapacityFor(fileSize))) {
     Abandon();
     return -1;
   }
@@ -196,10 +201,14 @@ int SiteDB::CloseWhole(Image* kept) {
   return result;
 }
 
+void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const {
+  std::memcpy(bytes, magic, kMagicSize);
+  StoreLE32(bytes + kWord1, word1);
+  StoreLE32(bytes + kWord2, word2);
+}
+
 int SiteDB::WriteImage() {
-  std::memcpy(buffer.get(), magic, kMagicSize);
-  StoreLE32(buffer.get() + kWord1, headerWord1);
-  StoreLE32(buffer.get() + kWord2, headerWord2);
+  StoreHeader(buffer.get(), headerWord1, headerWord2);
   changed_.Mark(0, kHeaderSize);
   // In parts only where that leaves the same bytes as writing it all.
   const bool inParts = changed_.AreFew(size) && IsAsLeft();
@@ -218,7 +227,7 @@ int SiteDB::WriteBytes(std::size_t from, std::size_t to) {
   return written == static_cast<std::int64_t>(to - from) ? 0 : -1;
 }
 
-int SiteDB::ReplaceBy(const std::string& other) {
+int SiteDB::ReplaceBy(const std::string& other, Image* kept) {
   if (inMemory) {
     platform::Close(fd);  // an open file cannot be removed everywhere
     fd = -1;
@@ -230,8 +239,22 @@ int SiteDB::ReplaceBy(const std::string& other) {
     fd = platform::Open(path, platform::kOpenDatabase);
     if (fd >= 0) WriteImage();
   }
+  if (kept != nullptr) *kept = {std::move(buffer), size};
   Abandon();
   return removed < 0 ? -1 : platform::Rename(other, path);
+}
+
+int SiteDB::OpenOn(Image image) {
+  fd = platform::Open(path, platform::kOpenDatabase);
+  if (fd < 0) return -1;
+  buffer = std::move(image.bytes);
+  size = image.size;
+  capacity = CapacityFor(size);
+  buffer.Shrink(capacity);
+  StoreHeader(buffer.get(), headerWord1, headerWord2);
+  dirty = false;
+  changed_.Follow(0);
+  return 0;
 }
 
 void SiteDB::Abandon() {

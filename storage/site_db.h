@@ -100,8 +100,14 @@ class SiteDB {
   // on, to be filled by the caller; null when it cannot grow so far.
   char* MakeRoom(std::int32_t offset, std::int32_t length);
   // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
-  // was changed in memory is written only where the file could not be removed.
-  int ReplaceBy(const std::string& other);
+  // was changed in memory is written only where the file could not be removed. Whole-file mode:
+  // `kept`, when given, takes over what was in memory.
+  int ReplaceBy(const std::string& other, Image* kept = nullptr);
+  // Whole-file mode: opens the file, of which `image` is known to be what it holds but for the two
+  // words of the header, and takes it over instead of reading; 0 or -1.
+  int OpenOn(Image image);
+  // The header of a file with these words.
+  void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
   // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure, and for a file

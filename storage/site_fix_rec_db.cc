@@ -190,26 +190,54 @@ int SiteFixRecDB::SearchNextId(int id) const {
 
 int SiteFixRecDB::Pack() {
   if (!isOpen()) return -1;
-  {
-    PackFile packed(path);
-    if (packed.Open() < 0) return -1;
-    const int slots = CopyLiveSlots(packed);
-    if (slots < 0 || packed.Finish(magic, headerWord1, slots) < 0) return -1;
-  }
-  return ReplaceBy(PackFile::PathFor(path)) < 0 ? -1 : Open();
+  PackFile packed(path);
+  int slots = 0;
+  bool isInOrder = inMemory && IsKnownType();
+  if (packed.Open(kHeaderSize) < 0 || AppendLiveSlots(packed, slots, isInOrder) < 0) return -1;
+  char head[kHeaderSize];
+  StoreHeader(head, headerWord1, slots);
+  if (packed.Finish({head, kHeaderSize}) < 0) return -1;
+  const std::string other = PackFile::PathFor(path);
+  if (!isInOrder || packed.hasTail()) return ReplaceBy(other) < 0 ? -1 : Open();
+  Image image;
+  return ReplaceBy(other, &image) < 0 ? -1 : OpenPacked(std::move(image), slots);
 }
 
-int SiteFixRecDB::CopyLiveSlots(PackFile& packed) {
-  int slots = 0;
-  SlotBuffer slot(recordLength);
-  for (int id = NextId(0); id >= 0; id = NextId(id + 1)) {
-    if (ReadSlot(id, slot) < 0) return -1;
-    if (!IsKnownType() || !IsAcceptable(LoadLE32(slot.data()))) continue;
-    const int offset = kHeaderSize + slots * recordLength;
-    if (packed.WriteAt(slot.data(), offset, recordLength) != recordLength) return -1;
+// `isInOrder` becomes false where the slots do not lie in the order of their numbers.
+int SiteFixRecDB::AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder) {
+  const auto length = static_cast<std::size_t>(recordLength);
+  std::int32_t last = 0;
+  SlotBuffer copy(recordLength);
+  const bool hasFailed = slotIndex.FindSet([&](std::size_t, std::int32_t offset) {
+    isInOrder = isInOrder && offset > last;
+    last = offset;
+    const char* slot = Bytes(offset, recordLength);
+    const bool isLasting = slot != nullptr;
+    if (!isLasting) {
+      if (ReadSlotAt(offset, copy) < 0) return true;
+      slot = copy.data();
+    }
+    if (!IsKnownType() || !IsAcceptable(LoadLE32(slot))) return false;
     ++slots;
-  }
-  return slots;
+    return packed.Append({slot, length}, isLasting) < 0;
+  });
+  return hasFailed ? -1 : 0;
+}
+
+// Opens the packed file without reading it: its slots are those of `image`, moved together.
+int SiteFixRecDB::OpenPacked(Image image, int slots) {
+  const auto length = static_cast<std::size_t>(recordLength);
+  char* const bytes = image.bytes.get();
+  image.size = kHeaderSize;
+  slotIndex.ForEachSet([&](std::int32_t& offset) {
+    std::memmove(bytes + image.size, bytes + offset, length);
+    offset = static_cast<std::int32_t>(image.size);
+    image.size += static_cast<std::uint32_t>(length);
+  });
+  headerWord2 = slots;
+  freed_ = {};
+  cursor_ = 0;
+  return OpenOn(std::move(image));
 }
 
 }  // namespace zvrsit

@@ -163,7 +163,8 @@ class SiteFixRecDB : public SiteDB {
   int ReadSlotAt(int offset, SlotBuffer& slot);
   int ChooseId();
   int WriteCounts();
-  int CopyLiveSlots(PackFile& packed);
+  int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);
+  int OpenPacked(Image image, int slots);
 
   const int recordLength;
   const int recordType;

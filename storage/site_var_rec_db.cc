@@ -431,37 +431,34 @@ int SiteVarRecDB::MarkDead(int offset, Head& head) {
 
 int SiteVarRecDB::Pack() {
   if (!isOpen()) return -1;
-  {
-    PackFile packed(path);
-    if (packed.Open() < 0) return -1;
-    int packedEnd = kFirstEntry;
-    const int entries = CopyLiveEntries(packed, packedEnd);
-    if (entries < 0 || packed.WriteWord(kEndAt, packedEnd) < 0) return -1;
-    if (packed.Finish(magic, headerWord1, entries) < 0) return -1;
-  }
+  PackFile packed(path);
+  int entries = 0;
+  if (packed.Open(kFirstEntry) < 0 || AppendLiveEntries(packed, entries) < 0) return -1;
+  if (packed.end() > std::numeric_limits<std::int32_t>::max()) return -1;
+  char head[kFirstEntry];
+  StoreHeader(head, headerWord1, entries);
+  StoreLE32(head + kEndAt, static_cast<std::int32_t>(packed.end()));
+  if (packed.Finish({head, kFirstEntry}) < 0) return -1;
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
   return ReplaceBy(PackFile::PathFor(path)) < 0 ? -1 : Open();
 }
 
-int SiteVarRecDB::CopyLiveEntries(PackFile& packed, int& packedEnd) {
-  int entries = 0;
-  std::string entry;
-  for (std::size_t id = 0; id < static_cast<std::size_t>(headerWord1); ++id) {
-    id = offsets_.SkipUnmade(id);
-    if (id >= static_cast<std::size_t>(headerWord1)) break;
-    const int offset = Offset(static_cast<int>(id));
-    if (offset <= 0) continue;
+int SiteVarRecDB::AppendLiveEntries(PackFile& packed, int& entries) {
+  std::string copy;
+  const bool hasFailed = offsets_.FindSet([&](std::size_t, std::int32_t offset) {
     Head head;
-    if (ReadHead(offset, head) < 0) return -1;
-    if (!HasData(offset, head)) continue;
-    const int length = kHeadSize + head.length;
-    entry.resize(static_cast<std::size_t>(length));
-    if (ReadAt(entry.data(), offset, length) != length) return -1;
-    if (packed.WriteAt(entry.data(), packedEnd, length) != length) return -1;
-    packedEnd += length;
+    if (offset <= 0) return false;
+    if (ReadHead(offset, head) < 0) return true;
+    if (!HasData(offset, head)) return false;
     ++entries;
-  }
-  return entries;
+    const int length = kHeadSize + head.length;
+    if (const char* const entry = Bytes(offset, length)) {
+      return packed.Append({entry, static_cast<std::size_t>(length)}, true) < 0;
+    }
+    copy.resize(static_cast<std::size_t>(length));
+    return ReadAt(copy.data(), offset, length) != length || packed.Append(copy, false) < 0;
+  });
+  return hasFailed ? -1 : 0;
 }
 
 }  // namespace zvrsit

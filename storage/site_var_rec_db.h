@@ -154,7 +154,7 @@ class SiteVarRecDB : public SiteDB {
   int AddReference(int id);
   int Release(int id, int offset);
   int MarkDead(int offset, Head& head);
-  int CopyLiveEntries(PackFile& packed, int& packedEnd);
+  int AppendLiveEntries(PackFile& packed, int& entries);
 
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
