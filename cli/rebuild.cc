@@ -1,12 +1,10 @@
 #include "cli/rebuild.h"
 
 #include <filesystem>
-#include <memory>
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/progress.h"
-#include "util/file_type.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -67,23 +65,8 @@ int RebuildSite(Session& session, bool complete) {
 }
 
 SiteTotals CountSite(Session& session) {
-  SiteMgr& manager = session.manager();
   SiteTotals totals;
-  vec<SiteRecCell>* const paths = manager.EnumPath();
-  vec<SiteRecCell>* const urls = manager.EnumUrl();
-  if (paths != nullptr) {
-    for (const SiteRecCell& cell : *paths) {
-      if (cell.GetFlag() == 0) continue;
-      ++totals.files;
-      if (cell.GetFileType() == static_cast<int>(FT_HTML)) ++totals.pages;
-      if (cell.GetFileType() == static_cast<int>(FT_CSS)) ++totals.sheets;
-    }
-  }
-  if (urls != nullptr) totals.urls = static_cast<long>(urls->size());
-  SiteMgr::DeleteVecRecCell(paths);
-  SiteMgr::DeleteVecRecCell(urls);
-  const std::unique_ptr<std::vector<int>> links(manager.EnumLink());
-  if (links != nullptr) totals.links = static_cast<long>(links->size());
+  session.manager().CountSite(totals);
   return totals;
 }
 

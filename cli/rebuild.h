@@ -3,16 +3,9 @@
 
 #include "cli/output.h"
 #include "cli/session.h"
+#include "manager/site_totals.h"
 
 namespace zvrsit::cli {
-
-struct SiteTotals {
-  long files = 0;   // of the site, on disk
-  long pages = 0;   // among them
-  long sheets = 0;  // among them
-  long links = 0;   // link records
-  long urls = 0;    // external URLs
-};
 
 // Rebuilds the open site with a progress bar and brings its family up to date; names on stderr
 // each page and folder that could not be read. Gives kClean, or kFileSystem when some could not.

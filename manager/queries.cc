@@ -5,6 +5,7 @@
 #include "manager/cells.h"
 #include "manager/family_marks.h"
 #include "manager/site_mgr.h"
+#include "util/file_type.h"
 
 namespace zvrsit {
 
@@ -50,6 +51,21 @@ vec<SiteRecCell>* SiteMgr::PathCells(Keep keep) {
     if (pathDB->Get(number, rec) == 0 && keep(rec)) cells->push_back(PathCell(*pathDB, rec));
   });
   return cells.release();
+}
+
+int SiteMgr::CountSite(SiteTotals& totals) const {
+  if (openSiteId < 0 || !HasFiles(pathDB) || !HasFiles(urlDB) || !HasFiles(linkDB)) return -1;
+  totals = {};
+  totals.links = linkDB->records()->liveCount();
+  totals.urls = urlDB->records()->liveCount();
+  pathDB->records()->FindIf<SitePathRec>([&totals](const SitePathRec& file) {
+    if (file.exists == 0) return false;
+    ++totals.files;
+    if (file.fileType == static_cast<std::int32_t>(FT_HTML)) ++totals.pages;
+    if (file.fileType == static_cast<std::int32_t>(FT_CSS)) ++totals.sheets;
+    return false;
+  });
+  return 0;
 }
 
 int SiteMgr::FindPath(const std::string& path) const {

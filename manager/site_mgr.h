@@ -10,6 +10,7 @@
 #include "manager/base/site_mgr_base.h"
 #include "manager/profiles.h"
 #include "manager/site_link.h"
+#include "manager/site_totals.h"
 #include "util/site_rec_cell.h"
 #include "util/vec.h"
 
@@ -173,6 +174,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   //
   // Cells come in the order of their record numbers, which is that of registration. An answer
   // without a row is an empty list; null means that no site is open or a table is absent.
+
+  // How much the open site holds, without listing it; 0, or -1 without a site.
+  int CountSite(SiteTotals& totals) const;
 
   // The number of the file `path`, compared byte by byte; -1 when the site does not know it.
   int FindPath(const std::string& path) const;
