@@ -7,27 +7,29 @@
 namespace zvrsit {
 
 void TargetMemo::TurnTo(std::string_view base, std::string_view root, const SiteLinkDB* links) {
-  key_.assign(base).append(1, '\0').append(root);
-  const auto next = static_cast<std::uint32_t>(bases_.size() * 2);
-  base_ = bases_.try_emplace(key_, next).first->second;
   const SiteVarRecDB* const strings = links != nullptr ? links->strings() : nullptr;
-  if (strings == nullptr || strings->releases() == releases_) return;
-  releases_ = strings->releases();
-  texts_.Clear();
+  const std::uint32_t releases = strings != nullptr ? strings->releases() : 0;
+  key_.assign(base).append(1, '\0').append(root);
+  const bool isSameBase = key_ == base_;
+  if (!isSameBase || releases != releases_) texts_.Clear();
+  releases_ = releases;
+  if (isSameBase) return;
+  base_ = key_;
+  entries_.Clear();
+  bytes_.clear();
 }
 
-std::uint32_t TargetMemo::HashOf(std::string_view target, std::uint32_t base) {
-  return static_cast<std::uint32_t>(HashWords(HashBytes(target), base));
+std::uint32_t TargetMemo::HashOf(std::string_view target, bool variant) {
+  return static_cast<std::uint32_t>(HashWords(HashBytes(target), variant ? 1 : 0));
 }
 
-std::uint32_t TargetMemo::HashOf(int text, std::uint32_t base) {
-  return static_cast<std::uint32_t>(HashWords(static_cast<std::uint32_t>(text), base));
+std::uint32_t TargetMemo::HashOf(int text, bool variant) {
+  return static_cast<std::uint32_t>(HashWords(static_cast<std::uint32_t>(KeyOf(text, variant)), 0));
 }
 
 const UrlID* TargetMemo::Find(std::string_view target, bool variant) const {
-  const std::uint32_t base = base_ + (variant ? 1 : 0);
-  const Entry* const entry = entries_.Find(HashOf(target, base), [&](const Entry& known) {
-    return known.base == base &&
+  const Entry* const entry = entries_.Find(HashOf(target, variant), [&](const Entry& known) {
+    return known.variant == variant &&
            std::string_view(bytes_).substr(known.offset, known.length) == target;
   });
   return entry == nullptr ? nullptr : &entry->place;
@@ -35,23 +37,22 @@ const UrlID* TargetMemo::Find(std::string_view target, bool variant) const {
 
 void TargetMemo::Put(std::string_view target, bool variant, const UrlID& place) {
   if (bytes_.size() + target.size() > UINT32_MAX) return;
-  const std::uint32_t base = base_ + (variant ? 1 : 0);
-  entries_.Insert(HashOf(target, base), {0, base, static_cast<std::uint32_t>(bytes_.size()),
-                                         static_cast<std::uint32_t>(target.size()), place});
+  entries_.Insert(HashOf(target, variant),
+                  {0, static_cast<std::uint32_t>(bytes_.size()),
+                   static_cast<std::uint32_t>(target.size()), variant, place});
   bytes_.append(target);
 }
 
 const UrlID* TargetMemo::FindText(int text, bool variant) const {
-  const std::uint32_t base = base_ + (variant ? 1 : 0);
-  const TextEntry* const entry = texts_.Find(HashOf(text, base), [&](const TextEntry& known) {
-    return known.base == base && known.text == text;
-  });
+  const TextEntry* const entry =
+      texts_.Find(HashOf(text, variant), [key = KeyOf(text, variant)](const TextEntry& known) {
+        return known.key == key;
+      });
   return entry == nullptr ? nullptr : &entry->place;
 }
 
 void TargetMemo::PutText(int text, bool variant, const UrlID& place) {
-  const std::uint32_t base = base_ + (variant ? 1 : 0);
-  texts_.Insert(HashOf(text, base), {0, base, text, place});
+  texts_.Insert(HashOf(text, variant), {0, KeyOf(text, variant), place});
 }
 
 std::uint32_t RowsAhead::HashOf(std::size_t row) {

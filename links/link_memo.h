@@ -6,21 +6,20 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "links/extractor.h"
 #include "links/target_resolver.h"
 #include "manager/base/operation_memo.h"
-#include "platform/large_memory.h"
 #include "storage/probe_table.h"
 #include "tables/site_link_db.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
 
-// Targets that were resolved and registered before: one look-up instead of all that. Good for as
-// long as no entry is deleted.
+// Targets that were resolved and registered before: one look-up instead of all that. Pages come
+// folder by folder, so those of one base at a time are kept, which stay near. Good for as long as
+// no entry is deleted.
 class TargetMemo {
  public:
   // Turns to the targets of pages whose base and root are these. Targets known by a number of the
@@ -36,8 +35,8 @@ class TargetMemo {
   // The same for a target whose text is a string of the link table, by its number there.
   const UrlID* FindText(int text, bool variant) const;
   void PutText(int text, bool variant, const UrlID& place);
-  // Brings near what FindText of a page without variants will read.
-  void ExpectText(int text) const { texts_.Prefetch(HashOf(text, base_)); }
+  // Brings near what FindText without a variant will read.
+  void ExpectText(int text) const { texts_.Prefetch(HashOf(text, false)); }
 
   // Longer targets are not worth keeping.
   static constexpr std::size_t kLongest = 1024;
@@ -45,27 +44,26 @@ class TargetMemo {
  private:
   struct Entry {
     std::uint32_t hash = 0;
-    std::uint32_t base = 0;    // number of the base, twice, plus the variant
     std::uint32_t offset = 0;  // of the target in bytes_
     std::uint32_t length = 0;
+    bool variant = false;
     UrlID place;
   };
   struct TextEntry {
     std::uint32_t hash = 0;
-    std::uint32_t base = 0;  // as in Entry
-    std::int32_t text = -1;
+    std::int32_t key = -1;  // the text's number, twice, plus the variant
     UrlID place;
   };
 
-  static std::uint32_t HashOf(std::string_view target, std::uint32_t base);
-  static std::uint32_t HashOf(int text, std::uint32_t base);
+  static std::uint32_t HashOf(std::string_view target, bool variant);
+  static std::uint32_t HashOf(int text, bool variant);
+  static std::int32_t KeyOf(int text, bool variant) { return text * 2 + (variant ? 1 : 0); }
 
-  TextMap<std::uint32_t> bases_;
-  std::uint32_t base_ = 0;
-  ProbeTable<Entry> entries_;
-  ProbeTable<TextEntry> texts_;
+  std::string base_;  // base and root
   std::uint32_t releases_ = 0;  // of the link table when texts_ was begun
-  std::basic_string<char, std::char_traits<char>, platform::LargeAllocator<char>> bytes_;
+  ProbeTable<TextEntry> texts_;
+  ProbeTable<Entry> entries_;
+  std::string bytes_;
   std::string key_;  // scratch
 };
 

@@ -78,7 +78,7 @@ class ProbeTable {
 
   // Empties it; the memory is kept unless far more than it was in use.
   void Clear() {
-    if (slots_.size() > kKeptSize) {
+    if (slots_.size() > kKeptSize && slots_.size() / kKeptShare > used_) {
       slots_ = {};
     } else {
       for (Entry& entry : slots_) entry.hash = 0;
@@ -105,6 +105,7 @@ class ProbeTable {
 
   static constexpr std::size_t kFirstSize = 16;
   static constexpr std::size_t kKeptSize = 1024;
+  static constexpr std::size_t kKeptShare = 8;
 
   // 0 marks a free slot.
   static std::uint32_t Mark(std::uint32_t hash) { return hash == 0 ? 1 : hash; }
