@@ -44,10 +44,9 @@ void TargetMemo::Put(std::string_view target, bool variant, const UrlID& place) 
 }
 
 const UrlID* TargetMemo::FindText(int text, bool variant) const {
-  const TextEntry* const entry =
-      texts_.Find(HashOf(text, variant), [key = KeyOf(text, variant)](const TextEntry& known) {
-        return known.key == key;
-      });
+  const TextEntry* const entry = texts_.Find(
+      HashOf(text, variant),
+      [key = KeyOf(text, variant)](const TextEntry& known) { return known.key == key; });
   return entry == nullptr ? nullptr : &entry->place;
 }
 

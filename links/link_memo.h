@@ -59,7 +59,7 @@ class TargetMemo {
   static std::uint32_t HashOf(int text, bool variant);
   static std::int32_t KeyOf(int text, bool variant) { return text * 2 + (variant ? 1 : 0); }
 
-  std::string base_;  // base and root
+  std::string base_;            // base and root
   std::uint32_t releases_ = 0;  // of the link table when texts_ was begun
   ProbeTable<TextEntry> texts_;
   ProbeTable<Entry> entries_;

@@ -4,6 +4,7 @@
 #include "links/target_resolver.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "links/ascii.h"
@@ -15,6 +16,32 @@ namespace zvrsit {
 namespace {
 
 constexpr auto kNpos = std::string_view::npos;
+
+// Bytes that ask for a step of their own. Most targets have few of these, and a text without such a
+// byte, be it as the trail of another, needs no step for it.
+enum Trait : unsigned char {
+  kControlOrSpace = 1,
+  kColon = 2,
+  kQueryOrFragment = 4,
+  kPercent = 8,
+};
+
+constexpr std::array<unsigned char, 256> MakeTraits() {
+  std::array<unsigned char, 256> traits{};
+  for (std::size_t c = 0; c <= ' '; ++c) traits[c] = kControlOrSpace;
+  traits[':'] = kColon;
+  traits['#'] = traits['?'] = kQueryOrFragment;
+  traits['%'] = kPercent;
+  return traits;
+}
+
+// The traits of all bytes of a text.
+unsigned TraitsOf(std::string_view text) {
+  static constexpr std::array<unsigned char, 256> kTraits = MakeTraits();
+  unsigned traits = 0;
+  for (const char c : text) traits |= kTraits[static_cast<unsigned char>(c)];
+  return traits;
+}
 
 // Without C0 controls and spaces at both ends, and without tabs and line ends anywhere.
 std::string_view Cleaned(std::string_view target, std::string& scratch) {
@@ -53,8 +80,9 @@ bool IsSlash(char c) {
 // Index of the first single-byte character that `matches`, or the size.
 template <class Predicate>
 std::size_t FindMB(std::string_view text, std::size_t from, Predicate matches) {
+  const std::array<bool, 256>& isLead = platform::LeadBytes();
   for (std::size_t i = from; i < text.size(); ++i) {
-    if (platform::IsDbcsLeadByte(static_cast<unsigned char>(text[i]))) {
+    if (isLead[static_cast<unsigned char>(text[i])]) {
       ++i;
     } else if (matches(text[i])) {
       return i;
@@ -106,6 +134,7 @@ bool IsValidUtf8(std::string_view text) {
 
 // Whether a lead byte stands at the end, where it would take the separator after it as its trail.
 bool EndsInHalfCharacter(std::string_view text) {
+  if (!platform::HasLeadBytes()) return false;
   std::size_t i = 0;
   while (i < text.size()) {
     i += platform::IsDbcsLeadByte(static_cast<unsigned char>(text[i])) ? 2 : 1;
@@ -113,8 +142,14 @@ bool EndsInHalfCharacter(std::string_view text) {
   return i > text.size();
 }
 
+// Whether a file can bear a name that was decoded.
+bool IsName(std::string_view name) {
+  return !EndsInHalfCharacter(name) && name.find('\0') == kNpos &&
+         FindMB(name, 0, IsSlash) == name.size();
+}
+
 // Appends the name that a segment stands for; false when no file can bear it.
-bool AppendName(std::string_view segment, std::string& out) {
+bool AppendDecodedName(std::string_view segment, std::string& out) {
   const std::size_t begin = out.size();
   bool decodedHigh = false;
   for (std::size_t i = 0; i < segment.size(); ++i) {
@@ -135,9 +170,14 @@ bool AppendName(std::string_view segment, std::string& out) {
       platform::ConvertToCodePage(decoded, "utf-8", converted)) {
     out.replace(begin, std::string::npos, converted);
   }
-  const std::string_view name = std::string_view(out).substr(begin);
-  return !EndsInHalfCharacter(name) && name.find('\0') == kNpos &&
-         FindMB(name, 0, IsSlash) == name.size();
+  return IsName(std::string_view(out).substr(begin));
+}
+
+bool AppendName(std::string_view segment, unsigned traits, std::string& out) {
+  if ((traits & kPercent) != 0) return AppendDecodedName(segment, out);
+  out.append(segment);
+  return !EndsInHalfCharacter(segment) &&
+         ((traits & kControlOrSpace) == 0 || segment.find('\0') == kNpos);
 }
 
 // Takes "." and ".." out of the path of a URL, which begins with "/".
@@ -252,10 +292,11 @@ TargetKind TargetResolver::Resolve(std::string_view target, std::string& out) {
 }
 
 TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out) {
-  target = Cleaned(target, clean_);
-  const std::string_view scheme = SchemeOf(target);
-  if (NamesNoPlace(scheme)) return TargetKind::kNone;
+  const unsigned traits = TraitsOf(target);
+  if ((traits & kControlOrSpace) != 0) target = Cleaned(target, clean_);
+  const std::string_view scheme = (traits & kColon) != 0 ? SchemeOf(target) : std::string_view();
   if (!scheme.empty()) {
+    if (NamesNoPlace(scheme)) return TargetKind::kNone;
     out = target;
     return TargetKind::kExternal;
   }
@@ -267,15 +308,18 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
     out = target;
     return TargetKind::kExternal;
   }
-  const std::string_view path = WithoutQueryAndFragment(target);
+  const std::string_view path =
+      (traits & kQueryOrFragment) != 0 ? WithoutQueryAndFragment(target) : target;
   if (path.empty()) {
     out = baseFile_;
     return TargetKind::kLocal;
   }
-  return ResolveWebPath(path, out);
+  return ResolveWebPath(path, traits, out);
 }
 
-TargetKind TargetResolver::ResolveWebPath(std::string_view path, std::string& out) {
+// `traits` are those of the target that the path is of.
+TargetKind TargetResolver::ResolveWebPath(std::string_view path, unsigned traits,
+                                          std::string& out) {
   const std::vector<std::size_t>& climb = IsSlash(path.front()) ? rootClimb_ : climb_;
   if (climb.empty()) return TargetKind::kUnresolvable;  // a page without a folder
   std::size_t depth = climb.size() - 1;
@@ -294,11 +338,11 @@ TargetKind TargetResolver::ResolveWebPath(std::string_view path, std::string& ou
       if (depth > 0) path_.resize(climb[--depth]);
     } else {
       cuts_.push_back(path_.size());
-      if (!AppendName(segment, path_)) return TargetKind::kUnresolvable;
+      if (!AppendName(segment, traits, path_)) return TargetKind::kUnresolvable;
       if (end < path.size()) path_.push_back('\\');
     }
   }
-  out = path_;
+  out.swap(path_);
   return TargetKind::kLocal;
 }
 

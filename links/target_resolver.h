@@ -43,7 +43,7 @@ class TargetResolver {
 
  private:
   TargetKind ResolveWeb(std::string_view target, std::string& out);
-  TargetKind ResolveWebPath(std::string_view path, std::string& out);
+  TargetKind ResolveWebPath(std::string_view path, unsigned traits, std::string& out);
   void SetBaseFile(std::string_view path);
 
   LinkRules rules_;
