@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -80,8 +81,8 @@ class ProbeTable {
   void Clear() {
     if (slots_.size() > kKeptSize && slots_.size() / kKeptShare > used_) {
       slots_ = {};
-    } else {
-      for (Entry& entry : slots_) entry.hash = 0;
+    } else if (!slots_.empty()) {
+      std::memset(static_cast<void*>(slots_.data()), 0, slots_.size() * sizeof(Entry));
     }
     used_ = 0;
   }
@@ -104,7 +105,7 @@ class ProbeTable {
   using Slots = std::vector<Entry, platform::LargeAllocator<Entry>>;
 
   static constexpr std::size_t kFirstSize = 16;
-  static constexpr std::size_t kKeptSize = 1024;
+  static constexpr std::size_t kKeptSize = 128;
   static constexpr std::size_t kKeptShare = 8;
 
   // 0 marks a free slot.

@@ -90,6 +90,7 @@ class SiteLinkRec : public SiteRelRec {
  public:
   static constexpr int kRecordType = 6;
   static constexpr int kSlotLength = 44;
+  static constexpr int kCountAt = 28;  // where `count` lies in a slot
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 

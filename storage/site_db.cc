@@ -295,7 +295,8 @@ int SiteDB::WriteFile(const void* source, std::int32_t offset, std::int32_t leng
   return static_cast<int>(written);
 }
 
-char* SiteDB::MakeRoom(std::int32_t offset, std::int32_t length) {
+// MakeRoom beyond what is set aside, or with a gap.
+char* SiteDB::Extend(std::int32_t offset, std::int32_t length) {
   const std::int64_t end = std::int64_t{offset} + length;
   if (buffer.get() == nullptr || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
   if (!Reserve(static_cast<std::uint32_t>(end))) return nullptr;

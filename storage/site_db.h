@@ -13,6 +13,7 @@
 // Every operation gives a negative number (-1) on failure. One thread at a time.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -98,7 +99,17 @@ class SiteDB {
   }
   // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
   // on, to be filled by the caller; null when it cannot grow so far.
-  char* MakeRoom(std::int32_t offset, std::int32_t length);
+  char* MakeRoom(std::int32_t offset, std::int32_t length) {
+    const std::int64_t end = std::int64_t{offset} + length;
+    if (offset < 0 || length < 0 || offset > static_cast<std::int64_t>(size) || end > capacity ||
+        static_cast<std::size_t>(end) > buffer.length()) {
+      return Extend(offset, length);
+    }
+    size = std::max(size, static_cast<std::uint32_t>(end));
+    dirty = true;
+    changed_.Mark(offset, length);
+    return buffer.get() + offset;
+  }
   // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
   // was changed in memory is written only where the file could not be removed. Whole-file mode:
   // `kept`, when given, takes over what was in memory.
@@ -126,6 +137,7 @@ class SiteDB {
   std::uint32_t capacity = 0;    // what the file may fill of it, in steps of 4096; 0 while closed
 
  private:
+  char* Extend(std::int32_t offset, std::int32_t length);
   // What the buffer alone does not answer.
   int ReadFile(void* destination, std::int32_t offset, std::int32_t length);
   int WriteFile(const void* source, std::int32_t offset, std::int32_t length);

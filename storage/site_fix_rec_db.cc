@@ -133,13 +133,9 @@ int SiteFixRecDB::ChooseId() {
   return cursor_ < limit ? cursor_ : headerWord1;
 }
 
-// The two words lie side by side.
+// A file in memory gets them with its header.
 int SiteFixRecDB::WriteCounts() {
-  if (char* const counts = ChangeBytes(kIdCountAt, kHeaderSize - kIdCountAt)) {
-    StoreLE32(counts, headerWord1);
-    StoreLE32(counts + 4, headerWord2);
-    return 0;
-  }
+  if (inMemory) return 0;
   char words[8];
   StoreLE32(words, headerWord1);
   StoreLE32(words + 4, headerWord2);
@@ -156,8 +152,8 @@ int SiteFixRecDB::UpdateSlot(const SiteBaseRec& record, const Writer& writer) {
 int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer) {
   char* const place = recordLength >= writer.slotLength ? MakeRoom(offset, recordLength) : nullptr;
   if (place != nullptr) {
-    std::memset(place, 0, static_cast<std::size_t>(recordLength));
-    writer.serialize(record, place);
+    const int rest = recordLength - writer.serialize(record, place);
+    std::memset(place + recordLength - rest, 0, static_cast<std::size_t>(rest));
     return 0;
   }
   SlotBuffer slot(recordLength);

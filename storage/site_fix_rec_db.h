@@ -77,6 +77,12 @@ class SiteFixRecDB : public SiteDB {
       return isWanted(record);
     });
   }
+  // Whole-file mode: the slot of record `id`, to change a word of it in place, good until the next
+  // change; null when there is none.
+  char* ChangeSlot(int id) {
+    const int offset = SlotOffset(id);
+    return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);
+  }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);
   using SiteDB::Delete;

@@ -20,9 +20,14 @@ constexpr int kEntryCountAt = 20;
 constexpr int kEndAt = 24;
 constexpr int kFirstEntry = 28;
 constexpr int kHeadSize = 16;
+constexpr int kReferencesAt = 8;  // in a head
 constexpr int kString = 1;
 constexpr int kBlock = 2;
 constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
+
+std::int32_t OneMore(std::int32_t references) {
+  return references < std::numeric_limits<std::int32_t>::max() ? references + 1 : references;
+}
 
 }  // namespace
 
@@ -277,9 +282,8 @@ int SiteVarRecDB::AddString(std::string_view text) {
 
 int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
   if (text.empty() || !isOpen() || !namesMade_) return -1;
-  if (search.id >= 0 && search.id < headerWord1 && Offset(search.id) > 0) {
-    return AddReference(search.id);
-  }
+  const int known = search.id < 0 ? -1 : Offset(search.id);
+  if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
   const int offset = end_;
   const int id = AddEntry(kString, text);
   if (id < 0) return -1;
@@ -291,12 +295,16 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
   return id;
 }
 
-int SiteVarRecDB::AddReference(int id) {
-  const int offset = Offset(id);
+// To the entry at `offset`; 0 or -1.
+int SiteVarRecDB::AddReference(int offset) {
+  if (char* const word = ChangeBytes(offset + kReferencesAt, 4)) {
+    StoreLE32(word, OneMore(LoadLE32(word)));
+    return 0;
+  }
   Head head;
-  if (offset <= 0 || ReadHead(offset, head) < 0) return -1;
-  if (head.references < std::numeric_limits<std::int32_t>::max()) ++head.references;
-  return WriteHead(offset, head) < 0 ? -1 : id;
+  if (ReadHead(offset, head) < 0) return -1;
+  head.references = OneMore(head.references);
+  return WriteHead(offset, head);
 }
 
 int SiteVarRecDB::AddData(const void* bytes, int length) {
@@ -353,13 +361,10 @@ bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
          before(data.data(), buffer.get() + size);
 }
 
-// The three words lie side by side.
+// A file in memory gets them when it is written.
 int SiteVarRecDB::WriteCounts(int newEnd) {
-  if (char* const counts = ChangeBytes(kIdCountAt, kFirstEntry - kIdCountAt)) {
-    StoreLE32(counts, headerWord1);
-    StoreLE32(counts + 4, headerWord2);
-    StoreLE32(counts + 8, newEnd);
-    end_ = endInFile_ = newEnd;
+  if (inMemory) {
+    end_ = newEnd;
     return 0;
   }
   char words[8];

@@ -151,7 +151,7 @@ class SiteVarRecDB : public SiteDB {
   int WriteEntry(const Head& head, std::string_view data);
   bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
-  int AddReference(int id);
+  int AddReference(int offset);
   int Release(int id, int offset);
   int MarkDead(int offset, Head& head);
   int AppendLiveEntries(PackFile& packed, int& entries);

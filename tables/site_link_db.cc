@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "util/hash.h"
+#include "util/little_endian.h"
 
 namespace zvrsit {
 
@@ -17,11 +18,6 @@ std::uint32_t HashLink(const SiteLinkRec& link) {
   const std::uint64_t texts = Words(link.text, link.alternative);
   return static_cast<std::uint32_t>(HashWords(HashWords(Words(link.to.kind, link.to.id), texts),
                                               static_cast<std::uint32_t>(link.type)));
-}
-
-bool EqualLinks(const SiteLinkRec& a, const SiteLinkRec& b) {
-  return a.from == b.from && a.to == b.to && a.type == b.type && a.text == b.text &&
-         a.alternative == b.alternative;
 }
 
 }  // namespace
@@ -47,19 +43,14 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
   link.type = type;
   link.offset = offset;
   link.text = found.id;
-  const int equal = RaiseEqual(link, alternative);
-  if (equal >= 0) return equal;
+  if (!alternative.empty()) link.alternative = strings_->FindString(alternative);
+  // Only a link whose texts are both there can be equal to another.
+  if (link.text >= 0 && (alternative.empty() || link.alternative >= 0)) {
+    const int equal = FindEqual(link, HashLink(link));
+    if (equal >= 0) return Raise(equal);
+  }
   link.text = found.id = strings_->AddString(text, found);
   return link.text < 0 ? -1 : AddNew(link, alternative);
-}
-
-// The number of the equal link that was there, now with one occurrence more; -1 for none. Only a
-// link whose texts are both there can be equal to another.
-int SiteLinkDB::RaiseEqual(SiteLinkRec& link, std::string_view alternative) {
-  if (!alternative.empty()) link.alternative = strings_->FindString(alternative);
-  if (link.text < 0 || (!alternative.empty() && link.alternative < 0)) return -1;
-  const int equal = FindEqual(link);
-  return equal < 0 ? -1 : Raise(equal);
 }
 
 // Adds a link whose text has its reference already.
@@ -69,37 +60,51 @@ int SiteLinkDB::AddNew(SiteLinkRec& link, std::string_view alternative) {
     if (link.alternative < 0) return -1;
   }
   const int number = AddRecord(link);
-  if (number >= 0) known_.Insert(HashLink(link), {0, number});
+  if (number >= 0) Learn(link, HashLink(link));
   return number;
 }
 
 // Pages bring their links one after another, so equal links are looked for among those of one
 // source at a time.
-void SiteLinkDB::TurnTo(const UrlID& source) {
-  if (sourceKnown_ && source_ == source) return;
+void SiteLinkDB::LearnLinksFrom(const UrlID& source) {
   known_.Clear();
   source_ = source;
   sourceKnown_ = true;
   const EndIndex& index = MadeIndex(End::kFrom);
   for (int number = index.First(source); number >= 0; number = index.Next(number)) {
     SiteLinkRec link;
-    if (Get(number, link) == 0) known_.Insert(HashLink(link), {0, number});
+    if (Get(number, link) == 0) Learn(link, HashLink(link));
   }
 }
 
-int SiteLinkDB::FindEqual(const SiteLinkRec& link) {
-  const Known* known = known_.Find(HashLink(link), [this, &link](const Known& candidate) {
-    SiteLinkRec other;
-    return Get(candidate.number, other) == 0 && EqualLinks(other, link);
+void SiteLinkDB::Learn(const SiteLinkRec& link, std::uint32_t hash) {
+  known_.Insert(hash, {0, link.id, link.to, link.text, link.alternative, link.type});
+}
+
+// The number of the equal link of the current source, or -1.
+int SiteLinkDB::FindEqual(const SiteLinkRec& link, std::uint32_t hash) const {
+  const Known* known = known_.Find(hash, [&link](const Known& other) {
+    return other.to == link.to && other.text == link.text &&
+           other.alternative == link.alternative && other.type == link.type;
   });
   return known == nullptr ? -1 : known->number;
 }
 
+// One occurrence more; the number, or -1.
 int SiteLinkDB::Raise(int number) {
-  SiteLinkRec link;
-  if (Get(number, link) < 0) return -1;
-  if (link.count < std::numeric_limits<std::int32_t>::max()) ++link.count;
-  return Update(link) < 0 ? -1 : number;
+  char* const slot = records_->ChangeSlot(number);
+  if (slot == nullptr) return -1;
+  const std::int32_t count = LoadLE32(slot + SiteLinkRec::kCountAt);
+  if (count < std::numeric_limits<std::int32_t>::max()) {
+    StoreLE32(slot + SiteLinkRec::kCountAt, count + 1);
+  }
+  return number;
+}
+
+// Its texts may be others now.
+int SiteLinkDB::Update(const SiteLinkRec& link) {
+  sourceKnown_ = false;
+  return PairTable::Update(link);
 }
 
 int SiteLinkDB::Delete(int number) {
@@ -107,7 +112,7 @@ int SiteLinkDB::Delete(int number) {
   if (number < 0 || !isOpen() || records_->Get(number, &link) < 0) return -1;
   if (link.count < 2) return Remove(link);
   --link.count;
-  return Update(link);
+  return PairTable::Update(link);
 }
 
 int SiteLinkDB::DeleteAll(int number) {

@@ -23,6 +23,8 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from, const UrlID& to,
           std::string_view alternative, int type, int offset);
 
+  // Writes a record back whose ends have not changed; 0 or -1.
+  int Update(const SiteLinkRec& link);
   // Takes one occurrence away; the record and its texts go with the last. 0 or -1.
   int Delete(int number);
   // Deletes a record as often as it occurs; 0 or -1.
@@ -32,15 +34,23 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Clear();
 
  private:
-  struct Known {  // a link of the current source
+  // A link of the current source, by all that tells it from the others.
+  struct Known {
     std::uint32_t hash;
     std::int32_t number;
+    UrlID to;
+    std::int32_t text;
+    std::int32_t alternative;
+    std::int32_t type;
   };
 
-  int RaiseEqual(SiteLinkRec& link, std::string_view alternative);
   int AddNew(SiteLinkRec& link, std::string_view alternative);
-  void TurnTo(const UrlID& source);
-  int FindEqual(const SiteLinkRec& link);
+  void TurnTo(const UrlID& source) {
+    if (!sourceKnown_ || !(source_ == source)) LearnLinksFrom(source);
+  }
+  void LearnLinksFrom(const UrlID& source);
+  void Learn(const SiteLinkRec& link, std::uint32_t hash);
+  int FindEqual(const SiteLinkRec& link, std::uint32_t hash) const;
   void Forget(const SiteLinkRec& link);
   int Remove(const SiteLinkRec& link);
   int Raise(int number);
