@@ -54,17 +54,19 @@ void TargetMemo::PutText(int text, bool variant, const UrlID& place) {
   texts_.Insert(HashOf(text, variant), {0, KeyOf(text, variant), place});
 }
 
-std::uint32_t RowsAhead::HashOf(std::size_t row) {
-  for (; hashed_ < std::min(row + kHashAhead, end_); ++hashed_) {
-    const std::uint32_t hash = SiteVarRecDB::HashOf(rows_[hashed_].target);
-    hashes_[hashed_ % hashes_.size()] = hash;
-    if (texts_ != nullptr) texts_->ExpectHash(hash);
+void RowsAhead::GoAhead(std::size_t row) {
+  passed_ = std::min(row + kRows, end_);
+  for (std::size_t i = row; i < passed_; ++i) {
+    SiteVarRecDB::Search& expected = expected_[i % kRows];
+    expected = {SiteVarRecDB::HashOf(rows_[i].target)};
+    if (texts_ != nullptr) texts_->ExpectHash(expected.hash);
   }
-  for (; texts_ != nullptr && expected_ < std::min(row + kTextAhead, hashed_); ++expected_) {
-    const int text = texts_->ExpectString(hashes_[expected_ % hashes_.size()]);
-    if (text >= 0) targets_.ExpectText(text);
+  if (texts_ == nullptr) return;
+  for (std::size_t i = row; i < passed_; ++i) {
+    SiteVarRecDB::Search& expected = expected_[i % kRows];
+    expected = texts_->ExpectString(expected.hash);
+    if (expected.id >= 0) targets_.ExpectText(expected.id);
   }
-  return hashes_[row % hashes_.size()];
 }
 
 }  // namespace zvrsit

@@ -67,34 +67,33 @@ class TargetMemo {
   std::string key_;  // scratch
 };
 
-// Goes ahead of the rows that are being registered and brings near what looking for their targets
-// will read: first the slot of the text's hash, then, when that has come, its string.
+// Goes ahead of the rows that are being registered, some at a time, and brings near what looking
+// for their targets will read: first the slot of each text's hash, then, when those have come, its
+// string.
 class RowsAhead {
  public:
-  // The rows `begin` to `end` of `rows`. `texts` are the strings of the link table, or null.
-  RowsAhead(const std::vector<LinkRow>& rows, std::size_t begin, std::size_t end,
-            const SiteVarRecDB* texts, const TargetMemo& targets)
-      : rows_(rows),
-        texts_(texts),
-        targets_(targets),
-        end_(end),
-        hashed_(begin),
-        expected_(begin) {}
+  // The rows before `end` of `rows`. `texts` are the strings of the link table, or null.
+  RowsAhead(const std::vector<LinkRow>& rows, std::size_t end, const SiteVarRecDB* texts,
+            const TargetMemo& targets)
+      : rows_(rows), texts_(texts), targets_(targets), end_(end) {}
 
-  // The hash of the target of a row; to be asked for one row after another.
-  std::uint32_t HashOf(std::size_t row);
+  // What is expected of looking for the target of a row; to be asked for one row after another.
+  const SiteVarRecDB::Search& ExpectedOf(std::size_t row) {
+    if (row >= passed_) GoAhead(row);
+    return expected_[row % kRows];
+  }
 
  private:
-  static constexpr std::size_t kHashAhead = 16;
-  static constexpr std::size_t kTextAhead = 8;
+  static constexpr std::size_t kRows = 16;
+
+  void GoAhead(std::size_t row);
 
   const std::vector<LinkRow>& rows_;
   const SiteVarRecDB* const texts_;
   const TargetMemo& targets_;
   const std::size_t end_;
-  std::size_t hashed_;    // the first row whose hash is not known yet
-  std::size_t expected_;  // the first row whose string is not on its way yet
-  std::array<std::uint32_t, 2 * kHashAhead> hashes_{};  // by row, in turn
+  std::size_t passed_ = 0;                              // all rows before it
+  std::array<SiteVarRecDB::Search, kRows> expected_{};  // by row, in turn
 };
 
 struct LinkMemo {

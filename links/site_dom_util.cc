@@ -129,7 +129,7 @@ int SiteDOMUtil::StoreMetas() {
       row.type = LT_META_REFRESH;
       row.offset = meta.offset;
       row.target = meta.content;
-      if (AddRow(row, SiteVarRecDB::HashOf(row.target)) == Outcome::kFailed) return -1;
+      if (AddRow(row, {SiteVarRecDB::HashOf(row.target)}) == Outcome::kFailed) return -1;
       continue;
     }
     const auto property = static_cast<std::size_t>(meta.key);
@@ -163,44 +163,51 @@ int SiteDOMUtil::StoreAnchors() {
 }
 
 int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
-  RowsAhead ahead(memo_->rows.links, begin, end, linkTexts_, memo_->targets);
+  const std::vector<LinkRow>& rows = memo_->rows.links;
+  RowsAhead ahead(rows, end, linkTexts_, memo_->targets);
   Outcome last = Outcome::kDone;
   for (std::size_t i = begin; i < end; ++i) {
-    const LinkRow& row = memo_->rows.links[i];
-    const std::uint32_t hash = ahead.HashOf(i);
-    if (row.ofSameElement && last != Outcome::kDone && !web_) continue;
-    last = AddRow(row, hash);
+    const SiteVarRecDB::Search& expected = ahead.ExpectedOf(i);
+    if (rows[i].ofSameElement && last != Outcome::kDone && !web_) continue;
+    last = AddRow(rows[i], expected);
     if (last == Outcome::kFailed) return -1;
   }
   return 0;
 }
 
 // Registers the target of one reference and adds the link. Most references of a site stand in a
-// page with the same base word by word, and cost one look-up more than their text. `hash` is that
-// of the target as a string.
-SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, std::uint32_t hash) {
+// page with the same base word by word, and cost one look-up more than their text. `expected` is
+// what to expect of looking for the target among the texts of the link table.
+SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const SiteVarRecDB::Search& expected) {
   SiteVarRecDB::Search text;
-  if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target, hash);
+  if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target, expected);
   const bool takesName = TakesDefaultName(row);
   const UrlID* const known = text.id < 0 ? nullptr : memo_->targets.FindText(text.id, takesName);
   UrlID target;
-  MemoKey key;  // where it is not known
-  Outcome outcome = Outcome::kDone;
+  Outcome outcome;
   if (known != nullptr) {
     target = *known;
+    outcome = AddLink(row, target, text);
   } else {
-    key = MemoKeyOf(row.target);
-    outcome = FindTarget(row, key, takesName, target);
-  }
-  if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
-  if (outcome == Outcome::kDone && !key.text.empty()) {
-    memo_->targets.PutText(text.id, takesName, target);
+    outcome = AddNewTarget(row, takesName, text, target);
   }
   if (outcome == Outcome::kDone && row.type == LT_APPLET && target.kind == kKindPath) {
     outcome = AddCodeBase(row, target);
   }
   // A page goes on after what it could not enter, but for the classic rules.
   return outcome == Outcome::kFailed && web_ ? Outcome::kSkipped : outcome;
+}
+
+// A link whose text was not met before in a page of the same base. Sets `target`.
+SiteDOMUtil::Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesName,
+                                               SiteVarRecDB::Search& text, UrlID& target) {
+  const MemoKey key = MemoKeyOf(row.target);
+  Outcome outcome = FindTarget(row, key, takesName, target);
+  if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
+  if (outcome == Outcome::kDone && !key.text.empty()) {
+    memo_->targets.PutText(text.id, takesName, target);
+  }
+  return outcome;
 }
 
 // Where the reference stands in the page's file; -1 when the page was converted to be read.

@@ -53,7 +53,9 @@ class SiteDOMUtil {
   int StoreProperty(std::int32_t& word, std::string_view text);
   int StoreAnchors();
   int AddRows(std::size_t begin, std::size_t end);
-  Outcome AddRow(const LinkRow& row, std::uint32_t hash);
+  Outcome AddRow(const LinkRow& row, const SiteVarRecDB::Search& expected);
+  Outcome AddNewTarget(const LinkRow& row, bool takesName, SiteVarRecDB::Search& text,
+                       UrlID& target);
   Outcome AddLink(const LinkRow& row, const UrlID& target, SiteVarRecDB::Search& text);
   int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);

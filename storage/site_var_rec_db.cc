@@ -250,25 +250,33 @@ void SiteVarRecDB::EnterName(std::string_view text, std::uint32_t hash, int id, 
 }
 
 SiteVarRecDB::Name* SiteVarRecDB::FindName(std::string_view text, std::uint32_t hash) {
-  return names_.Find(hash, [this, text](const Name& name) {
-    if (!inMemory) return copies_[name.offset] == text;
-    const char* head = Bytes(name.offset, kHeadSize + static_cast<std::int64_t>(text.size()) + 1);
-    return head != nullptr && LoadLE32(head + 4) == static_cast<std::int64_t>(text.size()) + 1 &&
-           std::memcmp(head + kHeadSize, text.data(), text.size()) == 0;
-  });
+  return names_.Find(hash, [this, text](const Name& name) { return HasText(name.offset, text); });
 }
 
-SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, std::uint32_t hash) {
+// Whether that is the text of the entry at `offset`, which is in the index.
+bool SiteVarRecDB::HasText(int offset, std::string_view text) {
+  if (!inMemory) return copies_[offset] == text;
+  const char* head = Bytes(offset, kHeadSize + static_cast<std::int64_t>(text.size()) + 1);
+  return head != nullptr && LoadLE32(head + 4) == static_cast<std::int64_t>(text.size()) + 1 &&
+         std::memcmp(head + kHeadSize, text.data(), text.size()) == 0;
+}
+
+SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, const Search& expected) {
+  if (expected.id >= 0 && Offset(expected.id) == expected.offset &&
+      HasText(expected.offset, text)) {
+    return expected;
+  }
   if (!isOpen() || MakeStringIndex() < 0) return {};
-  const Name* const name = FindName(text, hash);
-  return {hash, name == nullptr ? -1 : name->id};
+  const Name* const name = FindName(text, expected.hash);
+  return name == nullptr ? Search{expected.hash} : Search{expected.hash, name->id, name->offset};
 }
 
-int SiteVarRecDB::ExpectString(std::uint32_t hash) const {
+SiteVarRecDB::Search SiteVarRecDB::ExpectString(std::uint32_t hash) const {
   const Name* const name = names_.Guess(hash);
-  if (name == nullptr) return -1;
-  if (const char* const entry = Bytes(name->offset, kHeadSize)) PrefetchMemory(entry);
-  return name->id;
+  const char* const entry = name == nullptr ? nullptr : Bytes(name->offset, kHeadSize);
+  if (entry == nullptr) return {hash};
+  PrefetchMemory(entry);
+  return {hash, name->id, name->offset};
 }
 
 int SiteVarRecDB::FindString(std::string_view text) {

@@ -82,17 +82,18 @@ class SiteVarRecDB : public SiteDB {
   struct Search {
     std::uint32_t hash = 0;
     int id = -1;
+    int offset = 0;  // of the entry, when there is one
   };
-  Search Look(std::string_view text) { return Look(text, HashOf(text)); }
+  Search Look(std::string_view text) { return Look(text, {HashOf(text)}); }
   int AddString(std::string_view text, const Search& search);
 
   // For many strings one after another: what Look does, in three steps that can be taken for
   // several strings in turn, so that one is fetched from memory while another is worked on.
   static std::uint32_t HashOf(std::string_view text);
   void ExpectHash(std::uint32_t hash) const { names_.Prefetch(hash); }
-  // The number of a string of that hash, most likely the one that is meant; -1 for none.
-  int ExpectString(std::uint32_t hash) const;
-  Search Look(std::string_view text, std::uint32_t hash);
+  // A string of that hash, most likely the one that is meant.
+  Search ExpectString(std::uint32_t hash) const;
+  Search Look(std::string_view text, const Search& expected);
 
   // How often a number was freed so far: as long as this stays, each number keeps its string.
   std::uint32_t releases() const { return releases_; }
@@ -143,6 +144,7 @@ class SiteVarRecDB : public SiteDB {
   void AddName(std::string_view text, std::uint32_t hash, int id, int offset);
   void EnterName(std::string_view text, std::uint32_t hash, int id, int offset);
   Name* FindName(std::string_view text, std::uint32_t hash);
+  bool HasText(int offset, std::string_view text);
   int Unname(int offset, int length);
 
   int ChooseId();
