@@ -101,11 +101,6 @@ int SiteFixRecDB::ReadSlotAt(int offset, SlotBuffer& slot) {
                                                                                              : -1;
 }
 
-int SiteFixRecDB::ReadSlot(int id, SlotBuffer& slot) {
-  const int offset = SlotOffset(id);
-  return offset < 0 ? -1 : ReadSlotAt(offset, slot);
-}
-
 int SiteFixRecDB::AddSlot(SiteBaseRec* record, const Writer& writer) {
   if (!isOpen() || recordLength < 1 || writer.serialize == nullptr) return -1;
   const int id = ChooseId();
@@ -163,15 +158,24 @@ int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer&
 }
 
 int SiteFixRecDB::Delete(int id) {
-  SlotBuffer slot(recordLength);
-  if (ReadSlot(id, slot) < 0) return -1;
-  StoreLE32(slot.data(), -1);
-  const auto at = static_cast<std::size_t>(id);
-  if (WriteAt(slot.data(), slotIndex.at(at), recordLength) != recordLength) return -1;
-  slotIndex.slot(at) = 0;
+  const int offset = SlotOffset(id);
+  if (offset < 0 || MarkDead(offset) < 0) return -1;
+  slotIndex.slot(static_cast<std::size_t>(id)) = 0;
   --live_;
   if (id < cursor_) freed_.push(id);
   return 0;
+}
+
+int SiteFixRecDB::MarkDead(int offset) {
+  char* const place = recordLength >= 4 ? ChangeBytes(offset, recordLength) : nullptr;
+  if (place != nullptr) {
+    StoreLE32(place, -1);
+    return 0;
+  }
+  SlotBuffer slot(recordLength);
+  if (ReadSlotAt(offset, slot) < 0) return -1;
+  StoreLE32(slot.data(), -1);
+  return WriteAt(slot.data(), offset, recordLength) == recordLength ? 0 : -1;
 }
 
 int SiteFixRecDB::SearchNextId(int id) const {

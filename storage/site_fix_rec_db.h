@@ -165,8 +165,8 @@ class SiteFixRecDB : public SiteDB {
   int AddSlot(SiteBaseRec* record, const Writer& writer);
   int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
   int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
-  int ReadSlot(int id, SlotBuffer& slot);
   int ReadSlotAt(int offset, SlotBuffer& slot);
+  int MarkDead(int offset);
   int ChooseId();
   int WriteCounts();
   int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);

@@ -25,10 +25,6 @@ constexpr int kString = 1;
 constexpr int kBlock = 2;
 constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
 
-std::int32_t OneMore(std::int32_t references) {
-  return references < std::numeric_limits<std::int32_t>::max() ? references + 1 : references;
-}
-
 }  // namespace
 
 std::uint32_t SiteVarRecDB::HashOf(std::string_view text) {
@@ -305,13 +301,18 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
 
 // To the entry at `offset`; 0 or -1.
 int SiteVarRecDB::AddReference(int offset) {
-  if (char* const word = ChangeBytes(offset + kReferencesAt, 4)) {
-    StoreLE32(word, OneMore(LoadLE32(word)));
-    return 0;
-  }
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
-  head.references = OneMore(head.references);
+  const bool isFull = head.references == std::numeric_limits<std::int32_t>::max();
+  return WriteReferences(offset, head, head.references + (isFull ? 0 : 1));
+}
+
+int SiteVarRecDB::WriteReferences(int offset, Head& head, std::int32_t references) {
+  if (char* const word = ChangeBytes(offset + kReferencesAt, 4)) {
+    StoreLE32(word, references);
+    return 0;
+  }
+  head.references = references;
   return WriteHead(offset, head);
 }
 
@@ -399,10 +400,7 @@ int SiteVarRecDB::ReleaseStringUnindexed(int id) {
 int SiteVarRecDB::Release(int id, int offset) {
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
-  if (head.references >= 2) {
-    --head.references;
-    return WriteHead(offset, head);
-  }
+  if (head.references >= 2) return WriteReferences(offset, head, head.references - 1);
   if (MarkDead(offset, head) < 0) return -1;
   if (namesMade_ && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
     return -1;

@@ -154,6 +154,7 @@ class SiteVarRecDB : public SiteDB {
   bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
   int AddReference(int offset);
+  int WriteReferences(int offset, Head& head, std::int32_t references);
   int Release(int id, int offset);
   int MarkDead(int offset, Head& head);
   int AppendLiveEntries(PackFile& packed, int& entries);
