@@ -103,10 +103,29 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
   self_ = UrlID();
 
+  LookAhead();
   if (StoreTitle() < 0 || StoreMetas() < 0) return -1;
   if (AddRows(0, rows.anchorLinks) < 0) return -1;
   if (StoreAnchors() < 0) return -1;
   return AddRows(rows.anchorLinks, rows.links.size());
+}
+
+// Has all texts of the page looked for at once, where that is less work than one by one.
+void SiteDOMUtil::LookAhead() {
+  const PageRows& rows = memo_->rows;
+  std::vector<std::string_view> texts;
+  if (linkTexts_ != nullptr && !linkTexts_->hasStringIndex()) {
+    for (const LinkRow& row : rows.links) {
+      texts.push_back(row.target);
+      if (!row.alternative.empty()) texts.push_back(row.alternative);
+    }
+    linkTexts_->LookAhead(texts);
+  }
+  if (pathStrings->hasStringIndex()) return;
+  texts = rows.anchors;
+  texts.push_back(rows.title);
+  for (const MetaRow& meta : rows.metas) texts.push_back(meta.content);
+  pathStrings->LookAhead(texts);
 }
 
 // A title that cannot be stored is passed over.

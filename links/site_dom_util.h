@@ -48,6 +48,7 @@ class SiteDOMUtil {
   enum class Outcome { kDone, kSkipped, kFailed };
   struct MemoKey;
 
+  void LookAhead();
   int StoreTitle();
   int StoreMetas();
   int StoreProperty(std::int32_t& word, std::string_view text);

@@ -144,6 +144,8 @@ int SiteMgr::Rebuild::RefreshPaths() {
 
 // Entries that the pass itself adds are not read: their turn comes when the walk finds them.
 int SiteMgr::Rebuild::CollectLinks() {
+  manager_.linkDB->strings()->MakeStringIndex();
+  manager_.pathDB->strings()->MakeStringIndex();
   const int count = manager_.pathDB->Count();
   for (int number = 0; number < count; ++number) {
     if (progress_.Cancelled()) return -1;

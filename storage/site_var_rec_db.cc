@@ -1,6 +1,7 @@
 #include "storage/site_var_rec_db.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -23,7 +24,31 @@ constexpr int kHeadSize = 16;
 constexpr int kReferencesAt = 8;  // in a head
 constexpr int kString = 1;
 constexpr int kBlock = 2;
+// In a smaller file the index costs less than what is done without it; and after so many passes it
+// pays.
+constexpr int kManyEntries = 1024;
+constexpr int kMostPasses = 8;
 constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
+
+// Which texts are surely not among some: by their length and two of their bytes.
+class TextFilter {
+ public:
+  void Add(std::string_view text) { marks_.set(PlaceOf(text)); }
+  bool MayHave(std::string_view text) const { return marks_.test(PlaceOf(text)); }
+
+ private:
+  static constexpr std::size_t kPlaces = 1 << 12;
+
+  static std::size_t PlaceOf(std::string_view text) {
+    if (text.empty()) return 0;
+    const std::size_t size = text.size();
+    const auto byteAt = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    return (size ^ std::size_t{byteAt(size / 2)} << 4 ^ std::size_t{byteAt(size * 3 / 4)} << 2) %
+           kPlaces;
+  }
+
+  std::bitset<kPlaces> marks_;
+};
 
 }  // namespace
 
@@ -114,6 +139,7 @@ void SiteVarRecDB::ForgetEntries() {
   free_.clear();
   cursor_ = 0;
   dead_ = 0;
+  passes_ = 0;
   ++releases_;
   ForgetNames();
 }
@@ -206,29 +232,97 @@ int SiteVarRecDB::GetString(int id, std::string& text) {
 void SiteVarRecDB::ForgetNames() {
   names_.Clear();
   copies_.clear();
+  sought_.Clear();
+  unnamed_.clear();
   namesMade_ = false;
 }
 
-// The index is made when it is first needed: opening a large file to read it does not pay for it.
+// Calls visit(offset, id, text) for each string, until one gives -1.
+template <class Visit>
+int SiteVarRecDB::ForEachString(Visit visit) {
+  return ForEachEntry([&](int offset, const Head& head) {
+    if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
+    const std::string_view data = DataAt(offset, head.length, scratch_);
+    if (data.empty()) return -1;
+    visit(offset, head.id, data.substr(0, data.size() - 1));
+    return 0;
+  });
+}
+
 int SiteVarRecDB::MakeStringIndex() {
   if (namesMade_) return 0;
-  ForgetNames();
   names_.Reserve(static_cast<std::size_t>(headerWord2));
   // A text in direct mode is good until the next one is read.
   auto batch = MakeProbeBatch<FoundText>(names_, inMemory, [this](const FoundText& found) {
     EnterName(found.text, found.hash, found.id, found.offset);
   });
-  const int result = ForEachEntry([&](int offset, const Head& head) {
-    if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
-    const std::string_view data = DataAt(offset, head.length, scratch_);
-    if (data.empty()) return -1;
-    const std::string_view text = data.substr(0, data.size() - 1);
-    batch.Add({HashOf(text), head.id, offset, text});
-    return 0;
+  const int result = ForEachString([&](int offset, int id, std::string_view text) {
+    const std::uint32_t hash = HashOf(text);
+    if (!IsKnown(hash)) batch.Add({hash, id, offset, text});
   });
   batch.Finish();
-  namesMade_ = result == 0;
-  return result;
+  UnnameReleased([this](std::uint32_t hash) { return !IsKnown(hash); });
+  if (result < 0) {
+    ForgetNames();
+    return -1;
+  }
+  sought_.Clear();
+  unnamed_.clear();
+  namesMade_ = true;
+  return 0;
+}
+
+// What was released takes its text out of the index, whoever else has it.
+template <class IsWanted>
+void SiteVarRecDB::UnnameReleased(IsWanted isWanted) {
+  for (const std::int32_t offset : unnamed_) {
+    Head head;
+    if (ReadHead(offset, head) < 0) continue;
+    std::string_view text = DataAt(offset, head.length, scratch_);
+    text.remove_suffix(text.empty() ? 0 : 1);
+    const std::uint32_t hash = HashOf(text);
+    if (isWanted(hash)) Unname(text, hash);
+  }
+}
+
+bool SiteVarRecDB::MayGoOverFile() const {
+  return inMemory && !namesMade_ && passes_ < kMostPasses && headerWord2 >= kManyEntries;
+}
+
+void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
+  if (isOpen() && MayGoOverFile()) GoOverFileFor(texts);
+}
+
+int SiteVarRecDB::MakeKnown(std::string_view text, std::uint32_t hash) {
+  if (IsKnown(hash)) return 0;
+  return MayGoOverFile() ? GoOverFileFor({&text, 1}) : MakeStringIndex();
+}
+
+// Enters the strings with the hashes of these texts into the index; 0 or -1.
+int SiteVarRecDB::GoOverFileFor(std::span<const std::string_view> texts) {
+  ProbeTable<Sought> wanted;
+  TextFilter filter;
+  const auto isWanted = [&wanted](std::uint32_t hash) { return wanted.Guess(hash) != nullptr; };
+  for (const std::string_view text : texts) {
+    const std::uint32_t hash = HashOf(text);
+    if (IsKnown(hash)) continue;
+    filter.Add(text);
+    if (!isWanted(hash)) wanted.Insert(hash, {});
+  }
+  if (wanted.empty()) return 0;
+  ++passes_;
+  const int result = ForEachString([&](int offset, int id, std::string_view text) {
+    if (!filter.MayHave(text)) return;
+    const std::uint32_t hash = HashOf(text);
+    if (isWanted(hash)) EnterName(text, hash, id, offset);
+  });
+  UnnameReleased(isWanted);
+  if (result < 0) {
+    ForgetNames();
+    return -1;
+  }
+  wanted.ForEach([this](const Sought& sought) { sought_.Insert(sought.hash, {}); });
+  return 0;
 }
 
 void SiteVarRecDB::AddName(std::string_view text, std::uint32_t hash, int id, int offset) {
@@ -262,7 +356,7 @@ SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, const Search& exp
       HasText(expected.offset, text)) {
     return expected;
   }
-  if (!isOpen() || MakeStringIndex() < 0) return {};
+  if (!isOpen() || MakeKnown(text, expected.hash) < 0) return {};
   const Name* const name = FindName(text, expected.hash);
   return name == nullptr ? Search{expected.hash} : Search{expected.hash, name->id, name->offset};
 }
@@ -285,7 +379,7 @@ int SiteVarRecDB::AddString(std::string_view text) {
 }
 
 int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
-  if (text.empty() || !isOpen() || !namesMade_) return -1;
+  if (text.empty() || !isOpen() || !IsKnown(search.hash)) return -1;
   const int known = search.id < 0 ? -1 : Offset(search.id);
   if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
   const int offset = end_;
@@ -386,23 +480,22 @@ int SiteVarRecDB::WriteCounts(int newEnd) {
 
 int SiteVarRecDB::ReleaseString(int id) {
   const int offset = Offset(id);
-  if (offset <= 0) return offset;
-  return MakeStringIndex() < 0 ? -1 : Release(id, offset);
+  return offset <= 0 ? offset : Release(id, offset, true);
 }
 
 int SiteVarRecDB::ReleaseStringUnindexed(int id) {
   const int offset = Offset(id);
   if (offset <= 0) return offset;
-  if (namesMade_) ForgetNames();
-  return Release(id, offset);
+  if (namesMade_ || !sought_.empty()) ForgetNames();
+  return Release(id, offset, false);
 }
 
-int SiteVarRecDB::Release(int id, int offset) {
+int SiteVarRecDB::Release(int id, int offset, bool isNamed) {
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
   if (head.references >= 2) return WriteReferences(offset, head, head.references - 1);
   if (MarkDead(offset, head) < 0) return -1;
-  if (namesMade_ && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
+  if (isNamed && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
     return -1;
   }
   offsets_.slot(static_cast<std::size_t>(id)) = kReleased;
@@ -415,11 +508,20 @@ int SiteVarRecDB::Unname(int offset, int length) {
   const std::string_view data = DataAt(offset, length, scratch_);
   if (data.empty()) return -1;
   const std::string_view text = data.substr(0, data.size() - 1);
-  if (Name* name = FindName(text, HashOf(text))) {
-    copies_.erase(name->offset);
-    names_.Erase(name);
+  const std::uint32_t hash = HashOf(text);
+  if (IsKnown(hash)) {
+    Unname(text, hash);
+  } else {
+    unnamed_.push_back(offset);
   }
   return 0;
+}
+
+void SiteVarRecDB::Unname(std::string_view text, std::uint32_t hash) {
+  Name* const name = FindName(text, hash);
+  if (name == nullptr) return;
+  copies_.erase(name->offset);
+  names_.Erase(name);
 }
 
 int SiteVarRecDB::DeleteData(int id) {

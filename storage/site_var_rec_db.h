@@ -18,9 +18,11 @@
 #pragma once
 
 #include <deque>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
@@ -95,6 +97,14 @@ class SiteVarRecDB : public SiteDB {
   Search ExpectString(std::uint32_t hash) const;
   Search Look(std::string_view text, const Search& expected);
 
+  // Finding strings of a large file needs an index over all of them, which costs as much as some
+  // passes over the file. So the first few searches after opening, each for one string or for all
+  // that are given here together, are such passes. Those that fail are repeated by Look.
+  void LookAhead(std::span<const std::string_view> texts);
+  // Makes that index now, where many searches are to come; 0 or -1 (a damaged entry).
+  int MakeStringIndex();
+  bool hasStringIndex() const { return namesMade_; }
+
   // How often a number was freed so far: as long as this stays, each number keeps its string.
   std::uint32_t releases() const { return releases_; }
 
@@ -116,6 +126,9 @@ class SiteVarRecDB : public SiteDB {
     std::int32_t id;
     std::int32_t offset;
   };
+  struct Sought {
+    std::uint32_t hash;
+  };
   struct FoundText {  // on its way into the index
     std::uint32_t hash;
     std::int32_t id;
@@ -130,6 +143,8 @@ class SiteVarRecDB : public SiteDB {
   int WriteEnd();
   template <class Visit>
   int ForEachEntry(Visit visit);
+  template <class Visit>
+  int ForEachString(Visit visit);
 
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int Offset(int id) const;
@@ -140,12 +155,20 @@ class SiteVarRecDB : public SiteDB {
   std::string_view DataAt(int offset, int length, std::string& scratch);
 
   void ForgetNames();
-  int MakeStringIndex();
+  bool IsKnown(std::uint32_t hash) const {
+    return namesMade_ || (!sought_.empty() && sought_.Guess(hash) != nullptr);
+  }
+  bool MayGoOverFile() const;
+  int GoOverFileFor(std::span<const std::string_view> texts);
+  int MakeKnown(std::string_view text, std::uint32_t hash);
+  template <class IsWanted>
+  void UnnameReleased(IsWanted isWanted);
   void AddName(std::string_view text, std::uint32_t hash, int id, int offset);
   void EnterName(std::string_view text, std::uint32_t hash, int id, int offset);
   Name* FindName(std::string_view text, std::uint32_t hash);
   bool HasText(int offset, std::string_view text);
   int Unname(int offset, int length);
+  void Unname(std::string_view text, std::uint32_t hash);
 
   int ChooseId();
   int AddEntry(int kind, std::string_view data);
@@ -155,7 +178,7 @@ class SiteVarRecDB : public SiteDB {
   int WriteCounts(int newEnd);
   int AddReference(int offset);
   int WriteReferences(int offset, Head& head, std::int32_t references);
-  int Release(int id, int offset);
+  int Release(int id, int offset, bool isNamed);
   int MarkDead(int offset, Head& head);
   int AppendLiveEntries(PackFile& packed, int& entries);
 
@@ -168,9 +191,14 @@ class SiteVarRecDB : public SiteDB {
   // released since, from the front.
   std::size_t cursor_ = 0;
   std::deque<int> free_;
+  // The strings by their texts: all of them when it is made, else those with a hash that was
+  // sought.
   ProbeTable<Name> names_;
   bool namesMade_ = false;
-  std::string scratch_;  // direct mode: what was read last
+  ProbeTable<Sought> sought_;
+  std::vector<std::int32_t> unnamed_;  // offsets of strings that were released before it was made
+  int passes_ = 0;                     // over the file, since it was opened
+  std::string scratch_;                // direct mode: what was read last
   // Direct mode: the text of each entry in `names_`, by its offset, so that a search reads nothing.
   std::unordered_map<std::int32_t, std::string> copies_;
 };

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <filesystem>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "storage/record_file.h"
@@ -24,6 +26,64 @@ class VariableFile : public test::RecordFile<SiteVarRecDB> {
   }
   static std::string Entry(int id, int references, int kind, const std::string& data) {
     return test::Words({id, static_cast<int>(data.size()), references, kind}) + data;
+  }
+
+  // Adds `others` strings, then adds, releases, looks ahead, packs and opens again, against a
+  // model.
+  void LiveRandomly(int others) {
+    struct Held {
+      std::string text;
+      int references = 0;
+    };
+    std::mt19937 random(11);
+    std::vector<Held> model;
+    std::deque<std::size_t> free;
+    for (int id = 0; id < others; ++id) {
+      model.push_back({"other " + std::to_string(id), 1});
+      ASSERT_EQ(db_->AddString(model.back().text), id);
+    }
+    for (int step = 0; step < 4000; ++step) {
+      const auto choice = random() % 100;
+      const std::string text = "text " + std::to_string(random() % 60);
+      if (choice < 50) {
+        std::size_t id = 0;
+        while (id < model.size() && model[id].text != text) ++id;
+        if (id == model.size() && !free.empty()) {
+          id = free.front();
+          free.pop_front();
+        } else if (id == model.size()) {
+          model.emplace_back();
+        }
+        model[id].text = text;
+        ++model[id].references;
+        ASSERT_EQ(db_->AddString(text), static_cast<int>(id));
+      } else if (choice < 53) {
+        const std::string more = "text " + std::to_string(random() % 60);
+        const std::string_view texts[] = {text, more, "not there"};
+        db_->LookAhead(texts);
+      } else if (choice < 97 && !model.empty()) {
+        const auto id = random() % model.size();
+        ASSERT_EQ(db_->ReleaseString(static_cast<int>(id)), 0);
+        if (model[id].references > 0 && --model[id].references == 0) {
+          model[id].text.clear();
+          free.push_back(id);
+        }
+      } else {
+        if (choice == 97) {
+          ASSERT_EQ(db_->Pack(), 0);
+        }
+        Reopen();
+        free.clear();
+        for (std::size_t id = 0; id < model.size(); ++id) {
+          if (model[id].references == 0) free.push_back(id);
+        }
+      }
+    }
+    for (std::size_t id = 0; id < model.size(); ++id) {
+      const std::string& text = model[id].text;
+      ASSERT_EQ(db_->View(static_cast<int>(id)), text);
+      ASSERT_EQ(db_->FindString(text), text.empty() ? -1 : static_cast<int>(id));
+    }
   }
 };
 INSTANTIATE_TEST_SUITE_P(Modes, VariableFile, testing::Bool(), test::ModeName);
@@ -113,10 +173,24 @@ TEST_P(VariableFile, PacksLiveEntriesInTheOrderOfTheirNumbers) {
 }
 
 TEST_P(VariableFile, FindsTheLaterOfTwoEqualStringsInAFile) {
-  OpenOn(Head({2, 2, 64}) + Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "a\0"s));
+  const std::string twice = Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "a\0"s);
+  OpenOn(Head({2, 2, 64}) + twice);
   EXPECT_EQ(db_->FindString("a"), 1);
   EXPECT_EQ(db_->ReleaseString(0), 0);  // takes the text out of the index, whoever holds it
   EXPECT_EQ(db_->FindString("a"), -1);
+  // The same in a file with so many strings that they are not all looked at, asked for or not.
+  for (const bool isAsked : {false, true}) {
+    std::string bytes = twice;
+    for (int id = 2; id < 2000; ++id) bytes += Entry(id, 1, 1, std::to_string(id) + '\0');
+    OpenOn(Head({2000, 2000, static_cast<int>(28 + bytes.size())}) + bytes);
+    if (isAsked) {
+      EXPECT_EQ(db_->FindString("a"), 1);
+    }
+    EXPECT_EQ(db_->ReleaseString(0), 0);
+    for (int id = 1980; id < 2000; ++id) EXPECT_EQ(db_->FindString(std::to_string(id)), id);
+    EXPECT_EQ(db_->FindString("a"), -1);
+    EXPECT_EQ(db_->AddString("a"), 0);
+  }
 }
 
 TEST_P(VariableFile, AddsAStringThatLiesInItsOwnBuffer) {
@@ -129,52 +203,14 @@ TEST_P(VariableFile, AddsAStringThatLiesInItsOwnBuffer) {
   }
 }
 
-// Against a store told in the simplest way, through random lives.
+// Against a store told in the simplest way, through random lives; also among so many strings that
+// a session begins with passes over the file.
 TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
-  struct Held {
-    std::string text;
-    int references = 0;
-  };
-  std::mt19937 random(11);
-  std::vector<Held> model;
-  std::deque<std::size_t> free;
-  for (int step = 0; step < 4000; ++step) {
-    const auto choice = random() % 100;
-    const std::string text = "text " + std::to_string(random() % 60);
-    if (choice < 50) {
-      std::size_t id = 0;
-      while (id < model.size() && model[id].text != text) ++id;
-      if (id == model.size() && !free.empty()) {
-        id = free.front();
-        free.pop_front();
-      } else if (id == model.size()) {
-        model.emplace_back();
-      }
-      model[id].text = text;
-      ++model[id].references;
-      ASSERT_EQ(db_->AddString(text), static_cast<int>(id));
-    } else if (choice < 97 && !model.empty()) {
-      const auto id = random() % model.size();
-      ASSERT_EQ(db_->ReleaseString(static_cast<int>(id)), 0);
-      if (model[id].references > 0 && --model[id].references == 0) {
-        model[id].text.clear();
-        free.push_back(id);
-      }
-    } else {
-      if (choice == 97) {
-        ASSERT_EQ(db_->Pack(), 0);
-      }
-      Reopen();
-      free.clear();
-      for (std::size_t id = 0; id < model.size(); ++id) {
-        if (model[id].references == 0) free.push_back(id);
-      }
-    }
-  }
-  for (std::size_t id = 0; id < model.size(); ++id) {
-    const std::string& text = model[id].text;
-    ASSERT_EQ(db_->View(static_cast<int>(id)), text);
-    ASSERT_EQ(db_->FindString(text), text.empty() ? -1 : static_cast<int>(id));
+  for (const int others : {0, 1500}) {
+    db_->Close();
+    std::filesystem::remove(folder_.native("t"));
+    ASSERT_EQ(db_->Open(), 0);
+    LiveRandomly(others);
   }
 }
 
