@@ -20,7 +20,10 @@ constexpr int kWord1 = 16;
 constexpr int kWord2 = 20;
 constexpr std::uint32_t kStep = 4096;
 constexpr std::uint32_t kSmallFile = 1 << 20;
-constexpr std::chrono::seconds kCoarsestFileTime(2);
+// A file system that keeps whole seconds or milliseconds may keep only every other second; one that
+// keeps more takes the time from the system's clock, which ticks at least as often as this.
+constexpr std::chrono::nanoseconds kCoarseFileTime = std::chrono::seconds(2);
+constexpr std::chrono::nanoseconds kFineFileTime = std::chrono::milliseconds(50);
 constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
 // What is set aside for a file of that size when it is opened.
@@ -96,8 +99,9 @@ int SiteDB::OpenWhole() {
 // that was written a moment ago: another change could get the same time.
 void SiteDB::FollowChanges(const platform::FileStat& onDisk) {
   const std::chrono::nanoseconds written(onDisk.modificationNanoseconds);
-  const bool isSettled =
-      std::chrono::system_clock::now().time_since_epoch() - written > kCoarsestFileTime;
+  const bool isCoarse = written % std::chrono::milliseconds(1) == std::chrono::nanoseconds(0);
+  const bool isSettled = std::chrono::system_clock::now().time_since_epoch() - written >
+                         (isCoarse ? kCoarseFileTime : kFineFileTime);
   onDisk_ = onDisk;
   changed_.Follow(isSettled && onDisk.size == size && size >= kSmallFile ? size : 0);
 }
