@@ -78,6 +78,7 @@ class SiteRelRec : public SiteBaseRec {
  public:
   static constexpr int kRecordType = 3;
   static constexpr int kSlotLength = 24;
+  static constexpr int kFromAt = 4;  // where `from` lies in a slot
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 

@@ -11,6 +11,7 @@ int PairTableBase::OpenPairs(const std::string& path, int recordLength, int reco
 EndIndex& PairTableBase::MadeIndex(End which) {
   EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
   if (index.isMade()) return index;
+  if (which == End::kFrom) sources_.clear();
   index.Start(records_->liveCount());
   records_->FindIf<SiteRelRec>([&index, which](const SiteRelRec& record) {
     index.Append(which == End::kFrom ? record.from : record.to, record.id);
@@ -20,7 +21,11 @@ EndIndex& PairTableBase::MadeIndex(End which) {
 }
 
 void PairTableBase::EnterEnds(const UrlID& from, const UrlID& to, int number) {
-  if (fromIndex_.isMade()) fromIndex_.Append(from, number);
+  if (fromIndex_.isMade()) {
+    fromIndex_.Append(from, number);
+  } else if (Source* const source = FindSource(from)) {
+    source->numbers.push_back(number);
+  }
   if (toIndex_.isMade()) toIndex_.Append(to, number);
 }
 
@@ -32,6 +37,36 @@ void PairTableBase::RemoveEnds(const SiteRelRec& record) {
 void PairTableBase::ForgetEnds() {
   fromIndex_.Forget();
   toIndex_.Forget();
+  sources_.clear();
+}
+
+PairTableBase::Source* PairTableBase::FindSource(const UrlID& from) {
+  const auto found = std::find_if(sources_.begin(), sources_.end(),
+                                  [&from](const Source& source) { return source.end == from; });
+  return found == sources_.end() ? nullptr : &*found;
+}
+
+// The records of a source, ascending; null where the index is to be asked. Saving a page asks for
+// its own and those of its sheets, which takes a walk over the table each where the index would
+// take several. After some of them it is made.
+const std::vector<int>* PairTableBase::NumbersOf(const UrlID& from) {
+  if (fromIndex_.isMade()) return nullptr;
+  Source* source = FindSource(from);
+  if (source == nullptr) {
+    if (sources_.size() == kMostSources) return nullptr;
+    source = &sources_.emplace_back(Source{from, {}});
+    records_->ForEachWithWords(SiteRelRec::kFromAt, from.kind, from.id,
+                               [source](int number) { source->numbers.push_back(number); });
+  }
+  // Some may be gone, and their numbers used again.
+  std::vector<int>& numbers = source->numbers;
+  std::sort(numbers.begin(), numbers.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+  std::erase_if(numbers, [this, &from](int number) {
+    SiteRelRec record;
+    return records_->Get(number, &record) < 0 || !(record.from == from);
+  });
+  return &numbers;
 }
 
 // Calls visit(number) for each record that joins the two ends. With both given the shorter list is
@@ -41,6 +76,12 @@ void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit
   if (from == kAnyUrlID && to == kAnyUrlID) {
     for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) visit(number);
     return;
+  }
+  if (to == kAnyUrlID) {
+    if (const std::vector<int>* const numbers = NumbersOf(from)) {
+      std::for_each(numbers->begin(), numbers->end(), visit);
+      return;
+    }
   }
   const bool anyFrom = from == kAnyUrlID;
   const bool both = !anyFrom && !(to == kAnyUrlID);

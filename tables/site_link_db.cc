@@ -70,8 +70,8 @@ void SiteLinkDB::LearnLinksFrom(const UrlID& source) {
   known_.Clear();
   source_ = source;
   sourceKnown_ = true;
-  const EndIndex& index = MadeIndex(End::kFrom);
-  for (int number = index.First(source); number >= 0; number = index.Next(number)) {
+  Query(source, kAnyUrlID, numbers_);
+  for (const int number : numbers_) {
     SiteLinkRec link;
     if (Get(number, link) == 0) Learn(link, HashLink(link));
   }

@@ -59,6 +59,7 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   UrlID source_;
   bool sourceKnown_ = false;
   ProbeTable<Known> known_;
+  std::vector<int> numbers_;  // scratch
 };
 
 }  // namespace zvrsit
