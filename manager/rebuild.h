@@ -14,7 +14,9 @@ namespace zvrsit {
 
 namespace platform {
 struct FileStat;
-}
+struct FindData;
+struct FindState;
+}  // namespace platform
 class SitePathRec;
 
 // Private to SiteMgr; the program sees only its operations.
@@ -50,7 +52,7 @@ class SiteMgr::Rebuild {
   // rebuild_walk.cc
   int WalkFolders();
   int WalkFolder(const Folder& folder);
-  int Visit(const Folder& folder, const std::string& name);
+  int Visit(const Folder& folder, platform::FindState* search, const platform::FindData& entry);
   int RegisterFile(const Folder& folder, const std::string& path, const platform::FileStat& found);
   int RegisterFolder(const Folder& folder, const std::string& name,
                      const platform::FileStat& found);

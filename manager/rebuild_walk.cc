@@ -42,18 +42,20 @@ int SiteMgr::Rebuild::WalkFolder(const Folder& folder) {
   }
   int result = 0;
   do {
-    result = Visit(folder, found.name);
+    result = Visit(folder, search, found);
   } while (result == 0 && platform::FindNext(search, found));
   platform::FindClose(search);
   return result;
 }
 
 // A name with a "#" is left out, on purpose: in a link it would read as that of a fragment.
-int SiteMgr::Rebuild::Visit(const Folder& folder, const std::string& name) {
+int SiteMgr::Rebuild::Visit(const Folder& folder, platform::FindState* search,
+                            const platform::FindData& entry) {
+  const std::string& name = entry.name;
   if (name == "." || name == ".." || FindLastHashMB(name) != std::string::npos) return 0;
-  const std::string path = folder.name + name;
   platform::FileStat found;
-  if (platform::Stat(path, found) < 0) return 0;
+  if (platform::StatFound(search, entry, found) < 0) return 0;
+  const std::string path = folder.name + name;
   if (found.isRegular()) return RegisterFile(folder, path, found);
   return found.isFolder() ? RegisterFolder(folder, path + "\\", found) : 0;
 }

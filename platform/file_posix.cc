@@ -10,6 +10,7 @@
 
 #include "platform/file.h"
 #include "platform/file_fault_check.h"
+#include "platform/file_posix.h"
 #include "platform/native_path.h"
 
 namespace zvrsit::platform {
@@ -74,6 +75,13 @@ void Fill(const struct stat& status, FileStat& result) {
   result.modificationNanoseconds = Nanoseconds(ModificationTime(status));
   result.device = static_cast<std::uint64_t>(status.st_dev);
   result.file = static_cast<std::uint64_t>(status.st_ino);
+}
+
+int FilledAt(int folder, const char* name, FileStat& result) {
+  struct stat status;
+  if (::fstatat(folder, name, &status, 0) != 0) return Fail(errno);
+  Fill(status, result);
+  return 0;
 }
 
 }  // namespace

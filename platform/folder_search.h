@@ -5,6 +5,8 @@
 
 namespace zvrsit::platform {
 
+struct FileStat;
+
 struct FindData {
   std::string name;  // last component only, spelled as on disk
 };
@@ -21,6 +23,9 @@ using FindHandle = FindState*;
 FindHandle FindFirst(const std::string& pattern, FindData& found);
 // The next entry of the search; false at its end.
 bool FindNext(FindHandle handle, FindData& found);
+// Stat (platform/file.h) of an entry that the search has found. Cheaper than by its path where the
+// system can take the entry's name in the folder that is being searched.
+int StatFound(FindHandle handle, const FindData& found, FileStat& result);
 // Ends a search; a null handle is allowed.
 void FindClose(FindHandle handle);
 

@@ -3,19 +3,30 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "platform/file.h"
+#include "platform/file_posix.h"
 #include "platform/folder_search.h"
 #include "platform/native_path.h"
 #include "platform/single_byte.h"
 
 namespace zvrsit::platform {
 
+using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
+
 // The names of a folder, one behind the other with a NUL after each.
 struct FindState {
+  explicit FindState(std::string folderPath) : path(std::move(folderPath)) {}
+
+  std::string path;                 // of the folder, as it stood in the pattern
+  std::size_t nativeLength = 0;     // of the folder's native path
+  Folder folder{nullptr, nullptr};  // open as long as the search; null when it is for one entry
   std::string names;
   std::vector<std::size_t> starts;  // of each name, in the order of the answers
   std::size_t next = 0;
@@ -26,8 +37,6 @@ struct FindState {
 namespace {
 
 constexpr std::string_view kEverything = "*.*";
-
-using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
 
 Folder OpenFolder(const std::string& native) {
   return {::opendir(native.c_str()), ::closedir};
@@ -64,15 +73,16 @@ std::size_t LastComponent(std::string_view path) {
 FindHandle ListFolder(const std::string& folderPath) {
   std::string native;
   if (!ToNativePath(folderPath, native)) return nullptr;
-  const Folder folder = OpenFolder(native.empty() ? "." : native);
-  if (!folder) return nullptr;
-  auto state = std::make_unique<FindState>();
+  auto state = std::make_unique<FindState>(folderPath);
+  state->nativeLength = native.size();
+  state->folder = OpenFolder(native.empty() ? "." : native);
+  if (!state->folder) return nullptr;
   const auto add = [&state](std::string_view name) {
     if (!CanBeNamed(name)) return;
     state->starts.push_back(state->names.size());
     state->names.append(name).push_back('\0');
   };
-  if (!ForEachName(folder.get(), add)) return nullptr;
+  if (!ForEachName(state->folder.get(), add)) return nullptr;
   std::sort(state->starts.begin(), state->starts.end(),
             [&state](std::size_t a, std::size_t b) { return state->nameAt(a) < state->nameAt(b); });
   return state.release();
@@ -140,13 +150,20 @@ FindHandle FindFirst(const std::string& pattern, FindData& found) {
   std::string spelling = SpellingOnDisk(pattern, name);
   if (spelling.empty()) return nullptr;
   found.name = std::move(spelling);
-  return new FindState;
+  return new FindState(pattern.substr(0, nameStart));
 }
 
 bool FindNext(FindHandle handle, FindData& found) {
   if (!handle || handle->next >= handle->starts.size()) return false;
   found.name = handle->nameAt(handle->starts[handle->next++]);
   return true;
+}
+
+int StatFound(FindHandle handle, const FindData& found, FileStat& result) {
+  // What no call could reach by its path does not count as found in its folder either.
+  const bool hasPath = handle->nativeLength + found.name.size() < PATH_MAX;
+  if (!handle->folder || !hasPath) return Stat(handle->path + found.name, result);
+  return StatIn(::dirfd(handle->folder.get()), found.name.c_str(), result);
 }
 
 void FindClose(FindHandle handle) {

@@ -1,17 +1,25 @@
 #include <windows.h>
 
+#include "platform/file.h"
 #include "platform/folder_search.h"
 #include "platform/native_path.h"
-
 #include "platform/single_byte.h"
 
 namespace zvrsit::platform {
 
 struct FindState {
   HANDLE search;
+  std::string folder;  // as it stood in the pattern
 };
 
 namespace {
+
+// Where the last component begins: behind the last `\`, or behind the colon of a drive.
+std::size_t NameStart(const std::string& path) {
+  const std::size_t separator = FindLastSingleByte(path, '\\');
+  if (separator != std::string::npos) return separator + 1;
+  return path.size() >= 2 && path[1] == ':' ? 2 : 0;
+}
 
 // No name holds a wildcard, so a path that does, from a link in some page, names nothing.
 bool IsAsked(const std::string& pattern) {
@@ -30,7 +38,7 @@ FindHandle FindFirst(const std::string& pattern, FindData& found) {
   const HANDLE search = ::FindFirstFileA(native.c_str(), &data);
   if (search == INVALID_HANDLE_VALUE) return nullptr;
   found.name = data.cFileName;
-  return new FindState{search};
+  return new FindState{search, pattern.substr(0, NameStart(pattern))};
 }
 
 bool FindNext(FindHandle handle, FindData& found) {
@@ -38,6 +46,11 @@ bool FindNext(FindHandle handle, FindData& found) {
   if (!handle || !::FindNextFileA(handle->search, &data)) return false;
   found.name = data.cFileName;
   return true;
+}
+
+// What FindFirstFile tells is of a link itself, and numbers no file.
+int StatFound(FindHandle handle, const FindData& found, FileStat& result) {
+  return Stat(handle->folder + found.name, result);
 }
 
 void FindClose(FindHandle handle) {

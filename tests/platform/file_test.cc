@@ -17,6 +17,7 @@
 #include <unistd.h>
 #endif
 
+#include "platform/folder_search.h"
 #include "support/file_fault.h"
 #include "support/temp_folder.h"
 
@@ -139,6 +140,34 @@ TEST(File, StatTellsKindsAndClampsWhatDoesNotFit) {
   EXPECT_EQ(status.modificationNanoseconds, 0x90000000 * kSecond + 700);
   EXPECT_EQ(Stat(folder.path("none"), status), -1);
   EXPECT_EQ(Stat(folder.path("big") + std::string("\0x", 2), status), -1);
+}
+
+TEST(File, AFoundEntryHasTheStatusOfItsPath) {
+  const TempFolder folder;
+  folder.write("sub/a", "12345");
+  folder.makeFolder("sub/b");
+  for (const std::string& pattern : {folder.path("sub") + "\\*.*", folder.path("sub/a")}) {
+    FindData found;
+    const FindHandle search = FindFirst(pattern, found);
+    ASSERT_NE(search, nullptr);
+    do {
+      FileStat status, ofPath;
+      ASSERT_EQ(StatFound(search, found, status), 0) << found.name;
+      ASSERT_EQ(Stat(folder.path("sub/" + found.name), ofPath), 0);
+      EXPECT_EQ(status.file, ofPath.file);
+      EXPECT_EQ(status.mode, ofPath.mode);
+      EXPECT_EQ(status.size, ofPath.size);
+      EXPECT_EQ(status.modificationNanoseconds, ofPath.modificationNanoseconds);
+      test::FileFault fault(1);
+      EXPECT_EQ(StatFound(search, found, status), -1);
+      EXPECT_EQ(LastError(), EIO);
+    } while (FindNext(search, found));
+    FileStat status;
+    found.name = "none";
+    EXPECT_EQ(StatFound(search, found, status), -1);
+    EXPECT_EQ(LastError(), ENOENT);
+    FindClose(search);
+  }
 }
 
 TEST(File, RenameMovesReplaceReplacesAndUnlinkRemoves) {
