@@ -20,8 +20,15 @@ MappedFile::~MappedFile() = default;
 
 bool MappedFile::open(const std::string& path, int mode) {
   close();
-  if (mode != 0) return false;
-  const int fd = platform::Open(path, platform::kOpenReadOnly);
+  return mode == 0 && ReadAndClose(platform::Open(path, platform::kOpenReadOnly));
+}
+
+bool MappedFile::open(const std::string& path, platform::NearbyFiles& nearby) {
+  close();
+  return ReadAndClose(nearby.OpenToRead(path));
+}
+
+bool MappedFile::ReadAndClose(int fd) {
   if (fd < 0) return false;
   open_ = Read(fd);
   platform::Close(fd);

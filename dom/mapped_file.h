@@ -6,6 +6,7 @@
 
 #include "platform/api.h"
 #include "platform/large_memory.h"
+#include "platform/nearby_files.h"
 
 namespace zvrsit {
 
@@ -22,6 +23,8 @@ class ZVRSIT_API MappedFile {
   // there is no such file, it is no regular file, it cannot be read, or it is larger than 2^31-1
   // bytes. A file that was open before is closed in any case.
   bool open(const std::string& path, int mode);
+  // The same for one of the files that an operation reads one after another.
+  bool open(const std::string& path, platform::NearbyFiles& nearby);
 
   // The content of the open file, good until close() or the next open(); kTextPadding zeros follow
   // it. Not null, even when the file is empty; without an open file, null and 0.
@@ -31,6 +34,7 @@ class ZVRSIT_API MappedFile {
   void close();
 
  private:
+  bool ReadAndClose(int fd);
   bool Read(int fd);
 
   platform::LargeBuffer buffer_;

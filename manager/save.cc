@@ -48,7 +48,7 @@ bool CancelEqual(int* ids, int count, const std::unordered_set<int>& others) {
 
 // Reads the file into `document`; a file that cannot be read leaves it empty. False then.
 bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) {
-  if (!memo.pageFile.open(path, 0)) return false;
+  if (!memo.pageFile.open(path, memo.nearbyFiles)) return false;
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
     document.createNodesInPlace(memo.pageText.text(), static_cast<int>(memo.pageText.length()),
                                 true);

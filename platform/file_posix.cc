@@ -45,6 +45,14 @@ int SystemFlags(int flags) {
   return result | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 }
 
+int OpenAt(int folder, const char* name, int flags, int permission) {
+  int fd;
+  do {
+    fd = ::openat(folder, name, SystemFlags(flags), static_cast<mode_t>(permission));
+  } while (fd < 0 && errno == EINTR);
+  return fd;
+}
+
 std::int32_t ClampTime(std::int64_t time) {
   using Limits = std::numeric_limits<std::int32_t>;
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(time, Limits::min(), Limits::max()));
@@ -89,11 +97,13 @@ int FilledAt(int folder, const char* name, FileStat& result) {
 int Open(const std::string& path, int flags, int permission) {
   if (MustFail(FileCall::kOpen)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
-  int fd;
-  do {
-    fd = ::open(nativePath.c_str(), SystemFlags(flags), static_cast<mode_t>(permission));
-  } while (fd < 0 && errno == EINTR);
-  return Noted(fd);
+  return Noted(OpenAt(AT_FDCWD, nativePath.c_str(), flags, permission));
+}
+
+int OpenToReadIn(int folder, const char* name, const char* path) {
+  if (MustFail(FileCall::kOpen)) return Fail(EIO);
+  const int fd = OpenAt(folder, name, kOpenReadOnly, 0);
+  return fd >= 0 ? fd : Noted(OpenAt(AT_FDCWD, path, kOpenReadOnly, 0));
 }
 
 int Close(int fd) {
@@ -148,10 +158,11 @@ std::int64_t SeekEnd(int fd) {
 int Stat(const std::string& path, FileStat& result) {
   if (MustFail(FileCall::kStat)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
-  struct stat status;
-  if (::stat(nativePath.c_str(), &status) != 0) return Fail(errno);
-  Fill(status, result);
-  return 0;
+  return FilledAt(AT_FDCWD, nativePath.c_str(), result);
+}
+
+int StatIn(int folder, const char* name, FileStat& result) {
+  return MustFail(FileCall::kStat) ? Fail(EIO) : FilledAt(folder, name, result);
 }
 
 int StatOpen(int fd, FileStat& result) {

@@ -12,6 +12,7 @@
 
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
+#include "platform/nearby_files.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -40,7 +41,8 @@ struct OperationMemo {
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
 
-  // Buffers of the page being read, kept from page to page.
+  // The folder and the buffers of the page being read, kept from page to page.
+  platform::NearbyFiles nearbyFiles;
   MappedFile pageFile;
   CodeConv pageText;
   // Where the text of the page being read begins in its file; -1 when it had to be converted, so
