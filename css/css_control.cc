@@ -1,6 +1,7 @@
 #include "css/css_control.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "css/css_decode.h"
@@ -10,6 +11,7 @@
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "dom/mapped_file.h"
+#include "links/ascii.h"
 #include "links/extractor.h"
 #include "util/mb_string.h"
 
@@ -30,14 +32,18 @@ int TypeOf(CssReferenceKind kind) {
   return CCSSControl::Type_Other;
 }
 
-// Whether one of the words of an upper-case REL is STYLESHEET.
+// Style links of a page that room is made for at once.
+constexpr std::size_t kUsualLinks = 8;
+
+constexpr std::string_view kStylesheet = "stylesheet";
+
+// Whether one of the words of a REL is STYLESHEET.
 bool HoldsStylesheet(std::string_view rel) {
-  constexpr std::string_view kWord = "STYLESHEET";
   for (size_t at = 0;;) {
     at = rel.find_first_not_of(kWhitespace, at);
     if (at == std::string_view::npos) return false;
     const size_t end = std::min(rel.find_first_of(kWhitespace, at), rel.size());
-    if (rel.substr(at, end - at) == kWord) return true;
+    if (EqualsLower(rel.substr(at, end - at), kStylesheet)) return true;
     at = end;
   }
 }
@@ -96,7 +102,7 @@ void CCSSControl::SetSiteDocumentRoot(const std::string& folder) {
 }
 
 void CCSSControl::SetLinkRules(LinkRules rules) {
-  resolver_ = TargetResolver(rules);
+  resolver_ = ReferenceResolver(rules);
   DropSheets();
 }
 
@@ -168,7 +174,7 @@ void CCSSControl::ReadSheet(const std::string& path, CssSheet& sheet) {
 }
 
 void CCSSControl::BeginFile(const std::string& path) {
-  resolver_.BeginPage(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
+  resolver_.BeginFile(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
 }
 
 void CCSSControl::CollectPage(const std::string& path, const Document& document,
@@ -191,18 +197,22 @@ void CCSSControl::CollectPage(const std::string& path, const Document& document,
 // A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
 // ordinary link of the page, but the sheet is read all the same.
 void CCSSControl::AddLinks(const Document& document, CCSSFileTree& tree) {
-  for (const std::uint32_t index : document.elementsOf(Tag::kLink)) {
+  const std::span<const std::uint32_t> links = document.elementsOf(Tag::kLink);
+  tree.ofThePage_.reserve(std::min(links.size(), kUsualLinks));
+  for (const std::uint32_t index : links) {
     const AttributeList attributes = document.element(index).attributes();
     const Attribute rel = attributes.find(Attr::kRel);
     const Attribute href = attributes.find(Attr::kHref);
     if (!rel || !href) continue;
-    std::string words = rel.value();
-    ToUpperMB(words);
-    const bool isStyleLink = words == "STYLESHEET";
-    if (!isStyleLink && !HoldsStylesheet(words)) continue;
+    rel_.clear();
+    rel.appendValue(rel_);
+    const bool isStyleLink = EqualsLower(rel_, kStylesheet);
+    if (!isStyleLink && !HoldsStylesheet(rel_)) continue;
     std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage_ : tree.roots_;
     const int offset = static_cast<int>(href.valueOffset());
-    const bool isAdded = AddNode(href.value(), offset, Type_Link, nodes);
+    href_.clear();
+    href.appendValue(href_);
+    const bool isAdded = AddNode(href_, offset, Type_Link, nodes);
     if (!isStyleLink && isAdded && !nodes.back().isSheet) nodes.pop_back();
   }
 }
@@ -250,19 +260,21 @@ void CCSSControl::AddReferences(std::vector<CssNode>& nodes) {
 }
 
 // False when the reference names nothing that could be recorded.
-bool CCSSControl::AddNode(const std::string& declared, int offset, int type,
+bool CCSSControl::AddNode(std::string_view declared, int offset, int type,
                           std::vector<CssNode>& nodes) {
-  CssNode node;
-  const TargetKind kind = declared.empty() ? TargetKind::kNone : resolver_.Resolve(declared, node);
-  if (kind != TargetKind::kLocal && kind != TargetKind::kExternal) return false;
-  if (node.empty()) return false;
+  if (declared.empty()) return false;
+  CssNode& node = nodes.emplace_back();
+  const TargetKind kind = resolver_.Resolve(declared, node);
+  if (node.empty() || (kind != TargetKind::kLocal && kind != TargetKind::kExternal)) {
+    nodes.pop_back();
+    return false;
+  }
   node.declared = declared;
   node.offset = offset;
   node.type = type;
   node.isExternal = kind == TargetKind::kExternal;
   const bool namesSheet = type == Type_Link || type == Type_Import;
   node.isSheet = namesSheet && !node.isExternal && IsReadable(node);
-  nodes.push_back(std::move(node));
   return true;
 }
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "css/css_file_tree.h"
+#include "css/reference_resolver.h"
 #include "links/link_rules.h"
-#include "links/target_resolver.h"
 #include "platform/api.h"
 
 namespace zvrsit {
@@ -79,7 +79,7 @@ class ZVRSIT_API CCSSControl {
   // References are taken from the file at `path` from here on.
   void BeginFile(const std::string& path);
   void AddReferences(std::vector<CssNode>& nodes);  // of found_
-  bool AddNode(const std::string& declared, int offset, int type, std::vector<CssNode>& nodes);
+  bool AddNode(std::string_view declared, int offset, int type, std::vector<CssNode>& nodes);
   bool IsReadable(const std::string& path) const;
 
   DOM* dom_ = nullptr;
@@ -87,8 +87,10 @@ class ZVRSIT_API CCSSControl {
   std::string slot7_;
   std::string slot3_;
   std::string documentRoot_;
-  TargetResolver resolver_;
+  ReferenceResolver resolver_;
   std::vector<CssReference> found_;  // scratch
+  std::string rel_;                  // scratch
+  std::string href_;                 // scratch
   std::unordered_map<std::string, std::shared_ptr<const CssSheet>> sheets_;
 };
 

@@ -80,6 +80,7 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
 // Registers the sheets among `first` and its siblings and below them, each before what it refers
 // to.
 void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
+  if (first == nullptr) return;
   std::vector<const std::string*> levels{first};
   while (!levels.empty()) {
     const std::string* const node = levels.back();
@@ -96,7 +97,7 @@ void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
 
 // False when the sheet needs no second look in this operation, or has no place in the tables.
 bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
-  const int number = AddFile(*sheet, siteRoot_);
+  const int number = AddTarget(*sheet, siteRoot_);
   if (number < 0 || !Registered().insert(number).second) return false;
   if (tree.hasChildren(sheet) && !HasStyleLinks(number)) RegisterTreeNode(sheet, tree, siteRoot_);
   return true;
@@ -117,7 +118,7 @@ int SiteCSSUtil::RegisterTreeNode(const std::string* node, CCSSFileTree& tree,
 void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                                 const std::string& siteRoot) {
   const bool isExternal = tree.isExternal(child);
-  const int target = isExternal ? AddUrl(*child) : AddFile(*child, siteRoot);
+  const int target = isExternal ? AddUrl(*child) : AddTarget(*child, siteRoot);
   if (target < 0) return;
   const std::string* const declared = tree.getDeclaredText(child);
   const std::string& text = declared != nullptr ? *declared : *child;
@@ -140,6 +141,16 @@ int SiteCSSUtil::OffsetInFile(int offset) const {
 int SiteCSSUtil::AddUrl(const std::string& url) {
   const int known = urlTable_->Find(url);
   return known >= 0 ? known : manager_->AddUrl(url);
+}
+
+// AddFile() for a file that many pages may refer to: once an operation is enough.
+int SiteCSSUtil::AddTarget(const std::string& path, const std::string& siteRoot) {
+  OperationMemo* const memo = manager_->GetOperationMemo();
+  if (memo == nullptr) return AddFile(path, siteRoot);
+  if (const std::int32_t* const known = memo->styleTargets.Find(path)) return *known;
+  const int number = AddFile(path, siteRoot);
+  if (number >= 0) memo->styleTargets.Put(path, number);
+  return number;
 }
 
 // The classic rules take a known file as its record has it, and give up one that could not be

@@ -50,6 +50,7 @@ class ZVRSIT_API SiteCSSUtil {
   void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                      const std::string& siteRoot);
   int AddUrl(const std::string& url);
+  int AddTarget(const std::string& path, const std::string& siteRoot);
   int AddFile(const std::string& path, const std::string& siteRoot);
   bool HasStyleLinks(int pathNumber) const;
   std::unordered_set<std::int32_t>& Registered();

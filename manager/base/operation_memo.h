@@ -13,6 +13,7 @@
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
 #include "platform/nearby_files.h"
+#include "util/recent_texts.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -40,6 +41,9 @@ struct OperationMemo {
 
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
+  // Path numbers of the files that the last style links lead to. No entry is deleted while links
+  // are collected.
+  RecentTexts<std::int32_t> styleTargets;
 
   // The folder and the buffers of the page being read, kept from page to page.
   platform::NearbyFiles nearbyFiles;

@@ -1,0 +1,62 @@
+#include "css/reference_resolver.h"
+
+#include <utility>
+
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+// Whether every file of a folder means the same by the reference. These others may stand for the
+// file itself.
+bool IsOfFolder(std::string_view reference) {
+  return !reference.empty() && static_cast<unsigned char>(reference.front()) > ' ' &&
+         reference.front() != '#' && reference.front() != '?';
+}
+
+std::string_view FolderOf(std::string_view path) {
+  return path.substr(0, FindLastBackslashMB(path) + 1);  // npos + 1 is 0
+}
+
+}  // namespace
+
+void ReferenceResolver::BeginFile(const std::string& root, const std::string& path) {
+  const std::string_view folder = FolderOf(path);
+  if (hasBase_ || folder != folder_ || root != root_) {
+    recent_.clear();
+    folder_ = folder;
+    root_ = root;
+  }
+  file_ = path;
+  isBegun_ = false;
+  hasBase_ = false;
+}
+
+void ReferenceResolver::SetBase(std::string_view baseHref) {
+  Begun().SetBase(baseHref);
+  recent_.clear();
+  hasBase_ = true;
+}
+
+// Most files never come to this: all their references are known.
+TargetResolver& ReferenceResolver::Begun() {
+  if (!isBegun_) resolver_.BeginPage(root_, file_);
+  isBegun_ = true;
+  return resolver_;
+}
+
+TargetKind ReferenceResolver::Resolve(std::string_view reference, std::string& out) {
+  if (!IsOfFolder(reference)) return Begun().Resolve(reference, out);
+  const Place* known = recent_.Find(reference);
+  if (known == nullptr) {
+    const TargetKind kind = Begun().Resolve(reference, out);
+    recent_.Put(reference, {kind, out});
+    return kind;
+  }
+  if (known->kind == TargetKind::kLocal || known->kind == TargetKind::kExternal) {
+    out = known->text;
+  }
+  return known->kind;
+}
+
+}  // namespace zvrsit

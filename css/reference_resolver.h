@@ -1,0 +1,44 @@
+// From the references of pages and sheets to files of the site and external URLs.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "links/link_rules.h"
+#include "links/target_resolver.h"
+#include "util/recent_texts.h"
+
+namespace zvrsit {
+
+// A TargetResolver that remembers what the last references stood for: the pages of one folder name
+// the same few sheets.
+class ReferenceResolver {
+ public:
+  explicit ReferenceResolver(LinkRules rules = LinkRules::Classic) : resolver_(rules) {}
+
+  // Begins a page or a sheet: references are taken from `path`; "/" is `root`.
+  void BeginFile(const std::string& root, const std::string& path);
+  // These as of TargetResolver.
+  void SetBase(std::string_view baseHref);
+  TargetKind Resolve(std::string_view reference, std::string& out);
+  LinkRules rules() const { return resolver_.rules(); }
+
+ private:
+  struct Place {
+    TargetKind kind;
+    std::string text;
+  };
+
+  TargetResolver& Begun();
+
+  TargetResolver resolver_;
+  std::string root_;
+  std::string file_;
+  bool isBegun_ = false;  // resolver_ has been told of the file
+  bool hasBase_ = false;
+
+  std::string folder_;  // of the files whose references are remembered
+  RecentTexts<Place> recent_;
+};
+
+}  // namespace zvrsit
