@@ -5,6 +5,7 @@
 
 #include "dom/byte_search.h"
 #include "platform/file.h"
+#include "platform/nearby_files.h"
 
 namespace zvrsit {
 namespace {

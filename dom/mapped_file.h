@@ -6,9 +6,12 @@
 
 #include "platform/api.h"
 #include "platform/large_memory.h"
-#include "platform/nearby_files.h"
 
 namespace zvrsit {
+
+namespace platform {
+class NearbyFiles;
+}
 
 // The content is read, not mapped: another program that cuts the file short cannot take bytes
 // away from under us. The buffer stays with the object from file to file.
