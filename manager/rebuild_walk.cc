@@ -1,4 +1,6 @@
 // The walk of a rebuild through the site folder.
+#include <algorithm>
+
 #include "manager/rebuild.h"
 #include "manager/record_access.h"
 #include "platform/file.h"
@@ -64,19 +66,20 @@ int SiteMgr::Rebuild::RegisterFile(const Folder& folder, const std::string& path
                                    const platform::FileStat& found) {
   if (IsIgnored(path)) return 0;
   SitePathDB& paths = *manager_.pathDB;
-  int number = paths.Find(path);
-  if (number < 0) {
-    number = manager_.AddPathSeen(path, siteDir_, found);
+  const int known = paths.Find(path);
+  if (known < 0) {
+    const int number = manager_.AddPathSeen(path, siteDir_, found);  // relates it to its folder
     if (number < 0) return -1;
-  } else {
-    SitePathRec rec;
-    if (paths.Get(number, rec) < 0) return -1;
-    StoreFileFacts(path, siteDir_, found, rec);
-    rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
-    if (paths.Update(rec) < 0) return -1;
+    SetWalked(number);
+    return 0;
   }
-  SetWalked(number);
-  return manager_.AddRel(FolderID(folder.number), PathID(number)) < 0 ? -1 : 0;
+  SitePathRec rec;
+  if (paths.Get(known, rec) < 0) return -1;
+  StoreFileFacts(path, siteDir_, found, rec);
+  rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
+  if (paths.Update(rec) < 0) return -1;
+  SetWalked(known);
+  return manager_.AddRel(FolderID(folder.number), PathID(known)) < 0 ? -1 : 0;
 }
 
 // A folder that is a link is left out: what it leads to is met at its own place, or does not belong
@@ -93,7 +96,7 @@ int SiteMgr::Rebuild::RegisterFolder(const Folder& folder, const std::string& na
 
 void SiteMgr::Rebuild::SetWalked(int number) {
   const auto index = static_cast<std::size_t>(number);
-  if (walked_.size() <= index) walked_.resize(index + 1);
+  if (walked_.size() <= index) walked_.resize(std::max(index + 1, 2 * walked_.size()));
   walked_[index] = true;
 }
 

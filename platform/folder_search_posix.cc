@@ -20,18 +20,24 @@ namespace zvrsit::platform {
 
 using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
 
-// The names of a folder, one behind the other with a NUL after each.
 struct FindState {
   explicit FindState(std::string folderPath) : path(std::move(folderPath)) {}
 
   std::string path;                 // of the folder, as it stood in the pattern
   std::size_t nativeLength = 0;     // of the folder's native path
   Folder folder{nullptr, nullptr};  // open as long as the search; null when it is for one entry
-  std::string names;
-  std::vector<std::size_t> starts;  // of each name, in the order of the answers
+
+  struct Name {
+    std::size_t start;
+    std::size_t length;
+  };
+  std::string names;        // those of the folder, one behind the other
+  std::vector<Name> order;  // of the answers
   std::size_t next = 0;
 
-  std::string_view nameAt(std::size_t start) const { return names.c_str() + start; }
+  std::string_view textOf(const Name& name) const {
+    return {names.data() + name.start, name.length};
+  }
 };
 
 namespace {
@@ -79,12 +85,13 @@ FindHandle ListFolder(const std::string& folderPath) {
   if (!state->folder) return nullptr;
   const auto add = [&state](std::string_view name) {
     if (!CanBeNamed(name)) return;
-    state->starts.push_back(state->names.size());
-    state->names.append(name).push_back('\0');
+    state->order.push_back({state->names.size(), name.size()});
+    state->names.append(name);
   };
   if (!ForEachName(state->folder.get(), add)) return nullptr;
-  std::sort(state->starts.begin(), state->starts.end(),
-            [&state](std::size_t a, std::size_t b) { return state->nameAt(a) < state->nameAt(b); });
+  using Name = FindState::Name;
+  std::sort(state->order.begin(), state->order.end(),
+            [&state](const Name& a, const Name& b) { return state->textOf(a) < state->textOf(b); });
   return state.release();
 }
 
@@ -154,8 +161,8 @@ FindHandle FindFirst(const std::string& pattern, FindData& found) {
 }
 
 bool FindNext(FindHandle handle, FindData& found) {
-  if (!handle || handle->next >= handle->starts.size()) return false;
-  found.name = handle->nameAt(handle->starts[handle->next++]);
+  if (!handle || handle->next >= handle->order.size()) return false;
+  found.name = handle->textOf(handle->order[handle->next++]);
   return true;
 }
 
