@@ -91,7 +91,10 @@ class SiteLinkRec : public SiteRelRec {
  public:
   static constexpr int kRecordType = 6;
   static constexpr int kSlotLength = 44;
-  static constexpr int kCountAt = 28;  // where `count` lies in a slot
+  // Where words lie in a slot.
+  static constexpr int kTextAt = 20;
+  static constexpr int kCountAt = 28;
+  static constexpr int kAlternativeAt = 32;
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 

@@ -99,6 +99,21 @@ class SiteFixRecDB : public SiteDB {
     const int offset = SlotOffset(id);
     return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);
   }
+  // Whole-file mode: calls visit(slot) for each live record in the order of the numbers and marks
+  // it dead, which leaves what deleting them one by one leaves.
+  template <class Visit>
+  void DeleteAll(Visit visit) {
+    slotIndex.ForEachSet([&](std::int32_t& offset) {
+      char* const slot = ChangeBytes(offset, recordLength);
+      if (slot == nullptr) return;
+      visit(slot);
+      StoreLE32(slot, -1);
+      offset = 0;
+      --live_;
+    });
+    freed_ = {};
+    cursor_ = 0;
+  }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);
   using SiteDB::Delete;

@@ -142,12 +142,12 @@ int SiteLinkDB::Clear() {
   ForgetEnds();
   known_.Clear();
   sourceKnown_ = false;
-  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
-    SiteLinkRec link;
-    if (Get(number, link) < 0 || records_->Delete(number) < 0) continue;
-    if (link.text >= 0) strings_->ReleaseStringUnindexed(link.text);
-    if (link.alternative >= 0) strings_->ReleaseStringUnindexed(link.alternative);
-  }
+  records_->DeleteAll([this](const char* slot) {
+    const std::int32_t text = LoadLE32(slot + SiteLinkRec::kTextAt);
+    const std::int32_t alternative = LoadLE32(slot + SiteLinkRec::kAlternativeAt);
+    if (text >= 0) strings_->ReleaseStringUnindexed(text);
+    if (alternative >= 0) strings_->ReleaseStringUnindexed(alternative);
+  });
   return 0;
 }
 

@@ -21,9 +21,7 @@ int SiteRelDB::Delete(int number) {
 int SiteRelDB::Clear() {
   if (!isOpen()) return -1;
   ForgetEnds();
-  for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
-    records_->Delete(number);
-  }
+  records_->DeleteAll([](const char*) {});
   return 0;
 }
 
