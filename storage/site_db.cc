@@ -211,7 +211,27 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
   StoreLE32(bytes + kWord2, word2);
 }
 
+bool SiteDB::DropDead(std::int32_t begin, std::int32_t end) {
+  if (Bytes(begin, std::int64_t{end} - begin) == nullptr) return false;
+  if (!buffer.Discard(static_cast<std::size_t>(begin), static_cast<std::size_t>(end))) return false;
+  droppedBegin_ = begin;
+  droppedEnd_ = end;
+  return true;
+}
+
+int SiteDB::RestoreDead() {
+  const std::int32_t length = droppedEnd_ - droppedBegin_;
+  if (length == 0) return 0;
+  char* const bytes = buffer.get() + droppedBegin_;
+  if (platform::Seek(fd, droppedBegin_) < 0) return -1;
+  if (platform::Read(fd, bytes, static_cast<std::size_t>(length)) != length) return -1;
+  MarkDead(bytes, length);
+  droppedEnd_ = droppedBegin_;
+  return 0;
+}
+
 int SiteDB::WriteImage() {
+  if (RestoreDead() < 0) return -1;
   StoreHeader(buffer.get(), headerWord1, headerWord2);
   changed_.Mark(0, kHeaderSize);
   // In parts only where that leaves the same bytes as writing it all.
@@ -263,6 +283,7 @@ int SiteDB::OpenOn(Image image) {
 
 void SiteDB::Abandon() {
   buffer.reset();
+  droppedBegin_ = droppedEnd_ = 0;
   size = 0;
   capacity = 0;
   if (fd >= 0) platform::Close(fd);

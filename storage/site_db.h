@@ -119,6 +119,13 @@ class SiteDB {
   int OpenOn(Image image);
   // The header of a file with these words.
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
+  // Whole-file mode: whether the file is as it was read.
+  bool IsUnchanged() const { return inMemory && isOpen() && !dirty; }
+  // Whole-file mode, a file that was unchanged until all that it holds from `begin` to `end` became
+  // dead: may give the memory of that back, of which nothing is read any more. When the file is
+  // written after all, it is read again and given to MarkDead. False where it stays in memory.
+  bool DropDead(std::int32_t begin, std::int32_t end);
+  virtual void MarkDead(char*, std::int32_t) {}
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
   // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure, and for a file
@@ -152,6 +159,7 @@ class SiteDB {
   void FollowChanges(const platform::FileStat& onDisk);
   bool IsAsLeft() const;
   int WriteImage();
+  int RestoreDead();
   int WriteBytes(std::size_t from, std::size_t to);
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
@@ -159,6 +167,9 @@ class SiteDB {
   // Whole-file mode: what changed since the file was read or written, and how it was left then.
   ChangedBlocks changed_;
   platform::FileStat onDisk_;
+  // What was dropped, empty for nothing.
+  std::int32_t droppedBegin_ = 0;
+  std::int32_t droppedEnd_ = 0;
 };
 
 }  // namespace zvrsit

@@ -159,14 +159,18 @@ int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer&
 
 int SiteFixRecDB::Delete(int id) {
   const int offset = SlotOffset(id);
-  if (offset < 0 || MarkDead(offset) < 0) return -1;
+  if (offset < 0 || MarkSlotDead(offset) < 0) return -1;
   slotIndex.slot(static_cast<std::size_t>(id)) = 0;
   --live_;
   if (id < cursor_) freed_.push(id);
   return 0;
 }
 
-int SiteFixRecDB::MarkDead(int offset) {
+void SiteFixRecDB::MarkDead(char* slots, std::int32_t length) {
+  for (std::int32_t at = 0; at < length; at += recordLength) End(slots + at);
+}
+
+int SiteFixRecDB::MarkSlotDead(int offset) {
   char* const place = recordLength >= 4 ? ChangeBytes(offset, recordLength) : nullptr;
   if (place != nullptr) {
     StoreLE32(place, -1);

@@ -99,20 +99,25 @@ class SiteFixRecDB : public SiteDB {
     const int offset = SlotOffset(id);
     return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);
   }
-  // Whole-file mode: calls visit(slot) for each live record in the order of the numbers and marks
-  // it dead, which leaves what deleting them one by one leaves.
+  // What is done to a slot before it is marked dead.
+  using Ending = void (*)(char* slot);
+  // Whole-file mode: marks every record dead, in the order of their numbers: calls visit(slot),
+  // then `ending`.
   template <class Visit>
-  void DeleteAll(Visit visit) {
+  void DeleteAll(Ending ending, Visit visit) {
+    const bool mayDrop = IsUnchanged() && live_ == headerWord2;
+    ending_ = ending;
     slotIndex.ForEachSet([&](std::int32_t& offset) {
       char* const slot = ChangeBytes(offset, recordLength);
       if (slot == nullptr) return;
       visit(slot);
-      StoreLE32(slot, -1);
+      End(slot);
       offset = 0;
       --live_;
     });
     freed_ = {};
     cursor_ = 0;
+    if (mayDrop) DropDead(kHeaderSize, kHeaderSize + headerWord2 * recordLength);
   }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);
@@ -197,7 +202,12 @@ class SiteFixRecDB : public SiteDB {
   int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
   int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
   int ReadSlotAt(int offset, SlotBuffer& slot);
-  int MarkDead(int offset);
+  void End(char* slot) const {
+    ending_(slot);
+    StoreLE32(slot, -1);
+  }
+  int MarkSlotDead(int offset);
+  void MarkDead(char* slots, std::int32_t length) override;
   int ChooseId();
   int WriteCounts();
   int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);
@@ -207,6 +217,7 @@ class SiteFixRecDB : public SiteDB {
   const int recordType;
   IdTable<std::int32_t> slotIndex;  // by number: offset of the live slot, 0 for none
   int live_ = 0;
+  Ending ending_ = nullptr;  // of the last DeleteAll
   // Which number to hand out again, without searching from 0 each time: all below the cursor are
   // live but those in `freed_`, smallest first.
   std::priority_queue<int, std::vector<int>, std::greater<int>> freed_;

@@ -21,7 +21,8 @@ constexpr int kEntryCountAt = 20;
 constexpr int kEndAt = 24;
 constexpr int kFirstEntry = 28;
 constexpr int kHeadSize = 16;
-constexpr int kReferencesAt = 8;  // in a head
+constexpr int kLengthAt = 4;  // in a head
+constexpr int kReferencesAt = 8;
 constexpr int kString = 1;
 constexpr int kBlock = 2;
 // In a smaller file the index costs less than what is done without it; and after so many passes it
@@ -109,8 +110,8 @@ int SiteVarRecDB::WriteEnd() {
 // Calls visit(offset, head) for each entry as they lie in the file, until one gives -1.
 template <class Visit>
 int SiteVarRecDB::ForEachEntry(Visit visit) {
-  std::int64_t at = kFirstEntry;
-  for (int k = 0; k < headerWord2 && at < end_; ++k) {
+  std::int64_t at = firstAlive_;
+  for (int k = deadBefore_; k < headerWord2 && at < end_; ++k) {
     Head head;
     if (ReadHead(static_cast<int>(at), head) < 0) return -1;
     if (head.length < 0 || at + kHeadSize + head.length > end_) return -1;
@@ -139,6 +140,8 @@ void SiteVarRecDB::ForgetEntries() {
   free_.clear();
   cursor_ = 0;
   dead_ = 0;
+  firstAlive_ = kFirstEntry;
+  deadBefore_ = 0;
   passes_ = 0;
   ++releases_;
   ForgetNames();
@@ -347,7 +350,8 @@ SiteVarRecDB::Name* SiteVarRecDB::FindName(std::string_view text, std::uint32_t 
 bool SiteVarRecDB::HasText(int offset, std::string_view text) {
   if (!inMemory) return copies_[offset] == text;
   const char* head = Bytes(offset, kHeadSize + static_cast<std::int64_t>(text.size()) + 1);
-  return head != nullptr && LoadLE32(head + 4) == static_cast<std::int64_t>(text.size()) + 1 &&
+  return head != nullptr &&
+         LoadLE32(head + kLengthAt) == static_cast<std::int64_t>(text.size()) + 1 &&
          std::memcmp(head + kHeadSize, text.data(), text.size()) == 0;
 }
 
@@ -494,7 +498,7 @@ int SiteVarRecDB::Release(int id, int offset, bool isNamed) {
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
   if (head.references >= 2) return WriteReferences(offset, head, head.references - 1);
-  if (MarkDead(offset, head) < 0) return -1;
+  if (MarkEntryDead(offset, head) < 0) return -1;
   if (isNamed && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
     return -1;
   }
@@ -531,15 +535,35 @@ int SiteVarRecDB::DeleteData(int id) {
   if (ReadHead(offset, head) < 0) return -1;
   // A string stays in the index until the file is closed, so it must be there by now.
   if (head.kind == kString && MakeStringIndex() < 0) return -1;
-  return MarkDead(offset, head);
+  return MarkEntryDead(offset, head);
 }
 
-int SiteVarRecDB::MarkDead(int offset, Head& head) {
+int SiteVarRecDB::MarkEntryDead(int offset, Head& head) {
   const bool wasLive = head.id >= 0;
   head.id = -1;
   if (WriteHead(offset, head) < 0) return -1;
   if (wasLive) dead_ += kHeadSize + head.length;
   return 0;
+}
+
+void SiteVarRecDB::DropDeadEntries(bool wasUnchanged) {
+  if (!wasUnchanged || dead_ != end_ - kFirstEntry) return;
+  if (!DropDead(kFirstEntry, end_)) return;
+  firstAlive_ = end_;
+  deadBefore_ = headerWord2;
+}
+
+// As giving back all references leaves each entry. The lengths were checked when the file was
+// opened, but it may have been changed since.
+void SiteVarRecDB::MarkDead(char* bytes, std::int32_t length) {
+  for (std::int64_t at = 0; at + kHeadSize <= length;) {
+    char* const head = bytes + at;
+    if (LoadLE32(head) >= 0) {
+      StoreLE32(head, -1);
+      StoreLE32(head + kReferencesAt, std::min(LoadLE32(head + kReferencesAt), 1));
+    }
+    at += kHeadSize + std::int64_t{std::max(LoadLE32(head + kLengthAt), 0)};
+  }
 }
 
 int SiteVarRecDB::Pack() {

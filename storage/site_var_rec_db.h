@@ -71,6 +71,10 @@ class SiteVarRecDB : public SiteDB {
   // The same while a whole table is cleared: the string index is dropped and made anew when it is
   // next needed, instead of being kept in step with each string.
   int ReleaseStringUnindexed(int id);
+  // The whole table was cleared: gives the memory of its dead entries back. `wasUnchanged` says
+  // that the file was as on disk before.
+  void DropDeadEntries(bool wasUnchanged);
+  using SiteDB::IsUnchanged;
   // Makes the entry dead. Its number is not handed out again before the file is next opened, and
   // until then GetData of it fails, on purpose.
   int DeleteData(int id);
@@ -179,12 +183,16 @@ class SiteVarRecDB : public SiteDB {
   int AddReference(int offset);
   int WriteReferences(int offset, Head& head, std::int32_t references);
   int Release(int id, int offset, bool isNamed);
-  int MarkDead(int offset, Head& head);
+  int MarkEntryDead(int offset, Head& head);
+  void MarkDead(char* bytes, std::int32_t length) override;
   int AppendLiveEntries(PackFile& packed, int& entries);
 
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
   std::int64_t dead_ = 0;
+  // Where the entries begin that may be alive, and how many lie before.
+  std::int32_t firstAlive_ = 0;
+  int deadBefore_ = 0;
   std::uint32_t releases_ = 0;
   IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none
   // Numbers to hand out again: first those below the cursor that had no entry at open, then those

@@ -1,5 +1,6 @@
 #include "tables/site_link_db.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "util/hash.h"
@@ -18,6 +19,12 @@ std::uint32_t HashLink(const SiteLinkRec& link) {
   const std::uint64_t texts = Words(link.text, link.alternative);
   return static_cast<std::uint32_t>(HashWords(HashWords(Words(link.to.kind, link.to.id), texts),
                                               static_cast<std::uint32_t>(link.type)));
+}
+
+// Deleting the occurrences of a link one by one leaves one.
+void EndOccurrences(char* slot) {
+  char* const count = slot + SiteLinkRec::kCountAt;
+  StoreLE32(count, std::min(LoadLE32(count), 1));
 }
 
 }  // namespace
@@ -122,6 +129,7 @@ int SiteLinkDB::DeleteAll(int number) {
 }
 
 int SiteLinkDB::Remove(const SiteLinkRec& link) {
+  if (char* const slot = records_->ChangeSlot(link.id)) EndOccurrences(slot);
   if (records_->Delete(link.id) < 0) return -1;
   Forget(link);
   const int text = ReleaseText(link.text);
@@ -142,12 +150,14 @@ int SiteLinkDB::Clear() {
   ForgetEnds();
   known_.Clear();
   sourceKnown_ = false;
-  records_->DeleteAll([this](const char* slot) {
+  const bool wasUnchanged = strings_->IsUnchanged();
+  records_->DeleteAll(EndOccurrences, [this](const char* slot) {
     const std::int32_t text = LoadLE32(slot + SiteLinkRec::kTextAt);
     const std::int32_t alternative = LoadLE32(slot + SiteLinkRec::kAlternativeAt);
     if (text >= 0) strings_->ReleaseStringUnindexed(text);
     if (alternative >= 0) strings_->ReleaseStringUnindexed(alternative);
   });
+  strings_->DropDeadEntries(wasUnchanged);
   return 0;
 }
 
