@@ -2,14 +2,12 @@
 
 #include <array>
 
-#include "dom/name_table.h"
+#include "dom/attr_table.h"
 
 namespace zvrsit {
 namespace {
 
-using Table = NameTable<Attr, 128>;
-
-constexpr auto kNames = std::to_array<Table::Entry>({
+constexpr auto kNames = std::to_array<AttrNameTable::Entry>({
     {"action", Attr::kAction},
     {"alt", Attr::kAlt},
     {"archive", Attr::kArchive},
@@ -67,15 +65,12 @@ constexpr auto kNames = std::to_array<Table::Entry>({
     {"xml:base", Attr::kXmlBase},
 });
 
-constexpr Table kTable(kNames);
-
 }  // namespace
 
-Attr AttrOf(const NameKey& key) {
-  return kTable.Find(key, Attr::kOther);
-}
+constinit const AttrNameTable kAttrNameTable(kNames);
+
 Attr AttrOf(std::string_view name) {
-  return AttrOf(MakeNameKey(name));
+  return kAttrNameTable.Find(MakeNameKey(name), Attr::kOther);
 }
 
 std::string_view AttrName(Attr attr) {

@@ -53,6 +53,7 @@ class MetaSink {
   void Comment(const char*, const char*) {}
   void Doctype(const DoctypeToken&) {}
   void AbandonTag() {}
+  bool WantsEndTags() { return false; }
   void EndTag(const TagSlices&) {}
   bool InForeignContent() { return false; }
 

@@ -24,10 +24,9 @@ void DocumentBuilder::Build() {
   IndexTags();
 }
 
-void DocumentBuilder::Place(const TagSlices& slices, const NameKey& name, Tag& tag,
-                            std::uint16_t& flags) {
+ContentModel DocumentBuilder::Place(TagSlices slices, Tag tag) {
   const AttributeList attributes(&document_, std::span(document_.attributes_).subspan(committed_));
-  ForeignContent::StartTag start{name, slices.selfClosing, false, false};
+  ForeignContent::StartTag start{NameOf(slices), slices.selfClosing, false, false};
   if (tag == Tag::kFont) {
     start.breaksOutFont = attributes.getNamedItem("color") || attributes.getNamedItem("face") ||
                           attributes.getNamedItem("size");
@@ -35,9 +34,15 @@ void DocumentBuilder::Place(const TagSlices& slices, const NameKey& name, Tag& t
     start.htmlAnnotation = NamesHtml(attributes.find(Attr::kEncoding));
   }
   const ForeignContent::Placed placed = foreign_.Start(start);
-  tag = placed.tag;
+  std::uint16_t flags = 0;
   if (placed.foreign) flags |= ElementRecord::kForeign;
-  if (placed.inTemplate) flags |= ElementRecord::kInTemplate;
+  if (placed.inTemplate) {
+    flags |= ElementRecord::kInTemplate;
+  } else {
+    ++counts_[static_cast<std::size_t>(placed.tag)];
+  }
+  AddElement(slices, placed.tag, flags);
+  return placed.foreign ? ContentModel::kData : ContentModelOf(placed.tag);
 }
 
 // Groups the elements by tag: each group's place follows from the counts, and one pass over the

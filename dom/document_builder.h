@@ -3,13 +3,12 @@
 
 #include <array>
 
+#include "dom/attr_table.h"
 #include "dom/document.h"
 #include "dom/foreign_content.h"
 #include "dom/html_tokenizer.h"
 
 namespace zvrsit {
-
-Attr AttrOf(const NameKey& key);
 
 class DocumentBuilder {
  public:
@@ -32,42 +31,46 @@ class DocumentBuilder {
 
   void Attribute(const AttributeSlices& slices) {
     const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
-    document_.attributes_.push_back({Offset(slices.name), Offset(slices.value),
-                                     static_cast<std::uint32_t>(slices.valueEnd - slices.value),
-                                     AttrOf(MakeNameKeyPadded(slices.name, nameLength)),
-                                     nameLength < AttributeRecord::kLongName
-                                         ? static_cast<std::uint16_t>(nameLength)
-                                         : AttributeRecord::kLongName});
+    document_.attributes_.push_back(
+        {Offset(slices.name), Offset(slices.value),
+         static_cast<std::uint32_t>(slices.valueEnd - slices.value),
+         slices.known != Attr::kOther ? slices.known : AttrOfPadded(slices.name, nameLength),
+         nameLength < AttributeRecord::kLongName ? static_cast<std::uint16_t>(nameLength)
+                                                 : AttributeRecord::kLongName});
   }
 
   void AbandonTag() { document_.attributes_.resize(committed_); }
 
   ContentModel StartTag(const TagSlices& slices) {
-    const NameKey name = NameOf(slices);
-    Tag tag = HtmlTagOf(name);
-    std::uint16_t flags = slices.selfClosing ? ElementRecord::kSelfClosing : 0;
-    if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) {
-      Place(slices, name, tag, flags);
-    }
-    document_.elements_.push_back(
-        {Offset(slices.begin), Offset(slices.end), committed_, tag, flags});
-    if ((flags & ElementRecord::kInTemplate) == 0) ++counts_[static_cast<std::size_t>(tag)];
-    committed_ = static_cast<std::uint32_t>(document_.attributes_.size());
-    return (flags & ElementRecord::kForeign) != 0 ? ContentModel::kData : ContentModelOf(tag);
+    const Tag tag =
+        HtmlTagOfPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
+    if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) return Place(slices, tag);
+    ++counts_[static_cast<std::size_t>(tag)];
+    AddElement(slices, tag, 0);
+    return ContentModelOf(tag);
   }
 
+  bool WantsEndTags() const { return !foreign_.Idle(); }
   void EndTag(const TagSlices& slices) {
     if (!foreign_.Idle() && !slices.endsRawText) foreign_.End(NameOf(slices));
   }
 
  private:
+  void AddElement(const TagSlices& slices, Tag tag, std::uint16_t flags) {
+    if (slices.selfClosing) flags |= ElementRecord::kSelfClosing;
+    document_.elements_.push_back(
+        {Offset(slices.begin), Offset(slices.end), committed_, tag, flags});
+    committed_ = static_cast<std::uint32_t>(document_.attributes_.size());
+  }
+
   std::uint32_t Offset(const char* p) const { return static_cast<std::uint32_t>(p - source_); }
 
   static NameKey NameOf(const TagSlices& slices) {
-    return MakeNameKeyPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
+    return MakeNameKey({slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name)});
   }
 
-  void Place(const TagSlices& slices, const NameKey& name, Tag& tag, std::uint16_t& flags);
+  // A start tag in SVG, MathML or TEMPLATE, or where one of them begins.
+  ContentModel Place(TagSlices slices, Tag tag);
   void IndexTags();
 
   Document& document_;

@@ -15,14 +15,17 @@
 //   void Attribute(const AttributeSlices&);       for each attribute of a start tag, duplicates too
 //   ContentModel StartTag(const TagSlices&);      after its attributes; how to read on
 //   void AbandonTag();                            the text ended in the tag: its attributes are
-//   void void EndTag(const TagSlices&); void Comment(const char* begin, const char* end); void
-//   Doctype(const DoctypeToken&); bool InForeignContent();                      whether "<![CDATA["
-//   begins a CDATA section here
+//   void bool WantsEndTags();                          whether EndTag() need be called now void
+//   EndTag(const TagSlices&); void Comment(const char* begin, const char* end); void Doctype(const
+//   DoctypeToken&); bool InForeignContent();                      whether "<![CDATA[" begins a
+//   CDATA section here
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
+#include "dom/attr.h"
 #include "dom/byte_search.h"
 #include "dom/document.h"
 #include "dom/html_scan.h"
@@ -35,6 +38,7 @@ struct AttributeSlices {
   const char* nameEnd;
   const char* value;  // equal to valueEnd for an attribute without "="
   const char* valueEnd;
+  Attr known;  // its number where that was had for nothing; else kOther, and to be looked up
 };
 
 struct TagSlices {
@@ -94,27 +98,41 @@ class HtmlTokenizer {
   }
 
   const char* DataState(const char* p) {
-    while (model_ == ContentModel::kData) {
-      const char* text = p;
-      p = Search::Byte(p, end_, '<');
-      while (p < end_ && !IsByte(p[1], kMarkupByte)) p = Search::Byte(p + 1, end_, '<');
+    const char* text = p;
+    while ((p = Search::Byte(p, end_, '<')) < end_) {
+      const unsigned char next = kByteClasses[static_cast<unsigned char>(p[1])];
+      if ((next & kMarkupByte) == 0) {
+        ++p;
+        continue;
+      }
       Characters(text, p, TextKind::kData);
-      if (p == end_) break;
-      p = TagOpenState(p);
+      if ((next & kLetterByte) != 0) {
+        p = StartTag(p);
+        if (model_ != ContentModel::kData) return p;
+      } else {
+        p = TagOpenState(p);
+      }
+      text = p;
     }
+    Characters(text, p, TextKind::kData);
     return p;
   }
 
-  // At "<" with a letter, "/", "!" or "?" behind it.
+  // At "<" with "/", "!" or "?" behind it.
   const char* TagOpenState(const char* p) {
-    if (IsByte(p[1], kLetterByte)) return StartTag(p);
     if (p[1] == '/') return EndTagOpenState(p);
     if (p[1] == '!') return MarkupDeclarationOpenState(p);
     return BogusCommentState(p + 1);
   }
 
   const char* EndTagOpenState(const char* p) {
-    if (IsByte(p[2], kLetterByte)) return EndTag(p, false);
+    if (IsByte(p[2], kLetterByte)) {
+      if (!sink_.WantsEndTags()) {
+        // Only quotes could hide a ">".
+        if (const char* close = Search::CloseWithoutQuotes(p + 3)) return close + 1;
+      }
+      return EndTag(p, false);
+    }
     if (p[2] == '>') return p + 3;  // "</>" is nothing
     if (p + 2 < end_) return BogusCommentState(p + 2);
     Characters(p, end_, TextKind::kData);
@@ -122,62 +140,95 @@ class HtmlTokenizer {
   }
 
   const char* StartTag(const char* p) {
-    TagSlices tag{p, nullptr, p + 1, nullptr, false, false};
-    tag.nameEnd = FindClass(p + 2, end_, kTagNameEnd);
-    p = BeforeAttributeNameState<true>(tag.nameEnd, tag.selfClosing);
-    if (p == nullptr) {
+    const char* const nameEnd = Search::NameEnd(p + 2, end_, kTagNameEnd);
+    const EndOfTag rest = FrequentAttributes(nameEnd);
+    if (rest.next == nullptr) {
       sink_.AbandonTag();
       return end_;
     }
-    tag.end = p;
-    model_ = sink_.StartTag(tag);
+    model_ = sink_.StartTag(TagSlices{p, rest.next, p + 1, nameEnd, rest.selfClosing, false});
     if (model_ != ContentModel::kData) {
-      lastStartTag_ = {tag.name, static_cast<std::size_t>(tag.nameEnd - tag.name)};
+      lastStartTag_ = {p + 1, static_cast<std::size_t>(nameEnd - p - 1)};
     }
-    return p;
+    return rest.next;
   }
 
   const char* EndTag(const char* p, bool endsRawText) {
-    TagSlices tag{p, nullptr, p + 2, nullptr, false, endsRawText};
-    tag.nameEnd = FindClass(p + 3, end_, kTagNameEnd);
-    p = BeforeAttributeNameState<false>(tag.nameEnd, tag.selfClosing);
-    if (p == nullptr) return end_;
-    tag.end = p;
-    sink_.EndTag(tag);
-    return p;
+    const char* const nameEnd = Search::NameEnd(p + 3, end_, kTagNameEnd);
+    const EndOfTag rest = BeforeAttributeNameState<false>(nameEnd);
+    if (rest.next == nullptr) return end_;
+    sink_.EndTag(TagSlices{p, rest.next, p + 2, nameEnd, rest.selfClosing, endsRawText});
+    return rest.next;
   }
 
   const char* SkipSpace(const char* p) {
+    if (*p == ' ') ++p;  // as a rule it is one space
+    if (static_cast<unsigned char>(*p) > ' ') return p;
     while (IsByte(*p, kSpaceByte)) ++p;
     return p;
   }
 
-  // All that stands in a tag behind its name. Gives the place behind its ">", null when the text
-  // ends before.
+  struct EndOfTag {
+    const char* next;  // behind its ">"; null when the text ends before
+    bool selfClosing;
+  };
+
+  // What stands in a start tag behind its name. Few tags have more than these attributes.
+  EndOfTag FrequentAttributes(const char* p) {
+    while (*p != '>') {
+      AttributeSlices attribute;
+      if (!BeginsFrequentAttribute(p, attribute)) return BeforeAttributeNameState<true>(p);
+      p = AttributeValueQuotedState<'"'>(attribute);
+      if (p == nullptr) return {nullptr, false};
+      sink_.Attribute(attribute);
+    }
+    return {p + 1, false};
+  }
+
+  // All that stands in a tag behind its name.
   template <bool kReport>
-  const char* BeforeAttributeNameState(const char* p, bool& selfClosing) {
+  EndOfTag BeforeAttributeNameState(const char* p) {
     for (;;) {
       p = SkipSpace(p);
-      if (*p == '>') return p + 1;
-      if (p == end_) return nullptr;
+      if (*p == '>') return {p + 1, false};
+      if (p == end_) return {nullptr, false};
       if (*p == '/') {
         ++p;
         if (*p != '>') continue;
-        selfClosing = true;
-        return p + 1;
+        return {p + 1, true};
       }
       AttributeSlices attribute;
       p = AttributeNameState(p, attribute);
-      if (p == nullptr) return nullptr;
+      if (p == nullptr) return {nullptr, false};
       if constexpr (kReport) sink_.Attribute(attribute);
     }
+  }
+
+  // The attributes that most attributes are, as they are written as a rule: told by one comparison.
+  // False leaves `attribute` as it was.
+  static bool BeginsFrequentAttribute(const char* p, AttributeSlices& attribute) {
+    return BeginsWithAttribute(p, " class=\"", Attr::kClass, attribute) ||
+           BeginsWithAttribute(p, " href=\"", Attr::kHref, attribute);
+  }
+
+  template <std::size_t N>
+  static bool BeginsWithAttribute(const char* p, const char (&wanted)[N], Attr known,
+                                  AttributeSlices& attribute) {
+    constexpr std::size_t kLength = N - 1;
+    if (std::memcmp(p, wanted, kLength) != 0) return false;
+    attribute.name = p + 1;
+    attribute.nameEnd = p + kLength - 2;
+    attribute.value = p + kLength;
+    attribute.known = known;
+    return true;
   }
 
   // An attribute's name and value; null when the text ends in it. A "=" in front is part of the
   // name.
   const char* AttributeNameState(const char* p, AttributeSlices& attribute) {
     attribute.name = p;
-    attribute.nameEnd = p = FindClass(p + 1, end_, kAttributeNameEnd);
+    attribute.known = Attr::kOther;
+    attribute.nameEnd = p = Search::NameEnd(p + 1, end_, kAttributeNameEnd);
     p = SkipSpace(p);
     if (*p == '=') return BeforeAttributeValueState(SkipSpace(p + 1), attribute);
     if (p == end_) return nullptr;
@@ -186,15 +237,17 @@ class HtmlTokenizer {
   }
 
   const char* BeforeAttributeValueState(const char* p, AttributeSlices& attribute) {
-    if (*p == '"' || *p == '\'') return AttributeValueQuotedState(p, attribute);
+    attribute.value = p + 1;
+    if (*p == '"') return AttributeValueQuotedState<'"'>(attribute);
+    if (*p == '\'') return AttributeValueQuotedState<'\''>(attribute);
     attribute.value = p;
     attribute.valueEnd = p = FindClass(p, end_, kUnquotedValueEnd);
     return p < end_ ? p : nullptr;
   }
 
-  const char* AttributeValueQuotedState(const char* p, AttributeSlices& attribute) {
-    attribute.value = p + 1;
-    attribute.valueEnd = p = Search::Byte(p + 1, end_, *p);
+  template <char kQuote>
+  const char* AttributeValueQuotedState(AttributeSlices& attribute) {
+    const char* p = attribute.valueEnd = Search::Byte(attribute.value, end_, kQuote);
     return p < end_ ? p + 1 : nullptr;
   }
 

@@ -1,5 +1,5 @@
-// Looking up the names of elements and attributes: a fixed hash table over their first and last
-// eight letters, made at compile time.
+// Looking up the names of elements and attributes: a fixed hash table, made at compile time, over
+// their letters as numbers.
 #pragma once
 
 #include <array>
@@ -11,24 +11,24 @@
 
 namespace zvrsit {
 
-// `word` with every ASCII capital made small, eight bytes at once.
-constexpr std::uint64_t LowerAscii8(std::uint64_t word) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  const std::uint64_t low = word & (kOnes * 0x7F);
-  const std::uint64_t fromA = low + kOnes * (0x80 - 'A');
-  const std::uint64_t afterZ = low + kOnes * (0x7F - 'Z');
-  const std::uint64_t capitals = fromA & ~afterZ & ~word & (kOnes * 0x80);
-  return word | (capitals >> 2);
+// Eight bytes of a name in a form that is the same in any ASCII case. Only letters in either case
+// give what a small letter gives, and only itself what gives a digit, "-" or ":". Bytes between and
+// beyond the letters may fall together: no name in a table has them.
+constexpr std::uint64_t FoldCase8(std::uint64_t word) {
+  return word | ((word >> 1) & 0x2020202020202020);
 }
 
-// A name as two words: its first eight bytes (fewer: filled with zeros) and, of a longer name, its
-// last eight.
+// A name as two words. A short one, of at most seven bytes, is told by the first alone: its length
+// is the lowest byte, and its own bytes are the highest. Of a longer one they are the first and the
+// last eight bytes.
 struct NameKey {
   std::uint64_t head = 0;
   std::uint64_t tail = 0;
   std::size_t length = 0;
   bool operator==(const NameKey&) const = default;
 };
+
+inline constexpr std::size_t kShortName = 7;
 
 constexpr std::uint64_t LoadBytes(const char* from, std::size_t count) {
   std::uint64_t word = 0;
@@ -38,21 +38,18 @@ constexpr std::uint64_t LoadBytes(const char* from, std::size_t count) {
   return word;
 }
 
-constexpr NameKey MakeNameKey(std::string_view name) {
-  if (name.size() <= 8) return {LowerAscii8(LoadBytes(name.data(), name.size())), 0, name.size()};
-  return {LowerAscii8(LoadBytes(name.data(), 8)),
-          LowerAscii8(LoadBytes(name.data() + name.size() - 8, 8)), name.size()};
+// The head of a short name that is not empty, from a word that begins with it.
+constexpr std::uint64_t ShortNameHead(std::uint64_t word, std::size_t length) {
+  return FoldCase8(word << (64 - 8 * length) | length);
 }
 
-// The same for a name in a text that goes on for at least eight readable bytes.
-inline NameKey MakeNameKeyPadded(const char* name, std::size_t length) {
-  if constexpr (std::endian::native != std::endian::little) return MakeNameKey({name, length});
-  std::uint64_t head;
-  std::memcpy(&head, name, 8);
-  if (length < 8) head &= (std::uint64_t{1} << (8 * length)) - 1;
-  std::uint64_t tail = 0;
-  if (length > 8) std::memcpy(&tail, name + length - 8, 8);
-  return {LowerAscii8(head), LowerAscii8(tail), length};
+constexpr NameKey MakeNameKey(std::string_view name) {
+  const std::size_t length = name.size();
+  if (length == 0) return {};
+  if (length <= kShortName)
+    return {ShortNameHead(LoadBytes(name.data(), length), length), 0, length};
+  return {FoldCase8(LoadBytes(name.data(), 8)), FoldCase8(LoadBytes(name.data() + length - 8, 8)),
+          length};
 }
 
 // Names of at most 16 letters to values. `Slots` is a power of two, at least twice the names.
@@ -69,7 +66,7 @@ class NameTable {
     static_assert(N * 2 <= Slots);
     for (const Entry& entry : entries) {
       const NameKey key = MakeNameKey(entry.name);
-      std::size_t slot = SlotOf(key);
+      std::size_t slot = SlotOf(key.head);
       while (slots_[slot].key.length != 0) slot = (slot + 1) % Slots;
       slots_[slot] = {key, entry.value};
     }
@@ -77,10 +74,21 @@ class NameTable {
 
   // The value of the name, or `none`.
   Value Find(const NameKey& key, Value none) const {
-    for (std::size_t slot = SlotOf(key); slots_[slot].key.length != 0; slot = (slot + 1) % Slots) {
+    for (std::size_t slot = SlotOf(key.head); slots_[slot].key.length != 0;
+         slot = (slot + 1) % Slots) {
       if (slots_[slot].key == key) return slots_[slot].value;
     }
     return none;
+  }
+
+  // The same for a name that is not empty, in a text that goes on for at least eight readable
+  // bytes.
+  Value FindPadded(const char* name, std::size_t length, Value none) const {
+    if (length > kShortName) return Find(MakeNameKey({name, length}), none);
+    const std::uint64_t head = ShortNameHead(LoadWord(name), length);
+    const Slot& first = slots_[SlotOf(head)];
+    if (first.key.head == head) return first.value;
+    return Find({head, 0, length}, none);
   }
 
  private:
@@ -89,9 +97,16 @@ class NameTable {
     Value value{};
   };
 
-  static constexpr std::size_t SlotOf(const NameKey& key) {
+  static std::uint64_t LoadWord(const char* from) {
+    if constexpr (std::endian::native != std::endian::little) return LoadBytes(from, 8);
+    std::uint64_t word;
+    std::memcpy(&word, from, 8);
+    return word;
+  }
+
+  static constexpr std::size_t SlotOf(std::uint64_t head) {
     // Fibonacci hashing: the high bits of the product by 2^64 divided by the golden ratio.
-    return (key.head * 0x9E3779B97F4A7C15) >> (64 - std::bit_width(Slots - 1));
+    return (head * 0x9E3779B97F4A7C15) >> (64 - std::bit_width(Slots - 1));
   }
 
   std::array<Slot, Slots> slots_{};

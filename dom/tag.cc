@@ -7,10 +7,9 @@
 namespace zvrsit {
 namespace {
 
-using HtmlTable = NameTable<Tag, 256>;
 using ForeignTable = NameTable<Tag, 64>;
 
-constexpr auto kHtmlNames = std::to_array<HtmlTable::Entry>({
+constexpr auto kHtmlNames = std::to_array<HtmlNameTable::Entry>({
     {"a", Tag::kA},
     {"applet", Tag::kApplet},
     {"area", Tag::kArea},
@@ -127,13 +126,14 @@ constexpr auto kForeignNames = std::to_array<ForeignTable::Entry>({
     {"annotation-xml", Tag::kAnnotationXml},
 });
 
-}  // namespace
-
-constexpr HtmlTable kHtmlTable(kHtmlNames);
 constexpr ForeignTable kForeignTable(kForeignNames);
 
+}  // namespace
+
+constinit const HtmlNameTable kHtmlNameTable(kHtmlNames);
+
 Tag HtmlTagOf(const NameKey& key) {
-  return kHtmlTable.Find(key, Tag::kOther);
+  return kHtmlNameTable.Find(key, Tag::kOther);
 }
 Tag ForeignTagOf(const NameKey& key) {
   return kForeignTable.Find(key, Tag::kOther);

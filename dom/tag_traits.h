@@ -8,8 +8,15 @@
 
 namespace zvrsit {
 
+using HtmlNameTable = NameTable<Tag, 256>;
+extern const HtmlNameTable kHtmlNameTable;
+
 Tag HtmlTagOf(const NameKey& key);
 Tag ForeignTagOf(const NameKey& key);
+// Of a name in a text that goes on for at least eight readable bytes.
+inline Tag HtmlTagOfPadded(const char* name, std::size_t length) {
+  return kHtmlNameTable.FindPadded(name, length, Tag::kOther);
+}
 
 // How the text after a start tag is to be read.
 enum class ContentModel : std::uint8_t {
@@ -21,19 +28,15 @@ enum class ContentModel : std::uint8_t {
   kCdata,
 };
 
-// A set of tags, as bits.
 class TagSet {
  public:
   constexpr TagSet(std::initializer_list<Tag> tags) {
-    for (const Tag tag : tags) bits_[Index(tag) / 64] |= std::uint64_t{1} << (Index(tag) % 64);
+    for (const Tag tag : tags) has_[static_cast<std::size_t>(tag)] = true;
   }
-  constexpr bool contains(Tag tag) const {
-    return (bits_[Index(tag) / 64] >> (Index(tag) % 64) & 1) != 0;
-  }
+  constexpr bool contains(Tag tag) const { return has_[static_cast<std::size_t>(tag)]; }
 
  private:
-  static constexpr std::size_t Index(Tag tag) { return static_cast<std::size_t>(tag); }
-  std::array<std::uint64_t, (kTagCount + 63) / 64> bits_{};
+  std::array<bool, kTagCount> has_{};
 };
 
 // HTML elements that never have content.
@@ -53,25 +56,22 @@ inline constexpr TagSet kBreakoutTags{
     Tag::kStrong,  Tag::kSub,  Tag::kSup,        Tag::kTable, Tag::kTt,   Tag::kU,
     Tag::kUl,      Tag::kVar};
 
-// The content model of an HTML element, with scripting off: NOSCRIPT is ordinary content.
+// The content models of HTML elements, with scripting off: NOSCRIPT is ordinary content.
+inline constexpr std::array<ContentModel, kTagCount> kContentModels = [] {
+  std::array<ContentModel, kTagCount> models{};
+  const auto set = [&](ContentModel model, std::initializer_list<Tag> tags) {
+    for (const Tag tag : tags) models[static_cast<std::size_t>(tag)] = model;
+  };
+  set(ContentModel::kRcdata, {Tag::kTitle, Tag::kTextarea});
+  set(ContentModel::kRawText,
+      {Tag::kStyle, Tag::kXmp, Tag::kIframe, Tag::kNoembed, Tag::kNoframes});
+  set(ContentModel::kScriptData, {Tag::kScript});
+  set(ContentModel::kPlainText, {Tag::kPlaintext});
+  return models;
+}();
+
 constexpr ContentModel ContentModelOf(Tag tag) {
-  switch (tag) {
-    case Tag::kTitle:
-    case Tag::kTextarea:
-      return ContentModel::kRcdata;
-    case Tag::kStyle:
-    case Tag::kXmp:
-    case Tag::kIframe:
-    case Tag::kNoembed:
-    case Tag::kNoframes:
-      return ContentModel::kRawText;
-    case Tag::kScript:
-      return ContentModel::kScriptData;
-    case Tag::kPlaintext:
-      return ContentModel::kPlainText;
-    default:
-      return ContentModel::kData;
-  }
+  return kContentModels[static_cast<std::size_t>(tag)];
 }
 
 }  // namespace zvrsit

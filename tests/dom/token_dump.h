@@ -60,6 +60,7 @@ class TokenSink {
     AbandonTag();
     return follow_ ? ContentModelOf(HtmlTagOf(tokens.back().text)) : ContentModel::kData;
   }
+  bool WantsEndTags() { return true; }
   void EndTag(const TagSlices& slices) { tokens.push_back({Token::Kind::kEndTag, Name(slices)}); }
   void Comment(const char* begin, const char* end) {
     tokens.push_back({Token::Kind::kComment, ""});
