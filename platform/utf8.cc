@@ -3,6 +3,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace zvrsit::platform {
 namespace {
 
@@ -12,6 +16,24 @@ std::uint64_t LoadWord(const char* bytes) {
   std::uint64_t word;
   std::memcpy(&word, bytes, sizeof word);
   return word;
+}
+
+// How many bytes are told to be ASCII at once.
+constexpr std::size_t kAsciiBlock = 64;
+
+bool IsAsciiBlock(const char* bytes) {
+#if defined(__SSE2__)
+  const auto load = [bytes](std::size_t at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+  };
+  const __m128i any =
+      _mm_or_si128(_mm_or_si128(load(0), load(16)), _mm_or_si128(load(32), load(48)));
+  return _mm_movemask_epi8(any) == 0;
+#else
+  std::uint64_t any = 0;
+  for (std::size_t at = 0; at < kAsciiBlock; at += 8) any |= LoadWord(bytes + at);
+  return (any & kHighBits) == 0;
+#endif
 }
 
 struct LeadByte {
@@ -94,12 +116,7 @@ std::size_t AsciiPrefix(std::string_view text) {
   const char* bytes = text.data();
   const std::size_t size = text.size();
   std::size_t at = 0;
-  while (size - at >= 32) {
-    const std::uint64_t any = LoadWord(bytes + at) | LoadWord(bytes + at + 8) |
-                              LoadWord(bytes + at + 16) | LoadWord(bytes + at + 24);
-    if (any & kHighBits) break;
-    at += 32;
-  }
+  while (size - at >= kAsciiBlock && IsAsciiBlock(bytes + at)) at += kAsciiBlock;
   while (size - at >= 8 && (LoadWord(bytes + at) & kHighBits) == 0) at += 8;
   while (at < size && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
   return at;
