@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "dom/attr_table.h"
 #include "dom/html_text.h"
 #include "dom/html_tokenizer.h"
 
@@ -58,34 +59,36 @@ class MetaSink {
   bool InForeignContent() { return false; }
 
   void Attribute(const AttributeSlices& slices) {
-    if (!label_.empty()) return;
-    const std::string name = Lower(View(slices.name, slices.nameEnd));
-    const std::string_view value = View(slices.value, slices.valueEnd);
-    if (name == "http-equiv" && httpEquiv_.empty()) httpEquiv_ = Lower(value);
-    if (name == "content" && content_.empty()) content_ = Lower(value);
-    if (name == "charset" && charset_.empty()) charset_ = Lower(value);
+    const Attr attr = AttrOfPadded(slices.name, Length(slices.name, slices.nameEnd));
+    const std::string_view value(slices.value, Length(slices.value, slices.valueEnd));
+    if (attr == Attr::kHttpEquiv && httpEquiv_.empty()) httpEquiv_ = value;
+    if (attr == Attr::kContent && content_.empty()) content_ = value;
+    if (attr == Attr::kCharset && charset_.empty()) charset_ = value;
   }
 
+  // With the label found, the rest is passed over.
   ContentModel StartTag(const TagSlices& slices) {
-    if (label_.empty() && Lower(View(slices.name, slices.nameEnd)) == "meta") {
-      label_ = TrimSpace(charset_);
-      if (label_.empty() && httpEquiv_ == "content-type") label_ = CharsetOfContent(content_);
+    if (HtmlTagOfPadded(slices.name, Length(slices.name, slices.nameEnd)) == Tag::kMeta) {
+      label_ = TrimSpace(Lower(charset_));
+      if (label_.empty() && Lower(httpEquiv_) == "content-type") {
+        label_ = CharsetOfContent(Lower(content_));
+      }
     }
-    httpEquiv_.clear();
-    content_.clear();
-    charset_.clear();
-    return ContentModel::kData;
+    httpEquiv_ = content_ = charset_ = {};
+    return label_.empty() ? ContentModel::kData : ContentModel::kPlainText;
   }
 
   const std::string& label() const { return label_; }
 
  private:
-  static std::string_view View(const char* from, const char* to) { return {from, to}; }
+  static std::size_t Length(const char* from, const char* to) {
+    return static_cast<std::size_t>(to - from);
+  }
 
   std::string label_;
-  std::string httpEquiv_;
-  std::string content_;
-  std::string charset_;
+  std::string_view httpEquiv_;
+  std::string_view content_;
+  std::string_view charset_;
 };
 
 std::string XmlEncoding(std::string_view head) {

@@ -141,11 +141,6 @@ void Document::Build(const char* text, std::size_t length, bool decode) {
   DocumentBuilder(*this, source()).Build();
 }
 
-std::span<const std::uint32_t> Document::elementsOf(Tag tag) const {
-  const auto i = static_cast<std::size_t>(tag);
-  return {byTag_.data() + tagStart_[i], byTag_.data() + tagStart_[i + 1]};
-}
-
 NodeIterator Document::getElementsByTagName(const char* upperCaseName) const {
   const std::string_view name = upperCaseName != nullptr ? upperCaseName : "";
   if (name.empty()) return {};

@@ -215,7 +215,7 @@ class ZVRSIT_API Document {
   // that has a Tag. `upperCaseName` may be in any ASCII case.
   NodeIterator getElementsByTagName(const char* upperCaseName) const;
   // Indexes for element(), in document order, without those in the content of a TEMPLATE.
-  std::span<const std::uint32_t> elementsOf(Tag tag) const;
+  inline std::span<const std::uint32_t> elementsOf(Tag tag) const;
 
   // Every attribute of that number that counts (the first of its element, none in the content of a
   // TEMPLATE), in document order. One pass over all attributes of the page.
@@ -269,6 +269,11 @@ class ZVRSIT_API Document {
   std::array<std::uint32_t, kTagCount + 1> tagStart_{};  // where each group begins in byTag_
 };
 
+inline std::span<const std::uint32_t> Document::elementsOf(Tag tag) const {
+  const auto i = static_cast<std::size_t>(tag);
+  return {byTag_.data() + tagStart_[i], byTag_.data() + tagStart_[i + 1]};
+}
+
 inline const ElementRecord& Element::record() const {
   return document_->elements_[index_];
 }
@@ -278,7 +283,7 @@ inline AttributeList Element::attributes() const {
 }
 
 inline std::string_view Attribute::rawValue() const {
-  return document_->text().substr(record_->valueOffset, record_->valueLength);
+  return {document_->text_ + record_->valueOffset, record_->valueLength};
 }
 
 }  // namespace zvrsit

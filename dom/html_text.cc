@@ -18,16 +18,23 @@ bool NeedsWork(char c) {
   return c == '&' || c == '\r' || c == '\0';
 }
 
+#if defined(__SSE2__)
+// One bit for each of 16 bytes that is not plain.
+unsigned WorkBits(const char* from) {
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+  const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('&')),
+                                                 _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r'))),
+                                    _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+  return static_cast<unsigned>(_mm_movemask_epi8(hits));
+}
+#endif
+
 // The first byte at or behind `from` that is not plain.
 std::size_t FindWork(std::string_view raw, std::size_t from) {
   std::size_t i = from;
 #if defined(__SSE2__)
   for (; raw.size() - i >= 16; i += 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(raw.data() + i));
-    const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('&')),
-                                                   _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r'))),
-                                      _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
-    const unsigned bits = static_cast<unsigned>(_mm_movemask_epi8(hits));
+    const unsigned bits = WorkBits(raw.data() + i);
     if (bits != 0) return i + static_cast<std::size_t>(std::countr_zero(bits));
   }
 #endif
@@ -67,6 +74,17 @@ void Append(std::string& out, std::string_view raw, const Decoding& decoding) {
 }
 
 }  // namespace
+
+bool NeedsDecoding(std::string_view raw) {
+#if defined(__SSE2__)
+  std::size_t i = 0;
+  while (i < raw.size() && WorkBits(raw.data() + i) == 0) i += 16;
+  if (i >= raw.size()) return false;
+  return FindWork(raw, i) < raw.size();  // what was found may stand behind the end
+#else
+  return FindWork(raw, 0) < raw.size();
+#endif
+}
 
 void AppendText(std::string& out, std::string_view raw, TextKind kind) {
   const bool references = kind == TextKind::kData || kind == TextKind::kRcdata;

@@ -16,4 +16,8 @@ void AppendPlain(std::string& out, std::string_view raw);
 // Names of tags, attributes and document types, in lower case.
 void AppendName(std::string& out, std::string_view raw);
 
+// Whether reading an attribute value or a text could change it. `raw` is a part of a document's
+// text, so that kTextPadding bytes behind it are readable.
+bool NeedsDecoding(std::string_view raw);
+
 }  // namespace zvrsit

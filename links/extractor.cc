@@ -4,6 +4,7 @@
 #include <span>
 
 #include "dom/document.h"
+#include "dom/html_text.h"
 #include "links/ascii.h"
 #include "links/html_values.h"
 #include "util/mb_string.h"
@@ -33,10 +34,9 @@ struct Reference {
   In rules;
 };
 
-// Every reference of a page but the META refresh, in the order in which they are registered. That
-// order shows in record numbers.
+// Every reference of a page but the META refresh and, before all of these, A HREF; in the order in
+// which they are registered. That order shows in record numbers.
 constexpr Reference kReferences[] = {
-    {Tag::kA, Attr::kHref, LT_ANCHOR, Shape::kPlain, In::kBoth},
     {Tag::kImg, Attr::kSrc, LT_IMG, Shape::kImage, In::kBoth},
     {Tag::kLink, Attr::kHref, LT_LINK, Shape::kUnlessStyleSheet, In::kBoth},
     {Tag::kFrame, Attr::kSrc, LT_FRAME, Shape::kPlain, In::kBoth},
@@ -85,15 +85,6 @@ constexpr MetaName kMetaNames[] = {
     {"refresh", MetaKey::kRefresh},
 };
 
-bool Contains(std::string_view text, char c) {
-  return !text.empty() && std::memchr(text.data(), c, text.size()) != nullptr;
-}
-
-// Whether decoding could change the text.
-bool NeedsDecoding(std::string_view raw) {
-  return Contains(raw, '&') || Contains(raw, '\r') || Contains(raw, '\0');
-}
-
 // One walk over a document, filling the rows.
 class Extraction {
  public:
@@ -107,7 +98,6 @@ class Extraction {
     ReadAnchors();
     for (const Reference& reference : kReferences) {
       if (reference.rules == In::kBoth || web_) ReadReferences(reference);
-      if (reference.tag == Tag::kA) rows_.anchorLinks = rows_.links.size();
     }
   }
 
@@ -183,9 +173,14 @@ class Extraction {
 
   void ReadAnchors() {
     for (const std::uint32_t index : document_.elementsOf(Tag::kA)) {
-      const std::string_view name = ValueOf(ElementAt(index).attributes(), Attr::kName);
+      const AttributeList attributes = ElementAt(index).attributes();
+      if (const Attribute href = attributes.find(Attr::kHref)) {
+        Add(LT_ANCHOR, href.valueOffset(), rows_.Decoded(href));
+      }
+      const std::string_view name = ValueOf(attributes, Attr::kName);
       if (!name.empty()) rows_.anchors.push_back(name);
     }
+    rows_.anchorLinks = rows_.links.size();
   }
 
   void ReadReferences(const Reference& reference) {
@@ -230,11 +225,7 @@ class Extraction {
   }
 
   LinkRow& Add(std::uint32_t type, std::uint32_t offset, std::string_view target) {
-    LinkRow& row = rows_.links.emplace_back();
-    row.type = type;
-    row.offset = offset;
-    row.target = target;
-    return row;
+    return rows_.links.emplace_back(LinkRow{type, offset, target, {}, false, false});
   }
 
   bool IsStyleSheet(const AttributeList& attributes) {
