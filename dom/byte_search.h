@@ -66,17 +66,20 @@ struct PortableSearch {
     return found != nullptr ? static_cast<const char*>(found) : end;
   }
 
-  // The first byte of a class of name ends.
-  static const char* NameEnd(const char* from, const char* end, ByteClass which) {
-    return FindClass(from, end, which);
+  // The first byte that ends the name of a tag, or of an attribute.
+  static const char* TagNameEnd(const char* from, const char* end) {
+    return FindClass(from, end, kTagNameEnd);
+  }
+  static const char* AttributeNameEnd(const char* from, const char* end) {
+    return FindClass(from, end, kAttributeNameEnd);
   }
 
-  // The first ">", when it is among the next 16 bytes and no quote stands in front of it; else
+  // The first ">", when it is among the next 17 bytes and no quote stands in front of it; else
   // null.
   static const char* CloseWithoutQuotes(const char* from) {
-    for (const char* p = from; p < from + 16; ++p) {
+    for (const char* p = from; p <= from + 16; ++p) {
       if (*p == '>') return p;
-      if (*p == '"' || *p == '\'' || *p == '\0') return nullptr;
+      if (*p == '"' || *p == '\'') return nullptr;
     }
     return nullptr;
   }
@@ -94,15 +97,21 @@ struct Sse2Search {
     return end;
   }
 
-  static const char* NameEnd(const char* from, const char* end, ByteClass which) {
+  static const char* TagNameEnd(const char* from, const char* end) {
     const __m128i block = Load(from);
-    const __m128i space = _mm_set1_epi8(' ');
-    const __m128i upToSpace = _mm_cmpeq_epi8(_mm_min_epu8(block, space), block);
-    __m128i ends = _mm_or_si128(upToSpace, _mm_or_si128(Equal(block, '>'), Equal(block, '/')));
-    if (which == kAttributeNameEnd) ends = _mm_or_si128(ends, Equal(block, '='));
-    from += First(Bits(ends) | 1u << 16);
-    if (*from == '>' || IsByte(*from, which)) return from;
-    return FindClass(from, end, which);
+    // Letters and digits are above all ends but ">"; so is little else that names are made of.
+    const __m128i belowDigits = _mm_cmpgt_epi8(_mm_set1_epi8('0'), block);
+    from += First(Bits(_mm_or_si128(belowDigits, Equal(block, '>'))) | 1u << 16);
+    return *from == '>' || *from == ' ' ? from : FindClass(from, end, kTagNameEnd);
+  }
+
+  static const char* AttributeNameEnd(const char* from, const char* end) {
+    const __m128i block = Load(from);
+    const __m128i upToSpace = _mm_cmpeq_epi8(_mm_min_epu8(block, _mm_set1_epi8(' ')), block);
+    const __m128i marks =
+        _mm_or_si128(Equal(block, '='), _mm_or_si128(Equal(block, '>'), Equal(block, '/')));
+    from += First(Bits(_mm_or_si128(upToSpace, marks)) | 1u << 16);
+    return *from == '=' ? from : FindClass(from, end, kAttributeNameEnd);
   }
 
   static const char* CloseWithoutQuotes(const char* from) {

@@ -108,7 +108,7 @@ void Document::clear() {
   ClearAndTrim(elements_);
   ClearAndTrim(attributes_);
   ClearAndTrim(rawTexts_);
-  ClearAndTrim(byTag_);
+  if (byTag_.capacity() * sizeof(byTag_[0]) > kKeptBytes) byTag_ = {};
   tagStart_.fill(0);
   elements_.push_back({0, 0, 0, Tag::kOther, 0});
 }

@@ -265,7 +265,8 @@ class ZVRSIT_API Document {
   std::vector<ElementRecord> elements_;  // and one more, where the last one's attributes end
   std::vector<AttributeRecord> attributes_;
   std::vector<RawTextRecord> rawTexts_;                  // ascending by element
-  std::vector<std::uint32_t> byTag_;                     // element indexes, grouped by tag
+  std::vector<std::uint32_t> byTag_;                     // element indexes, grouped by tag; may
+                                                         // be longer than it is filled
   std::array<std::uint32_t, kTagCount + 1> tagStart_{};  // where each group begins in byTag_
 };
 

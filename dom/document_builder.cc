@@ -24,7 +24,7 @@ void DocumentBuilder::Build() {
   IndexTags();
 }
 
-ContentModel DocumentBuilder::Place(TagSlices slices, Tag tag) {
+ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
   const AttributeList attributes(&document_, std::span(document_.attributes_).subspan(committed_));
   ForeignContent::StartTag start{NameOf(slices), slices.selfClosing, false, false};
   if (tag == Tag::kFont) {
@@ -56,12 +56,13 @@ void DocumentBuilder::IndexTags() {
     total += counts_[tag];
   }
   starts[kTagCount] = total;
-  document_.byTag_.resize(total);
-  const std::size_t count = document_.elementCount();
-  for (std::size_t i = 0; i < count; ++i) {
+  if (document_.byTag_.size() < total) document_.byTag_.resize(total);
+  std::uint32_t* const byTag = document_.byTag_.data();
+  const auto count = static_cast<std::uint32_t>(document_.elementCount());
+  for (std::uint32_t i = 0; i < count; ++i) {
     const ElementRecord& element = document_.elements_[i];
     if ((element.flags & ElementRecord::kInTemplate) != 0) continue;
-    document_.byTag_[next[static_cast<std::size_t>(element.tag)]++] = static_cast<std::uint32_t>(i);
+    byTag[next[static_cast<std::size_t>(element.tag)]++] = i;
   }
 }
 

@@ -44,7 +44,12 @@ class DocumentBuilder {
   ContentModel StartTag(const TagSlices& slices) {
     const Tag tag =
         HtmlTagOfPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
-    if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) return Place(slices, tag);
+    if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) {
+      // A copy by parts leaves the slices of all other tags in registers.
+      return Place({slices.begin, slices.end, slices.name, slices.nameEnd, slices.selfClosing,
+                    slices.endsRawText},
+                   tag);
+    }
     ++counts_[static_cast<std::size_t>(tag)];
     AddElement(slices, tag, 0);
     return ContentModelOf(tag);
@@ -70,7 +75,7 @@ class DocumentBuilder {
   }
 
   // A start tag in SVG, MathML or TEMPLATE, or where one of them begins.
-  ContentModel Place(TagSlices slices, Tag tag);
+  ContentModel Place(const TagSlices& slices, Tag tag);
   void IndexTags();
 
   Document& document_;

@@ -100,29 +100,22 @@ class HtmlTokenizer {
   const char* DataState(const char* p) {
     const char* text = p;
     while ((p = Search::Byte(p, end_, '<')) < end_) {
-      const unsigned char next = kByteClasses[static_cast<unsigned char>(p[1])];
-      if ((next & kMarkupByte) == 0) {
-        ++p;
-        continue;
-      }
-      Characters(text, p, TextKind::kData);
-      if ((next & kLetterByte) != 0) {
-        p = StartTag(p);
+      if (p[1] == '/') {
+        Characters(text, p, TextKind::kData);
+        text = p = EndTagOpenState(p);
+      } else if (IsByte(p[1], kLetterByte)) {
+        Characters(text, p, TextKind::kData);
+        text = p = StartTag(p);
         if (model_ != ContentModel::kData) return p;
+      } else if (p[1] == '!' || p[1] == '?') {
+        Characters(text, p, TextKind::kData);
+        text = p = MarkupDeclarationOpenState(p);
       } else {
-        p = TagOpenState(p);
+        ++p;  // only text
       }
-      text = p;
     }
     Characters(text, p, TextKind::kData);
     return p;
-  }
-
-  // At "<" with "/", "!" or "?" behind it.
-  const char* TagOpenState(const char* p) {
-    if (p[1] == '/') return EndTagOpenState(p);
-    if (p[1] == '!') return MarkupDeclarationOpenState(p);
-    return BogusCommentState(p + 1);
   }
 
   const char* EndTagOpenState(const char* p) {
@@ -140,7 +133,7 @@ class HtmlTokenizer {
   }
 
   const char* StartTag(const char* p) {
-    const char* const nameEnd = Search::NameEnd(p + 2, end_, kTagNameEnd);
+    const char* const nameEnd = Search::TagNameEnd(p + 2, end_);
     const EndOfTag rest = FrequentAttributes(nameEnd);
     if (rest.next == nullptr) {
       sink_.AbandonTag();
@@ -154,7 +147,7 @@ class HtmlTokenizer {
   }
 
   const char* EndTag(const char* p, bool endsRawText) {
-    const char* const nameEnd = Search::NameEnd(p + 3, end_, kTagNameEnd);
+    const char* const nameEnd = Search::TagNameEnd(p + 3, end_);
     const EndOfTag rest = BeforeAttributeNameState<false>(nameEnd);
     if (rest.next == nullptr) return end_;
     sink_.EndTag(TagSlices{p, rest.next, p + 2, nameEnd, rest.selfClosing, endsRawText});
@@ -208,7 +201,9 @@ class HtmlTokenizer {
   // False leaves `attribute` as it was.
   static bool BeginsFrequentAttribute(const char* p, AttributeSlices& attribute) {
     return BeginsWithAttribute(p, " class=\"", Attr::kClass, attribute) ||
-           BeginsWithAttribute(p, " href=\"", Attr::kHref, attribute);
+           BeginsWithAttribute(p, " href=\"", Attr::kHref, attribute) ||
+           BeginsWithAttribute(p, " title=\"", Attr::kTitle, attribute) ||
+           BeginsWithAttribute(p, " id=\"", Attr::kId, attribute);
   }
 
   template <std::size_t N>
@@ -228,7 +223,7 @@ class HtmlTokenizer {
   const char* AttributeNameState(const char* p, AttributeSlices& attribute) {
     attribute.name = p;
     attribute.known = Attr::kOther;
-    attribute.nameEnd = p = Search::NameEnd(p + 1, end_, kAttributeNameEnd);
+    attribute.nameEnd = p = Search::AttributeNameEnd(p + 1, end_);
     p = SkipSpace(p);
     if (*p == '=') return BeforeAttributeValueState(SkipSpace(p + 1), attribute);
     if (p == end_) return nullptr;
@@ -251,7 +246,9 @@ class HtmlTokenizer {
     return p < end_ ? p + 1 : nullptr;
   }
 
+  // At "<!" or "<?".
   const char* MarkupDeclarationOpenState(const char* p) {
+    if (p[1] == '?') return BogusCommentState(p + 1);
     p += 2;
     if (p[0] == '-' && p[1] == '-') {
       const Extent comment = ScanComment(p + 2, end_);

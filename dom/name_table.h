@@ -40,7 +40,7 @@ constexpr std::uint64_t LoadBytes(const char* from, std::size_t count) {
 
 // The head of a short name that is not empty, from a word that begins with it.
 constexpr std::uint64_t ShortNameHead(std::uint64_t word, std::size_t length) {
-  return FoldCase8(word << (64 - 8 * length) | length);
+  return FoldCase8(word << (-8 * length & 63) | length);
 }
 
 constexpr NameKey MakeNameKey(std::string_view name) {

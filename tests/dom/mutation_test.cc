@@ -5,7 +5,9 @@
 #include <iterator>
 #include <random>
 
+#include "dom/attr_table.h"
 #include "dom/code_conv.h"
+#include "dom/html_text.h"
 #include "dom/page.h"
 #include "dom/token_dump.h"
 
@@ -29,7 +31,8 @@ constexpr std::string_view kPieces[] = {
     "-->",      "<!--",       "<![CDATA[",   "]]>",
     "<script>", "</script>",  "<svg>",       "&#",
     "</svg>",   "<title>",    "</title>",    "<font color>",
-    "</p>",     "<template>", "</template>", std::string_view("\0", 1)};
+    "</p>",     "<template>", "</template>", std::string_view("\0", 1),
+    " href=\"", " class=\"",  "</b>",        "<code id=\"i\" title=\"t\">"};
 
 std::string Mutate(std::mt19937& random) {
   std::string text(kPage);
@@ -129,6 +132,66 @@ TEST(Mutation, SearchesAgreeAtEveryOffset) {
         ASSERT_EQ(PortableSearch::Byte(from, end, '<'), padded.data() + at);
       }
     }
+  }
+}
+
+TEST(Mutation, SearchesForTheEndOfANameAgree) {
+  constexpr std::string_view kBytes("abcdefgxyzAZ019-:_\x01\x1F\x80\xFF \t\r/>=\"'\0", 31);
+  std::mt19937 random(20261121);
+  for (int round = 0; round < 20000; ++round) {
+    std::string text(random() % 40, 'n');
+    for (char& c : text) {
+      if (random() % 8 == 0) c = kBytes[random() % kBytes.size()];
+    }
+    const std::string padded = Padded(text);
+    const char* from = padded.data();
+    const char* end = from + text.size();
+    ASSERT_EQ(DefaultSearch::TagNameEnd(from, end), PortableSearch::TagNameEnd(from, end));
+    ASSERT_EQ(DefaultSearch::AttributeNameEnd(from, end),
+              PortableSearch::AttributeNameEnd(from, end));
+    ASSERT_EQ(DefaultSearch::CloseWithoutQuotes(from), PortableSearch::CloseWithoutQuotes(from));
+  }
+}
+
+// What stands behind a value does not count.
+TEST(Mutation, OnlyTheBytesOfAValueDecideWhetherItIsDecoded) {
+  for (const char special : {'&', '\r', '\0'}) {
+    for (std::size_t length = 0; length < 40; ++length) {
+      for (std::size_t at = 0; at < length + 16; ++at) {
+        std::string text(length + 16, 'x');
+        text[at] = special;
+        const std::string padded = Padded(text);
+        ASSERT_EQ(NeedsDecoding(std::string_view(padded).substr(0, length)), at < length);
+      }
+    }
+  }
+}
+
+// Every byte in every place of every known name: only its other case names the same.
+TEST(Mutation, NamesAreKnownInAnyCaseAndNoOthersAre) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+  const auto check = [&](const std::string& known, auto&& isKnown) {
+    for (std::size_t at = 0; at < known.size(); ++at) {
+      for (int byte = 0; byte < 256; ++byte) {
+        std::string name = known;
+        name[at] = static_cast<char>(byte);
+        ASSERT_EQ(isKnown(name), lower(name[at]) == known[at]) << name << " for " << known;
+      }
+    }
+    ASSERT_FALSE(isKnown(known + '\0'));
+    ASSERT_FALSE(isKnown('\0' + known));
+  };
+  for (std::size_t i = 1; i <= static_cast<std::size_t>(Tag::kMath); ++i) {
+    const auto tag = static_cast<Tag>(i);
+    check(std::string(TagName(tag)), [tag](const std::string& name) {
+      return HtmlTagOfPadded(Padded(name).data(), name.size()) == tag && HtmlTagOf(name) == tag;
+    });
+  }
+  for (std::size_t i = 1; i < kAttrCount; ++i) {
+    const auto attr = static_cast<Attr>(i);
+    check(std::string(AttrName(attr)), [attr](const std::string& name) {
+      return AttrOfPadded(Padded(name).data(), name.size()) == attr && AttrOf(name) == attr;
+    });
   }
 }
 
