@@ -99,7 +99,7 @@ class HtmlTokenizer {
 
   const char* DataState(const char* p) {
     const char* text = p;
-    while ((p = Search::Byte(p, end_, '<')) < end_) {
+    while ((p = TextEnd(p)) < end_) {
       if (p[1] == '/') {
         Characters(text, p, TextKind::kData);
         text = p = EndTagOpenState(p);
@@ -118,11 +118,20 @@ class HtmlTokenizer {
     return p;
   }
 
+  // Half of the tags follow one another directly or on the next line; see FindClass.
+  const char* TextEnd(const char* p) {
+    if (p[0] == '<') return p;
+    if (p[1] == '<') return p + 1;
+    return Search::Byte(p, end_, '<');
+  }
+
   const char* EndTagOpenState(const char* p) {
     if (IsByte(p[2], kLetterByte)) {
       if (!sink_.WantsEndTags()) {
-        // Only quotes could hide a ">".
-        if (const char* close = Search::CloseWithoutQuotes(p + 3)) return close + 1;
+        const char* close = p + 3;
+        while (IsByte(*close, kLetterByte)) ++close;
+        if (*close != '>') ++close;  // "</h1>"
+        if (*close == '>') return close + 1;
       }
       return EndTag(p, false);
     }
@@ -133,7 +142,7 @@ class HtmlTokenizer {
   }
 
   const char* StartTag(const char* p) {
-    const char* const nameEnd = Search::TagNameEnd(p + 2, end_);
+    const char* const nameEnd = FindClass(p + 2, end_, kTagNameEnd);
     const EndOfTag rest = FrequentAttributes(nameEnd);
     if (rest.next == nullptr) {
       sink_.AbandonTag();
@@ -147,7 +156,7 @@ class HtmlTokenizer {
   }
 
   const char* EndTag(const char* p, bool endsRawText) {
-    const char* const nameEnd = Search::TagNameEnd(p + 3, end_);
+    const char* const nameEnd = FindClass(p + 3, end_, kTagNameEnd);
     const EndOfTag rest = BeforeAttributeNameState<false>(nameEnd);
     if (rest.next == nullptr) return end_;
     sink_.EndTag(TagSlices{p, rest.next, p + 2, nameEnd, rest.selfClosing, endsRawText});
@@ -223,7 +232,7 @@ class HtmlTokenizer {
   const char* AttributeNameState(const char* p, AttributeSlices& attribute) {
     attribute.name = p;
     attribute.known = Attr::kOther;
-    attribute.nameEnd = p = Search::AttributeNameEnd(p + 1, end_);
+    attribute.nameEnd = p = FindClass(p + 1, end_, kAttributeNameEnd);
     p = SkipSpace(p);
     if (*p == '=') return BeforeAttributeValueState(SkipSpace(p + 1), attribute);
     if (p == end_) return nullptr;

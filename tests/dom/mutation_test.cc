@@ -135,24 +135,6 @@ TEST(Mutation, SearchesAgreeAtEveryOffset) {
   }
 }
 
-TEST(Mutation, SearchesForTheEndOfANameAgree) {
-  constexpr std::string_view kBytes("abcdefgxyzAZ019-:_\x01\x1F\x80\xFF \t\r/>=\"'\0", 31);
-  std::mt19937 random(20261121);
-  for (int round = 0; round < 20000; ++round) {
-    std::string text(random() % 40, 'n');
-    for (char& c : text) {
-      if (random() % 8 == 0) c = kBytes[random() % kBytes.size()];
-    }
-    const std::string padded = Padded(text);
-    const char* from = padded.data();
-    const char* end = from + text.size();
-    ASSERT_EQ(DefaultSearch::TagNameEnd(from, end), PortableSearch::TagNameEnd(from, end));
-    ASSERT_EQ(DefaultSearch::AttributeNameEnd(from, end),
-              PortableSearch::AttributeNameEnd(from, end));
-    ASSERT_EQ(DefaultSearch::CloseWithoutQuotes(from), PortableSearch::CloseWithoutQuotes(from));
-  }
-}
-
 // What stands behind a value does not count.
 TEST(Mutation, OnlyTheBytesOfAValueDecideWhetherItIsDecoded) {
   for (const char special : {'&', '\r', '\0'}) {
