@@ -1,5 +1,8 @@
 #include "dom/document_builder.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace zvrsit {
 namespace {
 
@@ -12,10 +15,20 @@ bool NamesHtml(const Attribute& encoding) {
          (value.size() == 21 && BeginsWithNoCase(value.data(), end, "application/xhtml+xml"));
 }
 
+// What pages have on average; a list that grows while it is filled is copied.
+constexpr std::size_t kBytesAnElement = 48;
+
+template <class Record>
+void MakeRoom(std::vector<Record>& records, std::size_t count) {
+  if (count > records.capacity()) records.reserve(std::max(count, records.capacity() * 2));
+}
+
 }  // namespace
 
 void DocumentBuilder::Build() {
   document_.elements_.clear();
+  MakeRoom(document_.elements_, document_.length_ / kBytesAnElement);
+  MakeRoom(document_.attributes_, document_.length_ / kBytesAnElement);
   HtmlTokenizer<DocumentBuilder>(source_, document_.length_, *this).Run();
   AbandonTag();
   document_.elements_.push_back({static_cast<std::uint32_t>(document_.length_),

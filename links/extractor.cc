@@ -1,5 +1,6 @@
 #include "links/extractor.h"
 
+#include <algorithm>
 #include <cstring>
 #include <span>
 
@@ -95,6 +96,7 @@ class Extraction {
     if (web_) ReadBase();
     ReadTitle();
     ReadMetas();
+    MakeRoom();
     ReadAnchors();
     for (const Reference& reference : kReferences) {
       if (reference.rules == In::kBoth || web_) ReadReferences(reference);
@@ -107,6 +109,13 @@ class Extraction {
   std::string_view ValueOf(const AttributeList& attributes, Attr attr) {
     const Attribute attribute = attributes.find(attr);
     return attribute ? rows_.Decoded(attribute) : std::string_view();
+  }
+
+  // Most references are anchors.
+  void MakeRoom() {
+    const std::size_t count = document_.elementsOf(Tag::kA).size();
+    auto& links = rows_.links;
+    if (count > links.capacity()) links.reserve(std::max(count, links.capacity() * 2));
   }
 
   void ReadBase() {

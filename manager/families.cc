@@ -54,11 +54,11 @@ bool SiteMgr::IsMember(int pathNumber) const {
 // -1 when there is none.
 int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool member) const {
   while (next < links.size()) {
-    SiteLinkRec link;
-    if (linkDB->Get(links[next++], link) < 0 || link.to.kind != kKindPath) continue;
-    SitePathRec rec;
-    if (pathDB->Get(link.to.id, rec) < 0) continue;
-    if (((rec.membership & kFamilyMember) != 0) == member) return link.to.id;
+    UrlID target;
+    if (linkDB->Target(links[next++], target) < 0 || target.kind != kKindPath) continue;
+    std::int32_t marks = 0;
+    if (pathDB->ReadMembership(target.id, marks) < 0) continue;
+    if (((marks & kFamilyMember) != 0) == member) return target.id;
   }
   return -1;
 }

@@ -31,7 +31,7 @@ class ProbeTable {
   // The entry with this hash for which equal(entry) holds, or null. Good until the next change.
   template <class Equal>
   const Entry* Find(std::uint32_t hash, Equal equal) const {
-    if (slots_.empty()) return nullptr;
+    if (active_ == 0) return nullptr;
     const std::uint32_t mark = Mark(hash);
     for (std::size_t at = mark & mask();; at = (at + 1) & mask()) {
       const Entry& entry = slots_[at];
@@ -46,7 +46,7 @@ class ProbeTable {
 
   // Brings the place near where a Find of this hash will look first.
   void Prefetch(std::uint32_t hash) const {
-    if (!slots_.empty()) PrefetchMemory(&slots_[Mark(hash) & mask()]);
+    if (active_ != 0) PrefetchMemory(&slots_[Mark(hash) & mask()]);
   }
   // The first entry with this hash, equal or not; null for none.
   const Entry* Guess(std::uint32_t hash) const {
@@ -55,8 +55,7 @@ class ProbeTable {
 
   // Adds an entry that Find did not find; its `hash` is set here.
   Entry& Insert(std::uint32_t hash, Entry entry) {
-    if ((used_ + 1) * 4 > slots_.size() * 3)
-      Rehash(slots_.empty() ? kFirstSize : slots_.size() * 2);
+    if ((used_ + 1) * 4 > active_ * 3) Rehash(active_ == 0 ? kFirstSize : active_ * 2);
     entry.hash = Mark(hash);
     ++used_;
     return Place(entry);
@@ -77,13 +76,14 @@ class ProbeTable {
     --used_;
   }
 
-  // Empties it; the memory is kept unless far more than it was in use.
+  // Empties it, in time for what it held. Its memory is kept, but for that of a large table.
   void Clear() {
-    if (slots_.size() > kKeptSize && slots_.size() / kKeptShare > used_) {
+    if (slots_.size() * sizeof(Entry) > kKeptBytes && slots_.size() > used_ * kShare) {
       slots_ = {};
-    } else if (!slots_.empty()) {
-      std::memset(static_cast<void*>(slots_.data()), 0, slots_.size() * sizeof(Entry));
+      active_ = 0;
     }
+    while (active_ > kFirstSize && active_ > used_ * kShare) active_ /= 2;
+    Zero(active_);
     used_ = 0;
   }
 
@@ -91,13 +91,13 @@ class ProbeTable {
   void Reserve(std::size_t count) {
     std::size_t wanted = kFirstSize;
     while (wanted * 3 < count * 4) wanted *= 2;
-    if (wanted > slots_.size()) Rehash(wanted);
+    if (wanted > active_) Rehash(wanted);
   }
 
   template <class Visit>
   void ForEach(Visit visit) {
-    for (Entry& entry : slots_) {
-      if (entry.hash != 0) visit(entry);
+    for (std::size_t at = 0; at < active_; ++at) {
+      if (slots_[at].hash != 0) visit(slots_[at]);
     }
   }
 
@@ -105,12 +105,16 @@ class ProbeTable {
   using Slots = std::vector<Entry, platform::LargeAllocator<Entry>>;
 
   static constexpr std::size_t kFirstSize = 16;
-  static constexpr std::size_t kKeptSize = 128;
-  static constexpr std::size_t kKeptShare = 8;
+  static constexpr std::size_t kKeptBytes = std::size_t{1} << 20;
+  static constexpr std::size_t kShare = 4;  // slots for each entry that a table keeps when emptied
 
   // 0 marks a free slot.
   static std::uint32_t Mark(std::uint32_t hash) { return hash == 0 ? 1 : hash; }
-  std::size_t mask() const { return slots_.size() - 1; }
+  std::size_t mask() const { return active_ - 1; }
+
+  void Zero(std::size_t count) {
+    if (count != 0) std::memset(static_cast<void*>(slots_.data()), 0, count * sizeof(Entry));
+  }
 
   Entry& Place(const Entry& entry) {
     std::size_t at = entry.hash & mask();
@@ -118,14 +122,25 @@ class ProbeTable {
     return slots_[at] = entry;
   }
   void Rehash(std::size_t wanted) {
-    Slots old(wanted);
-    old.swap(slots_);
-    for (const Entry& entry : old) {
-      if (entry.hash != 0) Place(entry);
+    if (wanted > slots_.size()) {
+      Slots old(wanted);
+      old.swap(slots_);
+      const std::size_t count = std::exchange(active_, wanted);
+      for (std::size_t at = 0; at < count; ++at) {
+        if (old[at].hash != 0) Place(old[at]);
+      }
+      return;
     }
+    std::vector<Entry> kept;
+    kept.reserve(used_);
+    ForEach([&kept](const Entry& entry) { kept.push_back(entry); });
+    Zero(wanted);
+    active_ = wanted;
+    for (const Entry& entry : kept) Place(entry);
   }
 
-  Slots slots_;  // a power of two of them
+  Slots slots_;
+  std::size_t active_ = 0;  // a power of two of them are in use, from the first on
   std::size_t used_ = 0;
 };
 

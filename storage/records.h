@@ -78,7 +78,8 @@ class SiteRelRec : public SiteBaseRec {
  public:
   static constexpr int kRecordType = 3;
   static constexpr int kSlotLength = 24;
-  static constexpr int kFromAt = 4;  // where `from` lies in a slot
+  static constexpr int kFromAt = 4;  // where words lie in a slot
+  static constexpr int kToAt = 12;
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 
@@ -110,6 +111,7 @@ class SitePathRec : public SiteNodeRec {
  public:
   static constexpr int kRecordType = 4;
   static constexpr int kSlotLength = 84;
+  static constexpr int kMembershipAt = 36;  // where that word lies in a slot
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 

@@ -61,6 +61,14 @@ class SiteFixRecDB : public SiteDB {
     SlotBuffer copy(recordLength);
     return ReadSlotAt(offset, copy) < 0 ? -1 : ReadWords(copy.data(), *record);
   }
+  // Reads the word at byte `at` of the slot of record `id`; 0 or -1. It throws as Get does.
+  int ReadWord(int id, int at, std::int32_t& word) {
+    char bytes[4];
+    const int offset = SlotOffset(id);
+    if (offset < 0 || at + 4 > recordLength || ReadAt(bytes, offset + at, 4) != 4) return -1;
+    word = LoadLE32(bytes);
+    return 0;
+  }
   // Reads the live records in the order of their numbers and calls isWanted(record), which must not
   // change the file, until one gives true; whether one did. Those that cannot be read are left out.
   template <class Rec, class IsWanted>

@@ -69,6 +69,12 @@ class PairTable : public PairTableBase {
   int Get(int number, Rec& record) const {
     return IsNumber(number) ? records_->Get(number, &record) : -1;
   }
+  // Reads only where a record goes; 0 or -1.
+  int Target(int number, UrlID& to) const {
+    const bool isRead = IsNumber(number) && records_->ReadWord(number, Rec::kToAt, to.kind) == 0 &&
+                        records_->ReadWord(number, Rec::kToAt + 4, to.id) == 0;
+    return isRead ? 0 : -1;
+  }
   int Update(const Rec& record) { return IsNumber(record.id) ? records_->Update(&record) : -1; }
 
  protected:

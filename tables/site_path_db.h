@@ -16,6 +16,11 @@ class SitePathDB : public NamedTable<SitePathRec> {
   int Delete(int number);
   int Clear() = delete;  // would leave the lists behind
 
+  // Reads only the publishing-membership word; 0 or -1.
+  int ReadMembership(int number, std::int32_t& marks) const {
+    return IsNumber(number) ? records_->ReadWord(number, SitePathRec::kMembershipAt, marks) : -1;
+  }
+
   // The list of a record: the string ids of the page's anchor names, kept as one raw block. These
   // change `record` only, the caller writes it back. SetList stores `ids` in place of the list
   // there was, whose names are given back; no ids leave no list. 0 or -1.

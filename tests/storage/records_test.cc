@@ -56,11 +56,13 @@ TEST(Record, KeepsEveryWordInItsPlace) {
   const auto link = Numbered<SiteLinkRec>(10);
   EXPECT_EQ(link.to, UrlID(3, 4));
   EXPECT_EQ(link.from.kind * 4, SiteRelRec::kFromAt);
+  EXPECT_EQ(link.to.kind * 4, SiteRelRec::kToAt);
   EXPECT_EQ(link.text * 4, SiteLinkRec::kTextAt);
   EXPECT_EQ(link.count * 4, SiteLinkRec::kCountAt);
   EXPECT_EQ(link.alternative * 4, SiteLinkRec::kAlternativeAt);
   const auto path = Numbered<SitePathRec>(20);
   EXPECT_EQ(path.title, 3);
+  EXPECT_EQ(path.membership * 4, SitePathRec::kMembershipAt);
   EXPECT_EQ(path.membership, 9);
   EXPECT_EQ(path.listData, 11);
   EXPECT_EQ(path.metaText, 18);
