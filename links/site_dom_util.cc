@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "dom/document.h"
 #include "links/link_memo.h"
 #include "links/site_url.h"
 #include "manager/base/operation_memo.h"
@@ -118,6 +119,11 @@ void SiteDOMUtil::LookAhead() {
     for (const LinkRow& row : rows.links) {
       texts.push_back(row.target);
       if (!row.alternative.empty()) texts.push_back(row.alternative);
+    }
+    // Those of style sheets are entered after the page's own.
+    for (const std::uint32_t index : document->elementsOf(Tag::kLink)) {
+      const Attribute sheet = document->element(index).attributes().find(Attr::kHref);
+      if (sheet) texts.push_back(sheet.rawValue());
     }
     linkTexts_->LookAhead(texts);
   }

@@ -23,7 +23,7 @@ constexpr std::uint32_t kSmallFile = 1 << 20;
 // A file system that keeps whole seconds or milliseconds may keep only every other second; one that
 // keeps more takes the time from the system's clock, which ticks at least as often as this.
 constexpr std::chrono::nanoseconds kCoarseFileTime = std::chrono::seconds(2);
-constexpr std::chrono::nanoseconds kFineFileTime = std::chrono::milliseconds(50);
+constexpr std::chrono::nanoseconds kFineFileTime = std::chrono::milliseconds(20);
 constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
 // What is set aside for a file of that size when it is opened.
