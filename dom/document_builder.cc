@@ -17,9 +17,11 @@ bool NamesHtml(const Attribute& encoding) {
 
 // What pages have on average; a list that grows while it is filled is copied.
 constexpr std::size_t kBytesAnElement = 48;
+constexpr std::size_t kMostAtOnce = std::size_t{1} << 20;
 
 template <class Record>
 void MakeRoom(std::vector<Record>& records, std::size_t count) {
+  count = std::min(count, kMostAtOnce);
   if (count > records.capacity()) records.reserve(std::max(count, records.capacity() * 2));
 }
 

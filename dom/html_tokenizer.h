@@ -10,15 +10,16 @@
 //
 // The sink is a template argument, so that what it leaves out costs nothing:
 //
-//   void Characters(const char* begin, const char* end, TextKind kind);   never empty; adjacent
-//                                                                         runs are one text
-//   void Attribute(const AttributeSlices&);       for each attribute of a start tag, duplicates too
-//   ContentModel StartTag(const TagSlices&);      after its attributes; how to read on
-//   void AbandonTag();                            the text ended in the tag: its attributes are
-//   void bool WantsEndTags();                          whether EndTag() need be called now void
-//   EndTag(const TagSlices&); void Comment(const char* begin, const char* end); void Doctype(const
-//   DoctypeToken&); bool InForeignContent();                      whether "<![CDATA[" begins a
-//   CDATA section here
+// - void Characters(const char* begin, const char* end, TextKind kind): never empty; adjacent runs
+//   are one text;
+// - void Attribute(const AttributeSlices&): for each attribute of a start tag, duplicates too;
+// - ContentModel StartTag(const TagSlices&): after its attributes; how to read on;
+// - void AbandonTag(): the text ended in the tag, whose attributes are void;
+// - bool WantsEndTags(): whether EndTag need be called now;
+// - void EndTag(const TagSlices&);
+// - void Comment(const char* begin, const char* end);
+// - void Doctype(const DoctypeToken&);
+// - bool InForeignContent(): whether "<![CDATA[" begins a CDATA section here.
 #pragma once
 
 #include <cstddef>

@@ -23,7 +23,7 @@ constexpr std::uint32_t kSmallFile = 1 << 20;
 // A file system that keeps whole seconds or milliseconds may keep only every other second; one that
 // keeps more takes the time from the system's clock, which ticks at least as often as this.
 constexpr std::chrono::nanoseconds kCoarseFileTime = std::chrono::seconds(2);
-constexpr std::chrono::nanoseconds kFineFileTime = std::chrono::milliseconds(20);
+constexpr std::chrono::nanoseconds kFineFileTime = std::chrono::milliseconds(32);
 constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
 // What is set aside for a file of that size when it is opened.
@@ -212,26 +212,27 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
 }
 
 bool SiteDB::DropDead(std::int32_t begin, std::int32_t end) {
-  if (Bytes(begin, std::int64_t{end} - begin) == nullptr) return false;
+  if (Bytes(begin, std::int64_t{end} - begin) == nullptr || !IsAsLeft()) return false;
   if (!buffer.Discard(static_cast<std::size_t>(begin), static_cast<std::size_t>(end))) return false;
   droppedBegin_ = begin;
   droppedEnd_ = end;
   return true;
 }
 
-int SiteDB::RestoreDead() {
+void SiteDB::RestoreDead() {
   const std::int32_t length = droppedEnd_ - droppedBegin_;
-  if (length == 0) return 0;
-  char* const bytes = buffer.get() + droppedBegin_;
-  if (platform::Seek(fd, droppedBegin_) < 0) return -1;
-  if (platform::Read(fd, bytes, static_cast<std::size_t>(length)) != length) return -1;
-  MarkDead(bytes, length);
+  if (length == 0) return;
+  const auto bytes = static_cast<std::size_t>(length);
+  char* const dead = buffer.get() + droppedBegin_;
+  const bool isRead = IsAsLeft() && platform::Seek(fd, droppedBegin_) >= 0 &&
+                      platform::Read(fd, dead, bytes) == length;
+  if (!isRead) std::memset(dead, 0, bytes);
+  MarkDead(dead, length);
   droppedEnd_ = droppedBegin_;
-  return 0;
 }
 
 int SiteDB::WriteImage() {
-  if (RestoreDead() < 0) return -1;
+  RestoreDead();
   StoreHeader(buffer.get(), headerWord1, headerWord2);
   changed_.Mark(0, kHeaderSize);
   // In parts only where that leaves the same bytes as writing it all.

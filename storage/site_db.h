@@ -123,7 +123,8 @@ class SiteDB {
   bool IsUnchanged() const { return inMemory && isOpen() && !dirty; }
   // Whole-file mode, a file that was unchanged until all that it holds from `begin` to `end` became
   // dead: may give the memory of that back, of which nothing is read any more. When the file is
-  // written after all, it is read again and given to MarkDead. False where it stays in memory.
+  // written after all, it is read again, or zeros where it has been changed meanwhile, and given to
+  // MarkDead. False where it stays in memory.
   bool DropDead(std::int32_t begin, std::int32_t end);
   virtual void MarkDead(char*, std::int32_t) {}
   // Closes without writing anything: after an open that failed further up.
@@ -159,7 +160,7 @@ class SiteDB {
   void FollowChanges(const platform::FileStat& onDisk);
   bool IsAsLeft() const;
   int WriteImage();
-  int RestoreDead();
+  void RestoreDead();
   int WriteBytes(std::size_t from, std::size_t to);
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose

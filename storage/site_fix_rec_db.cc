@@ -196,7 +196,7 @@ int SiteFixRecDB::Pack() {
   if (!isOpen()) return -1;
   PackFile packed(path);
   int slots = 0;
-  bool isInOrder = inMemory && IsKnownType();
+  bool isInOrder = inMemory && IsKnownType() && recordLength >= 4;
   if (packed.Open(kHeaderSize) < 0 || AppendLiveSlots(packed, slots, isInOrder) < 0) return -1;
   char head[kHeaderSize];
   StoreHeader(head, headerWord1, slots);
@@ -215,13 +215,16 @@ int SiteFixRecDB::AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder)
   const bool hasFailed = slotIndex.FindSet([&](std::size_t, std::int32_t offset) {
     isInOrder = isInOrder && offset > last;
     last = offset;
-    const char* slot = Bytes(offset, recordLength);
+    const char* slot = recordLength >= 4 ? Bytes(offset, recordLength) : nullptr;
     const bool isLasting = slot != nullptr;
     if (!isLasting) {
       if (ReadSlotAt(offset, copy) < 0) return true;
       slot = copy.data();
     }
-    if (!IsKnownType() || !IsAcceptable(LoadLE32(slot))) return false;
+    if (!IsKnownType() || !IsAcceptable(LoadLE32(slot))) {
+      isInOrder = false;  // it is left out
+      return false;
+    }
     ++slots;
     return packed.Append({slot, length}, isLasting) < 0;
   });

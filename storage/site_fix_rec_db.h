@@ -109,8 +109,8 @@ class SiteFixRecDB : public SiteDB {
   }
   // What is done to a slot before it is marked dead.
   using Ending = void (*)(char* slot);
-  // Whole-file mode: marks every record dead, in the order of their numbers: calls visit(slot),
-  // then `ending`.
+  // Whole-file mode, records of 4 bytes and more: marks every record dead, in the order of their
+  // numbers: calls visit(slot), then `ending`.
   template <class Visit>
   void DeleteAll(Ending ending, Visit visit) {
     const bool mayDrop = IsUnchanged() && live_ == headerWord2;

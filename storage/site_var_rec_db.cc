@@ -73,7 +73,9 @@ int SiteVarRecDB::OpenEntries() {
   if (!CountsAreSound() || ReadEnd() < 0) return -1;
   ForgetEntries();
   offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
-  return ForEachEntry([this](int offset, const Head& head) {
+  std::int64_t walked = kFirstEntry;
+  const int result = ForEachEntry([&](int offset, const Head& head) {
+    walked = std::int64_t{offset} + kHeadSize + head.length;
     if (IsAcceptable(head.id)) {
       offsets_.slot(static_cast<std::size_t>(head.id)) = offset;
     } else {
@@ -81,6 +83,9 @@ int SiteVarRecDB::OpenEntries() {
     }
     return 0;
   });
+  // Of a damaged file each pass could find other entries, once some are added.
+  if (walked != end_) passes_ = kMostPasses;
+  return result;
 }
 
 bool SiteVarRecDB::CountsAreSound() const {
@@ -236,6 +241,7 @@ void SiteVarRecDB::ForgetNames() {
   names_.Clear();
   copies_.clear();
   sought_.Clear();
+  soughtTexts_.clear();
   unnamed_.clear();
   namesMade_ = false;
 }
@@ -261,15 +267,17 @@ int SiteVarRecDB::MakeStringIndex() {
   });
   const int result = ForEachString([&](int offset, int id, std::string_view text) {
     const std::uint32_t hash = HashOf(text);
-    if (!IsKnown(hash)) batch.Add({hash, id, offset, text});
+    if (!IsKnown(text, hash)) batch.Add({hash, id, offset, text});
   });
   batch.Finish();
-  UnnameReleased([this](std::uint32_t hash) { return !IsKnown(hash); });
+  UnnameReleased(
+      [this](std::string_view text, std::uint32_t hash) { return !IsKnown(text, hash); });
   if (result < 0) {
     ForgetNames();
     return -1;
   }
   sought_.Clear();
+  soughtTexts_.clear();
   unnamed_.clear();
   namesMade_ = true;
   return 0;
@@ -284,7 +292,7 @@ void SiteVarRecDB::UnnameReleased(IsWanted isWanted) {
     std::string_view text = DataAt(offset, head.length, scratch_);
     text.remove_suffix(text.empty() ? 0 : 1);
     const std::uint32_t hash = HashOf(text);
-    if (isWanted(hash)) Unname(text, hash);
+    if (isWanted(text, hash)) Unname(text, hash);
   }
 }
 
@@ -297,34 +305,46 @@ void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
 }
 
 int SiteVarRecDB::MakeKnown(std::string_view text, std::uint32_t hash) {
-  if (IsKnown(hash)) return 0;
+  if (IsKnown(text, hash)) return 0;
   return MayGoOverFile() ? GoOverFileFor({&text, 1}) : MakeStringIndex();
 }
 
-// Enters the strings with the hashes of these texts into the index; 0 or -1.
+bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
+  const Sought* const found = sought_.Find(hash, [this, text](const Sought& sought) {
+    return std::string_view(soughtTexts_).substr(sought.offset, sought.length) == text;
+  });
+  return found != nullptr;
+}
+
+// Enters the strings that are equal to these texts into the index; 0 or -1.
 int SiteVarRecDB::GoOverFileFor(std::span<const std::string_view> texts) {
-  ProbeTable<Sought> wanted;
+  ProbeTable<Wanted> wanted;
   TextFilter filter;
-  const auto isWanted = [&wanted](std::uint32_t hash) { return wanted.Guess(hash) != nullptr; };
+  const auto isWanted = [&wanted](std::string_view text, std::uint32_t hash) {
+    return wanted.Find(hash, [text](const Wanted& each) { return each.text == text; }) != nullptr;
+  };
   for (const std::string_view text : texts) {
     const std::uint32_t hash = HashOf(text);
-    if (IsKnown(hash)) continue;
+    if (IsKnown(text, hash) || isWanted(text, hash)) continue;
     filter.Add(text);
-    if (!isWanted(hash)) wanted.Insert(hash, {});
+    wanted.Insert(hash, {0, text});
   }
   if (wanted.empty()) return 0;
   ++passes_;
   const int result = ForEachString([&](int offset, int id, std::string_view text) {
     if (!filter.MayHave(text)) return;
     const std::uint32_t hash = HashOf(text);
-    if (isWanted(hash)) EnterName(text, hash, id, offset);
+    if (isWanted(text, hash)) EnterName(text, hash, id, offset);
   });
   UnnameReleased(isWanted);
   if (result < 0) {
     ForgetNames();
     return -1;
   }
-  wanted.ForEach([this](const Sought& sought) { sought_.Insert(sought.hash, {}); });
+  wanted.ForEach([this](const Wanted& each) {
+    sought_.Insert(each.hash, {0, soughtTexts_.size(), each.text.size()});
+    soughtTexts_.append(each.text);
+  });
   return 0;
 }
 
@@ -383,7 +403,7 @@ int SiteVarRecDB::AddString(std::string_view text) {
 }
 
 int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
-  if (text.empty() || !isOpen() || !IsKnown(search.hash)) return -1;
+  if (text.empty() || !isOpen() || !IsKnown(text, search.hash)) return -1;
   const int known = search.id < 0 ? -1 : Offset(search.id);
   if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
   const int offset = end_;
@@ -513,7 +533,7 @@ int SiteVarRecDB::Unname(int offset, int length) {
   if (data.empty()) return -1;
   const std::string_view text = data.substr(0, data.size() - 1);
   const std::uint32_t hash = HashOf(text);
-  if (IsKnown(hash)) {
+  if (IsKnown(text, hash)) {
     Unname(text, hash);
   } else {
     unnamed_.push_back(offset);
@@ -547,22 +567,31 @@ int SiteVarRecDB::MarkEntryDead(int offset, Head& head) {
 }
 
 void SiteVarRecDB::DropDeadEntries(bool wasUnchanged) {
-  if (!wasUnchanged || dead_ != end_ - kFirstEntry) return;
-  if (!DropDead(kFirstEntry, end_)) return;
+  if (!wasUnchanged || dead_ != end_ - kFirstEntry || !DropDead(kFirstEntry, end_)) return;
   firstAlive_ = end_;
   deadBefore_ = headerWord2;
+  unnamed_.clear();
 }
 
-// As giving back all references leaves each entry. The lengths were checked when the file was
-// opened, but it may have been changed since.
+// As giving back all references leaves each entry.
 void SiteVarRecDB::MarkDead(char* bytes, std::int32_t length) {
-  for (std::int64_t at = 0; at + kHeadSize <= length;) {
+  std::int64_t at = 0;
+  int entries = 0;
+  for (; at + kHeadSize <= length && entries < deadBefore_; ++entries) {
     char* const head = bytes + at;
     if (LoadLE32(head) >= 0) {
       StoreLE32(head, -1);
       StoreLE32(head + kReferencesAt, std::min(LoadLE32(head + kReferencesAt), 1));
     }
     at += kHeadSize + std::int64_t{std::max(LoadLE32(head + kLengthAt), 0)};
+  }
+  if (at != length || entries != deadBefore_) LayDeadEntries(bytes, length);
+}
+
+// As many dead entries as there were, where those are not known any more.
+void SiteVarRecDB::LayDeadEntries(char* bytes, std::int32_t length) const {
+  for (int left = deadBefore_; left > 0; --left, bytes += kHeadSize, length -= kHeadSize) {
+    StoreHead(bytes, {-1, left == 1 ? length - kHeadSize : 0, 0, kString});
   }
 }
 

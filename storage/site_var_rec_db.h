@@ -63,7 +63,7 @@ class SiteVarRecDB : public SiteDB {
   // The data of `id`, all of it, on the same terms.
   std::string_view ViewData(int id);
   // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text keeps
-  // its place in it until the next Pack, also one that was released.
+  // its place in it until the next Pack or DropDeadEntries, also one that was released.
   std::string_view WholeFile() const { return {buffer.get(), size}; }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
@@ -71,8 +71,8 @@ class SiteVarRecDB : public SiteDB {
   // The same while a whole table is cleared: the string index is dropped and made anew when it is
   // next needed, instead of being kept in step with each string.
   int ReleaseStringUnindexed(int id);
-  // The whole table was cleared: gives the memory of its dead entries back. `wasUnchanged` says
-  // that the file was as on disk before.
+  // The whole table was cleared: gives the memory of its dead entries back, of which nothing may be
+  // read any more. `wasUnchanged` says that the file was as on disk before.
   void DropDeadEntries(bool wasUnchanged);
   using SiteDB::IsUnchanged;
   // Makes the entry dead. Its number is not handed out again before the file is next opened, and
@@ -132,6 +132,12 @@ class SiteVarRecDB : public SiteDB {
   };
   struct Sought {
     std::uint32_t hash;
+    std::size_t offset;  // of the text in soughtTexts_
+    std::size_t length;
+  };
+  struct Wanted {
+    std::uint32_t hash;
+    std::string_view text;
   };
   struct FoundText {  // on its way into the index
     std::uint32_t hash;
@@ -159,9 +165,10 @@ class SiteVarRecDB : public SiteDB {
   std::string_view DataAt(int offset, int length, std::string& scratch);
 
   void ForgetNames();
-  bool IsKnown(std::uint32_t hash) const {
-    return namesMade_ || (!sought_.empty() && sought_.Guess(hash) != nullptr);
+  bool IsKnown(std::string_view text, std::uint32_t hash) const {
+    return namesMade_ || (!sought_.empty() && WasSought(text, hash));
   }
+  bool WasSought(std::string_view text, std::uint32_t hash) const;
   bool MayGoOverFile() const;
   int GoOverFileFor(std::span<const std::string_view> texts);
   int MakeKnown(std::string_view text, std::uint32_t hash);
@@ -185,6 +192,7 @@ class SiteVarRecDB : public SiteDB {
   int Release(int id, int offset, bool isNamed);
   int MarkEntryDead(int offset, Head& head);
   void MarkDead(char* bytes, std::int32_t length) override;
+  void LayDeadEntries(char* bytes, std::int32_t length) const;
   int AppendLiveEntries(PackFile& packed, int& entries);
 
   std::int32_t end_ = 0;        // end offset
@@ -199,11 +207,11 @@ class SiteVarRecDB : public SiteDB {
   // released since, from the front.
   std::size_t cursor_ = 0;
   std::deque<int> free_;
-  // The strings by their texts: all of them when it is made, else those with a hash that was
-  // sought.
+  // The strings by their texts: all of them when it is made, else those that were sought.
   ProbeTable<Name> names_;
   bool namesMade_ = false;
   ProbeTable<Sought> sought_;
+  std::string soughtTexts_;
   std::vector<std::int32_t> unnamed_;  // offsets of strings that were released before it was made
   int passes_ = 0;                     // over the file, since it was opened
   std::string scratch_;                // direct mode: what was read last

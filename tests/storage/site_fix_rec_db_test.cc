@@ -111,6 +111,15 @@ TEST_P(FixedFile, HoldsRecordsLongerThanItsSlotBuffer) {
   EXPECT_EQ(none.Open(), -1);
 }
 
+TEST_P(FixedFile, PacksRecordsShorterThanTheirNumbers) {
+  Reopen(2, SiteBaseRec::kRecordType);
+  SiteBaseRec record;
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(db_->Add(&record), i);
+  ASSERT_EQ(db_->Pack(), 0);
+  EXPECT_EQ(db_->slotCount(), 5);
+  EXPECT_EQ(db_->liveCount(), 5);
+}
+
 TEST_P(FixedFile, PackKeepsWhatAnOlderPackLeftBehindItsEnd) {
   Add(10);
   folder_.write("t_pack", std::string(60, 'x'));

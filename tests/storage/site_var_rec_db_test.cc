@@ -7,6 +7,8 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "storage/record_file.h"
@@ -191,6 +193,41 @@ TEST_P(VariableFile, FindsTheLaterOfTwoEqualStringsInAFile) {
     EXPECT_EQ(db_->FindString("a"), -1);
     EXPECT_EQ(db_->AddString("a"), 0);
   }
+}
+
+TEST_P(VariableFile, TellsTextsOfOneHashApart) {
+  std::unordered_map<std::uint32_t, std::string> seen;
+  std::vector<std::pair<std::string, std::string>> pairs;
+  for (int i = 0; pairs.size() < 8; ++i) {
+    const std::string text = "page" + std::to_string(i);
+    const auto [known, isNew] = seen.emplace(SiteVarRecDB::HashOf(text), text);
+    if (!isNew) pairs.emplace_back(known->second, text);
+  }
+  for (int i = 0; i < 2000; ++i) db_->AddString("other " + std::to_string(i));
+  for (const auto& [absent, stored] : pairs) db_->AddString(stored);
+  Reopen();
+  for (const auto& [absent, stored] : pairs) {
+    EXPECT_EQ(db_->FindString(absent), -1);
+    EXPECT_GE(db_->FindString(stored), 2000);
+  }
+  const int entries = db_->entryCount();
+  for (const auto& [absent, stored] : pairs) db_->AddString(stored);
+  EXPECT_EQ(db_->entryCount(), entries);
+}
+
+TEST_P(VariableFile, IsSoundWhenItWasOverwrittenAfterItsDeadEntriesLeftMemory) {
+  if (!GetParam()) GTEST_SKIP() << "only a file in memory drops them";
+  const std::string filler(3000, 'x');
+  for (int i = 0; i < 3000; ++i) db_->AddString(std::to_string(i) + filler);
+  Reopen();
+  for (int i = 0; i < 3000; ++i) db_->ReleaseStringUnindexed(i);
+  db_->DropDeadEntries(true);
+  const int added = db_->AddString("new");
+  folder_.write("t", Head({1, 1, 28 + 16 + 5}) + Entry(0, 1, 1, "else\0"s));
+  Reopen();
+  EXPECT_EQ(db_->entryCount(), 3001);
+  EXPECT_EQ(db_->FindString("new"), added);
+  EXPECT_EQ(db_->FindString("else"), -1);
 }
 
 TEST_P(VariableFile, AddsAStringThatLiesInItsOwnBuffer) {
