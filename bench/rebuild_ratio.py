@@ -3,11 +3,12 @@
 
 usage: rebuild_ratio.py FOLDER [--build BUILD] [--runs N] [--rules web|classic]
 
-Both programs come from the build folder BUILD (default build/release; configure it with
--DZVRSIT_BUILD_BENCH=ON) and run in turn, N times after one run that warms the cache. The rebuild is
+The programs come from the build folder BUILD (default build/release; configure it with
+-DZVRSIT_BUILD_BENCH=ON) and run in turn, N times after a round that warms the cache: the scan, a
+rebuild into a new database, and one of a site that was rebuilt in the round before. A rebuild is
 timed as a whole process, its database written; the scan without its start. Checked: every rebuild
-after the first finds the same numbers of files, pages, links and URLs. Prints seconds, the ratio of
-the medians, the peak memory of the rebuild and the size of the database.
+finds the same numbers of files, pages, links and URLs. Prints seconds, the ratios of the medians, the
+peak memory of the rebuilds and the size of the database.
 """
 import argparse
 import json
@@ -50,6 +51,14 @@ def first_page(folder):
     sys.exit(f"no page below {folder}")
 
 
+def new_database(zvrsit, folder, options):
+    database = tempfile.TemporaryDirectory()
+    subprocess.run([zvrsit, "--db", database.name, "add", "bench", folder, "--top",
+                    first_page(folder), "--rules", options.rules], check=True,
+                   stdout=subprocess.DEVNULL)
+    return database
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("folder")
@@ -59,25 +68,25 @@ def main():
     options = parser.parse_args()
     floor = os.path.join(options.build, "bench", "floor")
     zvrsit = os.path.join(options.build, "cli", "zvrsit")
-    with tempfile.TemporaryDirectory() as database:
-        subprocess.run([zvrsit, "--db", database, "add", "bench", options.folder, "--top",
-                        first_page(options.folder), "--rules", options.rules], check=True)
+    scans, firsts, agains, answers = [], [], [], []
+    with new_database(zvrsit, options.folder, options) as rebuilt:
+        rebuild(zvrsit, rebuilt, options.folder)
         scan_seconds(floor, options.folder)
-        first, _ = rebuild(zvrsit, database, options.folder)
-        scans, rebuilds, answers = [], [], []
         for _ in range(options.runs):
             scans.append(scan_seconds(floor, options.folder))
-            seconds, answer = rebuild(zvrsit, database, options.folder)
-            rebuilds.append(seconds)
-            answers.append(answer)
+            with new_database(zvrsit, options.folder, options) as empty:
+                for database, seconds in (empty, firsts), (rebuilt, agains):
+                    taken, answer = rebuild(zvrsit, database, options.folder)
+                    seconds.append(taken)
+                    answers.append(answer)
         if any(answer != answers[0] for answer in answers):
             sys.exit("two rebuilds found different numbers")
-        scan, again = statistics.median(scans), statistics.median(rebuilds)
+        scan, first, again = map(statistics.median, (scans, firsts, agains))
         peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss / 1024
         print(f"scan {scan:.3f} s  first rebuild {first:.3f} s ({first / scan:.2f}x)  "
               f"rebuild {again:.3f} s ({again / scan:.2f}x)")
         print(f"{answers[0]}")
-        print(f"peak memory {peak:.0f} MB, database {size_of(database) / 1e6:.0f} MB")
+        print(f"peak memory {peak:.0f} MB, database {size_of(rebuilt) / 1e6:.0f} MB")
 
 
 if __name__ == "__main__":
