@@ -119,6 +119,12 @@ class SiteVarRecDB : public SiteDB {
   std::int64_t deadBytes() const { return dead_; }
 
  private:
+  static constexpr int kHeadSize = 16;
+  static constexpr int kLengthAt = 4;  // in a head
+  static constexpr int kString = 1;    // a kind
+  // After so many passes over the file the index over all strings pays.
+  static constexpr int kMostPasses = 8;
+
   struct Head {
     std::int32_t id;
     std::int32_t length;
@@ -151,10 +157,19 @@ class SiteVarRecDB : public SiteDB {
   bool CountsAreSound() const;
   int ReadEnd();
   int WriteEnd();
+  // Calls visit(offset, head) for each entry as they lie in the file, until one gives -1.
   template <class Visit>
-  int ForEachEntry(Visit visit);
-  template <class Visit>
-  int ForEachString(Visit visit);
+  int ForEachEntry(Visit visit) {
+    std::int64_t at = firstAlive_;
+    for (int k = deadBefore_; k < headerWord2 && at < end_; ++k) {
+      Head head;
+      if (ReadHead(static_cast<int>(at), head) < 0) return -1;
+      if (head.length < 0 || at + kHeadSize + head.length > end_) return -1;
+      if (visit(static_cast<int>(at), head) < 0) return -1;
+      at += kHeadSize + head.length;
+    }
+    return 0;
+  }
 
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int Offset(int id) const;
@@ -163,8 +178,15 @@ class SiteVarRecDB : public SiteDB {
   int ReadEntry(int id, Head& head);
   bool HasData(int offset, const Head& head) const;
   std::string_view DataAt(int offset, int length, std::string& scratch);
+  // The data of a string without its terminating zero.
+  static std::string_view TextOf(std::string_view data) {
+    return data.substr(0, data.empty() ? 0 : data.size() - 1);
+  }
 
+  // site_var_rec_names.cc
   void ForgetNames();
+  template <class Visit>
+  int ForEachString(Visit visit);
   bool IsKnown(std::string_view text, std::uint32_t hash) const {
     return namesMade_ || (!sought_.empty() && WasSought(text, hash));
   }
@@ -181,6 +203,7 @@ class SiteVarRecDB : public SiteDB {
   int Unname(int offset, int length);
   void Unname(std::string_view text, std::uint32_t hash);
 
+  // site_var_rec_db.cc
   int ChooseId();
   int AddEntry(int kind, std::string_view data);
   static void StoreHead(char* bytes, const Head& head);

@@ -1,0 +1,222 @@
+// Strings by their texts: the index over them, and what is done before it is made.
+#include <bitset>
+#include <cstring>
+
+#include "storage/probe_batch.h"
+#include "storage/site_var_rec_db.h"
+#include "util/hash.h"
+#include "util/little_endian.h"
+
+namespace zvrsit {
+
+namespace {
+
+// In a smaller file the index costs less than what is done without it.
+constexpr int kManyEntries = 1024;
+
+// Which texts are surely not among some: by their length and two of their bytes.
+class TextFilter {
+ public:
+  void Add(std::string_view text) { marks_.set(PlaceOf(text)); }
+  bool MayHave(std::string_view text) const { return marks_.test(PlaceOf(text)); }
+
+ private:
+  static constexpr std::size_t kPlaces = 1 << 12;
+
+  static std::size_t PlaceOf(std::string_view text) {
+    if (text.empty()) return 0;
+    const std::size_t size = text.size();
+    const auto byteAt = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    return (size ^ std::size_t{byteAt(size / 2)} << 4 ^ std::size_t{byteAt(size * 3 / 4)} << 2) %
+           kPlaces;
+  }
+
+  std::bitset<kPlaces> marks_;
+};
+
+}  // namespace
+
+std::uint32_t SiteVarRecDB::HashOf(std::string_view text) {
+  return static_cast<std::uint32_t>(HashBytes(text));
+}
+
+void SiteVarRecDB::ForgetNames() {
+  names_.Clear();
+  copies_.clear();
+  sought_.Clear();
+  soughtTexts_.clear();
+  unnamed_.clear();
+  namesMade_ = false;
+}
+
+// Calls visit(offset, id, text) for each string, until one gives -1.
+template <class Visit>
+int SiteVarRecDB::ForEachString(Visit visit) {
+  return ForEachEntry([&](int offset, const Head& head) {
+    if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
+    const std::string_view data = DataAt(offset, head.length, scratch_);
+    if (data.empty()) return -1;
+    visit(offset, head.id, TextOf(data));
+    return 0;
+  });
+}
+
+int SiteVarRecDB::MakeStringIndex() {
+  if (namesMade_) return 0;
+  names_.Reserve(static_cast<std::size_t>(headerWord2));
+  // A text in direct mode is good until the next one is read.
+  auto batch = MakeProbeBatch<FoundText>(names_, inMemory, [this](const FoundText& found) {
+    EnterName(found.text, found.hash, found.id, found.offset);
+  });
+  const int result = ForEachString([&](int offset, int id, std::string_view text) {
+    const std::uint32_t hash = HashOf(text);
+    if (!IsKnown(text, hash)) batch.Add({hash, id, offset, text});
+  });
+  batch.Finish();
+  UnnameReleased(
+      [this](std::string_view text, std::uint32_t hash) { return !IsKnown(text, hash); });
+  if (result < 0) {
+    ForgetNames();
+    return -1;
+  }
+  sought_.Clear();
+  soughtTexts_.clear();
+  unnamed_.clear();
+  namesMade_ = true;
+  return 0;
+}
+
+// What was released takes its text out of the index, whoever else has it.
+template <class IsWanted>
+void SiteVarRecDB::UnnameReleased(IsWanted isWanted) {
+  for (const std::int32_t offset : unnamed_) {
+    Head head;
+    if (ReadHead(offset, head) < 0) continue;
+    const std::string_view text = TextOf(DataAt(offset, head.length, scratch_));
+    const std::uint32_t hash = HashOf(text);
+    if (isWanted(text, hash)) Unname(text, hash);
+  }
+}
+
+bool SiteVarRecDB::MayGoOverFile() const {
+  return inMemory && !namesMade_ && passes_ < kMostPasses && headerWord2 >= kManyEntries;
+}
+
+void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
+  if (isOpen() && MayGoOverFile()) GoOverFileFor(texts);
+}
+
+int SiteVarRecDB::MakeKnown(std::string_view text, std::uint32_t hash) {
+  if (IsKnown(text, hash)) return 0;
+  return MayGoOverFile() ? GoOverFileFor({&text, 1}) : MakeStringIndex();
+}
+
+bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
+  const Sought* const found = sought_.Find(hash, [this, text](const Sought& sought) {
+    return std::string_view(soughtTexts_).substr(sought.offset, sought.length) == text;
+  });
+  return found != nullptr;
+}
+
+// Enters the strings that are equal to these texts into the index; 0 or -1.
+int SiteVarRecDB::GoOverFileFor(std::span<const std::string_view> texts) {
+  ProbeTable<Wanted> wanted;
+  TextFilter filter;
+  const auto isWanted = [&wanted](std::string_view text, std::uint32_t hash) {
+    return wanted.Find(hash, [text](const Wanted& each) { return each.text == text; }) != nullptr;
+  };
+  for (const std::string_view text : texts) {
+    const std::uint32_t hash = HashOf(text);
+    if (IsKnown(text, hash) || isWanted(text, hash)) continue;
+    filter.Add(text);
+    wanted.Insert(hash, {0, text});
+  }
+  if (wanted.empty()) return 0;
+  ++passes_;
+  const int result = ForEachString([&](int offset, int id, std::string_view text) {
+    if (!filter.MayHave(text)) return;
+    const std::uint32_t hash = HashOf(text);
+    if (isWanted(text, hash)) EnterName(text, hash, id, offset);
+  });
+  UnnameReleased(isWanted);
+  if (result < 0) {
+    ForgetNames();
+    return -1;
+  }
+  wanted.ForEach([this](const Wanted& each) {
+    sought_.Insert(each.hash, {0, soughtTexts_.size(), each.text.size()});
+    soughtTexts_.append(each.text);
+  });
+  return 0;
+}
+
+void SiteVarRecDB::AddName(std::string_view text, std::uint32_t hash, int id, int offset) {
+  if (!inMemory) copies_[offset] = text;
+  names_.Insert(hash, {0, id, offset});
+}
+
+// An equal text that is there already gets the new number: of two, the later entry is found.
+void SiteVarRecDB::EnterName(std::string_view text, std::uint32_t hash, int id, int offset) {
+  if (Name* known = FindName(text, hash)) {
+    known->id = id;
+  } else {
+    AddName(text, hash, id, offset);
+  }
+}
+
+SiteVarRecDB::Name* SiteVarRecDB::FindName(std::string_view text, std::uint32_t hash) {
+  return names_.Find(hash, [this, text](const Name& name) { return HasText(name.offset, text); });
+}
+
+// Whether that is the text of the entry at `offset`, which is in the index.
+bool SiteVarRecDB::HasText(int offset, std::string_view text) {
+  if (!inMemory) return copies_[offset] == text;
+  const char* head = Bytes(offset, kHeadSize + static_cast<std::int64_t>(text.size()) + 1);
+  return head != nullptr &&
+         LoadLE32(head + kLengthAt) == static_cast<std::int64_t>(text.size()) + 1 &&
+         std::memcmp(head + kHeadSize, text.data(), text.size()) == 0;
+}
+
+SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, const Search& expected) {
+  if (expected.id >= 0 && Offset(expected.id) == expected.offset &&
+      HasText(expected.offset, text)) {
+    return expected;
+  }
+  if (!isOpen() || MakeKnown(text, expected.hash) < 0) return {};
+  const Name* const name = FindName(text, expected.hash);
+  return name == nullptr ? Search{expected.hash} : Search{expected.hash, name->id, name->offset};
+}
+
+SiteVarRecDB::Search SiteVarRecDB::ExpectString(std::uint32_t hash) const {
+  const Name* const name = names_.Guess(hash);
+  const char* const entry = name == nullptr ? nullptr : Bytes(name->offset, kHeadSize);
+  if (entry == nullptr) return {hash};
+  PrefetchMemory(entry);
+  return {hash, name->id, name->offset};
+}
+
+int SiteVarRecDB::FindString(std::string_view text) {
+  return Look(text).id;
+}
+
+int SiteVarRecDB::Unname(int offset, int length) {
+  const std::string_view data = DataAt(offset, length, scratch_);
+  if (data.empty()) return -1;
+  const std::string_view text = TextOf(data);
+  const std::uint32_t hash = HashOf(text);
+  if (IsKnown(text, hash)) {
+    Unname(text, hash);
+  } else {
+    unnamed_.push_back(offset);
+  }
+  return 0;
+}
+
+void SiteVarRecDB::Unname(std::string_view text, std::uint32_t hash) {
+  Name* const name = FindName(text, hash);
+  if (name == nullptr) return;
+  copies_.erase(name->offset);
+  names_.Erase(name);
+}
+
+}  // namespace zvrsit
