@@ -53,7 +53,7 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
   if (!alternative.empty()) link.alternative = strings_->FindString(alternative);
   // Only a link whose texts are both there can be equal to another.
   if (link.text >= 0 && (alternative.empty() || link.alternative >= 0)) {
-    const int equal = FindEqual(link, HashLink(link));
+    const int equal = FindEqual(link);
     if (equal >= 0) return Raise(equal);
   }
   link.text = found.id = strings_->AddString(text, found);
@@ -67,7 +67,7 @@ int SiteLinkDB::AddNew(SiteLinkRec& link, std::string_view alternative) {
     if (link.alternative < 0) return -1;
   }
   const int number = AddRecord(link);
-  if (number >= 0) Learn(link, HashLink(link));
+  if (number >= 0) Learn(link);
   return number;
 }
 
@@ -80,17 +80,17 @@ void SiteLinkDB::LearnLinksFrom(const UrlID& source) {
   Query(source, kAnyUrlID, numbers_);
   for (const int number : numbers_) {
     SiteLinkRec link;
-    if (Get(number, link) == 0) Learn(link, HashLink(link));
+    if (Get(number, link) == 0) Learn(link);
   }
 }
 
-void SiteLinkDB::Learn(const SiteLinkRec& link, std::uint32_t hash) {
-  known_.Insert(hash, {0, link.id, link.to, link.text, link.alternative, link.type});
+void SiteLinkDB::Learn(const SiteLinkRec& link) {
+  known_.Insert(HashLink(link), {0, link.id, link.to, link.text, link.alternative, link.type});
 }
 
 // The number of the equal link of the current source, or -1.
-int SiteLinkDB::FindEqual(const SiteLinkRec& link, std::uint32_t hash) const {
-  const Known* known = known_.Find(hash, [&link](const Known& other) {
+int SiteLinkDB::FindEqual(const SiteLinkRec& link) const {
+  const Known* known = known_.Find(HashLink(link), [&link](const Known& other) {
     return other.to == link.to && other.text == link.text &&
            other.alternative == link.alternative && other.type == link.type;
   });

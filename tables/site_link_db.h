@@ -49,8 +49,8 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
     if (!sourceKnown_ || !(source_ == source)) LearnLinksFrom(source);
   }
   void LearnLinksFrom(const UrlID& source);
-  void Learn(const SiteLinkRec& link, std::uint32_t hash);
-  int FindEqual(const SiteLinkRec& link, std::uint32_t hash) const;
+  void Learn(const SiteLinkRec& link);
+  int FindEqual(const SiteLinkRec& link) const;
   void Forget(const SiteLinkRec& link);
   int Remove(const SiteLinkRec& link);
   int Raise(int number);
