@@ -18,6 +18,7 @@ std::filesystem::path AsOnDisk(const std::filesystem::path& path) {
 bool AreArgumentsWhole() {
   return true;
 }
+
 int InAnsiConsole(const std::function<int()>& program) {
   return program();
 }

@@ -1,7 +1,5 @@
 #include "css/reference_resolver.h"
 
-#include <utility>
-
 #include "util/mb_string.h"
 
 namespace zvrsit {
