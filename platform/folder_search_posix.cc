@@ -59,20 +59,9 @@ bool ForEachName(DIR* folder, Each each) {
   }
 }
 
-bool IsAsciiLetter(char c) {
-  return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z';
-}
-
 // A name with a `\` of its own cannot be named by a `\` path.
 bool CanBeNamed(std::string_view name) {
   return FindLastSingleByte(name, '\\') == std::string_view::npos;
-}
-
-// Where the last component begins: behind the last `\`, or behind the colon of a drive.
-std::size_t LastComponent(std::string_view path) {
-  const std::size_t separator = FindLastSingleByte(path, '\\');
-  if (separator != std::string_view::npos) return separator + 1;
-  return path.size() >= 2 && path[1] == ':' && IsAsciiLetter(path[0]) ? 2 : 0;
 }
 
 // Every entry of a folder.

@@ -14,13 +14,6 @@ struct FindState {
 
 namespace {
 
-// Where the last component begins: behind the last `\`, or behind the colon of a drive.
-std::size_t NameStart(const std::string& path) {
-  const std::size_t separator = FindLastSingleByte(path, '\\');
-  if (separator != std::string::npos) return separator + 1;
-  return path.size() >= 2 && path[1] == ':' ? 2 : 0;
-}
-
 // No name holds a wildcard, so a path that does, from a link in some page, names nothing.
 bool IsAsked(const std::string& pattern) {
   const std::size_t separator = FindLastSingleByte(pattern, '\\');
@@ -38,7 +31,7 @@ FindHandle FindFirst(const std::string& pattern, FindData& found) {
   const HANDLE search = ::FindFirstFileA(native.c_str(), &data);
   if (search == INVALID_HANDLE_VALUE) return nullptr;
   found.name = data.cFileName;
-  return new FindState{search, pattern.substr(0, NameStart(pattern))};
+  return new FindState{search, pattern.substr(0, LastComponent(pattern))};
 }
 
 bool FindNext(FindHandle handle, FindData& found) {

@@ -29,6 +29,10 @@ inline char LowerAscii(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
+inline bool IsAsciiLetter(char c) {
+  return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z';
+}
+
 // Equal but for the case of single-byte ASCII letters.
 inline bool EqualButForCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
@@ -63,6 +67,14 @@ inline void ReplaceSingleByte(std::string& text, std::size_t start, char from, c
   ForEachSingleByte(text, start, [&](std::size_t i) {
     if (text[i] == from) text[i] = to;
   });
+}
+
+// Where the last component of a `\` path begins: behind the last `\`, or behind the colon of a
+// drive.
+inline std::size_t LastComponent(std::string_view path) {
+  const std::size_t separator = FindLastSingleByte(path, '\\');
+  if (separator != std::string_view::npos) return separator + 1;
+  return path.size() >= 2 && path[1] == ':' && IsAsciiLetter(path[0]) ? 2 : 0;
 }
 
 }  // namespace zvrsit::platform

@@ -1,7 +1,6 @@
 #include "storage/site_var_rec_db.h"
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <utility>
