@@ -29,7 +29,10 @@ SiteFixRecDB::SlotBuffer::SlotBuffer(int length) : data_(fixed_) {
 }
 
 SiteFixRecDB::SiteFixRecDB(std::string filePath, int recordBytes, int recordClass, bool wholeFile)
-    : SiteDB(std::move(filePath), wholeFile), recordLength(recordBytes), recordType(recordClass) {}
+    : SiteDB(std::move(filePath), wholeFile),
+      recordLength(recordBytes),
+      recordType(recordClass),
+      joinsEnds_(wholeFile && HoldsEnds(recordClass) && recordBytes >= SiteRelRec::kSlotLength) {}
 
 int SiteFixRecDB::Open() {
   if (SiteDB::Open() < 0) return -1;
@@ -50,6 +53,7 @@ int SiteFixRecDB::MakeIndex() {
   live_ = 0;
   freed_ = {};
   cursor_ = 0;
+  sources_.Follow(joinsEnds_ ? kHeaderSize + headerWord2 * recordLength : 0);
   SlotBuffer copy(recordLength);
   for (int k = 0; k < headerWord2; ++k) {
     const int offset = kHeaderSize + k * recordLength;
@@ -63,6 +67,7 @@ int SiteFixRecDB::MakeIndex() {
     std::int32_t& known = slotIndex.slot(static_cast<std::size_t>(id));
     if (known == 0) ++live_;
     known = offset;
+    if (joinsEnds_) sources_.AddNext(offset, LoadLE32(slot + kSourceAt));
   }
   return 0;
 }
@@ -70,6 +75,7 @@ int SiteFixRecDB::MakeIndex() {
 int SiteFixRecDB::Close() {
   if (SiteDB::Close() < 0) return -1;
   slotIndex.Reset(0);
+  sources_.Follow(0);
   return 0;
 }
 
@@ -149,6 +155,7 @@ int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer&
   if (place != nullptr) {
     const int rest = recordLength - writer.serialize(record, place);
     std::memset(place + recordLength - rest, 0, static_cast<std::size_t>(rest));
+    if (joinsEnds_) sources_.Add(offset, LoadLE32(place + kSourceAt));
     return 0;
   }
   SlotBuffer slot(recordLength);
@@ -244,6 +251,7 @@ int SiteFixRecDB::OpenPacked(Image image, int slots) {
   headerWord2 = slots;
   freed_ = {};
   cursor_ = 0;
+  sources_.Follow(0);
   return OpenOn(std::move(image));
 }
 

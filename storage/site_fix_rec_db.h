@@ -9,6 +9,7 @@
 // are stable: neither Delete nor Pack changes that of a live record.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -19,6 +20,7 @@
 #include "storage/id_table.h"
 #include "storage/records.h"
 #include "storage/site_db.h"
+#include "storage/zone_filters.h"
 #include "util/little_endian.h"
 
 namespace zvrsit {
@@ -86,23 +88,31 @@ class SiteFixRecDB : public SiteDB {
       return isWanted(record);
     });
   }
-  // Whole-file mode: calls visit(id) for each live record with these two words from byte `at` of
-  // its slot on, in the order in which they lie in the file. For a few searches it costs less than
-  // an index.
+  // Whole-file mode, records that join two ends: calls visit(id) for each live record that comes
+  // from `from`, in the order in which they lie in the file; how many slots it has looked at. For a
+  // few searches it costs less than an index.
   template <class Visit>
-  void ForEachWithWords(int at, std::int32_t first, std::int32_t second, Visit visit) const {
-    const char* const slots = Bytes(kHeaderSize, std::int64_t{headerWord2} * recordLength);
-    if (slots == nullptr || at + 8 > recordLength) return;
-    for (int k = 0; k < headerWord2; ++k) {
-      const std::int32_t offset = k * recordLength;
-      const char* const slot = slots + offset;
-      if (LoadLE32(slot + at + 4) != second || LoadLE32(slot + at) != first) continue;
-      const std::int32_t id = LoadLE32(slot);
-      if (Has(id) && slotIndex.at(static_cast<std::size_t>(id)) == kHeaderSize + offset) visit(id);
+  int ForEachFrom(const UrlID& from, Visit visit) const {
+    const std::int32_t end = kHeaderSize + headerWord2 * recordLength;
+    if (!joinsEnds_ || Bytes(0, end) == nullptr) return 0;
+    int looked = 0;
+    for (std::int32_t offset = NextFrom(kHeaderSize, from); offset < end;) {
+      const std::int64_t stop = std::min<std::int64_t>(end, ZoneFilters::ZoneEnd(offset));
+      for (; offset < stop; offset += recordLength, ++looked) {
+        const char* const slot = buffer.get() + offset;
+        if (LoadLE32(slot + kSourceAt) != from.id ||
+            LoadLE32(slot + SiteRelRec::kFromAt) != from.kind) {
+          continue;
+        }
+        const std::int32_t id = LoadLE32(slot);
+        if (Has(id) && slotIndex.at(static_cast<std::size_t>(id)) == offset) visit(id);
+      }
+      offset = NextFrom(offset, from);
     }
+    return looked;
   }
-  // Whole-file mode: the slot of record `id`, to change a word of it in place, good until the next
-  // change; null when there is none.
+  // Whole-file mode: the slot of record `id`, to change a word of it in place that is not one of
+  // its ends, good until the next change; null when there is none.
   char* ChangeSlot(int id) {
     const int offset = SlotOffset(id);
     return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);
@@ -125,6 +135,7 @@ class SiteFixRecDB : public SiteDB {
     });
     freed_ = {};
     cursor_ = 0;
+    sources_.Clear();
     if (mayDrop) DropDead(kHeaderSize, kHeaderSize + headerWord2 * recordLength);
   }
   // Marks the record's slot dead; 0 or -1.
@@ -172,6 +183,8 @@ class SiteFixRecDB : public SiteDB {
     int slotLength;
   };
 
+  static constexpr int kSourceAt = SiteRelRec::kFromAt + 4;  // the id that a record comes from
+
   // One without a function where records of that class cannot be written.
   template <class Rec>
   Writer WriterFor() const {
@@ -186,6 +199,9 @@ class SiteFixRecDB : public SiteDB {
             SiteBaseRec::kSlotLength};
   }
   bool IsKnownType() const { return recordType >= 1 && recordType <= 8; }
+  static bool HoldsEnds(int type) {
+    return type == SiteRelRec::kRecordType || type == SiteLinkRec::kRecordType;
+  }
   // Whether a record holds more than its id.
   bool HasWords() const { return recordType >= 2 && recordType <= 8; }
   bool HoldsWordsOf(int classType) const {
@@ -206,6 +222,11 @@ class SiteFixRecDB : public SiteDB {
   int SearchNextId(int id) const;
   bool CountsAreSound() const;
   int MakeIndex();
+  // The first slot from that at `offset` on that may have a record from there.
+  std::int32_t NextFrom(std::int32_t offset, const UrlID& from) const {
+    const std::int32_t next = sources_.Next(offset, from.id);
+    return offset + (next - offset + recordLength - 1) / recordLength * recordLength;
+  }
   int AddSlot(SiteBaseRec* record, const Writer& writer);
   int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
   int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
@@ -223,6 +244,8 @@ class SiteFixRecDB : public SiteDB {
 
   const int recordLength;
   const int recordType;
+  const bool joinsEnds_;  // whole-file mode, records that join two ends, slots with room for them
+  ZoneFilters sources_;   // of those that were there at open: the ids that they come from
   IdTable<std::int32_t> slotIndex;  // by number: offset of the live slot, 0 for none
   int live_ = 0;
   Ending ending_ = nullptr;  // of the last DeleteAll

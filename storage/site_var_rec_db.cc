@@ -38,18 +38,23 @@ int SiteVarRecDB::OpenEntries() {
   if (!CountsAreSound() || ReadEnd() < 0) return -1;
   ForgetEntries();
   offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
+  StartTags();
   std::int64_t walked = kFirstEntry;
+  bool isSound = true;
   const int result = ForEachEntry([&](int offset, const Head& head) {
     walked = std::int64_t{offset} + kHeadSize + head.length;
     if (IsAcceptable(head.id)) {
-      offsets_.slot(static_cast<std::size_t>(head.id)) = offset;
+      std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
+      isSound = isSound && known == 0;
+      known = offset;
+      AddTag(offset, head);
     } else {
       dead_ += kHeadSize + head.length;
     }
     return 0;
   });
-  // Of a damaged file each pass could find other entries, once some are added.
-  if (walked != end_) passes_ = kMostPasses;
+  // In a damaged file the index may find what tags do not, and other entries once some are added.
+  if (walked != end_ || !isSound) passesLeft_ = 0;
   return result;
 }
 
@@ -98,7 +103,6 @@ void SiteVarRecDB::ForgetEntries() {
   dead_ = 0;
   firstAlive_ = kFirstEntry;
   deadBefore_ = 0;
-  passes_ = 0;
   ++releases_;
   ForgetNames();
 }

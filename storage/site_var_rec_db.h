@@ -101,9 +101,9 @@ class SiteVarRecDB : public SiteDB {
   Search ExpectString(std::uint32_t hash) const;
   Search Look(std::string_view text, const Search& expected);
 
-  // Finding strings of a large file needs an index over all of them, which costs as much as some
-  // passes over the file. So the first few searches after opening, each for one string or for all
-  // that are given here together, are such passes. Those that fail are repeated by Look.
+  // Finding strings of a large file needs an index over all of them. So the first few searches
+  // after opening, each for one string or for all that are given here together, are passes over a
+  // short tag of each string instead, which is taken at open.
   void LookAhead(std::span<const std::string_view> texts);
   // Makes that index now, where many searches are to come; 0 or -1 (a damaged entry).
   int MakeStringIndex();
@@ -122,8 +122,6 @@ class SiteVarRecDB : public SiteDB {
   static constexpr int kHeadSize = 16;
   static constexpr int kLengthAt = 4;  // in a head
   static constexpr int kString = 1;    // a kind
-  // After so many passes over the file the index over all strings pays.
-  static constexpr int kMostPasses = 8;
 
   struct Head {
     std::int32_t id;
@@ -191,8 +189,11 @@ class SiteVarRecDB : public SiteDB {
     return namesMade_ || (!sought_.empty() && WasSought(text, hash));
   }
   bool WasSought(std::string_view text, std::uint32_t hash) const;
-  bool MayGoOverFile() const;
-  int GoOverFileFor(std::span<const std::string_view> texts);
+  void StartTags();
+  void AddTag(int offset, const Head& head);
+  void GoOverTagsFor(std::span<const std::string_view> texts);
+  template <class Tags>
+  std::vector<std::int32_t> OffsetsOf(const Tags& tags) const;
   int MakeKnown(std::string_view text, std::uint32_t hash);
   template <class IsWanted>
   void UnnameReleased(IsWanted isWanted);
@@ -236,8 +237,11 @@ class SiteVarRecDB : public SiteDB {
   ProbeTable<Sought> sought_;
   std::string soughtTexts_;
   std::vector<std::int32_t> unnamed_;  // offsets of strings that were released before it was made
-  int passes_ = 0;                     // over the file, since it was opened
-  std::string scratch_;                // direct mode: what was read last
+  // By number: a part of the hash of each string that was there at open. Passes over them may find
+  // strings as long as some are left; all strings added since were sought.
+  IdTable<std::uint16_t> tags_;
+  int passesLeft_ = 0;
+  std::string scratch_;  // direct mode: what was read last
   // Direct mode: the text of each entry in `names_`, by its offset, so that a search reads nothing.
   std::unordered_map<std::int32_t, std::string> copies_;
 };

@@ -1,4 +1,5 @@
 // Strings by their texts: the index over them, and what is done before it is made.
+#include <algorithm>
 #include <bitset>
 #include <cstring>
 
@@ -13,26 +14,25 @@ namespace {
 
 // In a smaller file the index costs less than what is done without it.
 constexpr int kManyEntries = 1024;
+// After so many passes over the file the index pays.
+constexpr int kMostPasses = 32;
+constexpr std::size_t kTags = 1 << 16;
 
-// Which texts are surely not among some: by their length and two of their bytes.
-class TextFilter {
- public:
-  void Add(std::string_view text) { marks_.set(PlaceOf(text)); }
-  bool MayHave(std::string_view text) const { return marks_.test(PlaceOf(text)); }
+std::uint64_t WordAt(std::string_view text, std::size_t at) {
+  std::uint64_t word;
+  std::memcpy(&word, text.data() + at, sizeof word);
+  return word;
+}
 
- private:
-  static constexpr std::size_t kPlaces = 1 << 12;
-
-  static std::size_t PlaceOf(std::string_view text) {
-    if (text.empty()) return 0;
-    const std::size_t size = text.size();
-    const auto byteAt = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    return (size ^ std::size_t{byteAt(size / 2)} << 4 ^ std::size_t{byteAt(size * 3 / 4)} << 2) %
-           kPlaces;
-  }
-
-  std::bitset<kPlaces> marks_;
-};
+// A hash in less time: of the length and the words in the middle and at the end. Never 0.
+std::uint16_t TagOf(std::string_view text) {
+  const std::size_t size = text.size();
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  const std::uint64_t hash =
+      size < kWord ? HashBytes(text)
+                   : HashWords(WordAt(text, size - kWord), WordAt(text, (size - kWord) / 2) + size);
+  return static_cast<std::uint16_t>(std::max<std::uint64_t>(hash >> 48, 1));
+}
 
 }  // namespace
 
@@ -47,6 +47,20 @@ void SiteVarRecDB::ForgetNames() {
   soughtTexts_.clear();
   unnamed_.clear();
   namesMade_ = false;
+  passesLeft_ = 0;
+}
+
+// Starts the tags, for strings that are told by AddTag.
+void SiteVarRecDB::StartTags() {
+  tags_.Reset(0);
+  passesLeft_ = inMemory && headerWord2 >= kManyEntries ? kMostPasses : 0;
+  if (passesLeft_ > 0) tags_.Reset(offsets_.size());
+}
+
+void SiteVarRecDB::AddTag(int offset, const Head& head) {
+  if (passesLeft_ == 0 || head.kind != kString || head.length < 1) return;
+  const std::string_view text = TextOf(DataAt(offset, head.length, scratch_));
+  tags_.slot(static_cast<std::size_t>(head.id)) = TagOf(text);
 }
 
 // Calls visit(offset, id, text) for each string, until one gives -1.
@@ -82,6 +96,8 @@ int SiteVarRecDB::MakeStringIndex() {
   sought_.Clear();
   soughtTexts_.clear();
   unnamed_.clear();
+  tags_.Reset(0);
+  passesLeft_ = 0;
   namesMade_ = true;
   return 0;
 }
@@ -98,17 +114,15 @@ void SiteVarRecDB::UnnameReleased(IsWanted isWanted) {
   }
 }
 
-bool SiteVarRecDB::MayGoOverFile() const {
-  return inMemory && !namesMade_ && passes_ < kMostPasses && headerWord2 >= kManyEntries;
-}
-
 void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
-  if (isOpen() && MayGoOverFile()) GoOverFileFor(texts);
+  if (isOpen() && passesLeft_ > 0) GoOverTagsFor(texts);
 }
 
 int SiteVarRecDB::MakeKnown(std::string_view text, std::uint32_t hash) {
   if (IsKnown(text, hash)) return 0;
-  return MayGoOverFile() ? GoOverFileFor({&text, 1}) : MakeStringIndex();
+  if (passesLeft_ == 0) return MakeStringIndex();
+  GoOverTagsFor({&text, 1});
+  return 0;
 }
 
 bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
@@ -118,36 +132,45 @@ bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
   return found != nullptr;
 }
 
-// Enters the strings that are equal to these texts into the index; 0 or -1.
-int SiteVarRecDB::GoOverFileFor(std::span<const std::string_view> texts) {
+// Enters the strings that are equal to these texts into the index.
+void SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
   ProbeTable<Wanted> wanted;
-  TextFilter filter;
+  std::bitset<kTags> wantedTags;
   const auto isWanted = [&wanted](std::string_view text, std::uint32_t hash) {
     return wanted.Find(hash, [text](const Wanted& each) { return each.text == text; }) != nullptr;
   };
   for (const std::string_view text : texts) {
     const std::uint32_t hash = HashOf(text);
     if (IsKnown(text, hash) || isWanted(text, hash)) continue;
-    filter.Add(text);
+    wantedTags.set(TagOf(text));
     wanted.Insert(hash, {0, text});
   }
-  if (wanted.empty()) return 0;
-  ++passes_;
-  const int result = ForEachString([&](int offset, int id, std::string_view text) {
-    if (!filter.MayHave(text)) return;
+  if (wanted.empty()) return;
+  --passesLeft_;
+  for (const std::int32_t offset : OffsetsOf(wantedTags)) {
+    Head head;
+    if (ReadHead(offset, head) < 0 || head.kind != kString || !HasData(offset, head)) continue;
+    const std::string_view text = TextOf(DataAt(offset, head.length, scratch_));
     const std::uint32_t hash = HashOf(text);
-    if (isWanted(text, hash)) EnterName(text, hash, id, offset);
-  });
-  UnnameReleased(isWanted);
-  if (result < 0) {
-    ForgetNames();
-    return -1;
+    if (isWanted(text, hash)) EnterName(text, hash, head.id, offset);
   }
+  UnnameReleased(isWanted);
   wanted.ForEach([this](const Wanted& each) {
     sought_.Insert(each.hash, {0, soughtTexts_.size(), each.text.size()});
     soughtTexts_.append(each.text);
   });
-  return 0;
+}
+
+// Where the live entries with these tags lie, in the order of the file.
+template <class Tags>
+std::vector<std::int32_t> SiteVarRecDB::OffsetsOf(const Tags& tags) const {
+  std::vector<std::int32_t> offsets;
+  tags_.FindSet([&](std::size_t id, std::uint16_t tag) {
+    if (tags[tag] && offsets_.at(id) > 0) offsets.push_back(offsets_.at(id));
+    return false;
+  });
+  std::sort(offsets.begin(), offsets.end());
+  return offsets;
 }
 
 void SiteVarRecDB::AddName(std::string_view text, std::uint32_t hash, int id, int offset) {

@@ -11,7 +11,6 @@ int PairTableBase::OpenPairs(const std::string& path, int recordLength, int reco
 EndIndex& PairTableBase::MadeIndex(End which) {
   EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
   if (index.isMade()) return index;
-  if (which == End::kFrom) sources_.clear();
   index.Start(records_->liveCount());
   records_->FindIf<SiteRelRec>([&index, which](const SiteRelRec& record) {
     index.Append(which == End::kFrom ? record.from : record.to, record.id);
@@ -21,11 +20,7 @@ EndIndex& PairTableBase::MadeIndex(End which) {
 }
 
 void PairTableBase::EnterEnds(const UrlID& from, const UrlID& to, int number) {
-  if (fromIndex_.isMade()) {
-    fromIndex_.Append(from, number);
-  } else if (Source* const source = FindSource(from)) {
-    source->numbers.push_back(number);
-  }
+  if (fromIndex_.isMade()) fromIndex_.Append(from, number);
   if (toIndex_.isMade()) toIndex_.Append(to, number);
 }
 
@@ -37,63 +32,38 @@ void PairTableBase::RemoveEnds(const SiteRelRec& record) {
 void PairTableBase::ForgetEnds() {
   fromIndex_.Forget();
   toIndex_.Forget();
-  sources_.clear();
 }
 
-PairTableBase::Source* PairTableBase::FindSource(const UrlID& from) {
-  const auto found = std::find_if(sources_.begin(), sources_.end(),
-                                  [&from](const Source& source) { return source.end == from; });
-  return found == sources_.end() ? nullptr : &*found;
+bool PairTableBase::ComesFrom(int number, const UrlID& from) const {
+  SiteRelRec record;
+  return records_->Get(number, &record) == 0 && record.from == from;
 }
 
-// The records of a source, ascending; null where the index is to be asked. Saving a page asks for
-// its own and those of its sheets, which takes a walk over the table each where the index would
-// take several. After some of them it is made.
-const std::vector<int>* PairTableBase::NumbersOf(const UrlID& from) {
-  if (fromIndex_.isMade()) return nullptr;
-  Source* source = FindSource(from);
-  if (source == nullptr) {
-    if (sources_.size() == kMostSources) return nullptr;
-    source = &sources_.emplace_back(Source{from, {}});
-    records_->ForEachWithWords(SiteRelRec::kFromAt, from.kind, from.id,
-                               [source](int number) { source->numbers.push_back(number); });
-  }
-  // Some may be gone, and their numbers used again.
-  std::vector<int>& numbers = source->numbers;
-  std::sort(numbers.begin(), numbers.end());
-  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
-  std::erase_if(numbers, [this, &from](int number) {
-    SiteRelRec record;
-    return records_->Get(number, &record) < 0 || !(record.from == from);
-  });
-  return &numbers;
+bool PairTableBase::GoesTo(int number, const UrlID& to) const {
+  SiteRelRec record;
+  return records_->Get(number, &record) == 0 && record.to == to;
 }
 
-// Calls visit(number) for each record that joins the two ends. With both given the shorter list is
-// gone through.
+// Calls visit(number) for each record that joins the two ends, in any order. With both given the
+// shorter list is gone through. The first questions about a source are answered by walks.
 template <class Visit>
 void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit) {
   if (from == kAnyUrlID && to == kAnyUrlID) {
     for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) visit(number);
     return;
   }
-  if (to == kAnyUrlID) {
-    if (const std::vector<int>* const numbers = NumbersOf(from)) {
-      std::for_each(numbers->begin(), numbers->end(), visit);
-      return;
-    }
-  }
   const bool anyFrom = from == kAnyUrlID;
   const bool both = !anyFrom && !(to == kAnyUrlID);
+  if (!anyFrom && MayWalk(fromIndex_)) {
+    walked_ += records_->ForEachFrom(from, [&](int number) {
+      if (!both || GoesTo(number, to)) visit(number);
+    });
+    return;
+  }
   const bool byTo = anyFrom || (both && CountTo(to) < CountFrom(from));
   const EndIndex& index = MadeIndex(byTo ? End::kTo : End::kFrom);
   for (int number = index.First(byTo ? to : from); number >= 0; number = index.Next(number)) {
-    if (both) {
-      SiteRelRec record;
-      if (records_->Get(number, &record) < 0) continue;
-      if (!(byTo ? record.from == from : record.to == to)) continue;
-    }
-    visit(number);
+    if (!both || (byTo ? ComesFrom(number, from) : GoesTo(number, to))) visit(number);
   }
 }
 
@@ -123,11 +93,10 @@ int PairTableBase::CountTo(const UrlID& to) {
   return isOpen() ? MadeIndex(End::kTo).Size(to) : -1;
 }
 
-// One question may be answered by a walk that ends at the first record found. When walks have cost
-// what the index costs, it is made.
+// By a walk that ends at the first record found, where there is no index yet.
 int PairTableBase::IsTarget(const UrlID& to) {
   if (!isOpen()) return -1;
-  if (toIndex_.isMade() || walked_ > records_->liveCount()) return CountTo(to) > 0 ? 1 : 0;
+  if (!MayWalk(toIndex_)) return CountTo(to) > 0 ? 1 : 0;
   const bool found = records_->FindIf<SiteRelRec>([this, &to](const SiteRelRec& record) {
     ++walked_;
     return record.to == to;

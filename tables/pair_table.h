@@ -38,24 +38,19 @@ class PairTableBase : public SiteTable {
   template <class Visit>
   void ForEachMatch(const UrlID& from, const UrlID& to, Visit visit);
 
-  struct Source {
-    UrlID end;
-    std::vector<int> numbers;
-  };
+  // A walk costs about a fifth of an index for each record that it looks at. When walks have cost
+  // what an index costs, it is made.
+  bool MayWalk(const EndIndex& index) const {
+    return !index.isMade() && walked_ <= kWalks * records_->liveCount();
+  }
+  bool ComesFrom(int number, const UrlID& from) const;
+  bool GoesTo(int number, const UrlID& to) const;
 
-  // A walk over the table costs about a fifth of an index.
-  static constexpr std::size_t kMostSources = 4;
-
-  const std::vector<int>* NumbersOf(const UrlID& from);
-  Source* FindSource(const UrlID& from);
+  static constexpr std::int64_t kWalks = 4;
 
   EndIndex fromIndex_;
   EndIndex toIndex_;
-  std::int64_t walked_ = 0;  // records that IsTarget has looked at
-
-  // While the index by sources is not made: the records of the sources that were asked for, those
-  // that they had and those that came since.
-  std::vector<Source> sources_;
+  std::int64_t walked_ = 0;  // records that walks have looked at
 };
 
 // Delete of the tables below throws for number 0 of a table that has handed out none, as their file

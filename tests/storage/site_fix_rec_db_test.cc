@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -45,6 +46,51 @@ TEST_P(FixedFile, TakesTheLaterOfTwoSlotsAndIgnoresStrayIds) {
   EXPECT_EQ(db_->liveCount(), 1);
   EXPECT_EQ(db_->NextId(0), 0);
   EXPECT_EQ(db_->NextId(1), -1);
+}
+
+// Those that were there at open and changed their source, and those that came since, included.
+TEST_P(FixedFile, FindsRecordsByWhereTheyComeFrom) {
+  if (!GetParam()) GTEST_SKIP() << "only a file in memory does";
+  Reopen(SiteRelRec::kSlotLength, SiteRelRec::kRecordType);
+  constexpr int kRecords = 5000;
+  std::vector<int> sources;
+  const auto put = [&](int id, int source) {
+    SiteRelRec record;
+    record.id = id;
+    record.from = {kKindPath, source};
+    ASSERT_GE(id < 0 ? db_->Add(&record) : db_->Update(&record), 0);
+    const auto at = static_cast<std::size_t>(record.id);
+    sources.resize(std::max(sources.size(), at + 1), -1);
+    sources[at] = source;
+  };
+  const auto check = [&](int source) {
+    std::vector<int> expected, found;
+    for (int id = 0; id < db_->idCount(); ++id) {
+      if (sources[static_cast<std::size_t>(id)] == source) expected.push_back(id);
+    }
+    const int looked = db_->ForEachFrom({kKindPath, source}, [&](int id) { found.push_back(id); });
+    std::sort(found.begin(), found.end());  // numbers are used again after a Pack
+    ASSERT_EQ(found, expected) << source;
+    ASSERT_GE(looked, static_cast<int>(found.size()));
+    ASSERT_LE(looked, db_->slotCount());
+  };
+  for (int id = 0; id < kRecords; ++id) put(-1, id / 20);
+  for (int session = 0; session < 3; ++session) {
+    for (const int source : {0, 100, 249, 250, 1 << 30, -5}) check(source);
+    put(1500 * session + 700, 1 << 30);
+    put(-1, 0);
+    ASSERT_EQ(db_->Delete(2000 + session), 0);
+    sources[static_cast<std::size_t>(2000 + session)] = -1;
+    for (const int source : {0, 100, 1 << 30}) check(source);
+    if (session == 1) {
+      ASSERT_EQ(db_->Pack(), 0);
+      check(100);
+    }
+    Reopen(SiteRelRec::kSlotLength, SiteRelRec::kRecordType);
+  }
+  // Most of a file of several zones need not be looked at.
+  EXPECT_LT(db_->ForEachFrom({kKindPath, 100}, [](int) {}), kRecords / 2);
+  EXPECT_GT(db_->ForEachFrom({9, 100}, [](int) { FAIL(); }), 0);
 }
 
 TEST_P(FixedFile, RefusesBadNumbersAndThrowsForNumberZeroOfAnEmptyFile) {

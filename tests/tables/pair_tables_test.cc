@@ -95,9 +95,12 @@ TEST_F(LinkTable, FindsLinksOfAnotherSessionEqual) {
   EXPECT_EQ(table_.Add("a", Page(0), Page(1), 1), -1);
 }
 
-// Queries of every shape against a plain list, through adds, deletes, packs and sessions; in most
-// of these few sources are asked for, in some many.
-TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
+// Queries of every shape against a plain list, through adds, deletes, packs and sessions, in a
+// small table and in one of several zones.
+class QueriedLinkTable : public LinkTable, public testing::WithParamInterface<int> {};
+INSTANTIATE_TEST_SUITE_P(Sizes, QueriedLinkTable, testing::Values(0, 3000));
+
+TEST_P(QueriedLinkTable, AnswersQueriesAsAPlainListDoes) {
   auto table = std::make_unique<SiteLinkDB>();
   ASSERT_EQ(table->Open(folder_.path("other")), 0);
   std::mt19937 random(3);
@@ -106,9 +109,15 @@ TEST_F(LinkTable, AnswersQueriesAsAPlainListDoes) {
   };
   std::map<int, Pair> model;  // the live ones
   const auto end = [&] {
-    constexpr int kIds[] = {0, 1, 2, 3, 1 << 30, -7};  // the last two as damaged files have them
-    return UrlID(random() % 2 ? kKindPath : 9, kIds[random() % 6]);
+    // The last two as damaged files have them.
+    constexpr int kIds[] = {0, 1, 2, 3, 40, 552, 1 << 30, -7};
+    return UrlID(random() % 2 ? kKindPath : 9, kIds[random() % 8]);
   };
+  for (int number = 0; number < GetParam(); ++number) {
+    const Pair pair{Page(number / 30), Page(number % 7)};
+    ASSERT_EQ(table->Add("text", pair.from, pair.to, number), number);
+    model.emplace(number, pair);
+  }
   for (int step = 0; step < 3000; ++step) {
     const auto choice = random() % 100;
     if (choice < 45) {
