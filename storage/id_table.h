@@ -2,6 +2,7 @@
 // written. Memory follows the numbers in use, not the largest one that a file claims to have.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <stdexcept>
@@ -65,6 +66,18 @@ class IdTable {
         if (piece[at] != zero_) change(piece[at]);
       }
     }
+  }
+
+  // The first id from `id` on whose value is zero, or size().
+  std::size_t FindZero(std::size_t id) const {
+    for (; id < count_; id = (id / kPiece + 1) * kPiece) {
+      const Value* const piece = pieces_[id / kPiece].get();
+      if (piece == nullptr) return id;
+      const std::size_t used = std::min(count_ - id / kPiece * kPiece, kPiece);
+      const Value* const found = std::find(piece + id % kPiece, piece + used, zero_);
+      if (found != piece + used) return id / kPiece * kPiece + (found - piece);
+    }
+    return count_;
   }
 
   // The first id from `id` on whose value may differ from zero, or size(): whole pieces that were

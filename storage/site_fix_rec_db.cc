@@ -130,7 +130,9 @@ int SiteFixRecDB::ChooseId() {
   if (headerWord2 == headerWord1 || headerWord2 < 1) return headerWord1;
   const int limit = std::min(headerWord1, headerWord2);
   if (!freed_.empty() && freed_.top() < limit) return freed_.top();
-  while (cursor_ < limit && slotIndex.at(static_cast<std::size_t>(cursor_)) != 0) ++cursor_;
+  if (cursor_ < limit) {
+    cursor_ = static_cast<int>(slotIndex.FindZero(static_cast<std::size_t>(cursor_)));
+  }
   return cursor_ < limit ? cursor_ : headerWord1;
 }
 

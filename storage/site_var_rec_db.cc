@@ -40,12 +40,13 @@ int SiteVarRecDB::OpenEntries() {
   offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
   StartTags();
   std::int64_t walked = kFirstEntry;
-  bool isSound = true;
+  std::size_t live = 0, numbers = 0;
   const int result = ForEachEntry([&](int offset, const Head& head) {
     walked = std::int64_t{offset} + kHeadSize + head.length;
     if (IsAcceptable(head.id)) {
       std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
-      isSound = isSound && known == 0;
+      if (known == 0) ++numbers;
+      ++live;
       known = offset;
       AddTag(offset, head);
     } else {
@@ -53,8 +54,9 @@ int SiteVarRecDB::OpenEntries() {
     }
     return 0;
   });
+  if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
   // In a damaged file the index may find what tags do not, and other entries once some are added.
-  if (walked != end_ || !isSound) passesLeft_ = 0;
+  if (walked != end_ || live != numbers) passesLeft_ = 0;
   return result;
 }
 
@@ -235,7 +237,7 @@ int SiteVarRecDB::AddData(const void* bytes, int length) {
 // Takes the number that has been free for longest, else a new one.
 int SiteVarRecDB::ChooseId() {
   const auto count = static_cast<std::size_t>(headerWord1);
-  while (cursor_ < count && offsets_.at(cursor_) != 0) ++cursor_;
+  if (cursor_ < count) cursor_ = offsets_.FindZero(cursor_);
   if (cursor_ < count) return static_cast<int>(cursor_++);
   if (free_.empty()) return headerWord1;
   const int id = free_.front();

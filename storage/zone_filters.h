@@ -3,11 +3,12 @@
 //
 // Each zone has a Bloom filter of one hash function (B. Bloom, Space/time trade-offs in hash coding
 // with allowable errors, CACM 13, 1970). A value that was added to a zone is always told there; of
-// others a share that is the number of the zone's values over kBits.
+// others a share that is the number of the zone's values over kBits. Bit n of all filters lies
+// together, so that a search for one value reads few bytes.
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -23,19 +24,19 @@ class ZoneFilters {
 
   // Follows the first `bytes` bytes of the file, of which no value is known yet.
   void Follow(std::int32_t bytes) {
-    zones_.assign((static_cast<std::size_t>(bytes) + kZone - 1) / kZone, {});
+    rowWords_ = (static_cast<std::size_t>(bytes) + kZone * 64 - 1) / (kZone * 64);
+    rows_.assign(kBits * rowWords_, 0);
     end_ = bytes;
     runEnd_ = 0;
   }
   // All records in it are dead.
-  void Clear() { std::fill(zones_.begin(), zones_.end(), Filter{}); }
+  void Clear() { std::fill(rows_.begin(), rows_.end(), 0); }
   // A record that begins at `offset` has this word. Those behind what it follows need not be told.
   void Add(std::int32_t offset, std::int32_t word) {
     if (offset >= end_) return;
-    const std::size_t bit = BitOf(word);
-    zones_[ZoneOf(offset)][bit / 64] |= std::uint64_t{1} << bit % 64;
+    const std::size_t zone = ZoneOf(offset);
+    rows_[RowOf(word) + zone / 64] |= std::uint64_t{1} << zone % 64;
   }
-
   // The same for record after record from the begin on, in less time where many have one word.
   void AddNext(std::int32_t offset, std::int32_t word) {
     if (word == runWord_ && offset < runEnd_) return;
@@ -48,28 +49,30 @@ class ZoneFilters {
   // itself, or the begin of a zone, or the end of what it follows.
   std::int32_t Next(std::int32_t offset, std::int32_t word) const {
     if (offset >= end_) return offset;
-    const std::size_t bit = BitOf(word);
-    const auto mayHave = [bit](const Filter& zone) {
-      return (zone[bit / 64] >> bit % 64 & 1) != 0;
-    };
-    const auto from = zones_.begin() + static_cast<std::ptrdiff_t>(ZoneOf(offset));
-    const auto zone = std::find_if(from, zones_.end(), mayHave);
-    if (zone == from) return offset;
-    return zone == zones_.end() ? end_ : static_cast<std::int32_t>(zone - zones_.begin()) * kZone;
+    const std::size_t row = RowOf(word);
+    const std::size_t first = ZoneOf(offset);
+    std::size_t at = first / 64;
+    std::uint64_t bits = rows_[row + at] >> first % 64 << first % 64;
+    while (bits == 0 && ++at < rowWords_) bits = rows_[row + at];
+    if (bits == 0) return end_;
+    const std::size_t zone = at * 64 + static_cast<std::size_t>(std::countr_zero(bits));
+    return zone == first ? offset : static_cast<std::int32_t>(zone) * kZone;
   }
 
  private:
   static constexpr std::int32_t kZone = 32 << 10;  // bytes
-  static constexpr std::size_t kBits = 512;        // a power of two
-  using Filter = std::array<std::uint64_t, kBits / 64>;
+  static constexpr std::size_t kBits = 2048;       // of a filter, a power of two
 
   static std::size_t ZoneOf(std::int32_t offset) {
     return static_cast<std::size_t>(offset) / static_cast<std::size_t>(kZone);
   }
-  // Numbers that follow one another get bits of their own.
-  static std::size_t BitOf(std::int32_t word) { return static_cast<std::uint32_t>(word) % kBits; }
+  // Where the row of a word's bit begins. Numbers that follow one another have bits of their own.
+  std::size_t RowOf(std::int32_t word) const {
+    return static_cast<std::uint32_t>(word) % kBits * rowWords_;
+  }
 
-  std::vector<Filter> zones_;
+  std::vector<std::uint64_t> rows_;  // by bit of the filters, one bit for each zone
+  std::size_t rowWords_ = 0;
   std::int32_t end_ = 0;
   // The records from the last that AddNext was told to there have this word.
   std::int64_t runEnd_ = 0;
