@@ -72,13 +72,6 @@ void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
   return resized;
 }
 
-bool DiscardLarge(void* block, std::size_t bytes, std::size_t from, std::size_t to) {
-  const std::size_t begin = WholePages(from);
-  const std::size_t end = to / kPage * kPage;
-  if (block == nullptr || !IsLarge(bytes) || begin >= end) return false;
-  return madvise(static_cast<char*>(block) + begin, end - begin, MADV_DONTNEED) == 0;
-}
-
 void FreeLarge(void* block, std::size_t bytes) {
   if (block == nullptr) return;
   if (IsLarge(bytes)) {
@@ -96,10 +89,6 @@ void* AllocateLarge(std::size_t bytes) {
 
 void* ResizeLarge(void* block, std::size_t, std::size_t newBytes) {
   return std::realloc(block, newBytes == 0 ? 1 : newBytes);
-}
-
-bool DiscardLarge(void*, std::size_t, std::size_t, std::size_t) {
-  return false;
 }
 
 void FreeLarge(void* block, std::size_t) {

@@ -16,10 +16,6 @@ void* AllocateLarge(std::size_t bytes);
 // The block, which was `oldBytes` long, now `newBytes` long, perhaps elsewhere: what is in both is
 // kept. Null when there is no memory; the old block is then as it was.
 void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes);
-// Gives the memory of bytes `from` to `to` of such a block back until it is written again; what
-// they hold is lost. False where that cannot be done, or is not worth it: they are then as they
-// were.
-bool DiscardLarge(void* block, std::size_t bytes, std::size_t from, std::size_t to);
 // Frees a block of that length; null is allowed.
 void FreeLarge(void* block, std::size_t bytes);
 
@@ -50,8 +46,6 @@ class LargeBuffer {
   void Shrink(std::size_t bytes) {
     if (bytes < length_) Grow(bytes);
   }
-  // Gives back the memory of a part that is not needed for now, as DiscardLarge does.
-  bool Discard(std::size_t from, std::size_t to) { return DiscardLarge(block_, length_, from, to); }
   void swap(LargeBuffer& other) noexcept {
     std::swap(block_, other.block_);
     std::swap(length_, other.length_);

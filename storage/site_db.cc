@@ -200,7 +200,7 @@ int SiteDB::WriteHeader() {
 
 int SiteDB::CloseWhole(Image* kept) {
   const int result = dirty ? WriteImage() : 0;
-  if (kept != nullptr) *kept = {std::move(buffer), size};
+  if (kept != nullptr) *kept = {std::move(buffer), size, Dropped()};
   Abandon();
   return result;
 }
@@ -212,27 +212,35 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
 }
 
 bool SiteDB::DropDead(std::int32_t begin, std::int32_t end) {
-  if (Bytes(begin, std::int64_t{end} - begin) == nullptr || !IsAsLeft()) return false;
-  if (!buffer.Discard(static_cast<std::size_t>(begin), static_cast<std::size_t>(end))) return false;
+  if (begin >= end || static_cast<std::uint32_t>(end) != size || Dropped() != 0 || !IsAsLeft()) {
+    return false;
+  }
   droppedBegin_ = begin;
   droppedEnd_ = end;
   return true;
 }
 
-void SiteDB::RestoreDead() {
-  const std::int32_t length = droppedEnd_ - droppedBegin_;
-  if (length == 0) return;
-  const auto bytes = static_cast<std::size_t>(length);
-  char* const dead = buffer.get() + droppedBegin_;
+// 0, or -1 without memory.
+int SiteDB::RestoreDead() {
+  if (Dropped() == 0) return 0;
+  const auto begin = static_cast<std::size_t>(droppedBegin_);
+  const auto length = static_cast<std::size_t>(Dropped());
+  platform::LargeBuffer whole;
+  if (!whole.Grow(capacity)) return -1;
+  char* const dead = whole.get() + begin;
+  std::memcpy(whole.get(), buffer.get(), begin);
+  std::memcpy(dead + length, buffer.get() + begin, size - begin - length);
   const bool isRead = IsAsLeft() && platform::Seek(fd, droppedBegin_) >= 0 &&
-                      platform::Read(fd, dead, bytes) == length;
-  if (!isRead) std::memset(dead, 0, bytes);
-  MarkDead(dead, length);
-  droppedEnd_ = droppedBegin_;
+                      platform::Read(fd, dead, length) == Dropped();
+  if (!isRead) std::memset(dead, 0, length);
+  MarkDead(dead, Dropped());
+  buffer = std::move(whole);
+  droppedBegin_ = droppedEnd_ = 0;
+  return 0;
 }
 
 int SiteDB::WriteImage() {
-  RestoreDead();
+  if (RestoreDead() < 0) return -1;
   StoreHeader(buffer.get(), headerWord1, headerWord2);
   changed_.Mark(0, kHeaderSize);
   // In parts only where that leaves the same bytes as writing it all.
@@ -264,7 +272,7 @@ int SiteDB::ReplaceBy(const std::string& other, Image* kept) {
     fd = platform::Open(path, platform::kOpenDatabase);
     if (fd >= 0) WriteImage();
   }
-  if (kept != nullptr) *kept = {std::move(buffer), size};
+  if (kept != nullptr) *kept = {std::move(buffer), size, Dropped()};
   Abandon();
   return removed < 0 ? -1 : platform::Rename(other, path);
 }
@@ -321,25 +329,32 @@ int SiteDB::WriteFile(const void* source, std::int32_t offset, std::int32_t leng
   return static_cast<int>(written);
 }
 
-// MakeRoom beyond what is set aside, or with a gap.
+// MakeRoom beyond what is set aside, or with a gap, or before what was dropped.
 char* SiteDB::Extend(std::int32_t offset, std::int32_t length) {
   const std::int64_t end = std::int64_t{offset} + length;
   if (buffer.get() == nullptr || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
+  if (offset < droppedEnd_ && RestoreDead() < 0) return nullptr;
   if (!Reserve(static_cast<std::uint32_t>(end))) return nullptr;
-  if (offset > static_cast<std::int64_t>(size)) std::memset(buffer.get() + size, 0, offset - size);
+  char* const place = buffer.get() + (offset - Dropped());
+  if (offset > static_cast<std::int64_t>(size)) {
+    const std::int64_t gap = offset - static_cast<std::int64_t>(size);
+    std::memset(place - gap, 0, static_cast<std::size_t>(gap));
+  }
   size = std::max(size, static_cast<std::uint32_t>(end));
   dirty = true;
   changed_.Mark(offset, length);
-  return buffer.get() + offset;
+  return place;
 }
 
 // `capacity` counts in steps; what is really allocated doubles, so that a file that grows by many
 // small writes costs linear time. A failure leaves `capacity` raised.
 bool SiteDB::Reserve(std::uint32_t end) {
   if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
-  if (end <= buffer.length()) return true;
+  const auto dropped = static_cast<std::size_t>(Dropped());
+  if (end - dropped <= buffer.length()) return true;
   // A process of 32 bits may have room for what is needed, but not for twice of what there is.
-  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2)) || buffer.Grow(capacity);
+  const std::size_t needed = capacity - dropped;
+  return buffer.Grow(std::max(needed, buffer.length() * 2)) || buffer.Grow(needed);
 }
 
 std::int64_t SiteDB::Length() const {

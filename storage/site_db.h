@@ -34,7 +34,8 @@ class SiteDB {
   // The bytes of a file, which outlive its closing.
   struct Image {
     platform::LargeBuffer bytes;
-    std::uint32_t size = 0;
+    std::uint32_t size = 0;    // of the file
+    std::int32_t dropped = 0;  // so many bytes are not there, those behind lie that much lower
   };
 
   SiteDB(std::string filePath, bool wholeFile);
@@ -84,31 +85,32 @@ class SiteDB {
 
  protected:
   // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
-  // null in direct mode, while closed, or when they are not all there.
+  // null in direct mode, while closed, or when they are not all in memory.
   const char* Bytes(std::int64_t offset, std::int64_t length) const {
-    return buffer.get() != nullptr && offset >= 0 && length >= 0 && offset + length <= size
-               ? buffer.get() + offset
-               : nullptr;
+    if (buffer.get() == nullptr || length < 0 || offset + length > size) return nullptr;
+    if (offset >= droppedEnd_) return buffer.get() + (offset - Dropped());
+    return offset >= 0 && offset + length <= droppedBegin_ ? buffer.get() + offset : nullptr;
   }
   // The same for changing them in place; the file counts as changed from then on.
   char* ChangeBytes(std::int64_t offset, std::int64_t length) {
-    if (Bytes(offset, length) == nullptr) return nullptr;
+    const char* const bytes = Bytes(offset, length);
+    if (bytes == nullptr) return nullptr;
     dirty = true;
     changed_.Mark(offset, length);
-    return buffer.get() + offset;
+    return const_cast<char*>(bytes);
   }
   // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
   // on, to be filled by the caller; null when it cannot grow so far.
   char* MakeRoom(std::int32_t offset, std::int32_t length) {
     const std::int64_t end = std::int64_t{offset} + length;
-    if (offset < 0 || length < 0 || offset > static_cast<std::int64_t>(size) || end > capacity ||
-        static_cast<std::size_t>(end) > buffer.length()) {
+    if (offset < droppedEnd_ || length < 0 || offset > static_cast<std::int64_t>(size) ||
+        end > capacity || static_cast<std::size_t>(end - Dropped()) > buffer.length()) {
       return Extend(offset, length);
     }
     size = std::max(size, static_cast<std::uint32_t>(end));
     dirty = true;
     changed_.Mark(offset, length);
-    return buffer.get() + offset;
+    return buffer.get() + (offset - Dropped());
   }
   // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
   // was changed in memory is written only where the file could not be removed. Whole-file mode:
@@ -121,11 +123,12 @@ class SiteDB {
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Whole-file mode: whether the file is as it was read.
   bool IsUnchanged() const { return inMemory && isOpen() && !dirty; }
-  // Whole-file mode, a file that was unchanged until all that it holds from `begin` to `end` became
-  // dead: may give the memory of that back, of which nothing is read any more. When the file is
-  // written after all, it is read again, or zeros where it has been changed meanwhile, and given to
-  // MarkDead. False where it stays in memory.
+  // Whole-file mode, a file that was unchanged until all that it holds from `begin` to its end
+  // became dead: takes that out of memory, where what is added then lies in its place. When the
+  // file is written after all, it is read again, or zeros where it has been changed meanwhile, and
+  // given to MarkDead. False where it stays in memory.
   bool DropDead(std::int32_t begin, std::int32_t end);
+  std::int32_t Dropped() const { return droppedEnd_ - droppedBegin_; }
   virtual void MarkDead(char*, std::int32_t) {}
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
@@ -160,7 +163,7 @@ class SiteDB {
   void FollowChanges(const platform::FileStat& onDisk);
   bool IsAsLeft() const;
   int WriteImage();
-  void RestoreDead();
+  int RestoreDead();
   int WriteBytes(std::size_t from, std::size_t to);
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
@@ -168,7 +171,7 @@ class SiteDB {
   // Whole-file mode: what changed since the file was read or written, and how it was left then.
   ChangedBlocks changed_;
   platform::FileStat onDisk_;
-  // What was dropped, empty for nothing.
+  // What was dropped; 0 and 0 for nothing.
   std::int32_t droppedBegin_ = 0;
   std::int32_t droppedEnd_ = 0;
 };

@@ -246,8 +246,9 @@ int SiteFixRecDB::OpenPacked(Image image, int slots) {
   char* const bytes = image.bytes.get();
   image.size = kHeaderSize;
   slotIndex.ForEachSet([&](std::int32_t& offset) {
-    std::memmove(bytes + image.size, bytes + offset, length);
+    const std::int32_t from = offset - image.dropped;
     offset = static_cast<std::int32_t>(image.size);
+    if (from != offset) std::memmove(bytes + offset, bytes + from, length);
     image.size += static_cast<std::uint32_t>(length);
   });
   headerWord2 = slots;

@@ -94,20 +94,19 @@ class SiteFixRecDB : public SiteDB {
   template <class Visit>
   int ForEachFrom(const UrlID& from, Visit visit) const {
     const std::int32_t end = kHeaderSize + headerWord2 * recordLength;
-    if (!joinsEnds_ || Bytes(0, end) == nullptr) return 0;
     int looked = 0;
-    for (std::int32_t offset = NextFrom(kHeaderSize, from); offset < end;) {
+    for (std::int32_t offset = joinsEnds_ ? NextFrom(kHeaderSize, from) : end; offset < end;
+         offset = NextFrom(offset, from)) {
       const std::int64_t stop = std::min<std::int64_t>(end, ZoneFilters::ZoneEnd(offset));
       for (; offset < stop; offset += recordLength, ++looked) {
-        const char* const slot = buffer.get() + offset;
-        if (LoadLE32(slot + kSourceAt) != from.id ||
+        const char* const slot = Bytes(offset, recordLength);
+        if (slot == nullptr || LoadLE32(slot + kSourceAt) != from.id ||
             LoadLE32(slot + SiteRelRec::kFromAt) != from.kind) {
           continue;
         }
         const std::int32_t id = LoadLE32(slot);
         if (Has(id) && slotIndex.at(static_cast<std::size_t>(id)) == offset) visit(id);
       }
-      offset = NextFrom(offset, from);
     }
     return looked;
   }

@@ -280,7 +280,7 @@ int SiteVarRecDB::WriteEntry(const Head& head, std::string_view data) {
 bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
   const std::less_equal<const char*> before;
   return buffer.get() != nullptr && !data.empty() && before(buffer.get(), data.data()) &&
-         before(data.data(), buffer.get() + size);
+         before(data.data(), buffer.get() + buffer.length());
 }
 
 // A file in memory gets them when it is written.

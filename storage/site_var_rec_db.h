@@ -64,15 +64,17 @@ class SiteVarRecDB : public SiteDB {
   std::string_view ViewData(int id);
   // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text keeps
   // its place in it until the next Pack or DropDeadEntries, also one that was released.
-  std::string_view WholeFile() const { return {buffer.get(), size}; }
+  std::string_view WholeFile() const {
+    return Dropped() != 0 ? std::string_view() : std::string_view(buffer.get(), size);
+  }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
   int ReleaseString(int id);
   // The same while a whole table is cleared: the string index is dropped and made anew when it is
   // next needed, instead of being kept in step with each string.
   int ReleaseStringUnindexed(int id);
-  // The whole table was cleared: gives the memory of its dead entries back, of which nothing may be
-  // read any more. `wasUnchanged` says that the file was as on disk before.
+  // The whole table was cleared: takes its dead entries out of memory, of which nothing may be read
+  // any more. `wasUnchanged` says that the file was as on disk before.
   void DropDeadEntries(bool wasUnchanged);
   using SiteDB::IsUnchanged;
   // Makes the entry dead. Its number is not handed out again before the file is next opened, and
