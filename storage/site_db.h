@@ -161,6 +161,7 @@ class SiteDB {
   int ReadHeaderWord(std::int32_t& word, int offset);
   int WriteHeader();
   void FollowChanges(const platform::FileStat& onDisk);
+  void FollowWritten();
   bool IsAsLeft() const;
   int WriteImage();
   int RestoreDead();

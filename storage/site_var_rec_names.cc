@@ -14,7 +14,7 @@ namespace {
 
 // In a smaller file the index costs less than what is done without it.
 constexpr int kManyEntries = 1024;
-// After so many passes over the file the index pays.
+// After so many passes over the tags the index pays.
 constexpr int kMostPasses = 32;
 constexpr std::size_t kTags = 1 << 16;
 

@@ -245,6 +245,35 @@ TEST_F(LargeFile, IsWrittenWholeWhenSomebodyElseHasWrittenIt) {
   EXPECT_TRUE(OnDisk() == bytes_);
 }
 
+TEST_F(LargeFile, IsWrittenWholeWhenSomebodyElseWritesRightAfterAFlush) {
+  for (int round = 0; round < 60; ++round) {
+    Write(5000, std::to_string(round));
+    ASSERT_EQ(db_.Flush(), 0);
+    folder_.write("t", std::string(bytes_.size(), 'b'));
+    Write(2000000, std::to_string(round));
+    ASSERT_EQ(db_.Flush(), 0);
+    ASSERT_TRUE(OnDisk() == bytes_) << round;
+  }
+}
+
+TEST_F(LargeFile, IsOnDiskWithTheFlushAfterOneThatFailed) {
+  const auto prepare = [this] {
+    Reset();
+    Write(50000, "x");
+    ASSERT_EQ(db_.Flush(), 0);
+    Write(2000000, "y");
+  };
+  int result = 0;
+  test::FailEachCall(
+      prepare, [&] { result = db_.Flush(); },
+      [&](const test::FailedRun& run) {
+        EXPECT_TRUE(result < 0 || OnDisk() == bytes_) << run.call;
+        Write(7000, "z");
+        EXPECT_EQ(db_.Flush(), 0);
+        EXPECT_TRUE(OnDisk() == bytes_) << run.call;
+      });
+}
+
 TEST_F(LargeFile, IsOnDiskWhenNoCallHasFailed) {
   int failures = 0;
   const auto prepare = [this] {
