@@ -34,12 +34,12 @@ auto NameIndex::HasText(std::string_view text) const {
 }
 
 int NameIndex::Find(std::string_view text) const {
-  const Name* name = names_.Find(HashName(text), HasText(text));
+  const Name* name = names_.Find(SiteVarRecDB::HashOf(text), HasText(text));
   return name == nullptr || name->number < 0 ? -1 : name->number;
 }
 
 void NameIndex::Put(std::string_view text, int number) {
-  Put(text, number, HashName(text));
+  Put(text, number, SiteVarRecDB::HashOf(text));
 }
 
 void NameIndex::Put(std::string_view text, int number, std::uint32_t hash) {
@@ -63,7 +63,7 @@ std::uint32_t NameIndex::Place(std::string_view text) {
 }
 
 void NameIndex::Remove(std::string_view text) {
-  Name* name = names_.Find(HashName(text), HasText(text));
+  Name* name = names_.Find(SiteVarRecDB::HashOf(text), HasText(text));
   if (name == nullptr) return;
   const std::size_t length = name->length;
   names_.Erase(name);

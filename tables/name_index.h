@@ -13,7 +13,6 @@
 #include "storage/probe_batch.h"
 #include "storage/probe_table.h"
 #include "storage/site_var_rec_db.h"
-#include "util/hash.h"
 
 namespace zvrsit {
 
@@ -27,14 +26,16 @@ class NameIndex {
   // Sets the number of a text, also of one that is there. One that is a view into the store is not
   // copied.
   void Put(std::string_view text, int number);
-  // The same for many in less time: names(put) calls put(text, number) for each.
+  // Brings near what Find and Put of a text with this hash (SiteVarRecDB::HashOf) will read.
+  void Expect(std::uint32_t hash) const { names_.Prefetch(hash); }
+  // The same as Put for many in less time: names(put) calls put(text, number) for each.
   template <class Names>
   void PutAll(Names names) {
     auto batch = MakeProbeBatch<NewName>(names_, store_ != nullptr, [this](const NewName& name) {
       Put(name.text, name.number, name.hash);
     });
     names([&batch](std::string_view text, int number) {
-      batch.Add({HashName(text), number, text});
+      batch.Add({SiteVarRecDB::HashOf(text), number, text});
     });
     batch.Finish();
   }
@@ -61,10 +62,6 @@ class NameIndex {
   };
 
   static constexpr std::size_t kKeptBytes = 4096;
-
-  static std::uint32_t HashName(std::string_view text) {
-    return static_cast<std::uint32_t>(HashBytes(text));
-  }
 
   void Put(std::string_view text, int number, std::uint32_t hash);
   std::string_view Texts() const;

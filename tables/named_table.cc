@@ -21,6 +21,13 @@ void NamedTableBase::MakeIndex() {
   });
 }
 
+int NamedTableBase::AddName(std::string_view name) {
+  if (name.empty()) return -1;
+  const SiteVarRecDB::Search expected{SiteVarRecDB::HashOf(name)};
+  if (index_ != nullptr) index_->Expect(expected.hash);
+  return strings_->AddString(name, strings_->Look(name, expected));
+}
+
 void NamedTableBase::EnterName(std::string_view name, const SiteNodeRec& record) {
   if (index_ == nullptr) return;
   // That in the string store if it can be read, so that the index need not copy it.

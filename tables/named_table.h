@@ -30,6 +30,8 @@ class NamedTableBase : public SiteTable {
   // purpose. -1 when the path is empty or the table was opened before.
   int OpenNamed(const std::string& path, int recordLength, int recordType, bool wholeFile);
   void MakeIndex();
+  // Adds a text that is about to be entered in the index as well; its number or -1.
+  int AddName(std::string_view name);
   // Enters the name of a record in the index.
   void EnterName(std::string_view name, const SiteNodeRec& record);
 };
@@ -84,7 +86,7 @@ class NamedTable : public NamedTableBase {
   // Adds `record` under that name; its id and name word are set.
   int AddRecord(std::string_view name, Rec& record) {
     if (!isOpen()) return -1;
-    record.name = strings_->AddString(name);
+    record.name = AddName(name);
     if (record.name < 0) return -1;
     const int number = records_->Add(&record);
     if (number >= 0) EnterName(name, record);
