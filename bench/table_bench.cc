@@ -34,6 +34,16 @@ const std::vector<Link>& Links(int count) {
   return links;
 }
 
+// Relations are links without a text; the rivals are given the shortest one.
+const std::vector<Link>& Relations(int count) {
+  static std::map<int, std::vector<Link>> made;
+  auto& relations = made[count];
+  if (!relations.empty()) return relations;
+  relations = Links(count);
+  for (Link& relation : relations) relation.text = "-";
+  return relations;
+}
+
 const std::vector<std::string>& ProfileNames() {
   static std::vector<std::string> names;
   while (names.size() < 1000) names.push_back("site" + std::to_string(names.size()));
@@ -60,9 +70,13 @@ void RegisterLinks(int count) {
   RegisterPairs("link", "zvrsit", count, [=] { return std::make_unique<LinkStore>(Links(count)); });
   RegisterPairs("link", "sqlite", count, [=] { return MakeSqliteLinks(Links(count)); });
   RegisterPairs("link", "lmdb", count, [=] { return MakeLmdbLinks(Links(count)); });
-  // Relations are links without a text; the rivals above stand for both.
+}
+
+void RegisterRelations(int count) {
   RegisterPairs("relation", "zvrsit", count,
-                [=] { return std::make_unique<RelStore>(Links(count)); });
+                [=] { return std::make_unique<RelStore>(Relations(count)); });
+  RegisterPairs("relation", "sqlite", count, [=] { return MakeSqliteLinks(Relations(count)); });
+  RegisterPairs("relation", "lmdb", count, [=] { return MakeLmdbLinks(Relations(count)); });
 }
 
 // The yardstick: what an arena with open hashing needs to take the same entries and write one file.
@@ -95,6 +109,7 @@ void RegisterAll() {
     RegisterNamed<SiteUrlDB, SiteUrlRec>("url", count);
     RegisterNamed<SiteFolderDB, SiteNodeRec>("folder", count);
     RegisterLinks(count);
+    RegisterRelations(count);
     RegisterArena(count);
   }
   RegisterProfiles();
