@@ -90,7 +90,7 @@ def measure_pages(programs, scratch, pages, runs, reach):
           f"{opened['total'] * 1e3:.1f} | {plain * 1e3:.1f} | {opened['total'] / plain:.2f} | "
           f"{links['work'] * 1e3:.2f} | {links['again'] * 1e9 / max(1, links['found']):.0f} | "
           f"{saved['work'] * 1e3:.2f} | {saved['total'] * 1e3:.1f} | "
-          f"{saved['total'] / (opened['total'] + again):.2f} |", flush=True)
+          f"{saved['total'] / (saved['idle'] + again):.2f} |", flush=True)
     site.close()
 
 

@@ -1,7 +1,8 @@
 // What single operations on an open site cost, without the start of a program around them.
 //
 //   site_ops DB SITE open [RUNS]           opening and closing
-//   site_ops DB SITE save PAGE [RUNS]      opening, reading PAGE anew, closing
+//   site_ops DB SITE save PAGE [RUNS]      opening, reading PAGE anew, closing; each time after
+//                                          opening and closing alone, which is told as "idle"
 //   site_ops DB SITE links-to PAGE [RUNS]  opening; the links to PAGE; closing
 //
 // Prints the medians in seconds, and the number of links found, as one line of JSON. DB is a
@@ -116,16 +117,22 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: site_ops DB SITE open|save PAGE|links-to PAGE [RUNS]\n");
     return 2;
   }
-  std::vector<double> open, work, again, close, total;
+  std::vector<double> open, work, again, close, total, idle;
   long found = 0;
+  Job opening = job;
+  opening.operation = "open";
   for (int count = 0; count < job.runs; ++count) {
+    Run run, alone;
     std::this_thread::sleep_for(kRest);
-    Run run;
-    if (!RunOnce(job, run) || (count > 0 && run.found != found)) {
+    bool isDone = job.operation != "save" || RunOnce(opening, alone);
+    std::this_thread::sleep_for(kRest);
+    isDone = isDone && RunOnce(job, run) && (count == 0 || run.found == found);
+    if (!isDone) {
       std::fprintf(stderr, "site_ops: %s failed or found something else\n", argv[3]);
       return 1;
     }
     found = run.found;
+    idle.push_back(alone.open + alone.close);
     open.push_back(run.open);
     work.push_back(run.work);
     again.push_back(run.again);
@@ -134,7 +141,7 @@ int main(int argc, char** argv) {
   }
   std::printf(
       "{\"open\": %.6f, \"work\": %.6f, \"again\": %.6f, \"close\": %.6f, \"total\": %.6f, "
-      "\"found\": %ld}\n",
-      Median(open), Median(work), Median(again), Median(close), Median(total), found);
+      "\"idle\": %.6f, \"found\": %ld}\n",
+      Median(open), Median(work), Median(again), Median(close), Median(total), Median(idle), found);
   return 0;
 }
