@@ -4,6 +4,13 @@
 
 namespace zvrsit {
 
+namespace {
+
+// How many records that lie side by side are read in the time of one that lies anywhere.
+constexpr int kNearness = 8;
+
+}  // namespace
+
 int PairTableBase::OpenPairs(const std::string& path, int recordLength, int recordType) {
   return OpenFiles(path, recordLength, recordType, true);
 }
@@ -45,7 +52,8 @@ bool PairTableBase::GoesTo(int number, const UrlID& to) const {
 }
 
 // Calls visit(number) for each record that joins the two ends, in any order. With both given the
-// shorter list is gone through. The first questions about a source are answered by walks.
+// shorter list is gone through, where it is much shorter: records of one source mostly lie side by
+// side. The first questions about a source are answered by walks.
 template <class Visit>
 void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit) {
   if (from == kAnyUrlID && to == kAnyUrlID) {
@@ -60,7 +68,7 @@ void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit
     });
     return;
   }
-  const bool byTo = anyFrom || (both && CountTo(to) < CountFrom(from));
+  const bool byTo = anyFrom || (both && CountTo(to) < CountFrom(from) / kNearness);
   const EndIndex& index = MadeIndex(byTo ? End::kTo : End::kFrom);
   for (int number = index.First(byTo ? to : from); number >= 0; number = index.Next(number)) {
     if (!both || (byTo ? ComesFrom(number, from) : GoesTo(number, to))) visit(number);
