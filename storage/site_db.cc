@@ -251,16 +251,16 @@ int SiteDB::RestoreDead() {
   if (Dropped() == 0) return 0;
   const auto begin = static_cast<std::size_t>(droppedBegin_);
   const auto length = static_cast<std::size_t>(Dropped());
-  platform::LargeBuffer whole;
-  if (!whole.Grow(capacity)) return -1;
-  char* const dead = whole.get() + begin;
-  std::memcpy(whole.get(), buffer.get(), begin);
-  std::memcpy(dead + length, buffer.get() + begin, size - begin - length);
+  if (buffer.length() < capacity && !buffer.Grow(capacity)) return -1;
+  char* const dead = buffer.get() + begin;
+  std::memmove(dead + length, dead, size - begin - length);
   const bool isRead = IsAsLeft() && platform::Seek(fd, droppedBegin_) >= 0 &&
                       platform::Read(fd, dead, length) == Dropped();
-  if (!isRead) std::memset(dead, 0, length);
+  if (!isRead) {
+    std::memset(dead, 0, length);
+    changed_.Follow(0);
+  }
   MarkDead(dead, Dropped());
-  buffer = std::move(whole);
   droppedBegin_ = droppedEnd_ = 0;
   return 0;
 }
@@ -338,7 +338,11 @@ int SiteDB::Flush() {
 }
 
 int SiteDB::ReadFile(void* destination, std::int32_t offset, std::int32_t length) {
-  if (inMemory || fd < 0 || length < 0 || offset < 0) return -1;
+  if (fd < 0 || length < 0 || offset < 0) return -1;
+  if (inMemory) {
+    const bool isDropped = offset < droppedEnd_ && std::int64_t{offset} + length <= size;
+    return isDropped && RestoreDead() == 0 ? ReadAt(destination, offset, length) : -1;
+  }
   if (platform::Seek(fd, offset) < 0) return -1;
   return static_cast<int>(platform::Read(fd, destination, static_cast<std::size_t>(length)));
 }

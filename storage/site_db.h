@@ -144,8 +144,8 @@ class SiteDB {
   const bool inMemory;
   bool dirty = false;            // whole-file mode: the buffer differs from the file
   platform::LargeBuffer buffer;  // whole-file mode, null while closed; it grows by doubling
-  std::uint32_t size = 0;        // length of the file image in `buffer`
-  std::uint32_t capacity = 0;    // what the file may fill of it, in steps of 4096; 0 while closed
+  std::uint32_t size = 0;        // length of the file; `buffer` has all but what was dropped
+  std::uint32_t capacity = 0;    // what it may grow to for now, in steps of 4096; 0 while closed
 
  private:
   char* Extend(std::int32_t offset, std::int32_t length);

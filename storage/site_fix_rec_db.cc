@@ -163,7 +163,9 @@ int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer&
   SlotBuffer slot(recordLength);
   if (slot.data() == nullptr) return -1;
   writer.serialize(record, slot.data());
-  return WriteAt(slot.data(), offset, recordLength) == recordLength ? 0 : -1;
+  if (WriteAt(slot.data(), offset, recordLength) != recordLength) return -1;
+  if (joinsEnds_) sources_.Add(offset, LoadLE32(slot.data() + kSourceAt));
+  return 0;
 }
 
 int SiteFixRecDB::Delete(int id) {

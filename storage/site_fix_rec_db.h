@@ -223,8 +223,9 @@ class SiteFixRecDB : public SiteDB {
   int MakeIndex();
   // The first slot from that at `offset` on that may have a record from there.
   std::int32_t NextFrom(std::int32_t offset, const UrlID& from) const {
-    const std::int32_t next = sources_.Next(offset, from.id);
-    return offset + (next - offset + recordLength - 1) / recordLength * recordLength;
+    const std::int64_t bytes = sources_.Next(offset, from.id) - offset;
+    const std::int64_t slots = (bytes + recordLength - 1) / recordLength;
+    return static_cast<std::int32_t>(offset + slots * recordLength);
   }
   int AddSlot(SiteBaseRec* record, const Writer& writer);
   int UpdateSlot(const SiteBaseRec& record, const Writer& writer);

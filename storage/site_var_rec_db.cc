@@ -41,8 +41,12 @@ int SiteVarRecDB::OpenEntries() {
   StartTags();
   std::int64_t walked = kFirstEntry;
   std::size_t live = 0, numbers = 0;
+  int entries = 0;
+  isSound_ = true;
   const int result = ForEachEntry([&](int offset, const Head& head) {
     walked = std::int64_t{offset} + kHeadSize + head.length;
+    ++entries;
+    isSound_ = isSound_ && (head.id < 0 || IsAcceptable(head.id));
     if (IsAcceptable(head.id)) {
       std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
       if (known == 0) ++numbers;
@@ -55,6 +59,7 @@ int SiteVarRecDB::OpenEntries() {
     return 0;
   });
   if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
+  isSound_ = isSound_ && entries == headerWord2;
   // In a damaged file the index may find what tags do not, and other entries once some are added.
   if (walked != end_ || live != numbers) passesLeft_ = 0;
   return result;
@@ -342,7 +347,8 @@ int SiteVarRecDB::MarkEntryDead(int offset, Head& head) {
 }
 
 void SiteVarRecDB::DropDeadEntries(bool wasUnchanged) {
-  if (!wasUnchanged || dead_ != end_ - kFirstEntry || !DropDead(kFirstEntry, end_)) return;
+  if (!wasUnchanged || !isSound_ || dead_ != end_ - kFirstEntry) return;
+  if (!DropDead(kFirstEntry, end_)) return;
   firstAlive_ = end_;
   deadBefore_ = headerWord2;
   unnamed_.clear();

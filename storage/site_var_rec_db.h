@@ -17,6 +17,7 @@
 // Strings are shared: adding one that is there raises its reference count and gives its number.
 #pragma once
 
+#include <bitset>
 #include <deque>
 #include <span>
 #include <string>
@@ -141,6 +142,7 @@ class SiteVarRecDB : public SiteDB {
     std::size_t offset;  // of the text in soughtTexts_
     std::size_t length;
   };
+  using TagSet = std::bitset<1 << 16>;
   struct Wanted {
     std::uint32_t hash;
     std::string_view text;
@@ -191,11 +193,11 @@ class SiteVarRecDB : public SiteDB {
     return namesMade_ || (!sought_.empty() && WasSought(text, hash));
   }
   bool WasSought(std::string_view text, std::uint32_t hash) const;
+  void ForgetSought();
   void StartTags();
   void AddTag(int offset, const Head& head);
   void GoOverTagsFor(std::span<const std::string_view> texts);
-  template <class Tags>
-  std::vector<std::int32_t> OffsetsOf(const Tags& tags) const;
+  std::vector<std::int32_t> OffsetsOf(const TagSet& tags) const;
   int MakeKnown(std::string_view text, std::uint32_t hash);
   template <class IsWanted>
   void UnnameReleased(IsWanted isWanted);
@@ -224,6 +226,7 @@ class SiteVarRecDB : public SiteDB {
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
   std::int64_t dead_ = 0;
+  bool isSound_ = false;  // at open: as many entries as the header says, with numbers handed out
   // Where the entries begin that may be alive, and how many lie before.
   std::int32_t firstAlive_ = 0;
   int deadBefore_ = 0;

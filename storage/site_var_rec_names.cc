@@ -1,6 +1,5 @@
 // Strings by their texts: the index over them, and what is done before it is made.
 #include <algorithm>
-#include <bitset>
 #include <cstring>
 
 #include "storage/probe_batch.h"
@@ -16,7 +15,6 @@ namespace {
 constexpr int kManyEntries = 1024;
 // After so many passes over the tags the index pays.
 constexpr int kMostPasses = 32;
-constexpr std::size_t kTags = 1 << 16;
 
 std::uint64_t WordAt(std::string_view text, std::size_t at) {
   std::uint64_t word;
@@ -43,16 +41,20 @@ std::uint32_t SiteVarRecDB::HashOf(std::string_view text) {
 void SiteVarRecDB::ForgetNames() {
   names_.Clear();
   copies_.clear();
+  ForgetSought();
+  namesMade_ = false;
+}
+
+void SiteVarRecDB::ForgetSought() {
   sought_.Clear();
   soughtTexts_.clear();
   unnamed_.clear();
-  namesMade_ = false;
+  tags_.Reset(0);
   passesLeft_ = 0;
 }
 
 // Starts the tags, for strings that are told by AddTag.
 void SiteVarRecDB::StartTags() {
-  tags_.Reset(0);
   passesLeft_ = inMemory && headerWord2 >= kManyEntries ? kMostPasses : 0;
   if (passesLeft_ > 0) tags_.Reset(offsets_.size());
 }
@@ -93,11 +95,7 @@ int SiteVarRecDB::MakeStringIndex() {
     ForgetNames();
     return -1;
   }
-  sought_.Clear();
-  soughtTexts_.clear();
-  unnamed_.clear();
-  tags_.Reset(0);
-  passesLeft_ = 0;
+  ForgetSought();
   namesMade_ = true;
   return 0;
 }
@@ -135,7 +133,7 @@ bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
 // Enters the strings that are equal to these texts into the index.
 void SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
   ProbeTable<Wanted> wanted;
-  std::bitset<kTags> wantedTags;
+  TagSet wantedTags;
   const auto isWanted = [&wanted](std::string_view text, std::uint32_t hash) {
     return wanted.Find(hash, [text](const Wanted& each) { return each.text == text; }) != nullptr;
   };
@@ -149,7 +147,7 @@ void SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
   --passesLeft_;
   for (const std::int32_t offset : OffsetsOf(wantedTags)) {
     Head head;
-    if (ReadHead(offset, head) < 0 || head.kind != kString || !HasData(offset, head)) continue;
+    if (ReadHead(offset, head) < 0 || !IsAcceptable(head.id)) continue;
     const std::string_view text = TextOf(DataAt(offset, head.length, scratch_));
     const std::uint32_t hash = HashOf(text);
     if (isWanted(text, hash)) EnterName(text, hash, head.id, offset);
@@ -162,8 +160,7 @@ void SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
 }
 
 // Where the live entries with these tags lie, in the order of the file.
-template <class Tags>
-std::vector<std::int32_t> SiteVarRecDB::OffsetsOf(const Tags& tags) const {
+std::vector<std::int32_t> SiteVarRecDB::OffsetsOf(const TagSet& tags) const {
   std::vector<std::int32_t> offsets;
   tags_.FindSet([&](std::size_t id, std::uint16_t tag) {
     if (tags[tag] && offsets_.at(id) > 0) offsets.push_back(offsets_.at(id));

@@ -74,7 +74,7 @@ class ZoneFilters {
   std::vector<std::uint64_t> rows_;  // by bit of the filters, one bit for each zone
   std::size_t rowWords_ = 0;
   std::int32_t end_ = 0;
-  // The records from the last that AddNext was told to there have this word.
+  // Up to there records with this word need not be added: the last that AddNext was told had it.
   std::int64_t runEnd_ = 0;
   std::int32_t runWord_ = 0;
 };

@@ -10,8 +10,8 @@
 
 namespace zvrsit {
 
-// The part that does not depend on the record class. The indexes over the ends are made when they
-// are first needed, each on its own, and kept in step from then on.
+// The part that does not depend on the record class. The indexes over the ends are made when walks
+// over the table no longer do, each on its own, and kept in step from then on.
 class PairTableBase : public SiteTable {
  public:
   // The records that join `from` and `to`, in ascending order, in place of what `numbers` held.

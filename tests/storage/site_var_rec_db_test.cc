@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <deque>
 #include <filesystem>
 #include <random>
@@ -208,7 +209,57 @@ TEST_P(VariableFile, FindsStringsWhoseNumbersAreNotTheirOwn) {
       for (const char* text : {"a", "b"}) EXPECT_EQ(db_->FindString(text), 0) << ids;
       EXPECT_EQ(db_->FindString("1999"), ids > 0 && others > 0 ? 1 : -1);
     }
+    std::string dead;
+    for (int i = 0; i < others; ++i) dead += Entry(-1, 1, 1, "x\0"s);
+    OpenOn(Head({0, others + 1, static_cast<int>(28 + 18 + dead.size())}) + Entry(0, 1, 1, "a\0"s) +
+           dead);
+    EXPECT_EQ(db_->FindString("a"), 0);
   }
+}
+
+// Also where the header says that there are more than there are.
+TEST_P(VariableFile, HasTheSameBytesWhetherItsDeadEntriesLeaveMemoryOrNot) {
+  for (const int length : {10, 400000}) {
+    for (const int tooMany : {0, 5}) {
+      std::string left[2];
+      for (const bool dropsThem : {false, true}) {
+        std::string bytes;
+        for (int id = 0; id < 8; ++id)
+          bytes += Entry(id, 1, 1, std::string(length, 'a' + id) + '\0');
+        OpenOn(Head({8, 8 + tooMany, static_cast<int>(28 + bytes.size())}) + bytes);
+        for (int id = 0; id < 8; ++id) ASSERT_EQ(db_->ReleaseStringUnindexed(id), 0);
+        if (dropsThem) db_->DropDeadEntries(GetParam());
+        db_->AddString("new");
+        left[dropsThem] = Closed();
+      }
+      EXPECT_TRUE(left[0] == left[1]) << length << ' ' << tooMany;
+    }
+  }
+}
+
+TEST_P(VariableFile, OpensAgainWhateverFailsWhileItsDeadEntriesAreReadBack) {
+  std::string bytes;
+  for (int id = 0; id < 280; ++id) bytes += Entry(id, 1, 1, std::string(24000, 'a') + '\0');
+  bytes = Head({280, 280, static_cast<int>(28 + bytes.size())}) + bytes;
+  int result = 0;
+  test::FailEachCall(
+      [&] {
+        OpenOn(bytes);
+        // Written so long ago that it may be written in parts.
+        const auto now = std::filesystem::file_time_type::clock::now();
+        std::filesystem::last_write_time(folder_.native("t"), now - std::chrono::hours(1));
+        Reopen();
+        for (int id = 0; id < 280; ++id) db_->ReleaseStringUnindexed(id);
+        db_->DropDeadEntries(GetParam());
+        db_->AddString("new");
+      },
+      [&] { result = db_->Flush(); },
+      [&](const test::FailedRun& run) {
+        if (result < 0) return;
+        Reopen();
+        EXPECT_TRUE(db_->isOpen()) << run.call;
+        EXPECT_GE(db_->FindString("new"), 0) << run.call;
+      });
 }
 
 TEST_P(VariableFile, TellsTextsOfOneHashApart) {
@@ -257,7 +308,7 @@ TEST_P(VariableFile, AddsAStringThatLiesInItsOwnBuffer) {
 }
 
 // Against a store told in the simplest way, through random lives; also among so many strings that
-// a session begins with passes over the file.
+// a session begins with passes over their tags.
 TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
   for (const int others : {0, 1500}) {
     db_->Close();

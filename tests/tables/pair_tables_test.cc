@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <random>
@@ -179,7 +180,7 @@ void MakeTables(const TempFolder& folder, int count) {
   ASSERT_EQ(rels.Close(), 0);
 }
 
-// Also in tables so large that they do not keep in memory what is dead.
+// The large ones leave memory when they are cleared.
 class ClearedTables : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Sizes, ClearedTables, testing::Values(60, 260000));
 
@@ -221,6 +222,39 @@ TEST_P(ClearedTables, HaveTheBytesThatSingleDeletesLeave) {
     EXPECT_EQ(Query(again, Page(0), Page(1)).size(), 1u);
   }
   EXPECT_TRUE(left[0] == left[1]);
+}
+
+// What is added to a cleared table lies where its dead part was, and is packed from there.
+TEST(ClearedTable, IsPackedAsIfItHadBeenNewButForItsNumbers) {
+  for (const int count : {1, 40, 70000}) {
+    TempFolder folder;
+    auto table = std::make_unique<SiteLinkDB>();
+    const auto reopen = [&] {
+      table->Close();
+      table = std::make_unique<SiteLinkDB>();
+      ASSERT_EQ(table->Open(folder.path("LR")), 0);
+    };
+    reopen();
+    const auto add = [&](int i) {
+      return table->Add("text " + std::to_string(i % 1000), Page(i / 9), Page(i % 7), i);
+    };
+    for (int i = 0; i < count; ++i) ASSERT_EQ(add(i), i);
+    reopen();
+    ASSERT_EQ(table->Clear(), 0);
+    for (int i = 0; i < count; ++i) ASSERT_EQ(add(i + 5), count + i);
+    ASSERT_EQ(table->Pack(), 0);
+    for (const bool isOpenedAgain : {false, true}) {
+      if (isOpenedAgain) reopen();
+      ASSERT_EQ(table->records()->slotCount(), count);
+      for (int i = 0; i < count; i += 1 + count / 50) {
+        SiteLinkRec link;
+        ASSERT_EQ(table->Get(count + i, link), 0);
+        ASSERT_EQ(link.type, i + 5);
+        ASSERT_EQ(table->TextView(link.text), "text " + std::to_string((i + 5) % 1000));
+      }
+      EXPECT_EQ(static_cast<int>(Query(*table, Page(0), kAnyUrlID).size()), std::min(count, 4));
+    }
+  }
 }
 
 TEST(RelationTable, FindsPairsByEitherEnd) {
