@@ -93,22 +93,21 @@ class SiteFixRecDB : public SiteDB {
   // few searches it costs less than an index.
   template <class Visit>
   int ForEachFrom(const UrlID& from, Visit visit) const {
-    const std::int32_t end = kHeaderSize + headerWord2 * recordLength;
     int looked = 0;
-    for (std::int32_t offset = joinsEnds_ ? NextFrom(kHeaderSize, from) : end; offset < end;
-         offset = NextFrom(offset, from)) {
+    const std::int32_t end = SlotsEnd();
+    for (std::int32_t offset = NextFrom(kHeaderSize, from); offset < end;) {
       const std::int64_t stop = std::min<std::int64_t>(end, ZoneFilters::ZoneEnd(offset));
-      for (; offset < stop; offset += recordLength, ++looked) {
-        const char* const slot = Bytes(offset, recordLength);
-        if (slot == nullptr || LoadLE32(slot + kSourceAt) != from.id ||
-            LoadLE32(slot + SiteRelRec::kFromAt) != from.kind) {
-          continue;
-        }
-        const std::int32_t id = LoadLE32(slot);
-        if (Has(id) && slotIndex.at(static_cast<std::size_t>(id)) == offset) visit(id);
-      }
+      const std::int32_t next = VisitWithWords(offset, stop, SiteRelRec::kFromAt, from, visit);
+      looked += (next - offset) / recordLength;
+      offset = NextFrom(next, from);
     }
     return looked;
+  }
+  // The same for the records that go to `to`, which may lie anywhere.
+  template <class Visit>
+  int ForEachTo(const UrlID& to, Visit visit) const {
+    VisitWithWords(kHeaderSize, SlotsEnd(), SiteRelRec::kToAt, to, visit);
+    return joinsEnds_ ? headerWord2 : 0;
   }
   // Whole-file mode: the slot of record `id`, to change a word of it in place that is not one of
   // its ends, good until the next change; null when there is none.
@@ -221,6 +220,25 @@ class SiteFixRecDB : public SiteDB {
   int SearchNextId(int id) const;
   bool CountsAreSound() const;
   int MakeIndex();
+  std::int32_t SlotsEnd() const {
+    return joinsEnds_ ? kHeaderSize + headerWord2 * recordLength : kHeaderSize;
+  }
+  // Calls visit(id) for each live record with these words from byte `at` of its slot on, among the
+  // slots that begin from `offset` on and before `stop`; where the next one begins.
+  template <class Visit>
+  std::int32_t VisitWithWords(std::int32_t offset, std::int64_t stop, int at, const UrlID& words,
+                              Visit& visit) const {
+    for (; offset < stop; offset += recordLength) {
+      const char* const slot = Bytes(offset, recordLength);
+      if (slot == nullptr || LoadLE32(slot + at + 4) != words.id ||
+          LoadLE32(slot + at) != words.kind) {
+        continue;
+      }
+      const std::int32_t id = LoadLE32(slot);
+      if (Has(id) && slotIndex.at(static_cast<std::size_t>(id)) == offset) visit(id);
+    }
+    return offset;
+  }
   // The first slot from that at `offset` on that may have a record from there.
   std::int32_t NextFrom(std::int32_t offset, const UrlID& from) const {
     const std::int64_t bytes = sources_.Next(offset, from.id) - offset;

@@ -53,7 +53,7 @@ bool PairTableBase::GoesTo(int number, const UrlID& to) const {
 
 // Calls visit(number) for each record that joins the two ends, in any order. With both given the
 // shorter list is gone through, where it is much shorter: records of one source mostly lie side by
-// side. The first questions about a source are answered by walks.
+// side. The first questions about one end are answered by walks.
 template <class Visit>
 void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit) {
   if (from == kAnyUrlID && to == kAnyUrlID) {
@@ -66,6 +66,10 @@ void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit
     walked_ += records_->ForEachFrom(from, [&](int number) {
       if (!both || GoesTo(number, to)) visit(number);
     });
+    return;
+  }
+  if (anyFrom && MayWalk(toIndex_)) {
+    walked_ += records_->ForEachTo(to, visit);
     return;
   }
   const bool byTo = anyFrom || (both && CountTo(to) < CountFrom(from) / kNearness);
