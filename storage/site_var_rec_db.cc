@@ -40,28 +40,28 @@ int SiteVarRecDB::OpenEntries() {
   offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
   StartTags();
   std::int64_t walked = kFirstEntry;
-  std::size_t live = 0, numbers = 0;
+  std::size_t numbers = 0;
   int entries = 0;
   isSound_ = true;
   const int result = ForEachEntry([&](int offset, const Head& head) {
     walked = std::int64_t{offset} + kHeadSize + head.length;
     ++entries;
-    isSound_ = isSound_ && (head.id < 0 || IsAcceptable(head.id));
-    if (IsAcceptable(head.id)) {
-      std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
-      if (known == 0) ++numbers;
-      ++live;
-      known = offset;
-      AddTag(offset, head);
-    } else {
+    if (!IsAcceptable(head.id)) {
+      isSound_ = isSound_ && head.id < 0;
       dead_ += kHeadSize + head.length;
+      return 0;
     }
+    std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
+    if (known == 0) ++numbers;
+    isSound_ = isSound_ && known == 0;
+    known = offset;
+    AddTag(offset, head);
     return 0;
   });
   if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
-  isSound_ = isSound_ && entries == headerWord2;
+  isSound_ = isSound_ && entries == headerWord2 && walked == end_;
   // In a damaged file the index may find what tags do not, and other entries once some are added.
-  if (walked != end_ || live != numbers) passesLeft_ = 0;
+  if (!isSound_) passesLeft_ = 0;
   return result;
 }
 

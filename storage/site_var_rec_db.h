@@ -226,7 +226,9 @@ class SiteVarRecDB : public SiteDB {
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
   std::int64_t dead_ = 0;
-  bool isSound_ = false;  // at open: as many entries as the header says, with numbers handed out
+  // At open: the entries were as many and as long as the header says, each live one with a number
+  // of its own that was handed out.
+  bool isSound_ = false;
   // Where the entries begin that may be alive, and how many lie before.
   std::int32_t firstAlive_ = 0;
   int deadBefore_ = 0;
