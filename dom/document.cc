@@ -119,18 +119,18 @@ int Document::createNodes(const char* text, int length, Node* parent, bool decod
   copy_.reserve(static_cast<std::size_t>(length) + kTextPadding);
   copy_.assign(text, text + length);
   copy_.resize(copy_.size() + kTextPadding);
-  Build(copy_.data(), static_cast<std::size_t>(length), decode);
+  Build(copy_.data(), static_cast<std::size_t>(length), decode, DocumentScope::kWhole);
   return 0;
 }
 
-int Document::createNodesInPlace(const char* text, int length, bool decode) {
+int Document::createNodesInPlace(const char* text, int length, bool decode, DocumentScope scope) {
   clear();
   if (text == nullptr || length < 0) return -1;
-  Build(text, static_cast<std::size_t>(length), decode);
+  Build(text, static_cast<std::size_t>(length), decode, scope);
   return 0;
 }
 
-void Document::Build(const char* text, std::size_t length, bool decode) {
+void Document::Build(const char* text, std::size_t length, bool decode, DocumentScope scope) {
   text_ = text;
   length_ = length;
   decode_ = decode;
@@ -138,7 +138,7 @@ void Document::Build(const char* text, std::size_t length, bool decode) {
     maskedText_.assign(length + kTextPadding, '\0');
     MaskTrailBytes(text, length, maskedText_.data());
   }
-  DocumentBuilder(*this, source()).Build();
+  DocumentBuilder(*this, source(), scope).Build();
 }
 
 NodeIterator Document::getElementsByTagName(const char* upperCaseName) const {

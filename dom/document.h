@@ -194,6 +194,16 @@ struct ElementAttribute {
   Attribute attribute;
 };
 
+// What a document keeps of its page.
+enum class DocumentScope {
+  kWhole,
+  // Outside of SVG, MathML and TEMPLATE, attributes that hold no reference by themselves nor say
+  // anything about one (CLASS, ID, TITLE and all without a number) are left out, and then elements
+  // without attributes whose content is ordinary: most of a page. An element that is left out is
+  // not counted, and is nobody's first child.
+  kReferences,
+};
+
 class ZVRSIT_API Document {
  public:
   Document();
@@ -208,7 +218,8 @@ class ZVRSIT_API Document {
   int createNodes(const char* text, int length, Node* parent, bool decode);
   // The same without a copy, for a text that kTextPadding zeros follow: it must stay as it is until
   // the document is cleared.
-  int createNodesInPlace(const char* text, int length, bool decode);
+  int createNodesInPlace(const char* text, int length, bool decode,
+                         DocumentScope scope = DocumentScope::kWhole);
 
   // The elements of one name in document order, without those in the content of a TEMPLATE; of a
   // name that both HTML and SVG have, the HTML elements only. Found without a walk for every name
@@ -244,7 +255,7 @@ class ZVRSIT_API Document {
     std::uint32_t end;
   };
 
-  void Build(const char* text, std::size_t length, bool decode);
+  void Build(const char* text, std::size_t length, bool decode, DocumentScope scope);
   Node FirstChild(std::uint32_t index) const;
   Text RawTextOf(std::uint32_t index) const;
   Text TextAt(std::uint32_t offset, bool foreign) const;

@@ -17,6 +17,7 @@ bool NamesHtml(const Attribute& encoding) {
 
 // What pages have on average; a list that grows while it is filled is copied.
 constexpr std::size_t kBytesAnElement = 48;
+constexpr std::size_t kBytesAReference = 192;
 constexpr std::size_t kMostAtOnce = std::size_t{1} << 20;
 
 template <class Record>
@@ -29,8 +30,10 @@ void MakeRoom(std::vector<Record>& records, std::size_t count) {
 
 void DocumentBuilder::Build() {
   document_.elements_.clear();
-  MakeRoom(document_.elements_, document_.length_ / kBytesAnElement);
-  MakeRoom(document_.attributes_, document_.length_ / kBytesAnElement);
+  const std::size_t expected =
+      document_.length_ / (leftOutOfHtml_.empty() ? kBytesAnElement : kBytesAReference);
+  MakeRoom(document_.elements_, expected);
+  MakeRoom(document_.attributes_, expected);
   HtmlTokenizer<DocumentBuilder>(source_, document_.length_, *this).Run();
   AbandonTag();
   document_.elements_.push_back({static_cast<std::uint32_t>(document_.length_),
@@ -57,6 +60,7 @@ ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
     ++counts_[static_cast<std::size_t>(placed.tag)];
   }
   AddElement(slices, placed.tag, flags);
+  ChooseLeftOut();
   return placed.foreign ? ContentModel::kData : ContentModelOf(placed.tag);
 }
 

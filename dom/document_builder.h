@@ -14,7 +14,11 @@ class DocumentBuilder {
  public:
   // Fills `document`, whose text is set and whose arrays are empty. `source` is what is tokenized:
   // the text, or its masked copy.
-  DocumentBuilder(Document& document, const char* source) : document_(document), source_(source) {}
+  DocumentBuilder(Document& document, const char* source, DocumentScope scope)
+      : document_(document),
+        source_(source),
+        leftOutOfHtml_(scope == DocumentScope::kWhole ? AttrSet() : kWithoutReference),
+        leftOut_(leftOutOfHtml_) {}
 
   // Reads all of the text.
   void Build();
@@ -31,10 +35,12 @@ class DocumentBuilder {
 
   void Attribute(const AttributeSlices& slices) {
     const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
+    const Attr attr =
+        slices.known != Attr::kOther ? slices.known : AttrOfPadded(slices.name, nameLength);
+    if (leftOut_.contains(attr)) return;
     document_.attributes_.push_back(
         {Offset(slices.name), Offset(slices.value),
-         static_cast<std::uint32_t>(slices.valueEnd - slices.value),
-         slices.known != Attr::kOther ? slices.known : AttrOfPadded(slices.name, nameLength),
+         static_cast<std::uint32_t>(slices.valueEnd - slices.value), attr,
          nameLength < AttributeRecord::kLongName ? static_cast<std::uint16_t>(nameLength)
                                                  : AttributeRecord::kLongName});
   }
@@ -50,17 +56,29 @@ class DocumentBuilder {
                     slices.endsRawText},
                    tag);
     }
+    const ContentModel content = ContentModelOf(tag);
+    if (!leftOut_.empty() && document_.attributes_.size() == committed_ &&
+        content == ContentModel::kData) {
+      return content;
+    }
     ++counts_[static_cast<std::size_t>(tag)];
     AddElement(slices, tag, 0);
-    return ContentModelOf(tag);
+    return content;
   }
 
   bool WantsEndTags() const { return !foreign_.Idle(); }
   void EndTag(const TagSlices& slices) {
-    if (!foreign_.Idle() && !slices.endsRawText) foreign_.End(NameOf(slices));
+    if (foreign_.Idle() || slices.endsRawText) return;
+    foreign_.End(NameOf(slices));
+    ChooseLeftOut();
   }
 
  private:
+  // In DocumentScope::kReferences.
+  static constexpr AttrSet kWithoutReference{Attr::kOther, Attr::kClass, Attr::kId, Attr::kTitle};
+
+  void ChooseLeftOut() { leftOut_ = foreign_.Idle() ? leftOutOfHtml_ : AttrSet(); }
+
   void AddElement(const TagSlices& slices, Tag tag, std::uint16_t flags) {
     if (slices.selfClosing) flags |= ElementRecord::kSelfClosing;
     document_.elements_.push_back(
@@ -81,7 +99,9 @@ class DocumentBuilder {
   Document& document_;
   const char* source_;
   ForeignContent foreign_;
-  std::uint32_t committed_ = 0;  // attributes of finished start tags
+  const AttrSet leftOutOfHtml_;  // the attributes that are not kept
+  AttrSet leftOut_;              // the same where the text is now
+  std::uint32_t committed_ = 0;        // attributes of finished start tags
   std::array<std::uint32_t, kTagCount> counts_{};
 };
 

@@ -51,7 +51,7 @@ bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) 
   if (!memo.pageFile.open(path, memo.nearbyFiles)) return false;
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
     document.createNodesInPlace(memo.pageText.text(), static_cast<int>(memo.pageText.length()),
-                                true);
+                                true, DocumentScope::kReferences);
     memo.textStart =
         memo.pageText.borrowed() ? static_cast<std::int64_t>(memo.pageText.textOffset()) : -1;
   }
