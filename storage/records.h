@@ -94,6 +94,7 @@ class SiteLinkRec : public SiteRelRec {
   static constexpr int kSlotLength = 44;
   // Where words lie in a slot.
   static constexpr int kTextAt = 20;
+  static constexpr int kTypeAt = 24;
   static constexpr int kCountAt = 28;
   static constexpr int kAlternativeAt = 32;
   int Serialize(void* buffer) const;

@@ -109,8 +109,12 @@ class SiteFixRecDB : public SiteDB {
     VisitWithWords(kHeaderSize, SlotsEnd(), SiteRelRec::kToAt, to, visit);
     return joinsEnds_ ? headerWord2 : 0;
   }
-  // Whole-file mode: the slot of record `id`, to change a word of it in place that is not one of
-  // its ends, good until the next change; null when there is none.
+  // Whole-file mode: the slot of record `id`, good until the next change; null when there is none.
+  const char* Slot(int id) const {
+    const int offset = SlotOffset(id);
+    return offset < 0 ? nullptr : Bytes(offset, recordLength);
+  }
+  // The same, to change a word of it in place that is not one of its ends.
   char* ChangeSlot(int id) {
     const int offset = SlotOffset(id);
     return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);

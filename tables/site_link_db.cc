@@ -85,14 +85,23 @@ void SiteLinkDB::LearnLinksFrom(const UrlID& source) {
 }
 
 void SiteLinkDB::Learn(const SiteLinkRec& link) {
-  known_.Insert(HashLink(link), {0, link.id, link.to, link.text, link.alternative, link.type});
+  known_.Insert(HashLink(link), {0, link.id});
+}
+
+// Whether a link of the same source goes to the same place, with the same texts and type.
+bool SiteLinkDB::IsEqual(int number, const SiteLinkRec& link) const {
+  const char* const slot = records_->Slot(number);
+  return slot != nullptr && LoadLE32(slot + SiteLinkRec::kTextAt) == link.text &&
+         LoadLE32(slot + SiteLinkRec::kToAt + 4) == link.to.id &&
+         LoadLE32(slot + SiteLinkRec::kToAt) == link.to.kind &&
+         LoadLE32(slot + SiteLinkRec::kTypeAt) == link.type &&
+         LoadLE32(slot + SiteLinkRec::kAlternativeAt) == link.alternative;
 }
 
 // The number of the equal link of the current source, or -1.
 int SiteLinkDB::FindEqual(const SiteLinkRec& link) const {
-  const Known* known = known_.Find(HashLink(link), [&link](const Known& other) {
-    return other.to == link.to && other.text == link.text &&
-           other.alternative == link.alternative && other.type == link.type;
+  const Known* known = known_.Find(HashLink(link), [this, &link](const Known& other) {
+    return IsEqual(other.number, link);
   });
   return known == nullptr ? -1 : known->number;
 }

@@ -34,14 +34,9 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Clear();
 
  private:
-  // A link of the current source, by all that tells it from the others.
   struct Known {
-    std::uint32_t hash;
+    std::uint32_t hash;  // of all that tells a link of one source from the others
     std::int32_t number;
-    UrlID to;
-    std::int32_t text;
-    std::int32_t alternative;
-    std::int32_t type;
   };
 
   int AddNew(SiteLinkRec& link, std::string_view alternative);
@@ -50,6 +45,7 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   }
   void LearnLinksFrom(const UrlID& source);
   void Learn(const SiteLinkRec& link);
+  bool IsEqual(int number, const SiteLinkRec& link) const;
   int FindEqual(const SiteLinkRec& link) const;
   void Forget(const SiteLinkRec& link);
   int Remove(const SiteLinkRec& link);
