@@ -11,7 +11,7 @@ void TargetMemo::TurnTo(std::string_view base, std::string_view root, const Site
   const std::uint32_t releases = strings != nullptr ? strings->releases() : 0;
   key_.assign(base).append(1, '\0').append(root);
   const bool isSameBase = key_ == base_;
-  if (!isSameBase || releases != releases_) texts_.Clear();
+  if (!isSameBase || releases != releases_) ++turn_;
   releases_ = releases;
   if (isSameBase) return;
   base_ = key_;
@@ -21,10 +21,6 @@ void TargetMemo::TurnTo(std::string_view base, std::string_view root, const Site
 
 std::uint32_t TargetMemo::HashOf(std::string_view target, bool variant) {
   return static_cast<std::uint32_t>(HashWords(HashBytes(target), variant ? 1 : 0));
-}
-
-std::uint32_t TargetMemo::HashOf(int text, bool variant) {
-  return static_cast<std::uint32_t>(HashWords(static_cast<std::uint32_t>(KeyOf(text, variant)), 0));
 }
 
 const UrlID* TargetMemo::Find(std::string_view target, bool variant) const {
@@ -43,15 +39,11 @@ void TargetMemo::Put(std::string_view target, bool variant, const UrlID& place) 
   bytes_.append(target);
 }
 
-const UrlID* TargetMemo::FindText(int text, bool variant) const {
-  const TextEntry* const entry = texts_.Find(
-      HashOf(text, variant),
-      [key = KeyOf(text, variant)](const TextEntry& known) { return known.key == key; });
-  return entry == nullptr ? nullptr : &entry->place;
-}
-
 void TargetMemo::PutText(int text, bool variant, const UrlID& place) {
-  texts_.Insert(HashOf(text, variant), {0, KeyOf(text, variant), place});
+  const auto at = static_cast<std::size_t>(text);
+  auto& texts = texts_[variant ? 1 : 0];
+  texts.Grow(at + 1);
+  texts.slot(at) = {turn_, place};
 }
 
 void RowsAhead::GoAhead(std::size_t row) {

@@ -11,6 +11,7 @@
 #include "links/extractor.h"
 #include "links/target_resolver.h"
 #include "manager/base/operation_memo.h"
+#include "storage/id_table.h"
 #include "storage/probe_table.h"
 #include "tables/site_link_db.h"
 #include "util/url_id.h"
@@ -33,10 +34,19 @@ class TargetMemo {
   void Put(std::string_view target, bool variant, const UrlID& place);
 
   // The same for a target whose text is a string of the link table, by its number there.
-  const UrlID* FindText(int text, bool variant) const;
+  const UrlID* FindText(int text, bool variant) const {
+    const auto at = static_cast<std::size_t>(text);
+    const auto& texts = texts_[variant ? 1 : 0];
+    if (at >= texts.size()) return nullptr;
+    const TextEntry& entry = texts.at(at);
+    return entry.turn == turn_ ? &entry.place : nullptr;
+  }
   void PutText(int text, bool variant, const UrlID& place);
   // Brings near what FindText without a variant will read.
-  void ExpectText(int text) const { texts_.Prefetch(HashOf(text, false)); }
+  void ExpectText(int text) const {
+    const auto at = static_cast<std::size_t>(text);
+    if (at < texts_[0].size()) PrefetchMemory(&texts_[0].at(at));
+  }
 
   // Longer targets are not worth keeping.
   static constexpr std::size_t kLongest = 1024;
@@ -50,18 +60,17 @@ class TargetMemo {
     UrlID place;
   };
   struct TextEntry {
-    std::uint32_t hash = 0;
-    std::int32_t key = -1;  // the text's number, twice, plus the variant
+    std::uint32_t turn = 0;  // when it was put
     UrlID place;
+    bool operator==(const TextEntry&) const = default;
   };
 
   static std::uint32_t HashOf(std::string_view target, bool variant);
-  static std::uint32_t HashOf(int text, bool variant);
-  static std::int32_t KeyOf(int text, bool variant) { return text * 2 + (variant ? 1 : 0); }
 
   std::string base_;            // base and root
-  std::uint32_t releases_ = 0;  // of the link table when texts_ was begun
-  ProbeTable<TextEntry> texts_;
+  std::uint32_t releases_ = 0;  // of the link table when this turn was begun
+  std::uint32_t turn_ = 1;      // what was put in others is forgotten
+  std::array<IdTable<TextEntry>, 2> texts_;  // by variant, then number
   ProbeTable<Entry> entries_;
   std::string bytes_;
   std::string key_;  // scratch

@@ -12,7 +12,7 @@
 
 namespace zvrsit {
 
-// Asks for memory that is to be written a little later, to be there by then.
+// Asks for memory that is to be written a little later, to be there by then; null is allowed.
 inline void PrefetchMemory(const void* place) {
 #if defined(__GNUC__)
   __builtin_prefetch(place, 1);
@@ -44,9 +44,9 @@ class ProbeTable {
     return const_cast<Entry*>(std::as_const(*this).Find(hash, equal));
   }
 
-  // Brings the place near where a Find of this hash will look first.
-  void Prefetch(std::uint32_t hash) const {
-    if (active_ != 0) PrefetchMemory(&slots_[Mark(hash) & mask()]);
+  // Where a Find of this hash will look first, for PrefetchMemory.
+  const void* Home(std::uint32_t hash) const {
+    return active_ == 0 ? nullptr : &slots_[Mark(hash) & mask()];
   }
   // The first entry with this hash, equal or not; null for none.
   const Entry* Guess(std::uint32_t hash) const {

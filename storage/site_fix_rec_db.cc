@@ -155,8 +155,8 @@ int SiteFixRecDB::UpdateSlot(const SiteBaseRec& record, const Writer& writer) {
 int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer) {
   char* const place = recordLength >= writer.slotLength ? MakeRoom(offset, recordLength) : nullptr;
   if (place != nullptr) {
-    const int rest = recordLength - writer.serialize(record, place);
-    std::memset(place + recordLength - rest, 0, static_cast<std::size_t>(rest));
+    const int written = writer.serialize(record, place);
+    std::fill(place + written, place + recordLength, '\0');
     if (joinsEnds_) sources_.Add(offset, LoadLE32(place + kSourceAt));
     return 0;
   }

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "storage/batch.h"
 #include "storage/pack_file.h"
 #include "util/little_endian.h"
 
@@ -379,33 +380,52 @@ void SiteVarRecDB::LayDeadEntries(char* bytes, std::int32_t length) const {
 int SiteVarRecDB::Pack() {
   if (!isOpen()) return -1;
   PackFile packed(path);
+  IdTable<std::int32_t> offsets;
   int entries = 0;
-  if (packed.Open(kFirstEntry) < 0 || AppendLiveEntries(packed, entries) < 0) return -1;
+  if (packed.Open(kFirstEntry) < 0 || AppendLiveEntries(packed, entries, offsets) < 0) return -1;
   if (packed.end() > std::numeric_limits<std::int32_t>::max()) return -1;
   char head[kFirstEntry];
   StoreHeader(head, headerWord1, entries);
   StoreLE32(head + kEndAt, static_cast<std::int32_t>(packed.end()));
   if (packed.Finish({head, kFirstEntry}) < 0) return -1;
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
-  return ReplaceBy(PackFile::PathFor(path)) < 0 ? -1 : Open();
+  if (ReplaceBy(PackFile::PathFor(path)) < 0 || SiteDB::Open() < 0) return -1;
+  ForgetEntries();
+  end_ = endInFile_ = static_cast<std::int32_t>(packed.end());
+  isSound_ = true;
+  offsets_ = std::move(offsets);
+  return 0;
 }
 
-int SiteVarRecDB::AppendLiveEntries(PackFile& packed, int& entries) {
+// `offsets` gets where each entry lies then.
+int SiteVarRecDB::AppendLiveEntries(PackFile& packed, int& entries,
+                                    IdTable<std::int32_t>& offsets) {
+  offsets.Reset(offsets_.size());
   std::string copy;
-  const bool hasFailed = offsets_.FindSet([&](std::size_t, std::int32_t offset) {
+  int result = 0;
+  const auto append = [&](const NumberedEntry& entry) {
     Head head;
-    if (offset <= 0) return false;
-    if (ReadHead(offset, head) < 0) return true;
-    if (!HasData(offset, head)) return false;
+    if (result < 0) return;
+    result = ReadHead(entry.offset, head);
+    if (result < 0 || !HasData(entry.offset, head)) return;
     ++entries;
+    offsets.slot(entry.id) = static_cast<std::int32_t>(packed.end());
     const int length = kHeadSize + head.length;
-    if (const char* const entry = Bytes(offset, length)) {
-      return packed.Append({entry, static_cast<std::size_t>(length)}, true) < 0;
+    if (const char* const bytes = Bytes(entry.offset, length)) {
+      result = packed.Append({bytes, static_cast<std::size_t>(length)}, true);
+      return;
     }
     copy.resize(static_cast<std::size_t>(length));
-    return ReadAt(copy.data(), offset, length) != length || packed.Append(copy, false) < 0;
+    const bool isRead = ReadAt(copy.data(), entry.offset, length) == length;
+    result = isRead ? packed.Append(copy, false) : -1;
+  };
+  auto batch = MakeBatch<NumberedEntry>(append);
+  offsets_.FindSet([&](std::size_t id, std::int32_t offset) {
+    if (offset > 0) batch.Add(Bytes(offset, kHeadSize), {id, offset});
+    return result < 0;
   });
-  return hasFailed ? -1 : 0;
+  batch.Finish();
+  return result;
 }
 
 }  // namespace zvrsit

@@ -74,6 +74,11 @@ class SiteVarRecDB : public SiteDB {
   // The same while a whole table is cleared: the string index is dropped and made anew when it is
   // next needed, instead of being kept in step with each string.
   int ReleaseStringUnindexed(int id);
+  // What that will look at first, for PrefetchMemory; null for nothing.
+  const void* EntryOf(int id) const {
+    const int offset = Offset(id);
+    return offset > 0 ? Bytes(offset, kHeadSize) : nullptr;
+  }
   // The whole table was cleared: takes its dead entries out of memory, of which nothing may be read
   // any more. `wasUnchanged` says that the file was as on disk before.
   void DropDeadEntries(bool wasUnchanged);
@@ -99,7 +104,7 @@ class SiteVarRecDB : public SiteDB {
   // For many strings one after another: what Look does, in three steps that can be taken for
   // several strings in turn, so that one is fetched from memory while another is worked on.
   static std::uint32_t HashOf(std::string_view text);
-  void ExpectHash(std::uint32_t hash) const { names_.Prefetch(hash); }
+  void ExpectHash(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
   // A string of that hash, most likely the one that is meant.
   Search ExpectString(std::uint32_t hash) const;
   Search Look(std::string_view text, const Search& expected);
@@ -146,6 +151,10 @@ class SiteVarRecDB : public SiteDB {
   struct Wanted {
     std::uint32_t hash;
     std::string_view text;
+  };
+  struct NumberedEntry {
+    std::size_t id;
+    std::int32_t offset;
   };
   struct FoundText {  // on its way into the index
     std::uint32_t hash;
@@ -221,7 +230,7 @@ class SiteVarRecDB : public SiteDB {
   int MarkEntryDead(int offset, Head& head);
   void MarkDead(char* bytes, std::int32_t length) override;
   void LayDeadEntries(char* bytes, std::int32_t length) const;
-  int AppendLiveEntries(PackFile& packed, int& entries);
+  int AppendLiveEntries(PackFile& packed, int& entries, IdTable<std::int32_t>& offsets);
 
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "storage/probe_batch.h"
+#include "storage/batch.h"
 #include "storage/site_var_rec_db.h"
 #include "util/hash.h"
 #include "util/little_endian.h"
@@ -81,12 +81,13 @@ int SiteVarRecDB::MakeStringIndex() {
   if (namesMade_) return 0;
   names_.Reserve(static_cast<std::size_t>(headerWord2));
   // A text in direct mode is good until the next one is read.
-  auto batch = MakeProbeBatch<FoundText>(names_, inMemory, [this](const FoundText& found) {
+  const auto enter = [this](const FoundText& found) {
     EnterName(found.text, found.hash, found.id, found.offset);
-  });
+  };
+  auto batch = MakeBatch<FoundText>(enter, inMemory);
   const int result = ForEachString([&](int offset, int id, std::string_view text) {
     const std::uint32_t hash = HashOf(text);
-    if (!IsKnown(text, hash)) batch.Add({hash, id, offset, text});
+    if (!IsKnown(text, hash)) batch.Add(names_.Home(hash), {hash, id, offset, text});
   });
   batch.Finish();
   UnnameReleased(

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "storage/probe_batch.h"
+#include "storage/batch.h"
 #include "storage/probe_table.h"
 #include "storage/site_var_rec_db.h"
 
@@ -27,15 +27,15 @@ class NameIndex {
   // copied.
   void Put(std::string_view text, int number);
   // Brings near what Find and Put of a text with this hash (SiteVarRecDB::HashOf) will read.
-  void Expect(std::uint32_t hash) const { names_.Prefetch(hash); }
+  void Expect(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
   // The same as Put for many in less time: names(put) calls put(text, number) for each.
   template <class Names>
   void PutAll(Names names) {
-    auto batch = MakeProbeBatch<NewName>(names_, store_ != nullptr, [this](const NewName& name) {
-      Put(name.text, name.number, name.hash);
-    });
-    names([&batch](std::string_view text, int number) {
-      batch.Add({SiteVarRecDB::HashOf(text), number, text});
+    const auto put = [this](const NewName& name) { Put(name.text, name.number, name.hash); };
+    auto batch = MakeBatch<NewName>(put, store_ != nullptr);
+    names([this, &batch](std::string_view text, int number) {
+      const std::uint32_t hash = SiteVarRecDB::HashOf(text);
+      batch.Add(names_.Home(hash), {hash, number, text});
     });
     batch.Finish();
   }

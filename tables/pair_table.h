@@ -7,6 +7,7 @@
 
 #include "tables/end_index.h"
 #include "tables/site_table.h"
+#include "util/little_endian.h"
 
 namespace zvrsit {
 
@@ -66,9 +67,10 @@ class PairTable : public PairTableBase {
   }
   // Reads only where a record goes; 0 or -1.
   int Target(int number, UrlID& to) const {
-    const bool isRead = IsNumber(number) && records_->ReadWord(number, Rec::kToAt, to.kind) == 0 &&
-                        records_->ReadWord(number, Rec::kToAt + 4, to.id) == 0;
-    return isRead ? 0 : -1;
+    const char* const slot = IsNumber(number) ? records_->Slot(number) : nullptr;
+    if (slot == nullptr) return -1;
+    to = {LoadLE32(slot + Rec::kToAt), LoadLE32(slot + Rec::kToAt + 4)};
+    return 0;
   }
   int Update(const Rec& record) { return IsNumber(record.id) ? records_->Update(&record) : -1; }
 

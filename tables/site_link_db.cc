@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "storage/batch.h"
 #include "util/hash.h"
 #include "util/little_endian.h"
 
@@ -160,12 +161,15 @@ int SiteLinkDB::Clear() {
   known_.Clear();
   sourceKnown_ = false;
   const bool wasUnchanged = strings_->IsUnchanged();
-  records_->DeleteAll(EndOccurrences, [this](const char* slot) {
-    const std::int32_t text = LoadLE32(slot + SiteLinkRec::kTextAt);
-    const std::int32_t alternative = LoadLE32(slot + SiteLinkRec::kAlternativeAt);
-    if (text >= 0) strings_->ReleaseStringUnindexed(text);
-    if (alternative >= 0) strings_->ReleaseStringUnindexed(alternative);
+  auto texts = MakeBatch<int>([this](int text) { strings_->ReleaseStringUnindexed(text); });
+  const auto release = [this, &texts](std::int32_t text) {
+    if (text >= 0) texts.Add(strings_->EntryOf(text), text);
+  };
+  records_->DeleteAll(EndOccurrences, [&release](const char* slot) {
+    release(LoadLE32(slot + SiteLinkRec::kTextAt));
+    release(LoadLE32(slot + SiteLinkRec::kAlternativeAt));
   });
+  texts.Finish();
   strings_->DropDeadEntries(wasUnchanged);
   return 0;
 }
