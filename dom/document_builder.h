@@ -50,20 +50,19 @@ class DocumentBuilder {
   ContentModel StartTag(const TagSlices& slices) {
     const Tag tag =
         HtmlTagOfPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
+    const bool hasAttributes = document_.attributes_.size() != committed_;
+    if (!hasAttributes && !leftOut_.empty() && kIsOrdinary[static_cast<std::size_t>(tag)]) {
+      return ContentModel::kData;
+    }
     if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) {
       // A copy by parts leaves the slices of all other tags in registers.
       return Place({slices.begin, slices.end, slices.name, slices.nameEnd, slices.selfClosing,
                     slices.endsRawText},
                    tag);
     }
-    const ContentModel content = ContentModelOf(tag);
-    if (!leftOut_.empty() && document_.attributes_.size() == committed_ &&
-        content == ContentModel::kData) {
-      return content;
-    }
     ++counts_[static_cast<std::size_t>(tag)];
     AddElement(slices, tag, 0);
-    return content;
+    return ContentModelOf(tag);
   }
 
   bool WantsEndTags() const { return !foreign_.Idle(); }
@@ -76,6 +75,17 @@ class DocumentBuilder {
  private:
   // In DocumentScope::kReferences.
   static constexpr AttrSet kWithoutReference{Attr::kOther, Attr::kClass, Attr::kId, Attr::kTitle};
+
+  // Whether the content of an element is ordinary: text and elements of HTML.
+  static constexpr std::array<bool, kTagCount> kIsOrdinary = [] {
+    std::array<bool, kTagCount> isOrdinary{};
+    for (std::size_t i = 0; i < kTagCount; ++i) {
+      const Tag tag = static_cast<Tag>(i);
+      isOrdinary[i] = ContentModelOf(tag) == ContentModel::kData &&
+                      !ForeignContent::kEntryTags.contains(tag);
+    }
+    return isOrdinary;
+  }();
 
   void ChooseLeftOut() { leftOut_ = foreign_.Idle() ? leftOutOfHtml_ : AttrSet(); }
 

@@ -102,6 +102,7 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   if (!rows.baseHref.empty()) memo_->resolver.SetBase(rows.baseHref);
   memo_->targets.TurnTo(memo_->resolver.baseText(), siteRoot, linkTable);
   linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
+  if (linkTable != nullptr) linkTable->ExpectLinks(UrlID(kKindPath, pageId), rows.links.size());
   self_ = UrlID();
 
   LookAhead();

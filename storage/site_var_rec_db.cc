@@ -205,8 +205,11 @@ int SiteVarRecDB::AddString(std::string_view text) {
 
 int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
   if (text.empty() || !isOpen() || !IsKnown(text, search.hash)) return -1;
-  const int known = search.id < 0 ? -1 : Offset(search.id);
-  if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
+  if (search.id >= 0) {
+    const bool isThere = IsEntryOf(search.id, search.offset);
+    const int known = isThere ? search.offset : Offset(search.id);
+    if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
+  }
   const int offset = end_;
   const int id = AddEntry(kString, text);
   if (id < 0) return -1;

@@ -28,6 +28,7 @@
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
 #include "storage/site_db.h"
+#include "util/little_endian.h"
 
 namespace zvrsit {
 
@@ -184,6 +185,11 @@ class SiteVarRecDB : public SiteDB {
 
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int Offset(int id) const;
+  // Whole-file mode: whether the entry at `offset`, where one of that number was, still is it.
+  bool IsEntryOf(int id, int offset) const {
+    const char* const head = Bytes(offset, kHeadSize);
+    return head != nullptr && LoadLE32(head) == id;
+  }
   int ReadHead(int offset, Head& head);
   int WriteHead(int offset, const Head& head);
   int ReadEntry(int id, Head& head);

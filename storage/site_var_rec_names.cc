@@ -199,7 +199,7 @@ bool SiteVarRecDB::HasText(int offset, std::string_view text) {
 }
 
 SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, const Search& expected) {
-  if (expected.id >= 0 && Offset(expected.id) == expected.offset &&
+  if (expected.id >= 0 && IsEntryOf(expected.id, expected.offset) &&
       HasText(expected.offset, text)) {
     return expected;
   }

@@ -61,6 +61,12 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
   return link.text < 0 ? -1 : AddNew(link, alternative);
 }
 
+void SiteLinkDB::ExpectLinks(const UrlID& from, std::size_t count) {
+  if (!isOpen()) return;
+  TurnTo(from);
+  known_.Reserve(known_.size() + count);
+}
+
 // Adds a link whose text has its reference already.
 int SiteLinkDB::AddNew(SiteLinkRec& link, std::string_view alternative) {
   if (!alternative.empty()) {

@@ -23,6 +23,9 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from, const UrlID& to,
           std::string_view alternative, int type, int offset);
 
+  // So many links from one source are about to be added.
+  void ExpectLinks(const UrlID& from, std::size_t count);
+
   // Writes a record back whose ends have not changed; 0 or -1.
   int Update(const SiteLinkRec& link);
   // Takes one occurrence away; the record and its texts go with the last. 0 or -1.
