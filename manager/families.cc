@@ -1,4 +1,5 @@
 // The publishing family: the files that the top file reaches, kept as marks in the path records.
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -51,14 +52,19 @@ bool SiteMgr::IsMember(int pathNumber) const {
 }
 
 // The next file, from `next` on, that one of `links` points to and whose member bit is `member`;
-// -1 when there is none.
-int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool member) const {
+// -1 when there is none. `others` are those known to have another, by number.
+int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool member,
+                        std::vector<bool>& others) const {
+  others.resize(static_cast<std::size_t>(std::max(pathDB->Count(), 0)));
   while (next < links.size()) {
     UrlID target;
     if (linkDB->Target(links[next++], target) < 0 || target.kind != kKindPath) continue;
+    const auto number = static_cast<std::size_t>(target.id);
+    if (number >= others.size() || others[number]) continue;
     std::int32_t marks = 0;
     if (pathDB->ReadMembership(target.id, marks) < 0) continue;
     if (((marks & kFamilyMember) != 0) == member) return target.id;
+    others[number] = true;
   }
   return -1;
 }
@@ -72,9 +78,10 @@ int SiteMgr::EnterFamily(int pathNumber, std::vector<int>& links) {
 int SiteMgr::PropagateFamily(int pathNumber) {
   std::vector<Visit> visits(1);
   if (EnterFamily(pathNumber, visits.back().links) < 0) return -1;
+  std::vector<bool> members;
   while (!visits.empty()) {
     Visit& visit = visits.back();
-    const int target = NextTarget(visit.links, visit.next, false);
+    const int target = NextTarget(visit.links, visit.next, false, members);
     if (target < 0) {
       visits.pop_back();
       continue;
@@ -105,9 +112,10 @@ int SiteMgr::LeaveFamily(int pathNumber, std::vector<int>& links) {
 int SiteMgr::PropagateUnFamily(int pathNumber) {
   std::vector<Visit> visits(1);
   if (LeaveFamily(pathNumber, visits.back().links) < 0) return -1;
+  std::vector<bool> strangers;
   while (!visits.empty()) {
     Visit& visit = visits.back();
-    const int target = NextTarget(visit.links, visit.next, true);
+    const int target = NextTarget(visit.links, visit.next, true, strangers);
     if (target < 0) {
       visits.pop_back();
       continue;

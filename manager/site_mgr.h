@@ -422,7 +422,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // families.cc
   int MarkMember(int pathNumber, bool member);
   bool IsMember(int pathNumber) const;
-  int NextTarget(const std::vector<int>& links, std::size_t& next, bool member) const;
+  int NextTarget(const std::vector<int>& links, std::size_t& next, bool member,
+                 std::vector<bool>& others) const;
   int EnterFamily(int pathNumber, std::vector<int>& links);
   int LeaveFamily(int pathNumber, std::vector<int>& links);
   int FindTopFile() const;
