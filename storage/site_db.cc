@@ -237,13 +237,15 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
   StoreLE32(bytes + kWord2, word2);
 }
 
-bool SiteDB::DropDead(std::int32_t begin, std::int32_t end) {
-  if (begin >= end || static_cast<std::uint32_t>(end) != size || Dropped() != 0 || !IsAsLeft()) {
-    return false;
-  }
+bool SiteDB::MayDrop(std::int32_t begin, std::int32_t end) const {
+  return begin < end && static_cast<std::uint32_t>(end) == size && Dropped() == 0 && IsAsLeft();
+}
+
+void SiteDB::DropDead(std::int32_t begin, std::int32_t end) {
+  dirty = true;
+  changed_.Mark(begin, end - begin);
   droppedBegin_ = begin;
   droppedEnd_ = end;
-  return true;
 }
 
 // 0, or -1 without memory.

@@ -123,11 +123,13 @@ class SiteDB {
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Whole-file mode: whether the file is as it was read.
   bool IsUnchanged() const { return inMemory && isOpen() && !dirty; }
-  // Whole-file mode, a file that was unchanged until all that it holds from `begin` to its end
-  // became dead: takes that out of memory, where what is added then lies in its place. When the
-  // file is written after all, it is read again, or zeros where it has been changed meanwhile, and
-  // given to MarkDead. False where it stays in memory.
-  bool DropDead(std::int32_t begin, std::int32_t end);
+  // Whole-file mode, a file that is as on disk but that all it holds from `begin` to its end is to
+  // be dead, or is already: whether that can be dropped.
+  bool MayDrop(std::int32_t begin, std::int32_t end) const;
+  // Takes that out of memory, where what is added then lies in its place. When the file is written
+  // after all, it is read again, or zeros where it has been changed meanwhile, and given to
+  // MarkDead.
+  void DropDead(std::int32_t begin, std::int32_t end);
   std::int32_t Dropped() const { return droppedEnd_ - droppedBegin_; }
   virtual void MarkDead(char*, std::int32_t) {}
   // Closes without writing anything: after an open that failed further up.

@@ -125,20 +125,20 @@ class SiteFixRecDB : public SiteDB {
   // numbers: calls visit(slot), then `ending`.
   template <class Visit>
   void DeleteAll(Ending ending, Visit visit) {
-    const bool mayDrop = IsUnchanged() && live_ == headerWord2;
     ending_ = ending;
-    slotIndex.ForEachSet([&](std::int32_t& offset) {
-      char* const slot = ChangeBytes(offset, recordLength);
-      if (slot == nullptr) return;
-      visit(slot);
-      End(slot);
-      offset = 0;
-      --live_;
+    const std::int32_t end = kHeaderSize + headerWord2 * recordLength;
+    const bool drops = IsUnchanged() && live_ == headerWord2 && MayDrop(kHeaderSize, end);
+    slotIndex.FindSet([&](std::size_t, std::int32_t offset) {
+      visit(Bytes(offset, recordLength));
+      if (!drops) End(ChangeBytes(offset, recordLength));
+      return false;
     });
+    slotIndex.Reset(slotIndex.size());
+    live_ = 0;
     freed_ = {};
     cursor_ = 0;
     sources_.Clear();
-    if (mayDrop) DropDead(kHeaderSize, kHeaderSize + headerWord2 * recordLength);
+    if (drops) DropDead(kHeaderSize, end);
   }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);

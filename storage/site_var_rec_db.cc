@@ -345,14 +345,19 @@ int SiteVarRecDB::DeleteData(int id) {
 int SiteVarRecDB::MarkEntryDead(int offset, Head& head) {
   const bool wasLive = head.id >= 0;
   head.id = -1;
-  if (WriteHead(offset, head) < 0) return -1;
+  if (char* const word = ChangeBytes(offset, 4)) {
+    StoreLE32(word, -1);
+  } else if (WriteHead(offset, head) < 0) {
+    return -1;
+  }
   if (wasLive) dead_ += kHeadSize + head.length;
   return 0;
 }
 
 void SiteVarRecDB::DropDeadEntries(bool wasUnchanged) {
   if (!wasUnchanged || !isSound_ || dead_ != end_ - kFirstEntry) return;
-  if (!DropDead(kFirstEntry, end_)) return;
+  if (!MayDrop(kFirstEntry, end_)) return;
+  DropDead(kFirstEntry, end_);
   firstAlive_ = end_;
   deadBefore_ = headerWord2;
   unnamed_.clear();
