@@ -44,20 +44,25 @@ const std::vector<Link>& Relations(int count) {
   return relations;
 }
 
-const std::vector<std::string>& ProfileNames() {
-  static std::vector<std::string> names;
-  while (names.size() < 1000) names.push_back("site" + std::to_string(names.size()));
+const std::vector<std::string>& ProfileNames(int count) {
+  static std::map<int, std::vector<std::string>> made;
+  auto& names = made[count];
+  for (int i = static_cast<int>(names.size()); i < count; ++i) {
+    names.push_back("site" + std::to_string(i));
+  }
   return names;
 }
 
+// `names(count)` gives the names of the entries.
 template <class Table, class Rec>
-void RegisterNamed(const std::string& table, int count) {
+void RegisterNamed(const std::string& table, int count,
+                   const std::vector<std::string>& (*names)(int)) {
   RegisterStore(table, "zvrsit", count,
-                [=] { return std::make_unique<NamedStore<Table, Rec>>(Paths(count)); });
+                [=] { return std::make_unique<NamedStore<Table, Rec>>(names(count)); });
   RegisterStore(table, "sqlite", count,
-                [=] { return MakeSqliteNames(Paths(count), Rec::kSlotLength); });
+                [=] { return MakeSqliteNames(names(count), Rec::kSlotLength); });
   RegisterStore(table, "lmdb", count,
-                [=] { return MakeLmdbNames(Paths(count), Rec::kSlotLength); });
+                [=] { return MakeLmdbNames(names(count), Rec::kSlotLength); });
 }
 
 template <class Make>
@@ -90,29 +95,18 @@ void RegisterArena(int count) {
   });
 }
 
-// Profiles are few: one for each site or server of a user. Their files are written at once, so
-// that every add is on the disk when it returns.
-void RegisterProfiles() {
-  RegisterStore("site-profile", "zvrsit", 1000, [] {
-    return std::make_unique<NamedStore<SiteSiteProfDB, SiteSiteRec>>(ProfileNames());
-  });
-  RegisterStore("server-profile", "zvrsit", 1000, [] {
-    return std::make_unique<NamedStore<SiteServProfDB, SiteServRec>>(ProfileNames());
-  });
-  RegisterStore("profile", "sqlite", 1000,
-                [] { return MakeSqliteNames(ProfileNames(), SiteSiteRec::kSlotLength); });
-}
-
 void RegisterAll() {
   for (const int count : {1000, 100000, 1000000}) {
-    RegisterNamed<SitePathDB, SitePathRec>("path", count);
-    RegisterNamed<SiteUrlDB, SiteUrlRec>("url", count);
-    RegisterNamed<SiteFolderDB, SiteNodeRec>("folder", count);
+    RegisterNamed<SitePathDB, SitePathRec>("path", count, Paths);
+    RegisterNamed<SiteUrlDB, SiteUrlRec>("url", count, Paths);
+    RegisterNamed<SiteFolderDB, SiteNodeRec>("folder", count, Paths);
     RegisterLinks(count);
     RegisterRelations(count);
     RegisterArena(count);
+    // Those of sites are written at once: each is in the file when Add returns.
+    RegisterNamed<SiteSiteProfDB, SiteSiteRec>("site-profile", count, ProfileNames);
+    RegisterNamed<SiteServProfDB, SiteServRec>("server-profile", count, ProfileNames);
   }
-  RegisterProfiles();
 }
 
 }  // namespace

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <stdexcept>
 #include <vector>
 
@@ -57,6 +59,19 @@ class IdTable {
     return false;
   }
 
+  // Values in a piece: those of one page of memory.
+  static constexpr std::size_t kPiece = std::bit_floor(4096 / sizeof(Value));
+  // Calls visit(id, values) for each piece that was made, in ascending order: the values from that
+  // of `id` on, zeros behind the last.
+  template <class Visit>
+  void ForEachPiece(Visit visit) const {
+    for (std::size_t i = 0; i < pieces_.size(); ++i) {
+      if (pieces_[i] != nullptr) {
+        visit(i * kPiece, std::span<const Value, kPiece>(pieces_[i].get(), kPiece));
+      }
+    }
+  }
+
   // Calls change(value) for each value that differs from zero, in ascending order of the ids.
   template <class Change>
   void ForEachSet(Change change) {
@@ -88,8 +103,6 @@ class IdTable {
   }
 
  private:
-  static constexpr std::size_t kPiece = 1024;
-
   void Check(std::size_t id) const {
     if (id >= count_) throw std::out_of_range("invalid vector<T> subscript");
   }

@@ -160,12 +160,22 @@ void SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
   });
 }
 
-// Where the live entries with these tags lie, in the order of the file.
-std::vector<std::int32_t> SiteVarRecDB::OffsetsOf(const TagSet& tags) const {
+// Where the live entries with these tags lie, in the order of the file. Few have one of them, so
+// several are asked at once.
+std::vector<std::int32_t> SiteVarRecDB::OffsetsOf(const TagSet& wanted) const {
+  using Tags = IdTable<std::uint16_t>;
+  constexpr std::size_t kAtOnce = 8;
+  static_assert(Tags::kPiece % kAtOnce == 0);
   std::vector<std::int32_t> offsets;
-  tags_.FindSet([&](std::size_t id, std::uint16_t tag) {
-    if (tags[tag] && offsets_.at(id) > 0) offsets.push_back(offsets_.at(id));
-    return false;
+  tags_.ForEachPiece([&](std::size_t first, std::span<const std::uint16_t, Tags::kPiece> tags) {
+    for (std::size_t at = 0; at < tags.size(); at += kAtOnce) {
+      bool isAny = false;
+      for (std::size_t i = at; i < at + kAtOnce; ++i) isAny |= wanted[tags[i]];
+      for (std::size_t i = at; isAny && i < at + kAtOnce; ++i) {
+        const std::int32_t offset = wanted[tags[i]] ? offsets_.at(first + i) : 0;
+        if (offset > 0) offsets.push_back(offset);
+      }
+    }
   });
   std::sort(offsets.begin(), offsets.end());
   return offsets;

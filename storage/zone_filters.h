@@ -1,13 +1,15 @@
 // ZoneFilters: which values one word of the records may have in each zone (a fixed number of bytes)
 // of a file, so that a walk that looks for one value passes over most of a large file.
 //
-// Each zone has a Bloom filter of one hash function (B. Bloom, Space/time trade-offs in hash coding
-// with allowable errors, CACM 13, 1970). A value that was added to a zone is always told there; of
-// others a share that is the number of the zone's values over kBits. Bit n of all filters lies
-// together, so that a search for one value reads few bytes.
+// Each zone has a Bloom filter (B. Bloom, Space/time trade-offs in hash coding with allowable errors,
+// CACM 13, 1970). Its two hash functions are the low and the high digit of the value: a value that
+// was added to a zone is always told there; of others those that share one digit with one value of
+// the zone and the other digit with one. Numbers that lie in order share next to nothing. Bit n of
+// all filters lies together, so that a search for one value reads few bytes.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -35,7 +37,9 @@ class ZoneFilters {
   void Add(std::int32_t offset, std::int32_t word) {
     if (offset >= end_) return;
     const std::size_t zone = ZoneOf(offset);
-    rows_[RowOf(word) + zone / 64] |= std::uint64_t{1} << zone % 64;
+    for (const std::size_t row : RowsOf(word)) {
+      rows_[row + zone / 64] |= std::uint64_t{1} << zone % 64;
+    }
   }
   // The same for record after record from the begin on, in less time where many have one word.
   void AddNext(std::int32_t offset, std::int32_t word) {
@@ -49,11 +53,11 @@ class ZoneFilters {
   // itself, or the begin of a zone, or the end of what it follows.
   std::int32_t Next(std::int32_t offset, std::int32_t word) const {
     if (offset >= end_) return offset;
-    const std::size_t row = RowOf(word);
+    const auto [low, high] = RowsOf(word);
     const std::size_t first = ZoneOf(offset);
     std::size_t at = first / 64;
-    std::uint64_t bits = rows_[row + at] >> first % 64 << first % 64;
-    while (bits == 0 && ++at < rowWords_) bits = rows_[row + at];
+    std::uint64_t bits = (rows_[low + at] & rows_[high + at]) >> first % 64 << first % 64;
+    while (bits == 0 && ++at < rowWords_) bits = rows_[low + at] & rows_[high + at];
     if (bits == 0) return end_;
     const std::size_t zone = at * 64 + static_cast<std::size_t>(std::countr_zero(bits));
     return zone == first ? offset : static_cast<std::int32_t>(zone) * kZone;
@@ -61,14 +65,16 @@ class ZoneFilters {
 
  private:
   static constexpr std::int32_t kZone = 32 << 10;  // bytes
-  static constexpr std::size_t kBits = 2048;       // of a filter, a power of two
+  static constexpr std::uint32_t kDigits = 1024;   // that a number has
+  static constexpr std::size_t kBits = 2 * kDigits;  // of a filter
 
   static std::size_t ZoneOf(std::int32_t offset) {
     return static_cast<std::size_t>(offset) / static_cast<std::size_t>(kZone);
   }
-  // Where the row of a word's bit begins. Numbers that follow one another have bits of their own.
-  std::size_t RowOf(std::int32_t word) const {
-    return static_cast<std::uint32_t>(word) % kBits * rowWords_;
+  // Where the rows of a word's bits begin.
+  std::array<std::size_t, 2> RowsOf(std::int32_t word) const {
+    const auto value = static_cast<std::uint32_t>(word);
+    return {value % kDigits * rowWords_, (kDigits + value / kDigits % kDigits) * rowWords_};
   }
 
   std::vector<std::uint64_t> rows_;  // by bit of the filters, one bit for each zone
