@@ -6,6 +6,7 @@
 #include <string>
 
 #include "css/css_control.h"
+#include "dom/byte_search.h"
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "platform/code_page.h"
@@ -43,7 +44,9 @@ class CssFileTree : public testing::Test {
 
   std::string OfPage(const std::string& html, const std::string& name = "site/p.htm") {
     Document* const page = dom_.createDocument("HTML");
-    page->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true);
+    const std::string text = html + std::string(kTextPadding, '\0');
+    page->createNodesInPlace(text.data(), static_cast<int>(html.size()), true,
+                             DocumentScope::kReferences);
     CCSSFileTree tree = control_.GetFileTree(folder_.path(name), page);
     const std::string listed = Children(tree, tree.getRoot());
     dom_.deleteDocument(page);

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
+#include "dom/byte_search.h"
 #include "dom/document.h"
 #include "links/html_values.h"
 
@@ -10,10 +13,33 @@ namespace {
 
 class Extractor : public testing::Test {
  protected:
+  // The rows of a page, which are the same when only its references are kept.
   PageRows& Extract(const std::string& html, LinkRules rules = LinkRules::Web) {
-    EXPECT_EQ(document_.createNodes(html.data(), static_cast<int>(html.size()), nullptr, true), 0);
+    const int length = static_cast<int>(html.size());
+    const std::string padded = html + std::string(kTextPadding, '\0');
+    EXPECT_EQ(document_.createNodesInPlace(padded.data(), length, true, DocumentScope::kReferences),
+              0);
     ExtractPage(document_, rules, rows_);
+    const std::string ofReferences = AllOf(rows_);
+    EXPECT_EQ(document_.createNodes(html.data(), length, nullptr, true), 0);
+    ExtractPage(document_, rules, rows_);
+    EXPECT_EQ(AllOf(rows_), ofReferences) << html;
     return rows_;
+  }
+
+  static std::string AllOf(const PageRows& rows) {
+    std::ostringstream all;
+    all << rows.hasTitle << rows.title << '\n' << rows.baseHref << '\n';
+    for (const MetaRow& meta : rows.metas) {
+      all << static_cast<int>(meta.key) << ' ' << meta.offset << ' ' << meta.content << '\n';
+    }
+    for (const LinkRow& row : rows.links) {
+      all << row.type << ' ' << row.offset << ' ' << row.target << ' ' << row.alternative << ' '
+          << row.withAlternative << row.ofSameElement << '\n';
+    }
+    all << rows.anchorLinks;
+    for (const std::string_view anchor : rows.anchors) all << '\n' << anchor;
+    return all.str();
   }
 
   // One line a row: the type without its "LT_", the target, and the alternative text if stored.
