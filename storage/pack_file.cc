@@ -29,14 +29,10 @@ int PackFile::Open(int headBytes) {
   return fd_ >= 0 && platform::Seek(fd_, headBytes) >= 0 ? 0 : -1;
 }
 
-int PackFile::Append(std::string_view bytes, bool isLasting) {
-  end_ += static_cast<std::int64_t>(bytes.size());
-  if (isLasting && run_.data() + run_.size() == bytes.data()) {
-    run_ = {run_.data(), run_.size() + bytes.size()};
-    return 0;
-  }
+// Bytes that do not follow those before them.
+int PackFile::Begin(std::string_view run, bool isLasting) {
   if (WriteRun() < 0) return -1;
-  run_ = bytes;
+  run_ = run;
   return isLasting ? 0 : WriteRun();
 }
 

@@ -22,7 +22,12 @@ class PackFile {
   // 0 or -1, as all of these. The first `headBytes` bytes are left for Finish.
   int Open(int headBytes);
   // Puts bytes at the end. Lasting ones stay as they are until Finish.
-  int Append(std::string_view bytes, bool isLasting);
+  int Append(std::string_view bytes, bool isLasting) {
+    end_ += static_cast<std::int64_t>(bytes.size());
+    if (!isLasting || run_.data() + run_.size() != bytes.data()) return Begin(bytes, isLasting);
+    run_ = {run_.data(), run_.size() + bytes.size()};
+    return 0;
+  }
   // The length of the packed part so far, the head included.
   std::int64_t end() const { return end_; }
   // Whether the file will hold something behind the packed part.
@@ -33,6 +38,7 @@ class PackFile {
  private:
   static constexpr std::size_t kPiece = std::size_t{1} << 18;
 
+  int Begin(std::string_view run, bool isLasting);
   int WriteRun();
   int WriteCopies();
 

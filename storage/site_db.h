@@ -87,7 +87,7 @@ class SiteDB {
   // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
   // null in direct mode, while closed, or when they are not all in memory.
   const char* Bytes(std::int64_t offset, std::int64_t length) const {
-    if (buffer.get() == nullptr || length < 0 || offset + length > size) return nullptr;
+    if (length < 0 || offset + length > size) return nullptr;
     if (offset >= droppedEnd_) return buffer.get() + (offset - Dropped());
     return offset >= 0 && offset + length <= droppedBegin_ ? buffer.get() + offset : nullptr;
   }
@@ -146,7 +146,8 @@ class SiteDB {
   const bool inMemory;
   bool dirty = false;            // whole-file mode: the buffer differs from the file
   platform::LargeBuffer buffer;  // whole-file mode, null while closed; it grows by doubling
-  std::uint32_t size = 0;        // length of the file; `buffer` has all but what was dropped
+  std::uint32_t size = 0;        // length of the file, 0 while closed and in direct mode; `buffer`
+                                 // has all but what was dropped
   std::uint32_t capacity = 0;    // what it may grow to for now, in steps of 4096; 0 while closed
 
  private:

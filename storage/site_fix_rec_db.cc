@@ -55,13 +55,12 @@ int SiteFixRecDB::MakeIndex() {
   cursor_ = 0;
   sources_.Follow(joinsEnds_ ? kHeaderSize + headerWord2 * recordLength : 0);
   SlotBuffer copy(recordLength);
+  const std::int64_t length = std::int64_t{headerWord2} * recordLength;
+  const char* const slots = recordLength >= 4 ? Bytes(kHeaderSize, length) : nullptr;
   for (int k = 0; k < headerWord2; ++k) {
     const int offset = kHeaderSize + k * recordLength;
-    const char* slot = recordLength >= 4 ? Bytes(offset, recordLength) : nullptr;
-    if (slot == nullptr) {
-      if (ReadSlotAt(offset, copy) < 0) return -1;
-      slot = copy.data();
-    }
+    if (slots == nullptr && ReadSlotAt(offset, copy) < 0) return -1;
+    const char* const slot = slots != nullptr ? slots + (offset - kHeaderSize) : copy.data();
     const std::int32_t id = IsKnownType() ? LoadLE32(slot) : -1;
     if (id < 0 || id >= headerWord1) continue;
     std::int32_t& known = slotIndex.slot(static_cast<std::size_t>(id));

@@ -17,7 +17,6 @@ constexpr int kIdCountAt = 16;
 constexpr int kEntryCountAt = 20;
 constexpr int kEndAt = 24;
 constexpr int kFirstEntry = 28;
-constexpr int kReferencesAt = 8;  // in a head
 constexpr int kBlock = 2;
 constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
 
@@ -115,22 +114,11 @@ void SiteVarRecDB::ForgetEntries() {
   ForgetNames();
 }
 
-int SiteVarRecDB::ReadHead(int offset, Head& head) {
-  char copy[kHeadSize];
-  const char* bytes = Bytes(offset, kHeadSize);
-  if (bytes == nullptr) {
-    if (ReadAt(copy, offset, kHeadSize) != kHeadSize) return -1;
-    bytes = copy;
-  }
-  head = {LoadLE32(bytes), LoadLE32(bytes + 4), LoadLE32(bytes + 8), LoadLE32(bytes + 12)};
-  return 0;
-}
-
 void SiteVarRecDB::StoreHead(char* bytes, const Head& head) {
   StoreLE32(bytes, head.id);
-  StoreLE32(bytes + 4, head.length);
-  StoreLE32(bytes + 8, head.references);
-  StoreLE32(bytes + 12, head.kind);
+  StoreLE32(bytes + kLengthAt, head.length);
+  StoreLE32(bytes + kReferencesAt, head.references);
+  StoreLE32(bytes + kKindAt, head.kind);
 }
 
 int SiteVarRecDB::WriteHead(int offset, const Head& head) {
@@ -223,6 +211,11 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
 
 // To the entry at `offset`; 0 or -1.
 int SiteVarRecDB::AddReference(int offset) {
+  if (char* const word = ChangeBytes(offset + kReferencesAt, 4)) {
+    const std::int32_t references = LoadLE32(word);
+    if (references < std::numeric_limits<std::int32_t>::max()) StoreLE32(word, references + 1);
+    return 0;
+  }
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
   const bool isFull = head.references == std::numeric_limits<std::int32_t>::max();

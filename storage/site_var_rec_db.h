@@ -129,7 +129,10 @@ class SiteVarRecDB : public SiteDB {
 
  private:
   static constexpr int kHeadSize = 16;
-  static constexpr int kLengthAt = 4;  // in a head
+  // Where words lie in a head, behind the id.
+  static constexpr int kLengthAt = 4;
+  static constexpr int kReferencesAt = 8;
+  static constexpr int kKindAt = 12;
   static constexpr int kString = 1;    // a kind
 
   struct Head {
@@ -190,7 +193,17 @@ class SiteVarRecDB : public SiteDB {
     const char* const head = Bytes(offset, kHeadSize);
     return head != nullptr && LoadLE32(head) == id;
   }
-  int ReadHead(int offset, Head& head);
+  int ReadHead(int offset, Head& head) {
+    char copy[kHeadSize];
+    const char* bytes = Bytes(offset, kHeadSize);
+    if (bytes == nullptr) {
+      if (ReadAt(copy, offset, kHeadSize) != kHeadSize) return -1;
+      bytes = copy;
+    }
+    head = {LoadLE32(bytes), LoadLE32(bytes + kLengthAt), LoadLE32(bytes + kReferencesAt),
+            LoadLE32(bytes + kKindAt)};
+    return 0;
+  }
   int WriteHead(int offset, const Head& head);
   int ReadEntry(int id, Head& head);
   bool HasData(int offset, const Head& head) const;
