@@ -123,7 +123,8 @@ CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* documen
   CodeConv conversion;
   if (file.open(path, 0) && conversion.Import(file.top(), file.size(), 0)) {
     const int length = static_cast<int>(conversion.length());
-    if (page->createNodesInPlace(conversion.text(), length, true, DocumentScope::kReferences) == 0) {
+    if (page->createNodesInPlace(conversion.text(), length, true, DocumentScope::kReferences) ==
+        0) {
       CollectPage(path, *page, tree);
     }
   }

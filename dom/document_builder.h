@@ -81,8 +81,8 @@ class DocumentBuilder {
     std::array<bool, kTagCount> isOrdinary{};
     for (std::size_t i = 0; i < kTagCount; ++i) {
       const Tag tag = static_cast<Tag>(i);
-      isOrdinary[i] = ContentModelOf(tag) == ContentModel::kData &&
-                      !ForeignContent::kEntryTags.contains(tag);
+      isOrdinary[i] =
+          ContentModelOf(tag) == ContentModel::kData && !ForeignContent::kEntryTags.contains(tag);
     }
     return isOrdinary;
   }();
@@ -111,7 +111,7 @@ class DocumentBuilder {
   ForeignContent foreign_;
   const AttrSet leftOutOfHtml_;  // the attributes that are not kept
   AttrSet leftOut_;              // the same where the text is now
-  std::uint32_t committed_ = 0;        // attributes of finished start tags
+  std::uint32_t committed_ = 0;  // attributes of finished start tags
   std::array<std::uint32_t, kTagCount> counts_{};
 };
 

@@ -67,9 +67,9 @@ class TargetMemo {
 
   static std::uint32_t HashOf(std::string_view target, bool variant);
 
-  std::string base_;            // base and root
-  std::uint32_t releases_ = 0;  // of the link table when this turn was begun
-  std::uint32_t turn_ = 1;      // what was put in others is forgotten
+  std::string base_;                         // base and root
+  std::uint32_t releases_ = 0;               // of the link table when this turn was begun
+  std::uint32_t turn_ = 1;                   // what was put in others is forgotten
   std::array<IdTable<TextEntry>, 2> texts_;  // by variant, then number
   ProbeTable<Entry> entries_;
   std::string bytes_;

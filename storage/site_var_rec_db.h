@@ -133,7 +133,7 @@ class SiteVarRecDB : public SiteDB {
   static constexpr int kLengthAt = 4;
   static constexpr int kReferencesAt = 8;
   static constexpr int kKindAt = 12;
-  static constexpr int kString = 1;    // a kind
+  static constexpr int kString = 1;  // a kind
 
   struct Head {
     std::int32_t id;

@@ -1,11 +1,11 @@
 // ZoneFilters: which values one word of the records may have in each zone (a fixed number of bytes)
 // of a file, so that a walk that looks for one value passes over most of a large file.
 //
-// Each zone has a Bloom filter (B. Bloom, Space/time trade-offs in hash coding with allowable errors,
-// CACM 13, 1970). Its two hash functions are the low and the high digit of the value: a value that
-// was added to a zone is always told there; of others those that share one digit with one value of
-// the zone and the other digit with one. Numbers that lie in order share next to nothing. Bit n of
-// all filters lies together, so that a search for one value reads few bytes.
+// Each zone has a Bloom filter (B. Bloom, Space/time trade-offs in hash coding with allowable
+// errors, CACM 13, 1970) with two hash functions: the low and the high digit of a value. A value
+// that was added to a zone is always told there; of others those of which one value of the zone has
+// the low digit and one the high. Of numbers that lie in order these are few. Bit n of all filters
+// lies together, so that a search for one value reads few bytes.
 #pragma once
 
 #include <algorithm>
@@ -64,8 +64,8 @@ class ZoneFilters {
   }
 
  private:
-  static constexpr std::int32_t kZone = 32 << 10;  // bytes
-  static constexpr std::uint32_t kDigits = 1024;   // that a number has
+  static constexpr std::int32_t kZone = 32 << 10;    // bytes
+  static constexpr std::uint32_t kDigits = 1024;     // that a number has
   static constexpr std::size_t kBits = 2 * kDigits;  // of a filter
 
   static std::size_t ZoneOf(std::int32_t offset) {

@@ -107,9 +107,8 @@ bool SiteLinkDB::IsEqual(int number, const SiteLinkRec& link) const {
 
 // The number of the equal link of the current source, or -1.
 int SiteLinkDB::FindEqual(const SiteLinkRec& link) const {
-  const Known* known = known_.Find(HashLink(link), [this, &link](const Known& other) {
-    return IsEqual(other.number, link);
-  });
+  const Known* known = known_.Find(
+      HashLink(link), [this, &link](const Known& other) { return IsEqual(other.number, link); });
   return known == nullptr ? -1 : known->number;
 }
 
