@@ -19,7 +19,7 @@ inline std::string TablePath(const std::string& folder) {
   return platform::FromNativePath(folder + "/PR", path) ? path : std::string();
 }
 
-// A table of named records, in whole-file mode or, for the profiles, in direct mode.
+// A table of named records, in whole-file mode or, for the profiles of sites, in direct mode.
 template <class Table, class Rec>
 class NamedStore {
  public:

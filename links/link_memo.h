@@ -70,7 +70,7 @@ class TargetMemo {
   std::string base_;                         // base and root
   std::uint32_t releases_ = 0;               // of the link table when this turn was begun
   std::uint32_t turn_ = 1;                   // what was put in others is forgotten
-  std::array<IdTable<TextEntry>, 2> texts_;  // by variant, then number
+  std::array<IdTable<TextEntry>, 2> texts_;  // by variant, then number; as long as the largest
   ProbeTable<Entry> entries_;
   std::string bytes_;
   std::string key_;  // scratch

@@ -1,5 +1,6 @@
 // Batch: many items on their way to be worked on, each with memory that lies anywhere. The memory
-// of several is asked for before the first of them is worked on, so that they wait for it together.
+// of several is asked for, to be read or written, before the first of them is worked on, so that
+// they wait for it together.
 #pragma once
 
 #include <array>

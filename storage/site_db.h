@@ -123,8 +123,9 @@ class SiteDB {
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Whole-file mode: whether the file is as it was read.
   bool IsUnchanged() const { return inMemory && isOpen() && !dirty; }
-  // Whole-file mode, a file that is as on disk but that all it holds from `begin` to its end is to
-  // be dead, or is already: whether that can be dropped.
+  // Whole-file mode, a file that was unchanged until all in [begin, end) became dead, or is to: can
+  // that be dropped? It must reach to the end of the file, nothing must be dropped yet, and nobody
+  // else have written the file.
   bool MayDrop(std::int32_t begin, std::int32_t end) const;
   // Takes that out of memory, where what is added then lies in its place. When the file is written
   // after all, it is read again, or zeros where it has been changed meanwhile, and given to

@@ -121,8 +121,9 @@ class SiteFixRecDB : public SiteDB {
   }
   // What is done to a slot before it is marked dead.
   using Ending = void (*)(char* slot);
-  // Whole-file mode, records of 4 bytes and more: marks every record dead, in the order of their
-  // numbers: calls visit(slot), then `ending`.
+  // Whole-file mode, records of 4 bytes and more: every record is dead from then on. Calls
+  // visit(slot) for each in the order of their numbers. `ending` is called where a slot is marked,
+  // which may be only when the file is written.
   template <class Visit>
   void DeleteAll(Ending ending, Visit visit) {
     ending_ = ending;

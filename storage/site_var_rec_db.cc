@@ -26,7 +26,10 @@ SiteVarRecDB::SiteVarRecDB(std::string filePath, bool wholeFile)
     : SiteDB(std::move(filePath), wholeFile) {}
 
 int SiteVarRecDB::Open() {
-  if (SiteDB::Open() < 0) return -1;
+  return SiteDB::Open() < 0 ? -1 : UseOpened();
+}
+
+int SiteVarRecDB::UseOpened() {
   if (OpenEntries() < 0) {
     Abandon();
     return -1;
@@ -53,7 +56,7 @@ int SiteVarRecDB::OpenEntries() {
     }
     std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
     if (known == 0) ++numbers;
-    isSound_ = isSound_ && known == 0;
+    isSound_ = isSound_ && known == 0 && head.id < headerWord1;
     known = offset;
     AddTag(offset, head);
     return 0;
@@ -194,7 +197,7 @@ int SiteVarRecDB::AddString(std::string_view text) {
 int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
   if (text.empty() || !isOpen() || !IsKnown(text, search.hash)) return -1;
   if (search.id >= 0) {
-    const bool isThere = IsEntryOf(search.id, search.offset);
+    const bool isThere = isSound_ && IsEntryOf(search.id, search.offset);
     const int known = isThere ? search.offset : Offset(search.id);
     if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
   }
@@ -390,7 +393,11 @@ int SiteVarRecDB::Pack() {
   StoreLE32(head + kEndAt, static_cast<std::int32_t>(packed.end()));
   if (packed.Finish({head, kFirstEntry}) < 0) return -1;
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
+  const std::int32_t numbers = headerWord1;
   if (ReplaceBy(PackFile::PathFor(path)) < 0 || SiteDB::Open() < 0) return -1;
+  if (headerWord1 != numbers || headerWord2 != entries || Length() < packed.end()) {
+    return UseOpened();
+  }
   ForgetEntries();
   end_ = endInFile_ = static_cast<std::int32_t>(packed.end());
   isSound_ = true;
@@ -398,31 +405,31 @@ int SiteVarRecDB::Pack() {
   return 0;
 }
 
-// `offsets` gets where each entry lies then.
+// `offsets` gets where each entry lies then, by the number in its head, which opening goes by.
 int SiteVarRecDB::AppendLiveEntries(PackFile& packed, int& entries,
                                     IdTable<std::int32_t>& offsets) {
   offsets.Reset(offsets_.size());
   std::string copy;
   int result = 0;
-  const auto append = [&](const NumberedEntry& entry) {
+  const auto append = [&](std::int32_t offset) {
     Head head;
     if (result < 0) return;
-    result = ReadHead(entry.offset, head);
-    if (result < 0 || !HasData(entry.offset, head)) return;
+    result = ReadHead(offset, head);
+    if (result < 0 || !HasData(offset, head)) return;
     ++entries;
-    offsets.slot(entry.id) = static_cast<std::int32_t>(packed.end());
+    offsets.slot(static_cast<std::size_t>(head.id)) = static_cast<std::int32_t>(packed.end());
     const int length = kHeadSize + head.length;
-    if (const char* const bytes = Bytes(entry.offset, length)) {
+    if (const char* const bytes = Bytes(offset, length)) {
       result = packed.Append({bytes, static_cast<std::size_t>(length)}, true);
       return;
     }
     copy.resize(static_cast<std::size_t>(length));
-    const bool isRead = ReadAt(copy.data(), entry.offset, length) == length;
+    const bool isRead = ReadAt(copy.data(), offset, length) == length;
     result = isRead ? packed.Append(copy, false) : -1;
   };
-  auto batch = MakeBatch<NumberedEntry>(append);
-  offsets_.FindSet([&](std::size_t id, std::int32_t offset) {
-    if (offset > 0) batch.Add(Bytes(offset, kHeadSize), {id, offset});
+  auto batch = MakeBatch<std::int32_t>(append);
+  offsets_.FindSet([&](std::size_t, std::int32_t offset) {
+    if (offset > 0) batch.Add(Bytes(offset, kHeadSize), offset);
     return result < 0;
   });
   batch.Finish();

@@ -112,7 +112,7 @@ class SiteVarRecDB : public SiteDB {
 
   // Finding strings of a large file needs an index over all of them. So the first few searches
   // after opening, each for one string or for all that are given here together, are passes over a
-  // short tag of each string instead, which is taken at open.
+  // short tag of each string instead, which is taken at open. After Pack there are no tags.
   void LookAhead(std::span<const std::string_view> texts);
   // Makes that index now, where many searches are to come; 0 or -1 (a damaged entry).
   int MakeStringIndex();
@@ -156,10 +156,6 @@ class SiteVarRecDB : public SiteDB {
     std::uint32_t hash;
     std::string_view text;
   };
-  struct NumberedEntry {
-    std::size_t id;
-    std::int32_t offset;
-  };
   struct FoundText {  // on its way into the index
     std::uint32_t hash;
     std::int32_t id;
@@ -167,6 +163,7 @@ class SiteVarRecDB : public SiteDB {
     std::string_view text;
   };
 
+  int UseOpened();
   int OpenEntries();
   void ForgetEntries();
   bool CountsAreSound() const;

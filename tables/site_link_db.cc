@@ -62,7 +62,7 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
 }
 
 void SiteLinkDB::ExpectLinks(const UrlID& from, std::size_t count) {
-  if (!isOpen()) return;
+  if (!isOpen() || count == 0) return;
   TurnTo(from);
   known_.Reserve(known_.size() + count);
 }
