@@ -69,6 +69,7 @@ long Work(zvrsit::SiteMgr& manager, const Job& job) {
 }
 
 bool RunOnce(const Job& job, Run& run) {
+  std::this_thread::sleep_for(kRest);
   zvrsit::DOM dom;
   zvrsit::SiteMgr manager;
   manager.setDom(&dom);
@@ -123,11 +124,8 @@ int main(int argc, char** argv) {
   opening.operation = "open";
   for (int count = 0; count < job.runs; ++count) {
     Run run, alone;
-    std::this_thread::sleep_for(kRest);
-    bool isDone = job.operation != "save" || RunOnce(opening, alone);
-    std::this_thread::sleep_for(kRest);
-    isDone = isDone && RunOnce(job, run) && (count == 0 || run.found == found);
-    if (!isDone) {
+    const bool isOpened = job.operation != "save" || RunOnce(opening, alone);
+    if (!isOpened || !RunOnce(job, run) || (count > 0 && run.found != found)) {
       std::fprintf(stderr, "site_ops: %s failed or found something else\n", argv[3]);
       return 1;
     }

@@ -50,8 +50,8 @@ class DocumentBuilder {
   ContentModel StartTag(const TagSlices& slices) {
     const Tag tag =
         HtmlTagOfPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
-    const bool hasAttributes = document_.attributes_.size() != committed_;
-    if (!hasAttributes && !leftOut_.empty() && kIsOrdinary[static_cast<std::size_t>(tag)]) {
+    if (!leftOut_.empty() && document_.attributes_.size() == committed_ &&
+        kIsOrdinary[static_cast<std::size_t>(tag)]) {
       return ContentModel::kData;
     }
     if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) {

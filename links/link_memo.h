@@ -14,6 +14,7 @@
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
 #include "tables/site_link_db.h"
+#include "util/prefetch.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -62,7 +63,6 @@ class TargetMemo {
   struct TextEntry {
     std::uint32_t turn = 0;  // when it was put
     UrlID place;
-    bool operator==(const TextEntry&) const = default;
   };
 
   static std::uint32_t HashOf(std::string_view target, bool variant);

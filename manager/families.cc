@@ -1,5 +1,4 @@
 // The publishing family: the files that the top file reaches, kept as marks in the path records.
-#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -52,19 +51,18 @@ bool SiteMgr::IsMember(int pathNumber) const {
 }
 
 // The next file, from `next` on, that one of `links` points to and whose member bit is `member`;
-// -1 when there is none. `others` are those known to have another, by number.
+// -1 when there is none. `settled` are those, by number, that are known to have another.
 int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool member,
-                        std::vector<bool>& others) const {
-  others.resize(static_cast<std::size_t>(std::max(pathDB->Count(), 0)));
+                        std::vector<bool>& settled) const {
   while (next < links.size()) {
     UrlID target;
     if (linkDB->Target(links[next++], target) < 0 || target.kind != kKindPath) continue;
     const auto number = static_cast<std::size_t>(target.id);
-    if (number >= others.size() || others[number]) continue;
+    if (number >= settled.size() || settled[number]) continue;
     std::int32_t marks = 0;
     if (pathDB->ReadMembership(target.id, marks) < 0) continue;
     if (((marks & kFamilyMember) != 0) == member) return target.id;
-    others[number] = true;
+    settled[number] = true;
   }
   return -1;
 }
@@ -73,24 +71,6 @@ int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool m
 int SiteMgr::EnterFamily(int pathNumber, std::vector<int>& links) {
   if (MarkMember(pathNumber, true) < 0 || !HasRecords(linkDB)) return -1;
   return linkDB->Query(PathID(pathNumber), kAnyUrlID, links) < 0 ? -1 : 0;
-}
-
-int SiteMgr::PropagateFamily(int pathNumber) {
-  std::vector<Visit> visits(1);
-  if (EnterFamily(pathNumber, visits.back().links) < 0) return -1;
-  std::vector<bool> members;
-  while (!visits.empty()) {
-    Visit& visit = visits.back();
-    const int target = NextTarget(visit.links, visit.next, false, members);
-    if (target < 0) {
-      visits.pop_back();
-      continue;
-    }
-    Visit inner;
-    // A file that cannot be marked or followed is left at that, on purpose.
-    if (EnterFamily(target, inner.links) == 0) visits.push_back(std::move(inner));
-  }
-  return 0;
 }
 
 // Unmarks one file, unless a member links to it, and lists its links; none for a file that keeps
@@ -109,21 +89,34 @@ int SiteMgr::LeaveFamily(int pathNumber, std::vector<int>& links) {
   return linkDB->Query(PathID(pathNumber), kAnyUrlID, links) < 0 ? -1 : 0;
 }
 
-int SiteMgr::PropagateUnFamily(int pathNumber) {
+// Enters or leaves one file, and from there each that the links lead to and that has not yet.
+int SiteMgr::SpreadMembership(int pathNumber, bool member) {
+  const auto turn = [this, member](int number, std::vector<int>& links) {
+    return member ? EnterFamily(number, links) : LeaveFamily(number, links);
+  };
   std::vector<Visit> visits(1);
-  if (LeaveFamily(pathNumber, visits.back().links) < 0) return -1;
-  std::vector<bool> strangers;
+  if (turn(pathNumber, visits.back().links) < 0) return -1;
+  std::vector<bool> settled(static_cast<std::size_t>(pathDB->Count()));
   while (!visits.empty()) {
     Visit& visit = visits.back();
-    const int target = NextTarget(visit.links, visit.next, true, strangers);
+    const int target = NextTarget(visit.links, visit.next, !member, settled);
     if (target < 0) {
       visits.pop_back();
       continue;
     }
     Visit inner;
-    if (LeaveFamily(target, inner.links) == 0) visits.push_back(std::move(inner));
+    // A file that cannot be marked or followed is left at that, on purpose.
+    if (turn(target, inner.links) == 0) visits.push_back(std::move(inner));
   }
   return 0;
+}
+
+int SiteMgr::PropagateFamily(int pathNumber) {
+  return SpreadMembership(pathNumber, true);
+}
+
+int SiteMgr::PropagateUnFamily(int pathNumber) {
+  return SpreadMembership(pathNumber, false);
 }
 
 // The number of the open site's top file in the path table: kNoTopFile when the profile has none,

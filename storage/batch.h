@@ -6,7 +6,7 @@
 #include <array>
 #include <cstddef>
 
-#include "storage/probe_table.h"
+#include "util/prefetch.h"
 
 namespace zvrsit {
 

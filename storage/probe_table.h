@@ -12,15 +12,6 @@
 
 namespace zvrsit {
 
-// Asks for memory that is to be written a little later, to be there by then; null is allowed.
-inline void PrefetchMemory(const void* place) {
-#if defined(__GNUC__)
-  __builtin_prefetch(place, 1);
-#else
-  static_cast<void>(place);
-#endif
-}
-
 // Entry is a small plain struct with a member `std::uint32_t hash`.
 template <class Entry>
 class ProbeTable {

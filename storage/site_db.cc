@@ -117,12 +117,12 @@ void SiteDB::FollowChanges(const platform::FileStat& onDisk) {
 void SiteDB::FollowWritten() {
   if (size < kSmallFile) return;
   const std::chrono::nanoseconds start = Now();
-  std::chrono::nanoseconds before = start, after = start;
+  std::chrono::nanoseconds after = start;
   platform::FileStat stat;
   const auto isWritten = [&] { return std::chrono::nanoseconds(stat.modificationNanoseconds); };
   if (platform::StatOpen(fd, stat) != 0 || isWritten() > start) return;
   for (int change = 0; change < 2; ++change) {
-    before = Now();
+    const std::chrono::nanoseconds before = Now();
     if (WriteBytes(0, kHeaderSize) < 0 || platform::StatOpen(fd, stat) != 0) return;
     after = Now();
     if (isWritten() < before || isWritten() > after) return;

@@ -214,24 +214,10 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
 
 // To the entry at `offset`; 0 or -1.
 int SiteVarRecDB::AddReference(int offset) {
-  if (char* const word = ChangeBytes(offset + kReferencesAt, 4)) {
-    const std::int32_t references = LoadLE32(word);
-    if (references < std::numeric_limits<std::int32_t>::max()) StoreLE32(word, references + 1);
-    return 0;
-  }
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
   const bool isFull = head.references == std::numeric_limits<std::int32_t>::max();
-  return WriteReferences(offset, head, head.references + (isFull ? 0 : 1));
-}
-
-int SiteVarRecDB::WriteReferences(int offset, Head& head, std::int32_t references) {
-  if (char* const word = ChangeBytes(offset + kReferencesAt, 4)) {
-    StoreLE32(word, references);
-    return 0;
-  }
-  head.references = references;
-  return WriteHead(offset, head);
+  return WriteHeadWord(offset, kReferencesAt, head.references + (isFull ? 0 : 1));
 }
 
 int SiteVarRecDB::AddData(const void* bytes, int length) {
@@ -317,7 +303,7 @@ int SiteVarRecDB::ReleaseStringUnindexed(int id) {
 int SiteVarRecDB::Release(int id, int offset, bool isNamed) {
   Head head;
   if (ReadHead(offset, head) < 0) return -1;
-  if (head.references >= 2) return WriteReferences(offset, head, head.references - 1);
+  if (head.references >= 2) return WriteHeadWord(offset, kReferencesAt, head.references - 1);
   if (MarkEntryDead(offset, head) < 0) return -1;
   if (isNamed && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
     return -1;
@@ -338,15 +324,9 @@ int SiteVarRecDB::DeleteData(int id) {
   return MarkEntryDead(offset, head);
 }
 
-int SiteVarRecDB::MarkEntryDead(int offset, Head& head) {
-  const bool wasLive = head.id >= 0;
-  head.id = -1;
-  if (char* const word = ChangeBytes(offset, 4)) {
-    StoreLE32(word, -1);
-  } else if (WriteHead(offset, head) < 0) {
-    return -1;
-  }
-  if (wasLive) dead_ += kHeadSize + head.length;
+int SiteVarRecDB::MarkEntryDead(int offset, const Head& head) {
+  if (WriteHeadWord(offset, 0, -1) < 0) return -1;
+  if (head.id >= 0) dead_ += kHeadSize + head.length;
   return 0;
 }
 

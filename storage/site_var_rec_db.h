@@ -29,6 +29,7 @@
 #include "storage/probe_table.h"
 #include "storage/site_db.h"
 #include "util/little_endian.h"
+#include "util/prefetch.h"
 
 namespace zvrsit {
 
@@ -202,6 +203,11 @@ class SiteVarRecDB : public SiteDB {
     return 0;
   }
   int WriteHead(int offset, const Head& head);
+  int WriteHeadWord(int offset, int at, std::int32_t word) {
+    char bytes[4];
+    StoreLE32(bytes, word);
+    return WriteAt(bytes, offset + at, 4) == 4 ? 0 : -1;
+  }
   int ReadEntry(int id, Head& head);
   bool HasData(int offset, const Head& head) const;
   std::string_view DataAt(int offset, int length, std::string& scratch);
@@ -241,9 +247,8 @@ class SiteVarRecDB : public SiteDB {
   bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
   int AddReference(int offset);
-  int WriteReferences(int offset, Head& head, std::int32_t references);
   int Release(int id, int offset, bool isNamed);
-  int MarkEntryDead(int offset, Head& head);
+  int MarkEntryDead(int offset, const Head& head);
   void MarkDead(char* bytes, std::int32_t length) override;
   void LayDeadEntries(char* bytes, std::int32_t length) const;
   int AppendLiveEntries(PackFile& packed, int& entries, IdTable<std::int32_t>& offsets);

@@ -13,6 +13,7 @@
 #include "storage/batch.h"
 #include "storage/probe_table.h"
 #include "storage/site_var_rec_db.h"
+#include "util/prefetch.h"
 
 namespace zvrsit {
 

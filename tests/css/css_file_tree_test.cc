@@ -6,11 +6,11 @@
 #include <string>
 
 #include "css/css_control.h"
-#include "dom/byte_search.h"
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "platform/code_page.h"
 #include "support/folder_link.h"
+#include "support/padded.h"
 #include "support/temp_folder.h"
 
 namespace zvrsit {
@@ -44,7 +44,7 @@ class CssFileTree : public testing::Test {
 
   std::string OfPage(const std::string& html, const std::string& name = "site/p.htm") {
     Document* const page = dom_.createDocument("HTML");
-    const std::string text = html + std::string(kTextPadding, '\0');
+    const std::string text = test::Padded(html);
     page->createNodesInPlace(text.data(), static_cast<int>(html.size()), true,
                              DocumentScope::kReferences);
     CCSSFileTree tree = control_.GetFileTree(folder_.path(name), page);

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "dom/byte_search.h"
 #include "dom/page.h"
+#include "support/padded.h"
 
 namespace zvrsit::test {
 namespace {
@@ -184,7 +184,7 @@ TEST(Document, KeepsOnlyWhatMayHoldReferencesWhenAsked) {
       "<p class=a id=b><b>x</b><a class=c href=1 title=t data-x=2>y</a><title lang=en>T</title>"
       "<div style='x' hidden><svg class=s><g id=g /><title>U</title></svg><p id=d>"
       "<template><i class=e></i></template><u id=f><script></script><td nowrap background=3>";
-  const std::string padded = html + std::string(kTextPadding, '\0');
+  const std::string padded = Padded(html);
   Page page("");
   ASSERT_EQ(page->createNodesInPlace(padded.data(), static_cast<int>(html.size()), true,
                                      DocumentScope::kReferences),

@@ -8,6 +8,7 @@
 
 #include "dom/html_text.h"
 #include "dom/html_tokenizer.h"
+#include "support/padded.h"
 
 namespace zvrsit::test {
 
@@ -92,11 +93,6 @@ class TokenSink {
   Token::Attributes attributes_;
   std::unordered_set<std::string> names_;
 };
-
-// A text with the zeros behind it that the tokenizer needs.
-inline std::string Padded(std::string_view text) {
-  return std::string(text) + std::string(kTextPadding, '\0');
-}
 
 template <class Search>
 std::vector<Token> Tokenize(std::string_view text, bool follow = true,

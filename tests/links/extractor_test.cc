@@ -4,9 +4,9 @@
 
 #include <sstream>
 
-#include "dom/byte_search.h"
 #include "dom/document.h"
 #include "links/html_values.h"
+#include "support/padded.h"
 
 namespace zvrsit {
 namespace {
@@ -16,7 +16,7 @@ class Extractor : public testing::Test {
   // The rows of a page, which are the same when only its references are kept.
   PageRows& Extract(const std::string& html, LinkRules rules = LinkRules::Web) {
     const int length = static_cast<int>(html.size());
-    const std::string padded = html + std::string(kTextPadding, '\0');
+    const std::string padded = test::Padded(html);
     EXPECT_EQ(document_.createNodesInPlace(padded.data(), length, true, DocumentScope::kReferences),
               0);
     ExtractPage(document_, rules, rows_);

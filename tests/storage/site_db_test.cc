@@ -212,6 +212,18 @@ class LargeFile : public testing::Test {
     bytes_.replace(at, text.size(), text);
   }
   std::string OnDisk() const { return folder_.read("t"); }
+  // With each of its calls failing: what `operate` says that it has written is on disk. Then
+  // `check(run, result)`.
+  template <class Prepare, class Operate, class Check>
+  void FailEach(Prepare prepare, Operate operate, Check check) {
+    int result = 0;
+    test::FailEachCall(
+        prepare, [&] { result = operate(); },
+        [&](const test::FailedRun& run) {
+          EXPECT_TRUE(result < 0 || OnDisk() == bytes_) << run.call;
+          check(run, result);
+        });
+  }
 
   TempFolder folder_;
   SiteDB db_{folder_.path("t"), true};
@@ -263,11 +275,9 @@ TEST_F(LargeFile, IsOnDiskWithTheFlushAfterOneThatFailed) {
     ASSERT_EQ(db_.Flush(), 0);
     Write(2000000, "y");
   };
-  int result = 0;
-  test::FailEachCall(
-      prepare, [&] { result = db_.Flush(); },
-      [&](const test::FailedRun& run) {
-        EXPECT_TRUE(result < 0 || OnDisk() == bytes_) << run.call;
+  FailEach(
+      prepare, [this] { return db_.Flush(); },
+      [this](const test::FailedRun& run, int) {
         Write(7000, "z");
         EXPECT_EQ(db_.Flush(), 0);
         EXPECT_TRUE(OnDisk() == bytes_) << run.call;
@@ -281,11 +291,9 @@ TEST_F(LargeFile, IsOnDiskWhenNoCallHasFailed) {
     Write(50000, "x");
     Write(2000000, "y");
   };
-  int result = 0;
-  test::FailEachCall(
-      prepare, [&] { result = db_.Close(); },
-      [&](const test::FailedRun& run) {
-        EXPECT_TRUE(result < 0 || OnDisk() == bytes_) << run.call;
+  FailEach(
+      prepare, [this] { return db_.Close(); },
+      [&](const test::FailedRun&, int result) {
         EXPECT_FALSE(db_.isOpen());
         if (result < 0) ++failures;
       });
