@@ -51,9 +51,8 @@ void AddSet(CLI::App& site, const Options& options, Run& run) {
   AddGiven(*set, "--folder", given->folder, "where the site was moved; it is to be rebuilt then")
       ->option_text("FOLDER");
   AddSiteOptions(*set, *given);
-  AddGiven(*set, "--live-url", given->liveUrl, "the URL under which the site is served")
-      ->option_text("URL");
-  AddGiven(*set, "--server", given->server, "the server to publish to")->option_text("NAME");
+  AddGiven(*set, "--server", given->server, "the server that the application publishes the site to")
+      ->option_text("NAME");
   set->callback([&options, &run, name, given] {
     run = [&options, name, given] { return RunSet(options, *name, *given); };
   });

@@ -1,3 +1,4 @@
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -34,13 +35,19 @@ struct NumberField {
   const char* option;
   const char* key;
   std::int32_t ServProfile::*number;
+  std::int32_t largest;  // from 0
   const char* help;
 };
+// Kinds and ways are numbers of the application that publishes.
+constexpr std::int32_t kAnyNumber = std::numeric_limits<std::int32_t>::max();
 constexpr NumberField kNumbers[] = {
-    {"--firewall", "firewall", &ServProfile::firewall, "the kind of firewall, 0 for none"},
-    {"--transfer-type", "transfer_type", &ServProfile::transferType, "how files are sent"},
-    {"--first-dir-mode", "first_dir_mode", &ServProfile::initDirMode, "how --first-dir is meant"},
-    {"--lock-dir", "lock_dir", &ServProfile::lockDir, "whether a session stays in it, 0 or 1"},
+    {"--firewall", "firewall", &ServProfile::firewall, kAnyNumber,
+     "the kind of firewall, 0 for none"},
+    {"--transfer-type", "transfer_type", &ServProfile::transferType, kAnyNumber,
+     "how files are sent"},
+    {"--first-dir-mode", "first_dir_mode", &ServProfile::initDirMode, kAnyNumber,
+     "how --first-dir is meant"},
+    {"--lock-dir", "lock_dir", &ServProfile::lockDir, 1, "whether a session stays in it, 0 or 1"},
 };
 
 // What `server set` was told, by option.
@@ -120,9 +127,34 @@ int RunSet(const Options& options, const std::string& name, const Given& given) 
   return Show(options, session, name);
 }
 
-int RunDelete(const Options& options, const std::string& name) {
+// The sites that are published to the server.
+std::vector<std::string> SitesOf(Session& session, const std::string& server) {
+  std::vector<std::string> sites = TakeList(session.manager().EnumSiteProf());
+  std::erase_if(
+      sites, [&](const std::string& site) { return ReadProfile(session, site).server != server; });
+  return sites;
+}
+
+// Without `force` a server that sites name stays; with it they name none.
+void LetGo(Session& session, const std::string& server, bool force) {
+  SiteMgr& manager = session.manager();
+  std::string names;
+  for (const std::string& site : SitesOf(session, server)) {
+    names += (names.empty() ? "" : ", ") + site;
+    if (force && manager.SetSiteProfServer("", manager.FindSiteProf(site)) != 0) {
+      throw Failure(kDatabase, "the profile of \"" + site + "\" cannot be written");
+    }
+  }
+  if (!names.empty() && !force) {
+    throw Failure(kUsage, "\"" + server + "\" is the server of " + names +
+                              " (--force deletes it all the same)");
+  }
+}
+
+int RunDelete(const Options& options, const std::string& name, bool force) {
   Session session(options, Database::kMustExist);
   ReadServer(session, name);
+  LetGo(session, name, force);
   if (session.manager().DeleteServProf(name) != 0) {
     throw Failure(kDatabase, "the profile of the server \"" + name + "\" cannot be deleted");
   }
@@ -152,7 +184,8 @@ void AddSet(CLI::App& server, const Options& options, Run& run) {
            field.option,
            [given, &field](std::int32_t number) { given->numbers[field.option] = number; },
            field.help)
-        ->option_text("NUMBER");
+        ->option_text("NUMBER")
+        ->check(CLI::Range(0, field.largest));
   }
   set->add_flag("--password", given->password,
                 "ask for the password, or read it as a line of standard input");
@@ -166,7 +199,8 @@ void AddSet(CLI::App& server, const Options& options, Run& run) {
 }  // namespace
 
 void AddServerCommands(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* server = app.add_subcommand("server", "The servers that sites are published to");
+  CLI::App* server = app.add_subcommand(
+      "server", "Servers for the application that publishes the sites; zvrsit sends nothing");
   server->require_subcommand(1);
   const auto name = std::make_shared<std::string>();
 
@@ -180,10 +214,13 @@ void AddServerCommands(CLI::App& app, const Options& options, Run& run) {
 
   AddSet(*server, options, run);
 
-  CLI::App* remove = server->add_subcommand("delete", "Forget a server");
+  const auto force = std::make_shared<bool>(false);
+  CLI::App* remove = server->add_subcommand("delete", "Forget a server that no site names");
   AddName(*remove, *name);
-  remove->callback(
-      [&options, &run, name] { run = [&options, name] { return RunDelete(options, *name); }; });
+  remove->add_flag("--force", *force, "take it out of the sites that name it");
+  remove->callback([&options, &run, name, force] {
+    run = [&options, name, force] { return RunDelete(options, *name, *force); };
+  });
 }
 
 }  // namespace zvrsit::cli

@@ -8,6 +8,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "links/url_text.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -96,6 +97,15 @@ void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
   if (site.server) profile.server = *site.server;
 }
 
+CLI::Validator IsLiveUrl() {
+  return CLI::Validator(
+      [](std::string& url) {
+        if (url.empty() || LiveAddress(url).isSet()) return std::string();
+        return "\"" + url + "\" is not the address of a folder, such as https://example.org/docs/";
+      },
+      "");
+}
+
 }  // namespace
 
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
@@ -112,6 +122,10 @@ void AddSiteOptions(CLI::App& command, GivenSite& site) {
       ->option_text("NAME");
   AddGiven(command, "--doc-root", site.docRoot, "the folder that a leading / in a link means")
       ->option_text("FOLDER");
+  AddGiven(command, "--live-url", site.liveUrl,
+           "the address under which the folder is served: links to it are links in the site")
+      ->option_text("URL")
+      ->check(IsLiveUrl());
   AddGiven(command, "--rules", site.rules,
            "web (default): what a browser of today would load; classic: HTML 4 and no more")
       ->option_text("web|classic")
@@ -158,7 +172,8 @@ void ChangeSite(Session& session, const std::string& name, const GivenSite& site
   SiteMgr& manager = session.manager();
   SiteProfile profile = ReadProfile(session, name);
   Apply(session, site, profile);
-  if (site.folder || site.docRoot || site.defaultUrl || site.rules) profile.rebuildState = 0;
+  if (site.folder || site.docRoot || site.liveUrl || site.defaultUrl || site.rules)
+    profile.rebuildState = 0;
   // Every path in the tables is one of the folder before.
   const bool anew = site.folder && manager.DeleteSiteProf(name) != 0;
   if (anew || manager.SetSiteProf(name, profile) < 0) {

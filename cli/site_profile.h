@@ -20,13 +20,13 @@ struct GivenSite {
   std::optional<std::string> docRoot;     // empty: none
   std::optional<std::string> rules;       // "web" or "classic"
   std::optional<std::string> server;      // empty: none
-  std::optional<std::string> liveUrl;     // empty: none
+  std::optional<std::string> liveUrl;     // empty: none; else what LiveAddress takes
 };
 
 // An option whose value stays unset unless it is given.
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
                       const std::string& help);
-// --top, --default-url, --doc-root and --rules.
+// --top, --default-url, --doc-root, --live-url and --rules.
 void AddSiteOptions(CLI::App& command, GivenSite& site);
 
 // The profile of a new site, not yet stored: `folder` has to be given, the rules are those of the

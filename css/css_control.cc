@@ -106,6 +106,11 @@ void CCSSControl::SetLinkRules(LinkRules rules) {
   DropSheets();
 }
 
+void CCSSControl::SetLiveUrl(const std::string& url) {
+  resolver_.SetLiveUrl(url, siteFolder_);
+  DropSheets();
+}
+
 // What a sheet refers to has been resolved under options that no longer hold.
 void CCSSControl::DropSheets() {
   sheets_.clear();

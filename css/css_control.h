@@ -52,6 +52,9 @@ class ZVRSIT_API CCSSControl {
   // How references are resolved, and whether sheets outside of the site folder are read (under
   // the classic rules only).
   void SetLinkRules(LinkRules rules);
+  // The URL under which the site folder is served, for the web rules; to be said after the folders
+  // and the rules. One that is no absolute http or https URL is as none.
+  void SetLiveUrl(const std::string& url);
 
   // The tree of a page: its linked sheets, what its STYLE elements import and the addresses in
   // them, then those in style attributes. A null document is read from the file at `path`; when

@@ -30,6 +30,11 @@ void ReferenceResolver::BeginFile(const std::string& root, const std::string& pa
   hasBase_ = false;
 }
 
+void ReferenceResolver::SetLiveUrl(std::string_view url, std::string_view siteFolder) {
+  resolver_.SetLiveUrl(url, siteFolder);
+  recent_.clear();
+}
+
 void ReferenceResolver::SetBase(std::string_view baseHref) {
   Begun().SetBase(baseHref);
   recent_.clear();

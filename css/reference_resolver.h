@@ -18,7 +18,8 @@ class ReferenceResolver {
 
   // Begins a page or a sheet: references are taken from `path`; "/" is `root`.
   void BeginFile(const std::string& root, const std::string& path);
-  // These as of TargetResolver.
+  // These as of TargetResolver; a live URL is said before files are begun.
+  void SetLiveUrl(std::string_view url, std::string_view siteFolder);
   void SetBase(std::string_view baseHref);
   TargetKind Resolve(std::string_view reference, std::string& out);
   LinkRules rules() const { return resolver_.rules(); }

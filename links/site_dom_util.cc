@@ -98,6 +98,8 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   siteFolder_ = web_ ? siteFolder : siteRoot;
   PageRows& rows = memo_->rows;
   ExtractPage(*document, web_ ? LinkRules::Web : LinkRules::Classic, rows);
+  const std::string* const live = manager->GetLiveUrl();
+  if (live != nullptr) memo_->resolver.SetLiveUrl(*live, siteFolder_);
   memo_->resolver.BeginPage(siteRoot, pagePath);
   if (!rows.baseHref.empty()) memo_->resolver.SetBase(rows.baseHref);
   memo_->targets.TurnTo(memo_->resolver.baseText(), siteRoot, linkTable);

@@ -9,6 +9,7 @@
 
 #include "links/ascii.h"
 #include "links/site_url.h"
+#include "links/url_text.h"
 #include "platform/code_page.h"
 #include "util/mb_string.h"
 
@@ -55,63 +56,11 @@ std::string_view Cleaned(std::string_view target, std::string& scratch) {
   return scratch;
 }
 
-// The scheme of an absolute URL, without its ":"; empty when the target is relative.
-std::string_view SchemeOf(std::string_view target) {
-  if (target.empty() || !IsAsciiAlpha(target.front())) return {};
-  for (std::size_t i = 1; i < target.size(); ++i) {
-    const char c = target[i];
-    if (c == ':') return target.substr(0, i);
-    if (!IsAsciiAlpha(c) && !IsAsciiDigit(c) && c != '+' && c != '-' && c != '.') return {};
-  }
-  return {};
-}
-
 // Schemes whose URLs name no place outside of the page or the browser itself.
 bool NamesNoPlace(std::string_view scheme) {
   constexpr std::string_view kSchemes[] = {"data", "javascript", "about", "blob"};
   return std::any_of(std::begin(kSchemes), std::end(kSchemes),
                      [scheme](std::string_view known) { return EqualsLower(scheme, known); });
-}
-
-bool IsSlash(char c) {
-  return c == '/' || c == '\\';
-}
-
-// Index of the first single-byte character that `matches`, or the size.
-template <class Predicate>
-std::size_t FindMB(std::string_view text, std::size_t from, Predicate matches) {
-  const std::array<bool, 256>& isLead = platform::LeadBytes();
-  for (std::size_t i = from; i < text.size(); ++i) {
-    if (isLead[static_cast<unsigned char>(text[i])]) {
-      ++i;
-    } else if (matches(text[i])) {
-      return i;
-    }
-  }
-  return text.size();
-}
-
-std::string_view WithoutQueryAndFragment(std::string_view target) {
-  return target.substr(0, FindMB(target, 0, [](char c) { return c == '#' || c == '?'; }));
-}
-
-int HexValue(char c) {
-  if (IsAsciiDigit(c)) return c - '0';
-  const char lower = AsciiLower(c);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-// How many dots a segment stands for: "." is 1, ".." is 2, each also written as "%2e"; else 0.
-int DotsOf(std::string_view segment) {
-  int dots = 0;
-  while (!segment.empty()) {
-    const bool encoded = segment.size() >= 3 && segment[0] == '%' && segment[1] == '2' &&
-                         AsciiLower(segment[2]) == 'e';
-    if (!encoded && segment.front() != '.') return 0;
-    segment.remove_prefix(encoded ? 3 : 1);
-    if (++dots > 2) return 0;
-  }
-  return dots;
 }
 
 bool IsValidUtf8(std::string_view text) {
@@ -173,69 +122,30 @@ bool AppendDecodedName(std::string_view segment, std::string& out) {
   return IsName(std::string_view(out).substr(begin));
 }
 
+// Appends to a URL the folder names of a path; each name ends in a separator.
+void AppendFolders(std::string_view folders, std::string& url) {
+  constexpr std::string_view kHex = "0123456789ABCDEF";
+  const std::array<bool, 256>& isLead = platform::LeadBytes();
+  for (std::size_t i = 0; i < folders.size(); ++i) {
+    const char c = folders[i];
+    if (isLead[static_cast<unsigned char>(c)] && i + 1 < folders.size()) {
+      url.append(folders.substr(i++, 2));
+    } else if (c == '\\') {
+      url.push_back('/');
+    } else if (c == '%' || c == '#' || c == '?') {
+      const auto byte = static_cast<unsigned char>(c);
+      url.append({'%', kHex[byte >> 4], kHex[byte & 15]});
+    } else {
+      url.push_back(c);
+    }
+  }
+}
+
 bool AppendName(std::string_view segment, unsigned traits, std::string& out) {
   if ((traits & kPercent) != 0) return AppendDecodedName(segment, out);
   out.append(segment);
   return !EndsInHalfCharacter(segment) &&
          ((traits & kControlOrSpace) == 0 || segment.find('\0') == kNpos);
-}
-
-// Takes "." and ".." out of the path of a URL, which begins with "/".
-std::string RemoveDotSegments(std::string_view path) {
-  std::string out;
-  std::vector<std::size_t> cuts;  // where each segment of `out` begins, at its "/"
-  for (std::size_t begin = 0; begin < path.size();) {
-    const std::size_t end = FindMB(path, begin + 1, IsSlash);
-    const std::string_view segment = path.substr(begin + 1, end - begin - 1);
-    const int dots = DotsOf(segment);
-    if (dots == 2 && !cuts.empty()) {
-      out.resize(cuts.back());
-      cuts.pop_back();
-    }
-    if (dots == 0) {
-      cuts.push_back(out.size());
-      out.append("/").append(segment);
-    } else if (end == path.size()) {
-      out.append("/");
-    }
-    begin = end;
-  }
-  return out;
-}
-
-// A relative target joined to the absolute URL (or "//host" URL) `base`; false when that has no
-// path to join to.
-bool JoinToUrl(std::string_view base, std::string_view target, std::string& out) {
-  const std::size_t colon = SchemeOf(base).size();
-  const std::size_t start = colon == 0 ? 0 : colon + 1;
-  if (base.size() < start + 2 || !IsSlash(base[start]) || !IsSlash(base[start + 1])) return false;
-  if (target.size() >= 2 && IsSlash(target[0]) && IsSlash(target[1])) {
-    out = std::string(base.substr(0, start)).append(target);
-    return true;
-  }
-  const std::string_view place = WithoutQueryAndFragment(base);
-  const std::size_t pathStart = FindMB(place, start + 2, IsSlash);
-  std::string_view basePath = place.substr(pathStart);
-  if (basePath.empty()) basePath = "/";
-  std::string joined(place.substr(0, pathStart));
-  const std::string_view targetPath = WithoutQueryAndFragment(target);
-  const std::string_view rest = target.substr(targetPath.size());
-  if (targetPath.empty()) {
-    joined.append(basePath);
-    if (rest.empty() || rest.front() == '#') {
-      const std::string_view baseRest = base.substr(place.size());
-      joined.append(baseRest.substr(0, baseRest.find('#')));
-    }
-  } else if (IsSlash(targetPath.front())) {
-    joined.append(RemoveDotSegments(targetPath));
-  } else {
-    std::string path(basePath);
-    ReplaceCharMB(path, '\\', '/');
-    path.resize(FindLastCharMB(path, '/') + 1);
-    joined.append(RemoveDotSegments(path.append(targetPath)));
-  }
-  out = joined.append(rest);
-  return true;
 }
 
 }  // namespace
@@ -252,15 +162,25 @@ void TargetResolver::BeginPage(std::string_view siteRoot, std::string_view pageP
   SetBaseFile(pagePath);
 }
 
+void TargetResolver::SetLiveUrl(std::string_view url, std::string_view siteFolder) {
+  live_ = rules_ == LinkRules::Web ? LiveAddress(url) : LiveAddress();
+  liveFolder_ = siteFolder;
+}
+
 void TargetResolver::SetBaseFile(std::string_view path) {
   baseFile_ = path;
   const auto last = FindLastBackslashMB(path);
   const std::size_t folder = last == std::string::npos ? 0 : last + 1;
   baseText_ = path.substr(0, folder);
   climb_.clear();
+  folderUrl_.clear();
   if (rules_ == LinkRules::Classic) return;
   // A page below the root climbs to the root; any other one to the top of its drive.
   const bool below = path.substr(0, siteRoot_.size()) == siteRoot_;
+  if (below && live_.isBelowRoot() && siteRoot_ == liveFolder_) {
+    folderUrl_ = live_.url();
+    AppendFolders(path.substr(siteRoot_.size(), folder - siteRoot_.size()), folderUrl_);
+  }
   std::size_t top = below ? siteRoot_.size() : 0;
   for (std::size_t i = top; i < folder; ++i) {
     i = FindMB(path, i, [](char c) { return c == '\\'; });
@@ -296,17 +216,11 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
   if ((traits & kControlOrSpace) != 0) target = Cleaned(target, clean_);
   const std::string_view scheme = (traits & kColon) != 0 ? SchemeOf(target) : std::string_view();
   if (!scheme.empty()) {
-    if (NamesNoPlace(scheme)) return TargetKind::kNone;
-    out = target;
-    return TargetKind::kExternal;
+    return NamesNoPlace(scheme) ? TargetKind::kNone : ResolveUrl(target, out);
   }
-  if (!externalBase_.empty()) {
-    return JoinToUrl(externalBase_, target, out) ? TargetKind::kExternal
-                                                 : TargetKind::kUnresolvable;
-  }
+  if (!externalBase_.empty()) return ResolveJoined(externalBase_, target, out);
   if (target.size() >= 2 && IsSlash(target[0]) && IsSlash(target[1])) {
-    out = target;
-    return TargetKind::kExternal;
+    return ResolveUrl(target, out);
   }
   const std::string_view path =
       (traits & kQueryOrFragment) != 0 ? WithoutQueryAndFragment(target) : target;
@@ -314,7 +228,32 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
     out = baseFile_;
     return TargetKind::kLocal;
   }
+  // Served from a folder, a site can be left by these without a scheme.
+  if (!folderUrl_.empty() &&
+      (IsSlash(path.front()) || (traits & kPercent) != 0 || path.find("..") != kNpos)) {
+    return ResolveJoined(folderUrl_, target, out);
+  }
   return ResolveWebPath(path, traits, out);
+}
+
+// A target that is relative to `base`, a URL.
+TargetKind TargetResolver::ResolveJoined(const std::string& base, std::string_view target,
+                                         std::string& out) {
+  std::string url;
+  return JoinToUrl(base, target, url) ? ResolveUrl(url, out) : TargetKind::kUnresolvable;
+}
+
+// An absolute URL or "//host": a place elsewhere, unless the site is served there.
+TargetKind TargetResolver::ResolveUrl(std::string_view url, std::string& out) {
+  std::string path;
+  if (live_.PathOf(url, path) && liveFolder_.starts_with(siteRoot_)) {
+    std::string fromRoot = "/";
+    AppendFolders(std::string_view(liveFolder_).substr(siteRoot_.size()), fromRoot);
+    fromRoot.append(path, 1);
+    return ResolveWebPath(fromRoot, TraitsOf(fromRoot), out);
+  }
+  out = url;
+  return TargetKind::kExternal;
 }
 
 // `traits` are those of the target that the path is of.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "links/link_rules.h"
+#include "links/url_text.h"
 
 namespace zvrsit {
 
@@ -24,6 +25,11 @@ enum class TargetKind : std::uint8_t {
 class TargetResolver {
  public:
   explicit TargetResolver(LinkRules rules = LinkRules::Classic) : rules_(rules) {}
+
+  // Says where the folder `siteFolder` (which ends in "\") is served: URLs of that place name files
+  // of it, and what leads out of a folder below the root of the server is a URL. A `url` that a
+  // LiveAddress does not take says nothing. Without effect under Classic.
+  void SetLiveUrl(std::string_view url, std::string_view siteFolder);
 
   // Begins a page: targets are taken from `pagePath`; "/" is `siteRoot`.
   void BeginPage(std::string_view siteRoot, std::string_view pagePath);
@@ -43,6 +49,8 @@ class TargetResolver {
 
  private:
   TargetKind ResolveWeb(std::string_view target, std::string& out);
+  TargetKind ResolveUrl(std::string_view url, std::string& out);
+  TargetKind ResolveJoined(const std::string& base, std::string_view target, std::string& out);
   TargetKind ResolveWebPath(std::string_view path, unsigned traits, std::string& out);
   void SetBaseFile(std::string_view path);
 
@@ -54,6 +62,9 @@ class TargetResolver {
   // Under Web:
   std::string baseFile_;      // what "", "?q" and "#x" name: the page, or a local BASE
   std::string externalBase_;  // a BASE elsewhere, empty for none
+  LiveAddress live_;
+  std::string liveFolder_;
+  std::string folderUrl_;  // of baseFile_'s folder, where "/" is not the site folder; else empty
   // Lengths of the folders that `..` may climb to, ascending: the first is the top, the last the
   // folder of baseFile_.
   std::vector<std::size_t> climb_;

@@ -275,7 +275,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // or -1. The rebuild state is further up.
   //
   // One of ten folders: slot 0 the document root and 1 the site folder, both ending in `\`, 9 the
-  // URL under which the site is served. A change in the open site is passed on to style sheets at
+  // URL under which the site is served: by the web rules links to it are links to the site's files.
+  // It is absolute, of http or https, and has neither a user nor a query nor a fragment; any other
+  // text is as none. A change in the open site is passed on to style sheets at
   // once; files that are registered keep what was found out about them.
   std::string* GetSiteProfDir(int slot, int siteId = -1);
   int SetSiteProfDir(int slot, const std::string& folder, int siteId = -1);

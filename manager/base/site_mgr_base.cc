@@ -82,6 +82,7 @@ SiteMgrBase::~SiteMgrBase() {
   delete servProfPath;
   delete operationMemo;
   delete siteFolder;
+  delete liveUrl;
 }
 
 void SiteMgrBase::setDom(DOM* newDom) {
@@ -152,9 +153,14 @@ int SiteMgrBase::OpenSite(int siteId, int) {
 
 void SiteMgrBase::KeepSiteFolder(const SiteSiteRec& rec) {
   Drop(siteFolder);
-  std::string folder;
-  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return;
-  siteFolder = new std::string(std::move(folder));
+  Drop(liveUrl);
+  std::string text;
+  if (ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], text)) {
+    siteFolder = new std::string(text);
+  }
+  if (ReadProfileText(rec.folders[SiteSiteRec::kLiveUrl], text)) {
+    liveUrl = new std::string(std::move(text));
+  }
 }
 
 bool SiteMgrBase::ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const {
@@ -214,6 +220,9 @@ int SiteMgrBase::NotifyCss(SiteSiteRec& rec) {
   cssCtrl->SetSiteSaveDir(folder, slot7, slot3);
   cssCtrl->SetLinkRules(linkRules);
 
+  std::string live;
+  if (ReadProfileText(rec.folders[SiteSiteRec::kLiveUrl], live)) cssCtrl->SetLiveUrl(live);
+
   Drop(docRoot);
   if (rec.useDocRoot != 0 && rec.folders[SiteSiteRec::kDocumentRoot] >= 0) {
     docRoot = new std::string;
@@ -233,6 +242,7 @@ int SiteMgrBase::CloseSite() {
   if (cssCtrl != nullptr) cssCtrl->ClearSiteOption();
   Drop(docRoot);
   Drop(siteFolder);
+  Drop(liveUrl);
   openSiteId = -1;
   return 0;  // defaultUrl stays until the next opening, on purpose
 }

@@ -80,6 +80,8 @@ class ZVRSIT_API SiteMgrBase {
   int GetOpenSiteId() const { return openSiteId; }
   // 1 when links between files may have changed since the family was last brought up to date.
   int GetLinksChanged() const { return linksChanged; }
+  // The URL under which the folder of the open site is served; null when its profile has none.
+  const std::string* GetLiveUrl() const { return liveUrl; }
   // The link rules of the open site, from its profile.
   LinkRules GetLinkRules() const { return linkRules; }
 
@@ -146,7 +148,7 @@ class ZVRSIT_API SiteMgrBase {
   bool ReadProfileText(std::int32_t ref, std::string& text) const;
   // The profile record of the open site; false when it cannot be read.
   bool ReadOpenSite(SiteSiteRec& rec) const;
-  // Keeps the site folder of `rec`, the open site's profile.
+  // Keeps the site folder and the live URL of `rec`, the open site's profile.
   void KeepSiteFolder(const SiteSiteRec& rec);
 
   // In this order.
@@ -169,8 +171,9 @@ class ZVRSIT_API SiteMgrBase {
   LinkRules linkRules = LinkRules::Classic;
   OperationMemo* operationMemo = nullptr;
   // The open site's folder as its profile has it, kept for questions that are asked once a link;
-  // null when no site is open.
+  // null when no site is open. Likewise its live URL.
   std::string* siteFolder = nullptr;
+  std::string* liveUrl = nullptr;
 
  private:
   enum class CaseCheck { kNo, kYes };

@@ -54,6 +54,10 @@ TEST(Commands, SayInOneLineWhatIsWrong) {
       {{"site", "set", "demo", "--server", "nowhere"}, 2, "nowhere"},
       {{"server", "show", "nowhere"}, 2, "nowhere"},
       {{"server", "set", "new", "--password"}, 2, "password"},
+      {{"server", "set", "new", "--lock-dir", "9"}, 2, "--lock-dir"},
+      {{"server", "set", "new", "--transfer-type", "-1"}, 2, "--transfer-type"},
+      {{"site", "set", "demo", "--live-url", "foo"}, 2, "--live-url"},
+      {{"add", "new", site, "--live-url", "ftp://example.org/"}, 2, "--live-url"},
   };
   for (const auto& row : rows) {
     const Outcome outcome = program.Run(row.words);
@@ -139,6 +143,26 @@ TEST(Commands, LinksOutOfTheSite) {
   ASSERT_EQ(broken.size(), 1u) << broken;
   EXPECT_EQ(broken[0]["to"], program.folder.native("none.html"));
   EXPECT_EQ(broken[0]["outside"], true);
+}
+
+// The live address names the site, in pages and in sheets.
+TEST(Commands, LinksToTheLiveAddress) {
+  const Program program;
+  program.Page("index.html",
+               "<base href=https://example.org/docs/><link rel=stylesheet href=/docs/s.css>"
+               "<a href=//example.org/docs/none.html><a href=/elsewhere.html>");
+  program.Page("s.css", "a { background: url(http://EXAMPLE.org/docs/none.png) }");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 0);
+  const Words change{"site", "set", "demo", "--live-url", "https://example.org/docs"};
+  EXPECT_EQ(program.Ask(change)["state"], "to be rebuilt");
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  const Json broken = program.Ask({"broken", "demo"});
+  ASSERT_EQ(broken.size(), 2u) << broken;
+  EXPECT_EQ(broken[0]["to"], "none.html");
+  EXPECT_EQ(broken[1]["to"], "none.png");
+  EXPECT_EQ(program.Ask({"urls", "demo"}).dump(),
+            R"([{"name":"https://example.org/elsewhere.html"}])");
 }
 
 // A rebuild of what did not change changes nothing: under the web rules from the first one on,
@@ -230,8 +254,14 @@ TEST(Commands, ShowAndChangeProfiles) {
   EXPECT_TRUE(program.Run({"links", "moved"}).complains("rebuild"));
   EXPECT_EQ(program.Run({"rebuild", "moved"}).code, 0);
   EXPECT_EQ(program.Ask({"files", "moved"}).size(), 2u);
+  const Outcome used = program.Run({"server", "delete", "host"});
+  EXPECT_EQ(used.code, 2);
+  EXPECT_TRUE(used.complains("moved"));
+  EXPECT_EQ(program.Ask({"site", "show", "moved"})["server"], "host");
+  EXPECT_EQ(program.Run({"server", "delete", "host", "--force"}).code, 0);
+  EXPECT_EQ(program.Ask({"site", "show", "moved"})["server"], "");
+  EXPECT_EQ(program.Ask({"server", "list"}), Json::array());
   EXPECT_EQ(program.Run({"site", "delete", "moved"}).code, 0);
-  EXPECT_EQ(program.Run({"server", "delete", "host"}).code, 0);
   EXPECT_FALSE(program.folder.has("db/moved"));
   EXPECT_EQ(program.Ask({"sites"}), Json::array());
 }

@@ -130,6 +130,63 @@ TEST_F(TargetResolverTest, JoinsToAnExternalBase) {
   ExpectPlaces(resolver_, {{"b.htm", "//h/b.htm"}, {"/b.htm", "//h/b.htm"}});
 }
 
+TEST_F(TargetResolverTest, TakesTheLiveAddressForTheSite) {
+  resolver_.SetLiveUrl("https://Example.org", "\\site\\");
+  resolver_.BeginPage("\\site", "\\site\\docs\\a.htm");
+  ExpectPlaces(resolver_, {{"https://example.org", "\\site\\"},
+                           {"http://EXAMPLE.org:80/docs/b%20c.htm?q#x", "\\site\\docs\\b c.htm"},
+                           {"//example.org:443/x/../b.htm", "\\site\\b.htm"},
+                           {"http:\\\\example.org\\b.htm", "\\site\\b.htm"},
+                           {"https://me@example.org/b.htm", "\\site\\b.htm"},
+                           {"http://example.org:443/b", "http://example.org:443/b"},
+                           {"https://www.example.org/b", "https://www.example.org/b"},
+                           {"https://example.organic/b", "https://example.organic/b"},
+                           {"ftp://example.org/b", "ftp://example.org/b"},
+                           {"/b.htm", "\\site\\b.htm"},
+                           {"../../b.htm", "\\site\\b.htm"}});
+  resolver_.SetBase("http://example.org/other/");
+  ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"}});
+  resolver_.SetBase("http://elsewhere.org/x/");
+  ExpectPlaces(resolver_, {{"//example.org/b.htm", "\\site\\b.htm"}});
+}
+
+// A site below the root of its server is left by "/" and by "..", and entered again by its folder.
+TEST_F(TargetResolverTest, TakesTheFolderOfTheLiveAddressForTheSite) {
+  resolver_.SetLiveUrl("http://h:8080/%7Eann/www", "\\site\\");
+  resolver_.BeginPage("\\site\\", "\\site\\50% #1\\a.htm");
+  ExpectPlaces(resolver_, {{"http://H:8080/~ann/www/b.htm", "\\site\\b.htm"},
+                           {"http://h:8080/~ann/www", "\\site\\"},
+                           {"http://h:8080/~ann/www2/b.htm", "http://h:8080/~ann/www2/b.htm"},
+                           {"http://h/~ann/www/b.htm", "http://h/~ann/www/b.htm"},
+                           {"/~ann/www/b.htm#x", "\\site\\b.htm"},
+                           {"/b.htm?q", "http://h:8080/b.htm?q"},
+                           {"b.htm", "\\site\\50% #1\\b.htm"},
+                           {"x/../b.htm", "\\site\\50% #1\\b.htm"},
+                           {"%62.htm", "\\site\\50% #1\\b.htm"},
+                           {"../b.htm", "\\site\\b.htm"},
+                           {"../../b.htm", "http://h:8080/%7Eann/b.htm"},
+                           {"../../www/b.htm", "\\site\\b.htm"},
+                           {"#x", "\\site\\50% #1\\a.htm"}});
+  // With a document root, "/" is that.
+  resolver_.SetLiveUrl("http://h/www/", "\\root\\www\\");
+  resolver_.BeginPage("\\root\\", "\\root\\www\\a.htm");
+  ExpectPlaces(resolver_, {{"http://h/www/b.htm", "\\root\\www\\b.htm"},
+                           {"/b.htm", "\\root\\b.htm"},
+                           {"../b.htm", "\\root\\b.htm"}});
+}
+
+TEST(LiveAddress, IsAnAbsoluteUrlOfAFolder) {
+  for (const char* url : {"http://h", "HTTPS://h:8/x/y/", "http://[::1]/", "http://h/x%20y"}) {
+    EXPECT_TRUE(LiveAddress(url).isSet()) << url;
+  }
+  for (const char* url :
+       {"", "foo", "h.org/x", "//h/x", "http:", "http://", "http:///x", "http:/h/", "ftp://h/",
+        "http://me@h/", "http://h/?q", "http://h/#x", "http://:80/", "http://h:x/", "http://h:0/",
+        "http://h:70000/", "http://h/x y"}) {
+    EXPECT_FALSE(LiveAddress(url).isSet()) << url;
+  }
+}
+
 TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
   const test::CodePageScope shiftJis(932);
   const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
