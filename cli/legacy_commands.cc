@@ -67,9 +67,9 @@ int RunSites(const Options& options) {
   SitMgr& manager = session.manager();
   Json rows = Json::array();
   std::vector<Words> lines;
-  const int count = manager.SiteProfNum();
-  for (int id = 0; id < count; ++id) {
-    const std::string name = Take(manager.SiteProfName(id));
+  manager.EnumSiteProf(1);
+  while (std::string* next = manager.EnumSiteProf(0)) {
+    const std::string name = Take(next);
     const SitSiteProperty site = session.Profile(name);
     rows.push_back(SiteRow(name, site));
     lines.push_back({name, NativePath(site.dir[kSlotSiteFolder])});
@@ -366,15 +366,12 @@ void AddMaking(CLI::App& legacy, const Options& options, Run& run) {
     run = [&options, name, diff] { return RunRebuild(options, *name, *diff); };
   });
 
-  CLI::App* import = legacy.add_subcommand(
+  CLI::App* carry = legacy.add_subcommand(
       "import", "Carry a site and its profiles over into the newer generation, and rebuild it");
-  AddSiteName(*import, *name);
-  import->callback(
-      [&options, &run, name] { run = [&options, name] { return RunImport(options, *name);
-};
-}  // namespace
-);
-}  // namespace zvrsit::cli
+  AddSiteName(*carry, *name);
+  carry->callback(
+      [&options, &run, name] { run = [&options, name] { return RunImport(options, *name); }; });
+}
 
 void AddQuestions(CLI::App& legacy, const Options& options, Run& run) {
   AddLinkQueries(

@@ -20,8 +20,29 @@ class OlderSite : public ::testing::Test {
               R"({"files":2,"links":5,"broken":2,"urls":1})");
   }
 
+  // Calls `use` with a manager of the library over the same database.
+  template <class Use>
+  void WithManager(Use use) const {
+    std::string db;
+    ASSERT_TRUE(platform::FromNativePath(program.folder.native("db/legacy"), db));
+    SitMgr manager;
+    ASSERT_EQ(manager.setDB(db + "\\", "sites", "servers"), 0);
+    use(manager);
+  }
+
   Program program;
 };
+
+TEST_F(OlderSite, ListsTheSitesThatAreLeft) {
+  WithManager([](SitMgr& manager) {
+    for (const char* name : {"second", "third"}) EXPECT_EQ(manager.SiteProfAdd(name), 0);
+    EXPECT_EQ(manager.SiteProfDel("second"), 0);
+  });
+  const Json sites = program.Ask({"legacy", "sites"});
+  ASSERT_EQ(sites.size(), 2u) << sites;
+  EXPECT_EQ(sites[0]["name"], "demo");
+  EXPECT_EQ(sites[1]["name"], "third");
+}
 
 TEST_F(OlderSite, AnswersAboutLinksAndFiles) {
   const Json links = program.Ask({"legacy", "links", "demo"});
@@ -67,11 +88,7 @@ TEST_F(OlderSite, TakesBackChangesOfOneRun) {
 }
 
 TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
-  {
-    std::string db;
-    ASSERT_TRUE(platform::FromNativePath(program.folder.native("db/legacy"), db));
-    SitMgr manager;
-    ASSERT_EQ(manager.setDB(db + "\\", "sites", "servers"), 0);
+  WithManager([this](SitMgr& manager) {
     SitServProperty server;
     server.host = "ftp.example.org";
     server.password = "made up";
@@ -88,7 +105,7 @@ TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
     ASSERT_EQ(manager.UrlFind(page, id), 0);
     ASSERT_EQ(manager.SetUrlFtpMember(id, kMemberMarked), 0);
     ASSERT_EQ(manager.SiteClose(), 0);
-  }
+  });
   const Outcome outcome = program.Run({"legacy", "import", "demo"});
   EXPECT_EQ(outcome.code, 0) << outcome.err;
   const Json site = program.Ask({"site", "show", "demo"});
@@ -137,7 +154,6 @@ TEST_F(OlderSite, SaysInOneLineWhatIsWrong) {
   const Outcome undo = program.Run({"legacy", "undo", "demo", "--format", "json"}, "undo\nsave\n");
   EXPECT_EQ(undo.code, 2);
   EXPECT_EQ(undo.json().size(), 1u);
-  EXPECT_EQ(program.Ask({"legacy", "sites"})[0]["name"], "demo");
   std::filesystem::rename(site, site + "2");
   const Outcome gone = program.Run({"legacy", "rebuild", "demo"});
   EXPECT_EQ(gone.code, 4);
