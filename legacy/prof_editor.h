@@ -55,15 +55,15 @@ class ProfEditor {
     return store_->Find(name, record, &number) < 0 ? Fail(kSitNoProfile) : Succeed(number);
   }
 
-  // Adds `record`, whose strings are ids of this store, under a new name; its number or -1.
-  int Add(const std::string& name, Rec record) {
+  // Adds an empty record under a new name; 0 or -1.
+  int Add(const std::string& name) {
     history_.NewStep();
     if (store_ == nullptr) return Fail(kSitNoStore);
     Rec taken;
     if (name.empty() || store_->Find(name, taken) == 0) return Fail(kSitBadArgument);
+    Rec record;
     record.name = store_->AddString(name);
-    const int number = record.name < 0 ? -1 : store_->Add(record);
-    return number < 0 ? Fail(kSitWriteFailed) : Succeed(number);
+    return record.name < 0 || store_->Add(record) < 0 ? Fail(kSitWriteFailed) : Succeed();
   }
 
   int Del(const std::string& name) {
@@ -73,7 +73,7 @@ class ProfEditor {
     return store_->Delete(number) < 0 ? Fail(kSitDeleteFailed) : Succeed();
   }
 
-  // A new record under `to` with the fields of `from`; its number or -1.
+  // A new record under `to` with the fields of `from`; 0 or -1.
   int Copy(const std::string& from, const std::string& to) {
     history_.NewStep();
     const int source = GetID(from);
@@ -86,8 +86,7 @@ class ProfEditor {
       const auto text = string == &record.name ? to : store_->GetString(*string);
       *string = text ? store_->AddString(*text) : -1;
     }
-    const int number = store_->Add(record);
-    return number < 0 ? Fail(kSitWriteFailed) : Succeed(number);
+    return store_->Add(record) < 0 ? Fail(kSitWriteFailed) : Succeed();
   }
 
   // Gives a profile another name.

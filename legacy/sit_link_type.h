@@ -40,6 +40,10 @@ enum SitLinkType : int {
 inline constexpr int kSitLinkFirst = kSitLinkAnchor;
 inline constexpr int kSitLinkLast = kSitLinkRefresh;
 
+inline bool IsLinkType(int type) {
+  return type >= kSitLinkFirst && type <= kSitLinkLast;
+}
+
 // The type of an LT_ code; 0 for a reference that the older generation does not record.
 int SitLinkTypeOf(std::uint32_t linkTypeCode);
 

@@ -72,6 +72,7 @@ int SitMgr::SiteRebuildDB(int complete) {
 }
 
 int SitMgr::UpdateLinkFamily() {
+  const Group group(*history_);
   if (!linkDB_) return Fail(kSitNotOpen);
   const std::string top = TopFile();
   if (top.empty()) return Fail(kSitNoValue);
@@ -93,7 +94,6 @@ int SitMgr::UpdateLinkFamily() {
       mark = 1;
     }
   }
-  const Group group(*history_);
   for (int i = 0; i < urlDB_->Num(); ++i) {
     const UrlID id(kKindPath, i);
     const int marks = GetUrlFtpMember(id);
@@ -117,10 +117,9 @@ int SitMgr::SetLinkProperty(const std::string& from, const std::string& to,
                             const SitLinkProperty& property) {
   const Group group(*history_);
   const int link = FindLink(from, to);
-  if (link < 0 || SetLinkType(link, property.type) < 0) return -1;
-  if (!property.asIsUrl.empty() && SetLinkAsIsUrl(link, property.asIsUrl) < 0) return -1;
-  if (!property.imgAlt.empty() && SetLinkImgAlt(link, property.imgAlt) < 0) return -1;
-  return Succeed();
+  if (link < 0) return -1;
+  if (!IsLinkType(property.type)) return Fail(kSitBadArgument);
+  return SetLinkFields(link, property.type, property.asIsUrl, property.imgAlt);
 }
 
 int SitMgr::FolderNew(const std::string& folder) {

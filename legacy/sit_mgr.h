@@ -104,7 +104,7 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
 
   // --- Links -------------------------------------------------------------------------------
   // All links by number: 0 with both ends as new strings, or -1. 7 for a link whose source has no
-  // text.
+  // text or whose target never was an entry, 15 for one whose target was deleted.
   int EnumLink(int reset, std::string** from, std::string** to);
   // The target of the next link from `url`, the source of the next link to it.
   std::string* GetForeLinks(const std::string& url);

@@ -62,13 +62,14 @@ class ZVRSIT_API SitMgrBase {
   int lastError() const { return lastError_; }
   static int DeleteString(std::string* text);
 
-  // Takes back the newest step or group. Always 0; what cannot be taken back stays as it is.
+  // Takes back the newest step or group. Always 0, and so is the last error; what cannot be taken
+  // back stays as it is.
   int Undo();
 
   // --- Server profiles ---------------------------------------------------------------------
   // The list. Num counts slots, deleted ones among them. Name: 15 for a deleted profile, 16 past
-  // the last. Add gives the number; a name that is empty or taken gives 11. Del marks a slot as
-  // deleted. Copy makes a new profile (its number), Move renames. GetID: the number, or 14.
+  // the last. Add and Copy make a new profile and give 0; a name that is empty or taken gives 11.
+  // Del marks a slot as deleted, Move renames. GetID: the number, or 14.
   int ServProfNum();
   std::string* ServProfName(int number);
   int ServProfAdd(const std::string& name);
@@ -229,8 +230,9 @@ class ZVRSIT_API SitMgrBase {
   // Takes one count off, or all with `force`; the count that is left. A count above 0 is not
   // stored, so a link of several counts goes with `force` only.
   int LinkDel(int link, int force);
-  // Deletes a link whatever its count and adds one between other ends, with its type and texts;
-  // the new number. A group, whose end is missing when the move fails.
+  // Deletes a link whatever its count and adds one between other ends; the new number. A new link
+  // gets the type and the texts; one that was there keeps its own. A group, whose end is missing
+  // when the move fails.
   int LinkMove(int link, const UrlID& from, const UrlID& to);
   int SetLinkType(int link, int type);  // 1 to 13
   int GetLinkType(int link);
@@ -313,6 +315,8 @@ class ZVRSIT_API SitMgrBase {
   std::unique_ptr<SitPairRec> ReadLink(int link);
   // Deletes a link with its strings; no step of its own.
   int DropLink(SitPairRec& record, bool force);
+  // Gives a link its texts, each unless it is empty, and its type. 0 or -1.
+  int SetLinkFields(int link, int type, const std::string& asIsUrl, const std::string& imgAlt);
   // Deletes all links from an entry, each in a step of its own.
   int DropForeLinks(const UrlID& from);
 
@@ -354,7 +358,7 @@ class ZVRSIT_API SitMgrBase {
 
   ProfEditor<ServRec> Servers();
   ProfEditor<SiteRec> Sites();
-  int NameSiteFiles(int number, const std::string& name);
+  int NameSiteFiles(const std::string& name);
   bool IsFolderTaken(const std::string& folder);
   bool OpenStores(const std::array<std::string, 5>& paths);
   void CloseStores();

@@ -56,26 +56,34 @@ int SitMgrBase::LinkMove(int link, const UrlID& from, const UrlID& to) {
   if (!IsLinkEnd(from) || !IsLinkEnd(to)) return Fail(linkDB_ ? kSitBadArgument : kSitNotOpen);
   const auto old = ReadLink(link);
   if (!old) return -1;
-  const auto asIsUrl = linkDB_->GetString(old->asIsUrlId);
-  const auto imgAlt = linkDB_->GetString(old->imgAltId);
+  const std::string asIsUrl = linkDB_->GetString(old->asIsUrlId).value_or("");
+  const std::string imgAlt = linkDB_->GetString(old->imgAltId).value_or("");
   if (LinkDel(link, 1) < 0) return -1;
   const int moved = LinkAdd(from, to);
   if (moved < 0) return -1;
-  if (old->linkType >= kSitLinkFirst && old->linkType <= kSitLinkLast) {
-    SetLinkType(moved, old->linkType);
+  const auto record = ReadLink(moved);
+  // What was said of a pair that was there already stays, and Undo finds it as it was.
+  if (record && record->refCount == 1) {
+    const int type = IsLinkType(old->linkType) ? old->linkType : record->linkType;
+    if (SetLinkFields(moved, type, asIsUrl, imgAlt) < 0) return -1;
   }
-  if (asIsUrl && !asIsUrl->empty()) SetLinkAsIsUrl(moved, *asIsUrl);
-  if (imgAlt && !imgAlt->empty()) SetLinkImgAlt(moved, *imgAlt);
   // A failed move is meant to have no end of its group.
   history_->NewStep()->groupMark = kGroupEnd;
   return Succeed(moved);
 }
 
+int SitMgrBase::SetLinkFields(int link, int type, const std::string& asIsUrl,
+                              const std::string& imgAlt) {
+  // The text first, so that Undo comes to it last: what it brings back has a new number, which an
+  // older record that is written after it would not have.
+  if (!asIsUrl.empty() && SetLinkAsIsUrl(link, asIsUrl) < 0) return -1;
+  if (!imgAlt.empty() && SetLinkImgAlt(link, imgAlt) < 0) return -1;
+  return SetLinkType(link, type);
+}
+
 int SitMgrBase::SetLinkType(int link, int type) {
   history_->NewStep();
-  if (type < kSitLinkFirst || type > kSitLinkLast) {
-    return Fail(linkDB_ ? kSitBadArgument : kSitNotOpen);
-  }
+  if (!IsLinkType(type)) return Fail(linkDB_ ? kSitBadArgument : kSitNotOpen);
   const auto record = ReadLink(link);
   if (!record) return -1;
   record->linkType = type;

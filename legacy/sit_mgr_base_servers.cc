@@ -19,7 +19,7 @@ std::string* SitMgrBase::ServProfName(int number) {
 }
 
 int SitMgrBase::ServProfAdd(const std::string& name) {
-  return Servers().Add(name, {});
+  return Servers().Add(name);
 }
 
 int SitMgrBase::ServProfDel(const std::string& name) {

@@ -35,8 +35,7 @@ std::string* SitMgrBase::SiteProfName(int number) {
 int SitMgrBase::SiteProfAdd(const std::string& name) {
   const Group group(*history_);
   if (!IsSiteName(name)) return Fail(kSitBadArgument);
-  const int number = Sites().Add(name, {});
-  return number < 0 ? -1 : NameSiteFiles(number, name);
+  return Sites().Add(name) < 0 ? -1 : NameSiteFiles(name);
 }
 
 int SitMgrBase::SiteProfDel(const std::string& name) {
@@ -46,8 +45,7 @@ int SitMgrBase::SiteProfDel(const std::string& name) {
 int SitMgrBase::SiteProfCopy(const std::string& from, const std::string& to) {
   const Group group(*history_);
   if (!IsSiteName(to)) return Fail(kSitBadArgument);
-  const int number = Sites().Copy(from, to);
-  return number < 0 ? -1 : NameSiteFiles(number, to);
+  return Sites().Copy(from, to) < 0 ? -1 : NameSiteFiles(to);
 }
 
 int SitMgrBase::SiteProfMove(const std::string& from, const std::string& to) {
@@ -75,7 +73,9 @@ bool SitMgrBase::IsFolderTaken(const std::string& folder) {
   return dbDir_ && platform::Stat(*dbDir_ + urlDB, stat) >= 0;
 }
 
-int SitMgrBase::NameSiteFiles(int number, const std::string& name) {
+int SitMgrBase::NameSiteFiles(const std::string& name) {
+  const int number = SiteProfGetID(name);
+  if (number < 0) return -1;
   std::string folder = name;
   for (int i = 2; IsFolderTaken(folder); ++i) folder = name + "~" + std::to_string(i);
   SetSiteProfUrlDB(number, folder + "\\Url.db");
@@ -83,7 +83,7 @@ int SitMgrBase::NameSiteFiles(int number, const std::string& name) {
   SetSiteProfLinkDB(number, folder + "\\Link.db");
   SetSiteProfFolderDB(number, folder + "\\Folder.db");
   SetSiteProfRelDB(number, folder + "\\Rel.db");
-  return lastError_ == kSitOk ? number : -1;
+  return lastError_ == kSitOk ? 0 : -1;
 }
 
 int SitMgrBase::SetSiteProfDir(int number, const std::string& text, int folder) {

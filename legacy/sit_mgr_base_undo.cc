@@ -131,13 +131,13 @@ int SitMgrBase::Undo() {
   int depth = 0;
   do {
     HistProc* step = history_->LastStep();
-    if (step == nullptr) return 0;
+    if (step == nullptr) break;
     if (step->groupMark == kGroupEnd) ++depth;
     if (step->groupMark == kGroupBegin) --depth;
     UndoCells(step);
     history_->DropLastStep();
   } while (depth > 0);
-  return 0;
+  return Succeed();
 }
 
 void SitMgrBase::UndoCells(HistProc* step) {

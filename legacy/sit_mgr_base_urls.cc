@@ -13,7 +13,7 @@ SitBlockDB* SitMgrBase::StoreOf(int kind) {
 
 SitBlockDB* SitMgrBase::UrlStoreOf(const UrlID& id) {
   SitBlockDB* store = StoreOf(id.kind);
-  return id.kind == kKindFolder ? nullptr : store;
+  return id.kind == kKindFolder || id.id < 0 ? nullptr : store;
 }
 
 int SitMgrBase::UrlNum(int kind) {
@@ -68,7 +68,7 @@ int SitMgrBase::UrlFind(const std::string& text, UrlID& id) {
 std::string* SitMgrBase::UrlPath(const UrlID& id) {
   // A peep holds the URL file alone, with no site open.
   if (!urlDB_) return FailText(kSitNotOpen);
-  if (id.kind != kKindPath) return FailText(kSitBadArgument);
+  if (id.kind != kKindPath || id.id < 0) return FailText(kSitBadArgument);
   if (const int state = urlDB_->State(id.id); state != kSitOk) return FailText(state);
   lastError_ = kSitOk;
   return new std::string(urlDB_->Key(id.id));

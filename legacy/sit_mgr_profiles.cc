@@ -116,8 +116,8 @@ int SitMgr::GetSiteProf(const std::string& name, SitSiteProperty& property) {
 
 int SitMgr::SetSiteProf(const std::string& name, const SitSiteProperty& property) {
   const Group group(*history_);
-  int number = SiteProfGetID(name);
-  if (number < 0) number = SiteProfAdd(name);
+  if (SiteProfGetID(name) < 0 && SiteProfAdd(name) < 0) return -1;
+  const int number = SiteProfGetID(name);
   SitSiteProperty present;
   if (number < 0 || GetSiteProf(name, present) < 0) return -1;
   if (!SetFields(*this, number, property, present, kSiteTexts, kSiteNumbers)) return -1;
@@ -138,8 +138,8 @@ int SitMgr::GetServProf(const std::string& name, SitServProperty& property) {
 
 int SitMgr::SetServProf(const std::string& name, const SitServProperty& property) {
   const Group group(*history_);
-  int number = ServProfGetID(name);
-  if (number < 0) number = ServProfAdd(name);
+  if (ServProfGetID(name) < 0 && ServProfAdd(name) < 0) return -1;
+  const int number = ServProfGetID(name);
   SitServProperty present;
   if (number < 0 || GetServProf(name, present) < 0) return -1;
   const bool set = SetFields(*this, number, property, present, kServTexts, kServNumbers);

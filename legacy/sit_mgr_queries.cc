@@ -107,7 +107,7 @@ int SitMgr::EnumLink(int reset, std::string** from, std::string** to) {
   if (*to != nullptr) return Succeed();
   DeleteString(*from);
   *from = nullptr;
-  return Fail(kSitNoStore);
+  return lastError_ == kSitNotFound ? -1 : Fail(kSitNoStore);
 }
 
 std::string* SitMgr::NextLink(const std::string& url, LinkQuery query) {

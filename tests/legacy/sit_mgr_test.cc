@@ -123,6 +123,9 @@ TEST_F(OpenSite, EnumLinkSkipsDeletedLinksAndNamesDamagedOnes) {
   for (const UrlID& to : {a, b, c}) mgr.LinkAdd(a, to);
   mgr.LinkDel(1, 1);
   mgr.LinkAdd({2, 77}, a);
+  mgr.LinkAdd(b, {2, 78});
+  mgr.LinkAdd(b, web);
+  mgr.UrlDel(web);
   std::string* from = nullptr;
   std::string* to = nullptr;
   EXPECT_EQ(mgr.EnumLink(1, nullptr, nullptr), 0);
@@ -134,12 +137,15 @@ TEST_F(OpenSite, EnumLinkSkipsDeletedLinksAndNamesDamagedOnes) {
   EXPECT_EQ(mgr.EnumLink(0, &from, &to), -1);
   EXPECT_EQ(mgr.GetLastError(), 7) << "its source has no text";
   EXPECT_EQ(mgr.EnumLink(0, &from, &to), -1);
+  EXPECT_EQ(mgr.GetLastError(), 7) << "its target never was";
+  EXPECT_EQ(mgr.EnumLink(0, &from, &to), -1);
+  EXPECT_EQ(mgr.GetLastError(), 15) << "its target was deleted";
+  EXPECT_EQ(mgr.EnumLink(0, &from, &to), -1);
   EXPECT_EQ(mgr.GetLastError(), 16);
   EXPECT_EQ(mgr.EnumLink(0, &from, &to), 0) << "and from the start again";
   Text(from);
   Text(to);
   EXPECT_EQ(mgr.GetLinkStatus(3), 0);
-  mgr.LinkAdd(b, {3, 99});
   EXPECT_EQ(mgr.GetLinkStatus(4), -1);
   EXPECT_EQ(mgr.GetLastError(), 7);
 }
@@ -164,6 +170,12 @@ TEST_F(OpenSite, EntriesAndTheirFields) {
   EXPECT_EQ(mgr.GetLastError(), 15);
   EXPECT_EQ(Text(mgr.UrlPath({2, 3})), "(null)");
   EXPECT_EQ(mgr.GetLastError(), 16);
+  for (const UrlID& id : {UrlID(2, -1), UrlID(3, -1), kAnyUrlID, UrlID()}) {
+    EXPECT_EQ(Text(mgr.UrlPath(id)) + Text(mgr.UrlUrl(id)), "(null)(null)");
+    EXPECT_EQ(mgr.GetLastError(), 11);
+    EXPECT_EQ(mgr.UrlDel(id), -1);
+    EXPECT_EQ(mgr.GetLastError(), 11);
+  }
 
   site.Reopen();
   EXPECT_EQ(mgr.EnumPath(1), nullptr);

@@ -43,7 +43,7 @@ TEST_F(Profiles, ServerFieldsStandInTheFileWhereTheyBelong) {
 
 TEST_F(Profiles, SiteRecordsAre88BytesLong) {
   ASSERT_EQ(mgr.SiteProfAdd("first"), 0);
-  ASSERT_EQ(mgr.SiteProfAdd("second"), 1);
+  ASSERT_EQ(mgr.SiteProfAdd("second"), 0);
   mgr.SetSiteProfUseDocRoot(1, 7);
   const std::string bytes = folder.read("db/sites");
   ASSERT_EQ(bytes.size(), 8u + 2 * 88);
@@ -105,8 +105,9 @@ TEST_F(Profiles, SitesGetFilesOfTheirOwn) {
   mgr.SiteProfAdd("demo");
   mgr.SetSiteProfTopFile(0, "\\x\\index.html");
   EXPECT_EQ(mgr.SiteProfMove("demo", "other"), 0);
-  EXPECT_EQ(mgr.SiteProfAdd("Demo"), 1);
-  EXPECT_EQ(mgr.SiteProfCopy("other", "copy"), 2);
+  EXPECT_EQ(mgr.SiteProfAdd("Demo"), 0);
+  EXPECT_EQ(mgr.SiteProfCopy("other", "copy"), 0);
+  EXPECT_EQ(mgr.SiteProfGetID("copy"), 2);
   EXPECT_EQ(Text(mgr.GetSiteProfUrlDB(0)), "demo\\Url.db") << "a renamed site keeps its files";
   EXPECT_EQ(Text(mgr.GetSiteProfUrlDB(1)), "Demo~2\\Url.db");
   EXPECT_EQ(Text(mgr.GetSiteProfRelDB(2)), "copy\\Rel.db");
@@ -147,10 +148,12 @@ TEST_F(Profiles, UndoRestoresEveryByteOfThem) {
   check("SetSiteProf");
   EXPECT_EQ(mgr.SiteProfDel("demo"), 0);
   check("SiteProfDel");
-  EXPECT_EQ(mgr.SiteProfAdd("new"), 1);
+  EXPECT_EQ(mgr.SiteProfAdd("new"), 0);
   check("SiteProfAdd");
-  EXPECT_EQ(mgr.SiteProfCopy("demo", "copy"), 1);
+  EXPECT_EQ(mgr.SiteProfCopy("demo", "copy"), 0);
   check("SiteProfCopy");
+  EXPECT_EQ(mgr.ServProfCopy("home", "copy"), 0);
+  check("ServProfCopy");
   EXPECT_EQ(mgr.ServProfMove("home", "away"), 0);
   check("ServProfMove");
   EXPECT_EQ(mgr.ServProfDel("home"), 0);

@@ -15,6 +15,10 @@ class Undo : public ::testing::Test {
     for (const char* name : {"a", "b", "c"}) mgr.UrlAdd(2, name);
   }
 
+  int Numbered(const UrlID& from, const UrlID& to) {
+    return site.mgr->links().Matching(from, to).at(0);
+  }
+
   LegacySite site;
   SitMgr& mgr = *site.mgr;
   const UrlID a{2, 0};
@@ -22,9 +26,22 @@ class Undo : public ::testing::Test {
   const UrlID c{2, 2};
 };
 
-TEST(UndoHistory, NothingToUndoIsNoFailure) {
-  SitMgr mgr;
+TEST_F(Undo, SetsTheLastErrorAlsoWithNothingToTakeBack) {
+  mgr.LinkAdd(a, kAnyUrlID);
+  EXPECT_EQ(mgr.GetLastError(), 11);
   EXPECT_EQ(mgr.Undo(), 0);
+  EXPECT_EQ(mgr.GetLastError(), 0);
+  SitMgr fresh;
+  fresh.LinkAdd(a, b);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(fresh.Undo(), 0);
+  EXPECT_EQ(fresh.GetLastError(), 0);
+}
+
+TEST_F(Undo, AFamilyThatCannotBeMadeIsAStepToo) {
+  mgr.LinkAdd(a, b);
+  EXPECT_EQ(mgr.UpdateLinkFamily(), -1);
+  mgr.Undo();
+  EXPECT_EQ(site.Links().size(), 1u);
 }
 
 TEST_F(Undo, AnAddedLinkIsMarkedDeleted) {
@@ -60,6 +77,39 @@ TEST_F(Undo, AMoveIsOneGroup) {
   EXPECT_EQ(site.Links(), (std::multiset<std::string>{"b > c 1 b.htm - 1"}));
   mgr.Undo();
   EXPECT_EQ(site.Links(), before);
+}
+
+// A text that comes back takes the lowest number that is free, which need not be its old one.
+TEST_F(Undo, TextsComeBackUnderOtherNumbers) {
+  mgr.LinkAdd(c, a);
+  mgr.LinkAdd(a, b);
+  mgr.LinkAdd(b, c);
+  for (int link = 0; link < 3; ++link) mgr.SetLinkAsIsUrl(link, "text " + std::to_string(link));
+  mgr.SetLinkType(1, 2);
+  mgr.LinkDel(0, 1);
+  const auto before = site.Links();
+
+  SitLinkProperty property;
+  property.type = 3;
+  property.asIsUrl = "other";
+  property.imgAlt = "new";
+  EXPECT_EQ(mgr.SetLinkProperty("a", "b", property), 0);
+  EXPECT_NE(site.Links(), before);
+  mgr.Undo();
+  EXPECT_EQ(site.Links(), before);
+
+  EXPECT_EQ(mgr.LinkMove(1, b, a), 3);
+  EXPECT_NE(site.Links(), before);
+  mgr.Undo();
+  EXPECT_EQ(site.Links(), before);
+
+  // The record of the pair that is there keeps what its first reference said. Its count stays
+  // raised.
+  const int moved = Numbered(a, b);
+  EXPECT_EQ(mgr.LinkMove(moved, b, c), 2);
+  EXPECT_EQ(site.Links(), (std::multiset<std::string>{"b > c 1 text 2 - 2"}));
+  mgr.Undo();
+  EXPECT_EQ(site.Links(), (std::multiset<std::string>{"a > b 2 text 1 - 1", "b > c 1 text 2 - 2"}));
 }
 
 TEST_F(Undo, TwoPlainStepsNeedTwoCalls) {
