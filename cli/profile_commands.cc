@@ -19,8 +19,17 @@ int RunShow(const Options& options, const std::string& name) {
 
 int RunSet(const Options& options, const std::string& name, const GivenSite& site) {
   Session session(options, Database::kMustExist);
-  ChangeSite(session, name, site);
-  return Show(options, session, name);
+  const std::vector<std::string> saved = ChangeSite(session, name, site);
+  Json answer = ProfileAsJson(name, ReadProfile(session, name));
+  if (options.json) {
+    Json& names = answer["saved"] = Json::array();
+    for (const std::string& file : saved) names.push_back(JsonText(file));
+  }
+  PrintObject(answer, options.json);
+  if (!options.json) {
+    for (const std::string& file : saved) Print("read anew         {}\n", LineText(file));
+  }
+  return kClean;
 }
 
 int RunRename(const Options& options, const std::string& name, const std::string& newName) {

@@ -106,6 +106,37 @@ CLI::Validator IsLiveUrl() {
       "");
 }
 
+// States of a profile.
+constexpr std::int32_t kNeverRebuilt = 0;
+constexpr std::int32_t kRebuilt = 2;
+
+bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
+  const auto at = static_cast<std::size_t>(slot);
+  return a.folders[at] == b.folders[at];
+}
+
+// Whether links anywhere in the site may lead elsewhere now. Which pages a new default document
+// concerns is known; where there is none any more, it is not.
+bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
+  const bool isWeb = after.linkRules == LinkRules::Web;
+  return before.linkRules != after.linkRules || before.useDocumentRoot != after.useDocumentRoot ||
+         !SameFolder(before, after, kSlotSiteFolder) ||
+         !SameFolder(before, after, kSlotDocumentRoot) ||
+         (isWeb && !SameFolder(before, after, kSlotLiveUrl)) ||
+         (after.defaultUrl.empty() && !before.defaultUrl.empty());
+}
+
+// Reads the pages anew that a new default document concerns, and closes the site; their names.
+std::vector<std::string> ReadFolderLinksAnew(Session& session) {
+  std::vector<std::string> names;
+  for (const std::string& path : session.manager().ListFolderLinkSources()) {
+    names.push_back(session.Shown(path));
+  }
+  if (session.manager().ReflectDefaultUrl("") != 0) session.FailToWrite();
+  session.Close();
+  return names;
+}
+
 }  // namespace
 
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
@@ -168,17 +199,21 @@ void AddSite(Session& session, const std::string& name, const GivenSite& site) {
   }
 }
 
-void ChangeSite(Session& session, const std::string& name, const GivenSite& site) {
+std::vector<std::string> ChangeSite(Session& session, const std::string& name,
+                                    const GivenSite& site) {
   SiteMgr& manager = session.manager();
-  SiteProfile profile = ReadProfile(session, name);
+  const SiteProfile before = ReadProfile(session, name);
+  SiteProfile profile = before;
   Apply(session, site, profile);
-  if (site.folder || site.docRoot || site.liveUrl || site.defaultUrl || site.rules)
-    profile.rebuildState = 0;
+  if (NeedRebuild(before, profile)) profile.rebuildState = kNeverRebuilt;
+  const bool reflect = profile.rebuildState == kRebuilt && profile.defaultUrl != before.defaultUrl;
+  if (reflect) session.Open(name);
   // Every path in the tables is one of the folder before.
-  const bool anew = site.folder && manager.DeleteSiteProf(name) != 0;
-  if (anew || manager.SetSiteProf(name, profile) < 0) {
+  const bool moves = !SameFolder(before, profile, kSlotSiteFolder);
+  if ((moves && manager.DeleteSiteProf(name) != 0) || manager.SetSiteProf(name, profile) < 0) {
     throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
   }
+  return reflect ? ReadFolderLinksAnew(session) : std::vector<std::string>();
 }
 
 SiteProfile ReadProfile(Session& session, const std::string& name) {
@@ -194,7 +229,7 @@ const char* RulesName(LinkRules rules) {
 }
 
 const char* RebuildState(const SiteProfile& profile) {
-  if (profile.rebuildState == 2) return "rebuilt";
+  if (profile.rebuildState == kRebuilt) return "rebuilt";
   return profile.rebuildState == 1 ? "last rebuild failed" : "to be rebuilt";
 }
 

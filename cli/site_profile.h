@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/output.h"
 #include "cli/session.h"
@@ -39,8 +40,11 @@ void NeedNewName(Session& session, const std::string& name, const std::string& e
 // Stores it; throws Failure(kUsage) too, when the name is not allowed or taken.
 void AddSite(Session& session, const std::string& name, const GivenSite& site);
 // Changes what is given. Where the folder changes, what lay below it moves along, and the tables
-// begin anew. Whatever the links depend on makes the site one to be rebuilt. Failures as above.
-void ChangeSite(Session& session, const std::string& name, const GivenSite& site);
+// begin anew. What all links depend on makes the site one to be rebuilt; after a new default
+// document the pages that it concerns are read anew, and their names given, as they are shown.
+// Failures as above.
+std::vector<std::string> ChangeSite(Session& session, const std::string& name,
+                                    const GivenSite& site);
 
 // Reads a profile; throws Failure(kUsage) when there is none of that name.
 SiteProfile ReadProfile(Session& session, const std::string& name);

@@ -145,6 +145,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Saves every page anew that holds a link whose text ends in "/", after the default document
   // name has changed. `url` is not looked at: the name in force is that of the open site.
   int ReflectDefaultUrl(const std::string& url);
+  // The paths of the pages that ReflectDefaultUrl would save now, in its order.
+  std::vector<std::string> ListFolderLinkSources() const;
 
   // ---- Links (queries_links.cc) ----
   //
@@ -430,7 +432,6 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int LeaveFamily(int pathNumber, std::vector<int>& links);
   int SpreadMembership(int pathNumber, bool member);
   int FindTopFile() const;
-  std::vector<std::string> ListFolderLinkSources() const;
 
  protected:
   // The path table of another site, while it is looked into.

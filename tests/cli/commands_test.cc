@@ -145,6 +145,34 @@ TEST(Commands, LinksOutOfTheSite) {
   EXPECT_EQ(broken[0]["outside"], true);
 }
 
+// A new default document has the pages read anew that link to folders, and no more.
+TEST(Commands, ANewDefaultDocumentIsFollowed) {
+  const Program program;
+  program.Page("index.html", "<a href=sub/>");
+  program.Page("other.html", "<a href=index.html>");
+  program.Page("sub/index.html", "");
+  program.Page("sub/home.html", "");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  EXPECT_EQ(program.Ask({"links", "demo"})[0]["to"], "sub/index.html");
+  const Json set = program.Ask({"site", "set", "demo", "--default-url", "home.html"});
+  EXPECT_EQ(set["state"], "rebuilt");
+  EXPECT_EQ(set["saved"], Json::array({"index.html"}));
+  const Outcome links = program.Run({"links", "demo", "--from", "index.html"});
+  EXPECT_EQ(links.err, "");
+  EXPECT_EQ(links.out, "index.html -> sub/home.html  LT_ANCHOR\n");
+  const std::string site = program.folder.native("site");
+  for (const Words& same : {Words{"--default-url", "home.html"}, Words{"--folder", site},
+                            Words{"--rules", "web"}, Words{"--live-url", ""}}) {
+    Words words{"site", "set", "demo"};
+    words.insert(words.end(), same.begin(), same.end());
+    const Json again = program.Ask(words);
+    EXPECT_EQ(again["state"], "rebuilt") << again;
+    EXPECT_EQ(again["saved"], Json::array());
+  }
+  // Where there is none, each folder has its own.
+  EXPECT_EQ(program.Ask({"site", "set", "demo", "--default-url", ""})["state"], "to be rebuilt");
+}
+
 // The live address names the site, in pages and in sheets.
 TEST(Commands, LinksToTheLiveAddress) {
   const Program program;
