@@ -226,7 +226,7 @@ int SiteDB::WriteHeader() {
 
 int SiteDB::CloseWhole(Image* kept) {
   const int result = dirty ? WriteImage() : 0;
-  if (kept != nullptr) *kept = {std::move(buffer), size, Dropped()};
+  if (kept != nullptr) *kept = {std::move(buffer), size};
   Abandon();
   return result;
 }
@@ -237,38 +237,7 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
   StoreLE32(bytes + kWord2, word2);
 }
 
-bool SiteDB::MayDrop(std::int32_t begin, std::int32_t end) const {
-  return begin < end && static_cast<std::uint32_t>(end) == size && Dropped() == 0 && IsAsLeft();
-}
-
-void SiteDB::DropDead(std::int32_t begin, std::int32_t end) {
-  dirty = true;
-  changed_.Mark(begin, end - begin);
-  droppedBegin_ = begin;
-  droppedEnd_ = end;
-}
-
-// 0, or -1 without memory.
-int SiteDB::RestoreDead() {
-  if (Dropped() == 0) return 0;
-  const auto begin = static_cast<std::size_t>(droppedBegin_);
-  const auto length = static_cast<std::size_t>(Dropped());
-  if (buffer.length() < capacity && !buffer.Grow(capacity)) return -1;
-  char* const dead = buffer.get() + begin;
-  std::memmove(dead + length, dead, size - begin - length);
-  const bool isRead = IsAsLeft() && platform::Seek(fd, droppedBegin_) >= 0 &&
-                      platform::Read(fd, dead, length) == Dropped();
-  if (!isRead) {
-    std::memset(dead, 0, length);
-    changed_.Follow(0);
-  }
-  MarkDead(dead, Dropped());
-  droppedBegin_ = droppedEnd_ = 0;
-  return 0;
-}
-
 int SiteDB::WriteImage() {
-  if (RestoreDead() < 0) return -1;
   StoreHeader(buffer.get(), headerWord1, headerWord2);
   changed_.Mark(0, kHeaderSize);
   // In parts only where that leaves the same bytes as writing it all.
@@ -300,7 +269,7 @@ int SiteDB::ReplaceBy(const std::string& other, Image* kept) {
     fd = platform::Open(path, platform::kOpenDatabase);
     if (fd >= 0) WriteImage();
   }
-  if (kept != nullptr) *kept = {std::move(buffer), size, Dropped()};
+  if (kept != nullptr) *kept = {std::move(buffer), size};
   Abandon();
   return removed < 0 ? -1 : platform::Rename(other, path);
 }
@@ -322,7 +291,6 @@ void SiteDB::Abandon() {
   buffer.reset();
   changed_.Follow(0);
   onDisk_ = {};
-  droppedBegin_ = droppedEnd_ = 0;
   size = 0;
   capacity = 0;
   if (fd >= 0) platform::Close(fd);
@@ -341,11 +309,7 @@ int SiteDB::Flush() {
 
 int SiteDB::ReadFile(void* destination, std::int32_t offset, std::int32_t length) {
   if (fd < 0 || length < 0 || offset < 0) return -1;
-  if (inMemory) {
-    const bool isDropped = offset < droppedEnd_ && std::int64_t{offset} + length <= size;
-    return isDropped && RestoreDead() == 0 ? ReadAt(destination, offset, length) : -1;
-  }
-  if (platform::Seek(fd, offset) < 0) return -1;
+  if (inMemory || platform::Seek(fd, offset) < 0) return -1;
   return static_cast<int>(platform::Read(fd, destination, static_cast<std::size_t>(length)));
 }
 
@@ -364,13 +328,12 @@ int SiteDB::WriteFile(const void* source, std::int32_t offset, std::int32_t leng
   return static_cast<int>(written);
 }
 
-// MakeRoom beyond what is set aside, or with a gap, or before what was dropped.
+// MakeRoom beyond what is set aside, or with a gap.
 char* SiteDB::Extend(std::int32_t offset, std::int32_t length) {
   const std::int64_t end = std::int64_t{offset} + length;
   if (buffer.get() == nullptr || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
-  if (offset < droppedEnd_ && RestoreDead() < 0) return nullptr;
   if (!Reserve(static_cast<std::uint32_t>(end))) return nullptr;
-  char* const place = buffer.get() + (offset - Dropped());
+  char* const place = buffer.get() + offset;
   if (offset > static_cast<std::int64_t>(size)) {
     const std::int64_t gap = offset - static_cast<std::int64_t>(size);
     std::memset(place - gap, 0, static_cast<std::size_t>(gap));
@@ -385,11 +348,10 @@ char* SiteDB::Extend(std::int32_t offset, std::int32_t length) {
 // small writes costs linear time. A failure leaves `capacity` raised.
 bool SiteDB::Reserve(std::uint32_t end) {
   if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
-  const auto dropped = static_cast<std::size_t>(Dropped());
-  if (end - dropped <= buffer.length()) return true;
+  if (end <= buffer.length()) return true;
   // A process of 32 bits may have room for what is needed, but not for twice of what there is.
-  const std::size_t needed = capacity - dropped;
-  return buffer.Grow(std::max(needed, buffer.length() * 2)) || buffer.Grow(needed);
+  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2)) ||
+         buffer.Grow(capacity);
 }
 
 std::int64_t SiteDB::Length() const {

@@ -34,8 +34,7 @@ class SiteDB {
   // The bytes of a file, which outlive its closing.
   struct Image {
     platform::LargeBuffer bytes;
-    std::uint32_t size = 0;    // of the file
-    std::int32_t dropped = 0;  // so many bytes are not there, those behind lie that much lower
+    std::uint32_t size = 0;  // of the file
   };
 
   SiteDB(std::string filePath, bool wholeFile);
@@ -87,9 +86,7 @@ class SiteDB {
   // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
   // null in direct mode, while closed, or when they are not all in memory.
   const char* Bytes(std::int64_t offset, std::int64_t length) const {
-    if (length < 0 || offset + length > size) return nullptr;
-    if (offset >= droppedEnd_) return buffer.get() + (offset - Dropped());
-    return offset >= 0 && offset + length <= droppedBegin_ ? buffer.get() + offset : nullptr;
+    return offset < 0 || length < 0 || offset + length > size ? nullptr : buffer.get() + offset;
   }
   // The same for changing them in place; the file counts as changed from then on.
   char* ChangeBytes(std::int64_t offset, std::int64_t length) {
@@ -103,14 +100,14 @@ class SiteDB {
   // on, to be filled by the caller; null when it cannot grow so far.
   char* MakeRoom(std::int32_t offset, std::int32_t length) {
     const std::int64_t end = std::int64_t{offset} + length;
-    if (offset < droppedEnd_ || length < 0 || offset > static_cast<std::int64_t>(size) ||
-        end > capacity || static_cast<std::size_t>(end - Dropped()) > buffer.length()) {
+    if (offset < 0 || length < 0 || offset > static_cast<std::int64_t>(size) || end > capacity ||
+        static_cast<std::size_t>(end) > buffer.length()) {
       return Extend(offset, length);
     }
     size = std::max(size, static_cast<std::uint32_t>(end));
     dirty = true;
     changed_.Mark(offset, length);
-    return buffer.get() + (offset - Dropped());
+    return buffer.get() + offset;
   }
   // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
   // was changed in memory is written only where the file could not be removed. Whole-file mode:
@@ -121,18 +118,6 @@ class SiteDB {
   int OpenOn(Image image);
   // The header of a file with these words.
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
-  // Whole-file mode: whether the file is as it was read.
-  bool IsUnchanged() const { return inMemory && isOpen() && !dirty; }
-  // Whole-file mode, a file that was unchanged until all in [begin, end) became dead, or is to: can
-  // that be dropped? It must reach to the end of the file, nothing must be dropped yet, and nobody
-  // else have written the file.
-  bool MayDrop(std::int32_t begin, std::int32_t end) const;
-  // Takes that out of memory, where what is added then lies in its place. When the file is written
-  // after all, it is read again, or zeros where it has been changed meanwhile, and given to
-  // MarkDead.
-  void DropDead(std::int32_t begin, std::int32_t end);
-  std::int32_t Dropped() const { return droppedEnd_ - droppedBegin_; }
-  virtual void MarkDead(char*, std::int32_t) {}
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
   // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure, and for a file
@@ -147,8 +132,7 @@ class SiteDB {
   const bool inMemory;
   bool dirty = false;            // whole-file mode: the buffer differs from the file
   platform::LargeBuffer buffer;  // whole-file mode, null while closed; it grows by doubling
-  std::uint32_t size = 0;        // length of the file, 0 while closed and in direct mode; `buffer`
-                                 // has all but what was dropped
+  std::uint32_t size = 0;        // length of the file, 0 while closed and in direct mode
   std::uint32_t capacity = 0;    // what it may grow to for now, in steps of 4096; 0 while closed
 
  private:
@@ -168,7 +152,6 @@ class SiteDB {
   void FollowWritten();
   bool IsAsLeft() const;
   int WriteImage();
-  int RestoreDead();
   int WriteBytes(std::size_t from, std::size_t to);
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
@@ -176,9 +159,6 @@ class SiteDB {
   // Whole-file mode: what changed since the file was read or written, and how it was left then.
   ChangedBlocks changed_;
   platform::FileStat onDisk_;
-  // What was dropped; 0 and 0 for nothing.
-  std::int32_t droppedBegin_ = 0;
-  std::int32_t droppedEnd_ = 0;
 };
 
 }  // namespace zvrsit

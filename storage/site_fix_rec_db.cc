@@ -176,10 +176,6 @@ int SiteFixRecDB::Delete(int id) {
   return 0;
 }
 
-void SiteFixRecDB::MarkDead(char* slots, std::int32_t length) {
-  for (std::int32_t at = 0; at < length; at += recordLength) End(slots + at);
-}
-
 int SiteFixRecDB::MarkSlotDead(int offset) {
   char* const place = recordLength >= 4 ? ChangeBytes(offset, recordLength) : nullptr;
   if (place != nullptr) {
@@ -247,8 +243,7 @@ int SiteFixRecDB::OpenPacked(Image image, int slots) {
   char* const bytes = image.bytes.get();
   image.size = kHeaderSize;
   slotIndex.ForEachSet([&](std::int32_t& offset) {
-    const std::int32_t from = offset - image.dropped;
-    offset = static_cast<std::int32_t>(image.size);
+    const std::int32_t from = std::exchange(offset, static_cast<std::int32_t>(image.size));
     if (from != offset) std::memmove(bytes + offset, bytes + from, length);
     image.size += static_cast<std::uint32_t>(length);
   });

@@ -119,19 +119,14 @@ class SiteFixRecDB : public SiteDB {
     const int offset = SlotOffset(id);
     return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);
   }
-  // What is done to a slot before it is marked dead.
-  using Ending = void (*)(char* slot);
-  // Whole-file mode, records of 4 bytes and more: every record is dead from then on. Calls
-  // visit(slot) for each in the order of their numbers. `ending` is called where a slot is marked,
-  // which may be only when the file is written.
+  // Whole-file mode, records of 4 bytes and more: every record is dead from then on. Before that
+  // calls visit(slot) for each in the order of their numbers, which may change the slot.
   template <class Visit>
-  void DeleteAll(Ending ending, Visit visit) {
-    ending_ = ending;
-    const std::int32_t end = kHeaderSize + headerWord2 * recordLength;
-    const bool drops = IsUnchanged() && live_ == headerWord2 && MayDrop(kHeaderSize, end);
+  void DeleteAll(Visit visit) {
     slotIndex.FindSet([&](std::size_t, std::int32_t offset) {
-      visit(Bytes(offset, recordLength));
-      if (!drops) End(ChangeBytes(offset, recordLength));
+      char* const slot = ChangeBytes(offset, recordLength);
+      visit(slot);
+      StoreLE32(slot, -1);
       return false;
     });
     slotIndex.Reset(slotIndex.size());
@@ -139,7 +134,6 @@ class SiteFixRecDB : public SiteDB {
     freed_ = {};
     cursor_ = 0;
     sources_.Clear();
-    if (drops) DropDead(kHeaderSize, end);
   }
   // Marks the record's slot dead; 0 or -1.
   int Delete(int id);
@@ -254,12 +248,7 @@ class SiteFixRecDB : public SiteDB {
   int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
   int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
   int ReadSlotAt(int offset, SlotBuffer& slot);
-  void End(char* slot) const {
-    ending_(slot);
-    StoreLE32(slot, -1);
-  }
   int MarkSlotDead(int offset);
-  void MarkDead(char* slots, std::int32_t length) override;
   int ChooseId();
   int WriteCounts();
   int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);
@@ -271,7 +260,6 @@ class SiteFixRecDB : public SiteDB {
   ZoneFilters sources_;   // of those that were there at open: the ids that they come from
   IdTable<std::int32_t> slotIndex;  // by number: offset of the live slot, 0 for none
   int live_ = 0;
-  Ending ending_ = nullptr;  // of the last DeleteAll
   // Which number to hand out again, without searching from 0 each time: all below the cursor are
   // live but those in `freed_`, smallest first.
   std::priority_queue<int, std::vector<int>, std::greater<int>> freed_;

@@ -16,7 +16,6 @@ namespace {
 constexpr int kIdCountAt = 16;
 constexpr int kEntryCountAt = 20;
 constexpr int kEndAt = 24;
-constexpr int kFirstEntry = 28;
 constexpr int kBlock = 2;
 constexpr std::int32_t kReleased = -1;  // in place of an offset: the number waits in the free list
 
@@ -111,8 +110,6 @@ void SiteVarRecDB::ForgetEntries() {
   free_.clear();
   cursor_ = 0;
   dead_ = 0;
-  firstAlive_ = kFirstEntry;
-  deadBefore_ = 0;
   ++releases_;
   ForgetNames();
 }
@@ -328,37 +325,6 @@ int SiteVarRecDB::MarkEntryDead(int offset, const Head& head) {
   if (WriteHeadWord(offset, 0, -1) < 0) return -1;
   if (head.id >= 0) dead_ += kHeadSize + head.length;
   return 0;
-}
-
-void SiteVarRecDB::DropDeadEntries(bool wasUnchanged) {
-  if (!wasUnchanged || !isSound_ || dead_ != end_ - kFirstEntry) return;
-  if (!MayDrop(kFirstEntry, end_)) return;
-  DropDead(kFirstEntry, end_);
-  firstAlive_ = end_;
-  deadBefore_ = headerWord2;
-  unnamed_.clear();
-}
-
-// As giving back all references leaves each entry.
-void SiteVarRecDB::MarkDead(char* bytes, std::int32_t length) {
-  std::int64_t at = 0;
-  int entries = 0;
-  for (; at + kHeadSize <= length && entries < deadBefore_; ++entries) {
-    char* const head = bytes + at;
-    if (LoadLE32(head) >= 0) {
-      StoreLE32(head, -1);
-      StoreLE32(head + kReferencesAt, std::min(LoadLE32(head + kReferencesAt), 1));
-    }
-    at += kHeadSize + std::int64_t{std::max(LoadLE32(head + kLengthAt), 0)};
-  }
-  if (at != length || entries != deadBefore_) LayDeadEntries(bytes, length);
-}
-
-// As many dead entries as there were, where those are not known any more.
-void SiteVarRecDB::LayDeadEntries(char* bytes, std::int32_t length) const {
-  for (int left = deadBefore_; left > 0; --left, bytes += kHeadSize, length -= kHeadSize) {
-    StoreHead(bytes, {-1, left == 1 ? length - kHeadSize : 0, 0, kString});
-  }
 }
 
 int SiteVarRecDB::Pack() {

@@ -66,10 +66,8 @@ class SiteVarRecDB : public SiteDB {
   // The data of `id`, all of it, on the same terms.
   std::string_view ViewData(int id);
   // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text keeps
-  // its place in it until the next Pack or DropDeadEntries, also one that was released.
-  std::string_view WholeFile() const {
-    return Dropped() != 0 ? std::string_view() : std::string_view(buffer.get(), size);
-  }
+  // its place in it until the next Pack, also one that was released.
+  std::string_view WholeFile() const { return {buffer.get(), size}; }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
   int ReleaseString(int id);
@@ -81,10 +79,6 @@ class SiteVarRecDB : public SiteDB {
     const int offset = Offset(id);
     return offset > 0 ? Bytes(offset, kHeadSize) : nullptr;
   }
-  // The whole table was cleared: takes its dead entries out of memory, of which nothing may be read
-  // any more. `wasUnchanged` says that the file was as on disk before.
-  void DropDeadEntries(bool wasUnchanged);
-  using SiteDB::IsUnchanged;
   // Makes the entry dead. Its number is not handed out again before the file is next opened, and
   // until then GetData of it fails, on purpose.
   int DeleteData(int id);
@@ -129,6 +123,7 @@ class SiteVarRecDB : public SiteDB {
   std::int64_t deadBytes() const { return dead_; }
 
  private:
+  static constexpr int kFirstEntry = 28;
   static constexpr int kHeadSize = 16;
   // Where words lie in a head, behind the id.
   static constexpr int kLengthAt = 4;
@@ -173,8 +168,8 @@ class SiteVarRecDB : public SiteDB {
   // Calls visit(offset, head) for each entry as they lie in the file, until one gives -1.
   template <class Visit>
   int ForEachEntry(Visit visit) {
-    std::int64_t at = firstAlive_;
-    for (int k = deadBefore_; k < headerWord2 && at < end_; ++k) {
+    std::int64_t at = kFirstEntry;
+    for (int k = 0; k < headerWord2 && at < end_; ++k) {
       Head head;
       if (ReadHead(static_cast<int>(at), head) < 0) return -1;
       if (head.length < 0 || at + kHeadSize + head.length > end_) return -1;
@@ -249,8 +244,6 @@ class SiteVarRecDB : public SiteDB {
   int AddReference(int offset);
   int Release(int id, int offset, bool isNamed);
   int MarkEntryDead(int offset, const Head& head);
-  void MarkDead(char* bytes, std::int32_t length) override;
-  void LayDeadEntries(char* bytes, std::int32_t length) const;
   int AppendLiveEntries(PackFile& packed, int& entries, IdTable<std::int32_t>& offsets);
 
   std::int32_t end_ = 0;        // end offset
@@ -259,9 +252,6 @@ class SiteVarRecDB : public SiteDB {
   // At open: the entries were as many and as long as the header says, each live one with a number
   // of its own that was handed out.
   bool isSound_ = false;
-  // Where the entries begin that may be alive, and how many lie before.
-  std::int32_t firstAlive_ = 0;
-  int deadBefore_ = 0;
   std::uint32_t releases_ = 0;
   IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none
   // Numbers to hand out again: first those below the cursor that had no entry at open, then those

@@ -45,7 +45,7 @@ class NameIndex {
 
   // Copies all names, before the store moves them.
   void CopyNames();
-  // Goes on with the bytes of the store, which is closed and has dropped none of them.
+  // Goes on with the bytes of the store, which is closed.
   void Keep(SiteDB::Image bytes);
 
  private:

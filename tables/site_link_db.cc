@@ -165,17 +165,16 @@ int SiteLinkDB::Clear() {
   ForgetEnds();
   known_.Clear();
   sourceKnown_ = false;
-  const bool wasUnchanged = strings_->IsUnchanged();
   auto texts = MakeBatch<int>([this](int text) { strings_->ReleaseStringUnindexed(text); });
   const auto release = [this, &texts](std::int32_t text) {
     if (text >= 0) texts.Add(strings_->EntryOf(text), text);
   };
-  records_->DeleteAll(EndOccurrences, [&release](const char* slot) {
+  records_->DeleteAll([&release](char* slot) {
+    EndOccurrences(slot);
     release(LoadLE32(slot + SiteLinkRec::kTextAt));
     release(LoadLE32(slot + SiteLinkRec::kAlternativeAt));
   });
   texts.Finish();
-  strings_->DropDeadEntries(wasUnchanged);
   return 0;
 }
 

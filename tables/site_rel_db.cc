@@ -21,7 +21,7 @@ int SiteRelDB::Delete(int number) {
 int SiteRelDB::Clear() {
   if (!isOpen()) return -1;
   ForgetEnds();
-  records_->DeleteAll([](char*) {}, [](const char*) {});
+  records_->DeleteAll([](char*) {});
   return 0;
 }
 

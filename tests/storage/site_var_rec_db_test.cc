@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <deque>
 #include <filesystem>
 #include <random>
@@ -217,51 +216,6 @@ TEST_P(VariableFile, FindsStringsWhoseNumbersAreNotTheirOwn) {
   }
 }
 
-// Also where the header says that there are more than there are.
-TEST_P(VariableFile, HasTheSameBytesWhetherItsDeadEntriesLeaveMemoryOrNot) {
-  for (const int length : {10, 400000}) {
-    for (const int tooMany : {0, 5}) {
-      std::string left[2];
-      for (const bool dropsThem : {false, true}) {
-        std::string bytes;
-        for (int id = 0; id < 8; ++id)
-          bytes += Entry(id, 1, 1, std::string(length, 'a' + id) + '\0');
-        OpenOn(Head({8, 8 + tooMany, static_cast<int>(28 + bytes.size())}) + bytes);
-        for (int id = 0; id < 8; ++id) ASSERT_EQ(db_->ReleaseStringUnindexed(id), 0);
-        if (dropsThem) db_->DropDeadEntries(GetParam());
-        db_->AddString("new");
-        left[dropsThem] = Closed();
-      }
-      EXPECT_TRUE(left[0] == left[1]) << length << ' ' << tooMany;
-    }
-  }
-}
-
-TEST_P(VariableFile, OpensAgainWhateverFailsWhileItsDeadEntriesAreReadBack) {
-  std::string bytes;
-  for (int id = 0; id < 280; ++id) bytes += Entry(id, 1, 1, std::string(24000, 'a') + '\0');
-  bytes = Head({280, 280, static_cast<int>(28 + bytes.size())}) + bytes;
-  int result = 0;
-  test::FailEachCall(
-      [&] {
-        OpenOn(bytes);
-        // Written so long ago that it may be written in parts.
-        const auto now = std::filesystem::file_time_type::clock::now();
-        std::filesystem::last_write_time(folder_.native("t"), now - std::chrono::hours(1));
-        Reopen();
-        for (int id = 0; id < 280; ++id) db_->ReleaseStringUnindexed(id);
-        db_->DropDeadEntries(GetParam());
-        db_->AddString("new");
-      },
-      [&] { result = db_->Flush(); },
-      [&](const test::FailedRun& run) {
-        if (result < 0) return;
-        Reopen();
-        EXPECT_TRUE(db_->isOpen()) << run.call;
-        EXPECT_GE(db_->FindString("new"), 0) << run.call;
-      });
-}
-
 TEST_P(VariableFile, TellsTextsOfOneHashApart) {
   std::unordered_map<std::uint32_t, std::string> seen;
   std::vector<std::pair<std::string, std::string>> pairs;
@@ -280,21 +234,6 @@ TEST_P(VariableFile, TellsTextsOfOneHashApart) {
   const int entries = db_->entryCount();
   for (const auto& [absent, stored] : pairs) db_->AddString(stored);
   EXPECT_EQ(db_->entryCount(), entries);
-}
-
-TEST_P(VariableFile, IsSoundWhenItWasOverwrittenAfterItsDeadEntriesLeftMemory) {
-  if (!GetParam()) GTEST_SKIP() << "only a file in memory drops them";
-  const std::string filler(3000, 'x');
-  for (int i = 0; i < 3000; ++i) db_->AddString(std::to_string(i) + filler);
-  Reopen();
-  for (int i = 0; i < 3000; ++i) db_->ReleaseStringUnindexed(i);
-  db_->DropDeadEntries(true);
-  const int added = db_->AddString("new");
-  folder_.write("t", Head({1, 1, 28 + 16 + 5}) + Entry(0, 1, 1, "else\0"s));
-  Reopen();
-  EXPECT_EQ(db_->entryCount(), 3001);
-  EXPECT_EQ(db_->FindString("new"), added);
-  EXPECT_EQ(db_->FindString("else"), -1);
 }
 
 TEST_P(VariableFile, AddsAStringThatLiesInItsOwnBuffer) {

@@ -160,35 +160,30 @@ TEST_F(LinkTable, TellsTheTargetsOfLinksHoweverOftenItIsAsked) {
   EXPECT_EQ(table_.IsTarget(Page(9)), -1);
 }
 
-// Each link stands in its page twice; in small tables some records are dead as well.
-void MakeTables(const TempFolder& folder, int count) {
+// Each link stands in its page twice, and some records are dead.
+void MakeTables(const TempFolder& folder) {
+  constexpr int kCount = 60;
   SiteLinkDB links;
   SiteRelDB rels;
   ASSERT_EQ(links.Open(folder.path("LR")), 0);
   ASSERT_EQ(rels.Open(folder.path("RR")), 0);
-  for (int i = 0; i < count; ++i) {
+  for (int i = 0; i < kCount; ++i) {
     const int link = i / 2;
     const std::string text = "some target " + std::to_string(link);
-    links.Add(text, Page(link * 6 / count), Page(link % 5), link % 2 ? "alt" : "", 1);
+    links.Add(text, Page(link * 6 / kCount), Page(link % 5), link % 2 ? "alt" : "", 1);
     rels.Add(Page(i), Page(i + 1));
   }
-  if (count < 100) {
-    ASSERT_EQ(links.DeleteAll(4), 0);
-    ASSERT_EQ(rels.Delete(5), 0);
-  }
+  ASSERT_EQ(links.DeleteAll(4), 0);
+  ASSERT_EQ(rels.Delete(5), 0);
   ASSERT_EQ(links.Close(), 0);
   ASSERT_EQ(rels.Close(), 0);
 }
 
-// The large ones leave memory when they are cleared.
-class ClearedTables : public testing::TestWithParam<int> {};
-INSTANTIATE_TEST_SUITE_P(Sizes, ClearedTables, testing::Values(60, 260000));
-
-TEST_P(ClearedTables, HaveTheBytesThatSingleDeletesLeave) {
+TEST(ClearedTables, HaveTheBytesThatSingleDeletesLeave) {
   std::string left[2];
   for (const bool atOnce : {true, false}) {
     TempFolder folder;
-    MakeTables(folder, GetParam());
+    MakeTables(folder);
     SiteLinkDB links;
     SiteRelDB rels;
     ASSERT_EQ(links.Open(folder.path("LR")), 0);
@@ -222,39 +217,6 @@ TEST_P(ClearedTables, HaveTheBytesThatSingleDeletesLeave) {
     EXPECT_EQ(Query(again, Page(0), Page(1)).size(), 1u);
   }
   EXPECT_TRUE(left[0] == left[1]);
-}
-
-// What is added to a cleared table lies where its dead part was, and is packed from there.
-TEST(ClearedTable, IsPackedAsIfItHadBeenNewButForItsNumbers) {
-  for (const int count : {1, 40, 70000}) {
-    TempFolder folder;
-    auto table = std::make_unique<SiteLinkDB>();
-    const auto reopen = [&] {
-      table->Close();
-      table = std::make_unique<SiteLinkDB>();
-      ASSERT_EQ(table->Open(folder.path("LR")), 0);
-    };
-    reopen();
-    const auto add = [&](int i) {
-      return table->Add("text " + std::to_string(i % 1000), Page(i / 9), Page(i % 7), i);
-    };
-    for (int i = 0; i < count; ++i) ASSERT_EQ(add(i), i);
-    reopen();
-    ASSERT_EQ(table->Clear(), 0);
-    for (int i = 0; i < count; ++i) ASSERT_EQ(add(i + 5), count + i);
-    ASSERT_EQ(table->Pack(), 0);
-    for (const bool isOpenedAgain : {false, true}) {
-      if (isOpenedAgain) reopen();
-      ASSERT_EQ(table->records()->slotCount(), count);
-      for (int i = 0; i < count; i += 1 + count / 50) {
-        SiteLinkRec link;
-        ASSERT_EQ(table->Get(count + i, link), 0);
-        ASSERT_EQ(link.type, i + 5);
-        ASSERT_EQ(table->TextView(link.text), "text " + std::to_string((i + 5) % 1000));
-      }
-      EXPECT_EQ(static_cast<int>(Query(*table, Page(0), kAnyUrlID).size()), std::min(count, 4));
-    }
-  }
 }
 
 TEST(RelationTable, FindsPairsByEitherEnd) {
