@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/file.h"
+#include "storage/site_db.h"
 
 namespace zvrsit {
 
@@ -18,6 +19,7 @@ int WriteAll(int fd, std::string_view bytes) {
 
 PackFile::~PackFile() {
   if (fd_ >= 0) platform::Close(fd_);
+  if (mayRemove_) platform::Unlink(path_);
 }
 
 int PackFile::Open(int headBytes) {
@@ -25,21 +27,26 @@ int PackFile::Open(int headBytes) {
   oldSize_ = platform::Stat(path_, stat) < 0 ? 0 : stat.size;
   if (oldSize_ > std::numeric_limits<std::int32_t>::max()) return -1;
   fd_ = platform::Open(path_, platform::kOpenDatabase);
+  if (fd_ < 0) return -1;
+  mayRemove_ = oldSize_ == 0;
+  sizeAtOpen_ = SiteDB::SizeWithHeader(oldSize_);
   end_ = headBytes;
-  return fd_ >= 0 && platform::Seek(fd_, headBytes) >= 0 ? 0 : -1;
+  return platform::Seek(fd_, headBytes) < 0 ? -1 : 0;
 }
 
 // Bytes that do not follow those before them.
-int PackFile::Begin(std::string_view run, bool isLasting) {
+int PackFile::Begin(std::string_view run, bool liesInMemory) {
   if (WriteRun() < 0) return -1;
   run_ = run;
-  return isLasting ? 0 : WriteRun();
+  if (liesInMemory) return 0;
+  holdsCopies_ = true;
+  return WriteRun();
 }
 
 int PackFile::WriteRun() {
-  if (copies_.size() + run_.size() > kPiece && WriteCopies() < 0) return -1;
   const std::string_view run = std::exchange(run_, {});
-  if (run.size() > kPiece) return WriteAll(fd_, run);
+  if (!holdsCopies_ && copies_.size() + run.size() > kPiece && WriteCopies() < 0) return -1;
+  if (!holdsCopies_ && run.size() > kPiece) return WriteAll(fd_, run);
   copies_.append(run);
   return 0;
 }
@@ -50,11 +57,18 @@ int PackFile::WriteCopies() {
   return 0;
 }
 
+// Opening a file with a part of a header can make it longer than that and what is packed.
+int PackFile::WriteTail() {
+  if (!hasTail() || oldSize_ >= SiteDB::kHeaderSize) return 0;
+  return WriteAll(fd_, std::string(static_cast<std::size_t>(sizeAtOpen_ - end_), '\0'));
+}
+
 int PackFile::Finish(std::string_view head) {
-  if (WriteRun() < 0 || WriteCopies() < 0 || platform::Seek(fd_, 0) < 0) return -1;
-  if (WriteAll(fd_, head) < 0) return -1;
-  const int fd = std::exchange(fd_, -1);
-  return platform::Close(fd) < 0 ? -1 : 0;
+  if (WriteRun() < 0 || WriteCopies() < 0 || WriteTail() < 0) return -1;
+  if (platform::Seek(fd_, 0) < 0 || WriteAll(fd_, head) < 0) return -1;
+  if (platform::Close(std::exchange(fd_, -1)) < 0) return -1;
+  mayRemove_ = false;
+  return 0;
 }
 
 }  // namespace zvrsit

@@ -1,4 +1,8 @@
 // PackFile: the file beside a database file that a compaction writes and then puts in its place.
+//
+// What comes of it is what a SiteDB in whole-file mode would make of that path. One that is there
+// is opened as it is, not emptied, on purpose: what it held beyond the packed part stays behind
+// that; and one that is shorter than a header gets the length that opening gives to such a file.
 #pragma once
 
 #include <cstdint>
@@ -7,13 +11,13 @@
 
 namespace zvrsit {
 
-// Bytes go out in large pieces, and those that lie in memory side by side as they are, so that a
-// file of any size needs little memory.
+// Bytes that lie in memory go out in large pieces, so that a file of any size needs little more.
+// What was read from a file is held until all is there: a read that fails leaves nothing behind.
 class PackFile {
  public:
-  // The file is `target` followed by "_pack". One that is there is opened as it is, not
-  // emptied, on purpose: what it held beyond the packed part stays behind that.
+  // The file is `target` followed by "_pack".
   explicit PackFile(const std::string& target) : path_(PathFor(target)) {}
+  // Removes a file that was not finished, unless it held something before.
   ~PackFile();
   PackFile(const PackFile&) = delete;
   PackFile& operator=(const PackFile&) = delete;
@@ -21,33 +25,40 @@ class PackFile {
 
   // 0 or -1, as all of these. The first `headBytes` bytes are left for Finish.
   int Open(int headBytes);
-  // Puts bytes at the end. Lasting ones stay as they are until Finish.
-  int Append(std::string_view bytes, bool isLasting) {
+  // Puts bytes at the end. Those that lie in memory must stay there until Finish; others were read
+  // from a file, and are copied.
+  int Append(std::string_view bytes, bool liesInMemory) {
     end_ += static_cast<std::int64_t>(bytes.size());
-    if (!isLasting || run_.data() + run_.size() != bytes.data()) return Begin(bytes, isLasting);
+    if (!liesInMemory || run_.data() + run_.size() != bytes.data()) {
+      return Begin(bytes, liesInMemory);
+    }
     run_ = {run_.data(), run_.size() + bytes.size()};
     return 0;
   }
   // The length of the packed part so far, the head included.
   std::int64_t end() const { return end_; }
   // Whether the file will hold something behind the packed part.
-  bool hasTail() const { return end_ < oldSize_; }
+  bool hasTail() const { return end_ < sizeAtOpen_; }
   // Writes what is due, then the head, as long as Open was told, and closes the file.
   int Finish(std::string_view head);
 
  private:
   static constexpr std::size_t kPiece = std::size_t{1} << 18;
 
-  int Begin(std::string_view run, bool isLasting);
+  int Begin(std::string_view run, bool liesInMemory);
   int WriteRun();
   int WriteCopies();
+  int WriteTail();
 
   std::string path_;
   int fd_ = -1;
-  std::int64_t oldSize_ = 0;
+  std::uint32_t oldSize_ = 0;  // 0 also where there was no file
+  std::int64_t sizeAtOpen_ = 0;
   std::int64_t end_ = 0;
-  std::string copies_;    // small runs on their way
-  std::string_view run_;  // of lasting bytes, behind those
+  std::string copies_;        // on their way to the file
+  bool holdsCopies_ = false;  // until Finish
+  std::string_view run_;      // of bytes that lie in memory, behind the copies
+  bool mayRemove_ = false;    // nothing is lost with the file
 };
 
 }  // namespace zvrsit

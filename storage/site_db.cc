@@ -139,30 +139,17 @@ bool SiteDB::IsAsLeft() const {
          now.modificationNanoseconds == onDisk_.modificationNanoseconds;
 }
 
-// Each part that is not there is added to the size as it stands, on purpose: a file of 1 to 15
-// bytes stays that much longer than its new magic.
+// A word of which a part is missing is 0; what lies behind the end of the file is so by now.
 void SiteDB::CompleteHeader() {
-  const auto add = [this](std::uint32_t length) {
-    size += length;
-    dirty = true;
-  };
-  if (size < kWord1) {
-    std::memcpy(magic, kMagic, kMagicSize);
-    std::memcpy(buffer.get(), kMagic, kMagicSize);
-    add(kMagicSize);
-  } else {
-    std::memcpy(magic, buffer.get(), kMagicSize);
-    CheckHeader();
-  }
-  if (size < kWord2) {
-    StoreLE32(buffer.get() + kWord1, 0);
-    add(4);
-  }
+  const std::uint32_t known = size;
+  size = SizeWithHeader(known);
+  dirty = size != known;
+  if (known < kMagicSize) std::memcpy(buffer.get(), kMagic, kMagicSize);
+  if (known < kWord2) StoreLE32(buffer.get() + kWord1, 0);
+  if (known < kHeaderSize) StoreLE32(buffer.get() + kWord2, 0);
+  std::memcpy(magic, buffer.get(), kMagicSize);
+  CheckHeader();
   headerWord1 = LoadLE32(buffer.get() + kWord1);
-  if (size < kHeaderSize) {
-    StoreLE32(buffer.get() + kWord2, 0);
-    add(4);
-  }
   headerWord2 = LoadLE32(buffer.get() + kWord2);
 }
 
@@ -350,8 +337,7 @@ bool SiteDB::Reserve(std::uint32_t end) {
   if (end > capacity) capacity += (end - capacity + kStep - 1) / kStep * kStep;
   if (end <= buffer.length()) return true;
   // A process of 32 bits may have room for what is needed, but not for twice of what there is.
-  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2)) ||
-         buffer.Grow(capacity);
+  return buffer.Grow(std::max<std::size_t>(capacity, buffer.length() * 2)) || buffer.Grow(capacity);
 }
 
 std::int64_t SiteDB::Length() const {

@@ -31,6 +31,15 @@ class SiteDB {
   // No file hands out more numbers than this.
   static constexpr int kMostIds = 1 << 26;
 
+  // How long a file of `size` bytes is once opening has given it what it lacks of the header. Each
+  // part is added to the size as it stands, on purpose: a file of 1 to 15 bytes stays that much
+  // longer than its new magic.
+  static constexpr std::uint32_t SizeWithHeader(std::uint32_t size) {
+    if (size < kMagicSize) size += kMagicSize;
+    if (size < kHeaderSize - 4) size += 4;
+    return size < kHeaderSize ? size + 4 : size;
+  }
+
   // The bytes of a file, which outlive its closing.
   struct Image {
     platform::LargeBuffer bytes;

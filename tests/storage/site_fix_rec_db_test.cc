@@ -212,9 +212,26 @@ TEST_P(FixedFile, HandsOutNumbersByTheRuleThroughRandomLives) {
 }
 
 TEST_P(FixedFile, PackLosesNothingWhenACallFails) {
+  constexpr int kLength = 100000;
+  Reopen(kLength, SiteNodeRec::kRecordType);
+  const auto slot = [](int id, int name) { return Slot(id, name) + std::string(kLength - 12, 0); };
   FailEachCallOfPack(
-      Head({3, 3}) + Slot(0, 10) + Slot(1, 11) + Slot(2, 12), [this] { return db_->Delete(1); },
-      Slot(0, 10) + Slot(-1, 11) + Slot(2, 12), Slot(0, 10) + Slot(2, 12));
+      Head({4, 4}) + slot(0, 10) + slot(1, 11) + slot(2, 12) + slot(3, 13),
+      [this] { return db_->Delete(1); }, slot(0, 10) + slot(-1, 11) + slot(2, 12) + slot(3, 13),
+      Head({4, 3}) + slot(0, 10) + slot(2, 12) + slot(3, 13));
+}
+
+TEST_P(FixedFile, PacksOverACutFileAsItOpensOne) {
+  PackOverLeftovers(Head({0, 0}));
+}
+
+TEST_P(FixedFile, HasItsCountsInItsBytesFromEachAddOn) {
+  for (int count = 1; count < 4; ++count) {
+    Add(10);
+    std::string words(8, 'x');
+    ASSERT_EQ(db_->ReadAt(words.data(), 16, 8), 8);
+    EXPECT_EQ(words, Words({count, count}));
+  }
 }
 
 }  // namespace
