@@ -135,9 +135,7 @@ int SiteFixRecDB::ChooseId() {
   return cursor_ < limit ? cursor_ : headerWord1;
 }
 
-// A file in memory gets them with its header.
 int SiteFixRecDB::WriteCounts() {
-  if (inMemory) return 0;
   char words[8];
   StoreLE32(words, headerWord1);
   StoreLE32(words + 4, headerWord2);

@@ -40,14 +40,12 @@ int SiteVarRecDB::OpenEntries() {
   if (!CountsAreSound() || ReadEnd() < 0) return -1;
   ForgetEntries();
   offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
-  StartTags();
+  StartNames();
   std::int64_t walked = kFirstEntry;
   std::size_t numbers = 0;
-  int entries = 0;
   isSound_ = true;
   const int result = ForEachEntry([&](int offset, const Head& head) {
     walked = std::int64_t{offset} + kHeadSize + head.length;
-    ++entries;
     if (!IsAcceptable(head.id)) {
       isSound_ = isSound_ && head.id < 0;
       dead_ += kHeadSize + head.length;
@@ -57,19 +55,17 @@ int SiteVarRecDB::OpenEntries() {
     if (known == 0) ++numbers;
     isSound_ = isSound_ && known == 0 && head.id < headerWord1;
     known = offset;
-    AddTag(offset, head);
-    return 0;
+    return NoteString(offset, head);
   });
   if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
-  isSound_ = isSound_ && entries == headerWord2 && walked == end_;
+  isSound_ = isSound_ && walked == end_;
   // In a damaged file the index may find what tags do not, and other entries once some are added.
   if (!isSound_) passesLeft_ = 0;
   return result;
 }
 
 bool SiteVarRecDB::CountsAreSound() const {
-  return headerWord1 >= 0 && headerWord1 <= kMostIds && headerWord2 >= 0 &&
-         (headerWord2 == 0 || std::int64_t{headerWord2} * kHeadSize <= Length() - kFirstEntry);
+  return headerWord1 >= 0 && headerWord1 <= kMostIds && headerWord2 >= 0;
 }
 
 int SiteVarRecDB::ReadEnd() {
@@ -204,7 +200,8 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
   if (search.id < 0) {
     AddName(text, search.hash, id, offset);
   } else {
-    EnterName(View(id), search.hash, id, offset);  // `text` itself may have moved
+    // `text` itself may have moved with the buffer.
+    EnterName(inMemory ? View(id) : text, search.hash, id, offset);
   }
   return id;
 }
@@ -244,7 +241,7 @@ int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
   offsets_.Grow(static_cast<std::size_t>(id) + 1);
   offsets_.slot(static_cast<std::size_t>(id)) = end_;
   if (id == headerWord1) ++headerWord1;
-  ++headerWord2;
+  if (headerWord2 < std::numeric_limits<std::int32_t>::max()) ++headerWord2;
   return WriteCounts(static_cast<int>(newEnd)) < 0 ? -1 : id;
 }
 
@@ -271,12 +268,7 @@ bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
          before(data.data(), buffer.get() + buffer.length());
 }
 
-// A file in memory gets them when it is written.
 int SiteVarRecDB::WriteCounts(int newEnd) {
-  if (inMemory) {
-    end_ = newEnd;
-    return 0;
-  }
   char words[8];
   StoreLE32(words, headerWord1);
   StoreLE32(words + 4, headerWord2);
@@ -293,8 +285,8 @@ int SiteVarRecDB::ReleaseString(int id) {
 int SiteVarRecDB::ReleaseStringUnindexed(int id) {
   const int offset = Offset(id);
   if (offset <= 0) return offset;
-  if (namesMade_ || !sought_.empty()) ForgetNames();
-  return Release(id, offset, false);
+  if (inMemory && (namesMade_ || !sought_.empty())) ForgetNames();
+  return Release(id, offset, !inMemory);
 }
 
 int SiteVarRecDB::Release(int id, int offset, bool isNamed) {
@@ -341,9 +333,9 @@ int SiteVarRecDB::Pack() {
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
   const std::int32_t numbers = headerWord1;
   if (ReplaceBy(PackFile::PathFor(path)) < 0 || SiteDB::Open() < 0) return -1;
-  if (headerWord1 != numbers || headerWord2 != entries || Length() < packed.end()) {
-    return UseOpened();
-  }
+  const bool isAsWritten =
+      headerWord1 == numbers && headerWord2 == entries && Length() >= packed.end();
+  if (!inMemory || !isAsWritten) return UseOpened();
   ForgetEntries();
   end_ = endInFile_ = static_cast<std::int32_t>(packed.end());
   isSound_ = true;

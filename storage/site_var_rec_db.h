@@ -39,8 +39,9 @@ class SiteVarRecDB : public SiteDB {
  public:
   SiteVarRecDB(std::string filePath, bool wholeFile);
 
-  // Opens the file and reads which number lies where; 0 or -1. A header or an entry that claims
-  // more than the file can hold gives -1.
+  // Opens the file and reads which number lies where; 0 or -1. A negative count, an id count above
+  // 2^26, an end offset or an entry beyond the end of the file give -1. An entry count above the
+  // entries that there are does not, as writes that failed leave one: the end offset ends them.
   int Open();
   // Writes the end offset where it differs, and closes; 0 or -1. `kept` as in SiteDB.
   int Close(Image* kept = nullptr);
@@ -105,9 +106,10 @@ class SiteVarRecDB : public SiteDB {
   Search ExpectString(std::uint32_t hash) const;
   Search Look(std::string_view text, const Search& expected);
 
-  // Finding strings of a large file needs an index over all of them. So the first few searches
-  // after opening, each for one string or for all that are given here together, are passes over a
-  // short tag of each string instead, which is taken at open. After Pack there are no tags.
+  // Finding strings of a large file in memory needs an index over all of them. So the first few
+  // searches after opening, each for one string or for all that are given here together, are passes
+  // over a short tag of each string instead, which is taken at open. After Pack there are no tags.
+  // In direct mode Open makes the index, so that no search reads the file.
   void LookAhead(std::span<const std::string_view> texts);
   // Makes that index now, where many searches are to come; 0 or -1 (a damaged entry).
   int MakeStringIndex();
@@ -179,6 +181,8 @@ class SiteVarRecDB : public SiteDB {
     return 0;
   }
 
+  // More entries than this the file cannot hold, whatever its header claims.
+  int MostEntries() const { return std::min(headerWord2, (end_ - kFirstEntry) / kHeadSize); }
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int Offset(int id) const;
   // Whole-file mode: whether the entry at `offset`, where one of that number was, still is it.
@@ -220,8 +224,8 @@ class SiteVarRecDB : public SiteDB {
   }
   bool WasSought(std::string_view text, std::uint32_t hash) const;
   void ForgetSought();
-  void StartTags();
-  void AddTag(int offset, const Head& head);
+  void StartNames();
+  int NoteString(int offset, const Head& head);
   void GoOverTagsFor(std::span<const std::string_view> texts);
   std::vector<std::int32_t> OffsetsOf(const TagSet& tags) const;
   int MakeKnown(std::string_view text, std::uint32_t hash);
@@ -249,8 +253,8 @@ class SiteVarRecDB : public SiteDB {
   std::int32_t end_ = 0;        // end offset
   std::int32_t endInFile_ = 0;  // as it stands at 24
   std::int64_t dead_ = 0;
-  // At open: the entries were as many and as long as the header says, each live one with a number
-  // of its own that was handed out.
+  // At open: the entries reached to the end offset, each live one with a number of its own that was
+  // handed out.
   bool isSound_ = false;
   std::uint32_t releases_ = 0;
   IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none

@@ -53,16 +53,26 @@ void SiteVarRecDB::ForgetSought() {
   passesLeft_ = 0;
 }
 
-// Starts the tags, for strings that are told by AddTag.
-void SiteVarRecDB::StartTags() {
-  passesLeft_ = inMemory && headerWord2 >= kManyEntries ? kMostPasses : 0;
+// Starts the tags, in direct mode the index, for strings that are told by NoteString.
+void SiteVarRecDB::StartNames() {
+  namesMade_ = !inMemory;
+  if (namesMade_) names_.Reserve(static_cast<std::size_t>(MostEntries()));
+  passesLeft_ = inMemory && MostEntries() >= kManyEntries ? kMostPasses : 0;
   if (passesLeft_ > 0) tags_.Reset(offsets_.size());
 }
 
-void SiteVarRecDB::AddTag(int offset, const Head& head) {
-  if (passesLeft_ == 0 || head.kind != kString || head.length < 1) return;
-  const std::string_view text = TextOf(DataAt(offset, head.length, scratch_));
-  tags_.slot(static_cast<std::size_t>(head.id)) = TagOf(text);
+// 0, or -1 where the string cannot be read.
+int SiteVarRecDB::NoteString(int offset, const Head& head) {
+  if ((passesLeft_ == 0 && !namesMade_) || head.kind != kString || head.length < 1) return 0;
+  const std::string_view data = DataAt(offset, head.length, scratch_);
+  if (data.empty()) return -1;
+  const std::string_view text = TextOf(data);
+  if (namesMade_) {
+    EnterName(text, HashOf(text), head.id, offset);
+  } else {
+    tags_.slot(static_cast<std::size_t>(head.id)) = TagOf(text);
+  }
+  return 0;
 }
 
 // Calls visit(offset, id, text) for each string, until one gives -1.
@@ -79,12 +89,11 @@ int SiteVarRecDB::ForEachString(Visit visit) {
 
 int SiteVarRecDB::MakeStringIndex() {
   if (namesMade_) return 0;
-  names_.Reserve(static_cast<std::size_t>(headerWord2));
-  // A text in direct mode is good until the next one is read.
+  names_.Reserve(static_cast<std::size_t>(MostEntries()));
   const auto enter = [this](const FoundText& found) {
     EnterName(found.text, found.hash, found.id, found.offset);
   };
-  auto batch = MakeBatch<FoundText>(enter, inMemory);
+  auto batch = MakeBatch<FoundText>(enter);
   const int result = ForEachString([&](int offset, int id, std::string_view text) {
     const std::uint32_t hash = HashOf(text);
     if (!IsKnown(text, hash)) batch.Add(names_.Home(hash), {hash, id, offset, text});

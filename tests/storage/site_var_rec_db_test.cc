@@ -258,10 +258,57 @@ TEST_P(VariableFile, AnswersAsAMapDoesThroughRandomLives) {
 }
 
 TEST_P(VariableFile, PackLosesNothingWhenACallFails) {
-  const std::string a = Entry(0, 1, 1, "a\0"s), b = Entry(1, 1, 1, "b\0"s);
+  constexpr int kLength = 100000;
+  const auto entry = [](int id, char c) {
+    return Entry(id, 1, 1, std::string(kLength - 1, c) + '\0');
+  };
+  const std::string a = entry(0, 'a'), c = entry(2, 'c'), d = entry(3, 'd');
   FailEachCallOfPack(
-      Head({2, 2, 64}) + a + b, [this] { return db_->ReleaseString(1); },
-      a + Entry(-1, 1, 1, "b\0"s), a);
+      Head({4, 4, 28 + 4 * (kLength + 16)}) + a + entry(1, 'b') + c + d,
+      [this] { return db_->ReleaseString(1); }, a + entry(-1, 'b') + c + d,
+      Head({4, 3, 28 + 3 * (kLength + 16)}) + a + c + d);
+}
+
+TEST_P(VariableFile, PacksOverACutFileAsItOpensOne) {
+  PackOverLeftovers(Head({0, 0, 28}));
+}
+
+TEST_P(VariableFile, HasItsCountsInItsBytesFromEachAddOn) {
+  for (int count = 1; count < 4; ++count) {
+    ASSERT_EQ(count == 2 ? db_->AddData("x", 2) : db_->AddString(std::to_string(count)), count - 1);
+    std::string words(12, 'x');
+    ASSERT_EQ(db_->ReadAt(words.data(), 16, 12), 12);
+    EXPECT_EQ(words, test::Words({count, count, 28 + count * 18}));
+  }
+}
+
+// Direct mode included, also after a Pack: what Open has read answers.
+TEST_P(VariableFile, FindsStringsWithoutAskingTheFile) {
+  OpenOn(Head({2, 2, 64}) + Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "b\0"s));
+  for (int round = 0; round < 2; ++round) {
+    test::FileFault counted(0);
+    EXPECT_EQ(db_->FindString("b"), 1);
+    EXPECT_EQ(db_->FindString("c"), -1);
+    EXPECT_EQ(counted.calls(), 0);
+    ASSERT_EQ(db_->Pack(), 0);
+  }
+}
+
+// Each count that could not be written leaves one entry more claimed than there are.
+TEST_P(VariableFile, OpensAgainAfterWritesFailedManyTimes) {
+  const auto prepare = [&] { OpenOn(Head({1, 1, 46}) + Entry(0, 1, 1, "a\0"s)); };
+  const auto add = [&] { db_->AddString("b"); };
+  test::FailEachCall(prepare, add, [&](const test::FailedRun& run) {
+    for (int again = 0; again < 3; ++again) {
+      test::FileFault fault(run.call);
+      add();
+    }
+    const int id = db_->AddString("c");
+    Reopen();
+    ASSERT_TRUE(db_->isOpen()) << run.call;
+    EXPECT_EQ(Text(0), "a");
+    EXPECT_EQ(Text(id), "c");
+  });
 }
 
 TEST_P(VariableFile, KeepsWhatIsAddedAfterAPackOfWhichACallFailed) {
