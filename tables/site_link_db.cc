@@ -87,7 +87,8 @@ void SiteLinkDB::LearnLinksFrom(const UrlID& source) {
   Query(source, kAnyUrlID, numbers_);
   for (const int number : numbers_) {
     SiteLinkRec link;
-    if (Get(number, link) == 0) Learn(link);
+    // A query for the any-identifier gives links of every source.
+    if (Get(number, link) == 0 && link.from == source) Learn(link);
   }
 }
 

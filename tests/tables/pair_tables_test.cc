@@ -53,6 +53,10 @@ TEST_F(LinkTable, CountsALinkThatIsEqualInEverything) {
   EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), 0x40), 6);
   EXPECT_EQ(table_.Add("a.htm", Page(0), Page(1), "", 0x40), 6);
   EXPECT_EQ(table_.Add("", Page(0), Page(1), 0x40), -1);
+  // The any-identifier as a source is one of its own.
+  EXPECT_EQ(table_.Add("a.htm", kAnyUrlID, Page(1), "alt", 0x40), 7);
+  EXPECT_EQ(table_.Add("a.htm", kAnyUrlID, Page(1), "alt", 0x40), 7);
+  EXPECT_EQ(Record(7).count, 2);
   EXPECT_EQ(Record(0).count, 2);
   EXPECT_EQ(Record(0).offset, 100);
   EXPECT_EQ(Record(6).count, 2);
