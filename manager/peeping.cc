@@ -69,11 +69,9 @@ std::vector<std::string*>* SiteMgr::EnumSiteHasPath(const std::string& path) {
   return list.release();
 }
 
-// The path's record number is taken for the number of a text, on purpose: a path counts where that
-// text is there too.
 bool SiteMgr::PeepedHas(const std::string& path, std::string& text) {
   const int number = peepPathDB->Find(path);
-  return number >= 0 && peepPathDB->Text(number, text) == 0;
+  return number >= 0 && peepPathDB->Name(number, text) == 0;
 }
 
 }  // namespace zvrsit

@@ -55,6 +55,17 @@ TEST_F(Peeping, SitesThatKnowAFileAreCounted) {
   EXPECT_EQ(mgr().SiteClose(), 0);
 }
 
+// Saving a page gives its texts other numbers than the page has.
+TEST_F(Peeping, ASiteKnowsItsFilesHoweverOftenTheyWereSaved) {
+  for (const char* text : {"<title>T</title>", "", "", "<title>T</title>", ""}) {
+    site_.write("index.html", text);
+    ASSERT_EQ(site_.Open(), 0);
+    ASSERT_EQ(mgr().Save(site_.path("index.html"), nullptr), 0);
+    ASSERT_EQ(mgr().SiteClose(), 0);
+    EXPECT_EQ(CountEntries(mgr().EnumSiteHasPath(site_.path("index.html"))), 1);
+  }
+}
+
 TEST_F(Peeping, ADamagedTableIsPassedOver) {
   std::string bytes = site_.folder().read("db/demo/PR");
   bytes.replace(16, 4, "\xFF\xFF\xFF\x7F");
