@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "css/css_decode.h"
+#include "css/css_node.h"
 #include "css/css_references.h"
-#include "css/css_sheet.h"
 #include "dom/code_conv.h"
 #include "dom/document.h"
 #include "dom/dom.h"
@@ -93,27 +93,18 @@ void CCSSControl::SetSiteSaveDir(const std::string& siteFolder, const std::strin
   siteFolder_ = siteFolder;
   slot7_ = slot7;
   slot3_ = slot3;
-  DropSheets();
 }
 
 void CCSSControl::SetSiteDocumentRoot(const std::string& folder) {
   documentRoot_ = folder;
-  DropSheets();
 }
 
 void CCSSControl::SetLinkRules(LinkRules rules) {
   resolver_ = ReferenceResolver(rules);
-  DropSheets();
 }
 
 void CCSSControl::SetLiveUrl(const std::string& url) {
   resolver_.SetLiveUrl(url, siteFolder_);
-  DropSheets();
-}
-
-// What a sheet refers to has been resolved under options that no longer hold.
-void CCSSControl::DropSheets() {
-  sheets_.clear();
 }
 
 CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
@@ -145,26 +136,10 @@ CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path) {
   return tree;
 }
 
-std::shared_ptr<const CssSheet> CCSSControl::SheetAt(const std::string& path) {
-  platform::FileStat now;
-  if (platform::Stat(path, now) < 0 || !now.isRegular()) {
-    sheets_.erase(path);
-    return nullptr;
-  }
-  std::shared_ptr<const CssSheet>& kept = sheets_[path];
-  if (kept == nullptr || !kept->isOf(now)) {
-    auto sheet = std::make_shared<CssSheet>();
-    sheet->file = now;
-    ReadSheet(path, *sheet);
-    kept = std::move(sheet);
-  }
-  return kept;
-}
-
-// A sheet that cannot be read refers to nothing.
-void CCSSControl::ReadSheet(const std::string& path, CssSheet& sheet) {
+std::vector<CssNode> CCSSControl::ReadSheet(const std::string& path) {
+  std::vector<CssNode> references;
   MappedFile file;
-  if (!file.open(path, 0)) return;
+  if (!file.open(path, 0)) return references;
   std::string buffer;
   const std::string_view text = DecodeSheet({file.top(), file.size()}, buffer);
   found_.clear();
@@ -175,8 +150,9 @@ void CCSSControl::ReadSheet(const std::string& path, CssSheet& sheet) {
         isInFile ? reference.offset + static_cast<int>(text.data() - file.top()) : -1;
   }
   BeginFile(path);
-  AddReferences(sheet.references);
-  EndSiblings(sheet.references);
+  AddReferences(references);
+  EndSiblings(references);
+  return references;
 }
 
 void CCSSControl::BeginFile(const std::string& path) {

@@ -2,10 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "css/css_file_tree.h"
@@ -20,10 +18,9 @@ class Document;
 struct CssNode;
 enum class CssSource : std::uint8_t;
 struct CssReference;
-struct CssSheet;
 
-// Sheets are read once and kept by path, until the file's size or modification time (in
-// nanoseconds) changes or an option is set. One thread at a time uses a control and its trees.
+// Nothing that was read is kept beyond its tree: a tree shows pages and sheets as they are on the
+// disk. One thread at a time uses a control and its trees.
 class ZVRSIT_API CCSSControl {
  public:
   // What CCSSFileTree::getType gives.
@@ -40,7 +37,7 @@ class ZVRSIT_API CCSSControl {
   // The document library, which stays the caller's. Needed only to read pages from the disk.
   void SetObject(DOM* dom);
 
-  // Forgets the folders, goes back to the classic link rules, and drops every sheet that is kept.
+  // Forgets the folders and goes back to the classic link rules.
   void ClearSiteOption();
   // The folders of the open site: the site folder, which ends in `\`, and the folders of slots 7
   // and 3 of its profile, empty when unset. The latter two are where the application saves parts
@@ -66,10 +63,8 @@ class ZVRSIT_API CCSSControl {
  private:
   friend class CCSSFileTree;
 
-  // The sheet at `path` as it is on the disk now; null when there is no such file.
-  std::shared_ptr<const CssSheet> SheetAt(const std::string& path);
-  void ReadSheet(const std::string& path, CssSheet& sheet);
-  void DropSheets();
+  // What the sheet at `path` refers to; nothing when it cannot be read.
+  std::vector<CssNode> ReadSheet(const std::string& path);
 
   void CollectPage(const std::string& path, const Document& document, CCSSFileTree& tree);
   void AddLinks(const Document& document, CCSSFileTree& tree);
@@ -94,7 +89,6 @@ class ZVRSIT_API CCSSControl {
   std::vector<CssReference> found_;  // scratch
   std::string rel_;                  // scratch
   std::string href_;                 // scratch
-  std::unordered_map<std::string, std::shared_ptr<const CssSheet>> sheets_;
 };
 
 }  // namespace zvrsit

@@ -1,7 +1,8 @@
 #include "css/css_file_tree.h"
 
 #include "css/css_control.h"
-#include "css/css_sheet.h"
+#include "css/css_node.h"
+#include "platform/file.h"
 
 namespace zvrsit {
 namespace {
@@ -66,11 +67,12 @@ const std::vector<CssNode>* CCSSFileTree::ChildrenOf(const CssNode& node) {
 
 // The references of a sheet that this tree has not shown before.
 const std::vector<CssNode>* CCSSFileTree::SheetChildren(const CssNode& node) {
-  const std::shared_ptr<const CssSheet> sheet = control_->SheetAt(node);
-  if (sheet == nullptr) return nullptr;
-  const FileIdentity identity{sheet->file.device, sheet->file.file};
-  const auto [shown, isNew] = sheets_.try_emplace(identity, sheet);
-  return isNew ? &shown->second->references : nullptr;
+  platform::FileStat file;
+  if (platform::Stat(node, file) < 0 || !file.isRegular()) return nullptr;
+  const auto [shown, isNew] = sheets_.try_emplace({file.device, file.file});
+  if (!isNew) return nullptr;
+  shown->second = control_->ReadSheet(node);
+  return &shown->second;
 }
 
 }  // namespace zvrsit

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -15,7 +14,6 @@ namespace zvrsit {
 
 class CCSSControl;
 struct CssNode;
-struct CssSheet;
 
 // A tree of strings: each node is the full `\` path of a file, or a URL, and its children are what
 // that file refers to, in the order of the file. A reference that stands twice is two nodes. A
@@ -69,7 +67,7 @@ class ZVRSIT_API CCSSFileTree {
   std::vector<CssNode> roots_;      // the root, then its siblings
   std::vector<CssNode> ofThePage_;  // the root's children, when it is a page
   std::unordered_map<const CssNode*, const std::vector<CssNode>*> askedAbout_;
-  std::map<FileIdentity, std::shared_ptr<const CssSheet>> sheets_;
+  std::map<FileIdentity, std::vector<CssNode>> sheets_;  // their references
 };
 
 }  // namespace zvrsit

@@ -165,8 +165,7 @@ TEST_F(CssFileTree, ShowsASheetAsItIsNow) {
   EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
   const auto written = std::filesystem::last_write_time(folder_.native("site/a.css"));
   folder_.write("site/a.css", "p { content: url(2.gif) }");
-  std::filesystem::last_write_time(folder_.native("site/a.css"),
-                                   written + std::chrono::nanoseconds(1));
+  std::filesystem::last_write_time(folder_.native("site/a.css"), written);
   EXPECT_EQ(OfSheet("site/a.css"), "image 2.gif");
   std::filesystem::remove(folder_.native("site/a.css"));
   EXPECT_EQ(OfSheet("site/a.css"), "");

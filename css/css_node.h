@@ -1,0 +1,20 @@
+// What the nodes of a file tree are.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zvrsit {
+
+// One reference, resolved. It is a string because that is what callers of the tree hold: a node's
+// address is its string's.
+struct CssNode : std::string {
+  std::string declared;      // as written; empty for a root
+  std::int32_t offset = -1;  // of the reference in its file, in bytes; -1 not known
+  int type = 0;              // a Type_ constant of CCSSControl
+  bool isExternal = false;   // the string is a URL
+  bool isSheet = false;      // a file to be read for references of its own
+  bool isLast = false;       // of its siblings
+};
+
+}  // namespace zvrsit
