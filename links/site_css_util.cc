@@ -71,7 +71,9 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
   if (!IsReady() || cssControl_ == nullptr) return -1;
   const int number = AddFile(path, siteRoot_);
   if (number < 0) return -1;
-  Registered().erase(number);  // its links may have been removed since: the link table knows
+  if (Registered().contains(number) && HasStyleLinks(number)) return 0;
+  Registered().erase(number);  // its links may have been removed since
+  sheet_ = number;
   CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path);
   RegisterSheets(tree, tree.getRoot());
   return 0;
@@ -130,6 +132,8 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   } else {
     manager_->AddLink(text, from, to, type);
   }
+  OperationMemo* const memo = manager_->GetOperationMemo();
+  if (memo != nullptr && !isExternal && !inPage_ && source != sheet_) memo->linkedFromBelow = true;
 }
 
 // A reference of the page is placed in the page's text, one of a sheet in the sheet's file.

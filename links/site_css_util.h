@@ -63,6 +63,7 @@ class ZVRSIT_API SiteCSSUtil {
   SiteLinkDB* linkTable_ = nullptr;
   std::string siteRoot_;
   bool inPage_ = false;  // the references being registered are the page's own
+  int sheet_ = -1;       // the path number of the sheet that is collected for its own sake
   std::unordered_set<std::int32_t> registered_;  // in place of the operation's, outside of one
 };
 

@@ -82,23 +82,23 @@ int SiteMgr::Save(const std::string& path, Document* doc) {
       !HasRecords(pathDB) || !HasRecords(linkDB)) {
     return -1;
   }
+  // Folder chains end at the site folder, which has no entry before the first rebuild.
+  if (AddFolder(siteDir, 0) < 0) return -1;
   const std::int32_t changedBefore = linksChanged;
   std::vector<int> oldTargets;
-  int number = pathDB->Find(path);
-  if (number < 0) {
-    number = AddPath(path, siteDir, 0);
-  } else {
-    if (ListFileTargets(number, oldTargets) < 0) return -1;
-    number = RegisterAnew(number, path, siteDir);
-  }
+  const int known = pathDB->Find(path);
+  if (known >= 0 && ListFileTargets(known, oldTargets) < 0) return -1;
+  const int number = known < 0 ? AddPath(path, siteDir, 0) : RegisterAnew(known, path, siteDir);
   SitePathRec rec;
   if (number < 0 || pathDB->Get(number, rec) < 0) return -1;
+  const Operation operation(*this);
+  operationMemo->linkedFromBelow = false;
   if (HoldsLinks(rec) && TraverseLinks(siteDir, path, owned.release()) < 0) return -1;
 
   std::vector<int> newTargets;
   if (ListFileTargets(number, newTargets) < 0) return -1;
   const bool differ =
-      oldTargets.size() != newTargets.size() ||
+      operationMemo->linkedFromBelow || oldTargets.size() != newTargets.size() ||
       LinkChanged(oldTargets.data(), newTargets.data(), static_cast<int>(oldTargets.size()),
                   static_cast<int>(newTargets.size())) != 0;
   // Taking the page out and putting it back has raised the flag; an unchanged page must not.

@@ -39,6 +39,9 @@ struct OperationMemo {
   // What the link extraction has resolved and registered; made by it when it first needs it.
   std::shared_ptr<LinkMemo> links;
 
+  // Whether a link to a file was written from a sheet below the page or sheet that was collected.
+  bool linkedFromBelow = false;
+
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
   // Path numbers of the files that the last style links lead to. No entry is deleted while links

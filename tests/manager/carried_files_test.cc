@@ -70,7 +70,6 @@ class CarriedSite : public testing::Test {
   void MakeSite() {
     MakeProfiles();
     ASSERT_EQ(mgr->SiteOpen("demo", 0), 0);
-    ASSERT_EQ(mgr->AddFolder("site\\", 0), 0);
     for (const char* page : {"index.html", "page.html", "sub\\b.html"}) {
       ASSERT_EQ(mgr->Save(std::string("site\\") + page, nullptr), 0);
     }

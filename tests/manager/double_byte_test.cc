@@ -33,7 +33,6 @@ class DoubleByteSite : public testing::TestWithParam<LinkRules> {
 #endif
     ASSERT_EQ(platform::MakeFolderOfPath(InFolder("")), 0);
     ASSERT_EQ(site.Open(), 0);
-    ASSERT_GE(site.mgr->AddFolder(site.dir(), 0), 0);
   }
 
   // The path of a file in the folder with the double-byte name.

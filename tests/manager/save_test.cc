@@ -15,7 +15,6 @@ class Saving : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(site.Open(), 0);
-    ASSERT_GE(site.mgr->AddFolder(site.dir(), 0), 0);
     site.write("page.html", kTwoLinks);
     ASSERT_EQ(Save("page.html"), 0);
     site.mgr->SetLinksChanged(0);
@@ -139,6 +138,62 @@ TEST_F(Saving, AMovedPageIsReadAtItsNewPlace) {
   EXPECT_EQ(site.Number("page.html"), -1);
   EXPECT_NE(site.Links().find("sub\\moved.html -> sub\\a.html a.html 40 1"), std::string::npos);
   EXPECT_EQ(site.mgr->Move(site.path("page.html"), site.path("x.html")), -1);
+}
+
+// A sheet that came to hold references is registered with the page that names it.
+TEST_F(Saving, ASheetBelowAnUnchangedPageRaisesTheFlagForTheFilesThatItNames) {
+  ASSERT_EQ(SaveAs("page.html", "<link rel=stylesheet href=s.css>"), 0);
+  site.mgr->SetLinksChanged(0);
+  site.write("s.css", "a { src: url(http://x.example/) }");
+  ASSERT_EQ(Save("page.html"), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 0) << "only a URL";
+  ASSERT_EQ(site.mgr->Remove(site.path("s.css"), 0), 0);
+  site.mgr->SetLinksChanged(0);
+  site.write("s.css", "a { background: url(photo.gif) }");
+  ASSERT_EQ(Save("page.html"), 0);
+  EXPECT_EQ(site.Links(),
+            "page.html -> s.css s.css 200000 1\ns.css -> photo.gif photo.gif 800000 1\n");
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+  site.mgr->SetLinksChanged(0);
+  ASSERT_EQ(Save("page.html"), 0);
+  ASSERT_EQ(Save("s.css"), 0);
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 0);
+}
+
+// Rewritten with the same size and time, as where the time of files goes in long steps.
+TEST_F(Saving, ASheetIsReadAnewByEveryOperation) {
+  ASSERT_EQ(SaveAs("page.html", "<link rel=stylesheet href=s.css>"), 0);
+  const auto time = std::filesystem::last_write_time(site.native("page.html"));
+  const auto write = [&](const std::string& name) {
+    site.write("s.css", "a { background: url(" + name + ") }");
+    std::filesystem::last_write_time(site.native("s.css"), time);
+  };
+  const auto holds = [&](const std::string& name) {
+    return site.Links().find("s.css -> " + name) != std::string::npos;
+  };
+  write("1.gif");
+  ASSERT_EQ(Save("s.css"), 0);
+  EXPECT_TRUE(holds("1.gif"));
+  write("2.gif");
+  ASSERT_EQ(Save("s.css"), 0);
+  EXPECT_TRUE(holds("2.gif"));
+  write("3.gif");
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_TRUE(holds("3.gif"));
+}
+
+// Pages of a site that was never rebuilt: its folder is registered with the first of them.
+TEST(SavingInANewSite, RegistersTheSiteFolderFirst) {
+  for (const LinkRules rules : {LinkRules::Classic, LinkRules::Web}) {
+    TestSite site(rules);
+    ASSERT_EQ(site.Open(), 0);
+    site.write("sub/page.html", "<a href=../index.html>x</a>");
+    EXPECT_EQ(site.mgr->Save(site.path("sub/page.html"), nullptr), 0);
+    EXPECT_TRUE(
+        site.Dump().ends_with("\n > sub\\\nsub\\ > sub\\page.html\n > index.html\n"
+                              "sub\\page.html -> index.html ../index.html 40 1\n"))
+        << site.Dump();
+  }
 }
 
 // By the web rules a link knows where it stands in the file, mark and all; not in a page that had
