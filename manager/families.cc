@@ -1,5 +1,8 @@
 // The publishing family: the files that the top file reaches, kept as marks in the path records.
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -16,12 +19,114 @@ namespace {
 // What FindTopFile gives for a profile without one.
 constexpr int kNoTopFile = -2;
 
-// A file whose links are being followed: the calls of a recursion, kept apart from the call stack
-// because a chain of pages is as long as the site is large.
-struct Visit {
-  std::vector<int> links;
-  std::size_t next = 0;
+// Sets or clears the member bit of a file; -1 when its record cannot be read or written.
+int MarkMember(SitePathDB* paths, int pathNumber, bool member) {
+  SitePathRec rec;
+  if (!HasRecords(paths) || paths->Get(pathNumber, rec) < 0) return -1;
+  const std::int32_t word =
+      member ? rec.membership | kFamilyMember : rec.membership & ~kFamilyMember;
+  if (word == rec.membership) return 0;
+  rec.membership = word;
+  return paths->Update(rec);
+}
+
+// One spreading of marks along the links, or of their going. The calls of the recursion are kept
+// apart from the call stack, because a chain of pages is as long as the site is large.
+class Spread {
+ public:
+  // Files enter the family, or leave it.
+  Spread(SitePathDB* paths, SiteLinkDB* links, bool enter)
+      : paths_(paths), links_(links), enter_(enter) {}
+
+  // Turns one file, and from there each that the links lead to and that has not turned yet; -1 when
+  // the first cannot be turned.
+  int From(int pathNumber);
+
+ private:
+  // Links, and how many of them have been looked at.
+  struct Passed {
+    std::vector<int> links;
+    std::size_t next = 0;
+  };
+
+  int Turn(int pathNumber, std::vector<int>& links);
+  bool HasMember(Passed& referrers) const;
+  bool IsMember(int pathNumber) const;
+  int NextTarget(Passed& visit);
+
+  SitePathDB* const paths_;
+  SiteLinkDB* const links_;
+  const bool enter_;
+  std::vector<bool> settled_;  // by number: files known to have turned
+  // The links to files that kept their mark. While files leave, a referrer that is no member never
+  // becomes one again; so those that were passed are not asked again, however often the file is.
+  std::unordered_map<int, Passed> referrers_;
 };
+
+int Spread::From(int pathNumber) {
+  std::vector<Passed> visits(1);
+  if (Turn(pathNumber, visits.back().links) < 0) return -1;
+  settled_.resize(static_cast<std::size_t>(paths_->Count()));
+  while (!visits.empty()) {
+    const int target = NextTarget(visits.back());
+    if (target < 0) {
+      visits.pop_back();
+      continue;
+    }
+    Passed inner;
+    // A file that cannot be marked or followed is left at that, on purpose.
+    if (Turn(target, inner.links) == 0) visits.push_back(std::move(inner));
+  }
+  return 0;
+}
+
+// Marks or unmarks one file, and lists its links. One that leaves keeps its mark, and lists none,
+// while a member links to it. Only direct referrers are looked at, so files of a cycle keep each
+// other marked, on purpose.
+int Spread::Turn(int pathNumber, std::vector<int>& links) {
+  if (!enter_) {
+    if (!HasRecords(paths_) || !HasRecords(links_)) return -1;
+    const auto [entry, isNew] = referrers_.try_emplace(pathNumber);
+    Passed& referrers = entry->second;
+    const bool isKnown =
+        !isNew || links_->Query(kAnyUrlID, PathID(pathNumber), referrers.links) >= 0;
+    if (isKnown && HasMember(referrers)) return 0;
+    referrers_.erase(entry);
+    if (!isKnown) return -1;
+  }
+  if (MarkMember(paths_, pathNumber, enter_) < 0 || !HasRecords(links_)) return -1;
+  return links_->Query(PathID(pathNumber), kAnyUrlID, links) < 0 ? -1 : 0;
+}
+
+// Whether one of the links comes from a member; passes those that do not.
+bool Spread::HasMember(Passed& referrers) const {
+  for (; referrers.next < referrers.links.size(); ++referrers.next) {
+    SiteLinkRec link;
+    if (links_->Get(referrers.links[referrers.next], link) < 0) continue;
+    if (link.from.kind == kKindPath && IsMember(link.from.id)) return true;
+  }
+  return false;
+}
+
+bool Spread::IsMember(int pathNumber) const {
+  std::int32_t marks = 0;
+  return paths_->ReadMembership(pathNumber, marks) == 0 && (marks & kFamilyMember) != 0;
+}
+
+// The next file that the links of `visit` point to and that has not turned; -1 when there is none.
+int Spread::NextTarget(Passed& visit) {
+  while (visit.next < visit.links.size()) {
+    UrlID target;
+    if (links_->Target(visit.links[visit.next++], target) < 0 || target.kind != kKindPath) continue;
+    const auto number = static_cast<std::size_t>(target.id);
+    if (number >= settled_.size() || settled_[number]) continue;
+    std::int32_t marks = 0;
+    if (paths_->ReadMembership(target.id, marks) < 0) continue;
+    if (((marks & kFamilyMember) != 0) != enter_) return target.id;
+    settled_[number] = true;
+  }
+  return -1;
+}
 
 }  // namespace
 
@@ -34,89 +139,12 @@ int SiteMgr::SetFtpFamily(const UrlID& id, unsigned int marks) {
   return pathDB->Update(rec);
 }
 
-// Sets or clears the member bit of a file; -1 when its record cannot be read or written.
-int SiteMgr::MarkMember(int pathNumber, bool member) {
-  SitePathRec rec;
-  if (!HasRecords(pathDB) || pathDB->Get(pathNumber, rec) < 0) return -1;
-  const std::int32_t word =
-      member ? rec.membership | kFamilyMember : rec.membership & ~kFamilyMember;
-  if (word == rec.membership) return 0;
-  rec.membership = word;
-  return pathDB->Update(rec);
-}
-
-bool SiteMgr::IsMember(int pathNumber) const {
-  SitePathRec rec;
-  return pathDB->Get(pathNumber, rec) == 0 && (rec.membership & kFamilyMember) != 0;
-}
-
-// The next file, from `next` on, that one of `links` points to and whose member bit is `member`;
-// -1 when there is none. `settled` are those, by number, that are known to have another.
-int SiteMgr::NextTarget(const std::vector<int>& links, std::size_t& next, bool member,
-                        std::vector<bool>& settled) const {
-  while (next < links.size()) {
-    UrlID target;
-    if (linkDB->Target(links[next++], target) < 0 || target.kind != kKindPath) continue;
-    const auto number = static_cast<std::size_t>(target.id);
-    if (number >= settled.size() || settled[number]) continue;
-    std::int32_t marks = 0;
-    if (pathDB->ReadMembership(target.id, marks) < 0) continue;
-    if (((marks & kFamilyMember) != 0) == member) return target.id;
-    settled[number] = true;
-  }
-  return -1;
-}
-
-// Marks one file and lists its links.
-int SiteMgr::EnterFamily(int pathNumber, std::vector<int>& links) {
-  if (MarkMember(pathNumber, true) < 0 || !HasRecords(linkDB)) return -1;
-  return linkDB->Query(PathID(pathNumber), kAnyUrlID, links) < 0 ? -1 : 0;
-}
-
-// Unmarks one file, unless a member links to it, and lists its links; none for a file that keeps
-// its mark. Only direct referrers are looked at, so files of a cycle keep each other marked, on
-// purpose.
-int SiteMgr::LeaveFamily(int pathNumber, std::vector<int>& links) {
-  if (!HasRecords(pathDB) || !HasRecords(linkDB)) return -1;
-  std::vector<int> referrers;
-  if (linkDB->Query(kAnyUrlID, PathID(pathNumber), referrers) < 0) return -1;
-  for (const int number : referrers) {
-    SiteLinkRec link;
-    if (linkDB->Get(number, link) < 0) continue;
-    if (link.from.kind == kKindPath && IsMember(link.from.id)) return 0;
-  }
-  if (MarkMember(pathNumber, false) < 0) return -1;
-  return linkDB->Query(PathID(pathNumber), kAnyUrlID, links) < 0 ? -1 : 0;
-}
-
-// Enters or leaves one file, and from there each that the links lead to and that has not yet.
-int SiteMgr::SpreadMembership(int pathNumber, bool member) {
-  const auto turn = [this, member](int number, std::vector<int>& links) {
-    return member ? EnterFamily(number, links) : LeaveFamily(number, links);
-  };
-  std::vector<Visit> visits(1);
-  if (turn(pathNumber, visits.back().links) < 0) return -1;
-  std::vector<bool> settled(static_cast<std::size_t>(pathDB->Count()));
-  while (!visits.empty()) {
-    Visit& visit = visits.back();
-    const int target = NextTarget(visit.links, visit.next, !member, settled);
-    if (target < 0) {
-      visits.pop_back();
-      continue;
-    }
-    Visit inner;
-    // A file that cannot be marked or followed is left at that, on purpose.
-    if (turn(target, inner.links) == 0) visits.push_back(std::move(inner));
-  }
-  return 0;
-}
-
 int SiteMgr::PropagateFamily(int pathNumber) {
-  return SpreadMembership(pathNumber, true);
+  return Spread(pathDB, linkDB, true).From(pathNumber);
 }
 
 int SiteMgr::PropagateUnFamily(int pathNumber) {
-  return SpreadMembership(pathNumber, false);
+  return Spread(pathDB, linkDB, false).From(pathNumber);
 }
 
 // The number of the open site's top file in the path table: kNoTopFile when the profile has none,
@@ -134,7 +162,7 @@ int SiteMgr::TraverseFamily() {
   if (!HasFiles(siteProf)) return -1;
   const int topFile = FindTopFile();
   if (topFile == kNoTopFile) return 0;
-  return topFile < 0 ? -1 : MarkMember(topFile, true);
+  return topFile < 0 ? -1 : MarkMember(pathDB, topFile, true);
 }
 
 int SiteMgr::UpdateLinkFamily() {
@@ -143,7 +171,7 @@ int SiteMgr::UpdateLinkFamily() {
     return -1;
   }
   const int count = pathDB->Count();
-  for (int number = 0; number < count; ++number) MarkMember(number, false);
+  for (int number = 0; number < count; ++number) MarkMember(pathDB, number, false);
 
   const int topFile = FindTopFile();
   if (topFile == kNoTopFile) return 0;  // the flag stays up, on purpose
@@ -153,18 +181,15 @@ int SiteMgr::UpdateLinkFamily() {
 }
 
 // The sources are listed before the first save, because saving gives links new numbers. A page
-// that cannot be saved does not keep the others from it.
+// that cannot be saved is passed over.
 int SiteMgr::ReflectDefaultUrl(const std::string&) {
   std::string siteDir;
   if (!HasFiles(linkDB) || !HasFiles(pathDB) || !HasFiles(siteProf) || defaultUrl == nullptr ||
       ReadSiteFolder(siteDir) < 0) {
     return -1;
   }
-  int result = 0;
-  for (const std::string& source : ListFolderLinkSources()) {
-    if (Save(source, nullptr) < 0) result = -1;
-  }
-  return result;
+  for (const std::string& source : ListFolderLinkSources()) Save(source, nullptr);
+  return 0;
 }
 
 // The files that hold a link to a file whose text ends in "/", each once, in the order of the

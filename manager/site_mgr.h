@@ -424,13 +424,6 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int DeleteEntry(int pathNumber);
 
   // families.cc
-  int MarkMember(int pathNumber, bool member);
-  bool IsMember(int pathNumber) const;
-  int NextTarget(const std::vector<int>& links, std::size_t& next, bool member,
-                 std::vector<bool>& settled) const;
-  int EnterFamily(int pathNumber, std::vector<int>& links);
-  int LeaveFamily(int pathNumber, std::vector<int>& links);
-  int SpreadMembership(int pathNumber, bool member);
   int FindTopFile() const;
 
  protected:

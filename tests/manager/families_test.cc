@@ -1,6 +1,8 @@
 // The publishing family.
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "support/test_site.h"
 
 namespace zvrsit::test {
@@ -116,6 +118,30 @@ TEST(Family, FollowsAChainOfAHundredThousandFiles) {
   EXPECT_EQ(site.mgr->PropagateFamily(kFiles), -1);
 }
 
+// Every page of a large site links to one; each time one of them goes, that one is looked at again.
+TEST(Family, LeavesAHubOfThirtyThousandReferrersInLinearTime) {
+  TestSite site;
+  ASSERT_EQ(site.Open(), 0);
+  constexpr int kPages = 30000;
+  constexpr int kHub = kPages + 1;
+  for (int i = 0; i <= kHub; ++i) {
+    ASSERT_EQ(site.mgr->GetPathDB()->Add("\\p" + std::to_string(i)), i);
+  }
+  for (int i = 1; i <= kPages; ++i) {
+    ASSERT_GE(site.mgr->AddLink("x", UrlID(kKindPath, 0), UrlID(kKindPath, i), 0x40), 0);
+  }
+  for (int i = 1; i <= kPages; ++i) {
+    ASSERT_GE(site.mgr->AddLink("x", UrlID(kKindPath, i), UrlID(kKindPath, kHub), 0x40), 0);
+  }
+  ASSERT_EQ(site.mgr->PropagateFamily(0), 0);
+  const std::clock_t before = std::clock();
+  EXPECT_EQ(site.mgr->PropagateUnFamily(0), 0);
+  EXPECT_LT(std::clock() - before, 3 * CLOCKS_PER_SEC);
+  SitePathRec hub;
+  ASSERT_EQ(site.mgr->GetPathDB()->Get(kHub, hub), 0);
+  EXPECT_EQ(hub.membership, 0);
+}
+
 TEST(ReflectDefaultUrl, ResolvesFolderLinksAnew) {
   TestSite site;
   site.write("index.html", PageTo({"sub/", "plain.html"}));
@@ -135,6 +161,9 @@ TEST(ReflectDefaultUrl, ResolvesFolderLinksAnew) {
             "other.html -> plain.html plain.html 40 1\n"
             "index.html -> sub\\new.html sub/ 40 1\n"
             "index.html -> plain.html plain.html 40 1\n");
+  site.mgr->setDom(nullptr);
+  ASSERT_EQ(site.mgr->Save(site.path("index.html"), nullptr), -1);
+  EXPECT_EQ(site.mgr->ReflectDefaultUrl("new.html"), 0) << "a page that cannot be saved is no end";
 }
 
 }  // namespace
