@@ -10,11 +10,15 @@ void TargetMemo::TurnTo(std::string_view base, std::string_view root, const Site
   const SiteVarRecDB* const strings = links != nullptr ? links->strings() : nullptr;
   const std::uint32_t releases = strings != nullptr ? strings->releases() : 0;
   key_.assign(base).append(1, '\0').append(root);
-  const bool isSameBase = key_ == base_;
-  if (!isSameBase || releases != releases_) ++turn_;
+  if (releases != releases_) ++turn_;
   releases_ = releases;
-  if (isSameBase) return;
+  if (key_ == base_) return;
   base_ = key_;
+  Clear();
+}
+
+void TargetMemo::Clear() {
+  ++turn_;
   entries_.Clear();
   bytes_.clear();
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "links/extractor.h"
+#include "links/folder_documents.h"
 #include "links/target_resolver.h"
 #include "manager/base/operation_memo.h"
 #include "storage/id_table.h"
@@ -27,6 +28,8 @@ class TargetMemo {
   // Turns to the targets of pages whose base and root are these. Targets known by a number of the
   // link table are forgotten where `links` has freed one since, which may be another text by now.
   void TurnTo(std::string_view base, std::string_view root, const SiteLinkDB* links);
+  // Forgets all targets.
+  void Clear();
 
   // What `target` stands for; an id of -1 is a target without a link. Null when it is not known.
   // `variant` tells apart targets that read the same and are resolved in two ways.
@@ -106,14 +109,14 @@ class RowsAhead {
 };
 
 struct LinkMemo {
-  explicit LinkMemo(LinkRules rules) : resolver(rules) {}
+  LinkMemo(LinkRules rules, const std::string* defaultName)
+      : resolver(rules), folderDocuments(defaultName) {}
 
   PageRows rows;
   TargetResolver resolver;
   TargetMemo targets;
-  // Web: a path to the document that stands for it when it is a folder, to "" when it is none.
-  TextMap<std::string> folderDocuments;
-  std::string path;  // scratch
+  FolderDocuments folderDocuments;  // Web
+  std::string path;                 // scratch
 };
 
 }  // namespace zvrsit

@@ -21,9 +21,11 @@ namespace {
 
 std::shared_ptr<LinkMemo> MemoOf(SiteMgrBase* manager, LinkRules rules) {
   OperationMemo* const operation = manager != nullptr ? manager->GetOperationMemo() : nullptr;
-  if (operation == nullptr) return std::make_shared<LinkMemo>(rules);
-  if (operation->links == nullptr) operation->links = std::make_shared<LinkMemo>(rules);
-  return operation->links;
+  if (operation != nullptr && operation->links != nullptr) return operation->links;
+  const std::string* const name = manager != nullptr ? manager->GetDefaultUrl() : nullptr;
+  const auto memo = std::make_shared<LinkMemo>(rules, name);
+  if (operation != nullptr) operation->links = memo;
+  return memo;
 }
 
 // The words of a path record that MetaKey numbers.
@@ -81,6 +83,9 @@ SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* th
 SiteDOMUtil::~SiteDOMUtil() {
   SitePathRec stored;
   if (pageId < 0 || pathTable->Get(pageId, stored) < 0) return;
+  // What a link to the page itself has found out is set back here. The next link to it is to find
+  // it out anew.
+  if (stored.exists != pageRecord.exists) memo_->targets.Clear();
   if (stored != pageRecord) pathTable->Update(pageRecord);
 }
 
@@ -338,7 +343,7 @@ SiteDOMUtil::Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID&
       if (path.empty()) return Outcome::kSkipped;
       place = UrlID(kKindPath, pathTable->Find(path));
       if (IsKnownFile(place.id)) return Outcome::kDone;
-      if (web_) TurnFolderToDocument(path);
+      if (web_) memo_->folderDocuments.Turn(path);
       return RegisterPath(path, place);
     default:
       return Outcome::kSkipped;
@@ -374,37 +379,6 @@ bool SiteDOMUtil::IsKnownFile(int pathNumber) const {
   std::int32_t exists = 0;
   return pathNumber >= 0 && pathTable->GetNumber(pathNumber, &SitePathRec::exists, exists) == 0 &&
          exists != 0;
-}
-
-// What a server answers with for a folder, whether the target ends in a "/" or not.
-void SiteDOMUtil::TurnFolderToDocument(std::string& path) {
-  const bool isNamedAsFolder = path.back() == '\\';
-  auto& documents = memo_->folderDocuments;
-  auto known = documents.find(std::string_view(path));
-  if (known == documents.end()) {
-    std::string folder;
-    platform::FileStat stat;
-    if (isNamedAsFolder) {
-      folder = path;
-    } else if (platform::Stat(path, stat) == 0 && stat.isFolder()) {
-      folder = path + '\\';
-    }
-    known = documents.emplace(path, folder.empty() ? folder : FolderDocument(folder)).first;
-  }
-  if (!known->second.empty()) path = known->second;
-}
-
-// The default document of the site, else the first of the usual names that there is, else the
-// first of them.
-std::string SiteDOMUtil::FolderDocument(const std::string& folder) const {
-  const std::string* const name = manager->GetDefaultUrl();
-  if (name != nullptr && !name->empty()) return folder + *name;
-  constexpr const char* kNames[] = {"index.html", "index.htm", "default.htm"};
-  for (const char* const usual : kNames) {
-    platform::FileStat stat;
-    if (platform::Stat(folder + usual, stat) == 0 && stat.isRegular()) return folder + usual;
-  }
-  return folder + kNames[0];
 }
 
 }  // namespace zvrsit

@@ -68,8 +68,6 @@ class SiteDOMUtil {
   Outcome RegisterPath(const std::string& path, UrlID& place);
   Outcome RegisterUrl(const std::string& url, UrlID& place);
   bool IsKnownFile(int pathNumber) const;
-  void TurnFolderToDocument(std::string& path);
-  std::string FolderDocument(const std::string& folder) const;
   bool TakesDefaultName(const LinkRow& row) const;
 
   SiteMgrBase* manager;

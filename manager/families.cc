@@ -1,16 +1,13 @@
 // The publishing family: the files that the top file reaches, kept as marks in the path records.
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "manager/family_marks.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
-#include "util/mb_string.h"
 
 namespace zvrsit {
 
@@ -178,36 +175,6 @@ int SiteMgr::UpdateLinkFamily() {
   if (topFile < 0 || PropagateFamily(topFile) < 0) return -1;
   linksChanged = 0;
   return 0;
-}
-
-// The sources are listed before the first save, because saving gives links new numbers. A page
-// that cannot be saved is passed over.
-int SiteMgr::ReflectDefaultUrl(const std::string&) {
-  std::string siteDir;
-  if (!HasFiles(linkDB) || !HasFiles(pathDB) || !HasFiles(siteProf) || defaultUrl == nullptr ||
-      ReadSiteFolder(siteDir) < 0) {
-    return -1;
-  }
-  for (const std::string& source : ListFolderLinkSources()) Save(source, nullptr);
-  return 0;
-}
-
-// The files that hold a link to a file whose text ends in "/", each once, in the order of the
-// first such link.
-std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
-  std::vector<std::string> sources;
-  std::unordered_set<int> seen;
-  for (int number = linkDB->NextNumber(0); number >= 0; number = linkDB->NextNumber(number + 1)) {
-    SiteLinkRec link;
-    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) continue;
-    const std::string_view text = linkDB->TextView(link.text);
-    if (text.empty() || FindLastCharMB(text, '/') != text.size() - 1) continue;
-    std::string source;
-    if (seen.insert(link.from.id).second && pathDB->Name(link.from.id, source) == 0) {
-      sources.push_back(std::move(source));
-    }
-  }
-  return sources;
 }
 
 }  // namespace zvrsit

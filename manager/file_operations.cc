@@ -8,6 +8,13 @@
 namespace zvrsit {
 
 int SiteMgr::Remove(const std::string& path, int) {
+  if (RemoveOne(path) < 0) return -1;
+  FollowFolderLinks(path);
+  return 0;
+}
+
+// Takes a file out, and leaves the pages that link to its folder as they are.
+int SiteMgr::RemoveOne(const std::string& path) {
   if (path.empty() || !HasFiles(pathDB)) return -1;
   const int number = pathDB->Find(path);
   if (number < 0 || DeleteForeLinks(number) < 0) return -1;

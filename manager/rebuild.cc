@@ -186,7 +186,7 @@ int SiteMgr::Rebuild::DropVanished() {
         manager_.linkDB->CountTo(PathID(number)) != 0) {
       continue;
     }
-    if (manager_.pathDB->Text(rec.name, path) < 0 || manager_.Remove(path, 0) < 0) return -1;
+    if (manager_.pathDB->Text(rec.name, path) < 0 || manager_.RemoveOne(path) < 0) return -1;
   }
   return 0;
 }

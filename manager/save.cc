@@ -75,6 +75,13 @@ int SiteMgr::Save(const std::string& path, int, Document* doc) {
 }
 
 int SiteMgr::Save(const std::string& path, Document* doc) {
+  if (SaveOne(path, doc) < 0) return -1;
+  FollowFolderLinks(path);
+  return 0;
+}
+
+// Saves a file, and leaves the pages that link to its folder as they are.
+int SiteMgr::SaveOne(const std::string& path, Document* doc) {
   // The document of any other file stays the caller's, on purpose.
   OwnedDocument owned(HoldsLinks(ClassifyFileType(path)) ? doc : nullptr, GiveBack{dom});
   std::string siteDir;
@@ -131,7 +138,7 @@ int SiteMgr::RegisterAnew(int number, const std::string& path, const std::string
   SitePathRec rec;
   if (pathDB->Get(number, rec) < 0) return -1;
   const std::int32_t membership = rec.membership;
-  if (Remove(path, 0) < 0) return -1;
+  if (RemoveOne(path) < 0) return -1;
   if (pathDB->Find(path) >= 0) return CheckPath(path, siteDir);
 
   const int again = AddPath(path, siteDir, 0);
@@ -170,9 +177,13 @@ int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Docum
 // The links in the page's own text. The page record is written when the collecting object goes,
 // which has to be before the style sheets are looked at.
 int SiteMgr::CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc) {
-  const std::string& linkBase = docRoot != nullptr && !docRoot->empty() ? *docRoot : siteDir;
   SiteDOMUtil page(this, dom, pathDB, urlDB, linkDB, path);
-  return page.CollectLinks(linkBase, doc, siteDir);
+  return page.CollectLinks(LinkBase(siteDir), doc, siteDir);
+}
+
+// The folder that "/" names in a link.
+const std::string& SiteMgr::LinkBase(const std::string& siteDir) const {
+  return docRoot != nullptr && !docRoot->empty() ? *docRoot : siteDir;
 }
 
 }  // namespace zvrsit

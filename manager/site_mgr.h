@@ -44,7 +44,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // Registers the file `path` anew with the links of `doc`, or of the file on disk when `doc` is
   // null. For pages and style sheets `doc` is consumed, whatever the outcome; for other types it
-  // stays the caller's. Raises the links-changed flag when the page's targets in the site differ.
+  // stays the caller's. Raises the links-changed flag when the page's targets in the site differ,
+  // or a sheet below it is registered that names files. By the web rules, when a document that
+  // stands for its folder has come, the pages that link to the folder are read anew.
   int Save(const std::string& path, Document* doc);
   // The same; the int is ignored.
   int Save(const std::string& path, int, Document* doc);
@@ -60,7 +62,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Reported after the fact: the disk is not touched.
 
   // Takes a file out of the link structure. An entry that others still link to stays, with
-  // existence flag 0. The int is ignored.
+  // existence flag 0. By the web rules, when a document that stood for its folder has gone, the
+  // pages that link to the folder are read anew. The int is ignored.
   int Remove(const std::string& path, int);
   int Move(const std::string& from, const std::string& to);
   // These change nothing, on purpose: the application reports what matters through Save, Remove
@@ -142,8 +145,11 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int TraverseFamily();
   // Recomputes the family when links have changed since the last time.
   int UpdateLinkFamily();
-  // Saves every page anew that holds a link whose text ends in "/", after the default document
-  // name has changed. `url` is not looked at: the name in force is that of the open site.
+  // Saves every page anew that holds a link to a folder, after the default document name has
+  // changed: by the classic rules a link whose text ends in "/", by the web rules one that leads
+  // elsewhere now. 0, or -1 when a table is absent or, by the classic rules, no name is set; a page
+  // that cannot be saved is passed over. `url` is not looked at: the name in force is that of the
+  // open site. (folder_links.cc)
   int ReflectDefaultUrl(const std::string& url);
   // The paths of the pages that ReflectDefaultUrl would save now, in its order.
   std::vector<std::string> ListFolderLinkSources() const;
@@ -413,6 +419,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int SetServNumber(const std::string& name, Field field, int value);
 
   // save.cc
+  int SaveOne(const std::string& path, Document* doc);
+  const std::string& LinkBase(const std::string& siteDir) const;
   int ReadSiteFolder(std::string& siteDir) const;
   int ListFileTargets(int pathNumber, std::vector<int>& targets);
   int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
@@ -420,11 +428,15 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc);
 
   // file_operations.cc
+  int RemoveOne(const std::string& path);
   int DeleteForeLinks(int pathNumber);
   int DeleteEntry(int pathNumber);
 
   // families.cc
   int FindTopFile() const;
+
+  // folder_links.cc
+  void FollowFolderLinks(const std::string& path);
 
  protected:
   // The path table of another site, while it is looked into.

@@ -2,12 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <memory>
-#include <string>
-#include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "dom/code_conv.h"
@@ -19,16 +15,6 @@
 namespace zvrsit {
 
 struct LinkMemo;  // links/link_memo.h
-
-// Lets the maps below be asked with a string_view, without a copy.
-struct TextHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view text) const {
-    return std::hash<std::string_view>{}(text);
-  }
-};
-template <class Value>
-using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 
 // Holds for as long as nobody but the operation itself changes the site. SiteMgrBase has one while
 // an Operation lives; outside of an operation there is none.

@@ -265,6 +265,18 @@ TEST_F(SiteDOMUtilTest, WritesItsOwnCopyOfThePageRecord) {
   EXPECT_EQ(PageRecord("late.htm").exists, 1);
 }
 
+// A link of another page looks again at what the page's own copy has set back.
+TEST_F(SiteDOMUtilTest, TheNextLinkToAPageIsNotAnsweredFromWhatThePageHasSetBack) {
+  OpenSite(LinkRules::Classic);
+  manager_.AddPath(siteFolder_ + "late.htm", siteFolder_, 0);
+  folder_.write("site/late.htm", "<p>");
+  const Manager::Operation operation(manager_);
+  ASSERT_EQ(Collect("<a href=late.htm><a href='late.htm#x'>", "late.htm"), 0);
+  EXPECT_EQ(PageRecord("late.htm").exists, 0);
+  ASSERT_EQ(Collect("<a href=late.htm>", "other.htm"), 0);
+  EXPECT_EQ(PageRecord("late.htm").exists, 1);
+}
+
 class SiteDOMUtilMemory : public SiteDOMUtilTest, public testing::WithParamInterface<bool> {};
 
 // Pages of several folders that repeat their targets, with and without the memory of an operation.

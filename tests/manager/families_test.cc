@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <filesystem>
+#include <vector>
 
 #include "support/test_site.h"
 
@@ -164,6 +166,58 @@ TEST(ReflectDefaultUrl, ResolvesFolderLinksAnew) {
   site.mgr->setDom(nullptr);
   ASSERT_EQ(site.mgr->Save(site.path("index.html"), nullptr), -1);
   EXPECT_EQ(site.mgr->ReflectDefaultUrl("new.html"), 0) << "a page that cannot be saved is no end";
+}
+
+// By the web rules: each text, and what it leads to before and after.
+TEST(FolderLinks, FollowTheDocumentOfTheirFolderByTheWebRules) {
+  TestSite site(LinkRules::Web);
+  const std::vector<std::string> texts = {"sub", "sub/#x", "sub/?q", "sub/.", "late", "late/"};
+  std::string page = PageTo({"sub/index.htm"});
+  for (const std::string& text : texts) page += PageTo({text});
+  site.write("index.html", page);
+  site.write("sub/p.html", PageTo({".", "../"}));
+  site.write("sub/index.htm", "");
+  site.write("sub/home.htm", "");
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  const auto leads = [&](const std::string& text) {
+    const std::string links = site.Links();
+    const std::size_t at = links.find(" " + text + " 40 ");
+    const std::size_t arrow = links.rfind("-> ", at) + 3;
+    return links.substr(arrow, at - arrow);
+  };
+  const auto all = [&](const std::string& sub, const std::string& late) {
+    std::string wrong;
+    for (const char* text : {"sub", "sub/#x", "sub/?q", "sub/.", "."}) {
+      if (leads(text) != sub) wrong += text + (" to " + leads(text)) + "\n";
+    }
+    if (leads("late/") != "late\\index.html") wrong += "late/ to " + leads("late/") + "\n";
+    if (leads("late") != late) wrong += "late to " + leads("late") + "\n";
+    if (leads("sub/index.htm") != "sub\\index.htm") wrong += "index.htm\n";
+    return wrong;
+  };
+  EXPECT_EQ(all("sub\\index.htm", "late"), "");
+
+  site.write("sub/index.html", "");
+  site.mgr->SetLinksChanged(0);
+  EXPECT_EQ(site.mgr->Save(site.path("sub/index.html"), nullptr), 0);
+  EXPECT_EQ(all("sub\\index.html", "late"), "") << "one more wanted has come";
+  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
+  std::filesystem::remove(site.native("sub/index.html"));
+  EXPECT_EQ(site.mgr->Remove(site.path("sub/index.html"), 0), 0);
+  site.write("late/index.html", "");
+  EXPECT_EQ(site.mgr->Save(site.path("late/index.html"), nullptr), 0);
+  EXPECT_EQ(all("sub\\index.htm", "late\\index.html"), "") << "one has gone, one has come";
+
+  ASSERT_EQ(site.mgr->SetSiteProfDefaultUrl("home.htm"), 0);
+  EXPECT_EQ(site.mgr->ReflectDefaultUrl(""), 0);
+  for (const char* text : {"sub", "sub/#x", "sub/?q", "sub/.", "."}) {
+    EXPECT_EQ(leads(text), "sub\\home.htm") << text;
+  }
+  EXPECT_EQ(leads("../"), "home.htm");
+  ASSERT_EQ(site.mgr->SetSiteProfDefaultUrl(""), 0);
+  EXPECT_EQ(site.mgr->ReflectDefaultUrl(""), 0);
+  EXPECT_EQ(all("sub\\index.htm", "late\\index.html"), "");
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ std::string Difference(const Facts& kept, const Facts& fresh) {
 struct Life {
   LinkRules rules;
   unsigned seed;
+  bool named;  // the profile names the default document
 };
 
 class WholeFlow : public testing::TestWithParam<Life> {
@@ -124,11 +125,12 @@ class WholeFlow : public testing::TestWithParam<Life> {
       for (const char* name : {"index.html", "p.htm", "q.htm", "s.css", "t.css", "g.gif"}) {
         names_.push_back(std::string(folder) + name);
       }
+      if (!GetParam().named) names_.push_back(std::string(folder) + "index.htm");
     }
     for (const std::string& name : names_) {
       if (name == "index.html" || Chance(70)) Write(name);
     }
-    EXPECT_EQ(site_.mgr->SetSiteProfDefaultUrl("index.html", 0), 0);
+    EXPECT_EQ(site_.mgr->SetSiteProfDefaultUrl(GetParam().named ? "index.html" : "", 0), 0);
     EXPECT_EQ(site_.Open(), 0);
     EXPECT_EQ(site_.mgr->SiteRebuildComplete(nullptr), 0);
   }
@@ -184,10 +186,16 @@ class WholeFlow : public testing::TestWithParam<Life> {
       case 6:
         return "<a href=" + Target(page, "index.html") + "#top>top</a>";
       case 7:
+        if (Chance(50) && GetParam().rules == LinkRules::Web) return FolderLink();
         return "<a href=missing" + std::to_string(Roll(4)) + ".html>gone</a>";
       default:
         return "<a href=" + Target(page, ".htm") + ">near</a>";
     }
+  }
+
+  std::string FolderLink() {
+    constexpr const char* kTexts[] = {"a/", "a", "/a/b", "/c/#x", ".", "..", "./?q", "b", "/c/new"};
+    return std::string("<a href='") + kTexts[Roll(std::size(kTexts))] + "'>folder</a>";
   }
 
   void Write(const std::string& name) {
@@ -205,8 +213,16 @@ class WholeFlow : public testing::TestWithParam<Life> {
     ASSERT_EQ(site_.mgr->Save(site_.path(name), nullptr), 0) << name;
   }
 
+  // Another default document of the site, and its report.
+  void ChangeDefault() {
+    constexpr const char* kNames[] = {"index.html", "index.htm", "p.htm", ""};
+    ASSERT_EQ(site_.mgr->SetSiteProfDefaultUrl(kNames[Roll(std::size(kNames))]), 0);
+    ASSERT_EQ(site_.mgr->ReflectDefaultUrl(""), 0);
+  }
+
   // One edit, and its report.
   void Edit(int number) {
+    if (!GetParam().named && Chance(10)) return ChangeDefault();
     const std::string there = Pick(true);
     const std::string missing = Pick(false);
     const int kind = Roll(10);
@@ -268,14 +284,15 @@ TEST_P(WholeFlow, TablesStayThoseOfAFreshRebuild) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Lives, WholeFlow,
-                         testing::Values(Life{LinkRules::Classic, 1}, Life{LinkRules::Classic, 2},
-                                         Life{LinkRules::Web, 1}, Life{LinkRules::Web, 2}),
-                         [](const auto& life) {
-                           return std::string(life.param.rules == LinkRules::Web ? "Web"
-                                                                                 : "Classic") +
-                                  std::to_string(life.param.seed);
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Lives, WholeFlow,
+    testing::Values(Life{LinkRules::Classic, 1, true}, Life{LinkRules::Classic, 2, true},
+                    Life{LinkRules::Web, 1, true}, Life{LinkRules::Web, 2, true},
+                    Life{LinkRules::Web, 3, false}, Life{LinkRules::Web, 4, false}),
+    [](const auto& life) {
+      return std::string(life.param.rules == LinkRules::Web ? "Web" : "Classic") +
+             std::to_string(life.param.seed);
+    });
 
 }  // namespace
 }  // namespace zvrsit

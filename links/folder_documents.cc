@@ -1,0 +1,49 @@
+#include "links/folder_documents.h"
+
+#include "platform/file.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+bool IsFolder(const std::string& path) {
+  platform::FileStat stat;
+  return platform::Stat(path, stat) == 0 && stat.isFolder();
+}
+
+bool IsFile(const std::string& path) {
+  platform::FileStat stat;
+  return platform::Stat(path, stat) == 0 && stat.isRegular();
+}
+
+}  // namespace
+
+FolderDocuments::FolderDocuments(const std::string* defaultName) {
+  if (defaultName != nullptr && !defaultName->empty()) {
+    names_ = {*defaultName};
+  } else {
+    names_ = {"index.html", "index.htm", "default.htm"};
+  }
+}
+
+void FolderDocuments::Turn(std::string& path) {
+  auto known = known_.find(path);
+  if (known == known_.end()) known = known_.emplace(path, DocumentOf(path)).first;
+  if (!known->second.empty()) path = known->second;
+}
+
+// Empty for a path that is no folder. One that ends in "\" is, there or not.
+std::string FolderDocuments::DocumentOf(const std::string& path) const {
+  std::string folder = path;
+  if (FindLastBackslashMB(folder) + 1 != folder.size()) {  // npos + 1 is 0
+    if (!IsFolder(folder)) return "";
+    folder.push_back('\\');
+  }
+  if (names_.size() == 1) return folder + names_.front();
+  for (const std::string& name : names_) {
+    if (IsFile(folder + name)) return folder + name;
+  }
+  return folder + names_.front();
+}
+
+}  // namespace zvrsit

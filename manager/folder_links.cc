@@ -1,0 +1,160 @@
+// Links to folders: the pages that hold one are read anew when another document stands for the
+// folder.
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "links/folder_documents.h"
+#include "links/link_type.h"
+#include "links/target_resolver.h"
+#include "manager/record_access.h"
+#include "manager/site_mgr.h"
+#include "platform/file.h"
+#include "util/mb_string.h"
+#include "util/site_name.h"
+
+namespace zvrsit {
+
+namespace {
+
+// Links whose texts lead to a folder by its path, or whose texts are no paths: they do not change.
+constexpr std::uint32_t kNeverFollowed =
+    LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE | LT_APPLET_FILE;
+
+// The files that hold certain links, each once, in the order in which they were met.
+class Sources {
+ public:
+  explicit Sources(const SitePathDB& paths) : paths_(paths) {}
+  void Add(const UrlID& page) {
+    std::string name;
+    if (page.kind == kKindPath && seen_.insert(page.id).second && paths_.Name(page.id, name) == 0) {
+      names_.push_back(std::move(name));
+    }
+  }
+  const std::vector<std::string>& names() const { return names_; }
+
+ private:
+  const SitePathDB& paths_;
+  std::unordered_set<int> seen_;
+  std::vector<std::string> names_;
+};
+
+// Links of the web rules, and where they would lead if their pages were read now.
+class WebLinks {
+ public:
+  // Those of the open site of `manager`; "/" is `root`.
+  WebLinks(const SiteMgr& manager, std::string_view root, std::string_view siteDir)
+      : paths_(*manager.GetPathDB()),
+        links_(*manager.GetLinkDB()),
+        root_(root),
+        documents_(manager.GetDefaultUrl()) {
+    if (manager.GetLiveUrl() != nullptr) resolver_.SetLiveUrl(*manager.GetLiveUrl(), siteDir);
+  }
+
+  FolderDocuments& documents() { return documents_; }
+
+  // Whether the link of a page to a file would lead elsewhere now. True also where that cannot be
+  // told, as in a page with a BASE.
+  bool LeadElsewhere(const SiteLinkRec& link) {
+    if (link.from.kind != kKindPath || link.to.kind != kKindPath ||
+        (static_cast<std::uint32_t>(link.type) & kNeverFollowed) != 0) {
+      return false;
+    }
+    if (!(link.from == page_)) {
+      page_ = link.from;
+      resolver_.BeginPage(root_, paths_.NameView(page_.id));
+    }
+    if (resolver_.Resolve(links_.TextView(link.text), place_) != TargetKind::kLocal) return true;
+    const std::string_view target = paths_.NameView(link.to.id);
+    const int number = place_ == target ? link.to.id : paths_.Find(place_);
+    std::int32_t exists = 0;
+    if (number >= 0) paths_.GetNumber(number, &SitePathRec::exists, exists);
+    if (exists == 0) documents_.Turn(place_);
+    return place_ != target;
+  }
+
+ private:
+  const SitePathDB& paths_;
+  const SiteLinkDB& links_;
+  const std::string root_;
+  FolderDocuments documents_;
+  TargetResolver resolver_{LinkRules::Web};
+  UrlID page_;  // of the link before
+  std::string place_;
+};
+
+// By the classic rules a link to a folder is one whose text ends in "/".
+bool IsFolderLink(std::string_view text) {
+  return !text.empty() && FindLastCharMB(text, '/') == text.size() - 1;
+}
+
+}  // namespace
+
+// The sources are listed before the first save, because saving gives links new numbers. A page
+// that cannot be saved is passed over.
+int SiteMgr::ReflectDefaultUrl(const std::string&) {
+  std::string siteDir;
+  if (!HasFiles(linkDB) || !HasFiles(pathDB) || !HasFiles(siteProf) ||
+      (defaultUrl == nullptr && linkRules == LinkRules::Classic) || ReadSiteFolder(siteDir) < 0) {
+    return -1;
+  }
+  for (const std::string& source : ListFolderLinkSources()) SaveOne(source, nullptr);
+  return 0;
+}
+
+std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
+  std::string siteDir;
+  if (!HasFiles(linkDB) || !HasFiles(pathDB) || ReadSiteFolder(siteDir) < 0) return {};
+  Sources sources(*pathDB);
+  WebLinks web(*this, LinkBase(siteDir), siteDir);
+  for (int number = linkDB->NextNumber(0); number >= 0; number = linkDB->NextNumber(number + 1)) {
+    SiteLinkRec link;
+    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) continue;
+    if (linkRules == LinkRules::Web ? web.LeadElsewhere(link)
+                                    : IsFolderLink(linkDB->TextView(link.text))) {
+      sources.Add(link.from);
+    }
+  }
+  return sources.names();
+}
+
+// Reads the pages anew whose links to the folder of `path` lead elsewhere, now that this file has
+// come or gone. By the classic rules a folder's document has one name, there or not.
+void SiteMgr::FollowFolderLinks(const std::string& path) {
+  std::string siteDir;
+  if (linkRules != LinkRules::Web || dom == nullptr || !HasFiles(linkDB) ||
+      ReadSiteFolder(siteDir) < 0) {
+    return;
+  }
+  WebLinks web(*this, LinkBase(siteDir), siteDir);
+  const std::vector<std::string>& names = web.documents().names();
+  const std::size_t nameAt = FindLastBackslashMB(path) + 1;  // npos + 1 is 0
+  const auto isName = [&](const std::string& name) {
+    return EqualIgnoringCase(name, std::string_view(path).substr(nameAt));
+  };
+  if (nameAt == 0 || std::ranges::none_of(names, isName)) return;
+
+  Sources sources(*pathDB);
+  const std::string folder = path.substr(0, nameAt);
+  const auto addReferrersOf = [&](const std::string& target) {
+    const int number = pathDB->Find(target);
+    std::vector<int> links;
+    if (number < 0 || linkDB->Query(kAnyUrlID, PathID(number), links) < 0) return;
+    for (const int each : links) {
+      SiteLinkRec link;
+      if (linkDB->Get(each, link) == 0 && web.LeadElsewhere(link)) sources.Add(link.from);
+    }
+  };
+  // Links to the document of today are right, unless the folder itself has gone.
+  const std::string bare = folder.substr(0, nameAt - 1);
+  std::string document = bare;
+  web.documents().Turn(document);
+  for (const std::string& name : names) {
+    if (folder + name != document) addReferrersOf(folder + name);
+  }
+  addReferrersOf(bare);
+  for (const std::string& source : sources.names()) SaveOne(source, nullptr);
+}
+
+}  // namespace zvrsit
