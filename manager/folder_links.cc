@@ -1,5 +1,9 @@
 // Links to folders: the pages that hold one are read anew when another document stands for the
 // folder.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -10,7 +14,6 @@
 #include "links/target_resolver.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
-#include "platform/file.h"
 #include "util/mb_string.h"
 #include "util/site_name.h"
 
@@ -74,15 +77,35 @@ class WebLinks {
     return place_ != target;
   }
 
+  // Adds the pages whose links to the file `target` would lead elsewhere now.
+  void AddReferrers(const std::string& target, Sources& sources) {
+    const int file = paths_.Find(target);
+    std::vector<int> numbers;
+    if (file < 0 || links_.Query(kAnyUrlID, PathID(file), numbers) < 0) return;
+    for (const int number : numbers) {
+      SiteLinkRec link;
+      if (links_.Get(number, link) == 0 && LeadElsewhere(link)) sources.Add(link.from);
+    }
+  }
+
  private:
   const SitePathDB& paths_;
-  const SiteLinkDB& links_;
+  SiteLinkDB& links_;
   const std::string root_;
   FolderDocuments documents_;
   TargetResolver resolver_{LinkRules::Web};
   UrlID page_;  // of the link before
   std::string place_;
 };
+
+// Whether a file may stand for its folder by its name.
+bool IsDocument(const FolderDocuments& documents, std::string_view path) {
+  const std::size_t backslash = FindLastBackslashMB(path);
+  if (backslash == std::string_view::npos) return false;
+  return std::ranges::any_of(documents.names(), [&](const std::string& name) {
+    return EqualIgnoringCase(name, path.substr(backslash + 1));
+  });
+}
 
 // By the classic rules a link to a folder is one whose text ends in "/".
 bool IsFolderLink(std::string_view text) {
@@ -123,38 +146,25 @@ std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
 // come or gone. By the classic rules a folder's document has one name, there or not.
 void SiteMgr::FollowFolderLinks(const std::string& path) {
   std::string siteDir;
-  if (linkRules != LinkRules::Web || dom == nullptr || !HasFiles(linkDB) ||
+  if (linkRules != LinkRules::Web || dom == nullptr ||
+      !IsDocument(FolderDocuments(defaultUrl), path) || !HasFiles(linkDB) ||
       ReadSiteFolder(siteDir) < 0) {
     return;
   }
   WebLinks web(*this, LinkBase(siteDir), siteDir);
-  const std::vector<std::string>& names = web.documents().names();
-  const std::size_t nameAt = FindLastBackslashMB(path) + 1;  // npos + 1 is 0
-  const auto isName = [&](const std::string& name) {
-    return EqualIgnoringCase(name, std::string_view(path).substr(nameAt));
-  };
-  if (nameAt == 0 || std::ranges::none_of(names, isName)) return;
-
   Sources sources(*pathDB);
-  const std::string folder = path.substr(0, nameAt);
-  const auto addReferrersOf = [&](const std::string& target) {
-    const int number = pathDB->Find(target);
-    std::vector<int> links;
-    if (number < 0 || linkDB->Query(kAnyUrlID, PathID(number), links) < 0) return;
-    for (const int each : links) {
-      SiteLinkRec link;
-      if (linkDB->Get(each, link) == 0 && web.LeadElsewhere(link)) sources.Add(link.from);
-    }
-  };
+  const std::string folder = path.substr(0, FindLastBackslashMB(path));
   // Links to the document of today are right, unless the folder itself has gone.
-  const std::string bare = folder.substr(0, nameAt - 1);
-  std::string document = bare;
+  std::string document = folder;
   web.documents().Turn(document);
-  for (const std::string& name : names) {
-    if (folder + name != document) addReferrersOf(folder + name);
+  for (const std::string& name : web.documents().names()) {
+    std::string other = folder + '\\' + name;
+    if (other != document) web.AddReferrers(other, sources);
   }
-  addReferrersOf(bare);
-  for (const std::string& source : sources.names()) SaveOne(source, nullptr);
+  web.AddReferrers(folder, sources);
+  for (const std::string& source : sources.names()) {
+    if (source != path) SaveOne(source, nullptr);
+  }
 }
 
 }  // namespace zvrsit

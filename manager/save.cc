@@ -46,6 +46,13 @@ bool CancelEqual(int* ids, int count, const std::unordered_set<int>& others) {
   return left;
 }
 
+// Whether two lists of targets differ; spoils both.
+bool Differ(std::vector<int>& olds, std::vector<int>& news) {
+  return olds.size() != news.size() ||
+         SiteMgr::LinkChanged(olds.data(), news.data(), static_cast<int>(olds.size()),
+                              static_cast<int>(news.size())) != 0;
+}
+
 // Reads the file into `document`; a file that cannot be read leaves it empty. False then.
 bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) {
   if (!memo.pageFile.open(path, memo.nearbyFiles)) return false;
@@ -104,12 +111,9 @@ int SiteMgr::SaveOne(const std::string& path, Document* doc) {
 
   std::vector<int> newTargets;
   if (ListFileTargets(number, newTargets) < 0) return -1;
-  const bool differ =
-      operationMemo->linkedFromBelow || oldTargets.size() != newTargets.size() ||
-      LinkChanged(oldTargets.data(), newTargets.data(), static_cast<int>(oldTargets.size()),
-                  static_cast<int>(newTargets.size())) != 0;
+  const bool changed = operationMemo->linkedFromBelow || Differ(oldTargets, newTargets);
   // Taking the page out and putting it back has raised the flag; an unchanged page must not.
-  linksChanged = differ ? 1 : changedBefore;
+  linksChanged = changed ? 1 : changedBefore;
   return 0;
 }
 
