@@ -91,6 +91,8 @@ int SitBlockDB::Open(const std::string& path, int kind, int bucketCount) {
   live_ = 0;
   end_ = kHeaderSize;
   deadBytes_ = 0;
+  whole_ = false;
+  counted_ = {};
   if (file_.Open(path) < 0) return -1;
   if (!LoadHeader()) {
     file_.Close();
@@ -106,8 +108,10 @@ bool SitBlockDB::LoadHeader() {
     StoreCounts(header);
     return file_.WriteAt(0, header, sizeof header);
   }
-  return file_.ReadAt(0, header, sizeof header) && std::memcmp(header, kMagic, kMagicSize) == 0 &&
-         LoadLE32(header + 8) == kVersion && LoadLE32(header + 12) == kind_;
+  if (!file_.ReadAt(0, header, sizeof header)) return false;
+  counted_ = {LoadLE32(header + 16), LoadLE32(header + 20)};
+  return std::memcmp(header, kMagic, kMagicSize) == 0 && LoadLE32(header + 8) == kVersion &&
+         LoadLE32(header + 12) == kind_;
 }
 
 void SitBlockDB::StoreCounts(unsigned char* header) const {
@@ -123,18 +127,22 @@ void SitBlockDB::Load() {
   SitFileScan scan(file_, kHeaderSize);
   unsigned char head[kHeadSize];
   std::string bytes;
+  bool good = true;
   while (scan.Take(head, sizeof head)) {
     const std::int32_t index = LoadLE32(head);
     const Block block{static_cast<std::int32_t>(end_), LoadLE32(head + 4), LoadLE32(head + 8)};
     const std::int64_t next = scan.offset() + block.capacity;
     if (block.capacity < 0 || next > size) break;
-    if (index >= 0 && index < size / kHeadSize) LoadBlock(scan, index, block, bytes);
+    const bool inRange = index >= 0 && index < size / kHeadSize;
+    good = inRange && LoadBlock(scan, index, block, bytes) && good;
     scan.Skip(next - scan.offset());
     end_ = next;
   }
+  whole_ = good && end_ == size && Num() >= counted_[0];
 }
 
-void SitBlockDB::LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block,
+// False for a block that is damaged.
+bool SitBlockDB::LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block,
                            std::string& bytes) {
   if (index >= Num()) entries_.resize(static_cast<std::size_t>(index) + 1);
   SitUrlRec record;
@@ -146,7 +154,7 @@ void SitBlockDB::LoadBlock(SitFileScan& scan, std::int32_t index, const Block& b
   }
   if (!live) {
     deadBytes_ += block.capacity;
-    return;
+    return block.length == -1;
   }
   if (At(index).offset >= 0) {
     deadBytes_ += kHeadSize + At(index).capacity;
@@ -156,17 +164,26 @@ void SitBlockDB::LoadBlock(SitFileScan& scan, std::int32_t index, const Block& b
   At(index) = block;
   keys_.Insert(index, record.key);
   ++live_;
+  return true;
 }
 
 int SitBlockDB::Close() {
   if (!file_.IsOpen()) return 0;
-  unsigned char header[kHeaderSize];
-  StoreCounts(header);
-  const bool written = file_.WriteAt(0, header, sizeof header);
+  bool written = true;
+  // The count of a file that is not whole tells that it is not.
+  if (whole_ && counted_ != std::array{Num(), live_}) {
+    unsigned char header[kHeaderSize];
+    StoreCounts(header);
+    written = file_.WriteAt(0, header, sizeof header);
+  }
+  return CloseFile() == 0 && written ? 0 : -1;
+}
+
+int SitBlockDB::CloseFile() {
   entries_.clear();
   keys_.Reset(1);
   live_ = 0;
-  return file_.Close() == 0 && written ? 0 : -1;
+  return file_.Close();
 }
 
 int SitBlockDB::State(int index) const {
@@ -192,6 +209,7 @@ bool SitBlockDB::Store(int index, const std::string& bytes) {
     entry.length = Length(bytes);
     return true;
   }
+  if (!whole_) return false;
   const std::size_t capacity = (bytes.size() / kRoomUnit + 1) * kRoomUnit;
   if (end_ + kHeadSize + static_cast<std::int64_t>(capacity) >
       std::numeric_limits<std::int32_t>::max()) {
@@ -309,19 +327,16 @@ bool SitBlockDB::CopyBlocks(SitPackWriter& copy) {
 }
 
 int SitBlockDB::Pack(bool reopen) {
-  if (!IsOpen()) return -1;
+  if (!IsOpen() || !whole_) return -1;
   const int kept = live_;
   const std::string target = path();
-  if (deadBytes_ == 0) {
-    if (!reopen) Close();
-    return kept;
-  }
+  if (deadBytes_ == 0) return !reopen && Close() < 0 ? -1 : kept;
   SitPackWriter copy(target, kHeaderSize);
   if (!copy.IsOpen() || !CopyBlocks(copy)) return -1;
   unsigned char header[kHeaderSize];
   StoreCounts(header);
   if (!copy.Finish(header, sizeof header)) return -1;
-  Close();
+  CloseFile();
   const bool replaced = copy.Replace();
   if (reopen && Open(target, kind_, bucketCount_) < 0) return -1;
   return replaced ? kept : -1;
@@ -329,7 +344,7 @@ int SitBlockDB::Pack(bool reopen) {
 
 int SitBlockDB::Remove() {
   const std::string target = path();
-  Close();
+  CloseFile();
   if (platform::Unlink(target) < 0) return -1;
   return Open(target, kind_, bucketCount_);
 }

@@ -25,8 +25,8 @@
 //
 // Every index below the number of entries has a block, also when the entry is deleted, so that no
 // count in a file can ask for more memory than the file is large. Where a crash has left two
-// blocks of one entry, the later one counts. The two counts of the header are written on closing;
-// a larger number of entries is taken from the blocks.
+// blocks of one entry, the later one counts. The two counts of the header are written on closing
+// when they have changed; a larger number of entries is taken from the blocks.
 #pragma once
 
 #include <array>
@@ -102,6 +102,11 @@ class SitBlockDB {
   // Writes the counts and closes; 0 or -1. May be called twice.
   int Close();
   bool IsOpen() const { return file_.IsOpen(); }
+  // Whether Open has read nothing but good blocks, up to the end of the file, and at least as many
+  // entries as the header counts. What follows a damaged block is not found and is kept as it is:
+  // no block is written behind it, and the file is not packed.
+  bool IsWhole() const { return whole_; }
+  int failedWrites() const { return file_.failedWrites(); }
   const std::string& path() const { return file_.path(); }
 
   // Entries are numbered from 0 to Num() - 1, deleted ones among them; no number is used twice.
@@ -128,7 +133,8 @@ class SitBlockDB {
   int TakeBackDelete(int index, const SitUrlRec& record);
 
   // Drops dead bytes by a copy under "_pack"; entries keep their indexes. The number of live
-  // entries, or -1 with the file as it was. Closed after it, unless `reopen`.
+  // entries, or -1 with the file as it was and perhaps still open. Closed after it, unless
+  // `reopen`.
   int Pack(bool reopen);
   // Deletes the file and opens it again, empty; 0 or -1.
   int Remove();
@@ -142,7 +148,8 @@ class SitBlockDB {
 
   bool LoadHeader();
   void Load();
-  void LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block, std::string& bytes);
+  bool LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block, std::string& bytes);
+  int CloseFile();
   bool WriteBlock(int index, const Block& block, const std::string& bytes);
   bool Store(int index, const std::string& bytes);
   bool Kill(int index);
@@ -155,6 +162,8 @@ class SitBlockDB {
   SitHist* history_;
   int kind_ = kUrlFile;
   int bucketCount_ = kBuckets;
+  bool whole_ = false;
+  std::array<std::int32_t, 2> counted_{};  // the counts as the header has them
   std::vector<Block> entries_;
   ElfKeyIndex keys_;
   int live_ = 0;

@@ -30,11 +30,23 @@ int SitFile::Close() {
   if (fd_ < 0) return 0;
   const int result = platform::Close(fd_);
   fd_ = -1;
-  return result < 0 ? -1 : 0;
+  if (result >= 0) return 0;
+  FailWrite();
+  return -1;
 }
 
 bool SitFile::Fail() {
   lastErrno_ = platform::LastError();
+  return false;
+}
+
+bool SitFile::FailWrite() {
+  return RefuseWrite(platform::LastError());
+}
+
+bool SitFile::RefuseWrite(int error) {
+  lastErrno_ = error;
+  ++failedWrites_;
   return false;
 }
 
@@ -58,15 +70,11 @@ bool SitFile::ReadAt(std::int64_t offset, void* destination, std::size_t length)
 }
 
 bool SitFile::WriteAt(std::int64_t offset, const void* source, std::size_t length) {
-  if (fd_ < 0) return false;
+  if (fd_ < 0) return RefuseWrite(lastErrno_);
   const std::int64_t end = offset + static_cast<std::int64_t>(length);
-  if (offset < 0 || end > kLargestFile) {
-    lastErrno_ = offset < 0 ? EINVAL : EFBIG;
-    return false;
-  }
-  if (platform::Seek(fd_, offset) < 0) return Fail();
-  if (platform::Write(fd_, source, length) != static_cast<std::int64_t>(length)) return Fail();
-  return true;
+  if (offset < 0 || end > kLargestFile) return RefuseWrite(offset < 0 ? EINVAL : EFBIG);
+  if (platform::Seek(fd_, offset) < 0) return FailWrite();
+  return platform::Write(fd_, source, length) == static_cast<std::int64_t>(length) || FailWrite();
 }
 
 bool SitFile::ReadWord(std::int64_t offset, std::int32_t& word) {
@@ -99,13 +107,12 @@ bool SitFileScan::Take(void* destination, std::size_t length) {
 
 SitPackWriter::SitPackWriter(const std::string& path, std::size_t headerSize)
     : target_(path), written_(static_cast<std::int64_t>(headerSize)) {
-  file_.Open(path + "_pack", platform::kOpenPack);
+  made_ = file_.Open(path + "_pack", platform::kOpenPack) == 0;
 }
 
 SitPackWriter::~SitPackWriter() {
-  if (!file_.IsOpen() || finished_) return;
   file_.Close();
-  platform::Unlink(file_.path());
+  if (made_ && !replaced_) platform::Unlink(file_.path());
 }
 
 void SitPackWriter::Append(const void* bytes, std::size_t length) {
@@ -124,13 +131,12 @@ bool SitPackWriter::Finish(const void* header, std::size_t headerSize) {
   Flush();
   if (!file_.WriteAt(0, header, headerSize)) failed_ = true;
   if (file_.Close() < 0) failed_ = true;
-  finished_ = !failed_;
-  if (failed_) platform::Unlink(file_.path());
-  return finished_;
+  return !failed_;
 }
 
 bool SitPackWriter::Replace() {
-  return finished_ && platform::Replace(file_.path(), target_) >= 0;
+  replaced_ = !failed_ && platform::Replace(file_.path(), target_) >= 0;
+  return replaced_;
 }
 
 }  // namespace zvrsit

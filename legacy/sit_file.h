@@ -28,6 +28,8 @@ class SitFile {
   const std::string& path() const { return path_; }
   // The error number of the last failing call; 0 when none has failed since the opening.
   int lastErrno() const { return lastErrno_; }
+  // How many writes and closings have failed since the object was made.
+  int failedWrites() const { return failedWrites_; }
 
   // The length of the file, or -1.
   std::int64_t Size();
@@ -39,13 +41,17 @@ class SitFile {
   bool WriteAt(std::int64_t offset, const void* source, std::size_t length);
   bool ReadWord(std::int64_t offset, std::int32_t& word);
   bool WriteWord(std::int64_t offset, std::int32_t word);
+  // Counts a write that is not tried as one that has failed with `error`; false.
+  bool RefuseWrite(int error);
 
  private:
   bool Fail();
+  bool FailWrite();
 
   std::string path_;
   int fd_ = -1;
   int lastErrno_ = 0;
+  int failedWrites_ = 0;
 };
 
 // Reads a file from an offset onwards through a buffer of its own.
@@ -53,7 +59,7 @@ class SitFileScan {
  public:
   SitFileScan(SitFile& file, std::int64_t offset) : file_(file), offset_(offset) {}
 
-  // The next `length` bytes; false at the first read that comes short.
+  // The next `length` bytes; false when fewer are left, or they cannot be read.
   bool Take(void* destination, std::size_t length);
   void Skip(std::int64_t length) { offset_ += length; }
   // Where the next byte will come from.
@@ -66,7 +72,8 @@ class SitFileScan {
   std::vector<char> buffer_;
 };
 
-// Writes the packed copy of a file, front to back.
+// Writes the packed copy of a file, front to back. A copy that is not put in the place of the file
+// is deleted in the end.
 class SitPackWriter {
  public:
   // The copy is `path` followed by "_pack"; its first `headerSize` bytes are left for Finish.
@@ -77,21 +84,21 @@ class SitPackWriter {
   // Where the next byte will go.
   std::int64_t offset() const { return written_ + static_cast<std::int64_t>(pending_.size()); }
   void Append(const void* bytes, std::size_t length);
-  // Writes the header and closes the copy; false when any write has failed, and then the copy is
-  // gone.
+  // Writes the header and closes the copy; false when any write has failed.
   bool Finish(const void* header, std::size_t headerSize);
-  // Puts the finished copy in the place of the file, which must be closed.
+  // Puts the finished copy in the place of the file, which must be closed; false when it cannot.
   bool Replace();
 
  private:
   void Flush();
 
   SitFile file_;
+  bool made_;
   std::string target_;
   std::string pending_;
   std::int64_t written_ = 0;
   bool failed_ = false;
-  bool finished_ = false;
+  bool replaced_ = false;
 };
 
 }  // namespace zvrsit

@@ -40,7 +40,27 @@ int SitMgrBase::DeleteString(std::string* text) {
 
 int SitMgrBase::Fail(int error) {
   lastError_ = error;
+  if (error == kSitCannotOpen || error == kSitDeleteFailed || error == kSitWriteFailed) {
+    lastErrno_ = platform::LastError();
+  }
   return -1;
+}
+
+int SitMgrBase::FailedWrites() const {
+  int count = 0;
+  const auto add = [&count](const auto& store) { count += store ? store->failedWrites() : 0; };
+  add(siteProf_);
+  add(servProf_);
+  add(urlDB_);
+  add(junkDB_);
+  add(folderDB_);
+  add(linkDB_);
+  add(relDB_);
+  return count;
+}
+
+int SitMgrBase::Written(int before, int result, int error) {
+  return FailedWrites() == before ? Succeed(result) : Fail(error);
 }
 
 std::string* SitMgrBase::FailText(int error) {

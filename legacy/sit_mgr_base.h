@@ -20,6 +20,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_error.h"
@@ -60,10 +61,12 @@ class ZVRSIT_API SitMgrBase {
   // The database folder, null when there is none. The last error stays as it is.
   std::string* DBDir() const;
   int lastError() const { return lastError_; }
+  // The system's error number behind the last 5, 20 or 21.
+  int lastErrno() const { return lastErrno_; }
   static int DeleteString(std::string* text);
 
-  // Takes back the newest step or group. Always 0, and so is the last error; what cannot be taken
-  // back stays as it is.
+  // Takes back the newest step or group. Always 0; what cannot be taken back stays as it is. The
+  // last error is 21 when something could not be written, else 0.
   int Undo();
 
   // --- Server profiles ---------------------------------------------------------------------
@@ -154,8 +157,12 @@ class ZVRSIT_API SitMgrBase {
   // opened.
   int SiteOpen(const std::string& name);
   // Packs and closes the stores. Steps made before can be undone in the profiles only from here:
-  // packing gives links new numbers.
+  // packing gives links new numbers. -1 with 21 when a store could not be packed or closed: the
+  // site is closed all the same, and the store's file is as it was before.
   int SiteClose();
+  // Whether the stores of the open site were read to the end of their files and hold what these
+  // count. A complete rebuild makes them whole.
+  bool IsSiteWhole() const;
   // The record number of the open site; -1 for none. The last error stays as it is.
   int OpenSite() const { return site_ ? siteId_ : -1; }
 
@@ -276,8 +283,9 @@ class ZVRSIT_API SitMgrBase {
   int RegisterAllFiles(const std::string& folder);
   // Fills all stores of the open site anew from its folder and empties the history. `complete`
   // gives entries new numbers; without it the entries of files stay, and those go that are
-  // missing, unmarked, and not linked to. Marks of publishing stay in both cases. 5 when a store
-  // cannot be emptied.
+  // missing, unmarked, and not linked to; a store of entries that is damaged is emptied all the
+  // same. Marks of publishing stay in both cases. 5 when a store cannot be emptied, 20 or 21 when
+  // it cannot be written; the stores then hold what the rebuild has come to.
   int SiteRebuildDB(int complete);
 
  protected:
@@ -302,6 +310,10 @@ class ZVRSIT_API SitMgrBase {
   int UndoServProf(HistProc* step, HistCell* cell);
 
   int Fail(int error);
+  // How many writes to the stores that are open have failed.
+  int FailedWrites() const;
+  // `result` with the last error 0; or, when writes have failed since `before`, -1 with `error`.
+  int Written(int before, int result = 0, int error = kSitWriteFailed);
   std::string* FailText(int error);
   int Succeed(int result = 0);
 
@@ -349,6 +361,7 @@ class ZVRSIT_API SitMgrBase {
   std::shared_ptr<SitPairDB> relDB_;
   std::optional<std::string> dbDir_;
   int lastError_ = kSitOk;
+  int lastErrno_ = 0;
 
  private:
   struct PageReader;
@@ -388,9 +401,10 @@ class ZVRSIT_API SitMgrBase {
   // The entry of a file: as it is, or made anew from the disk.
   int AddInspected(const std::string& path);
   int Refill(const std::string& folder, int complete);
+  std::unordered_map<std::string, std::int32_t> UserMarks();
   int EmptyStores(int complete);
   int ReadPages();
-  void DropMissing();
+  int DropMissing();
 
   std::shared_ptr<PageReader> reader_;
   DOM* dom_ = nullptr;  // the caller's, or null

@@ -142,6 +142,7 @@ int SitMgrBase::SaveRows(const UrlID& page, const Document& document) {
   const std::string docRoot = site.useDocRoot != 0 ? SiteString(site.dir[0]).value_or("") : "";
   reader.resolver.BeginPage(docRoot.empty() ? SiteFolder() : docRoot, store->Key(page.id));
 
+  const int before = FailedWrites();
   for (const MetaRow& meta : reader.rows.metas) {
     if (meta.key == MetaKey::kRefresh) RegisterLink(page, kSitLinkRefresh, meta.content, {});
   }
@@ -161,7 +162,7 @@ int SitMgrBase::SaveRows(const UrlID& page, const Document& document) {
     if (!href || !IsStyleSheetRel(attributes.find(Attr::kRel))) continue;
     RegisterLink(page, kSitLinkStyleSheet, href.value(), {});
   }
-  return Succeed();
+  return Written(before);
 }
 
 int SitMgrBase::RegisterTarget(std::string_view target, UrlID& id) {
@@ -197,12 +198,14 @@ int SitMgrBase::RegisterLinkTo(const UrlID& page, const UrlID& to, int type, std
   if (!record) return -1;
   // A pair has one record: its type and texts are those of the first reference.
   if (record->refCount > 1) return Succeed(link);
+  const int before = FailedWrites();
   record->linkType = type;
   if (!text.empty()) record->asIsUrlId = linkDB_->AddString(std::string(text).c_str());
   if (!alternative.empty()) {
     record->imgAltId = linkDB_->AddString(std::string(alternative).c_str());
   }
-  return linkDB_->Write(*record) < 0 ? Fail(kSitWriteFailed) : Succeed(link);
+  linkDB_->Write(*record);
+  return Written(before, link);
 }
 
 int SitMgrBase::RegisterAppletFolder(const UrlID& page, const UrlID& applet) {

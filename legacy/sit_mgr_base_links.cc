@@ -19,8 +19,9 @@ int SitMgrBase::LinkAdd(const UrlID& from, const UrlID& to) {
   history_->NewStep();
   if (!linkDB_) return Fail(kSitNotOpen);
   if (!IsLinkEnd(from) || !IsLinkEnd(to)) return Fail(kSitBadArgument);
+  const int before = FailedWrites();
   const int link = linkDB_->Add(from, to);
-  return link < 0 ? Fail(kSitWriteFailed) : Succeed(link);
+  return link < 0 ? Fail(kSitWriteFailed) : Written(before, link);
 }
 
 std::unique_ptr<SitPairRec> SitMgrBase::ReadLink(int link) {
@@ -36,13 +37,14 @@ std::unique_ptr<SitPairRec> SitMgrBase::ReadLink(int link) {
 }
 
 int SitMgrBase::DropLink(SitPairRec& record, bool force) {
+  const int before = FailedWrites();
   const int left = linkDB_->Delete(record, force);
   if (left > 0) return Succeed(left);
   // Undo restores the strings before the record, and takes the target's text first: so that one
   // goes last.
   if (record.imgAltId >= 0) linkDB_->DeleteString(record.imgAltId);
   if (record.asIsUrlId >= 0) linkDB_->DeleteString(record.asIsUrlId);
-  return left < 0 ? Fail(kSitDeleteFailed) : Succeed();
+  return left < 0 ? Fail(kSitDeleteFailed) : Written(before, 0, kSitDeleteFailed);
 }
 
 int SitMgrBase::LinkDel(int link, int force) {
@@ -100,6 +102,7 @@ int SitMgrBase::SetLinkText(int link, std::int32_t SitPairRec::*field, const std
   if (text.empty()) return Fail(linkDB_ ? kSitBadArgument : kSitNotOpen);
   const auto record = ReadLink(link);
   if (!record) return -1;
+  const int before = FailedWrites();
   const int old = (*record).*field;
   const int added = linkDB_->AddString(text.c_str());
   if (added < 0) return Fail(kSitWriteFailed);
@@ -107,7 +110,7 @@ int SitMgrBase::SetLinkText(int link, std::int32_t SitPairRec::*field, const std
   if (linkDB_->Write(*record) < 0) return Fail(kSitWriteFailed);
   // The old string goes last: Undo restores it first and gives its new id to the old record.
   if (old >= 0) linkDB_->DeleteString(old);
-  return Succeed();
+  return Written(before);
 }
 
 std::string* SitMgrBase::GetLinkText(int link, std::int32_t SitPairRec::*field) {
@@ -212,9 +215,10 @@ int SitMgrBase::RelAdd(const UrlID& parent, const UrlID& child) {
   history_->NewStep();
   if (!linkDB_) return Fail(kSitNotOpen);
   if (!IsRelEnd(parent) || !IsRelEnd(child)) return Fail(kSitBadArgument);
+  const int before = FailedWrites();
   const std::vector<int> present = relDB_->Matching(parent, child);
   const int relation = present.empty() ? relDB_->Add(parent, child) : present.front();
-  return relation < 0 ? Fail(kSitWriteFailed) : Succeed(relation);
+  return relation < 0 ? Fail(kSitWriteFailed) : Written(before, relation);
 }
 
 int SitMgrBase::RelDel(const UrlID& parent, const UrlID& child) {
@@ -223,11 +227,12 @@ int SitMgrBase::RelDel(const UrlID& parent, const UrlID& child) {
   if (!IsRelEnd(parent) || !IsRelEnd(child)) return Fail(kSitBadArgument);
   const std::vector<int> present = relDB_->Matching(parent, child);
   if (present.empty()) return Fail(kSitNotFound);
+  const int before = FailedWrites();
   for (const int relation : present) {
     const auto record = relDB_->Read(relation);
     if (!record || relDB_->Delete(*record, true) < 0) return Fail(kSitDeleteFailed);
   }
-  return Succeed();
+  return Written(before, 0, kSitDeleteFailed);
 }
 
 int SitMgrBase::NextRelated(const UrlID& from, const UrlID& to, UrlID& other) {

@@ -1,7 +1,6 @@
 // Filling the stores of a site from its folder.
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -106,7 +105,8 @@ int SitMgrBase::SiteRebuildDB(int complete) {
   return result;
 }
 
-int SitMgrBase::Refill(const std::string& folder, int complete) {
+// The marks that the user has given to files.
+std::unordered_map<std::string, std::int32_t> SitMgrBase::UserMarks() {
   std::unordered_map<std::string, std::int32_t> marks;
   for (int i = 0; i < urlDB_->Num(); ++i) {
     const std::int32_t kept = GetUrlFtpMember({kKindPath, i});
@@ -114,20 +114,26 @@ int SitMgrBase::Refill(const std::string& folder, int complete) {
       marks[urlDB_->Key(i)] = kept & ~kMemberReached;
     }
   }
+  return marks;
+}
+
+int SitMgrBase::Refill(const std::string& folder, int complete) {
+  const auto marks = UserMarks();
   if (EmptyStores(complete) < 0) return Fail(kSitCannotOpen);
+  const int before = FailedWrites();
   for (int i = 0; i < urlDB_->Num(); ++i) InspectUrl({kKindPath, i});
   if (RegisterAllFiles(folder) < 0 || ReadPages() < 0) return -1;
   for (const auto& [path, mark] : marks) {
     const int file = urlDB_->Find(path);
-    if (file >= 0) SetUrlFtpMember({kKindPath, file}, mark);
+    if (file >= 0 && SetUrlFtpMember({kKindPath, file}, mark) < 0) return -1;
   }
-  DropMissing();
-  return Succeed();
+  return DropMissing() < 0 ? -1 : Written(before);
 }
 
 int SitMgrBase::EmptyStores(int complete) {
   bool emptied = linkDB_->Remove() == 0 && relDB_->Remove() == 0 && folderDB_->Remove() == 0;
-  if (complete != 0) emptied = emptied && urlDB_->Remove() == 0 && junkDB_->Remove() == 0;
+  if (complete != 0 || !urlDB_->IsWhole() || !junkDB_->IsWhole())
+    emptied = emptied && urlDB_->Remove() == 0 && junkDB_->Remove() == 0;
   return emptied && linkDB_->IsOpen() && relDB_->IsOpen() ? 0 : -1;
 }
 
@@ -147,16 +153,20 @@ int SitMgrBase::ReadPages() {
   return Succeed();
 }
 
-void SitMgrBase::DropMissing() {
+int SitMgrBase::DropMissing() {
   for (int i = 0; i < urlDB_->Num(); ++i) {
     SitUrlRec record;
     if (urlDB_->Read(i, record) != kSitOk || (record.status & kStatusMissing) == 0) continue;
     const bool marked = (record.ftpMember & ~kMemberReached) != 0;
-    if (!marked && linkDB_->Matching(kAnyUrlID, {kKindPath, i}).empty()) UrlDel({kKindPath, i});
+    const UrlID id(kKindPath, i);
+    if (!marked && linkDB_->Matching(kAnyUrlID, id).empty() && UrlDel(id) < 0) return -1;
   }
   for (int i = 0; i < junkDB_->Num(); ++i) {
-    if (linkDB_->Matching(kAnyUrlID, {kKindUrl, i}).empty()) UrlDel({kKindUrl, i});
+    const UrlID id(kKindUrl, i);
+    if (junkDB_->State(i) != kSitOk || !linkDB_->Matching(kAnyUrlID, id).empty()) continue;
+    if (UrlDel(id) < 0) return -1;
   }
+  return Succeed();
 }
 
 }  // namespace zvrsit

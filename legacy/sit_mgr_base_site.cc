@@ -59,16 +59,22 @@ void SitMgrBase::CloseStores() {
 int SitMgrBase::SiteClose() {
   history_->NewStep();
   if (!linkDB_) return Fail(kSitNotOpen);
-  linkDB_->Pack(false);
-  relDB_->Pack(false);
-  for (SitBlockDB* store : {urlDB_.get(), junkDB_.get(), folderDB_.get()}) store->Pack(false);
+  bool closed = true;
   // Packing closes; what could not be packed is closed as it is.
-  linkDB_->Close();
-  relDB_->Close();
-  for (SitBlockDB* store : {urlDB_.get(), junkDB_.get(), folderDB_.get()}) store->Close();
+  const auto close = [&closed](auto& store) {
+    const bool packed = store.Pack(false) >= 0;
+    closed = store.Close() == 0 && packed && closed;
+  };
+  for (SitPairDB* store : {linkDB_.get(), relDB_.get()}) close(*store);
+  for (SitBlockDB* store : {urlDB_.get(), junkDB_.get(), folderDB_.get()}) close(*store);
   CloseStores();
   history_->SetSession(history_->session() + 1);
-  return Succeed();
+  return closed ? Succeed() : Fail(kSitWriteFailed);
+}
+
+bool SitMgrBase::IsSiteWhole() const {
+  return linkDB_ && linkDB_->IsWhole() && relDB_->IsWhole() && urlDB_->IsWhole() &&
+         junkDB_->IsWhole() && folderDB_->IsWhole();
 }
 
 std::optional<std::string> SitMgrBase::SiteString(int id) const {

@@ -78,12 +78,13 @@ int SitMgrBase::NameSiteFiles(const std::string& name) {
   if (number < 0) return -1;
   std::string folder = name;
   for (int i = 2; IsFolderTaken(folder); ++i) folder = name + "~" + std::to_string(i);
+  const int before = FailedWrites();
   SetSiteProfUrlDB(number, folder + "\\Url.db");
   SetSiteProfJunkDB(number, folder + "\\Junk.db");
   SetSiteProfLinkDB(number, folder + "\\Link.db");
   SetSiteProfFolderDB(number, folder + "\\Folder.db");
   SetSiteProfRelDB(number, folder + "\\Rel.db");
-  return lastError_ == kSitOk ? 0 : -1;
+  return lastError_ == kSitOk ? Written(before) : -1;
 }
 
 int SitMgrBase::SetSiteProfDir(int number, const std::string& text, int folder) {

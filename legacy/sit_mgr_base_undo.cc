@@ -128,6 +128,7 @@ int UndoProf(SitProf<Rec>* store, SitHist& history, HistProc* step, const HistCe
 }  // namespace
 
 int SitMgrBase::Undo() {
+  const int before = FailedWrites();
   int depth = 0;
   do {
     HistProc* step = history_->LastStep();
@@ -137,7 +138,8 @@ int SitMgrBase::Undo() {
     UndoCells(step);
     history_->DropLastStep();
   } while (depth > 0);
-  return Succeed();
+  Written(before);
+  return 0;
 }
 
 void SitMgrBase::UndoCells(HistProc* step) {

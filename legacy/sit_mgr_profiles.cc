@@ -116,6 +116,7 @@ int SitMgr::GetSiteProf(const std::string& name, SitSiteProperty& property) {
 
 int SitMgr::SetSiteProf(const std::string& name, const SitSiteProperty& property) {
   const Group group(*history_);
+  const int before = FailedWrites();
   if (SiteProfGetID(name) < 0 && SiteProfAdd(name) < 0) return -1;
   const int number = SiteProfGetID(name);
   SitSiteProperty present;
@@ -126,7 +127,7 @@ int SitMgr::SetSiteProf(const std::string& name, const SitSiteProperty& property
     if (folder.empty() || folder == present.dir[static_cast<std::size_t>(i)]) continue;
     if (SetSiteProfDir(number, folder, i) < 0) return -1;
   }
-  return Succeed();
+  return Written(before);
 }
 
 int SitMgr::GetServProf(const std::string& name, SitServProperty& property) {
@@ -138,12 +139,13 @@ int SitMgr::GetServProf(const std::string& name, SitServProperty& property) {
 
 int SitMgr::SetServProf(const std::string& name, const SitServProperty& property) {
   const Group group(*history_);
+  const int before = FailedWrites();
   if (ServProfGetID(name) < 0 && ServProfAdd(name) < 0) return -1;
   const int number = ServProfGetID(name);
   SitServProperty present;
   if (number < 0 || GetServProf(name, present) < 0) return -1;
   const bool set = SetFields(*this, number, property, present, kServTexts, kServNumbers);
-  return set ? Succeed() : -1;
+  return set ? Written(before) : -1;
 }
 
 }  // namespace zvrsit

@@ -22,6 +22,12 @@ std::int64_t SlotOffset(std::int32_t id) {
   return kHeaderSize + kRecordSize * id;
 }
 
+// The whole slots of a file of that size.
+std::int32_t SlotsIn(std::int64_t size) {
+  const std::int64_t bytes = std::clamp<std::int64_t>(size, kHeaderSize, kLargestFile);
+  return static_cast<std::int32_t>((bytes - kHeaderSize) / kRecordSize);
+}
+
 }  // namespace
 
 void ForgetLastPairQuery() {
@@ -38,6 +44,7 @@ int SitPairDB::Open(const std::string& path, int kind) {
   if (kind == kRelationFile) storeTag_ = kTagRel;
   path_ = path;
   nextId_ = liveCount_ = 0;
+  whole_ = false;
   const int opened = file_.Open(path);
   if (!path.empty()) strings_.Open(path.substr(0, path.size() - 1) + "S");
   return opened < 0 ? -1 : Load();
@@ -46,6 +53,7 @@ int SitPairDB::Open(const std::string& path, int kind) {
 int SitPairDB::Load() {
   std::int32_t slots = 0;
   std::int32_t live = 0;
+  whole_ = file_.Size() == 0;
   if (!file_.ReadWord(0, slots)) return -1;
   // A header that counts far more slots than there are would make the next record grow the file
   // without measure; a few may be missing where writes have failed or the file was cut.
@@ -59,20 +67,24 @@ int SitPairDB::Load() {
   liveCount_ = live;
   SitFileScan scan(file_, kHeaderSize);
   WordBytes<SitPairRec> bytes;
-  while (scan.Take(bytes.data(), bytes.size())) {
+  std::int32_t loaded = 0;
+  for (; scan.Take(bytes.data(), bytes.size()); ++loaded) {
     const auto record = LoadWords<SitPairRec>(bytes.data());
     // Deleted records are indexed too, under id -1; Find meets them and callers count on it.
     index_.Append(record.id, record.from, record.to);
   }
+  // A crash may have come between a record and its count.
+  whole_ = loaded == SlotsInFile() && (slots == loaded || slots == loaded - 1);
   cursor_ = index_.Head();
   return 0;
 }
 
-void SitPairDB::Close() {
-  strings_.Close();
-  file_.Close();
+int SitPairDB::Close() {
+  const int stringsClosed = strings_.Close();
+  const int closed = file_.Close();
   index_.Clear();
   cursor_ = lastMatch_ = PairIndex::kNone;
+  return std::min(stringsClosed, closed);
 }
 
 std::unique_ptr<SitPairRec> SitPairDB::Find(const UrlID& from, const UrlID& to) {
@@ -184,8 +196,7 @@ int SitPairDB::Count() {
 }
 
 std::int32_t SitPairDB::SlotsInFile() {
-  const std::int64_t bytes = std::clamp<std::int64_t>(file_.Size(), kHeaderSize, kLargestFile);
-  return static_cast<std::int32_t>((bytes - kHeaderSize) / kRecordSize);
+  return SlotsIn(file_.Size());
 }
 
 int SitPairDB::Slots() {
@@ -210,37 +221,41 @@ int SitPairDB::DeleteString(int id) {
   return strings_.Delete(id);
 }
 
-int SitPairDB::CopyLiveRecords(SitPackWriter& copy) {
+bool SitPairDB::CopyLiveRecords(SitPackWriter& copy, std::int32_t& kept) {
+  const std::int64_t size = file_.Size();
+  if (size < 0) return false;
   SitFileScan scan(file_, kHeaderSize);
   WordBytes<SitPairRec> bytes;
-  std::int32_t kept = 0;
-  while (scan.Take(bytes.data(), bytes.size())) {
+  for (std::int32_t slots = SlotsIn(size); slots > 0; --slots) {
+    if (!scan.Take(bytes.data(), bytes.size())) return false;
     if (LoadLE32(bytes.data()) == -1) continue;
     StoreLE32(bytes.data(), kept++);
     copy.Append(bytes.data(), bytes.size());
   }
-  return kept;
+  return true;
 }
 
 int SitPairDB::Pack(bool reopen) {
-  if (!file_.IsOpen()) return -1;
+  if (!file_.IsOpen() || !whole_) return -1;
   SitPackWriter copy(path_, kHeaderSize);
-  if (!copy.IsOpen()) return -1;
-  const std::int32_t kept = CopyLiveRecords(copy);
+  std::int32_t kept = 0;
+  if (!copy.IsOpen() || !CopyLiveRecords(copy, kept)) return -1;
   unsigned char header[kHeaderSize];
   StoreLE32(header, kept);
   StoreLE32(header + 4, kept);
   if (!copy.Finish(header, sizeof header)) return -1;
-  strings_.Pack(false);
+  // Records name strings by ids, which stay: either file does with the other as it was.
+  const bool stringsPacked = strings_.Pack(false) == 0;
   Close();
-  const bool replaced = copy.Replace();
+  const bool packed = stringsPacked && copy.Replace();
   if (reopen) Open(std::string(path_), -1);
-  return replaced ? kept : -1;
+  return packed ? kept : -1;
 }
 
 int SitPairDB::Remove() {
   const std::string path = path_;
   const std::string companion = strings_.path();
+  strings_.Discard();
   Close();
   const bool deleted = platform::Unlink(path) >= 0;
   const bool companionDeleted = platform::Unlink(companion) >= 0;

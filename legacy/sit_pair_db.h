@@ -63,8 +63,9 @@ class SitPairDB {
   // holds nothing, with no file everything on it fails. `kind` sets the store tag; a kind that is
   // not known leaves it.
   int Open(const std::string& path, int kind);
-  // Closes both files and frees the index. May be called twice.
-  void Close();
+  // Closes both files and frees the index; 0, or -1 when closing one has failed. May be called
+  // twice.
+  int Close();
 
   // The next record of the pair, (-1, -1) standing for any end; null when there is none behind the
   // cursor. Calls with one pair give its records in file order, then null once, then start again.
@@ -98,8 +99,8 @@ class SitPairDB {
   int DeleteString(int id);
 
   // Compacts both files through copies under "_pack": records get the numbers 0, 1, 2 and so on,
-  // string ids stay. The number of records kept, or -1 with the pair file as it was. The store is
-  // closed after it, unless `reopen`.
+  // string ids stay. The number of records kept, or -1 with the pair file as it was: a call has
+  // failed, or one of the files is not whole. The store is closed after it, unless `reopen`.
   int Pack(bool reopen);
   // Deletes both files and opens the store again, empty; 0, or -1 with the store left closed.
   int Remove();
@@ -109,6 +110,10 @@ class SitPairDB {
   std::vector<int> Matching(const UrlID& from, const UrlID& to) const;
 
   bool IsOpen() const { return file_.IsOpen(); }
+  // Whether Open has read both files to their ends and found what their headers count. A record
+  // may be there that the header does not count yet.
+  bool IsWhole() const { return whole_ && strings_.IsWhole(); }
+  int failedWrites() const { return file_.failedWrites() + strings_.failedWrites(); }
   const std::string& path() const { return path_; }
   int lastErrno() const { return file_.lastErrno(); }
   std::uint32_t storeTag() const { return storeTag_; }
@@ -122,7 +127,7 @@ class SitPairDB {
   void RemoveFromIndex(const SitPairRec& record);
   bool WriteSlot(const SitPairRec& record, std::int32_t id);
   void RecordChange(std::uint32_t operation, const SitPairRec& record);
-  int CopyLiveRecords(SitPackWriter& copy);
+  bool CopyLiveRecords(SitPackWriter& copy, std::int32_t& kept);
 
   std::string path_;
   SitFile file_;
@@ -133,6 +138,7 @@ class SitPairDB {
   PairQuery lastMatchQuery_;
   std::int32_t nextId_ = 0;
   std::int64_t liveCount_ = 0;
+  bool whole_ = false;
   SitHist* history_;
   std::uint32_t storeTag_ = kTagLink;
 };

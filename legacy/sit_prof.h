@@ -76,6 +76,7 @@ class SitProf {
 
   bool IsOpen() const { return file_.IsOpen(); }
   int lastErrno() const { return file_.lastErrno(); }
+  int failedWrites() const { return file_.failedWrites() + strings_.failedWrites(); }
 
   // The first header word as the file has it; -1 when it cannot be read.
   int Num();

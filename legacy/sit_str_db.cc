@@ -1,6 +1,7 @@
 #include "legacy/sit_str_db.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -12,6 +13,8 @@ namespace {
 
 constexpr std::int64_t kHeaderSize = 8;
 constexpr std::int64_t kHeadSize = 12;
+// How often a damaged file is gone back in; hostile ones would take long to read otherwise.
+constexpr int kMostReturns = 100;
 
 struct Head {
   std::int32_t offset;
@@ -32,6 +35,11 @@ bool TakeHead(SitFileScan& scan, Head& head) {
   return true;
 }
 
+// Whether a head, read at `at`, begins an entry that ends within `size` bytes.
+bool IsEntry(const Head& head, std::int64_t at, std::int64_t size) {
+  return head.offset == at && head.length >= 0 && at + kHeadSize + head.length <= size;
+}
+
 std::int32_t AddClamped(std::int32_t counter, std::int64_t length) {
   return static_cast<std::int32_t>(
       std::min<std::int64_t>(counter + length, std::numeric_limits<std::int32_t>::max()));
@@ -42,44 +50,75 @@ std::int32_t AddClamped(std::int32_t counter, std::int64_t length) {
 int SitStrDB::Open(const std::string& path) {
   Close();
   liveBytes_ = deadBytes_ = 0;
-  end_ = kHeaderSize;
+  whole_ = false;
   if (file_.Open(path) < 0) return -1;
-  Load();
+  const std::int64_t size = file_.Size();
+  if (size < 0) {
+    Discard();
+    return -1;
+  }
+  end_ = std::max(size, kHeaderSize);
+  Load(size);
   return 0;
 }
 
-void SitStrDB::Load() {
+void SitStrDB::Load(std::int64_t size) {
   std::int32_t live = 0;
   std::int32_t dead = 0;
+  whole_ = size == 0;
   if (!file_.ReadWord(0, live) || !file_.ReadWord(4, dead)) return;
+  whole_ = true;
   liveBytes_ = std::max(live, 0);
   deadBytes_ = std::max(dead, 0);
-  const std::int64_t size = file_.Size();
-  SitFileScan scan(file_, kHeaderSize);
-  Head head;
-  std::int64_t bodyBytes = 0;
-  while (TakeHead(scan, head)) {
-    // A negative length would lead back into what has been read.
-    if (head.length < 0 || scan.offset() + head.length > size) break;
-    if (head.id >= 0) {
-      entries_[head.id] = {static_cast<std::int32_t>(end_), head.length};
-      used_.SetUsed(head.id);
-    }
-    bodyBytes += head.length;
-    scan.Skip(head.length);
-    end_ = scan.offset();
-  }
-  // The counters reach the file on closing only. After a crash they are 0 with strings behind them,
-  // and 0 live bytes mean that the next string goes to the front of the file.
+  const std::int64_t bodyBytes = LoadEntries(size);
+  if (bodyBytes < live) whole_ = false;
+  // The counters reach the file on closing only; after a crash they are too small.
   if (liveBytes_ == 0) liveBytes_ = AddClamped(0, bodyBytes);
 }
 
+// The length of all bodies.
+std::int64_t SitStrDB::LoadEntries(std::int64_t size) {
+  SitFileScan scan(file_, kHeaderSize);
+  Head head;
+  Entry dead{};
+  Entry* last = nullptr;  // the entry before, which may be `dead`
+  std::int64_t bodyBytes = 0;
+  std::int64_t at = kHeaderSize;
+  bool lost = false;
+  int losses = 0;
+  for (; TakeHead(scan, head); at = scan.offset()) {
+    if (!IsEntry(head, at, size)) {
+      // The length before it may be what is damaged: the next entry is looked for from there.
+      const bool goBack = !lost && last != nullptr && ++losses <= kMostReturns;
+      scan.Skip((goBack ? last->offset + kHeadSize : at + 1) - scan.offset());
+      lost = true;
+      whole_ = false;
+      continue;
+    }
+    if (lost && last != nullptr && last->offset + kHeadSize + last->length > at) {
+      last->length = static_cast<std::int32_t>(at - last->offset - kHeadSize);
+    }
+    lost = false;
+    last = &(head.id >= 0 ? entries_[head.id] : dead);
+    *last = {head.offset, head.length};
+    if (head.id >= 0) used_.SetUsed(head.id);
+    bodyBytes += head.length;
+    scan.Skip(head.length);
+  }
+  if (at != size) whole_ = false;
+  return bodyBytes;
+}
+
 int SitStrDB::Close() {
+  if (!file_.IsOpen()) return Discard();
+  const bool written = file_.WriteWord(0, liveBytes_) && file_.WriteWord(4, deadBytes_);
+  return Discard() == 0 && written ? 0 : -1;
+}
+
+int SitStrDB::Discard() {
   entries_.clear();
   used_.Clear();
-  if (!file_.IsOpen()) return 0;
-  const bool written = file_.WriteWord(0, liveBytes_) && file_.WriteWord(4, deadBytes_);
-  return file_.Close() == 0 && written ? 0 : -1;
+  return file_.Close();
 }
 
 std::optional<std::string> SitStrDB::Get(int id) {
@@ -105,7 +144,10 @@ int SitStrDB::Add(const char* text, int wanted) {
   if (text == nullptr || !file_.IsOpen()) return -1;
   const std::string body = text;
   const std::int64_t length = static_cast<std::int64_t>(body.size()) + 1;
-  if (end_ + kHeadSize + length > std::numeric_limits<std::int32_t>::max()) return -1;
+  if (end_ + kHeadSize + length > std::numeric_limits<std::int32_t>::max()) {
+    file_.RefuseWrite(EFBIG);
+    return -1;
+  }
   const int id = used_.Allocate(wanted);
   if (id < 0) return -1;
   const Entry entry{static_cast<std::int32_t>(end_), static_cast<std::int32_t>(length)};
@@ -148,12 +190,12 @@ int SitStrDB::Update(int id, const char* text) {
 }
 
 bool SitStrDB::CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes) {
-  const std::int64_t size = file_.Size();
   SitFileScan scan(file_, kHeaderSize);
   Head head;
   std::string body;
-  while (scan.offset() < end_ && TakeHead(scan, head)) {
-    if (head.length < 0 || scan.offset() + head.length > size) break;
+  while (scan.offset() < end_) {
+    const std::int64_t at = scan.offset();
+    if (!TakeHead(scan, head) || !IsEntry(head, at, end_)) return false;
     if (head.id == -1) {
       scan.Skip(head.length);
       continue;
@@ -170,7 +212,7 @@ bool SitStrDB::CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes) {
 }
 
 int SitStrDB::Pack(bool reopen) {
-  if (!file_.IsOpen()) return -1;
+  if (!file_.IsOpen() || !whole_) return -1;
   SitPackWriter copy(path(), kHeaderSize);
   std::int64_t bodyBytes = 0;
   if (!copy.IsOpen() || !CopyLiveEntries(copy, bodyBytes)) return -1;
@@ -178,7 +220,7 @@ int SitStrDB::Pack(bool reopen) {
   StoreLE32(header, static_cast<std::int32_t>(bodyBytes));
   StoreLE32(header + 4, 0);
   if (!copy.Finish(header, sizeof header)) return -1;
-  Close();
+  Discard();
   const bool replaced = copy.Replace();
   if (reopen && Open(std::string(path())) < 0) return -1;
   return replaced ? 0 : -1;

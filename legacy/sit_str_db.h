@@ -31,16 +31,18 @@ class SitStrDB {
   ~SitStrDB() { Close(); }
 
   // Opens or creates the file and indexes its live entries. 0, or -1 when it cannot be opened;
-  // every later operation on it then fails. An entry that the end of the file cuts off does not
-  // count, and the next string takes its place.
+  // every later operation on it then fails. An entry counts when its head names its own place and
+  // its body ends in the file. Behind anything else the next such entry is looked for.
   int Open(const std::string& path);
-  // Writes the two counters and closes; 0 or -1. May be called twice.
+  // Writes the two counters and closes; 0, or -1 when one of these fails. May be called twice.
   int Close();
+  // Closes without writing the counters: the file is to be deleted or replaced.
+  int Discard();
 
   // The text of an id; none when the id is negative or unknown or the body cannot be read.
   std::optional<std::string> Get(int id);
-  // Adds a text (up to its first NUL) under `wanted`, or near it as SitIdSet::Allocate says. The
-  // id, or -1 for a null text and when the entry cannot be written.
+  // Adds a text (up to its first NUL) at the end of the file, under `wanted`, or near it as
+  // SitIdSet::Allocate says. The id, or -1 for a null text and when the entry cannot be written.
   int Add(const char* text, int wanted);
   // Overwrites the body with "*"s and releases the id; 0 or -1.
   int Delete(int id);
@@ -48,10 +50,15 @@ class SitStrDB {
   // new NUL; else deleted and added again, wanting the same id. The id or -1.
   int Update(int id, const char* text);
   // Copies the live entries, ids unchanged, into the path followed by "_pack" and puts that in the
-  // file's place. The file is closed after it, unless `reopen`. 0, or -1 with the old file kept.
+  // file's place. The file is closed after it, unless `reopen`. 0, or -1 with the old file kept: a
+  // call has failed, or the file is not whole, or not any more.
   int Pack(bool reopen);
 
   bool IsOpen() const { return file_.IsOpen(); }
+  // Whether Open has read nothing but entries, up to the end of the file, and at least as many
+  // bytes of bodies as the header counts.
+  bool IsWhole() const { return whole_; }
+  int failedWrites() const { return file_.failedWrites(); }
   const std::string& path() const { return file_.path(); }
   std::int32_t liveBytes() const { return liveBytes_; }
   std::int32_t deadBytes() const { return deadBytes_; }
@@ -62,11 +69,13 @@ class SitStrDB {
     std::int32_t length;
   };
 
-  void Load();
+  void Load(std::int64_t size);
+  std::int64_t LoadEntries(std::int64_t size);
   bool WriteEntry(const Entry& entry, int id, const std::string& body);
   bool CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes);
 
   SitFile file_;
+  bool whole_ = false;
   std::int32_t liveBytes_ = 0;
   std::int32_t deadBytes_ = 0;
   std::int64_t end_ = 0;  // where the next entry goes

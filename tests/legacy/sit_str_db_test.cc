@@ -11,6 +11,7 @@ namespace {
 using test::FromHex;
 using test::TempFolder;
 using test::ToHex;
+using test::Word;
 
 TEST(StringFile, EntriesAreStoredByteForByte) {
   TempFolder folder;
@@ -67,6 +68,47 @@ TEST(StringFile, ACrashBeforeClosingLosesNoString) {
   EXPECT_EQ(after.Add("xyz", 0), 1);
   EXPECT_EQ(after.Get(0), "ab");
   EXPECT_EQ(after.liveBytes(), 7);
+}
+
+TEST(StringFile, ADamagedEntryIsSteppedOverAndNothingIsOverwritten) {
+  TempFolder folder;
+  {
+    SitStrDB db;
+    db.Open(folder.path("strings"));
+    for (const char* text : {"first", "second", "third"}) db.Add(text, 0);
+  }
+  const std::string whole = folder.read("strings");
+  constexpr std::size_t kSecond = 8 + 12 + 6;
+  const struct {
+    const char* what;
+    std::size_t offset;
+    std::string word;  // in the place of what is there
+    std::size_t size;
+  } rows[] = {
+      {"a length that is negative", kSecond + 8, Word(0xFFFFFFF0), whole.size()},
+      {"a length behind the end", kSecond + 8, Word(0x01000007), whole.size()},
+      {"a length that leads into another entry", kSecond + 8, Word(3), whole.size()},
+      {"the last entry cut off", 0, "", whole.size() - 3},
+      {"its head cut off", 0, "", whole.size() - 10},
+  };
+  for (const auto& row : rows) {
+    std::string damaged = whole.substr(0, row.size);
+    damaged.replace(row.offset, row.word.size(), row.word);
+    folder.write("strings", damaged);
+    SitStrDB db;
+    db.Open(folder.path("strings"));
+    EXPECT_FALSE(db.IsWhole()) << row.what;
+    EXPECT_EQ(db.Get(0), "first") << row.what;
+    if (row.size == whole.size()) {
+      EXPECT_EQ(db.Get(2), "third") << row.what;
+    }
+    const int added = db.Add("new", 50);
+    EXPECT_EQ(db.Pack(true), -1) << row.what;
+    db.Close();
+    EXPECT_EQ(folder.read("strings").substr(8, row.size - 8), damaged.substr(8)) << row.what;
+    db.Open(folder.path("strings"));
+    EXPECT_EQ(db.Get(added), "new") << row.what;
+  }
 }
 
 TEST(StringFile, PackingKeepsIdsAndDropsDeadBytes) {
