@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "util/little_endian.h"
+
 namespace zvrsit {
 
 HistProc* SitHist::NewStep() {
   HistProc& step = steps_.emplace_back();
-  step.session = session_;
+  step.files = files_;
   return &step;
 }
 
@@ -36,6 +38,30 @@ void SitHist::Clear() {
 
 HistProc* SitHist::LastStep() {
   return steps_.empty() ? nullptr : &steps_.back();
+}
+
+void SitHist::EnterFiles(const std::string& stamp) {
+  const auto left = left_.find(stamp);
+  files_ = left != left_.end() ? left->second : ++lastFiles_;
+}
+
+void SitHist::LeaveFiles(const std::string& stamp) {
+  std::erase_if(left_, [this](const auto& left) { return left.second == files_; });
+  left_[stamp] = files_;
+  files_ = 0;
+}
+
+void SitHist::RenumberPairs(std::uint32_t storeTag, const std::vector<std::int32_t>& numbers) {
+  constexpr std::uint32_t kOfRecords = kOpAdd | kOpDelete | kOpRewrite;
+  for (HistProc& step : steps_) {
+    if (!IsOfOpenFiles(step)) continue;
+    for (HistCell& cell : step.cells) {
+      if ((cell.code & kTagMask) != storeTag || (cell.code & kOfRecords) == 0) continue;
+      // The number of a record is its first word.
+      const auto old = static_cast<std::uint32_t>(LoadLE32(cell.data.data()));
+      StoreLE32(cell.data.data(), old < numbers.size() ? numbers[old] : -1);
+    }
+  }
 }
 
 }  // namespace zvrsit

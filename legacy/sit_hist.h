@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <list>
+#include <map>
 #include <string>
+#include <vector>
 
 namespace zvrsit {
 
@@ -48,9 +50,9 @@ struct HistCell {
 // One step.
 struct HistProc {
   std::uint32_t groupMark = 0;  // 0, kGroupBegin or kGroupEnd
-  // The opening of a site in which the step was made. Packing gives records new numbers, so cells
-  // of a site's stores mean something while that opening lasts only.
-  int session = 0;
+  // The files of the site that was open when the step was made (SitHist::EnterFiles); 0 for none.
+  // Cells of a site's stores mean something while these files are open.
+  int files = 0;
   std::list<HistCell> cells;  // oldest first
 };
 
@@ -76,13 +78,22 @@ class SitHist {
   // The newest step, or null.
   HistProc* LastStep();
 
-  // The session that new steps bear.
-  void SetSession(int session) { session_ = session; }
-  int session() const { return session_; }
+  // New steps are made with the files of a site, in the state that `stamp` tells. When files in
+  // that state were left, their steps can be taken back again; other files have no steps yet.
+  void EnterFiles(const std::string& stamp);
+  // New steps are made with no files. `stamp` tells in which state these were left.
+  void LeaveFiles(const std::string& stamp);
+  // Whether the files of a step are those that are open.
+  bool IsOfOpenFiles(const HistProc& step) const { return files_ != 0 && step.files == files_; }
+  // Gives the records of a pair store new numbers, by their old ones, in all cells of the files
+  // that are open; -1 for a record that is gone.
+  void RenumberPairs(std::uint32_t storeTag, const std::vector<std::int32_t>& numbers);
 
  private:
   std::list<HistProc> steps_;
-  int session_ = 0;
+  std::map<std::string, int> left_;  // by stamp
+  int files_ = 0;
+  int lastFiles_ = 0;
 };
 
 }  // namespace zvrsit

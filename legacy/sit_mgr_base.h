@@ -68,6 +68,10 @@ class ZVRSIT_API SitMgrBase {
   // Takes back the newest step or group. Always 0; what cannot be taken back stays as it is. The
   // last error is 21 when something could not be written, else 0.
   int Undo();
+  // The same, but texts of links come back under the numbers that they had, which are free again
+  // when every step was taken back in this way. So links get their alternative texts back too;
+  // after Undo they name the number that the text had.
+  int UndoWithAlternatives();
 
   // --- Server profiles ---------------------------------------------------------------------
   // The list. Num counts slots, deleted ones among them. Name: 15 for a deleted profile, 16 past
@@ -156,9 +160,10 @@ class ZVRSIT_API SitMgrBase {
   // for a name that there is not, 17 for a file name that is not set, 5 for a file that cannot be
   // opened.
   int SiteOpen(const std::string& name);
-  // Packs and closes the stores. Steps made before can be undone in the profiles only from here:
-  // packing gives links new numbers. -1 with 21 when a store could not be packed or closed: the
-  // site is closed all the same, and the store's file is as it was before.
+  // Packs and closes the stores. Packing gives links new numbers; what was done can be undone when
+  // the site is open again and its files were not changed in between. -1 with 21 when a store could
+  // not be packed or closed: the site is closed all the same, and the store's file is as it was
+  // before.
   int SiteClose();
   // Whether the stores of the open site were read to the end of their files and hold what these
   // count. A complete rebuild makes them whole.
@@ -362,6 +367,7 @@ class ZVRSIT_API SitMgrBase {
   std::optional<std::string> dbDir_;
   int lastError_ = kSitOk;
   int lastErrno_ = 0;
+  bool keepsTextNumbers_ = false;  // while UndoWithAlternatives works
 
  private:
   struct PageReader;
@@ -374,6 +380,7 @@ class ZVRSIT_API SitMgrBase {
   int NameSiteFiles(const std::string& name);
   bool IsFolderTaken(const std::string& folder);
   bool OpenStores(const std::array<std::string, 5>& paths);
+  std::array<std::string, 5> StorePaths() const;
   void CloseStores();
   std::optional<std::string> SiteString(int id) const;
   template <class Setter>

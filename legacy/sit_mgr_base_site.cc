@@ -6,6 +6,22 @@
 
 namespace zvrsit {
 
+namespace {
+
+// Tells files of these paths from others, and from themselves when they have been written since.
+std::string StampOf(const std::array<std::string, 5>& paths) {
+  std::string stamp;
+  for (const std::string& path : paths) {
+    platform::FileStat stat;
+    platform::Stat(path, stat);
+    stamp += path + '|' + std::to_string(stat.size) + '|' + std::to_string(stat.file) + '|' +
+             std::to_string(stat.modificationNanoseconds) + '|';
+  }
+  return stamp;
+}
+
+}  // namespace
+
 int SitMgrBase::SiteOpen(const std::string& name) {
   history_->NewStep();
   if (!siteProf_ || !dbDir_) return Fail(kSitNoStore);
@@ -21,13 +37,14 @@ int SitMgrBase::SiteOpen(const std::string& name) {
     if (!file || file->empty()) return Fail(kSitNoValue);
     paths[i] = *dbDir_ + *file;
   }
+  const std::string stamp = StampOf(paths);
   if (!OpenStores(paths)) {
     CloseStores();
     return Fail(kSitCannotOpen);
   }
   site_ = std::make_shared<SiteRec>(record);
   siteId_ = number;
-  history_->SetSession(history_->session() + 1);
+  history_->EnterFiles(stamp);
   return Succeed();
 }
 
@@ -46,6 +63,10 @@ bool SitMgrBase::OpenStores(const std::array<std::string, 5>& paths) {
          linkDB_->IsOpen() && relDB_->IsOpen();
 }
 
+std::array<std::string, 5> SitMgrBase::StorePaths() const {
+  return {urlDB_->path(), junkDB_->path(), linkDB_->path(), folderDB_->path(), relDB_->path()};
+}
+
 void SitMgrBase::CloseStores() {
   urlDB_.reset();
   junkDB_.reset();
@@ -59,6 +80,7 @@ void SitMgrBase::CloseStores() {
 int SitMgrBase::SiteClose() {
   history_->NewStep();
   if (!linkDB_) return Fail(kSitNotOpen);
+  const std::array<std::string, 5> paths = StorePaths();
   bool closed = true;
   // Packing closes; what could not be packed is closed as it is.
   const auto close = [&closed](auto& store) {
@@ -68,7 +90,7 @@ int SitMgrBase::SiteClose() {
   for (SitPairDB* store : {linkDB_.get(), relDB_.get()}) close(*store);
   for (SitBlockDB* store : {urlDB_.get(), junkDB_.get(), folderDB_.get()}) close(*store);
   CloseStores();
-  history_->SetSession(history_->session() + 1);
+  history_->LeaveFiles(StampOf(paths));
   return closed ? Succeed() : Fail(kSitWriteFailed);
 }
 

@@ -52,12 +52,12 @@ bool Remap(std::array<RestoredString, kRemapSlots>& bank, std::int32_t& id) {
 }
 
 // Where the record of a cell stands now: in its slot, or, when it was deleted and added again in
-// between, in the last one of its pair. -1 when it is gone, or when packing has given its slot to
-// another pair.
+// between, in the last one of its pair. -1 when it is gone.
 int SlotNow(SitPairDB& store, const SitPairRec& record) {
   const auto current = store.Read(record.id);
-  if (!current || current->from != record.from || current->to != record.to) return -1;
-  if (current->id == record.id) return record.id;
+  const bool samePair = current && current->from == record.from && current->to == record.to;
+  if (record.id >= 0 && !samePair) return -1;
+  if (samePair && current->id == record.id) return record.id;
   const std::vector<int> ids = store.Matching(record.from, record.to);
   return ids.empty() ? -1 : ids.back();
 }
@@ -142,6 +142,13 @@ int SitMgrBase::Undo() {
   return 0;
 }
 
+int SitMgrBase::UndoWithAlternatives() {
+  keepsTextNumbers_ = true;
+  Undo();
+  keepsTextNumbers_ = false;
+  return 0;
+}
+
 void SitMgrBase::UndoCells(HistProc* step) {
   if (step->cells.empty()) return;
   for (auto cell = std::prev(step->cells.end());;) {
@@ -180,7 +187,7 @@ int SitMgrBase::UndoLinkDB(HistProc* step, HistCell* cell) {
   const std::uint32_t tag = cell->code & kTagMask;
   if (tag != kTagLink && tag != kTagRel) return -1;
   SitPairDB* store = tag == kTagLink ? linkDB_.get() : relDB_.get();
-  if (store == nullptr || step->session != history_->session()) return 0;
+  if (store == nullptr || !history_->IsOfOpenFiles(*step)) return 0;
   const int bank = tag == kTagLink ? 0 : 1;
   SitPairRec record;
   const bool hasRecord = WordsFromText(cell->data, record);
@@ -190,7 +197,8 @@ int SitMgrBase::UndoLinkDB(HistProc* step, HistCell* cell) {
       drop = store->GetString(cell->value) && store->DeleteString(cell->value) == 0;
       break;
     case kOpStringDelete: {
-      const int restored = store->AddString(cell->data.c_str());
+      const int restored =
+          store->AddString(cell->data.c_str(), keepsTextNumbers_ ? cell->value : 0);
       // Where the count is raised for it, the cell of the reversal stays. Meant.
       drop = EnterRestored(remapBanks[bank], cell->value, restored);
       break;
@@ -215,7 +223,7 @@ int SitMgrBase::UndoUrlDB(HistProc* step, HistCell* cell) {
   const std::uint32_t tag = cell->code & kTagMask;
   if (tag != kTagUrl && tag != kTagJunk && tag != kTagFolder) return -1;
   SitBlockDB* store = (tag == kTagUrl ? urlDB_ : tag == kTagJunk ? junkDB_ : folderDB_).get();
-  if (store == nullptr || step->session != history_->session()) return 0;
+  if (store == nullptr || !history_->IsOfOpenFiles(*step)) return 0;
   SitUrlRec record;
   if (!DecodeUrlRec(cell->data.data(), cell->data.size(), record)) return 0;
   bool done = false;

@@ -1,6 +1,7 @@
 #include "legacy/sit_pair_db.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 
 #include "legacy/word_record.h"
@@ -44,6 +45,7 @@ int SitPairDB::Open(const std::string& path, int kind) {
   if (kind == kRelationFile) storeTag_ = kTagRel;
   path_ = path;
   nextId_ = liveCount_ = 0;
+  hidden_ = slots_ = 0;
   whole_ = false;
   const int opened = file_.Open(path);
   if (!path.empty()) strings_.Open(path.substr(0, path.size() - 1) + "S");
@@ -54,17 +56,13 @@ int SitPairDB::Load() {
   std::int32_t slots = 0;
   std::int32_t live = 0;
   whole_ = file_.Size() == 0;
+  slots_ = hidden_ = SlotsInFile();
   if (!file_.ReadWord(0, slots)) return -1;
-  // A header that counts far more slots than there are would make the next record grow the file
-  // without measure; a few may be missing where writes have failed or the file was cut.
-  nextId_ = std::min(slots, SlotsInFile() + kMostLostSlots);
+  nextId_ = slots;
   if (!file_.ReadWord(4, live)) return -1;
-  if (slots < 0 || live < 0) {
-    // New records go behind those that the damaged header hides.
-    nextId_ = SlotsInFile();
-    return -1;
-  }
   liveCount_ = live;
+  if (slots < 0 || live < 0) return -1;
+  hidden_ = 0;
   SitFileScan scan(file_, kHeaderSize);
   WordBytes<SitPairRec> bytes;
   std::int32_t loaded = 0;
@@ -134,12 +132,21 @@ int SitPairDB::Add(const UrlID& from, const UrlID& to) {
   added.from = from;
   added.to = to;
   ChangeLiveCount(1);
-  WriteSlot(added, added.id);
+  if (!MayPlace(added.id)) {
+    file_.RefuseWrite(EFBIG);
+  } else if (WriteSlot(added, added.id)) {
+    slots_ = std::max(slots_, added.id + 1);
+  }
   index_.Append(added.id, from, to);
   if (nextId_ < std::numeric_limits<std::int32_t>::max()) ++nextId_;
   file_.WriteWord(0, nextId_);
   RecordChange(kOpAdd, added);
   return added.id;
+}
+
+// A few slots may be missing where writes have failed or the file was cut.
+bool SitPairDB::MayPlace(std::int32_t id) const {
+  return id >= hidden_ && id - slots_ <= kMostLostSlots;
 }
 
 void SitPairDB::ChangeLiveCount(int by) {
@@ -207,8 +214,8 @@ std::optional<std::string> SitPairDB::GetString(int id) {
   return strings_.Get(id);
 }
 
-int SitPairDB::AddString(const char* text) {
-  const int id = strings_.Add(text, 0);
+int SitPairDB::AddString(const char* text, int wanted) {
+  const int id = strings_.Add(text, wanted);
   if (id >= 0 && history_ != nullptr) history_->Record(storeTag_ | kOpStringAdd, id, {});
   return id;
 }
@@ -221,14 +228,17 @@ int SitPairDB::DeleteString(int id) {
   return strings_.Delete(id);
 }
 
-bool SitPairDB::CopyLiveRecords(SitPackWriter& copy, std::int32_t& kept) {
+bool SitPairDB::CopyLiveRecords(SitPackWriter& copy, std::vector<std::int32_t>& numbers,
+                                std::int32_t& kept) {
   const std::int64_t size = file_.Size();
   if (size < 0) return false;
   SitFileScan scan(file_, kHeaderSize);
   WordBytes<SitPairRec> bytes;
   for (std::int32_t slots = SlotsIn(size); slots > 0; --slots) {
     if (!scan.Take(bytes.data(), bytes.size())) return false;
-    if (LoadLE32(bytes.data()) == -1) continue;
+    const bool live = LoadLE32(bytes.data()) != -1;
+    numbers.push_back(live ? kept : -1);
+    if (!live) continue;
     StoreLE32(bytes.data(), kept++);
     copy.Append(bytes.data(), bytes.size());
   }
@@ -238,8 +248,9 @@ bool SitPairDB::CopyLiveRecords(SitPackWriter& copy, std::int32_t& kept) {
 int SitPairDB::Pack(bool reopen) {
   if (!file_.IsOpen() || !whole_) return -1;
   SitPackWriter copy(path_, kHeaderSize);
+  std::vector<std::int32_t> numbers;
   std::int32_t kept = 0;
-  if (!copy.IsOpen() || !CopyLiveRecords(copy, kept)) return -1;
+  if (!copy.IsOpen() || !CopyLiveRecords(copy, numbers, kept)) return -1;
   unsigned char header[kHeaderSize];
   StoreLE32(header, kept);
   StoreLE32(header + 4, kept);
@@ -248,6 +259,7 @@ int SitPairDB::Pack(bool reopen) {
   const bool stringsPacked = strings_.Pack(false) == 0;
   Close();
   const bool packed = stringsPacked && copy.Replace();
+  if (packed && history_ != nullptr) history_->RenumberPairs(storeTag_, numbers);
   if (reopen) Open(std::string(path_), -1);
   return packed ? kept : -1;
 }

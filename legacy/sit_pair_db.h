@@ -77,7 +77,8 @@ class SitPairDB {
   void ResetCursor(int position) { cursor_ = position; }
 
   // Adds a pair, or raises the count of its record. The record id, also when a write has failed;
-  // -1 for a null end.
+  // -1 for a null end. A new record takes the number that the header counts; where a damaged header
+  // leads far behind the end of the file, or to records that it hides, the record is not written.
   int Add(const UrlID& from, const UrlID& to);
   // Takes one count off a record, or all with `force`. The count that is left; 0 when the record
   // is gone or its count was below 1; -1 on a write failure. The slot that is written is the one
@@ -95,12 +96,13 @@ class SitPairDB {
 
   // Strings of the companion; each change goes to the history.
   std::optional<std::string> GetString(int id);
-  int AddString(const char* text);
+  int AddString(const char* text, int wanted = 0);  // `wanted` as SitStrDB::Add
   int DeleteString(int id);
 
   // Compacts both files through copies under "_pack": records get the numbers 0, 1, 2 and so on,
   // string ids stay. The number of records kept, or -1 with the pair file as it was: a call has
-  // failed, or one of the files is not whole. The store is closed after it, unless `reopen`.
+  // failed, or one of the files is not whole. The store is closed after it, unless `reopen`. The
+  // history learns the new numbers.
   int Pack(bool reopen);
   // Deletes both files and opens the store again, empty; 0, or -1 with the store left closed.
   int Remove();
@@ -127,7 +129,8 @@ class SitPairDB {
   void RemoveFromIndex(const SitPairRec& record);
   bool WriteSlot(const SitPairRec& record, std::int32_t id);
   void RecordChange(std::uint32_t operation, const SitPairRec& record);
-  bool CopyLiveRecords(SitPackWriter& copy, std::int32_t& kept);
+  bool CopyLiveRecords(SitPackWriter& copy, std::vector<std::int32_t>& numbers, std::int32_t& kept);
+  bool MayPlace(std::int32_t id) const;
 
   std::string path_;
   SitFile file_;
@@ -139,6 +142,8 @@ class SitPairDB {
   std::int32_t nextId_ = 0;
   std::int64_t liveCount_ = 0;
   bool whole_ = false;
+  std::int32_t hidden_ = 0;  // slots that a damaged header keeps from being loaded
+  std::int32_t slots_ = 0;   // slots up to the highest that the file has
   SitHist* history_;
   std::uint32_t storeTag_ = kTagLink;
 };

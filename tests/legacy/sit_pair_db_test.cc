@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <random>
 
 #include "support/temp_folder.h"
@@ -174,7 +175,12 @@ TEST(PairFiles, ANegativeHeaderHidesTheRecordsAndDestroysNone) {
   SitPairDB db(folder.path("links.dat"), SitPairDB::kLinkFile);
   EXPECT_TRUE(db.Matching(kAnyUrlID, kAnyUrlID).empty());
   EXPECT_EQ(db.Count(), -1);
-  EXPECT_EQ(db.Add(kA, kB), 1);
+  // Numbers go on from the header; what it hides is not written over.
+  EXPECT_EQ(db.Add(kA, kB), -1);
+  EXPECT_EQ(db.Add(kA, kC), 0);
+  EXPECT_EQ(folder.read("links.dat").substr(8), std::string(36, '\1'));
+  EXPECT_EQ(db.Add(kB, kC), 1);
+  EXPECT_EQ(db.Read(1)->from, kB);
   EXPECT_EQ(folder.read("links.dat").substr(8, 36), std::string(36, '\1'));
 }
 
@@ -194,8 +200,11 @@ TEST(PairFiles, AHeaderThatCountsTooManyRecordsDoesNotInflateTheFile) {
   TempFolder folder;
   folder.write("links.dat", FromHex("00000001 00000001"));
   SitPairDB db(folder.path("links.dat"), SitPairDB::kLinkFile);
-  EXPECT_GE(db.Add(kA, kB), 0);
-  EXPECT_LT(folder.read("links.dat").size(), 100000u);
+  EXPECT_EQ(db.Add(kA, kB), 0x01000000) << "the number that the header tells";
+  EXPECT_EQ(db.Add(kB, kA), 0x01000001);
+  EXPECT_EQ(db.Read(0x01000001), nullptr);
+  EXPECT_EQ(db.lastErrno(), EFBIG);
+  EXPECT_EQ(folder.read("links.dat").size(), 8u);
 }
 
 // The plain walk over a linked list, as the rules of Find are told.

@@ -149,18 +149,69 @@ TEST_F(Undo, EntriesComeBackUnderTheirNumbers) {
   EXPECT_EQ(site.Entries(), before);
 }
 
-// Packing gives links new numbers; a step from before it must not touch what has them now.
-TEST_F(Undo, AStepFromAnEarlierOpeningLeavesTheSiteAlone) {
-  mgr.LinkAdd(a, b);
-  mgr.LinkAdd(b, c);
+// Closing packs, which gives links new numbers; the history follows.
+TEST_F(Undo, StepsOfEarlierOpeningsAreTakenBackToo) {
+  const auto before = site.Entries();
+  std::vector<std::multiset<std::string>> states;
+  const auto change = [&](auto operation) {
+    states.push_back(site.Links());
+    EXPECT_GE(operation(), 0);
+    site.Reopen();
+  };
+  change([&] { return mgr.LinkAdd(a, b); });
+  change([&] { return mgr.LinkAdd(b, c); });
+  change([&] { return mgr.SetLinkAsIsUrl(1, "c.htm"); });
+  change([&] { return mgr.LinkDel(0, 0); });
+  change([&] { return mgr.LinkAdd(a, c); });
+  change([&] { return mgr.SetLinkAsIsUrl(0, "other"); });
+  change([&] { return mgr.LinkMove(0, c, a); });
+  change([&] { return mgr.UrlMove(b, "elsewhere"); });
+  for (; !states.empty(); states.pop_back()) {
+    // Closing and opening are steps of their own.
+    for (int i = 0; i < 3; ++i) mgr.UndoWithAlternatives();
+    EXPECT_EQ(site.Links(), states.back()) << states.size();
+    site.Reopen();
+    for (int i = 0; i < 2; ++i) mgr.Undo();
+  }
+  EXPECT_EQ(site.Entries(), before);
+}
+
+// Another site, and the same one when another manager has changed it since it was left.
+TEST(UndoHistory, StepsOfOtherFilesLeaveTheOpenOnesAlone) {
+  for (const std::string name : {"other", "demo"}) {
+    LegacySite site;
+    site.mgr->SiteProfAdd("other");
+    const auto change = [&](test::OpenSitMgr& mgr, const std::string& which) {
+      EXPECT_EQ(mgr.SiteOpen(which), 0);
+      for (const char* entry : {"a", "b", "c"}) mgr.UrlAdd(2, mgr.UrlNum(2) == 3 ? "d" : entry);
+      EXPECT_GE(mgr.LinkAdd({2, 0}, {2, 1}), 0);
+      EXPECT_EQ(mgr.SiteClose(), 0);
+    };
+    change(*site.mgr, "demo");
+    test::OpenSitMgr writer;
+    writer.setDB(site.folder().path("db") + "\\", "sites", "servers");
+    change(writer, name);
+    EXPECT_EQ(site.mgr->SiteOpen(name), 0);
+    const auto links = site.Links();
+    const auto entries = site.Entries();
+    EXPECT_FALSE(links.empty());
+    for (int i = 0; i < 20; ++i) site.mgr->Undo();
+    EXPECT_EQ(site.Links(), links) << name;
+    EXPECT_EQ(site.Entries(), entries) << name;
+  }
+}
+
+TEST_F(Undo, AlternativeTextsFollowWhenTheyAreAskedFor) {
+  mgr.SetLinkAsIsUrl(mgr.LinkAdd(c, a), "a text with a low number");
+  const int link = mgr.LinkAdd(a, b);
+  mgr.SetLinkAsIsUrl(link, "b.gif");
+  mgr.SetLinkImgAlt(link, "alternative");
+  const auto before = site.Links();
   mgr.LinkDel(0, 1);
-  mgr.LinkAdd(a, c);
-  site.Reopen();
-  const auto links = site.Links();
-  const auto entries = site.Entries();
-  for (int i = 0; i < 12; ++i) mgr.Undo();
-  EXPECT_EQ(site.Links(), links);
-  EXPECT_EQ(site.Entries(), entries);
+  mgr.LinkDel(link, 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(mgr.UndoWithAlternatives(), 0);
+  EXPECT_EQ(site.Links().size(), 2u);
+  EXPECT_TRUE(site.Links().contains("a > b 1 b.gif alternative 1"));
 }
 
 class UndoOfFiles : public ::testing::Test {
