@@ -55,8 +55,8 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
   property.topFile = profile.topFile;
   property.dir[kSlotSiteFolder] = profile.folders[kSlotSiteFolder];
   if (manager.SetSiteProf(name, property) != 0) {
-    throw Failure(manager.GetLastError() == kSitBadArgument ? kUsage : kDatabase,
-                  "\"" + name + "\" cannot be made an older site");
+    if (manager.GetLastError() != kSitBadArgument) session.FailToWrite();
+    throw Failure(kUsage, "\"" + name + "\" cannot be made an older site");
   }
   PrintObject(SiteRow(name, property), options.json);
   return kClean;
@@ -120,11 +120,9 @@ std::string TotalsLine(const Totals& totals) {
 
 int RunRebuild(const Options& options, const std::string& name, bool diff) {
   LegacySession session(options, Database::kMustExist);
-  session.Open(name);
+  session.OpenToRebuild(name);
   session.NeedFolder();
-  if (session.manager().SiteRebuildDB(diff ? 0 : 1) != 0) {
-    throw Failure(kDatabase, "the rebuild failed: the files of the site cannot be written");
-  }
+  if (session.manager().SiteRebuildDB(diff ? 0 : 1) != 0) session.FailToWrite();
   const Totals totals = Count(session);
   session.Close();
   if (options.json) {
@@ -200,7 +198,8 @@ void Perform(LegacySession& session, const Words& words) {
   const std::string& verb = words.front();
   int result = -1;
   if (verb == "undo" && words.size() == 1) {
-    result = manager.Undo();
+    result = manager.UndoWithAlternatives();
+    if (manager.GetLastError() != kSitOk) session.FailToWrite();
   } else if (verb == "save" && words.size() == 2) {
     result = manager.Save(session.FileOf(words[1]));
   } else if (verb == "rm" && words.size() == 2) {
@@ -212,6 +211,7 @@ void Perform(LegacySession& session, const Words& words) {
   }
   if (result == 0) return;
   const int error = manager.GetLastError();
+  if (error == kSitWriteFailed || error == kSitDeleteFailed) session.FailToWrite();
   throw Failure(kDatabase, verb + " failed with error " + std::to_string(error));
 }
 
@@ -298,8 +298,7 @@ GivenSite AsGiven(LegacySession& session, const SitSiteProperty& old) {
 }
 
 // The user's publishing marks of the files that both sides know.
-void CarryMarks(LegacySession& session, const std::string& name) {
-  session.Open(name);
+void CarryMarks(LegacySession& session) {
   SitMgr& older = session.manager();
   SiteMgr& newer = session.newer().manager();
   const int count = older.UrlNum(kKindPath);
@@ -316,6 +315,8 @@ void CarryMarks(LegacySession& session, const std::string& name) {
 int RunImport(const Options& options, const std::string& name) {
   LegacySession session(options, Database::kMustExist);
   const SitSiteProperty old = session.Profile(name);
+  const bool hasMarks = session.HasFiles(name);
+  if (hasMarks) session.Open(name);
   Session& newer = session.newer();
   if (newer.manager().FindSiteProf(name) < 0 && !old.servProf.empty()) {
     CarryServer(session, old.servProf);
@@ -330,7 +331,7 @@ int RunImport(const Options& options, const std::string& name) {
   }
   newer.Open(name);
   const int code = RebuildSite(newer, true);
-  CarryMarks(session, name);
+  if (hasMarks) CarryMarks(session);
   const SiteTotals totals = CountSite(newer);
   newer.Close();
   if (options.json) {

@@ -1,6 +1,8 @@
 #include "cli/legacy_session.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <system_error>
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
@@ -23,6 +25,13 @@ const Options& Checked(const Options& options, Database database) {
                                  ": there is no older database here (zvrsit legacy add makes one)");
   }
   return options;
+}
+
+// Whether a file is there and holds anything.
+bool IsThere(const std::string& native) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(PathOf(native), error);
+  return !error && size != 0;
 }
 
 }  // namespace
@@ -52,13 +61,69 @@ SitSiteProperty LegacySession::Profile(const std::string& name) {
   return profile;
 }
 
-void LegacySession::Open(const std::string& name) {
+// The native paths of a site's files; the one that holds the user's marks stands last.
+std::vector<std::string> LegacySession::FilesOf(const std::string& name) {
+  Profile(name);
+  const int number = manager_.SiteProfGetID(name);
+  const std::string links = Take(manager_.GetSiteProfLinkDB(number));
+  const std::string relations = Take(manager_.GetSiteProfRelDB(number));
+  std::vector<std::string> files{links, relations, Take(manager_.GetSiteProfFolderDB(number)),
+                                 Take(manager_.GetSiteProfJunkDB(number)),
+                                 Take(manager_.GetSiteProfUrlDB(number))};
+  for (const std::string& pairs : {relations, links}) {
+    if (!pairs.empty()) files.insert(files.begin(), pairs.substr(0, pairs.size() - 1) + "S");
+  }
+  for (std::string& file : files) file = NativePath(folder_ + file);
+  return files;
+}
+
+bool LegacySession::HasFiles(const std::string& name) {
+  const std::vector<std::string> files = FilesOf(name);
+  return std::any_of(files.begin(), files.end(), IsThere);
+}
+
+void LegacySession::NeedWhole(const std::string& name, const std::vector<std::string>& files) {
+  const std::string mend = ": zvrsit legacy rebuild " + name + " makes it anew";
+  if (std::none_of(files.begin(), files.end(), IsThere)) {
+    throw Failure(kDatabase,
+                  "\"" + name + "\" was not rebuilt yet: run zvrsit legacy rebuild " + name);
+  }
+  for (const std::string& file : files) {
+    if (!IsThere(file)) throw Failure(kDatabase, file + ": this file is missing" + mend);
+  }
+  if (manager_.SiteOpen(name) != 0) {
+    throw Failure(kDatabase,
+                  NativePath(folder_ + name) + ": a file of the site cannot be opened" + mend);
+  }
+  if (!manager_.IsSiteWhole()) {
+    throw Failure(kDatabase, NativePath(folder_ + name) + ": a file of the site is damaged" + mend);
+  }
+}
+
+void LegacySession::KnowFolder(const std::string& name) {
+  site_ = name;
   siteFolder_ = Profile(name).dir[1];
   if (PathOf(NativePath(siteFolder_)).has_filename()) siteFolder_ += '\\';
   nativeSiteFolder_ = NativePath(siteFolder_);
-  if (manager_.SiteOpen(name) != 0) {
-    throw Failure(kDatabase, NativePath(folder_ + name) + ": a file of the site cannot be opened");
+}
+
+void LegacySession::Open(const std::string& name) {
+  KnowFolder(name);
+  NeedWhole(name, FilesOf(name));
+}
+
+void LegacySession::OpenToRebuild(const std::string& name) {
+  KnowFolder(name);
+  if (manager_.SiteOpen(name) == 0) return;
+  for (const std::string& file : FilesOf(name)) {
+    std::error_code error;
+    if (!fs::is_regular_file(PathOf(file), error)) continue;
+    fs::remove(PathOf(file), error);
+    if (manager_.SiteOpen(name) != 0) continue;
+    Warn("the files of \"" + name + "\" were damaged and are made anew");
+    return;
   }
+  FailToWrite();
 }
 
 void LegacySession::NeedFolder() const {
@@ -69,7 +134,14 @@ void LegacySession::NeedFolder() const {
 }
 
 void LegacySession::Close() {
-  if (manager_.SiteClose() != 0) throw Failure(kDatabase, "the older database cannot be written");
+  if (manager_.SiteClose() != 0) FailToWrite();
+}
+
+void LegacySession::FailToWrite() {
+  const std::error_code error(manager_.lastErrno(), std::generic_category());
+  const std::string reason = error ? ": " + error.message() : std::string();
+  throw Failure(kFileSystem,
+                NativePath(folder_ + site_) + ": the files here cannot be written" + reason);
 }
 
 std::string LegacySession::Shown(const std::string& path) const {
@@ -119,18 +191,12 @@ bool LegacySession::ReadLink(int number, LegacyLink& link) {
 
 void LegacySession::ForEachLink(const std::string& from, const std::string& to,
                                 const EachLink& each) {
-  LegacyLink link;
-  if (from.empty() && to.empty()) {
-    const int count = manager_.LinkNum();
-    for (int number = 0; number < count; ++number) {
-      if (ReadLink(number, link)) each(link);
-    }
-    return;
-  }
-  UrlID id;
-  manager_.UrlFind(EntryOf(from.empty() ? to : from), id);
-  const auto next = from.empty() ? &SitMgrBase::UrlBackLinks : &SitMgrBase::UrlForeLinks;
-  for (int number; (number = (manager_.*next)(id)) >= 0;) {
+  UrlID source = kAnyUrlID;
+  UrlID target = kAnyUrlID;
+  if (!from.empty()) manager_.UrlFind(EntryOf(from), source);
+  if (!to.empty()) manager_.UrlFind(EntryOf(to), target);
+  for (const int number : manager_.LinksBetween(source, target)) {
+    LegacyLink link;
     if (ReadLink(number, link)) each(link);
   }
 }

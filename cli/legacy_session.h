@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/output.h"
 #include "cli/session.h"
@@ -41,12 +42,20 @@ class LegacySession {
 
   // The profile of a site; throws Failure(kUsage) when there is none of that name.
   SitSiteProperty Profile(const std::string& name);
-  // Opens a site; throws Failure: kUsage as above, kDatabase when its files cannot be opened.
+  // Whether any of a site's files is there: a rebuild makes them.
+  bool HasFiles(const std::string& name);
+  // Opens a site; throws Failure: kUsage as above, kDatabase when one of its files is missing, is
+  // damaged or cannot be opened.
   void Open(const std::string& name);
+  // The same for a rebuild: missing files are made, and damaged ones that cannot be opened are
+  // made anew, which stderr tells.
+  void OpenToRebuild(const std::string& name);
   // Throws Failure(kFileSystem) when the folder of the open site is not there.
   void NeedFolder() const;
-  // Throws Failure(kDatabase).
+  // Throws Failure(kFileSystem) when the files cannot be written.
   void Close();
+  // The same failure, for an operation of the manager that has failed.
+  [[noreturn]] void FailToWrite();
 
   std::string Shown(const std::string& path) const;
   // What the user means by `native`, relative to the working folder or to the site folder: a file
@@ -60,12 +69,16 @@ class LegacySession {
   void ForEachLink(const std::string& from, const std::string& to, const EachLink& each);
 
  private:
+  std::vector<std::string> FilesOf(const std::string& name);
+  void NeedWhole(const std::string& name, const std::vector<std::string>& files);
+  void KnowFolder(const std::string& name);
   std::array<std::string, 2> Candidates(const std::string& native) const;
   bool ReadLink(int number, LegacyLink& link);
 
   Session newer_;
   std::string folder_;  // `\` path with "\" at the end
   SitMgr manager_;
+  std::string site_;  // the name of the site that was opened
   std::string siteFolder_;
   std::string nativeSiteFolder_;
 };

@@ -21,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_error.h"
@@ -166,7 +167,7 @@ class ZVRSIT_API SitMgrBase {
   // before.
   int SiteClose();
   // Whether the stores of the open site were read to the end of their files and hold what these
-  // count. A complete rebuild makes them whole.
+  // count, and the last rebuild came to its end. A complete rebuild makes them whole.
   bool IsSiteWhole() const;
   // The record number of the open site; -1 for none. The last error stays as it is.
   int OpenSite() const { return site_ ? siteId_ : -1; }
@@ -255,6 +256,9 @@ class ZVRSIT_API SitMgrBase {
   int LinkBothSides(int link, UrlID& from, UrlID& to);
   // The status word of the link's target entry; 7 when that is no live URL or junk entry.
   int GetLinkStatus(int link);
+  // All links of a pair in file order, kAnyUrlID standing for any end. Deleted ones that a crash
+  // has left are stepped over, which the two below take for the end.
+  std::vector<int> LinksBetween(const UrlID& from, const UrlID& to);
   // The next link from or to an entry; 15 at the end, and then from the first again. One position
   // is shared by all queries of the process: a question about another entry starts anew.
   int UrlForeLinks(const UrlID& id);
@@ -410,6 +414,7 @@ class ZVRSIT_API SitMgrBase {
   int Refill(const std::string& folder, int complete);
   std::unordered_map<std::string, std::int32_t> UserMarks();
   int EmptyStores(int complete);
+  bool NoteRebuild(int state);
   int ReadPages();
   int DropMissing();
 

@@ -152,6 +152,11 @@ int SitMgrBase::GetLinkStatus(int link) {
   return Succeed(target.status);
 }
 
+std::vector<int> SitMgrBase::LinksBetween(const UrlID& from, const UrlID& to) {
+  lastError_ = linkDB_ ? kSitOk : kSitNotOpen;
+  return linkDB_ ? linkDB_->Matching(from, to) : std::vector<int>();
+}
+
 int SitMgrBase::UrlForeLinks(const UrlID& id) {
   if (!linkDB_) return Fail(kSitNotOpen);
   if (!IsLinkEnd(id)) return Fail(kSitBadArgument);

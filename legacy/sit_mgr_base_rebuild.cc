@@ -97,12 +97,22 @@ int SitMgrBase::SiteRebuildDB(int complete) {
     return Fail(kSitNotFound);
   }
   history_->Clear();
-  const int result = Refill(folder, complete);
+  if (!NoteRebuild(1)) return Fail(kSitWriteFailed);
+  int result = Refill(folder, complete);
+  if (result == 0 && !NoteRebuild(0)) result = Fail(kSitWriteFailed);
   // Nothing of a rebuild can be taken back.
   const int error = lastError_;
   history_->Clear();
   lastError_ = error;
   return result;
+}
+
+// Writes how far a rebuild is into the site's profile, where a crash leaves it.
+bool SitMgrBase::NoteRebuild(int state) {
+  SiteRec record;
+  if (siteProf_->Read(siteId_, record) < 0) return false;
+  record.rebuild = state;
+  return siteProf_->Write(siteId_, record) == 0;
 }
 
 // The marks that the user has given to files.

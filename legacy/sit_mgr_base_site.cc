@@ -96,7 +96,7 @@ int SitMgrBase::SiteClose() {
 
 bool SitMgrBase::IsSiteWhole() const {
   return linkDB_ && linkDB_->IsWhole() && relDB_->IsWhole() && urlDB_->IsWhole() &&
-         junkDB_->IsWhole() && folderDB_->IsWhole();
+         junkDB_->IsWhole() && folderDB_->IsWhole() && SiteNow().rebuild != 1;
 }
 
 std::optional<std::string> SitMgrBase::SiteString(int id) const {

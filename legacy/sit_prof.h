@@ -25,7 +25,7 @@ namespace zvrsit {
 // deleted profile keeps its slot, with -1 for its number and in every string.
 struct SiteRec {
   std::int32_t number = -1;
-  std::int32_t spare = 0;  // kept as it is
+  std::int32_t rebuild = 0;  // a number: 1 from the start of a rebuild to its end
   std::int32_t name = -1;
   std::int32_t topFile = -1;
   std::array<std::int32_t, 10> dir{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};

@@ -1,5 +1,8 @@
 // The commands of the older generation.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "cli/program.h"
 #include "legacy/sit_mgr.h"
@@ -85,6 +88,82 @@ TEST_F(OlderSite, TakesBackChangesOfOneRun) {
             "undo: 2 files, 5 links, 2 broken, 1 external URL\n")
       << outcome.err;
   EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}), before);
+}
+
+TEST_F(OlderSite, BringsAlternativeTextsBack) {
+  program.Page("b.html", "<a href=index.html><img src=y.gif alt=Y>");
+  EXPECT_EQ(program.Run({"legacy", "rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Run({"legacy", "undo", "demo"}, "rm index.html\nrm b.html\nundo\n").code, 0);
+  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "b.html"})[1]["alt"], "Y");
+}
+
+// After a crash the link file holds deleted records, which closing would have packed away.
+TEST_F(OlderSite, AnswersAfterACrash) {
+  const std::string links = "db/legacy/demo/Link.db";
+  std::string bytes = program.folder.read(links);
+  bytes.replace(8 + 36, 4, "\xff\xff\xff\xff");
+  program.folder.write(links, bytes);
+  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}).size(), 3u);
+}
+
+TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {
+  const struct {
+    const char* file;
+    const char* what;
+    std::string part;
+  } rows[] = {
+      {"Link.db", "lost", "Link.db: this file is missing"},
+      {"Link.dS", "lost", "Link.dS: this file is missing"},
+      {"Url.db", "lost", "Url.db: this file is missing"},
+      {"Link.db", "cut", "damaged"},
+      {"Link.dS", "cut", "damaged"},
+      {"Url.db", "cut", "damaged"},
+      {"Junk.db", "no database at all, but long enough", "cannot be opened"},
+  };
+  for (const auto& row : rows) {
+    const std::string file = std::string("db/legacy/demo/") + row.file;
+    const std::string bytes = program.folder.read(file);
+    program.folder.write(file, row.what == std::string("cut") ? bytes.substr(0, bytes.size() - 40)
+                                                              : std::string(row.what));
+    if (row.what == std::string("lost")) std::filesystem::remove(program.folder.native(file));
+    for (const char* command : {"links", "broken", "undo", "import"}) {
+      const Outcome outcome = program.Run({"legacy", command, "demo"});
+      EXPECT_EQ(outcome.code, 3) << row.file << row.what << command;
+      EXPECT_TRUE(outcome.complains(row.part)) << outcome.err;
+      EXPECT_NE(outcome.err.find("zvrsit legacy rebuild demo"), std::string::npos) << outcome.err;
+    }
+    const Outcome rebuilt = program.Run({"legacy", "rebuild", "demo"});
+    EXPECT_EQ(rebuilt.out, "2 files, 5 links, 2 broken, 1 external URL\n") << rebuilt.err;
+    EXPECT_EQ(program.Run({"legacy", "broken", "demo"}).code, 1) << row.file << row.what;
+  }
+  EXPECT_EQ(program.Run({"legacy", "add", "new", program.folder.native("site")}).code, 0);
+  const Outcome never = program.Run({"legacy", "broken", "new"});
+  EXPECT_EQ(never.code, 3);
+  EXPECT_TRUE(never.complains("zvrsit legacy rebuild new")) << never.err;
+}
+
+// A limit on the size of files stands for a full disk.
+TEST_F(OlderSite, AFullDiskIsToldAndGotOver) {
+  std::string page;
+  for (int i = 0; i < 300; ++i) page += "<a href=p" + std::to_string(i) + ".html>";
+  program.Page("index.html", page);
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before;
+  getrlimit(RLIMIT_FSIZE, &before);
+  for (const Words& words : {Words{"legacy", "undo", "demo"}, Words{"legacy", "rebuild", "demo"}}) {
+    const rlimit full{4096, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    const Outcome outcome = program.Run(words, "save index.html\n");
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(outcome.code, 4) << words[1];
+    EXPECT_TRUE(outcome.complains("cannot be written: File too large")) << outcome.err;
+    EXPECT_EQ(outcome.out, "") << words[1];
+    if (words[1] == "rebuild") {
+      EXPECT_EQ(program.Run({"legacy", "broken", "demo"}).code, 3);
+    }
+    EXPECT_EQ(program.Run({"legacy", "rebuild", "demo"}).code, 0) << words[1];
+    EXPECT_EQ(program.Ask({"legacy", "broken", "demo"}).size(), 300u) << words[1];
+  }
 }
 
 TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
