@@ -20,7 +20,7 @@ namespace zvrsit {
 
 namespace {
 
-constexpr int kFolderMissing = -2;
+constexpr int kNotOnDisk = -2;  // the site folder or the top file
 
 // The open mode of the profile tables: 0 plain, 1 with a backup, 2 with backup and restoring.
 int ProfileOpenMode(int mode) {
@@ -135,10 +135,10 @@ int SiteMgrBase::OpenSite(int siteId, int) {
 
   std::string folder;
   if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return -1;
-  if (!FolderIsThere(folder)) return kFolderMissing;
+  if (!FolderIsThere(folder)) return kNotOnDisk;
   std::string topFile;
   if (!ReadProfileText(rec.topFile, topFile)) return -1;
-  if (!FileIsThere(topFile)) return kFolderMissing;
+  if (!FileIsThere(topFile)) return kNotOnDisk;
 
   TableFiles files;
   if (!ReadTableFiles(rec, files)) return -1;

@@ -220,5 +220,24 @@ TEST(FolderLinks, FollowTheDocumentOfTheirFolderByTheWebRules) {
   EXPECT_EQ(all("sub\\index.htm", "late\\index.html"), "");
 }
 
+// Where a BASE hides what a link leads to, its page is read from the disk to be sure; but not the
+// page whose document the application has just handed over.
+TEST(FolderLinks, LeaveTheSavedPageWithTheDocumentThatItWasSavedFrom) {
+  TestSite site(LinkRules::Web);
+  ASSERT_EQ(site.Open(), 0);
+  const std::string page = "<base href=../><a href=sub/index.htm>x</a>";
+  for (const char* name : {"sub/index.html", "sub/other.html"}) site.write(name, page);
+  site.write("sub/index.htm", "");
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  const std::string later = page + "<a href=later.html>x</a>";
+  Document* doc = site.dom.createDocument("HTML");
+  doc->createNodes(later.data(), static_cast<int>(later.size()), nullptr, true);
+  site.write("sub/other.html", later);
+  ASSERT_EQ(site.mgr->Save(site.path("sub/index.html"), doc), 0);
+  const std::string links = site.Links();
+  EXPECT_NE(links.find("sub\\index.html -> later.html"), std::string::npos) << links;
+  EXPECT_NE(links.find("sub\\other.html -> later.html"), std::string::npos) << links;
+}
+
 }  // namespace
 }  // namespace zvrsit::test
