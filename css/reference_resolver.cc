@@ -5,13 +5,6 @@
 namespace zvrsit {
 namespace {
 
-// Whether every file of a folder means the same by the reference. These others may stand for the
-// file itself.
-bool IsOfFolder(std::string_view reference) {
-  return !reference.empty() && static_cast<unsigned char>(reference.front()) > ' ' &&
-         reference.front() != '#' && reference.front() != '?';
-}
-
 std::string_view FolderOf(std::string_view path) {
   return path.substr(0, FindLastBackslashMB(path) + 1);  // npos + 1 is 0
 }
@@ -49,7 +42,7 @@ TargetResolver& ReferenceResolver::Begun() {
 }
 
 TargetKind ReferenceResolver::Resolve(std::string_view reference, std::string& out) {
-  if (!IsOfFolder(reference)) return Begun().Resolve(reference, out);
+  if (!IsTargetOfFolder(reference)) return Begun().Resolve(reference, out);
   const Place* known = recent_.Find(reference);
   if (known == nullptr) {
     const TargetKind kind = Begun().Resolve(reference, out);

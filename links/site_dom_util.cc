@@ -49,12 +49,8 @@ struct SiteDOMUtil::MemoKey {
 };
 
 SiteDOMUtil::MemoKey SiteDOMUtil::MemoKeyOf(std::string_view target) const {
-  // These may name the page itself, which others with the same base do not share.
-  if (target.empty() || static_cast<unsigned char>(target.front()) <= ' ' ||
-      target.front() == '?' || target.size() > TargetMemo::kLongest) {
-    return {};
-  }
   const auto hash = target.find('#');
+  if ((hash != 0 && !IsTargetOfFolder(target)) || target.size() > TargetMemo::kLongest) return {};
   if (hash == std::string_view::npos) return {target};
   // By the classic rules a ".." in a fragment takes part.
   if (!web_ && target.find_first_of("/\\", hash) != std::string_view::npos) {

@@ -63,6 +63,17 @@ bool NamesNoPlace(std::string_view scheme) {
                      [scheme](std::string_view known) { return EqualsLower(scheme, known); });
 }
 
+// The schemes whose URLs need no slashes, but for "file", which no page of the web has.
+bool IsWebScheme(std::string_view scheme) {
+  constexpr std::string_view kSchemes[] = {"http", "https", "ftp", "ws", "wss"};
+  return std::any_of(std::begin(kSchemes), std::end(kSchemes),
+                     [scheme](std::string_view known) { return EqualsLower(scheme, known); });
+}
+
+bool BeginsWithHost(std::string_view target) {
+  return target.size() >= 2 && IsSlash(target[0]) && IsSlash(target[1]);
+}
+
 bool IsValidUtf8(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
     const auto lead = static_cast<unsigned char>(text[i]);
@@ -150,6 +161,16 @@ bool AppendName(std::string_view segment, unsigned traits, std::string& out) {
 
 }  // namespace
 
+bool IsTargetOfFolder(std::string_view target) {
+  const auto beginsOwn = [](std::string_view text) {
+    return text.empty() || static_cast<unsigned char>(text.front()) <= ' ' || text.front() == '#' ||
+           text.front() == '?';
+  };
+  if (beginsOwn(target)) return false;
+  const auto colon = target.find(':');  // may be that of a bare scheme
+  return colon == kNpos || !beginsOwn(target.substr(colon + 1));
+}
+
 void TargetResolver::BeginPage(std::string_view siteRoot, std::string_view pagePath) {
   siteRoot_ = siteRoot;
   pagePath_ = pagePath;
@@ -169,24 +190,28 @@ void TargetResolver::SetLiveUrl(std::string_view url, std::string_view siteFolde
 
 void TargetResolver::SetBaseFile(std::string_view path) {
   baseFile_ = path;
-  const auto last = FindLastBackslashMB(path);
-  const std::size_t folder = last == std::string::npos ? 0 : last + 1;
+  const std::size_t folder = FindLastBackslashMB(path) + 1;  // npos + 1 is 0
   baseText_ = path.substr(0, folder);
   climb_.clear();
-  folderUrl_.clear();
   if (rules_ == LinkRules::Classic) return;
   // A page below the root climbs to the root; any other one to the top of its drive.
   const bool below = path.substr(0, siteRoot_.size()) == siteRoot_;
-  if (below && live_.isBelowRoot() && siteRoot_ == liveFolder_) {
-    folderUrl_ = live_.url();
-    AppendFolders(path.substr(siteRoot_.size(), folder - siteRoot_.size()), folderUrl_);
-  }
   std::size_t top = below ? siteRoot_.size() : 0;
   for (std::size_t i = top; i < folder; ++i) {
     i = FindMB(path, i, [](char c) { return c == '\\'; });
     climb_.push_back(i + 1);
   }
   if (below) climb_.insert(climb_.begin(), top);
+  SetFolderUrl();
+}
+
+// Follows from the base text.
+void TargetResolver::SetFolderUrl() {
+  folderUrl_.clear();
+  const bool below = baseText_.starts_with(siteRoot_);
+  if (!below || !live_.isBelowRoot() || siteRoot_ != liveFolder_) return;
+  folderUrl_ = live_.url();
+  AppendFolders(std::string_view(baseText_).substr(siteRoot_.size()), folderUrl_);
 }
 
 void TargetResolver::SetBase(std::string_view baseHref) {
@@ -194,11 +219,24 @@ void TargetResolver::SetBase(std::string_view baseHref) {
   std::string place;
   const TargetKind kind = ResolveWeb(baseHref, place);
   if (kind == TargetKind::kLocal) {
-    SetBaseFile(place);
+    SetBasePlace(place);
   } else if (kind == TargetKind::kExternal) {
     baseText_ = place;
     externalBase_ = std::move(place);
   }
+}
+
+// A place that was just resolved. Its empty segments show in the base text.
+void TargetResolver::SetBasePlace(std::string_view place) {
+  baseFile_ = place;
+  climb_ = folders_;
+  baseText_.clear();
+  for (std::size_t begin = 0; const std::size_t end : climb_) {
+    baseText_.append(end > begin ? place.substr(begin, end - begin) : "\\");
+    begin = end;
+  }
+  externalBase_.clear();
+  SetFolderUrl();
 }
 
 TargetKind TargetResolver::Resolve(std::string_view target, std::string& out) {
@@ -216,16 +254,20 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
   if ((traits & kControlOrSpace) != 0) target = Cleaned(target, clean_);
   const std::string_view scheme = (traits & kColon) != 0 ? SchemeOf(target) : std::string_view();
   if (!scheme.empty()) {
-    return NamesNoPlace(scheme) ? TargetKind::kNone : ResolveUrl(target, out);
+    if (NamesNoPlace(scheme)) return TargetKind::kNone;
+    const std::string_view rest = target.substr(scheme.size() + 1);
+    if (!IsSchemeOfBase(scheme) || BeginsWithHost(rest)) return ResolveUrl(target, out);
+    target = rest;
   }
   if (!externalBase_.empty()) return ResolveJoined(externalBase_, target, out);
-  if (target.size() >= 2 && IsSlash(target[0]) && IsSlash(target[1])) {
+  if (BeginsWithHost(target)) {
     return ResolveUrl(target, out);
   }
   const std::string_view path =
       (traits & kQueryOrFragment) != 0 ? WithoutQueryAndFragment(target) : target;
   if (path.empty()) {
     out = baseFile_;
+    folders_ = climb_;
     return TargetKind::kLocal;
   }
   // Served from a folder, a site can be left by these without a scheme.
@@ -234,6 +276,17 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
     return ResolveJoined(folderUrl_, target, out);
   }
   return ResolveWebPath(path, traits, out);
+}
+
+// Behind the scheme of the base, in URLs of the web, a reference goes on like a relative one. Where
+// nobody said which of the two schemes the pages of the site have, either is theirs.
+bool TargetResolver::IsSchemeOfBase(std::string_view scheme) const {
+  std::string_view ofBase = SchemeOf(externalBase_);
+  if (ofBase.empty() && live_.isSet()) ofBase = SchemeOf(live_.url());
+  if (ofBase.empty()) return EqualsLower(scheme, "http") || EqualsLower(scheme, "https");
+  return IsWebScheme(scheme) && scheme.size() == ofBase.size() &&
+         std::equal(scheme.begin(), scheme.end(), ofBase.begin(),
+                    [](char a, char b) { return AsciiLower(a) == AsciiLower(b); });
 }
 
 // A target that is relative to `base`, a URL.
@@ -256,33 +309,46 @@ TargetKind TargetResolver::ResolveUrl(std::string_view url, std::string& out) {
   return TargetKind::kExternal;
 }
 
-// `traits` are those of the target that the path is of.
+// `traits` are those of the target that the path is of. While it goes on, path_ is the folder that
+// folders_ ends with.
 TargetKind TargetResolver::ResolveWebPath(std::string_view path, unsigned traits,
                                           std::string& out) {
-  const std::vector<std::size_t>& climb = IsSlash(path.front()) ? rootClimb_ : climb_;
-  if (climb.empty()) return TargetKind::kUnresolvable;  // a page without a folder
-  std::size_t depth = climb.size() - 1;
-  path_.assign(IsSlash(path.front()) ? siteRoot_ : baseFile_, 0, climb[depth]);
-  cuts_.clear();
-  for (std::size_t begin = 0; begin < path.size();) {
+  const bool fromRoot = IsSlash(path.front());
+  folders_ = fromRoot ? rootClimb_ : climb_;
+  if (folders_.empty()) return TargetKind::kUnresolvable;  // a page without a folder
+  path_.assign(fromRoot ? siteRoot_ : baseFile_, 0, folders_.back());
+  unnamed_ = kNpos;
+  for (std::size_t begin = fromRoot ? 1 : 0; begin < path.size();) {
     const std::size_t end = FindMB(path, begin, IsSlash);
     const std::string_view segment = path.substr(begin, end - begin);
     const int dots = DotsOf(segment);
     begin = end + 1;
-    if (segment.empty() || dots == 1) continue;
-    if (dots == 2 && !cuts_.empty()) {
-      path_.resize(cuts_.back());
-      cuts_.pop_back();
-    } else if (dots == 2) {
-      if (depth > 0) path_.resize(climb[--depth]);
-    } else {
-      cuts_.push_back(path_.size());
-      if (!AppendName(segment, traits, path_)) return TargetKind::kUnresolvable;
-      if (end < path.size()) path_.push_back('\\');
+    if (dots == 2) LeaveFolder();
+    if (dots != 0) continue;
+    const bool isNamed = AppendName(segment, traits, path_);
+    if (end < path.size()) {
+      EnterFolder(isNamed);
+    } else if (!isNamed) {
+      return TargetKind::kUnresolvable;
     }
   }
+  if (unnamed_ != kNpos) return TargetKind::kUnresolvable;
   out.swap(path_);
   return TargetKind::kLocal;
+}
+
+// path_ has got one more name, which may be empty.
+void TargetResolver::EnterFolder(bool isNamed) {
+  if (!isNamed && unnamed_ == kNpos) unnamed_ = folders_.size();
+  if (path_.size() > folders_.back()) path_.push_back('\\');
+  folders_.push_back(path_.size());
+}
+
+void TargetResolver::LeaveFolder() {
+  if (folders_.size() == 1) return;  // the root is above itself
+  folders_.pop_back();
+  path_.resize(folders_.back());
+  if (folders_.size() <= unnamed_) unnamed_ = kNpos;
 }
 
 }  // namespace zvrsit

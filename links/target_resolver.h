@@ -20,6 +20,9 @@ enum class TargetKind : std::uint8_t {
   kUnresolvable,  // local, but no file can bear that name
 };
 
+// Whether all pages of one base mean the same by a target. Others may stand for the page itself.
+bool IsTargetOfFolder(std::string_view target);
+
 // The targets of one page or sheet, one after another, under either set of rules. Kept from page
 // to page, it allocates nothing in the long run.
 class TargetResolver {
@@ -43,8 +46,8 @@ class TargetResolver {
   TargetKind Resolve(std::string_view target, std::string& out);
 
   LinkRules rules() const { return rules_; }
-  // What all targets of one folder share: two pages with the same base text resolve a target that
-  // does not begin with "#" or "?" and is not empty to the same place.
+  // What all targets of one base share: two pages with the same base text resolve a target of
+  // which IsTargetOfFolder holds to the same place.
   const std::string& baseText() const { return baseText_; }
 
  private:
@@ -52,7 +55,12 @@ class TargetResolver {
   TargetKind ResolveUrl(std::string_view url, std::string& out);
   TargetKind ResolveJoined(const std::string& base, std::string_view target, std::string& out);
   TargetKind ResolveWebPath(std::string_view path, unsigned traits, std::string& out);
+  bool IsSchemeOfBase(std::string_view scheme) const;
+  void EnterFolder(bool isNamed);
+  void LeaveFolder();
   void SetBaseFile(std::string_view path);
+  void SetBasePlace(std::string_view place);
+  void SetFolderUrl();
 
   LinkRules rules_;
   std::string siteRoot_;  // ends in "\" under Web
@@ -66,12 +74,14 @@ class TargetResolver {
   std::string liveFolder_;
   std::string folderUrl_;  // of baseFile_'s folder, where "/" is not the site folder; else empty
   // Lengths of the folders that `..` may climb to, ascending: the first is the top, the last the
-  // folder of baseFile_.
+  // folder of baseFile_. An empty segment of a BASE is a folder as long as the one around it.
   std::vector<std::size_t> climb_;
   std::vector<std::size_t> rootClimb_;  // the same for "/"
-  std::vector<std::size_t> cuts_;  // scratch: where the segments of the target begin in the path
-  std::string clean_;              // scratch
-  std::string path_;               // scratch
+  // Of the local target resolved last:
+  std::vector<std::size_t> folders_;  // as climb_, and behind them where its file name begins
+  std::size_t unnamed_ = 0;           // folders_.size() at the first name that no file can bear
+  std::string clean_;                 // scratch
+  std::string path_;                  // scratch
 };
 
 }  // namespace zvrsit

@@ -46,6 +46,12 @@ TEST_F(TargetResolverTest, NamesFilesOfTheSite) {
                               {"..\\b.htm", "\\site\\b.htm"},
                               {"x//y///b.htm", "\\site\\docs\\x\\y\\b.htm"},
                               {"x/../y/./b.htm", "\\site\\docs\\y\\b.htm"},
+                              // An empty segment is one that ".." takes away.
+                              {"x//../b.htm", "\\site\\docs\\x\\b.htm"},
+                              {"x//..//../b.htm", "\\site\\docs\\x\\b.htm"},
+                              {"x///../../../b.htm", "\\site\\docs\\b.htm"},
+                              {"/x//..", "\\site\\x\\"},
+                              {"/.//../b.htm", "\\site\\b.htm"},
                               {"x/%2E%2e/.%2e/b.htm", "\\site\\b.htm"},
                               {"x/", "\\site\\docs\\x\\"},
                               {"x/..", "\\site\\docs\\"},
@@ -61,6 +67,12 @@ TEST_F(TargetResolverTest, NamesFilesOfTheSite) {
                               {"a:b/c.htm", "a:b/c.htm"},
                               {"./a:b.htm", "\\site\\docs\\a:b.htm"},
                               {"1:b.htm", "\\site\\docs\\1:b.htm"},
+                              // The scheme of a web page, without a host, says nothing new.
+                              {"http:b.htm#x", "\\site\\docs\\b.htm"},
+                              {"HTTPS:/b.htm", "\\site\\b.htm"},
+                              {"http:..\\b.htm", "\\site\\b.htm"},
+                              {"http:", "\\site\\docs\\a.htm"},
+                              {"https:?q", "\\site\\docs\\a.htm"},
                           });
 }
 
@@ -83,7 +95,10 @@ TEST_F(TargetResolverTest, DecodesAFileNameOnce) {
                            {"%4g", "\\site\\docs\\%4g"},
                            {"a%00b", kNoFile},
                            {"a%2fb", kNoFile},
-                           {"x/a%5Cb", kNoFile}});
+                           {"x/a%5Cb", kNoFile},
+                           {"x/a%2Fb/../../y%00/../b.htm", "\\site\\docs\\b.htm"},
+                           {"a%2Fb/c%5Cd/../e.htm", kNoFile},
+                           {"a%2Fb/..", "\\site\\docs\\"}});
 }
 
 TEST_F(TargetResolverTest, TellsOtherPlacesApart) {
@@ -91,6 +106,8 @@ TEST_F(TargetResolverTest, TellsOtherPlacesApart) {
                            {"\x01 HTTPS://h/x\n", "HTTPS://h/x"},
                            {"//h/x", "//h/x"},
                            {"\\\\h\\x", "\\\\h\\x"},
+                           {"http:\\/h/x", "http:\\/h/x"},
+                           {"ftp:b.htm", "ftp:b.htm"},
                            {"mailto:a@b", "mailto:a@b"},
                            {"c:\\x.htm", "c:\\x.htm"},
                            {"javascript:x()", kNothing},
@@ -106,6 +123,15 @@ TEST_F(TargetResolverTest, FollowsALocalBase) {
                            {"/b.htm", "\\site\\b.htm"},
                            {"#x", "\\site\\other\\page.htm"},
                            {"https://h/", "https://h/"}});
+  // Its empty segments are ones that ".." takes away.
+  const std::string plain = resolver_.baseText();
+  resolver_.SetBase("/other//page.htm");
+  ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"},
+                           {"../b.htm", "\\site\\other\\b.htm"},
+                           {"../../b.htm", "\\site\\b.htm"}});
+  EXPECT_NE(resolver_.baseText(), plain);
+  resolver_.SetBase("/x//.");
+  ExpectPlaces(resolver_, {{"../b.htm", "\\site\\x\\b.htm"}});
   resolver_.BeginPage("\\site\\", "\\site\\a.htm");
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\b.htm"}});
   for (const char* useless : {"javascript:x", "data:,x", "a%00", ""}) resolver_.SetBase(useless);
@@ -124,6 +150,10 @@ TEST_F(TargetResolverTest, JoinsToAnExternalBase) {
                            {"#s", "https://h:8/x/y/z.htm?q#s"},
                            {"//g/x", "https://g/x"},
                            {"ftp://g/x", "ftp://g/x"},
+                           {"HTTPS:b.htm", "https://h:8/x/y/b.htm"},
+                           {"https:#s", "https://h:8/x/y/z.htm?q#s"},
+                           {"http:b.htm", "http:b.htm"},
+                           {"v//../b.htm", "https://h:8/x/y/v/b.htm"},
                            {"javascript:x", kNothing}});
   resolver_.BeginPage("\\site\\", "\\site\\a.htm");
   resolver_.SetBase("//h");
@@ -148,6 +178,10 @@ TEST_F(TargetResolverTest, TakesTheLiveAddressForTheSite) {
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"}});
   resolver_.SetBase("http://elsewhere.org/x/");
   ExpectPlaces(resolver_, {{"//example.org/b.htm", "\\site\\b.htm"}});
+  resolver_.SetBase("https://example.org/other/");
+  ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"},
+                           {"https:c.htm", "\\site\\other\\c.htm"},
+                           {"http:c.htm", "http:c.htm"}});
 }
 
 // A site below the root of its server is left by "/" and by "..", and entered again by its folder.
@@ -167,6 +201,8 @@ TEST_F(TargetResolverTest, TakesTheFolderOfTheLiveAddressForTheSite) {
                            {"../../b.htm", "http://h:8080/%7Eann/b.htm"},
                            {"../../www/b.htm", "\\site\\b.htm"},
                            {"#x", "\\site\\50% #1\\a.htm"}});
+  resolver_.SetBase("x//y.htm");
+  ExpectPlaces(resolver_, {{"../b.htm", "\\site\\50% #1\\x\\b.htm"}});
   // With a document root, "/" is that.
   resolver_.SetLiveUrl("http://h/www/", "\\root\\www\\");
   resolver_.BeginPage("\\root\\", "\\root\\www\\a.htm");
@@ -184,35 +220,43 @@ TEST(LiveAddress, IsAnAbsoluteUrlOfAFolder) {
         "http://me@h/", "http://h/?q", "http://h/#x", "http://:80/", "http://h:x/", "http://h:0/",
         "http://h:70000/", "http://h/x y"}) {
     EXPECT_FALSE(LiveAddress(url).isSet()) << url;
-  }
-}
+    TEST(TargetOfFolder, IsNotTheWayToNameThePageItself) {
+      for (const char* own :
+           {"", "#x", "?q", " b.htm", "http:", "http:#x", "ht\ntp:?q", "http:\n#x"}) {
+        EXPECT_FALSE(IsTargetOfFolder(own)) << own;
+      }
+      for (const char* shared :
+           {"b.htm", "b.htm#x", "/", "http:b.htm", "https://h/?q", "mailto:a"}) {
+        EXPECT_TRUE(IsTargetOfFolder(shared)) << shared;
+      }
+    }
 
-TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
-  const test::CodePageScope shiftJis(932);
-  const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
-  resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
-  EXPECT_EQ(Place(resolver_, name + ".htm"), "\\s\\" + name + "\\" + name + ".htm");
-  EXPECT_EQ(Place(resolver_, "../b.htm"), "\\s\\b.htm");
-  EXPECT_EQ(Place(resolver_, "%95%5C.htm"), "\\s\\" + name + "\\" + name + ".htm");
-  // The same character in UTF-8, as a browser sends it.
-  EXPECT_EQ(Place(resolver_, "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + ".htm");
-  // A lead byte alone would swallow the separator after it.
-  EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
-  EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
-}
+    TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
+      const test::CodePageScope shiftJis(932);
+      const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
+      resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
+      EXPECT_EQ(Place(resolver_, name + ".htm"), "\\s\\" + name + "\\" + name + ".htm");
+      EXPECT_EQ(Place(resolver_, "../b.htm"), "\\s\\b.htm");
+      EXPECT_EQ(Place(resolver_, "%95%5C.htm"), "\\s\\" + name + "\\" + name + ".htm");
+      // The same character in UTF-8, as a browser sends it.
+      EXPECT_EQ(Place(resolver_, "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + ".htm");
+      // A lead byte alone would swallow the separator after it.
+      EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
+      EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
+    }
 
-TEST_F(TargetResolverTest, TakesLinearTime) {
-  std::string climb;
-  std::string deep;
-  for (int i = 0; i < 300000; ++i) {
-    climb += "../";
-    deep += "a/";
-  }
-  EXPECT_EQ(Place(resolver_, deep + climb + "b.htm"), "\\site\\docs\\b.htm");
-  resolver_.SetBase(deep);
-  EXPECT_EQ(Place(resolver_, climb + climb + "b.htm"), "\\site\\b.htm");
-  EXPECT_EQ(Place(resolver_, "b.htm").size(), 11 + 2 * 300000 + 5);
-}
+    TEST_F(TargetResolverTest, TakesLinearTime) {
+      std::string climb;
+      std::string deep;
+      for (int i = 0; i < 300000; ++i) {
+        climb += "../";
+        deep += "a/";
+      }
+      EXPECT_EQ(Place(resolver_, deep + climb + "b.htm"), "\\site\\docs\\b.htm");
+      resolver_.SetBase(deep);
+      EXPECT_EQ(Place(resolver_, climb + climb + "b.htm"), "\\site\\b.htm");
+      EXPECT_EQ(Place(resolver_, "b.htm").size(), 11 + 2 * 300000 + 5);
+    }
 
-}  // namespace
+  }  // namespace
 }  // namespace zvrsit
