@@ -12,8 +12,7 @@
 #include "dom/dom.h"
 #include "dom/mapped_file.h"
 #include "links/ascii.h"
-#include "links/extractor.h"
-#include "util/mb_string.h"
+#include "links/html_values.h"
 
 namespace zvrsit {
 namespace {
@@ -48,13 +47,22 @@ bool HoldsStylesheet(std::string_view rel) {
   }
 }
 
-// A STYLE element of another TYPE holds something that is no style sheet.
-bool IsCss(const Element& style) {
-  const Attribute type = style.attributes().find(Attr::kType);
-  if (!type) return true;
-  std::string value = type.value();
-  ToUpperMB(value);
-  return value.empty() || value == "TEXT/CSS";
+// A STYLE or LINK element of another TYPE has something that is no style sheet.
+bool IsCss(const AttributeList& attributes, bool parameters) {
+  const Attribute type = attributes.find(Attr::kType);
+  return !type || IsCssType(type.value(), parameters);
+}
+
+// The attributes of SVG elements that are the properties of their names and may hold addresses.
+constexpr std::string_view kPresentationAttributes[] = {"clip-path",    "cursor",     "fill",
+                                                        "filter",       "marker-end", "marker-mid",
+                                                        "marker-start", "mask",       "stroke"};
+
+std::string_view PresentedProperty(std::string_view attribute) {
+  for (const std::string_view property : kPresentationAttributes) {
+    if (EqualsLower(attribute, property)) return property;
+  }
+  return {};
 }
 
 bool HoldsCharacterReference(std::string_view html) {
@@ -150,48 +158,75 @@ std::vector<CssNode> CCSSControl::ReadSheet(const std::string& path) {
         isInFile ? reference.offset + static_cast<int>(text.data() - file.top()) : -1;
   }
   BeginFile(path);
-  AddReferences(references);
+  std::vector<CssNode> references;
+  for (const CssReference& reference : found_) {
+    AddNode(reference.text, reference.offset, TypeOf(reference.kind), references);
+  }
   EndSiblings(references);
   return references;
 }
 
 void CCSSControl::BeginFile(const std::string& path) {
   resolver_.BeginFile(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
+  base_ = kPageItself;
+}
+
+void CCSSControl::TurnToBase(std::int32_t base) {
+  if (base == base_) return;
+  BeginFile(page_);
+  parts_.ForEachBase(base, [this](const std::string& href) { resolver_.SetBase(href); });
+  base_ = base;
 }
 
 void CCSSControl::CollectPage(const std::string& path, const Document& document,
                               CCSSFileTree& tree) {
   tree.roots_.push_back(RootNode(path));
+  page_ = path;
   BeginFile(path);
-  if (resolver_.rules() == LinkRules::Web) {
-    const std::string base = FirstBaseHref(document);
-    if (!base.empty()) resolver_.SetBase(base);
-  }
-  AddLinks(document, tree);
-  found_.clear();
-  FindInStyles(document);
-  FindInStyleAttributes(document);
-  AddReferences(tree.ofThePage_);
+  parts_.Read(document, resolver_.rules());
+  for (const PagePart& part : parts_.parts()) CollectPart(part, tree);
+  parts_.Clear();
   EndSiblings(tree.ofThePage_);
   EndSiblings(tree.roots_);
 }
 
+void CCSSControl::CollectPart(const PagePart& part, CCSSFileTree& tree) {
+  AddLinks(part, tree);
+  found_.clear();
+  FindInStyles(*part.document);
+  FindInStyleAttributes(*part.document);
+  AddPageReferences(part, true, tree.ofThePage_);
+  if (resolver_.rules() == LinkRules::Classic) return;
+  found_.clear();
+  FindInPresentationAttributes(*part.document);
+  AddPageReferences(part, false, tree.ofThePage_);
+}
+
+// Whether an element is one of the page by the rules at hand.
+bool CCSSControl::Counts(const Element& element) const {
+  return resolver_.rules() == LinkRules::Web || !element.inShadow();
+}
+
 // A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
 // ordinary link of the page, but the sheet is read all the same.
-void CCSSControl::AddLinks(const Document& document, CCSSFileTree& tree) {
-  const std::span<const std::uint32_t> links = document.elementsOf(Tag::kLink);
+void CCSSControl::AddLinks(const PagePart& part, CCSSFileTree& tree) {
+  const bool isWeb = resolver_.rules() == LinkRules::Web;
+  const std::span<const std::uint32_t> links = part.document->elementsOf(Tag::kLink);
   tree.ofThePage_.reserve(std::min(links.size(), kUsualLinks));
   for (const std::uint32_t index : links) {
-    const AttributeList attributes = document.element(index).attributes();
+    const Element element = part.document->element(index);
+    const AttributeList attributes = element.attributes();
     const Attribute rel = attributes.find(Attr::kRel);
     const Attribute href = attributes.find(Attr::kHref);
-    if (!rel || !href) continue;
+    if (!rel || !href || !Counts(element)) continue;
     rel_.clear();
     rel.appendValue(rel_);
     const bool isStyleLink = EqualsLower(rel_, kStylesheet);
     if (!isStyleLink && !HoldsStylesheet(rel_)) continue;
+    if (isWeb && !IsCss(attributes, true)) continue;
     std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage_ : tree.roots_;
-    const int offset = static_cast<int>(href.valueOffset());
+    const auto offset = static_cast<int>(part.OffsetInPage(href.valueOffset()));
+    TurnToBase(part.BaseAt(href.valueOffset()));
     href_.clear();
     href.appendValue(href_);
     const bool isAdded = AddNode(href_, offset, Type_Link, nodes);
@@ -200,44 +235,95 @@ void CCSSControl::AddLinks(const Document& document, CCSSFileTree& tree) {
 }
 
 void CCSSControl::FindInStyles(const Document& document) {
-  for (const Tag tag : {Tag::kStyle, Tag::kSvgStyle}) {
-    for (const std::uint32_t index : document.elementsOf(tag)) {
-      const Element style = document.element(index);
-      const Text text = style.firstChild().asText();
-      if (!text || !IsCss(style)) continue;
-      const bool isDecoded = tag == Tag::kStyle || !HoldsCharacterReference(text.rawData());
-      const std::string decoded = isDecoded ? std::string() : text.data(true);
-      FindInPage(document, text.rawData(), isDecoded ? text.rawData() : decoded, CssSource::kSheet);
-    }
+  for (const std::uint32_t index : document.elementsOf(Tag::kStyle)) {
+    const Element style = document.element(index);
+    const Text text = style.firstChild().asText();
+    if (!text || !Counts(style) || !IsCss(style.attributes(), false)) continue;
+    FindInPage(document, text.rawData(), text.rawData(), CssSource::kSheet);
+  }
+  for (const std::uint32_t index : document.elementsOf(Tag::kSvgStyle)) {
+    const Element style = document.element(index);
+    if (Counts(style) && IsCss(style.attributes(), false)) FindInSvgStyle(document, style);
   }
 }
 
+// There markup is markup: the sheet is made of texts and CDATA sections, without the comments.
+void CCSSControl::FindInSvgStyle(const Document& document, const Element& style) {
+  const std::vector<Text> texts = style.leadingTexts();
+  if (texts.empty()) return;
+  const std::string_view first = texts.front().rawData();
+  if (texts.size() == 1 && !HoldsCharacterReference(first)) {
+    FindInPage(document, first, first, CssSource::kSheet);
+    return;
+  }
+  std::string sheet;
+  for (const Text& text : texts) sheet += text.data(true);
+  FindInPage(document, first, sheet, CssSource::kSheet);
+}
+
 void CCSSControl::FindInStyleAttributes(const Document& document) {
+  bool hasBody = false;
   for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
-    const std::string_view raw = style.attribute.rawValue();
-    const bool isDecoded = !HoldsCharacterReference(raw);
-    if (isDecoded && raw.find('(') == std::string_view::npos) continue;  // holds no address
-    const std::string decoded = isDecoded ? std::string() : style.attribute.value();
-    FindInPage(document, raw, isDecoded ? raw : decoded, CssSource::kDeclarations);
+    if (!Counts(style.element)) continue;
+    if (resolver_.rules() == LinkRules::Web && style.element.tag() == Tag::kBody) {
+      // A browser gives the attributes of a second BODY to the first, where that lacks them.
+      if (hasBody) continue;
+      hasBody = true;
+    }
+    FindInAttribute(document, style.attribute, {});
+  }
+}
+
+// Of a style attribute, or of one that is the value of a property.
+void CCSSControl::FindInAttribute(const Document& document, const Attribute& attribute,
+                                  std::string_view property) {
+  const std::string_view raw = attribute.rawValue();
+  const bool isDecoded = !HoldsCharacterReference(raw);
+  if (isDecoded && raw.find('(') == std::string_view::npos) return;  // holds no address
+  const std::string decoded = isDecoded ? std::string() : attribute.value();
+  FindInPage(document, raw, isDecoded ? raw : decoded, CssSource::kDeclarations, property);
+}
+
+void CCSSControl::FindInPresentationAttributes(const Document& document) {
+  if (document.elementsOf(Tag::kSvg).empty()) return;
+  for (std::uint32_t index = 0; index < document.elementCount(); ++index) {
+    const Element element = document.element(index);
+    if (element.isHtml() || element.inTemplate()) continue;
+    const AttributeList attributes = element.attributes();
+    for (std::size_t i = 0; i < attributes.size(); ++i) {
+      const Attribute attribute = attributes.item(i);
+      if (attribute.attr() != Attr::kOther) continue;
+      const std::string_view property = PresentedProperty(attribute.name());
+      if (!property.empty()) FindInAttribute(document, attribute, property);
+    }
   }
 }
 
 // `raw` is a part of the document's text, and `decoded` what it stands for, or the same. Offsets
 // in decoded text would be off, so there the whole part is where its references stand.
 void CCSSControl::FindInPage(const Document& document, std::string_view raw,
-                             std::string_view decoded, CssSource source) {
+                             std::string_view decoded, CssSource source,
+                             std::string_view property) {
   const auto start = static_cast<std::int32_t>(raw.data() - document.text().data());
   const bool isExact = decoded.data() == raw.data();
   const size_t first = found_.size();
-  CollectCssReferences(decoded, source, found_);
+  if (property.empty()) {
+    CollectCssReferences(decoded, source, found_);
+  } else {
+    CollectCssReferencesOfValue(decoded, property, found_);
+  }
   for (size_t i = first; i < found_.size(); ++i) {
     found_[i].offset = isExact ? start + found_[i].offset : start;
   }
 }
 
-void CCSSControl::AddReferences(std::vector<CssNode>& nodes) {
+void CCSSControl::AddPageReferences(const PagePart& part, bool atOnce,
+                                    std::vector<CssNode>& nodes) {
   for (const CssReference& reference : found_) {
-    AddNode(reference.text, reference.offset, TypeOf(reference.kind), nodes);
+    const auto place = static_cast<std::uint32_t>(reference.offset);
+    TurnToBase(atOnce ? part.BaseAt(place) : part.base);
+    const auto offset = static_cast<int>(part.OffsetInPage(place));
+    AddNode(reference.text, offset, TypeOf(reference.kind), nodes);
   }
 }
 

@@ -9,12 +9,15 @@
 #include "css/css_file_tree.h"
 #include "css/reference_resolver.h"
 #include "links/link_rules.h"
+#include "links/page_parts.h"
 #include "platform/api.h"
 
 namespace zvrsit {
 
+class Attribute;
 class DOM;
 class Document;
+class Element;
 struct CssNode;
 enum class CssSource : std::uint8_t;
 struct CssReference;
@@ -67,16 +70,25 @@ class ZVRSIT_API CCSSControl {
   std::vector<CssNode> ReadSheet(const std::string& path);
 
   void CollectPage(const std::string& path, const Document& document, CCSSFileTree& tree);
-  void AddLinks(const Document& document, CCSSFileTree& tree);
+  void CollectPart(const PagePart& part, CCSSFileTree& tree);
+  void AddLinks(const PagePart& part, CCSSFileTree& tree);
+  bool Counts(const Element& element) const;
   // All append to found_.
   void FindInStyles(const Document& document);
+  void FindInSvgStyle(const Document& document, const Element& style);
   void FindInStyleAttributes(const Document& document);
+  void FindInPresentationAttributes(const Document& document);
+  void FindInAttribute(const Document& document, const Attribute& attribute,
+                       std::string_view property);
   void FindInPage(const Document& document, std::string_view raw, std::string_view decoded,
-                  CssSource source);
+                  CssSource source, std::string_view property = {});
 
   // References are taken from the file at `path` from here on.
   void BeginFile(const std::string& path);
-  void AddReferences(std::vector<CssNode>& nodes);  // of found_
+  // The same for the page at hand and one of its bases.
+  void TurnToBase(std::int32_t base);
+  // Those of found_, in a part of the page. `atOnce`: a BASE behind them does not count.
+  void AddPageReferences(const PagePart& part, bool atOnce, std::vector<CssNode>& nodes);
   bool AddNode(std::string_view declared, int offset, int type, std::vector<CssNode>& nodes);
   bool IsReadable(const std::string& path) const;
 
@@ -86,6 +98,9 @@ class ZVRSIT_API CCSSControl {
   std::string slot3_;
   std::string documentRoot_;
   ReferenceResolver resolver_;
+  std::string page_;  // whose parts_ are being read
+  PageParts parts_;
+  std::int32_t base_ = kPageItself;  // of parts_, which references are taken from now
   std::vector<CssReference> found_;  // scratch
   std::string rel_;                  // scratch
   std::string href_;                 // scratch

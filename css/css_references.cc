@@ -105,6 +105,19 @@ class Collector {
     if (statement_ == Statement::kImport) EndImport();
   }
 
+  void RunValue(std::string_view property) {
+    BeginStatement();
+    BeginValue(property);
+    for (CssToken token = tokens_.Next(); token.type != Type::kEnd; token = tokens_.Next()) {
+      if (AtStatementLevel() && token.type == Type::kSemicolon) {
+        found_.resize(firstReference_);
+        return;
+      }
+      TakeAddress(token);
+      Nest(token);
+    }
+  }
+
  private:
   enum class Statement : std::uint8_t {
     kNone,         // between two statements
@@ -134,8 +147,10 @@ class Collector {
   void Begin(const CssToken& token) {
     switch (token.type) {
       case Type::kWhitespace:
-      case Type::kSemicolon:
         return;
+      case Type::kSemicolon:
+        if (InBlock()) return;
+        break;  // outside of a block it begins the prelude of a rule
       case Type::kCdo:
       case Type::kCdc:
         if (!InBlock()) return;
@@ -225,13 +240,16 @@ class Collector {
   void LookForProperty(const CssToken& token) {
     if (hasProperty_ || !AtStatementLevel()) return;
     if (token.type == Type::kColon) {
-      const std::string name = LowerCaseValue(candidate_);
-      hasProperty_ = true;
-      isCustom_ = IsCustomProperty(name);
-      if (IsAmong(kImageProperties, WithoutPrefix(name))) kind_ = CssReferenceKind::kImage;
+      BeginValue(LowerCaseValue(candidate_));
     } else if (token.type != Type::kWhitespace) {
       candidate_ = token.type == Type::kIdent ? token.value : std::string_view();
     }
+  }
+
+  void BeginValue(std::string_view property) {
+    hasProperty_ = true;
+    isCustom_ = IsCustomProperty(property);
+    if (IsAmong(kImageProperties, WithoutPrefix(property))) kind_ = CssReferenceKind::kImage;
   }
 
   void TakeAddress(const CssToken& token) {
@@ -336,6 +354,11 @@ class Collector {
 void CollectCssReferences(std::string_view text, CssSource source,
                           std::vector<CssReference>& found) {
   Collector(text, source, found).Run();
+}
+
+void CollectCssReferencesOfValue(std::string_view value, std::string_view property,
+                                 std::vector<CssReference>& found) {
+  Collector(value, CssSource::kDeclarations, found).RunValue(property);
 }
 
 }  // namespace zvrsit

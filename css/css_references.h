@@ -34,5 +34,9 @@ enum class CssSource : std::uint8_t {
 // `text` is in the code page; linear in its length, without recursion.
 void CollectCssReferences(std::string_view text, CssSource source,
                           std::vector<CssReference>& found);
+// The same for the value of one property, as an attribute of SVG has it; `property` is in lower
+// case. A value that is none, for it holds a ";", refers to nothing.
+void CollectCssReferencesOfValue(std::string_view value, std::string_view property,
+                                 std::vector<CssReference>& found);
 
 }  // namespace zvrsit

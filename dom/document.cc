@@ -26,6 +26,36 @@ bool EqualNoCase(std::string_view a, std::string_view b) {
                     [&](char x, char y) { return lower(x) == lower(y); });
 }
 
+// A sink that takes texts up to the first tag. Their places are those in `source`.
+class TextSink {
+ public:
+  TextSink(const char* source, std::string_view text) : source_(source), text_(text) {}
+
+  void Characters(const char* begin, const char* end, TextKind kind) {
+    const auto offset = static_cast<std::size_t>(begin - source_);
+    if (!ended_)
+      texts.emplace_back(text_.substr(offset, static_cast<std::size_t>(end - begin)), kind);
+  }
+  void Attribute(const AttributeSlices&) {}
+  ContentModel StartTag(const TagSlices&) {
+    ended_ = true;
+    return ContentModel::kPlainText;
+  }
+  void AbandonTag() {}
+  bool WantsEndTags() { return true; }
+  void EndTag(const TagSlices&) { ended_ = true; }
+  void Comment(const char*, const char*) {}
+  void Doctype(const DoctypeToken&) {}
+  bool InForeignContent() { return true; }
+
+  std::vector<Text> texts;
+
+ private:
+  const char* source_;
+  std::string_view text_;
+  bool ended_ = false;
+};
+
 }  // namespace
 
 // Attribute, AttributeList, Text.
@@ -82,6 +112,10 @@ std::string_view Element::name() const {
 
 Node Element::firstChild() const {
   return document_->FirstChild(index_);
+}
+
+std::vector<Text> Element::leadingTexts() const {
+  return document_->LeadingTexts(index_);
 }
 
 Element NodeIterator::next() {
@@ -183,6 +217,16 @@ Node Document::FirstChild(std::uint32_t index) const {
     text = TextAt(element.end, foreign);
   }
   return text ? Node(text) : Node();
+}
+
+std::vector<Text> Document::LeadingTexts(std::uint32_t index) const {
+  const ElementRecord& element = elements_[index];
+  if ((element.flags & ElementRecord::kSelfClosing) != 0) return {};
+  TextSink sink(source(), text());
+  // Up to the next element, so that a page is read once however many of these it has.
+  const std::size_t length = elements_[index + 1].offset - element.end;
+  HtmlTokenizer<TextSink>(source() + element.end, length, sink).Run();
+  return std::move(sink.texts);
 }
 
 Text Document::RawTextOf(std::uint32_t index) const {

@@ -2,7 +2,11 @@
 //
 // There is no tree. Every start tag is one element, in document order; nothing is repaired, moved
 // or implied. What a browser's tree decides beyond that and matters here is kept with the element:
-// whether it lies in SVG or MathML, and whether in the content of a TEMPLATE.
+// whether it lies in SVG or MathML, whether in the content of a TEMPLATE, and whether a browser
+// passes over it.
+//
+// A TEMPLATE whose SHADOWROOTMODE is "open" or "closed" declares a shadow root: its content is a
+// part of the page, and is told apart for those who want none of it.
 //
 // The handles (Element, Attribute, AttributeList, Node, Text, NodeIterator) are small values that
 // point into their Document. They are good until its next createNodes() or its deletion.
@@ -46,6 +50,8 @@ struct ElementRecord {
   static constexpr std::uint16_t kForeign = 1;
   static constexpr std::uint16_t kInTemplate = 2;
   static constexpr std::uint16_t kSelfClosing = 4;
+  static constexpr std::uint16_t kInShadow = 8;
+  static constexpr std::uint16_t kIgnored = 16;
 };
 
 class ZVRSIT_API Attribute {
@@ -137,7 +143,12 @@ class ZVRSIT_API Element {
   Tag tag() const { return record().tag; }
   std::string_view name() const;  // as written
   bool isHtml() const { return (record().flags & ElementRecord::kForeign) == 0; }
+  // In the content of a TEMPLATE that declares no shadow root, be it at one remove.
   bool inTemplate() const { return (record().flags & ElementRecord::kInTemplate) != 0; }
+  // In a shadow root that the page declares.
+  bool inShadow() const { return (record().flags & ElementRecord::kInShadow) != 0; }
+  // A FORM within a FORM: a browser has no such element.
+  bool isIgnored() const { return (record().flags & ElementRecord::kIgnored) != 0; }
   inline AttributeList attributes() const;
   std::uint32_t offset() const { return record().offset; }  // of its "<" in the text
   std::uint32_t index() const { return index_; }            // counts all elements of the document
@@ -145,6 +156,9 @@ class ZVRSIT_API Element {
   // What follows the start tag directly: a text, an element, or an empty Node when the element ends
   // there, cannot have content, or goes on with a comment.
   class Node firstChild() const;
+  // The texts at the beginning of an SVG or MathML element, comments between them left out, up to
+  // its end or the first element in it.
+  std::vector<Text> leadingTexts() const;
 
  private:
   inline const ElementRecord& record() const;
@@ -259,6 +273,7 @@ class ZVRSIT_API Document {
   Node FirstChild(std::uint32_t index) const;
   Text RawTextOf(std::uint32_t index) const;
   Text TextAt(std::uint32_t offset, bool foreign) const;
+  std::vector<Text> LeadingTexts(std::uint32_t index) const;
   // What is searched for markup: the text, in a double-byte code page with masked trail bytes.
   const char* source() const { return maskedText_.empty() ? text_ : maskedText_.data(); }
   const char* sourceEnd() const { return source() + length_; }

@@ -15,6 +15,15 @@ bool NamesHtml(const Attribute& encoding) {
          (value.size() == 21 && BeginsWithNoCase(value.data(), end, "application/xhtml+xml"));
 }
 
+// Whether a TEMPLATE declares a shadow root.
+bool DeclaresShadow(const Attribute& mode) {
+  if (!mode) return false;
+  const std::string value = mode.value();
+  const char* end = value.data() + value.size();
+  return (value.size() == 4 && BeginsWithNoCase(value.data(), end, "open")) ||
+         (value.size() == 6 && BeginsWithNoCase(value.data(), end, "closed"));
+}
+
 // What pages have on average; a list that grows while it is filled is copied.
 constexpr std::size_t kBytesAnElement = 48;
 constexpr std::size_t kBytesAReference = 192;
@@ -44,16 +53,23 @@ void DocumentBuilder::Build() {
 
 ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
   const AttributeList attributes(&document_, std::span(document_.attributes_).subspan(committed_));
-  ForeignContent::StartTag start{NameOf(slices), slices.selfClosing, false, false};
+  ForeignContent::StartTag start{NameOf(slices), slices.selfClosing, false, false, false};
   if (tag == Tag::kFont) {
     start.breaksOutFont = attributes.getNamedItem("color") || attributes.getNamedItem("face") ||
                           attributes.getNamedItem("size");
+  } else if (tag == Tag::kTemplate) {
+    start.declaresShadow = DeclaresShadow(attributes.find(Attr::kShadowrootmode));
   } else if (BeginsWithNoCase(slices.name, slices.nameEnd, "annotation-xml")) {
     start.htmlAnnotation = NamesHtml(attributes.find(Attr::kEncoding));
   }
   const ForeignContent::Placed placed = foreign_.Start(start);
   std::uint16_t flags = 0;
   if (placed.foreign) flags |= ElementRecord::kForeign;
+  if (placed.inShadow) flags |= ElementRecord::kInShadow;
+  if (placed.tag == Tag::kForm && !foreign_.InTemplate() && !foreign_.InShadow()) {
+    if (formIsOpen_) flags |= ElementRecord::kIgnored;
+    formIsOpen_ = true;
+  }
   if (placed.inTemplate) {
     flags |= ElementRecord::kInTemplate;
   } else {

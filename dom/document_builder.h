@@ -54,7 +54,7 @@ class DocumentBuilder {
         kIsOrdinary[static_cast<std::size_t>(tag)]) {
       return ContentModel::kData;
     }
-    if (!foreign_.Idle() || ForeignContent::kEntryTags.contains(tag)) {
+    if (!foreign_.Idle() || kPlacedTags.contains(tag)) {
       // A copy by parts leaves the slices of all other tags in registers.
       return Place({slices.begin, slices.end, slices.name, slices.nameEnd, slices.selfClosing,
                     slices.endsRawText},
@@ -65,10 +65,15 @@ class DocumentBuilder {
     return ContentModelOf(tag);
   }
 
-  bool WantsEndTags() const { return !foreign_.Idle(); }
+  bool WantsEndTags() const { return formIsOpen_ || !foreign_.Idle(); }
   void EndTag(const TagSlices& slices) {
-    if (foreign_.Idle() || slices.endsRawText) return;
-    foreign_.End(NameOf(slices));
+    if (!WantsEndTags() || slices.endsRawText) return;
+    const NameKey name = NameOf(slices);
+    if (formIsOpen_ && HtmlTagOf(name) == Tag::kForm) {
+      formIsOpen_ = foreign_.InTemplate() || foreign_.InShadow();
+    }
+    if (foreign_.Idle()) return;
+    foreign_.End(name);
     ChooseLeftOut();
   }
 
@@ -76,13 +81,15 @@ class DocumentBuilder {
   // In DocumentScope::kReferences.
   static constexpr AttrSet kWithoutReference{Attr::kOther, Attr::kClass, Attr::kId, Attr::kTitle};
 
-  // Whether the content of an element is ordinary: text and elements of HTML.
+  // Tags that mean something to what comes behind them.
+  static constexpr TagSet kPlacedTags{Tag::kSvg, Tag::kMath, Tag::kTemplate, Tag::kForm};
+
+  // Whether an element without attributes means nothing to what is in it and behind it.
   static constexpr std::array<bool, kTagCount> kIsOrdinary = [] {
     std::array<bool, kTagCount> isOrdinary{};
     for (std::size_t i = 0; i < kTagCount; ++i) {
       const Tag tag = static_cast<Tag>(i);
-      isOrdinary[i] =
-          ContentModelOf(tag) == ContentModel::kData && !ForeignContent::kEntryTags.contains(tag);
+      isOrdinary[i] = ContentModelOf(tag) == ContentModel::kData && !kPlacedTags.contains(tag);
     }
     return isOrdinary;
   }();
@@ -102,7 +109,7 @@ class DocumentBuilder {
     return MakeNameKey({slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name)});
   }
 
-  // A start tag in SVG, MathML or TEMPLATE, or where one of them begins.
+  // A start tag in SVG, MathML or TEMPLATE, or where one of them or a FORM begins.
   ContentModel Place(const TagSlices& slices, Tag tag);
   void IndexTags();
 
@@ -112,6 +119,7 @@ class DocumentBuilder {
   const AttrSet leftOutOfHtml_;  // the attributes that are not kept
   AttrSet leftOut_;              // the same where the text is now
   std::uint32_t committed_ = 0;  // attributes of finished start tags
+  bool formIsOpen_ = false;      // another FORM would be ignored
   std::array<std::uint32_t, kTagCount> counts_{};
 };
 

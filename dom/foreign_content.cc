@@ -15,7 +15,7 @@ constexpr TagSet kHtmlOnlyTags{
 }  // namespace
 
 bool ForeignContent::CdataAllowed() const {
-  if (stack_.empty() || stack_.back().kind == Kind::kTemplate) return false;
+  if (stack_.empty() || IsTemplate(stack_.back().kind)) return false;
   return stack_.back().openHtml == 0;
 }
 
@@ -33,10 +33,10 @@ ForeignContent::Placed ForeignContent::Start(const StartTag& start) {
 }
 
 ForeignContent::Placed ForeignContent::StartHtml(Tag tag, const StartTag& start) {
-  const Placed placed{tag, tag == Tag::kSvg || tag == Tag::kMath, InTemplate()};
+  const Placed placed{tag, tag == Tag::kSvg || tag == Tag::kMath, InTemplate(), InShadow()};
   if (tag == Tag::kTemplate) {
-    Push(Kind::kTemplate, tag);
-    ++templates_;
+    Push(start.declaresShadow ? Kind::kShadow : Kind::kTemplate, tag);
+    ++(start.declaresShadow ? shadows_ : templates_);
   } else if (placed.foreign) {
     if (!start.selfClosing) Push(tag == Tag::kSvg ? Kind::kSvg : Kind::kMath, tag);
   } else if (!stack_.empty() && !kVoidTags.contains(tag)) {
@@ -47,7 +47,7 @@ ForeignContent::Placed ForeignContent::StartHtml(Tag tag, const StartTag& start)
 
 ForeignContent::Placed ForeignContent::StartForeign(const StartTag& start) {
   const Tag tag = ForeignTagOf(start.name);
-  const Placed placed{tag, true, InTemplate()};
+  const Placed placed{tag, true, InTemplate(), InShadow()};
   if (start.selfClosing) return placed;
   const bool svg = stack_.back().kind == Kind::kSvg;
   if (tag == Tag::kSvg) {
@@ -100,7 +100,7 @@ void ForeignContent::Push(Kind kind, Tag tag) {
   const auto self = static_cast<std::uint32_t>(stack_.size());
   Entry entry{kind, tag, 0, self, self};
   if (IsForeign(kind)) entry.nearestHtml = stack_.empty() ? kNone : stack_.back().nearestHtml;
-  if (kind != Kind::kTemplate) {
+  if (!IsTemplate(kind)) {
     entry.nearestTemplate = stack_.empty() ? kNone : stack_.back().nearestTemplate;
   }
   stack_.push_back(entry);
@@ -109,6 +109,7 @@ void ForeignContent::Push(Kind kind, Tag tag) {
 void ForeignContent::PopTo(std::size_t size) {
   for (; stack_.size() > size; stack_.pop_back()) {
     if (stack_.back().kind == Kind::kTemplate) --templates_;
+    if (stack_.back().kind == Kind::kShadow) --shadows_;
   }
 }
 

@@ -15,13 +15,14 @@ namespace zvrsit {
 
 class ForeignContent {
  public:
-  void Clear() { stack_.clear(), templates_ = 0; }
+  void Clear() { stack_.clear(), templates_ = shadows_ = 0; }
 
-  // Nothing on the stack: every tag is HTML, and only those of kEntryTags need be told.
+  // Nothing on the stack: every tag is HTML, and only SVG, MATH and TEMPLATE need be told.
   bool Idle() const { return stack_.empty(); }
-  static constexpr TagSet kEntryTags{Tag::kSvg, Tag::kMath, Tag::kTemplate};
 
   bool InTemplate() const { return templates_ > 0; }
+  // Within a template that declares a shadow root.
+  bool InShadow() const { return shadows_ > 0; }
   // Whether a CDATA section is one here: the innermost open element is SVG or MathML.
   bool CdataAllowed() const;
 
@@ -30,11 +31,13 @@ class ForeignContent {
     bool selfClosing = false;
     bool breaksOutFont = false;   // a FONT with COLOR, FACE or SIZE
     bool htmlAnnotation = false;  // an annotation-xml whose ENCODING names HTML
+    bool declaresShadow = false;  // a TEMPLATE whose content is a shadow root
   };
   struct Placed {
     Tag tag;
     bool foreign;
     bool inTemplate;
+    bool inShadow;
   };
 
   // A start tag; where its element lies.
@@ -42,7 +45,7 @@ class ForeignContent {
   void End(const NameKey& name);
 
  private:
-  enum class Kind : std::uint8_t { kSvg, kMath, kIntegrationPoint, kTemplate };
+  enum class Kind : std::uint8_t { kSvg, kMath, kIntegrationPoint, kTemplate, kShadow };
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
   struct Entry {
@@ -50,11 +53,12 @@ class ForeignContent {
     Tag tag;
     std::uint32_t openHtml;         // HTML elements begun in it and not ended
     std::uint32_t nearestHtml;      // the nearest entry whose content is HTML, itself included
-    std::uint32_t nearestTemplate;  // the nearest template, itself included
+    std::uint32_t nearestTemplate;  // the nearest template of either kind, itself included
   };
 
   bool InForeign() const { return !stack_.empty() && IsForeign(stack_.back().kind); }
   static bool IsForeign(Kind kind) { return kind == Kind::kSvg || kind == Kind::kMath; }
+  static bool IsTemplate(Kind kind) { return kind == Kind::kTemplate || kind == Kind::kShadow; }
 
   Placed StartHtml(Tag tag, const StartTag& start);
   Placed StartForeign(const StartTag& start);
@@ -65,7 +69,8 @@ class ForeignContent {
   void LeaveForeign();
 
   std::vector<Entry> stack_;
-  std::uint32_t templates_ = 0;
+  std::uint32_t templates_ = 0;  // on the stack
+  std::uint32_t shadows_ = 0;
 };
 
 }  // namespace zvrsit

@@ -14,10 +14,10 @@ namespace {
 
 void ResolveAll(const PageRows& rows, LinkRules rules) {
   TargetResolver resolver(rules);
-  resolver.BeginPage("\\site\\", "\\site\\sub\\page.htm");
-  if (!rows.baseHref.empty()) resolver.SetBase(rows.baseHref);
   std::string place;
   for (const LinkRow& row : rows.links) {
+    resolver.BeginPage("\\site\\", "\\site\\sub\\page.htm");
+    rows.parts.ForEachBase(row.base, [&](const std::string& href) { resolver.SetBase(href); });
     const TargetKind kind = resolver.Resolve(row.target, place);
     if (kind == TargetKind::kLocal && place.empty()) std::abort();
   }
@@ -78,5 +78,8 @@ std::vector<std::string> FuzzSeeds() {
       "0\xFE\xFF\0<\0a\0 \0h\0r\0e\0f\0=\0x\0>"s,
       "0<link rel=stylesheet href=a.css><link rel='next' href=b.htm><style>a{b:url(c)}</style>"
       "<p style='background:url(&quot;d.gif&quot;)'><plaintext><a href=never.htm>",
+      "0<img src=a.gif><base href=x/><iframe srcdoc='<base href=y/><iframe srcdoc=&quot;&lt;a "
+      "href=b&gt;&quot;>'></iframe><div><template shadowrootmode=open><a href=c ping='d e'>"
+      "</template></div><form action=f><form action=g>",
   };
 }

@@ -23,9 +23,14 @@ enum class Shape : std::uint8_t {
   kCandidates,         // one reference for each image candidate
   kHrefOrXlink,        // SVG: href, else xlink:href
   kUnlessOwnFragment,  // the same, but "#id" refers to a drawing of this page and is none
+  kFirst,              // of the first element that has it (web rules)
+  kUrls,               // one reference for each word
 };
 
 enum class In : std::uint8_t { kBoth, kWeb };
+
+// When a browser resolves the reference: a BASE that comes later counts or does not.
+enum class When : std::uint8_t { kAtOnce, kLater };
 
 struct Reference {
   Tag tag;
@@ -33,42 +38,49 @@ struct Reference {
   std::uint32_t type;
   Shape shape;
   In rules;
+  When when;
 };
 
 // Every reference of a page but the META refresh and, before all of these, A HREF; in the order in
-// which they are registered. That order shows in record numbers.
+// which they are registered. That order shows in record numbers. When they are resolved was seen by
+// trial, with references before a BASE.
 constexpr Reference kReferences[] = {
-    {Tag::kImg, Attr::kSrc, LT_IMG, Shape::kImage, In::kBoth},
-    {Tag::kLink, Attr::kHref, LT_LINK, Shape::kUnlessStyleSheet, In::kBoth},
-    {Tag::kFrame, Attr::kSrc, LT_FRAME, Shape::kPlain, In::kBoth},
-    {Tag::kBody, Attr::kBackground, LT_BODY_BACKGROUND, Shape::kPlain, In::kBoth},
-    {Tag::kTable, Attr::kBackground, LT_TABLE_BACKGROUND, Shape::kPlain, In::kBoth},
-    {Tag::kTr, Attr::kBackground, LT_TR_BACKGROUND, Shape::kPlain, In::kBoth},
-    {Tag::kTd, Attr::kBackground, LT_TD_BACKGROUND, Shape::kPlain, In::kBoth},
-    {Tag::kTh, Attr::kBackground, LT_TH_BACKGROUND, Shape::kPlain, In::kBoth},
-    {Tag::kInput, Attr::kSrc, LT_INPUT, Shape::kWithAlternative, In::kBoth},
-    {Tag::kArea, Attr::kHref, LT_AREA, Shape::kPlain, In::kBoth},
-    {Tag::kScript, Attr::kSrc, LT_SCRIPT, Shape::kPlain, In::kBoth},
-    {Tag::kEmbed, Attr::kSrc, LT_EMBED, Shape::kPlain, In::kBoth},
-    {Tag::kForm, Attr::kAction, LT_FORM, Shape::kPlain, In::kBoth},
-    {Tag::kIframe, Attr::kSrc, LT_IFRAME, Shape::kPlain, In::kWeb},
-    {Tag::kObject, Attr::kData, LT_OBJECT, Shape::kPlain, In::kWeb},
-    {Tag::kVideo, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
-    {Tag::kVideo, Attr::kPoster, LT_MEDIA, Shape::kPlain, In::kWeb},
-    {Tag::kAudio, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
-    {Tag::kSource, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
-    {Tag::kTrack, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb},
-    {Tag::kImg, Attr::kSrcset, LT_SRCSET, Shape::kCandidates, In::kWeb},
-    {Tag::kSource, Attr::kSrcset, LT_SRCSET, Shape::kCandidates, In::kWeb},
-    {Tag::kLink, Attr::kImagesrcset, LT_SRCSET, Shape::kCandidates, In::kWeb},
-    {Tag::kButton, Attr::kFormaction, LT_FORMACTION, Shape::kPlain, In::kWeb},
-    {Tag::kInput, Attr::kFormaction, LT_FORMACTION, Shape::kPlain, In::kWeb},
-    {Tag::kSvgA, Attr::kHref, LT_SVG, Shape::kHrefOrXlink, In::kWeb},
-    {Tag::kUse, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
-    {Tag::kImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
-    {Tag::kFeImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
-    {Tag::kSvgScript, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb},
-    {Tag::kApplet, Attr::kCode, LT_APPLET, Shape::kApplet, In::kBoth},
+    {Tag::kImg, Attr::kSrc, LT_IMG, Shape::kImage, In::kBoth, When::kAtOnce},
+    {Tag::kLink, Attr::kHref, LT_LINK, Shape::kUnlessStyleSheet, In::kBoth, When::kLater},
+    {Tag::kFrame, Attr::kSrc, LT_FRAME, Shape::kPlain, In::kBoth, When::kAtOnce},
+    {Tag::kBody, Attr::kBackground, LT_BODY_BACKGROUND, Shape::kFirst, In::kBoth, When::kLater},
+    {Tag::kTable, Attr::kBackground, LT_TABLE_BACKGROUND, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kTr, Attr::kBackground, LT_TR_BACKGROUND, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kTd, Attr::kBackground, LT_TD_BACKGROUND, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kTh, Attr::kBackground, LT_TH_BACKGROUND, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kInput, Attr::kSrc, LT_INPUT, Shape::kWithAlternative, In::kBoth, When::kAtOnce},
+    {Tag::kArea, Attr::kHref, LT_AREA, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kScript, Attr::kSrc, LT_SCRIPT, Shape::kPlain, In::kBoth, When::kAtOnce},
+    {Tag::kEmbed, Attr::kSrc, LT_EMBED, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kForm, Attr::kAction, LT_FORM, Shape::kPlain, In::kBoth, When::kLater},
+    {Tag::kIframe, Attr::kSrc, LT_IFRAME, Shape::kPlain, In::kWeb, When::kAtOnce},
+    {Tag::kObject, Attr::kData, LT_OBJECT, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kVideo, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb, When::kAtOnce},
+    {Tag::kVideo, Attr::kPoster, LT_MEDIA, Shape::kPlain, In::kWeb, When::kAtOnce},
+    {Tag::kAudio, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb, When::kAtOnce},
+    {Tag::kSource, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kTrack, Attr::kSrc, LT_MEDIA, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kImg, Attr::kSrcset, LT_SRCSET, Shape::kCandidates, In::kWeb, When::kAtOnce},
+    {Tag::kSource, Attr::kSrcset, LT_SRCSET, Shape::kCandidates, In::kWeb, When::kAtOnce},
+    {Tag::kLink, Attr::kImagesrcset, LT_SRCSET, Shape::kCandidates, In::kWeb, When::kAtOnce},
+    {Tag::kButton, Attr::kFormaction, LT_FORMACTION, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kInput, Attr::kFormaction, LT_FORMACTION, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kThead, Attr::kBackground, LT_TABLE_BACKGROUND, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kTbody, Attr::kBackground, LT_TABLE_BACKGROUND, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kTfoot, Attr::kBackground, LT_TABLE_BACKGROUND, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kA, Attr::kPing, LT_FORMACTION, Shape::kUrls, In::kWeb, When::kLater},
+    {Tag::kArea, Attr::kPing, LT_FORMACTION, Shape::kUrls, In::kWeb, When::kLater},
+    {Tag::kSvgA, Attr::kHref, LT_SVG, Shape::kHrefOrXlink, In::kWeb, When::kLater},
+    {Tag::kUse, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
+    {Tag::kImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
+    {Tag::kFeImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
+    {Tag::kSvgScript, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
+    {Tag::kApplet, Attr::kCode, LT_APPLET, Shape::kApplet, In::kBoth, When::kLater},
 };
 
 struct MetaName {
@@ -86,25 +98,37 @@ constexpr MetaName kMetaNames[] = {
     {"refresh", MetaKey::kRefresh},
 };
 
-// One walk over a document, filling the rows.
+// One walk over a page, filling the rows.
 class Extraction {
  public:
-  Extraction(const Document& document, LinkRules rules, PageRows& rows)
-      : document_(document), web_(rules == LinkRules::Web), rows_(rows) {}
+  Extraction(LinkRules rules, PageRows& rows) : web_(rules == LinkRules::Web), rows_(rows) {}
 
   void Run() {
-    if (web_) ReadBase();
+    part_ = &rows_.parts.parts().front();
     ReadTitle();
     ReadMetas();
     MakeRoom();
     ReadAnchors();
-    for (const Reference& reference : kReferences) {
-      if (reference.rules == In::kBoth || web_) ReadReferences(reference);
+    rows_.anchorLinks = rows_.links.size();
+    ReadAllReferences();
+    for (const PagePart& part : rows_.parts.parts()) {
+      if (!part.isInner) continue;
+      part_ = &part;
+      ReadAnchors();
+      ReadAllReferences();
     }
   }
 
  private:
-  Element ElementAt(std::uint32_t index) const { return document_.element(index); }
+  std::span<const std::uint32_t> ElementsOf(Tag tag) const {
+    return part_->document->elementsOf(tag);
+  }
+  Element ElementAt(std::uint32_t index) const { return part_->document->element(index); }
+
+  // Whether an element is one by the rules at hand.
+  bool Counts(const Element& element) const {
+    return web_ ? !element.isIgnored() : !element.inShadow();
+  }
 
   std::string_view ValueOf(const AttributeList& attributes, Attr attr) {
     const Attribute attribute = attributes.find(attr);
@@ -113,24 +137,16 @@ class Extraction {
 
   // Most references are anchors.
   void MakeRoom() {
-    const std::size_t count = document_.elementsOf(Tag::kA).size();
+    const std::size_t count = ElementsOf(Tag::kA).size();
     auto& links = rows_.links;
     if (count > links.capacity()) links.reserve(std::max(count, links.capacity() * 2));
   }
 
-  void ReadBase() {
-    for (const std::uint32_t index : document_.elementsOf(Tag::kBase)) {
-      if (const Attribute href = ElementAt(index).attributes().find(Attr::kHref)) {
-        rows_.baseHref = rows_.Decoded(href);
-        return;
-      }
-    }
-  }
-
   void ReadTitle() {
-    for (const std::uint32_t index : document_.elementsOf(Tag::kTitle)) {
-      const Text text = ElementAt(index).firstChild().asText();
-      if (!text) continue;
+    for (const std::uint32_t index : ElementsOf(Tag::kTitle)) {
+      const Element element = ElementAt(index);
+      const Text text = element.firstChild().asText();
+      if (!text || element.inShadow()) continue;
       std::string_view title = text.rawData();
       if (NeedsDecoding(title)) title = rows_.Keep(text.data(true));
       if (web_) title = CollapseSpaces(title);
@@ -158,8 +174,10 @@ class Extraction {
   }
 
   void ReadMetas() {
-    for (const std::uint32_t index : document_.elementsOf(Tag::kMeta)) {
-      const AttributeList attributes = ElementAt(index).attributes();
+    for (const std::uint32_t index : ElementsOf(Tag::kMeta)) {
+      const Element element = ElementAt(index);
+      if (element.inShadow()) continue;
+      const AttributeList attributes = element.attributes();
       const Attribute content = attributes.find(Attr::kContent);
       const Attribute equiv = attributes.find(Attr::kHttpEquiv);
       const Attribute named = equiv ? equiv : attributes.find(Attr::kName);
@@ -176,36 +194,74 @@ class Extraction {
       if (meta.key == MetaKey::kRefresh && web_) {
         text = isEquiv ? RefreshTarget(text) : std::string_view();
       }
-      if (!text.empty()) rows_.metas.push_back({meta.key, content.valueOffset(), text});
+      const std::uint32_t offset = content.valueOffset();
+      if (!text.empty()) rows_.metas.push_back({meta.key, offset, text, part_->BaseAt(offset)});
     }
   }
 
   void ReadAnchors() {
-    for (const std::uint32_t index : document_.elementsOf(Tag::kA)) {
-      const AttributeList attributes = ElementAt(index).attributes();
-      if (const Attribute href = attributes.find(Attr::kHref)) {
-        Add(LT_ANCHOR, href.valueOffset(), rows_.Decoded(href));
-      }
+    when_ = When::kLater;
+    for (const std::uint32_t index : ElementsOf(Tag::kA)) {
+      const Element element = ElementAt(index);
+      const AttributeList attributes = element.attributes();
+      const Attribute href = attributes.find(Attr::kHref);
+      if (href && Counts(element)) Add(LT_ANCHOR, href.valueOffset(), rows_.Decoded(href));
+      if (part_->isInner || element.inShadow()) continue;
       const std::string_view name = ValueOf(attributes, Attr::kName);
       if (!name.empty()) rows_.anchors.push_back(name);
     }
-    rows_.anchorLinks = rows_.links.size();
+  }
+
+  void ReadAllReferences() {
+    for (const Reference& reference : kReferences) {
+      if (reference.rules == In::kBoth || web_) ReadReferences(reference);
+    }
   }
 
   void ReadReferences(const Reference& reference) {
-    for (const std::uint32_t index : document_.elementsOf(reference.tag)) {
-      const AttributeList attributes = ElementAt(index).attributes();
-      const Attribute value = attributes.find(reference.attr);
+    when_ = reference.when;
+    for (const std::uint32_t index : ElementsOf(reference.tag)) {
+      const Element element = ElementAt(index);
+      const AttributeList attributes = element.attributes();
+      if (!Counts(element) || (web_ && !IsFollowed(reference, attributes))) continue;
+      const Attribute value = ReferenceOf(reference, attributes);
       if (reference.shape == Shape::kApplet) {
         ReadApplet(attributes);
       } else if (value) {
         ReadReference(reference, attributes, value);
-      } else if (reference.shape == Shape::kHrefOrXlink ||
-                 reference.shape == Shape::kUnlessOwnFragment) {
-        const Attribute xlink = attributes.find(Attr::kXlinkHref);
-        if (xlink) ReadReference(reference, attributes, xlink);
+        // A browser gives the attributes of a second BODY to the first, where that lacks them.
+        if (web_ && reference.shape == Shape::kFirst) return;
       }
     }
+  }
+
+  static Attribute ReferenceOf(const Reference& reference, const AttributeList& attributes) {
+    const Attribute value = attributes.find(reference.attr);
+    const bool isSvg =
+        reference.shape == Shape::kHrefOrXlink || reference.shape == Shape::kUnlessOwnFragment;
+    return value || !isSvg ? value : attributes.find(Attr::kXlinkHref);
+  }
+
+  // Whether the element is one whose reference a browser follows.
+  bool IsFollowed(const Reference& reference, const AttributeList& attributes) {
+    switch (reference.tag) {
+      case Tag::kScript:
+      case Tag::kSvgScript:
+        return IsScript(attributes);
+      case Tag::kIframe:
+        return !attributes.find(Attr::kSrcdoc);  // which comes before SRC
+      default:
+        return true;
+    }
+  }
+
+  bool IsScript(const AttributeList& attributes) {
+    if (const Attribute type = attributes.find(Attr::kType)) {
+      const std::string_view value = rows_.Decoded(type);
+      return value.empty() || IsScriptType(value);
+    }
+    const std::string_view language = ValueOf(attributes, Attr::kLanguage);
+    return language.empty() || IsScriptType(std::string("text/").append(language));
   }
 
   void ReadReference(const Reference& reference, const AttributeList& attributes,
@@ -213,6 +269,9 @@ class Extraction {
     switch (reference.shape) {
       case Shape::kCandidates:
         ReadCandidates(reference.type, value);
+        return;
+      case Shape::kUrls:
+        ReadUrls(reference.type, value);
         return;
       case Shape::kImage:
         ReadImage(attributes, value);
@@ -234,7 +293,9 @@ class Extraction {
   }
 
   LinkRow& Add(std::uint32_t type, std::uint32_t offset, std::string_view target) {
-    return rows_.links.emplace_back(LinkRow{type, offset, target, {}, false, false});
+    const std::int32_t base = when_ == When::kLater ? part_->base : part_->BaseAt(offset);
+    return rows_.links.emplace_back(
+        LinkRow{type, part_->OffsetInPage(offset), target, {}, false, false, base});
   }
 
   bool IsStyleSheet(const AttributeList& attributes) {
@@ -257,12 +318,22 @@ class Extraction {
   }
 
   void ReadCandidates(std::uint32_t type, const Attribute& value) {
-    const std::string_view raw = value.rawValue();
-    const std::string_view text = rows_.Decoded(value);
     candidates_.clear();
-    AppendImageCandidates(text, candidates_);
+    AppendImageCandidates(rows_.Decoded(value), candidates_);
+    AddCandidates(type, value);
+  }
+
+  void ReadUrls(std::uint32_t type, const Attribute& value) {
+    candidates_.clear();
+    AppendWords(rows_.Decoded(value), candidates_);
+    AddCandidates(type, value);
+  }
+
+  // One row for each of the candidates, which are parts of the decoded value.
+  void AddCandidates(std::uint32_t type, const Attribute& value) {
+    const std::string_view raw = value.rawValue();
     for (const std::string_view url : candidates_) {
-      const bool isRaw = text.data() == raw.data();
+      const bool isRaw = !NeedsDecoding(raw);
       const std::size_t within = isRaw ? static_cast<std::size_t>(url.data() - raw.data()) : 0;
       Add(type, value.valueOffset() + static_cast<std::uint32_t>(within), url);
     }
@@ -292,7 +363,8 @@ class Extraction {
     return joined.append(file);
   }
 
-  const Document& document_;
+  const PagePart* part_ = nullptr;
+  When when_ = When::kLater;  // of the reference being read
   const bool web_;
   PageRows& rows_;
   std::vector<std::string_view> candidates_;
@@ -336,7 +408,7 @@ PageRows::~PageRows() = default;
 void PageRows::Clear() {
   hasTitle = false;
   title = {};
-  baseHref = {};
+  parts.Clear();
   metas.clear();
   links.clear();
   anchorLinks = 0;
@@ -361,16 +433,8 @@ std::string_view PageRows::Keep(std::string_view text) {
 
 void ExtractPage(const Document& document, LinkRules rules, PageRows& rows) {
   rows.Clear();
-  Extraction(document, rules, rows).Run();
-}
-
-std::string FirstBaseHref(const Document& document) {
-  for (const std::uint32_t index : document.elementsOf(Tag::kBase)) {
-    if (const Attribute href = document.element(index).attributes().find(Attr::kHref)) {
-      return href.value();
-    }
-  }
-  return {};
+  rows.parts.Read(document, rules);
+  Extraction(rules, rows).Run();
 }
 
 }  // namespace zvrsit

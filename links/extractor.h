@@ -11,6 +11,7 @@
 
 #include "links/link_rules.h"
 #include "links/link_type.h"
+#include "links/page_parts.h"
 
 namespace zvrsit {
 
@@ -19,12 +20,14 @@ class Document;
 
 // One reference of the page, in the order in which references are registered.
 struct LinkRow {
-  std::uint32_t type = 0;        // an LT_ code
-  std::uint32_t offset = 0;      // byte offset of the attribute's value in the document's text
-  std::string_view target;       // as written, character references decoded
-  std::string_view alternative;  // ALT; empty when there is none
-  bool withAlternative = false;  // IMG SRC and INPUT SRC: stored with alternative text
-  bool ofSameElement = false;    // goes with the row before it (a map file with its image)
+  std::uint32_t type = 0;           // an LT_ code
+  std::uint32_t offset = 0;         // byte offset of the attribute's value in the document's text;
+                                    // in an inner document, of the SRCDOC
+  std::string_view target;          // as written, character references decoded
+  std::string_view alternative;     // ALT; empty when there is none
+  bool withAlternative = false;     // IMG SRC and INPUT SRC: stored with alternative text
+  bool ofSameElement = false;       // goes with the row before it (a map file with its image)
+  std::int32_t base = kPageItself;  // what the target is taken from
 };
 
 // The META properties that a page record keeps, in its order, and the one that is a link.
@@ -44,6 +47,7 @@ struct MetaRow {
   std::uint32_t offset = 0;  // of the CONTENT value
   // Never empty. For kRefresh the target: the whole CONTENT under Classic, its URL under Web.
   std::string_view content;
+  std::int32_t base = kPageItself;  // of a refresh
 };
 
 // The rows of one page. The views point into the document's text or into memory of this object;
@@ -58,7 +62,7 @@ class PageRows {
 
   bool hasTitle = false;
   std::string_view title;
-  std::string_view baseHref;  // of the first BASE; empty for none. Web only
+  PageParts parts;  // their bases are what the rows number
   std::vector<MetaRow> metas;
   std::vector<LinkRow> links;
   // The first so many of `links` are A HREF; they are registered before the anchor names.
@@ -78,10 +82,8 @@ class PageRows {
 };
 
 // Fills `rows` (cleared first) from `document`. Style sheets (LINK REL=STYLESHEET, STYLE, style
-// attributes) are not among the rows. Content of TEMPLATE does not count.
+// attributes) are not among the rows. Content of TEMPLATE does not count; by the web rules it does
+// where it is a shadow root, and so does that of IFRAME SRCDOC, whose rows come last.
 void ExtractPage(const Document& document, LinkRules rules, PageRows& rows);
-
-// The value of the first BASE with an HREF, decoded; empty for none.
-std::string FirstBaseHref(const Document& document);
 
 }  // namespace zvrsit

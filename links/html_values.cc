@@ -1,6 +1,7 @@
 #include "links/html_values.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "links/ascii.h"
 
@@ -125,7 +126,50 @@ bool TakeUrlKeyword(std::string_view& text) {
   return true;
 }
 
+// What runs as a script, without the "text/" or "application/" in front: the JavaScript MIME types
+// (mimesniff.spec.whatwg.org) of either.
+constexpr std::string_view kTextScripts[] = {"ecmascript",    "javascript",    "javascript1.0",
+                                             "javascript1.1", "javascript1.2", "javascript1.3",
+                                             "javascript1.4", "javascript1.5", "jscript",
+                                             "livescript",    "x-ecmascript",  "x-javascript"};
+constexpr std::string_view kApplicationScripts[] = {"ecmascript", "javascript", "x-ecmascript",
+                                                    "x-javascript"};
+
+template <std::size_t kSize>
+bool IsAmong(const std::string_view (&names)[kSize], std::string_view name) {
+  return std::any_of(std::begin(names), std::end(names),
+                     [name](std::string_view known) { return EqualsLower(name, known); });
+}
+
+std::string_view Trimmed(std::string_view text) {
+  SkipSpaces(text);
+  while (!text.empty() && IsHtmlSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 }  // namespace
+
+void AppendWords(std::string_view list, std::vector<std::string_view>& words) {
+  for (SkipSpaces(list); !list.empty(); SkipSpaces(list)) {
+    words.push_back(TakeWhile(list, [](char c) { return !IsHtmlSpace(c); }));
+  }
+}
+
+bool IsScriptType(std::string_view type) {
+  type = Trimmed(type);
+  const auto slash = type.find('/');
+  if (slash == std::string_view::npos) return EqualsLower(type, "module");
+  const std::string_view kind = type.substr(0, slash);
+  const std::string_view name = type.substr(slash + 1);
+  if (EqualsLower(kind, "text")) return IsAmong(kTextScripts, name);
+  return EqualsLower(kind, "application") && IsAmong(kApplicationScripts, name);
+}
+
+bool IsCssType(std::string_view type, bool parameters) {
+  if (type.empty()) return true;
+  if (parameters) type = Trimmed(type.substr(0, type.find(';')));
+  return EqualsLower(type, "text/css");
+}
 
 void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view>& urls) {
   for (;;) {

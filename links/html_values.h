@@ -1,4 +1,4 @@
-// The two attribute values that have a grammar of their own, after the HTML standard
+// The attribute values that have a grammar of their own, after the HTML standard
 // (html.spec.whatwg.org).
 #pragma once
 
@@ -10,6 +10,17 @@ namespace zvrsit {
 // The URLs of the image candidates of a srcset attribute ("parse a srcset attribute"), in order;
 // candidates with bad descriptors are left out. Appends views of `srcset`.
 void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view>& urls);
+
+// The words of a list that white space separates. Appends views of `list`.
+void AppendWords(std::string_view list, std::vector<std::string_view>& words);
+
+// Whether the TYPE of a SCRIPT, which is not empty, makes it one that runs: JavaScript under one of
+// its names, or a module.
+bool IsScriptType(std::string_view type);
+
+// Whether the TYPE of a style sheet is CSS, or empty. `parameters`: may be followed by some
+// (those of a LINK may, of a STYLE not).
+bool IsCssType(std::string_view type, bool parameters);
 
 // The URL in the CONTENT of a META refresh ("shared declarative refresh steps"): a view of
 // `content`, empty when the page only reloads itself or the text is no refresh at all.

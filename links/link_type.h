@@ -10,7 +10,7 @@ namespace zvrsit {
 
 inline constexpr std::uint32_t LT_META_REFRESH = 0x2;
 inline constexpr std::uint32_t LT_BODY_BACKGROUND = 0x4;
-inline constexpr std::uint32_t LT_TABLE_BACKGROUND = 0x8;
+inline constexpr std::uint32_t LT_TABLE_BACKGROUND = 0x8;  // web rules: of THEAD, TBODY, TFOOT too
 inline constexpr std::uint32_t LT_TR_BACKGROUND = 0x10;
 inline constexpr std::uint32_t LT_TD_BACKGROUND = 0x20;
 inline constexpr std::uint32_t LT_ANCHOR = 0x40;
@@ -39,7 +39,7 @@ inline constexpr std::uint32_t LT_IFRAME = 0x1;
 inline constexpr std::uint32_t LT_OBJECT = 0x80;        // OBJECT DATA
 inline constexpr std::uint32_t LT_MEDIA = 0x80000;      // VIDEO, AUDIO, SOURCE, TRACK SRC; POSTER
 inline constexpr std::uint32_t LT_SRCSET = 0x10000000;  // SRCSET, IMAGESRCSET: one per candidate
-inline constexpr std::uint32_t LT_FORMACTION = 0x20000000;  // of BUTTON and INPUT
+inline constexpr std::uint32_t LT_FORMACTION = 0x20000000;  // of BUTTON and INPUT; PING
 inline constexpr std::uint32_t LT_SVG = 0x40000000;         // href, xlink:href in SVG
 
 // The name of a code as it is written above ("LT_ANCHOR"); "LT_UNKNOWN" for any other number.

@@ -96,17 +96,15 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   document = theDocument;
   // By the classic rules files are the site's below `siteRoot`, on purpose: with a document root
   // that is not the site folder.
+  siteRoot_ = siteRoot;
   siteFolder_ = web_ ? siteFolder : siteRoot;
   PageRows& rows = memo_->rows;
   ExtractPage(*document, web_ ? LinkRules::Web : LinkRules::Classic, rows);
   const std::string* const live = manager->GetLiveUrl();
   if (live != nullptr) memo_->resolver.SetLiveUrl(*live, siteFolder_);
-  memo_->resolver.BeginPage(siteRoot, pagePath);
-  if (!rows.baseHref.empty()) memo_->resolver.SetBase(rows.baseHref);
-  memo_->targets.TurnTo(memo_->resolver.baseText(), siteRoot, linkTable);
+  TurnToBase(rows.parts.parts().front().base);
   linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
   if (linkTable != nullptr) linkTable->ExpectLinks(UrlID(kKindPath, pageId), rows.links.size());
-  self_ = UrlID();
 
   LookAhead();
   if (StoreTitle() < 0 || StoreMetas() < 0) return -1;
@@ -158,6 +156,7 @@ int SiteDOMUtil::StoreMetas() {
       row.type = LT_META_REFRESH;
       row.offset = meta.offset;
       row.target = meta.content;
+      row.base = meta.base;
       if (AddRow(row, {SiteVarRecDB::HashOf(row.target)}) == Outcome::kFailed) return -1;
       continue;
     }
@@ -204,10 +203,21 @@ int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
   return 0;
 }
 
+// Targets are taken from this base from here on. Few pages have more than one.
+void SiteDOMUtil::TurnToBase(std::int32_t base) {
+  TargetResolver& resolver = memo_->resolver;
+  resolver.BeginPage(siteRoot_, pagePath);
+  memo_->rows.parts.ForEachBase(base, [&](const std::string& href) { resolver.SetBase(href); });
+  memo_->targets.TurnTo(resolver.baseText(), siteRoot_, linkTable);
+  self_ = UrlID();
+  base_ = base;
+}
+
 // Registers the target of one reference and adds the link. Most references of a site stand in a
 // page with the same base word by word, and cost one look-up more than their text. `expected` is
 // what to expect of looking for the target among the texts of the link table.
 SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const SiteVarRecDB::Search& expected) {
+  if (row.base != base_) TurnToBase(row.base);
   SiteVarRecDB::Search text;
   if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target, expected);
   const bool takesName = TakesDefaultName(row);

@@ -54,6 +54,7 @@ class SiteDOMUtil {
   int StoreProperty(std::int32_t& word, std::string_view text);
   int StoreAnchors();
   int AddRows(std::size_t begin, std::size_t end);
+  void TurnToBase(std::int32_t base);
   Outcome AddRow(const LinkRow& row, const SiteVarRecDB::Search& expected);
   Outcome AddNewTarget(const LinkRow& row, bool takesName, SiteVarRecDB::Search& text,
                        UrlID& target);
@@ -82,8 +83,10 @@ class SiteDOMUtil {
   std::int32_t pageId = -1;
   SiteVarRecDB* linkTexts_ = nullptr;  // of the link table
   UrlID self_;                         // what a target that is only a fragment names, once known
+  std::int32_t base_ = -1;             // what targets are taken from now
 
   const bool web_;
+  std::string siteRoot_;            // what "/" names
   std::string siteFolder_;          // what AddPath and CheckPath are given
   std::shared_ptr<LinkMemo> memo_;  // the operation's, or one for this page
 };

@@ -89,6 +89,47 @@ TEST_F(CssFileTree, OfAPageHoldsItsLinksStylesAndStyleAttributes) {
             "import css/b.css, image i/2.gif, image i/3.cur, image i/4.gif");
 }
 
+// An SVG style is made of its texts and CDATA sections; comments are no part of it.
+TEST_F(CssFileTree, OfAPageHoldsWhatItsSvgRefersTo) {
+  const std::string html =
+      "<p fill='url(no.svg)'><svg><style>\n<![CDATA[ p{cursor:url(1)} ]]>"
+      "<!-- p{cursor:url(no)} --> p{cursor:url(2&amp;)}</style><style type=x>p{cursor:url(no)}"
+      "</style><style><!-- x -->p{cursor:url(3)}</style><rect FILL='url(a.svg#b)' mask=url(4) "
+      "clip-path='url(&quot;c&quot;)' stroke='url(#no)' filter='url(no);' marker='url(no)'/></svg>";
+  const std::string styles = "image 1, image 2&, image 3";
+  EXPECT_EQ(OfPage(html), styles);
+  Configure(LinkRules::Web);
+  EXPECT_EQ(OfPage(html), styles + ", other a.svg, image 4, other c");
+}
+
+// By the web rules: what a browser was seen to load.
+TEST_F(CssFileTree, OfAPageIsWhatABrowserReads) {
+  Configure(LinkRules::Web);
+  const std::pair<const char*, const char*> cases[] = {
+      {"<link rel=stylesheet type=text/less href=no><link rel=stylesheet type='' href=a>"
+       "<link rel=stylesheet type=' TEXT/css;x=y' href=b>",
+       "link a, link b"},
+      {"<div><template ShadowRootMode=Open><link rel=stylesheet href=a><style>p{cursor:url(b)}"
+       "</style><p style='cursor:url(c)'></template></div><template><div><template "
+       "shadowrootmode=open><p style='cursor:url(no)'>",
+       "link a, image b, image c"},
+      {"<body><body style='cursor:url(a)'><body style='cursor:url(no)'>", "image a"},
+      // What comes before a BASE is not taken from it, but for what is looked at last.
+      {"<link rel=stylesheet href=a><style>@import 'b'</style><p style='cursor:url(c)'>"
+       "<svg><g fill=url(d) /></svg><base href=x/><link rel=stylesheet href=a><p "
+       "style='cursor:url(c)'>",
+       "link a, link x/a, import b, image c, image x/c, other x/d"},
+      {"<base href=x/><iframe srcdoc='<base href=y/><link rel=stylesheet href=a><style>p{cursor:"
+       "url(b)}</style>'></iframe><p style='cursor:url(c)'><iframe srcdoc='<p style=cursor:url(d)>'"
+       "></iframe>",
+       "image x/c, link x/y/a, image x/y/b, image x/d"},
+  };
+  for (const auto& [html, listed] : cases) EXPECT_EQ(OfPage(html), listed) << html;
+  Configure(LinkRules::Classic);
+  EXPECT_EQ(OfPage(cases[1].first), "");
+  EXPECT_EQ(OfPage(cases[4].first), "image c");
+}
+
 TEST_F(CssFileTree, ReferencesKeepHowTheyAreWritten) {
   folder_.write("site/a.css", "p { content: url(a\\ b.png), url(a\\ b.png), url(http://x/y.png) }");
   CCSSFileTree tree = control_.GetFileTreeFromCSS(folder_.path("site/a.css"));

@@ -9,9 +9,7 @@ namespace zvrsit {
 namespace {
 
 // "import a.css, image b.png, other c.woff"
-std::string References(std::string_view text, CssSource source = CssSource::kSheet) {
-  std::vector<CssReference> found;
-  CollectCssReferences(text, source, found);
+std::string Listed(const std::vector<CssReference>& found) {
   std::string listed;
   for (const CssReference& reference : found) {
     constexpr const char* kNames[] = {"import ", "image ", "other "};
@@ -19,6 +17,12 @@ std::string References(std::string_view text, CssSource source = CssSource::kShe
     listed += kNames[static_cast<int>(reference.kind)] + reference.text;
   }
   return listed;
+}
+
+std::string References(std::string_view text, CssSource source = CssSource::kSheet) {
+  std::vector<CssReference> found;
+  CollectCssReferences(text, source, found);
+  return Listed(found);
 }
 
 struct Case {
@@ -46,6 +50,9 @@ TEST(CssReferences, OfSheets) {
       {"@-webkit-keyframes x {} @import url(no);", ""},
       {"@import url(no) { } @import 'a';", "import a"},
       {"} @import 'no'; p { content: url(a) } @import 'no';", "image a"},
+      {";@import 'no';", ""},
+      {"@import 'a';; @import 'no'; p {} q { content: url(b) }", "import a, image b"},
+      {"@layer a;; @import 'no';", ""},
       // Images and others.
       {"p { background: red url(a.png), URL('b.png') } q { behavior: url(c.htc) }",
        "image a.png, image b.png, other c.htc"},
@@ -86,6 +93,23 @@ TEST(CssReferences, OfStyleAttributes) {
   };
   for (const Case& row : cases) {
     EXPECT_EQ(References(row.text, CssSource::kDeclarations), row.references) << row.text;
+  }
+}
+
+TEST(CssReferences, OfValues) {
+  const Case cases[] = {
+      {"url(a.svg#b) red", "other a.svg#b"},
+      {" URL('a') , src(\"b\")", "other a, other b"},
+      {"url(#b)", ""},
+      {"url(no);", ""},
+      {"red; fill: url(no)", ""},
+  };
+  for (const Case& row : cases) {
+    std::vector<CssReference> found;
+    CollectCssReferencesOfValue(row.text, "fill", found);
+    EXPECT_EQ(Listed(found), row.references) << row.text;
+    CollectCssReferencesOfValue("url(c)", "mask", found);
+    EXPECT_EQ(found.back().kind, CssReferenceKind::kImage);
   }
 }
 

@@ -29,13 +29,14 @@ class Extractor : public testing::Test {
 
   static std::string AllOf(const PageRows& rows) {
     std::ostringstream all;
-    all << rows.hasTitle << rows.title << '\n' << rows.baseHref << '\n';
+    all << rows.hasTitle << rows.title << '\n';
+    for (const PageBase& base : rows.parts.bases()) all << base.around << base.href << '\n';
     for (const MetaRow& meta : rows.metas) {
       all << static_cast<int>(meta.key) << ' ' << meta.offset << ' ' << meta.content << '\n';
     }
     for (const LinkRow& row : rows.links) {
       all << row.type << ' ' << row.offset << ' ' << row.target << ' ' << row.alternative << ' '
-          << row.withAlternative << row.ofSameElement << '\n';
+          << row.withAlternative << row.ofSameElement << row.base << '\n';
     }
     all << rows.anchorLinks;
     for (const std::string_view anchor : rows.anchors) all << '\n' << anchor;
@@ -124,7 +125,7 @@ TEST_F(Extractor, CountsNoscriptAndNotTemplateOrComment) {
   EXPECT_EQ(Links("<noscript><img src=n.gif></noscript><template><a href=t.htm></a><base "
                   "href=/t/></template><!-- <a href=c.htm> --><script>'<a href=s.htm>'</script>"),
             "IMG n.gif []\n");
-  EXPECT_TRUE(rows_.baseHref.empty());
+  EXPECT_TRUE(rows_.parts.bases().empty());
 }
 
 TEST_F(Extractor, ReadsTitleAndAnchors) {
@@ -163,8 +164,69 @@ TEST_F(Extractor, TellsWhereAReferenceStands) {
   EXPECT_EQ(rows_.links[0].offset, page.find("x.htm"));
   EXPECT_EQ(rows_.links[1].offset, page.find("a.png"));
   EXPECT_EQ(rows_.links[2].offset, page.find("b.png"));
-  EXPECT_EQ(rows_.baseHref, "d/");
-  EXPECT_EQ(FirstBaseHref(document_), "d/");
+}
+
+// "IMG a.gif" with the bases that the target is taken from behind it, the outermost first.
+TEST_F(Extractor, TellsWhatAReferenceIsTakenFrom) {
+  const auto links = [this](const std::string& html) {
+    std::string lines;
+    for (const LinkRow& row : Extract(html).links) {
+      lines += std::string(LinkTypeName(row.type)).substr(3) + ' ' + std::string(row.target);
+      rows_.parts.ForEachBase(row.base, [&](const std::string& href) { lines += " < " + href; });
+      lines += '\n';
+    }
+    return lines;
+  };
+  EXPECT_EQ(links("<a href=1><img src=2><object data=3></object><base target=t><base href=x/>"
+                  "<base href=no/><a href=4><img src=5>"),
+            "ANCHOR 1 < x/\nANCHOR 4 < x/\nIMG 2\nIMG 5 < x/\nOBJECT 3 < x/\n");
+  EXPECT_EQ(links("<base href=''><base href=no/><a href=1>"), "ANCHOR 1\n");
+  EXPECT_EQ(
+      links("<iframe srcdoc='<a href=1>'></iframe><base href=x/><iframe src=no srcdoc='<base "
+            "href=y/><title>no</title><a name=no href=2><iframe srcdoc=&quot;<img src=3>&quot;"
+            ">'></iframe>"),
+      "ANCHOR 1\nANCHOR 2 < x/ < y/\nIMG 3 < x/ < y/\n");
+  EXPECT_FALSE(rows_.hasTitle);
+  EXPECT_TRUE(rows_.anchors.empty());
+}
+
+// Row by row what a browser was seen to load, or not.
+TEST_F(Extractor, LeavesOutWhatABrowserDoesNotFollow) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"<table><thead background=1><tbody background=2><tfoot background=3></table>",
+       "TABLE_BACKGROUND 1\nTABLE_BACKGROUND 2\nTABLE_BACKGROUND 3\n"},
+      {"<a href=1 ping=' 2\n3 '><area ping='4&amp;'>",
+       "ANCHOR 1\nFORMACTION 2\nFORMACTION 3\nFORMACTION 4&\n"},
+      {"<body><body background=1><body background=no>", "BODY_BACKGROUND 1\n"},
+      {"<form action=1><form action=no></form><form action=2></form><form><form action=no>"
+       "<template><form action=no></template></form></form><form action=3>",
+       "FORM 1\nFORM 2\nFORM 3\n"},
+      {"<form><svg></form></svg><form action=1></form>", "FORM 1\n"},
+      {"<script type=' Text/JScript ' src=1></script><script type='' src=2></script><script "
+       "type=MODULE src=3></script><script language=JavaScript1.2 src=4></script><script language="
+       "'' src=5></script>",
+       "SCRIPT 1\nSCRIPT 2\nSCRIPT 3\nSCRIPT 4\nSCRIPT 5\n"},
+      {"<script type=text/template src=no></script><script language=vbscript src=no></script>"
+       "<script type='text/javascript;x=y' src=no></script><script type=importmap src=no></script>"
+       "<script type=' ' src=no></script><svg><script type=x/y href=no /></svg>",
+       ""},
+      {"<div><template shadowrootmode=open><img src=1><base href=no><a name=no><title>no</title>"
+       "<template><img src=no></template></template><template shadowrootmode=OPEN><img src=2>"
+       "</template></div><template><p><template shadowrootmode=open><img src=no></template>"
+       "</template><template shadowrootmode=x><img src=no></template>",
+       "IMG 1 []\nIMG 2 []\n"},
+  };
+  for (const auto& [html, rows] : cases) {
+    EXPECT_EQ(Links(html), rows) << html;
+    EXPECT_FALSE(rows_.hasTitle);
+    EXPECT_TRUE(rows_.parts.bases().empty());
+    EXPECT_TRUE(rows_.anchors.empty());
+  }
+  EXPECT_EQ(ClassicLinks(cases[1].first), "ANCHOR 1\n");
+  EXPECT_EQ(ClassicLinks(cases[2].first), "BODY_BACKGROUND 1\nBODY_BACKGROUND no\n");
+  EXPECT_EQ(ClassicLinks("<form action=1><form action=2>"), "FORM 1\nFORM 2\n");
+  EXPECT_EQ(ClassicLinks("<script type=x src=1></script>"), "SCRIPT 1\n");
+  EXPECT_EQ(ClassicLinks(cases[7].first), "");
 }
 
 // Decoded values lie in blocks of memory that the next page takes over.

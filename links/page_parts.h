@@ -1,0 +1,78 @@
+// The documents that a page is made of: its own, and by the web rules those in the SRCDOC of its
+// IFRAMEs; and the places that their references are taken from.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "links/link_rules.h"
+
+namespace zvrsit {
+
+class Document;
+class TargetResolver;
+
+// A BASE with an HREF. Its value is taken from another base: a number, or kPageItself.
+struct PageBase {
+  std::string href;  // decoded
+  std::int32_t around;
+};
+inline constexpr std::int32_t kPageItself = -1;
+
+// One document of a page.
+struct PagePart {
+  const Document* document = nullptr;
+  bool isInner = false;
+  std::uint32_t offset = 0;  // of an inner one: where its SRCDOC stands in the page's text
+  // The bases of what stands before its BASE and behind it; the same without one.
+  std::int32_t baseBefore = kPageItself;
+  std::int32_t base = kPageItself;
+  std::uint32_t baseOffset = 0;
+
+  // Where a place in this document is, in the page's text.
+  std::uint32_t OffsetInPage(std::uint32_t place) const { return isInner ? offset : place; }
+  // The base of a reference that a browser follows as soon as it has read it.
+  std::int32_t BaseAt(std::uint32_t place) const { return place < baseOffset ? baseBefore : base; }
+};
+
+// Reused from page to page. Inner documents live until the next.
+class PageParts {
+ public:
+  PageParts();
+  ~PageParts();
+  PageParts(const PageParts&) = delete;
+  PageParts& operator=(const PageParts&) = delete;
+
+  // Takes the parts of `document`, which comes first; by the classic rules it is the only one, and
+  // there are no bases. Documents within documents are followed a few steps deep.
+  void Read(const Document& document, LinkRules rules);
+  void Clear();
+
+  const std::vector<PagePart>& parts() const { return parts_; }
+  const std::vector<PageBase>& bases() const { return bases_; }
+
+  // Calls `set` with the HREF of each BASE that a base is made of, the outermost first.
+  template <class Set>
+  void ForEachBase(std::int32_t base, Set set) const {
+    if (base == kPageItself) return;
+    const PageBase& last = bases_[static_cast<std::size_t>(base)];
+    ForEachBase(last.around, set);
+    set(last.href);
+  }
+
+ private:
+  struct Inner;
+
+  void ReadBase(PagePart& part);
+  void AddInnerParts(std::size_t outer);
+
+  std::vector<PagePart> parts_;
+  std::vector<PageBase> bases_;
+  std::deque<Inner> inner_;
+};
+
+}  // namespace zvrsit
