@@ -220,43 +220,44 @@ TEST(LiveAddress, IsAnAbsoluteUrlOfAFolder) {
         "http://me@h/", "http://h/?q", "http://h/#x", "http://:80/", "http://h:x/", "http://h:0/",
         "http://h:70000/", "http://h/x y"}) {
     EXPECT_FALSE(LiveAddress(url).isSet()) << url;
-    TEST(TargetOfFolder, IsNotTheWayToNameThePageItself) {
-      for (const char* own :
-           {"", "#x", "?q", " b.htm", "http:", "http:#x", "ht\ntp:?q", "http:\n#x"}) {
-        EXPECT_FALSE(IsTargetOfFolder(own)) << own;
-      }
-      for (const char* shared :
-           {"b.htm", "b.htm#x", "/", "http:b.htm", "https://h/?q", "mailto:a"}) {
-        EXPECT_TRUE(IsTargetOfFolder(shared)) << shared;
-      }
-    }
+  }
+}
 
-    TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
-      const test::CodePageScope shiftJis(932);
-      const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
-      resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
-      EXPECT_EQ(Place(resolver_, name + ".htm"), "\\s\\" + name + "\\" + name + ".htm");
-      EXPECT_EQ(Place(resolver_, "../b.htm"), "\\s\\b.htm");
-      EXPECT_EQ(Place(resolver_, "%95%5C.htm"), "\\s\\" + name + "\\" + name + ".htm");
-      // The same character in UTF-8, as a browser sends it.
-      EXPECT_EQ(Place(resolver_, "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + ".htm");
-      // A lead byte alone would swallow the separator after it.
-      EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
-      EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
-    }
+TEST(TargetOfFolder, IsNotTheWayToNameThePageItself) {
+  for (const char* own : {"", "#x", "?q", " b.htm", "http:", "http:#x", "ht\ntp:?q", "http:\n#x"}) {
+    EXPECT_FALSE(IsTargetOfFolder(own)) << own;
+  }
+  for (const char* shared : {"b.htm", "b.htm#x", "/", "http:b.htm", "https://h/?q", "mailto:a"}) {
+    EXPECT_TRUE(IsTargetOfFolder(shared)) << shared;
+  }
+}
 
-    TEST_F(TargetResolverTest, TakesLinearTime) {
-      std::string climb;
-      std::string deep;
-      for (int i = 0; i < 300000; ++i) {
-        climb += "../";
-        deep += "a/";
-      }
-      EXPECT_EQ(Place(resolver_, deep + climb + "b.htm"), "\\site\\docs\\b.htm");
-      resolver_.SetBase(deep);
-      EXPECT_EQ(Place(resolver_, climb + climb + "b.htm"), "\\site\\b.htm");
-      EXPECT_EQ(Place(resolver_, "b.htm").size(), 11 + 2 * 300000 + 5);
-    }
+TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
+  const test::CodePageScope shiftJis(932);
+  const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
+  resolver_.BeginPage("\\s\\", "\\s\\" + name + "\\a.htm");
+  EXPECT_EQ(Place(resolver_, name + ".htm"), "\\s\\" + name + "\\" + name + ".htm");
+  EXPECT_EQ(Place(resolver_, "../b.htm"), "\\s\\b.htm");
+  EXPECT_EQ(Place(resolver_, "%95%5C.htm"), "\\s\\" + name + "\\" + name + ".htm");
+  // The same character in UTF-8, as a browser sends it.
+  EXPECT_EQ(Place(resolver_, "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + ".htm");
+  // A lead byte alone would swallow the separator after it.
+  EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
+  EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
+}
 
-  }  // namespace
+TEST_F(TargetResolverTest, TakesLinearTime) {
+  std::string climb;
+  std::string deep;
+  for (int i = 0; i < 300000; ++i) {
+    climb += "../";
+    deep += "a/";
+  }
+  EXPECT_EQ(Place(resolver_, deep + climb + "b.htm"), "\\site\\docs\\b.htm");
+  resolver_.SetBase(deep);
+  EXPECT_EQ(Place(resolver_, climb + climb + "b.htm"), "\\site\\b.htm");
+  EXPECT_EQ(Place(resolver_, "b.htm").size(), 11 + 2 * 300000 + 5);
+}
+
+}  // namespace
 }  // namespace zvrsit
