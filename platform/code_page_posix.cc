@@ -6,6 +6,7 @@
 #include "platform/charset.h"
 #include "platform/code_page.h"
 #include "platform/iconv_decoder.h"
+#include "platform/pair_decoder.h"
 #include "platform/utf8.h"
 
 namespace zvrsit::platform {
@@ -224,8 +225,8 @@ bool Decode(const Charset& charset, std::string_view bytes, std::string& out) {
     case CharsetKind::kDoubleByte:
     case CharsetKind::kEucJp:
     case CharsetKind::kIso2022Jp:
-      return DecodeByIconv(charset.systemName, charset.kind == CharsetKind::kIso2022Jp, bytes,
-                           [&out](std::u32string_view piece) { AppendCodePoints(out, piece); });
+      return DecodePairs(charset, bytes,
+                         [&out](std::u32string_view piece) { AppendCodePoints(out, piece); });
   }
   return false;
 }
@@ -291,7 +292,7 @@ std::string ToUtf8(std::string_view text) {
   if (IsUtf8()) {
     AppendUtf8Repaired(out, text);
   } else if (HasLeadBytes()) {
-    DecodeByIconv(state.page->systemName, false, text, [&write](std::u32string_view piece) {
+    DecodeByIconv(state.page->systemName, text, [&write](std::u32string_view piece) {
       for (const char32_t c : piece) write(IsBackslashOfPage(c) ? U'\\' : c);
     });
   } else {

@@ -29,9 +29,9 @@ struct Correction {
   char32_t meaning;
 };
 constexpr Correction kCorrections[] = {
-    {"CP932", 0x80, 0x80},       {"GB18030", 0x80, 0x20AC},   {"CP1255", 0xCA, 0x05BA},
-    {"KOI8-U", 0xAE, 0x045E},    {"KOI8-U", 0xBE, 0x040E},    {"MAC-UK", 0xFF, 0x20AC},
-    {"MACINTOSH", 0xC6, 0x2206}, {"MACINTOSH", 0xF0, 0xF8FF},
+    {"CP932", 0x80, 0x80},       {"CP1255", 0xCA, 0x05BA}, {"KOI8-U", 0xAE, 0x045E},
+    {"KOI8-U", 0xBE, 0x040E},    {"MAC-UK", 0xFF, 0x20AC}, {"MACINTOSH", 0xC6, 0x2206},
+    {"MACINTOSH", 0xF0, 0xF8FF},
 };
 
 // What a byte that the system refuses means; U+FFFD for most.
@@ -81,9 +81,9 @@ ByteMeanings AskMeanings(const char* charset) {
 }
 
 // How many bytes at the start of a text that iconv refuses are one malformed part.
-std::size_t MalformedLength(std::string_view rest, bool stateful) {
+std::size_t MalformedLength(std::string_view rest) {
   // Some of the system's decoders have stepped over the malformed character already.
-  if (!stateful && IsAscii(rest[0])) return 0;
+  if (IsAscii(rest[0])) return 0;
   return rest.size() < 2 || IsNoLead(rest[0]) || IsAscii(rest[1]) ? 1 : 2;
 }
 
@@ -104,8 +104,7 @@ const ByteMeanings& MeaningsOf(const char* charset) {
   return known.emplace(charset, AskMeanings(charset)).first->second;
 }
 
-bool DecodeByIconv(const char* charset, bool stateful, std::string_view bytes,
-                   const CodePointSink& sink) {
+bool DecodeByIconv(const char* charset, std::string_view bytes, const CodePointSink& sink) {
   const Iconv descriptor = OpenIconv(kCodePointCharset, charset);
   if (!descriptor) return false;
   std::array<char32_t, kCodePointsAtOnce> codePoints;
@@ -123,7 +122,7 @@ bool DecodeByIconv(const char* charset, bool stateful, std::string_view bytes,
     const char32_t meaning = MeaningOfRefused(charset, bytes[0]);
     sink({&meaning, 1});
     if (error == EINVAL) break;
-    bytes.remove_prefix(meaning != kReplacementCharacter ? 1 : MalformedLength(bytes, stateful));
+    bytes.remove_prefix(meaning != kReplacementCharacter ? 1 : MalformedLength(bytes));
   }
   char* target = reinterpret_cast<char*>(codePoints.data());
   std::size_t targetLeft = sizeof codePoints;

@@ -1,12 +1,13 @@
-// Decoding bytes of a legacy charset to code points through iconv.
+// Decoding bytes to code points through iconv.
 #pragma once
 
 #include <iconv.h>
 
 #include <array>
-#include <functional>
 #include <memory>
 #include <string_view>
+
+#include "platform/pair_decoder.h"
 
 namespace zvrsit::platform {
 
@@ -26,11 +27,9 @@ extern const char* const kCodePointCharset;
 using ByteMeanings = std::array<char32_t, 256>;
 const ByteMeanings& MeaningsOf(const char* charset);
 
-// Decodes text in a double-byte or a stateful charset and hands the code points to `sink`, piece by
-// piece. A malformed part becomes U+FFFD: one byte when an ASCII byte follows or it could begin no
-// character, else two. False when the system does not know the charset.
-using CodePointSink = std::function<void(std::u32string_view)>;
-bool DecodeByIconv(const char* charset, bool stateful, std::string_view bytes,
-                   const CodePointSink& sink);
+// Decodes text in a double-byte code page and hands the code points to `sink`, piece by piece. A
+// malformed part becomes U+FFFD: one byte when an ASCII byte follows or it could begin no
+// character, else two. False when the system does not know the page.
+bool DecodeByIconv(const char* charset, std::string_view bytes, const CodePointSink& sink);
 
 }  // namespace zvrsit::platform

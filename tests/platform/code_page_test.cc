@@ -117,7 +117,7 @@ TEST(Convert, LabelsOfTheWebAreDecoded) {
       {"x-sjis", "\x87\x40", "\u2460"},
       {"EUC-JP", "\xC9\xBD<\x8E\xB1\xAD\xA1\xF3\xFE\x8F\xB0\xA1",
        "\u8868<\uFF71\u2460\u9FA0\u4E02"},
-      {"iso-2022-jp", "\x1B$BI=\x1B(B!\x1B(J\\~\x1B$@\"!\n", "\u8868!\u00A5\u203E\u25C6\n"},
+      {"iso-2022-jp", "\x1B$BI=\x1B(B!\x1B(J\\~\x1B$@\"!\x1B(B\n", "\u8868!\u00A5\u203E\u25C6\n"},
       {"gb2312", "\xD6\xD0\x80", "\u4E2D\u20AC"},
       {"big5", "\xA4\xA4", "\u4E2D"},
       {"ks_c_5601-1987", "\xC7\xD1\x8C\x63", "\uD55C\uB620"},
@@ -137,6 +137,41 @@ TEST(Convert, LabelsOfTheWebAreDecoded) {
   }
 }
 
+#if !defined(_WIN32)
+// FNV-1a over the code points of all pairs from 0x80 on, each between `prefix` and `suffix`. The
+// sums are those of the decoders of a browser.
+std::uint32_t SumOf(const char* label, const std::string& prefix, unsigned first, unsigned last,
+                    unsigned second) {
+  std::uint32_t sum = 0x811C9DC5;
+  const auto add = [&sum](unsigned byte) { sum = (sum ^ byte) * 0x01000193; };
+  for (unsigned lead = first; lead <= last; ++lead) {
+    for (unsigned trail = second; trail <= (second == 0 ? 0xFF : last); ++trail) {
+      const std::string bytes = prefix + static_cast<char>(lead) + static_cast<char>(trail) + '!';
+      std::string out;
+      EXPECT_TRUE(ConvertToCodePage(bytes, label, out));
+      for (std::string_view rest = out; !rest.empty();) {
+        const Utf8Step step = DecodeUtf8(rest);
+        for (int shift = 0; shift < 24; shift += 8) add(step.codePoint >> shift & 0xFF);
+        rest.remove_prefix(step.length);
+      }
+      add(0xFF);
+    }
+  }
+  return sum;
+}
+
+TEST(Convert, EveryPairMeansWhatTheStandardSays) {
+  EXPECT_EQ(SumOf("shift_jis", "", 0x80, 0xFF, 0), 0x1B4D99EAu);
+  EXPECT_EQ(SumOf("gbk", "", 0x80, 0xFF, 0), 0x33BAE1F6u);
+  EXPECT_EQ(SumOf("big5", "", 0x80, 0xFF, 0), 0x3F5E34F8u);
+  EXPECT_EQ(SumOf("euc-kr", "", 0x80, 0xFF, 0), 0x44B9C429u);
+  EXPECT_EQ(SumOf("euc-jp", "", 0x80, 0xFF, 0), 0xE2C7EAD9u);
+  EXPECT_EQ(SumOf("euc-jp", "\x8F", 0xA1, 0xFE, 0xA1), 0x2B757CF8u);
+  EXPECT_EQ(SumOf("iso-2022-jp", "\x1B$B", 0x21, 0x7E, 0x21), 0x39CDCF72u);
+  EXPECT_EQ(SumOf("iso-2022-jp", "\x1B(I", 0, 0xFF, 0), 0x31273BE1u);
+}
+#endif
+
 // Whether text in GB 18030 of four bytes a character can be read here.
 bool KnowsFourByteForms() {
 #if defined(_WIN32)
@@ -149,6 +184,11 @@ bool KnowsFourByteForms() {
 TEST(Convert, FourBytesOfGb18030AreOneCharacter) {
   if (!KnowsFourByteForms()) GTEST_SKIP() << "the system has no code page 54936";
   std::string out;
+#if !defined(_WIN32)
+  EXPECT_TRUE(
+      ConvertToCodePage("\x82\x35\x90\x37\x84\x31\x83\x35\x95\x32\x90\x31", "gb18030", out));
+  EXPECT_EQ(out, "\u9FB4\uFE19\U00020087");
+#endif
   EXPECT_TRUE(ConvertToCodePage("<\x81\x30\x89\x38\x95\x32\x82\x36>", "gb18030", out));
   EXPECT_EQ(out, "<\u00DF\U00020000>");
 }
@@ -167,16 +207,24 @@ TEST(Convert, MalformedPartsAreReplaced) {
     const char* label;
     std::string bytes, utf8;
   } kCases[] = {
-      {"shift_jis", "a\x81<p>", "a\uFFFD<p>"},
-      {"shift_jis", "\x81", "\uFFFD"},
-      {"euc-kr", "\xA2\xFE\n\n", "\uFFFD\n\n"},
-      {"gbk", "\xFF\x41", "\uFFFD\x41"},
-      {"windows-1253", "\xD2z", "\uFFFDz"},
-      {"euc-jp", "\xC9<\xA9\xA1<\x8E<\xFF\xFF\x8F\xB0", "\uFFFD<\uFFFD<\uFFFD<\uFFFD\uFFFD\uFFFD"},
-      {"iso-2022-jp", "\x1B$BI\n\x1B(B\xFF<", "\uFFFD\n\uFFFD<"},
-      {"utf-8", "\xE2\x82z\xF0\x9F\x98", "\uFFFDz\uFFFD"},
-      {"utf-8", "\xED\xA0\x80\xC0\xAF", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
-      {"utf-8", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+    {"shift_jis", "a\x81<p>", "a\uFFFD<p>"},
+    {"shift_jis", "\x81", "\uFFFD"},
+    {"euc-kr", "\xA2\xFE\n\n", "\uFFFD\n\n"},
+    {"gbk", "\xFF\x41", "\uFFFD\x41"},
+    {"windows-1253", "\xD2z", "\uFFFDz"},
+    {"euc-jp", "\xC9<\xA9\xA1<\x8E<\xFF\xFF\x8F\xB0", "\uFFFD<\uFFFD<\uFFFD<\uFFFD\uFFFD\uFFFD"},
+    {"iso-2022-jp", "\x1B$BI\n\x1B(B\xFF<", "\uFFFD\uFFFD<"},
+#if !defined(_WIN32)
+    {"iso-2022-jp", "\x1B$BI\x1B(B<\x0E\x1B(I1\x60\x1B(J\x1B(B\x1Bx",
+     "\uFFFD<\uFFFD\uFF71\uFFFD\uFFFD\uFFFDx"},
+    {"shift_jis", "\xA0\xFD\x81\x20\x81\xFF", "\uFFFD\uFFFD\uFFFD \uFFFD"},
+    {"gb18030", "\x81\x30\x81\x41\x81\x30\xFF\x84\x31\xA5\x30\xFE\x39",
+     "\uFFFD0\u4E04\uFFFD0\uFFFD\uFFFD\uFFFD"},
+    {"euc-jp", "\x8F\xA1\x41\x8F\xA1\xFF\xA0\x80", "\uFFFDA\uFFFD\uFFFD\uFFFD"},
+#endif
+    {"utf-8", "\xE2\x82z\xF0\x9F\x98", "\uFFFDz\uFFFD"},
+    {"utf-8", "\xED\xA0\x80\xC0\xAF", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+    {"utf-8", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
   };
   for (const auto& c : kCases) {
     std::string out;

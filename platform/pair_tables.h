@@ -1,0 +1,44 @@
+// What the two-byte characters of the charsets of the web mean: the indexes of the Encoding
+// Standard (encoding.spec.whatwg.org), taken from the system's converters and put right where those
+// differ.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace zvrsit::platform {
+
+// The characters of one charset by their lead and trail bytes.
+class PairTable {
+ public:
+  // Asks the system what every pair means, each behind `prefix`. `charset` is its name for iconv.
+  // Empty when the system does not know it.
+  PairTable(const char* charset, std::string_view prefix);
+
+  bool empty() const { return meanings_.empty(); }
+  // 0 where the pair is no character.
+  char32_t At(unsigned char lead, unsigned char trail) const {
+    if (lead < kFirstLead || lead > kLastLead || trail < kFirstTrail || trail > kLastTrail) {
+      return 0;
+    }
+    return meanings_[static_cast<std::size_t>(lead - kFirstLead) * kTrails + trail - kFirstTrail];
+  }
+
+ private:
+  static constexpr unsigned kFirstLead = 0x81, kLastLead = 0xFE;
+  static constexpr unsigned kFirstTrail = 0x40, kLastTrail = 0xFE;
+  static constexpr unsigned kTrails = kLastTrail - kFirstTrail + 1;
+
+  void Correct(unsigned bytes, char32_t meaning);
+  void CorrectAll(std::string_view charset, std::string_view prefix);
+
+  std::vector<char32_t> meanings_;
+};
+
+// The table of a charset, made when it is first asked for.
+const PairTable& PairTableOf(const char* charset, std::string_view prefix = {});
+
+// What a character of four bytes of GB 18030 means; 0 where it means nothing.
+char32_t MeaningOfFourBytes(std::string_view bytes);
+
+}  // namespace zvrsit::platform
