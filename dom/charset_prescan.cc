@@ -6,11 +6,13 @@
 #include "dom/attr_table.h"
 #include "dom/html_text.h"
 #include "dom/html_tokenizer.h"
+#include "platform/code_page.h"
 
 namespace zvrsit {
 namespace {
 
 constexpr std::size_t kPrescanned = 1024;
+constexpr std::size_t kGrowth = 8;
 constexpr std::string_view kSpaces = " \t\n\f\r";
 
 std::string_view TrimSpace(std::string_view text) {
@@ -47,15 +49,33 @@ std::string_view CharsetOfContent(std::string_view content) {
   return {};
 }
 
-// A sink that looks at META only. Raw text is not told from markup, as a prescan does not.
+// How a MetaSink reads on behind a tag.
+enum class Reading {
+  kPrescan,  // raw text is not told from markup
+  kHead,     // it is, and the first tag that has no place in a head is the end
+};
+
+bool IsKnown(std::string_view label) {
+  std::string nothing;
+  return platform::ConvertToCodePage({}, label, nothing);
+}
+
+constexpr TagSet kHeadTags{Tag::kHtml,     Tag::kHead,   Tag::kMeta,    Tag::kTitle,
+                           Tag::kLink,     Tag::kStyle,  Tag::kScript,  Tag::kBase,
+                           Tag::kNoscript, Tag::kObject, Tag::kBgsound, Tag::kBasefont,
+                           Tag::kNoframes};
+
+// A sink that looks at META only.
 class MetaSink {
  public:
+  explicit MetaSink(Reading reading) : reading_(reading) {}
+
   void Characters(const char*, const char*, TextKind) {}
   void Comment(const char*, const char*) {}
   void Doctype(const DoctypeToken&) {}
   void AbandonTag() {}
-  bool WantsEndTags() { return false; }
-  void EndTag(const TagSlices&) {}
+  bool WantsEndTags() { return reading_ == Reading::kHead; }
+  void EndTag(const TagSlices& slices) { isOver_ |= EndsHead(TagOf(slices)); }
   bool InForeignContent() { return false; }
 
   void Attribute(const AttributeSlices& slices) {
@@ -68,23 +88,38 @@ class MetaSink {
 
   // With the label found, the rest is passed over.
   ContentModel StartTag(const TagSlices& slices) {
-    if (HtmlTagOfPadded(slices.name, Length(slices.name, slices.nameEnd)) == Tag::kMeta) {
-      label_ = TrimSpace(Lower(charset_));
-      if (label_.empty() && Lower(httpEquiv_) == "content-type") {
-        label_ = CharsetOfContent(Lower(content_));
-      }
-    }
+    const Tag tag = TagOf(slices);
+    isOver_ |= EndsHead(tag);
+    if (tag == Tag::kMeta && !isOver_) TakeLabel();
     httpEquiv_ = content_ = charset_ = {};
-    return label_.empty() ? ContentModel::kData : ContentModel::kPlainText;
+    if (isOver_ || !label_.empty()) return ContentModel::kPlainText;
+    return reading_ == Reading::kHead ? ContentModelOf(tag) : ContentModel::kData;
   }
 
   const std::string& label() const { return label_; }
+  bool isOver() const { return isOver_ || !label_.empty(); }
 
  private:
+  static Tag TagOf(const TagSlices& slices) {
+    return HtmlTagOfPadded(slices.name, Length(slices.name, slices.nameEnd));
+  }
+  bool EndsHead(Tag tag) const { return reading_ == Reading::kHead && !kHeadTags.contains(tag); }
+
+  // A label that nobody knows is none.
+  void TakeLabel() {
+    label_ = TrimSpace(Lower(charset_));
+    if (label_.empty() && Lower(httpEquiv_) == "content-type") {
+      label_ = CharsetOfContent(Lower(content_));
+    }
+    if (!IsKnown(label_)) label_.clear();
+  }
+
   static std::size_t Length(const char* from, const char* to) {
     return static_cast<std::size_t>(to - from);
   }
 
+  const Reading reading_;
+  bool isOver_ = false;
   std::string label_;
   std::string_view httpEquiv_;
   std::string_view content_;
@@ -100,6 +135,28 @@ std::string XmlEncoding(std::string_view head) {
   return rest.starts_with('=') ? Lower(FirstValue(rest.substr(1), "?")) : std::string();
 }
 
+std::string LabelInFront(std::string_view page) {
+  const std::string_view head = page.substr(0, kPrescanned);
+  std::array<char, kPrescanned + kTextPadding> padded{};
+  std::copy(head.begin(), head.end(), padded.begin());
+  MetaSink sink(Reading::kPrescan);
+  HtmlTokenizer<MetaSink>(padded.data(), head.size(), sink).Run();
+  return sink.label();
+}
+
+// Of the whole head, which is short as a rule: what is read grows from try to try.
+std::string LabelInHead(std::string_view page) {
+  std::string padded;
+  for (std::size_t size = kPrescanned;; size *= kGrowth) {
+    const std::size_t length = std::min(size, page.size());
+    padded.assign(page.substr(0, length));
+    padded.append(kTextPadding, '\0');
+    MetaSink sink(Reading::kHead);
+    HtmlTokenizer<MetaSink>(padded.data(), length, sink).Run();
+    if (sink.isOver() || length == page.size()) return sink.label();
+  }
+}
+
 }  // namespace
 
 ByteOrderMark FindByteOrderMark(std::string_view page) {
@@ -110,12 +167,9 @@ ByteOrderMark FindByteOrderMark(std::string_view page) {
 }
 
 std::string PrescanCharset(std::string_view page) {
-  const std::string_view head = page.substr(0, kPrescanned);
-  std::array<char, kPrescanned + kTextPadding> padded{};
-  std::copy(head.begin(), head.end(), padded.begin());
-  MetaSink sink;
-  HtmlTokenizer<MetaSink>(padded.data(), head.size(), sink).Run();
-  const std::string label = sink.label().empty() ? XmlEncoding(head) : sink.label();
+  std::string label = LabelInFront(page);
+  if (label.empty()) label = LabelInHead(page);
+  if (label.empty()) label = XmlEncoding(page.substr(0, kPrescanned));
   if (label.starts_with("utf-16")) return "utf-8";
   return label == "x-user-defined" ? "windows-1252" : label;
 }

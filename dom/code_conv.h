@@ -14,7 +14,7 @@ class ZVRSIT_API CodeConv {
  public:
   // Converts `size` bytes at `top`. With `charset` 0 the encoding of the page is, in this order:
   //   1. what a byte-order mark says (UTF-8, UTF-16); the mark is left out of the text;
-  //   2. what the first 1024 bytes declare (META, XML declaration), as browsers look for it;
+  //   2. what the head declares (META, XML declaration), as browsers look for it;
   //   3. the code page. Where that is UTF-8 and the bytes are not: UTF-8 all the same when at least
   //      half of the sequences beyond ASCII are well-formed (a page with a flaw), else
   //      windows-1252 (a page from before UTF-8), as in browsers.

@@ -6,17 +6,35 @@ namespace {
 constexpr TagSet kMathTextTags{Tag::kMi, Tag::kMo, Tag::kMn, Tag::kMs, Tag::kMtext};
 constexpr TagSet kSvgHtmlTags{Tag::kForeignObject, Tag::kSvgDesc, Tag::kSvgTitle};
 
-// Names that are HTML's alone: their end tag in SVG or MathML belongs to an element around it.
+// Names that are HTML's alone: their end tag in SVG or MathML belongs to an element around it, if
+// none of that name was begun inside.
 constexpr TagSet kHtmlOnlyTags{
     Tag::kBody,   Tag::kHtml,     Tag::kForm,   Tag::kButton,  Tag::kTbody,   Tag::kTd,
     Tag::kTh,     Tag::kTfoot,    Tag::kThead,  Tag::kTr,      Tag::kCaption, Tag::kObject,
-    Tag::kSelect, Tag::kNoscript, Tag::kApplet, Tag::kPicture, Tag::kMap};
+    Tag::kSelect, Tag::kNoscript, Tag::kApplet, Tag::kPicture, Tag::kMap,     Tag::kTemplate,
+    Tag::kOption, Tag::kIns,      Tag::kDel,    Tag::kQ};
+
+// The same for names that have no tag.
+using NameSet = NameTable<bool, 64>;
+constexpr NameSet kHtmlOnlyNames(std::to_array<NameSet::Entry>(
+    {{"abbr", true},   {"address", true}, {"article", true},  {"aside", true},
+     {"bdo", true},    {"cite", true},    {"details", true},  {"dfn", true},
+     {"dialog", true}, {"dir", true},     {"fieldset", true}, {"figcaption", true},
+     {"figure", true}, {"footer", true},  {"header", true},   {"hgroup", true},
+     {"kbd", true},    {"label", true},   {"legend", true},   {"main", true},
+     {"mark", true},   {"marquee", true}, {"nav", true},      {"optgroup", true},
+     {"samp", true},   {"search", true},  {"section", true},  {"summary", true},
+     {"time", true}}));
+
+bool IsHtmlOnly(const NameKey& name, Tag html) {
+  return kHtmlOnlyTags.contains(html) || kHtmlOnlyNames.Find(name, false);
+}
 
 }  // namespace
 
 bool ForeignContent::CdataAllowed() const {
   if (stack_.empty() || IsTemplate(stack_.back().kind)) return false;
-  return stack_.back().openHtml == 0;
+  return InForeign() || stack_.back().openHtml == 0;
 }
 
 ForeignContent::Placed ForeignContent::Start(const StartTag& start) {
@@ -49,6 +67,7 @@ ForeignContent::Placed ForeignContent::StartForeign(const StartTag& start) {
   const Tag tag = ForeignTagOf(start.name);
   const Placed placed{tag, true, InTemplate(), InShadow()};
   if (start.selfClosing) return placed;
+  if (IsHtmlOnly(start.name, HtmlTagOf(start.name))) ++stack_.back().openHtml;
   const bool svg = stack_.back().kind == Kind::kSvg;
   if (tag == Tag::kSvg) {
     Push(Kind::kSvg, tag);
@@ -65,10 +84,10 @@ ForeignContent::Placed ForeignContent::StartForeign(const StartTag& start) {
 void ForeignContent::End(const NameKey& name) {
   if (stack_.empty()) return;
   const Tag html = HtmlTagOf(name);
-  if (html == Tag::kTemplate) {
+  if (html == Tag::kTemplate && !(InForeign() && stack_.back().openHtml > 0)) {
     if (stack_.back().nearestTemplate != kNone) PopTo(stack_.back().nearestTemplate);
   } else if (InForeign()) {
-    EndForeign(ForeignTagOf(name), html);
+    EndForeign(name, html);
   } else if (stack_.back().kind == Kind::kIntegrationPoint &&
              ForeignTagOf(name) == stack_.back().tag) {
     PopTo(stack_.size() - 1);
@@ -81,8 +100,9 @@ void ForeignContent::EndHtml(Tag tag) {
   if (!kVoidTags.contains(tag) && stack_.back().openHtml > 0) --stack_.back().openHtml;
 }
 
-void ForeignContent::EndForeign(Tag foreignTag, Tag htmlTag) {
-  const Entry& top = stack_.back();
+void ForeignContent::EndForeign(const NameKey& name, Tag htmlTag) {
+  const Tag foreignTag = ForeignTagOf(name);
+  Entry& top = stack_.back();
   if (foreignTag == top.tag) return PopTo(stack_.size() - 1);
   const std::uint32_t around = top.nearestHtml;
   if (around != kNone && stack_[around].kind == Kind::kIntegrationPoint &&
@@ -90,7 +110,10 @@ void ForeignContent::EndForeign(Tag foreignTag, Tag htmlTag) {
     return PopTo(around);
   }
   const bool image = foreignTag == Tag::kImage;
-  if (kHtmlOnlyTags.contains(htmlTag) || (kBreakoutTags.contains(htmlTag) && !image)) {
+  const bool isHtmlOnly = IsHtmlOnly(name, htmlTag);
+  if (isHtmlOnly && top.openHtml > 0) {
+    --top.openHtml;
+  } else if (isHtmlOnly || (kBreakoutTags.contains(htmlTag) && !image)) {
     LeaveForeign();
     if (!stack_.empty()) EndHtml(htmlTag);
   }

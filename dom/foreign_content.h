@@ -51,7 +51,9 @@ class ForeignContent {
   struct Entry {
     Kind kind;
     Tag tag;
-    std::uint32_t openHtml;         // HTML elements begun in it and not ended
+    // Elements begun in it and not ended: in HTML all of them, in SVG and MathML those whose names
+    // are otherwise HTML's alone.
+    std::uint32_t openHtml;
     std::uint32_t nearestHtml;      // the nearest entry whose content is HTML, itself included
     std::uint32_t nearestTemplate;  // the nearest template of either kind, itself included
   };
@@ -63,7 +65,7 @@ class ForeignContent {
   Placed StartHtml(Tag tag, const StartTag& start);
   Placed StartForeign(const StartTag& start);
   void EndHtml(Tag tag);
-  void EndForeign(Tag foreignTag, Tag htmlTag);
+  void EndForeign(const NameKey& name, Tag htmlTag);
   void Push(Kind kind, Tag tag);
   void PopTo(std::size_t size);
   void LeaveForeign();

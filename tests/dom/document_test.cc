@@ -121,6 +121,11 @@ TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
       {"<math><annotation-xml encoding='Text/HTML'><a></math>", 1, 0},
       {"<svg><script><a></script></svg><script><a></script>", 0, 1},
       {"<a></svg><svg></math><a>", 1, 1},
+      {"<section><svg></section><a>", 1, 0},
+      {"<svg><section></section><a></svg><a>", 1, 1},
+      {"<svg><template><a></a></template><a></svg><a>", 1, 2},
+      {"<div><template><svg><template></template></template><a>", 1, 0},
+      {"<svg><form><![CDATA[<a>]]></form><a>", 0, 1},
   };
   for (const ForeignCase& row : cases) {
     Page page(row.html);

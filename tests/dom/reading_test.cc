@@ -88,6 +88,11 @@ TEST(CodeConv, FindsTheEncodingOfAPage) {
       {65001, "<meta name=x content='charset=big5'>\xC3\xA9",
        "<meta name=x content='charset=big5'>\xC3\xA9"},
       {65001, "<meta charset=no-such-charset>\xE9", "<meta charset=no-such-charset>\xC3\xA9"},
+      // One with an unknown label is passed over.
+      {65001, "<meta charset=x-no><meta charset=koi8-r>\xC1",
+       "<meta charset=x-no><meta charset=koi8-r>\xD0\xB0"},
+      {65001, "<meta http-equiv=Content-Type content='charset=no'><meta charset=koi8-r>\xC1",
+       "<meta http-equiv=Content-Type content='charset=no'><meta charset=koi8-r>\xD0\xB0"},
       // Nothing declared.
       {65001, "caf\xE9", "caf\xC3\xA9"},
       {65001, "\xC3\xA9\xC3\xA9 \xFF", "\xC3\xA9\xC3\xA9 \xEF\xBF\xBD"},
@@ -109,15 +114,28 @@ TEST(CodeConv, FindsTheEncodingOfAPage) {
   }
 }
 
-TEST(CodeConv, ADeclarationCountsWithinTheFirst1024Bytes) {
+// As a browser was seen to do it. Behind the head, only one within the first 1024 bytes counts.
+TEST(CodeConv, ADeclarationCountsInTheHead) {
   const std::string meta = "<meta charset=koi8-r>";
-  for (const bool within : {true, false}) {
-    const std::size_t gap = 1024 - meta.size() + (within ? 0 : 1);
-    const std::string page = std::string(gap, ' ') + meta + "\xC1";
+  const std::string gap(20000, 'x');
+  const std::pair<std::string, bool> cases[] = {
+      {"<p>" + std::string(1024 - 3 - meta.size(), 'x'), true},
+      {"<p>" + std::string(1025 - 3 - meta.size(), 'x'), false},
+      {"</p>" + gap, false},
+      {gap, true},
+      {"<!--" + gap + "--><title><p>" + gap + "</title>", true},
+      {"<html><head><base><link><script>'<p>" + gap + "'</script><style></style>", true},
+      {"<noscript><object></object></noscript></head>" + gap, true},
+      {"<body>" + gap, false},
+      {"<?xml version='1.0' encoding='big5'?>" + gap, true},
+  };
+  for (const auto& [before, counts] : cases) {
+    const std::string page = before + meta + "\xC1";
     CodeConv conv;
     ASSERT_TRUE(conv.Import(page.data(), page.size(), 0));
     const std::string text(conv.text(), conv.length());
-    EXPECT_EQ(text.substr(1024 + (within ? 0 : 1)), within ? "\xD0\xB0" : "\xC3\x81");
+    EXPECT_EQ(text.substr(before.size() + meta.size()), counts ? "\xD0\xB0" : "\xC3\x81")
+        << before.substr(0, 60);
   }
 }
 
