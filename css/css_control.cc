@@ -158,7 +158,6 @@ std::vector<CssNode> CCSSControl::ReadSheet(const std::string& path) {
         isInFile ? reference.offset + static_cast<int>(text.data() - file.top()) : -1;
   }
   BeginFile(path);
-  std::vector<CssNode> references;
   for (const CssReference& reference : found_) {
     AddNode(reference.text, reference.offset, TypeOf(reference.kind), references);
   }
