@@ -226,7 +226,7 @@ void ReportStep(const Options& options, JsonRows& rows, const std::string& line,
   rows.Add(row);
 }
 
-// The history lives as long as a site is open, so changes and undo share one run.
+// The history lives as long as the manager, so changes and undo share one run.
 int RunUndo(const Options& options, const std::string& name) {
   LegacySession session(options, Database::kMustExist);
   session.Open(name);
