@@ -141,7 +141,11 @@ bool SitStrDB::WriteEntry(const Entry& entry, int id, const std::string& body) {
 }
 
 int SitStrDB::Add(const char* text, int wanted) {
-  if (text == nullptr || !file_.IsOpen()) return -1;
+  if (text == nullptr) return -1;
+  if (!file_.IsOpen()) {
+    file_.RefuseWrite(file_.lastErrno());
+    return -1;
+  }
   const std::string body = text;
   const std::int64_t length = static_cast<std::int64_t>(body.size()) + 1;
   if (end_ + kHeadSize + length > std::numeric_limits<std::int32_t>::max()) {

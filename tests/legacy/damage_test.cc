@@ -289,6 +289,15 @@ TEST_F(SiteToPack, ADamagedSiteIsNotWholeUntilItIsRebuilt) {
 
 class FailingWrites : public ManyFiles {};
 
+TEST_F(FailingWrites, AreToldWhereTheStringsCannotBeOpened) {
+  LegacySite site;
+  site.write("page.html", "<a href=a.html>a</a>");
+  site.folder().makeFolder("db/demo/Link.dS");
+  ASSERT_EQ(site.Open(), 0);
+  EXPECT_EQ(site.mgr->Save(site.path("page.html")), -1);
+  EXPECT_EQ(site.mgr->GetLastError(), kSitWriteFailed);
+}
+
 // Every write of an operation that changes a site, failing.
 TEST_F(FailingWrites, AreToldByTheOperation) {
   LegacySite site;
