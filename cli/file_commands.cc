@@ -59,12 +59,13 @@ void PrintCell(const std::string& name, const SiteRecCell& cell, bool inSite) {
 }
 
 int RunQuery(const Options& options, const std::string& site, Query query) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   session.OpenToAsk(site);
   const std::unique_ptr<Cells, CellsBack> cells(query(session.manager()));
   if (cells == nullptr) {
     throw Failure(kDatabase, "the tables of \"" + site + "\" cannot be read");
   }
+  session.LetGo();
   JsonRows rows;
   for (const SiteRecCell& cell : *cells) {
     const std::string name =

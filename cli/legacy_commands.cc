@@ -5,6 +5,7 @@
 #include <sstream>
 #include <vector>
 
+#include "cli/beside_rebuild.h"
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/legacy_session.h"
@@ -298,9 +299,8 @@ GivenSite AsGiven(LegacySession& session, const SitSiteProperty& old) {
 }
 
 // The user's publishing marks of the files that both sides know.
-void CarryMarks(LegacySession& session) {
+void CarryMarks(LegacySession& session, SiteMgr& newer) {
   SitMgr& older = session.manager();
-  SiteMgr& newer = session.newer().manager();
   const int count = older.UrlNum(kKindPath);
   for (int i = 0; i < count; ++i) {
     const UrlID id(kKindPath, i);
@@ -318,6 +318,7 @@ int RunImport(const Options& options, const std::string& name) {
   const bool hasMarks = session.HasFiles(name);
   if (hasMarks) session.Open(name);
   Session& newer = session.newer();
+  newer.HoldProfiles();
   if (newer.manager().FindSiteProf(name) < 0 && !old.servProf.empty()) {
     CarryServer(session, old.servProf);
   }
@@ -329,11 +330,11 @@ int RunImport(const Options& options, const std::string& name) {
   if (newer.manager().SetSiteProf(name, profile) < 0) {
     throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
   }
-  newer.Open(name);
-  const int code = RebuildSite(newer, true);
-  if (hasMarks) CarryMarks(session);
-  const SiteTotals totals = CountSite(newer);
-  newer.Close();
+  BesideRebuild rebuild(newer, name);
+  const int code = RebuildSite(rebuild.copy(), true, newer.database());
+  if (hasMarks) CarryMarks(session, rebuild.copy().manager());
+  const SiteTotals totals = CountSite(rebuild.copy());
+  rebuild.Commit();
   if (options.json) {
     PrintJson(TotalsAsJson(totals));
   } else {

@@ -39,6 +39,8 @@ bool IsThere(const std::string& native) {
 LegacySession::LegacySession(const Options& options, Database database)
     : newer_(Checked(options, database), Database::kMake),
       folder_(FolderPath(NameOf(PathOf(DatabaseFolder(options)) / kFolder))) {
+  newer_.LetProfilesGo();
+  newer_.HoldOlder();
   if (manager_.setDB(folder_, kSites, kServers) != 0) {
     throw Failure(kDatabase, NativePath(folder_ + kSites) +
                                  ": this file, or another beside it, cannot be opened");

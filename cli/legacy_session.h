@@ -1,5 +1,5 @@
 // One run of the program on a database of the older generation, which lies in the folder `legacy`
-// of the database and shares its lock.
+// of the database and has a lock of its own in it.
 #pragma once
 
 #include <array>

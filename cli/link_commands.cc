@@ -18,9 +18,10 @@ std::unique_ptr<std::vector<int>> Numbers(Session& session, const LinkQuery& que
 }
 
 int RunLinks(const Options& options, const LinkQuery& query) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   session.OpenToAsk(query.site);
   const auto numbers = Numbers(session, query);
+  session.LetGo();
   JsonRows rows;
   ForEachLink(session, *numbers, [&](const ShownLink& link) {
     if (options.json) {
@@ -34,9 +35,10 @@ int RunLinks(const Options& options, const LinkQuery& query) {
 }
 
 int RunBroken(const Options& options, const LinkQuery& query) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   session.OpenToAsk(query.site);
   const std::vector<BrokenLink> broken = BrokenLinks(session);
+  session.LetGo();
   if (options.json) {
     JsonRows rows;
     for (const BrokenLink& link : broken) rows.Add(BrokenAsJson(link));

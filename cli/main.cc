@@ -91,7 +91,8 @@ int Main(int argc, char** argv) {
   app.allow_windows_style_options(false);  // a name may begin with "/"
   app.footer(
       "Every command takes --db and --format too, and tells more with --help.\n"
-      "Exit codes: 0 clean, 1 findings (check, broken), 2 usage, 3 database, 4 file system.");
+      "Exit codes: 0 clean, 1 findings (check, broken), 2 usage, 3 database, 4 file system,\n"
+      "130 interrupted (128 and the number of the signal).");
   AddCommands(app, options, run);
   if (!AreArgumentsWhole()) {
     return Complain("an argument holds a character that the code page of the system lacks", kUsage);

@@ -8,12 +8,14 @@ namespace zvrsit::cli {
 namespace {
 
 int Show(const Options& options, Session& session, const std::string& name) {
-  PrintObject(ProfileAsJson(name, ReadProfile(session, name)), options.json);
+  const SiteProfile profile = ReadProfile(session, name);
+  session.LetGo();
+  PrintObject(ProfileAsJson(name, profile), options.json);
   return kClean;
 }
 
 int RunShow(const Options& options, const std::string& name) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   return Show(options, session, name);
 }
 
@@ -21,6 +23,7 @@ int RunSet(const Options& options, const std::string& name, const GivenSite& sit
   Session session(options, Database::kMustExist);
   const std::vector<std::string> saved = ChangeSite(session, name, site);
   Json answer = ProfileAsJson(name, ReadProfile(session, name));
+  session.LetGo();
   if (options.json) {
     Json& names = answer["saved"] = Json::array();
     for (const std::string& file : saved) names.push_back(JsonText(file));
@@ -34,7 +37,7 @@ int RunSet(const Options& options, const std::string& name, const GivenSite& sit
 
 int RunRename(const Options& options, const std::string& name, const std::string& newName) {
   Session session(options, Database::kMustExist);
-  ReadProfile(session, name);
+  session.HoldSite(name);
   NeedNewName(session, newName, name);
   if (session.manager().RenameSiteProf(name, newName) != 0) {
     throw Failure(kUsage, "\"" + newName + "\" cannot be the name of a site");
@@ -44,7 +47,7 @@ int RunRename(const Options& options, const std::string& name, const std::string
 
 int RunDelete(const Options& options, const std::string& name) {
   Session session(options, Database::kMustExist);
-  ReadProfile(session, name);
+  session.HoldSite(name);
   if (session.manager().DeleteSiteProf(name) != 0) {
     throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be deleted");
   }

@@ -21,9 +21,11 @@ namespace zvrsit::cli {
 namespace {
 
 volatile std::int32_t* cancelFlag = nullptr;
+volatile std::sig_atomic_t lastSignal = 0;
 
 // The second one ends the program at once.
 void OnInterrupt(int signal) {
+  lastSignal = signal;
   if (cancelFlag != nullptr) *cancelFlag = 1;
   std::signal(signal, SIG_DFL);
 }
@@ -123,6 +125,10 @@ TerminalProgress::TerminalProgress() {
     line_ = std::make_unique<ProgressLine>();
     line_->Attach(dialog_);
   }
+}
+
+int TerminalProgress::signal() const {
+  return lastSignal;
 }
 
 TerminalProgress::~TerminalProgress() {

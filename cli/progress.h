@@ -22,6 +22,8 @@ class TerminalProgress {
 
   CZvrSiteRebuildProgressDlg* dialog() { return &dialog_; }
   bool cancelled() const { return dialog_.cancel != 0; }
+  // The number of the signal that did it.
+  int signal() const;
 
  private:
   CZvrSiteRebuildProgressDlg dialog_;

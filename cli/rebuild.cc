@@ -22,9 +22,9 @@ void NameSkipped(Session& session) {
 // Keeps a rebuild out of the program's own database, where that lies in the site.
 class DatabaseLeftOut {
  public:
-  explicit DatabaseLeftOut(Session& session) : manager_(session.manager()) {
+  DatabaseLeftOut(Session& session, const std::string& database) : manager_(session.manager()) {
     std::error_code error;
-    folder_ = fs::canonical(PathOf(session.database()), error);
+    folder_ = fs::canonical(PathOf(database.empty() ? session.database() : database), error);
     if (!error) manager_.SetIgnoreHook(&IsDatabase, this);
   }
   ~DatabaseLeftOut() { manager_.SetIgnoreHook(nullptr, nullptr); }
@@ -46,13 +46,16 @@ class DatabaseLeftOut {
 
 }  // namespace
 
-int RebuildSite(Session& session, bool complete) {
+int RebuildSite(Session& session, bool complete, const std::string& database) {
   SiteMgr& manager = session.manager();
   TerminalProgress progress;
-  const DatabaseLeftOut leftOut(session);
+  const DatabaseLeftOut leftOut(session, database);
   const int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
-  if (progress.cancelled()) throw Failure(kFileSystem, "interrupted before the end");
+  if (progress.cancelled()) {
+    throw Failure(ExitCode(kSignal + progress.signal()), "interrupted before the end");
+  }
   if (stored != 0 || manager.GetSiteProfRebuildState() != 2) {
+    ThrowIfSystemFailed("the rebuild failed");
     throw Failure(kDatabase, "the rebuild failed: the tables of the site cannot be written");
   }
   if (manager.FindPath(Take(manager.GetSiteProfTopFile())) < 0) {

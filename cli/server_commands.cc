@@ -77,12 +77,14 @@ Json ServerAsJson(const std::string& name, const ServProfile& server) {
 }
 
 int Show(const Options& options, Session& session, const std::string& name) {
-  PrintObject(ServerAsJson(name, ReadServer(session, name)), options.json);
+  const ServProfile server = ReadServer(session, name);
+  session.LetGo();
+  PrintObject(ServerAsJson(name, server), options.json);
   return kClean;
 }
 
 int RunList(const Options& options) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   Json rows = Json::array();
   std::vector<Words> lines;
   for (const std::string& name : TakeList(session.manager().EnumServProf())) {
@@ -90,12 +92,13 @@ int RunList(const Options& options) {
     rows.push_back(ServerAsJson(name, server));
     lines.push_back({name, server.host, server.dir});
   }
+  session.LetGo();
   PrintList(rows, lines, options.json);
   return kClean;
 }
 
 int RunShow(const Options& options, const std::string& name) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   return Show(options, session, name);
 }
 
@@ -122,6 +125,7 @@ int RunSet(const Options& options, const std::string& name, const Given& given) 
   if (password) server.password = *password;
   if (firewallPassword) server.firewallPassword = *firewallPassword;
   if (session.manager().SetServProf(name, server) != 0) {
+    ThrowIfSystemFailed("the profile of the server \"" + name + "\" cannot be written");
     throw Failure(kDatabase, "the profile of the server \"" + name + "\" cannot be written");
   }
   return Show(options, session, name);

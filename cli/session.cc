@@ -1,15 +1,14 @@
 #include "cli/session.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
+#include "cli/beside_rebuild.h"
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
-#include "cli/output.h"
+#include "cli/table_files.h"
 #include "platform/native_path.h"
 
 namespace zvrsit::cli {
@@ -21,7 +20,9 @@ constexpr const char* kSiteProfiles = "sites.R";
 constexpr const char* kServerProfiles = "servers.R";
 // The profiles are opened with a backup, which is taken when they cannot be read.
 constexpr int kWithBackup = 3;
-constexpr std::chrono::milliseconds kPatience{3000};
+constexpr int kWithoutBackup = 0;
+constexpr int kRebuilt = 2;
+constexpr int kNotWhole = 1;
 
 std::string DefaultDatabase() {
 #if defined(_WIN32)
@@ -34,39 +35,6 @@ std::string DefaultDatabase() {
   if (home != nullptr && *home == '/') return NameOf(PathOf(home) / ".local/share/zvrsit");
 #endif
   throw Failure(kUsage, "no home folder is known: name the database with --db FOLDER");
-}
-
-void Need(bool done, const std::string& name, const std::error_code& error) {
-  if (!done) throw Failure(kFileSystem, name + ": " + error.message());
-}
-
-// Throws Failure(kFileSystem) when the file may not be read and written.
-void NeedAccess(const fs::path& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
-      std::fopen(NameOf(path).c_str(), "r+b"), &std::fclose);
-  Need(file != nullptr || errno == ENOENT, NameOf(path), {errno, std::generic_category()});
-}
-
-constexpr const char* kTables[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
-
-// Whether all files of a site that was rebuilt once are in `folder`.
-bool HasTables(const std::string& folder) {
-  return std::all_of(std::begin(kTables), std::end(kTables), [&](const char* file) {
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(PathOf(folder) / file, error);
-    return !error && size != 0;
-  });
-}
-
-// Makes the folder if it is missing.
-void RemoveTables(const std::string& folder) {
-  std::error_code error;
-  fs::create_directory(PathOf(folder), error);
-  for (const char* file : kTables) {
-    const fs::path path = PathOf(folder) / file;
-    fs::remove(path, error);
-    Need(!error, NameOf(path), error);
-  }
 }
 
 }  // namespace
@@ -105,6 +73,13 @@ std::string NativePath(const std::string& path) {
   return platform::ToNativePath(path, native) ? native : path;
 }
 
+void ThrowIfSystemFailed(const std::string& what) {
+  const int error = SiteMgr::LastSystemError();
+  // These are met with on the way of what succeeds.
+  if (error == 0 || error == ENOENT || error == EEXIST || error == EAGAIN) return;
+  throw Failure(kFileSystem, what + ": " + std::generic_category().message(error));
+}
+
 std::string Take(std::string* text) {
   std::string result = text == nullptr ? std::string() : *text;
   SiteMgr::DeleteString(text);
@@ -120,7 +95,8 @@ std::vector<std::string> TakeList(std::vector<std::string*>* list) {
   return result;
 }
 
-Session::Session(const Options& options, Database database) {
+Session::Session(const Options& options, Database database)
+    : onlyAsks_(database == Database::kAsk) {
   const fs::path folder = PathOf(DatabaseFolder(options));
   std::error_code error;
   if (database == Database::kMake) {
@@ -130,39 +106,131 @@ Session::Session(const Options& options, Database database) {
     throw Failure(kDatabase, NameOf(folder) + ": there is no database here (zvrsit add makes one)");
   }
   database_ = NameOf(folder);
-  lock_ = std::make_unique<LockFile>(NameOf(folder / "lock"), kPatience);
+  if (OpenProfiles()) return;
+  // Profiles that only their backup can mend.
+  if (onlyAsks_) {
+    LetProfilesGo();
+    const Session mending(options, Database::kMustExist);
+  }
+  if (onlyAsks_ && OpenProfiles()) return;
+  for (const char* file : {kSiteProfiles, "sites.S"}) NeedAccess(NameOf(folder / file), onlyAsks_);
+  ThrowIfSystemFailed(NameOf(folder / kSiteProfiles));
+  throw Failure(kDatabase,
+                NameOf(folder / kSiteProfiles) + ": this file, or sites.S beside it, is damaged");
+}
+
+void Session::OpenDatabase() {
+  manager_->setDB(FolderPath(database_).c_str(), kSiteProfiles, kServerProfiles,
+                  onlyAsks_ ? kWithoutBackup : kWithBackup);
+}
+
+// False when they cannot be read.
+bool Session::OpenProfiles() {
   manager_ = std::make_unique<SiteMgr>();
   manager_->setDom(&dom_);
-  manager_->setDB(FolderPath(database_).c_str(), kSiteProfiles, kServerProfiles, kWithBackup);
+  manager_->SetLocking(onlyAsks_ ? SiteMgr::Locking::kAsk : SiteMgr::Locking::kChange);
+  OpenDatabase();
+  holdsProfiles_ = manager_->LockProfiles() == 0;
+  NeedProfiles(holdsProfiles_ || !manager_->FoundInUse());
   std::vector<std::string*>* const names = manager_->EnumSiteProf();
   TakeList(names);
-  if (names == nullptr) {
-    for (const char* file : {kSiteProfiles, "sites.S"}) NeedAccess(folder / file);
-    throw Failure(kDatabase,
-                  NameOf(folder / kSiteProfiles) + ": this file, or sites.S beside it, is damaged");
-  }
+  return names != nullptr;
 }
 
 Session::~Session() {
-  if (manager_ != nullptr) manager_->SiteClose();
+  if (manager_ == nullptr) return;
+  try {
+    if (manager_->GetOpenSiteId() >= 0) Close();
+  } catch (const Failure&) {
+    // The failure that ended the command is told.
+  }
+  if (manager_ == nullptr || onlyAsks_) return;
+  LetProfilesGo();
+  OpenDatabase();  // the backup is that of the profiles as they are now
 }
 
-std::string Session::FolderOfTables() const {
-  return NameOf(PathOf(database_) / PathOf(site_));
+void Session::Discard() {
+  manager_.reset();
+  holdsProfiles_ = false;
 }
 
-// False when the tables are damaged.
-bool Session::OpenTables(const std::string& name) {
+void Session::NeedProfiles(bool areHeld) {
+  if (areHeld) return;
+  if (!manager_->FoundInUse()) ThrowIfSystemFailed(database_);
+  throw Failure(kDatabase, database_ + ": the database is in use by another process");
+}
+
+void Session::HoldProfiles() {
+  if (holdsProfiles_) return;
+  holdsProfiles_ = manager_->LockProfiles() == 0;
+  NeedProfiles(holdsProfiles_);
+}
+
+void Session::LetProfilesGo() {
+  if (holdsProfiles_) manager_->UnlockProfiles();
+  holdsProfiles_ = false;
+}
+
+// Locks the site, and then the profiles, so that no two processes wait for each other. Until it is
+// locked, the site may get another name.
+void Session::LockSite(const std::string& name) {
+  site_ = name;
+  for (;;) {
+    HoldProfiles();
+    const int number = manager_->FindSiteProf(name);
+    if (number < 0) throw Failure(kUsage, "there is no site named \"" + name + "\"");
+    if (number == number_) return;
+    LetProfilesGo();
+    if (number_ >= 0) manager_->UnlockSite(number_);
+    number_ = -1;
+    if (manager_->LockSite(number) != 0) {
+      if (!manager_->FoundInUse()) ThrowIfSystemFailed(database_);
+      throw Failure(kDatabase, "the site \"" + name + "\" is in use by another process");
+    }
+    number_ = number;
+  }
+}
+
+void Session::HoldOlder() {
+  constexpr int kOlder = 1 << 26;  // the number of no site
+  NeedProfiles(manager_->LockSite(kOlder) == 0);
+}
+
+void Session::LetGo() {
+  LetProfilesGo();
+  if (number_ < 0) return;
+  manager_->UnlockSite(number_);
+  if (manager_->GetOpenSiteId() == number_) manager_->UnlockSite(number_);
+  number_ = -1;
+}
+
+std::string Session::FolderOfTables(const std::string& name) const {
+  return NameOf(PathOf(database_) / PathOf(name));
+}
+
+void Session::HoldSite(const std::string& name) {
+  LockSite(name);
+  if (!onlyAsks_) {
+    FinishRebuild(*manager_, number_, FolderOfTables(site_));
+  } else if (HasFinishedRebuild(FolderOfTables(site_))) {
+    LetGo();
+    Session(Options{database_, false}, Database::kMustExist).HoldSite(name);
+    LockSite(name);
+  }
+}
+
+bool Session::OpenIfSound(const std::string& name) {
+  HoldSite(name);
   SiteProfile profile;
   if (manager_->GetSiteProf(name, profile) != 0) {
-    throw Failure(kUsage, "there is no site named \"" + name + "\"");
+    throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
   }
-  site_ = name;
   siteFolder_ = profile.folders[kSlotSiteFolder];
   nativeSiteFolder_ = NativePath(siteFolder_);
   // Opening would make what is missing, and all answers would be empty.
-  if (profile.rebuildState != 0 && !HasTables(FolderOfTables())) return false;
+  if (profile.rebuildState != 0 && !HasTables(FolderOfTables(site_))) return false;
   const int result = manager_->SiteOpen(name, 0);
+  LetProfilesGo();
   if (result == -2) {
     std::error_code error;
     const bool folderIsThere = fs::is_directory(PathOf(nativeSiteFolder_), error);
@@ -173,40 +241,44 @@ bool Session::OpenTables(const std::string& name) {
   if (result != 0) throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
   if (manager_->GetPathDB() != nullptr) return true;
   manager_->SiteClose();
-  for (const char* file : kTables) NeedAccess(PathOf(FolderOfTables()) / file);
+  NeedAccessToTables(FolderOfTables(site_), onlyAsks_);
   return false;
 }
 
 void Session::Open(const std::string& name) {
-  if (OpenTables(name)) return;
+  if (OpenIfSound(name)) return;
   throw Failure(kDatabase,
-                FolderOfTables() + ": a table of the site is damaged: zvrsit rebuild " + name);
-}
-
-void Session::OpenToRebuild(const std::string& name) {
-  if (OpenTables(name)) return;
-  RemoveTables(FolderOfTables());
-  manager_->SetSiteProfRebuildState(0, manager_->FindSiteProf(name));
-  Warn(FolderOfTables() + ": a table of the site was damaged; all are made anew");
-  Open(name);
+                FolderOfTables(site_) + ": a table of the site is damaged: zvrsit rebuild " + name);
 }
 
 void Session::OpenToAsk(const std::string& name) {
+  HoldSite(name);
+  const int state = manager_->NeedToRebuild(name);
+  if (state != kRebuilt) {
+    throw Failure(kDatabase,
+                  (state == kNotWhole ? "the last rebuild or change of \"" + name + "\" did not end"
+                                      : "\"" + name + "\" is to be rebuilt first") +
+                      ": zvrsit rebuild " + name);
+  }
   Open(name);
-  const int state = manager_->GetSiteProfRebuildState();
-  if (state == 0) Warn("\"" + name + "\" was not rebuilt: zvrsit rebuild " + name);
-  if (state == 1) Warn("the last rebuild of \"" + name + "\" did not reach its end");
 }
 
+// The tables are marked as not whole for as long as they are being written.
 void Session::Close() {
-  if (manager_->FlushSite() != 0 || manager_->SiteClose() != 0) FailToWrite();
+  const bool isWhole = !onlyAsks_ && manager_->GetSiteProfRebuildState() == kRebuilt;
+  if (isWhole) manager_->SetSiteProfRebuildState(kNotWhole, -1);
+  if (!onlyAsks_ && manager_->FlushSite() != 0) FailToWrite();
+  if (isWhole) manager_->SetSiteProfRebuildState(kRebuilt, -1);
+  if (manager_->SiteClose() != 0) FailToWrite();
 }
 
 void Session::FailToWrite() {
-  manager_->SetSiteProfRebuildState(1, manager_->FindSiteProf(site_));
-  throw Failure(
-      kFileSystem,
-      FolderOfTables() + ": the tables cannot be written; when they can: zvrsit rebuild " + site_);
+  const std::string what = FolderOfTables(site_) + ": the tables cannot be written";
+  const std::string then = "when they can: zvrsit rebuild " + site_;
+  const std::string reason = std::generic_category().message(SiteMgr::LastSystemError());
+  manager_->SetSiteProfRebuildState(kNotWhole, number_);
+  Discard();
+  throw Failure(kFileSystem, what + ": " + reason + "; " + then);
 }
 
 std::string Session::Shown(const std::string& path) const {

@@ -1,11 +1,10 @@
-// One run of the program on one database: the lock, the manager and the open site.
+// One run of the program on one database: the locks, the manager and the open site.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "cli/lock_file.h"
 #include "dom/dom.h"
 #include "manager/site_mgr.h"
 
@@ -17,16 +16,17 @@ struct Options {
   bool json = false;
 };
 
-// Whether a command makes a missing database.
-enum class Database { kMustExist, kMake };
+// What a command does with the database: asks it, changes it, or also makes it when it is missing.
+// Only asked, it may lie where nothing can be written, and others can ask it at the same time.
+enum class Database { kAsk, kMustExist, kMake };
 
 // The native folder of the database. Throws Failure(kUsage) when no home folder is known.
 std::string DatabaseFolder(const Options& options);
 
 class Session {
  public:
-  // Locks and opens the database. Throws Failure: kDatabase when it is missing, damaged or in
-  // use, kFileSystem when its folder cannot be made.
+  // Opens the database and locks its profiles until a site is opened. Throws Failure: kDatabase
+  // when it is missing, damaged or in use, kFileSystem when it cannot be made or written.
   Session(const Options& options, Database database);
   // Closes the site if one is open; what a failed command did stays done.
   ~Session();
@@ -36,21 +36,36 @@ class Session {
   SiteMgr& manager() { return *manager_; }
   const std::string& database() const { return database_; }  // its native folder
 
-  // Opens the site `name`. Throws Failure: kUsage when there is none of that name, kFileSystem
-  // when its folder or top file is gone or a table may not be read and written, kDatabase when its
-  // tables are damaged.
+  // Opens the site `name`, to itself unless the database is only asked. Throws Failure: kUsage when
+  // there is none of that name, kFileSystem when its folder or top file is gone or a table may not
+  // be read and written, kDatabase when its tables are damaged or in use.
   void Open(const std::string& name);
-  // The same for a rebuild: damaged tables are made anew, and stderr says so.
-  void OpenToRebuild(const std::string& name);
-  // The same for questions: says on stderr when the site was not rebuilt.
+  // The same, but false for damaged tables.
+  bool OpenIfSound(const std::string& name);
+  // The same for questions: kDatabase also when no rebuild or change of the site came to its end.
   void OpenToAsk(const std::string& name);
-  // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails,
-  // and the site is one to be rebuilt.
+  // Gives back every lock before an answer is printed: an open site answers on from memory.
+  void LetGo();
+  // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. A
+  // site whose tables are not written to the end is one to be rebuilt.
   void Close();
   // The same failure, for tables that could not be written otherwise.
   [[noreturn]] void FailToWrite();
   // Lets go of the site and the database; what was not written is lost.
-  void Discard() { manager_.reset(); }
+  void Discard();
+
+  // Keeps others from the site without opening it, and from the profiles; puts in place what a
+  // rebuild had finished when it was killed, and removes what it had not. Throws as Open.
+  void HoldSite(const std::string& name);
+  // Keeps others from the profiles, or lets them in again.
+  void HoldProfiles();
+  void LetProfilesGo();
+  // Keeps others from the database of the older generation.
+  void HoldOlder();
+  // The number of the site that was opened or held.
+  int number() const { return number_; }
+  // The native folder of the tables of a site.
+  std::string FolderOfTables(const std::string& name) const;
 
   // How a `\` path is shown: the native path, relative to the site folder when it lies below it.
   std::string Shown(const std::string& path) const;
@@ -71,13 +86,17 @@ class Session {
   UrlID TargetOf(const std::string& nativeOrUrl);
 
  private:
-  bool OpenTables(const std::string& name);
-  std::string FolderOfTables() const;
+  void OpenDatabase();
+  bool OpenProfiles();
+  void NeedProfiles(bool areHeld);
+  void LockSite(const std::string& name);
   std::vector<std::string> Candidates(const std::string& native) const;
   int FindEntry(const std::string& native);
 
   std::string database_;  // native
-  std::unique_ptr<LockFile> lock_;
+  bool onlyAsks_;
+  bool holdsProfiles_ = false;
+  int number_ = -1;  // of the site that is locked
   DOM dom_;
   std::unique_ptr<SiteMgr> manager_;
   std::string site_;  // the name of the site that was opened
@@ -95,6 +114,10 @@ std::string FolderPath(const std::string& native);
 std::string PathBelow(const std::string& folder, const std::string& native);
 // The native form of a `\` path.
 std::string NativePath(const std::string& path);
+// Throws Failure(kFileSystem) when what failed last was the system's doing, such as a full disk:
+// with `what` and what the system says.
+void ThrowIfSystemFailed(const std::string& what);
+
 // Takes a string or a list of strings that the library returned; empty for null.
 std::string Take(std::string* text);
 std::vector<std::string> TakeList(std::vector<std::string*>* list);

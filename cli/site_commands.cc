@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "cli/beside_rebuild.h"
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/output.h"
@@ -17,7 +18,7 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
 }
 
 int RunSites(const Options& options) {
-  Session session(options, Database::kMustExist);
+  Session session(options, Database::kAsk);
   Json rows = Json::array();
   std::vector<Words> lines;
   for (const std::string& name : TakeList(session.manager().EnumSiteProf())) {
@@ -26,16 +27,18 @@ int RunSites(const Options& options) {
     lines.push_back({name, NativePath(profile.folders[kSlotSiteFolder]),
                      RulesName(profile.linkRules), RebuildState(profile)});
   }
+  session.LetGo();
   PrintList(rows, lines, options.json);
   return kClean;
 }
 
 int RunRebuild(const Options& options, const std::string& name, bool diff) {
   Session session(options, Database::kMustExist);
-  session.OpenToRebuild(name);
-  const int code = RebuildSite(session, !diff);
-  const SiteTotals totals = CountSite(session);
-  session.Close();
+  BesideRebuild rebuild(session, name);
+  const int code = RebuildSite(rebuild.copy(), !diff, session.database());
+  const SiteTotals totals = CountSite(rebuild.copy());
+  rebuild.Commit();
+  session.LetGo();
   if (options.json) {
     PrintJson(TotalsAsJson(totals));
   } else {

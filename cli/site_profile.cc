@@ -108,6 +108,7 @@ CLI::Validator IsLiveUrl() {
 
 // States of a profile.
 constexpr std::int32_t kNeverRebuilt = 0;
+constexpr std::int32_t kNotWhole = 1;
 constexpr std::int32_t kRebuilt = 2;
 
 bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
@@ -134,6 +135,7 @@ std::vector<std::string> ReadFolderLinksAnew(Session& session) {
   }
   if (session.manager().ReflectDefaultUrl("") != 0) session.FailToWrite();
   session.Close();
+  session.manager().SetSiteProfRebuildState(kRebuilt, session.number());
   return names;
 }
 
@@ -194,6 +196,7 @@ void NeedNewName(Session& session, const std::string& name, const std::string& e
 void AddSite(Session& session, const std::string& name, const GivenSite& site) {
   NeedNewName(session, name, "");
   if (session.manager().SetSiteProf(name, NewProfile(session, site)) < 0) {
+    ThrowIfSystemFailed("the profile of \"" + name + "\" cannot be written");
     throw Failure(kUsage, "\"" + name + "\" cannot be the name of a site: not every system could " +
                               "have a folder of that name");
   }
@@ -201,6 +204,7 @@ void AddSite(Session& session, const std::string& name, const GivenSite& site) {
 
 std::vector<std::string> ChangeSite(Session& session, const std::string& name,
                                     const GivenSite& site) {
+  session.HoldSite(name);
   SiteMgr& manager = session.manager();
   const SiteProfile before = ReadProfile(session, name);
   SiteProfile profile = before;
@@ -208,9 +212,11 @@ std::vector<std::string> ChangeSite(Session& session, const std::string& name,
   if (NeedRebuild(before, profile)) profile.rebuildState = kNeverRebuilt;
   const bool reflect = profile.rebuildState == kRebuilt && profile.defaultUrl != before.defaultUrl;
   if (reflect) session.Open(name);
+  if (reflect) profile.rebuildState = kNotWhole;  // until the pages are read
   // Every path in the tables is one of the folder before.
   const bool moves = !SameFolder(before, profile, kSlotSiteFolder);
   if ((moves && manager.DeleteSiteProf(name) != 0) || manager.SetSiteProf(name, profile) < 0) {
+    ThrowIfSystemFailed("the profile of \"" + name + "\" cannot be written");
     throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
   }
   return reflect ? ReadFolderLinksAnew(session) : std::vector<std::string>();

@@ -147,6 +147,7 @@ int SiteMgr::PropagateUnFamily(int pathNumber) {
 // The number of the open site's top file in the path table: kNoTopFile when the profile has none,
 // -1 when it cannot be read or is not registered.
 int SiteMgr::FindTopFile() const {
+  const ProfileUse use(*this);
   SiteSiteRec site;
   if (!ReadOpenSite(site)) return -1;
   if (site.topFile < 0) return kNoTopFile;
@@ -156,6 +157,7 @@ int SiteMgr::FindTopFile() const {
 }
 
 int SiteMgr::TraverseFamily() {
+  const ProfileUse use(*this);
   if (!HasFiles(siteProf)) return -1;
   const int topFile = FindTopFile();
   if (topFile == kNoTopFile) return 0;

@@ -6,8 +6,12 @@ namespace zvrsit {
 
 int SiteMgr::SiteOpen(const std::string& siteName, int mode) {
   if (siteName.empty() || siteProf == nullptr) return -1;
-  const int siteId = siteProf->Find(siteName);
-  return siteId < 0 || !HasRecords(siteProf) ? -1 : OpenSite(siteId, mode);
+  const int siteId = FindSiteProf(siteName);
+  if (siteId < 0 || LockSite(siteId) < 0) return -1;
+  // Until it was locked, another process may have renamed it.
+  const int result = FindSiteProf(siteName) == siteId ? OpenSite(siteId, mode) : -1;
+  UnlockSite(siteId);
+  return result;
 }
 
 int SiteMgr::SiteClose() {

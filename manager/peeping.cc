@@ -18,6 +18,7 @@ int SiteMgr::BeginPeep(int siteId) {
   if (!ReadProfileText(site.pathFile, name) || name.empty()) return -1;
   // A table that is still there is not closed first, on purpose: only one whose closing failed is.
   peepPathDB = new SitePathDB;
+  if (OnlyAsks()) peepPathDB->SetReadOnly();
   // The separator is a second one where the folder ends in its own, as it does; that is meant.
   return peepPathDB->Open(*dbDir + '\\' + name);
 }
@@ -31,8 +32,11 @@ int SiteMgr::EndPeep(int) {
 
 std::vector<std::string*>* SiteMgr::EnumPathInSite(const std::string& siteName) {
   if (siteName.empty() || siteProf == nullptr) return nullptr;
-  const int siteId = siteProf->Find(siteName);
+  const int siteId = FindSiteProf(siteName);
   if (siteId < 0) return nullptr;
+  const SiteUse site(*this, siteId, Locking::kAsk);
+  const ProfileUse use(*this);
+  if (!site.isHeld() || FindSiteProf(siteName) != siteId) return nullptr;
   std::vector<std::string*>* list = BeginPeep(siteId) < 0 ? nullptr : ListPeeped();
   if (EndPeep(0) == 0 || list == nullptr) return list;
   if (!list->empty()) DeleteString(list->front());
@@ -57,10 +61,23 @@ std::vector<std::string*>* SiteMgr::ListPeeped() {
   return list.release();
 }
 
-std::vector<std::string*>* SiteMgr::EnumSiteHasPath(const std::string& path) {
-  if (path.empty() || !HasRecords(siteProf) || siteProf->Count() < 0) return nullptr;
-  auto list = std::make_unique<std::vector<std::string*>>();
+bool SiteMgr::ListSites(std::vector<int>& sites) const {
+  const ProfileUse use(*this);
+  if (!HasRecords(siteProf) || siteProf->Count() < 0) return false;
   for (int site = siteProf->NextNumber(0); site >= 0; site = siteProf->NextNumber(site + 1)) {
+    sites.push_back(site);
+  }
+  return true;
+}
+
+std::vector<std::string*>* SiteMgr::EnumSiteHasPath(const std::string& path) {
+  std::vector<int> sites;
+  if (path.empty() || !ListSites(sites)) return nullptr;
+  auto list = std::make_unique<std::vector<std::string*>>();
+  for (const int site : sites) {
+    const SiteUse held(*this, site, Locking::kAsk);
+    const ProfileUse use(*this);
+    if (!held.isHeld()) return nullptr;
     const auto text = std::make_unique<std::string>();
     // The entry outlives its string, on purpose: callers count the sites.
     if (BeginPeep(site) == 0 && PeepedHas(path, *text)) list->push_back(text.get());

@@ -28,17 +28,20 @@ void ReleaseCollected(SitePathDB& paths, SitePathRec& rec) {
 }  // namespace
 
 int SiteMgr::NeedToRebuild(const std::string& siteName) {
+  const ProfileUse use(*this);
   if (siteName.empty() || !HasRecords(siteProf)) return -1;
   SiteSiteRec site;
   return siteProf->Get(siteProf->Find(siteName), site) < 0 ? -1 : site.rebuildState;
 }
 
 int SiteMgr::GetSiteProfRebuildState() {
+  const ProfileUse use(*this);
   SiteSiteRec site;
   return ReadOpenSite(site) ? site.rebuildState : -1;
 }
 
 int SiteMgr::SetSiteProfRebuildState(int state, int siteId) {
+  const ProfileUse use(*this);
   if (siteProf == nullptr) return -1;
   return siteProf->SetNumber(siteId < 0 ? openSiteId : siteId, &SiteSiteRec::rebuildState, state);
 }
@@ -207,7 +210,7 @@ int SiteMgr::FlushSite() {
 }
 
 int SiteMgr::PackSite(bool all) {
-  if (openSiteId < 0) return -1;
+  if (openSiteId < 0 || OnlyAsks()) return -1;
   int result = 0;
   for (SiteTable* table :
        std::initializer_list<SiteTable*>{urlDB, pathDB, linkDB, folderDB, relDB}) {

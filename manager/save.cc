@@ -119,6 +119,7 @@ int SiteMgr::SaveOne(const std::string& path, Document* doc) {
 
 // The site folder of the open site.
 int SiteMgr::ReadSiteFolder(std::string& siteDir) const {
+  const ProfileUse use(*this);
   SiteSiteRec site;
   if (!HasFiles(siteProf) || !ReadOpenSite(site)) return -1;
   return ReadProfileText(site.folders[SiteSiteRec::kSiteFolder], siteDir) ? 0 : -1;

@@ -78,9 +78,11 @@ int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile
 // place of the one before: copies of the manager point there too.
 template <class Use>
 int SiteMgr::WithServProf(Use use) {
-  if (servProf == nullptr || servProfPath == nullptr) return -1;
+  const ProfileUse profiles(*this);
+  if (servProf == nullptr || servProfPath == nullptr || !profiles.isHeld()) return -1;
   std::destroy_at(servProf);
   std::construct_at(servProf);
+  if (OnlyAsks()) servProf->SetReadOnly();
   if (servProf->Open(*servProfPath, kOpenPlain) < 0) return -1;
   const int result = use(*servProf);
   return servProf->Close() < 0 ? -1 : result;
@@ -117,6 +119,7 @@ int SiteMgr::CopyServProf(const std::string& from, const std::string& to) {
 }
 
 int SiteMgr::RenameServProf(const std::string& from, const std::string& to) {
+  const ProfileUse use(*this);
   const int renamed =
       WithServProf([&](SiteServProfDB& servers) { return servers.Rename(servers.Find(from), to); });
   if (renamed < 0 || !HasFiles(siteProf)) return renamed;

@@ -384,6 +384,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // and closes it; one pair within each public operation that peeps.
   int BeginPeep(int siteId);
   int EndPeep(int);
+  bool ListSites(std::vector<int>& sites) const;
   std::vector<std::string*>* ListPeeped();
   bool PeepedHas(const std::string& path, std::string& text);
 

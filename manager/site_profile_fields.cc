@@ -21,6 +21,7 @@ int SiteMgr::OpenSiteChanged() {
 
 template <class Field>
 std::string* SiteMgr::SiteText(Field field, int siteId) {
+  const ProfileUse use(*this);
   auto text = std::make_unique<std::string>();
   if (!HasFiles(siteProf) || siteProf->GetText(SiteNumber(siteId), field, *text) < 0) {
     return nullptr;
@@ -30,11 +31,13 @@ std::string* SiteMgr::SiteText(Field field, int siteId) {
 
 template <class Field>
 int SiteMgr::SetSiteText(Field field, const std::string& text, int siteId) {
+  const ProfileUse use(*this);
   if (!HasFiles(siteProf)) return -1;
   return siteProf->SetText(SiteNumber(siteId), field, text);
 }
 
 std::string* SiteMgr::GetSiteProfDir(int slot, int siteId) {
+  const ProfileUse use(*this);
   auto folder = std::make_unique<std::string>();
   if (!HasFiles(siteProf) || siteProf->GetFolder(SiteNumber(siteId), slot, *folder) < 0) {
     return nullptr;
@@ -43,6 +46,7 @@ std::string* SiteMgr::GetSiteProfDir(int slot, int siteId) {
 }
 
 int SiteMgr::SetSiteProfDir(int slot, const std::string& folder, int siteId) {
+  const ProfileUse use(*this);
   const int number = SiteNumber(siteId);
   if (!HasFiles(siteProf) || siteProf->SetFolder(number, slot, folder) < 0) return -1;
   return number == openSiteId ? OpenSiteChanged() : 0;
@@ -63,17 +67,20 @@ std::string* SiteMgr::GetSiteProfDefaultUrl(int siteId) {
 }
 
 int SiteMgr::SetSiteProfDefaultUrl(const std::string& name, int siteId) {
+  const ProfileUse use(*this);
   if (SetSiteText(&SiteSiteRec::defaultUrl, name, siteId) < 0) return -1;
   return SiteNumber(siteId) == openSiteId ? OpenSiteChanged() : 0;
 }
 
 int SiteMgr::GetSiteProfUseDocRoot(int siteId) {
+  const ProfileUse use(*this);
   SiteSiteRec rec;
   if (!HasFiles(siteProf) || siteProf->Get(SiteNumber(siteId), rec) < 0) return -1;
   return rec.useDocRoot != 0 ? 1 : 0;
 }
 
 int SiteMgr::SetSiteProfUseDocRoot(int use, int siteId) {
+  const ProfileUse profiles(*this);
   const int number = SiteNumber(siteId);
   if (!HasFiles(siteProf) ||
       siteProf->SetNumber(number, &SiteSiteRec::useDocRoot, use != 0 ? 1 : 0) < 0) {
@@ -91,12 +98,14 @@ int SiteMgr::SetSiteProfServer(const std::string& name, int siteId) {
 }
 
 int SiteMgr::GetSiteProfLinkRules(int siteId) {
+  const ProfileUse use(*this);
   SiteSiteRec rec;
   if (!HasFiles(siteProf) || siteProf->Get(SiteNumber(siteId), rec) < 0) return -1;
   return rec.linkRules & kWebRulesBit;
 }
 
 int SiteMgr::SetSiteProfLinkRules(int rules, int siteId) {
+  const ProfileUse use(*this);
   SiteSiteRec rec;
   if ((rules & ~kWebRulesBit) != 0 || !HasFiles(siteProf) ||
       siteProf->Get(SiteNumber(siteId), rec) < 0) {

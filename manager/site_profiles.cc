@@ -100,14 +100,17 @@ bool MoveTables(const std::string& dbDir, const TableNames& from, const TableNam
 }  // namespace
 
 std::vector<std::string*>* SiteMgr::EnumSiteProf() {
+  const ProfileUse use(*this);
   return HasFiles(siteProf) ? ListNames(*siteProf) : nullptr;
 }
 
 int SiteMgr::FindSiteProf(const std::string& name) {
+  const ProfileUse use(*this);
   return HasFiles(siteProf) ? siteProf->Find(name) : -1;
 }
 
 int SiteMgr::GetSiteProf(const std::string& name, SiteProfile& profile) {
+  const ProfileUse use(*this);
   SiteSiteRec rec;
   if (!HasFiles(siteProf) || siteProf->Get(siteProf->Find(name), rec) < 0) return -1;
   profile = SiteProfile{};
@@ -124,6 +127,7 @@ int SiteMgr::GetSiteProf(const std::string& name, SiteProfile& profile) {
 }
 
 int SiteMgr::SetSiteProf(const std::string& name, const SiteProfile& profile) {
+  const ProfileUse use(*this);
   int number = FindSiteProf(name);
   if (number < 0) number = AddSiteProf(name);
   return number < 0 ? -1 : StoreProfile(number, profile);
@@ -150,11 +154,13 @@ int SiteMgr::StoreProfile(int number, const SiteProfile& profile) {
 }
 
 int SiteMgr::AddSiteProf(const std::string& name) {
+  const ProfileUse use(*this);
   if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
   return MakeTableFolder(siteProf->Add(name));
 }
 
 int SiteMgr::CopySiteProf(const std::string& from, const std::string& to) {
+  const ProfileUse use(*this);
   if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
   return MakeTableFolder(siteProf->Copy(siteProf->Find(from), to));
 }
@@ -175,6 +181,9 @@ int SiteMgr::MakeTableFolder(int number) {
 int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   const int number = FindSiteProf(from);
   if (number < 0 || number == openSiteId || dbDir == nullptr) return -1;
+  const SiteUse site(*this, number, Locking::kChange);
+  const ProfileUse use(*this);
+  if (!site.isHeld() || FindSiteProf(from) != number) return -1;
   if (from == to) return 0;
   TableNames oldNames;
   TableNames newNames;
@@ -196,6 +205,9 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
 int SiteMgr::DeleteSiteProf(const std::string& name) {
   const int number = FindSiteProf(name);
   if (number < 0 || number == openSiteId || dbDir == nullptr) return -1;
+  const SiteUse site(*this, number, Locking::kChange);
+  const ProfileUse use(*this);
+  if (!site.isHeld() || FindSiteProf(name) != number) return -1;
   TableNames names;
   ReadTableNames(*siteProf, number, names);
   if (siteProf->Delete(number) < 0) return -1;

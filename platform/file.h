@@ -2,6 +2,7 @@
 // that means here); no call throws, and none needs more than the path that it is given.
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <string>
 
@@ -70,6 +71,13 @@ int Rename(const std::string& from, const std::string& to);
 // As Rename, but replaces an existing file on every system, in one call: at no moment there is
 // neither.
 int Replace(const std::string& from, const std::string& to);
+
+// An exclusive lock needs a file that is open for writing.
+enum class LockKind { kShared, kExclusive };
+// The LastError of a lock that another opening of the file, in this process or another, prevents.
+inline constexpr int kInUse = EAGAIN;
+// Tries to lock the byte at `offset`, which need not be there, until `fd` is closed; 0 or -1.
+int LockByte(int fd, std::int64_t offset, LockKind kind);
 
 // Flushes what the process holds in buffers of its own to the system. The calls above keep none,
 // so this is a hook that always succeeds on POSIX.

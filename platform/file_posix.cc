@@ -207,6 +207,17 @@ int Replace(const std::string& from, const std::string& to) {
   return Rename(from, to);
 }
 
+// The lock belongs to the open file, not to the process, and ends with it.
+int LockByte(int fd, std::int64_t offset, LockKind kind) {
+  struct flock range = {};
+  range.l_type = kind == LockKind::kShared ? F_RDLCK : F_WRLCK;
+  range.l_whence = SEEK_SET;
+  range.l_start = offset;
+  range.l_len = 1;
+  if (::fcntl(fd, F_OFD_SETLK, &range) == 0) return 0;
+  return Fail(errno == EACCES ? kInUse : errno);
+}
+
 int FlushAll() {
   return 0;
 }

@@ -211,6 +211,19 @@ int Replace(const std::string& from, const std::string& to) {
   return moved ? 0 : Fail(ErrorOfSystem());
 }
 
+int LockByte(int fd, std::int64_t offset, LockKind kind) {
+  const auto file = reinterpret_cast<HANDLE>(_get_osfhandle(fd));
+  if (file == INVALID_HANDLE_VALUE) return Fail(EBADF);
+  OVERLAPPED place = {};
+  place.Offset = static_cast<DWORD>(offset);
+  place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  const DWORD exclusive = kind == LockKind::kExclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0;
+  if (::LockFileEx(file, exclusive | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place)) return 0;
+  const DWORD error = ::GetLastError();
+  const bool inUse = error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING;
+  return Fail(inUse ? kInUse : ErrorOfSystem());
+}
+
 int FlushAll() {
   return _flushall() < 0 ? Fail(errno) : 0;
 }

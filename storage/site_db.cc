@@ -79,15 +79,20 @@ int SiteDB::Open() {
   return inMemory ? OpenWhole() : OpenDirect();
 }
 
+int SiteDB::OpenDescriptor() const {
+  return platform::Open(path, readOnly_ ? platform::kOpenReadOnly : platform::kOpenDatabase);
+}
+
 int SiteDB::OpenWhole() {
   if (capacity != 0) return -1;
   platform::FileStat stat;
   const std::uint32_t fileSize = platform::Stat(path, stat) < 0 ? 0 : stat.size;
-  fd = platform::Open(path, platform::kOpenDatabase);
+  fd = OpenDescriptor();
   if (fd < 0) return -1;
   dirty = false;
   size = 0;
-  if (fileSize > kLargestFile || !Reserve(CapacityFor(fileSize))) {
+  if (fileSize > kLargestFile || (readOnly_ && fileSize < kHeaderSize) ||
+      !Reserve(CapacityFor(fileSize))) {
     Abandon();
     return -1;
   }
@@ -154,7 +159,7 @@ void SiteDB::CompleteHeader() {
 }
 
 int SiteDB::OpenDirect() {
-  fd = platform::Open(path, platform::kOpenDatabase);
+  fd = OpenDescriptor();
   if (fd < 0) return -1;
   if (ReadHeader() < 0) {
     Abandon();
@@ -191,10 +196,12 @@ int SiteDB::Close(Image* kept) {
 }
 
 int SiteDB::CloseDirect() {
-  if (platform::Seek(fd, 0) < 0) return -1;
-  if (WriteHeader() < 0) {
-    platform::FlushAll();
-    return -1;
+  if (!readOnly_) {
+    if (platform::Seek(fd, 0) < 0) return -1;
+    if (WriteHeader() < 0) {
+      platform::FlushAll();
+      return -1;
+    }
   }
   platform::Close(fd);
   fd = -1;
@@ -225,6 +232,7 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
 }
 
 int SiteDB::WriteImage() {
+  if (readOnly_) return -1;
   StoreHeader(buffer.get(), headerWord1, headerWord2);
   changed_.Mark(0, kHeaderSize);
   // In parts only where that leaves the same bytes as writing it all.

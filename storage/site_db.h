@@ -53,6 +53,10 @@ class SiteDB {
   SiteDB(const SiteDB&) = delete;
   SiteDB& operator=(const SiteDB&) = delete;
 
+  // From then on nothing is written: opening makes no file and mends no header, but gives -1 where
+  // that would be needed. Changes of a whole file stay in memory; Flush and Close then give -1.
+  void SetReadOnly() { readOnly_ = true; }
+
   // Opens the file, making it when it is missing. 0 or -1; a failed open leaves it closed. An open
   // file gives -1 in whole-file mode; in direct mode its first descriptor is lost, so no one does.
   int Open();
@@ -165,6 +169,9 @@ class SiteDB {
   bool Reserve(std::uint32_t end);
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
 
+  int OpenDescriptor() const;
+
+  bool readOnly_ = false;
   // Whole-file mode: what changed since the file was read or written, and how it was left then.
   ChangedBlocks changed_;
   platform::FileStat onDisk_;

@@ -31,6 +31,10 @@ int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordTy
   if (path.empty() || wasOpened_ || IsOneFile(path, StringPath(path))) return -1;
   records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
   strings_ = std::make_unique<SiteVarRecDB>(StringPath(path), wholeFile);
+  if (readOnly_) {
+    records_->SetReadOnly();
+    strings_->SetReadOnly();
+  }
   wasOpened_ = records_->Open() == 0 && strings_->Open() == 0;
   if (!wasOpened_) DropFiles();
   return wasOpened_ ? 0 : -1;

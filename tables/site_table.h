@@ -21,6 +21,9 @@ class SiteTable {
   SiteTable(const SiteTable&) = delete;
   SiteTable& operator=(const SiteTable&) = delete;
 
+  // Before the table is opened: both files are only read (SiteDB::SetReadOnly says more).
+  void SetReadOnly() { readOnly_ = true; }
+
   // Closes the record file, then the string store; each that is closed is gone. 0 or -1. A name
   // index stays.
   int Close();
@@ -68,6 +71,7 @@ class SiteTable {
   int CloseStrings();
 
   bool wasOpened_ = false;
+  bool readOnly_ = false;
 };
 
 }  // namespace zvrsit

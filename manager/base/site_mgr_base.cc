@@ -5,6 +5,7 @@
 
 #include "css/css_control.h"
 #include "manager/base/operation_memo.h"
+#include "manager/base/site_locks.h"
 #include "platform/file.h"
 #include "storage/records.h"
 #include "tables/site_folder_db.h"
@@ -83,6 +84,7 @@ SiteMgrBase::~SiteMgrBase() {
   delete operationMemo;
   delete siteFolder;
   delete liveUrl;
+  delete locks;
 }
 
 void SiteMgrBase::setDom(DOM* newDom) {
@@ -101,20 +103,27 @@ void SiteMgrBase::setDB(const char* dir, const char* siteProfName, const char* s
   if (dir == nullptr || siteProfName == nullptr || servProfName == nullptr) return;
   const std::string folder = dir;
   if (platform::MakeFolderOfPath(folder) == 0) {
-    const int openMode = ProfileOpenMode(mode);
-    siteProf = new SiteSiteProfDB;
-    siteProf->Open(folder + siteProfName, openMode);
-
     delete servProfPath;
     servProfPath = new std::string(folder + servProfName);
-    // Closed again at once, on purpose: each operation on server profiles opens it anew.
+    siteProf = new SiteSiteProfDB;
     servProf = new SiteServProfDB;
-    servProf->Open(*servProfPath, openMode);
-    servProf->Flush();
-    servProf->Close();
+    if (locks == nullptr) {
+      OpenProfiles(folder + siteProfName, ProfileOpenMode(mode));
+    } else {
+      locks->SetPaths(folder, folder + siteProfName);
+      OpenSharedProfiles(ProfileOpenMode(mode));
+    }
   }
   delete dbDir;
   dbDir = new std::string(folder);
+}
+
+void SiteMgrBase::OpenProfiles(const std::string& path, int openMode) {
+  siteProf->Open(path, openMode);
+  // Closed again at once, on purpose: each operation on server profiles opens it anew.
+  servProf->Open(*servProfPath, openMode);
+  servProf->Flush();
+  servProf->Close();
 }
 
 bool SiteMgrBase::ReadProfileText(std::int32_t ref, std::string& text) const {
@@ -129,6 +138,14 @@ int SiteMgrBase::OpenSite(int siteId, int) {
   if (siteId < 0 || siteProf == nullptr || dbDir == nullptr || dbDir->empty() || openSiteId >= 0) {
     return -1;
   }
+  if (LockSite(siteId) < 0) return -1;
+  const int result = OpenHeldSite(siteId);
+  if (result < 0) UnlockSite(siteId);
+  return result;
+}
+
+int SiteMgrBase::OpenHeldSite(int siteId) {
+  const ProfileUse use(*this);
   if (siteProf->records() == nullptr || siteProf->strings() == nullptr) return -1;
   SiteSiteRec rec;
   if (siteProf->Get(siteId, rec) < 0) return -1;
@@ -183,6 +200,11 @@ void SiteMgrBase::OpenTables(const TableFiles& files) {
   linkDB = new SiteLinkDB;
   folderDB = new SiteFolderDB;
   relDB = new SiteRelDB;
+  if (OnlyAsks()) {
+    for (SiteTable* table :
+         std::initializer_list<SiteTable*>{urlDB, pathDB, linkDB, folderDB, relDB})
+      table->SetReadOnly();
+  }
   const int results[] = {urlDB->Open(files[0]), pathDB->Open(files[1]), linkDB->Open(files[2]),
                          folderDB->Open(files[3]), relDB->Open(files[4])};
   if (std::ranges::any_of(results, [](int result) { return result < 0; })) DropTables();
@@ -243,6 +265,7 @@ int SiteMgrBase::CloseSite() {
   Drop(docRoot);
   Drop(siteFolder);
   Drop(liveUrl);
+  UnlockSite(openSiteId);
   openSiteId = -1;
   return 0;  // defaultUrl stays until the next opening, on purpose
 }

@@ -19,6 +19,7 @@ struct FileStat;
 class CCSSControl;
 class DOM;
 struct OperationMemo;
+class SiteLocks;
 class SiteFolderDB;
 class SiteLinkDB;
 class SitePathDB;
@@ -54,6 +55,35 @@ class ZVRSIT_API SiteMgrBase {
   // profile files up after opening, 3 and 4 also restore a damaged one from its backup. Reports
   // nothing: after a failure GetSiteProf is null or the operations on profiles give -1.
   void setDB(const char* dir, const char* siteProfName, const char* servProfName, int mode);
+
+  // Sharing the database with other processes, all of which switch this on. Off by default: then
+  // no lock is taken, and two managers on one database may lose each other's changes.
+  //
+  // kChange: the open site is this manager's alone, from OpenSite to CloseSite. kAsk: it is shared
+  // with others that ask; nothing is ever written, so a database that may only be read can be
+  // asked, and what an answer brings up to date, such as the family, stays in memory. Operations
+  // on profiles each take a lock of their own and read the profiles anew; the table of
+  // GetSiteProf is open only meanwhile. Looking into another site shares it for that long.
+  //
+  // What is in use is waited for; after that, the operation gives what it gives on failure, and
+  // FoundInUse is true. The locks are the system's, on the file `lock` in the database folder:
+  // they end with the process.
+  enum class Locking { kOff, kAsk, kChange };
+  // Before setDB, once. `patience` is how many milliseconds an operation waits.
+  void SetLocking(Locking locking, int patience = 3000);
+  // Keeps the profiles to this manager for several operations; 0 or -1. Every LockProfiles that
+  // gave 0 is followed by an UnlockProfiles. Whoever needs a site too locks that first.
+  int LockProfiles();
+  void UnlockProfiles();
+  // The same for a site that is not open, by its record number; numbers from 2^26 on, which no site
+  // has, are for purposes of the application's own. UnlockSite also lets go of the open site of a
+  // manager that only asks: it answers on from memory.
+  int LockSite(int siteId);
+  void UnlockSite(int siteId);
+  // Whether the last lock that an operation needed was not had because another manager held it.
+  bool FoundInUse() const;
+  // The system's error number (errno) of the last call to it that failed in this thread.
+  static int LastSystemError();
 
   // Opening and closing.
 
@@ -134,6 +164,39 @@ class ZVRSIT_API SiteMgrBase {
     bool outermost_;
   };
 
+  // One use of the site profiles: with locking, they are locked and open for as long as this lives,
+  // or closed where they could not be locked. A use inside another is part of it.
+  class ProfileUse {
+   public:
+    explicit ProfileUse(const SiteMgrBase& manager);
+    ~ProfileUse();
+    ProfileUse(const ProfileUse&) = delete;
+    ProfileUse& operator=(const ProfileUse&) = delete;
+
+    bool isHeld() const { return isHeld_; }  // true also without locking
+
+   private:
+    const SiteMgrBase& manager_;
+    const bool isHeld_;
+  };
+  // The same of another site than the open one, to ask or to change it.
+  class SiteUse {
+   public:
+    SiteUse(const SiteMgrBase& manager, int siteId, Locking purpose);
+    ~SiteUse();
+    SiteUse(const SiteUse&) = delete;
+    SiteUse& operator=(const SiteUse&) = delete;
+
+    bool isHeld() const { return isHeld_; }
+
+   private:
+    const SiteMgrBase& manager_;
+    const int siteId_;
+    const bool isHeld_;
+  };
+
+  bool OnlyAsks() const;
+
   // Tells the style-sheet library the folders of `rec`: 0, or -1 when the site folder is unset.
   int NotifyCss(SiteSiteRec& rec);
 
@@ -174,12 +237,18 @@ class ZVRSIT_API SiteMgrBase {
   // null when no site is open. Likewise its live URL.
   std::string* siteFolder = nullptr;
   std::string* liveUrl = nullptr;
+  SiteLocks* locks = nullptr;  // null where locking is off
 
  private:
   enum class CaseCheck { kNo, kYes };
   // The paths of the open site's files: URL, path, link, folder and relation table.
   using TableFiles = std::array<std::string, 5>;
 
+  void OpenProfiles(const std::string& path, int openMode);
+  void OpenSharedProfiles(int openMode);
+  bool HoldProfiles(int openMode) const;
+  void LetProfilesGo() const;
+  int OpenHeldSite(int siteId);
   bool ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const;
   void OpenTables(const TableFiles& files);
   void DropTables();

@@ -108,6 +108,34 @@ TEST(BadInput, NamesThatNeedCare) {
   EXPECT_TRUE(slash.complains());
 }
 
+// Bytes that are no UTF-8 are escaped in JSON, and what looks like an escape is told from one.
+TEST(BadInput, NamesThatAreNotUtf8) {
+  const Program program;
+  program.Page("index.html", "<a href='caf%E9.html'><a href='%E3%81.html'>");
+  program.Page("caf\xE9.html", "<title>caf\xC3\xA9</title><a href=index.html>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const Json files = program.Ask({"files", "demo"});
+  ASSERT_EQ(files.size(), 3u);
+  EXPECT_EQ(files[0]["name"], "caf\\xE9.html");
+  EXPECT_EQ(files[0]["title"], "caf\xC3\xA9");
+  EXPECT_EQ(files[2]["name"], "\\xE3\\x81.html");
+  EXPECT_EQ(program.Ask({"links", "demo", "--from", "caf\xE9.html"})[0]["from"], "caf\\xE9.html");
+  const struct {
+    const char* given;
+    const char* json;
+    const char* line;
+  } rows[] = {{"\xE9\\", "\\xE9\\\\", "\xE9\\\\"},
+              {"C:\\xE9", "C:\\\\xE9", "C:\\\\xE9"},
+              {"C:\\\\xE9", "C:\\\\\\\\xE9", "C:\\\\\\\\xE9"},
+              {"C:\\new", "C:\\new", "C:\\\\new"}};
+  for (const auto& row : rows) {
+    ASSERT_EQ(program.Run({"server", "set", "host", "--host", row.given}).code, 0);
+    EXPECT_EQ(program.Ask({"server", "show", "host"})["host"], row.json);
+    const std::string shown = program.Run({"server", "show", "host"}).out;
+    EXPECT_NE(shown.find(" " + std::string(row.line) + "\n"), std::string::npos) << shown;
+  }
+}
+
 TEST(BadInput, PagesOfEveryShape) {
   const Program program;
   const std::string link = "<a href=last.html>";

@@ -1,7 +1,6 @@
 // The commands, their options and exit codes.
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/file.h>
 
 #include <cstdlib>
 
@@ -294,33 +293,8 @@ TEST(Commands, ShowAndChangeProfiles) {
   EXPECT_EQ(program.Ask({"sites"}), Json::array());
 }
 
-// Another process on the database is waited for, but not for ever.
-TEST(Commands, OneProcessAtATime) {
-  const Program program;
-  program.Page("index.html", "");
-  ASSERT_EQ(program.Build("demo").code, 0);
-  const int lock = open(program.folder.native("db/lock").c_str(), O_RDWR | O_CLOEXEC);
-  ASSERT_EQ(flock(lock, LOCK_EX), 0);
-  const Outcome refused = program.Run({"sites"});
-  EXPECT_EQ(refused.code, 3);
-  EXPECT_TRUE(refused.complains("in use"));
-  std::thread release([lock] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    close(lock);
-  });
-  EXPECT_EQ(program.Run({"sites"}).code, 0);
-  release.join();
-}
-
-// Interrupted at the first sight of the progress bar, which only a terminal is shown.
-TEST(Commands, AnInterruptedRebuildCanBeRepeated) {
-  const Program program;
-  program.Page("index.html", "");
-  std::string links;
-  for (int i = 0; i < 300; ++i) links += "<a href=p" + std::to_string(i) + ".html>";
-  for (int i = 0; i < 1500; ++i) program.Page("p" + std::to_string(i) + ".html", links);
-  ASSERT_EQ(program.Run({"add", "demo", program.folder.native("site")}).code, 0);
-
+// Interrupts a rebuild of "demo" when it first shows its progress bar, which only a terminal sees.
+void InterruptAtTheFirstSight(const Program& program) {
   const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
   Process rebuild(program.folder, {"rebuild", "demo", "--db", program.folder.native("db")}, "",
@@ -338,14 +312,38 @@ TEST(Commands, AnInterruptedRebuildCanBeRepeated) {
       seen.append(buffer, static_cast<std::size_t>(count));
     }
   });
-  EXPECT_EQ(rebuild.Wait().code, 4);
+  EXPECT_EQ(rebuild.Wait().code, 130);
   drain.join();
   close(terminal);
   EXPECT_NE(seen.find("interrupted"), std::string::npos);
-  EXPECT_EQ(program.Ask({"sites"})[0]["state"], "last rebuild failed");
-  EXPECT_TRUE(program.Run({"urls", "demo"}).complains("rebuild"));
-  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  EXPECT_EQ(program.Run({"broken", "demo"}).code, 0);
+}
+
+TEST(Commands, AnInterruptedRebuildLeavesWhatThereWas) {
+  const Program program;
+  program.Page("index.html", "<a href=p0.html>");
+  const std::string db = program.folder.native("db");
+  const std::string site = program.folder.native("site");
+  for (const bool wasRebuilt : {false, true}) {
+    if (wasRebuilt) {
+      EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+    } else {
+      ASSERT_EQ(program.Run({"add", "demo", site}).code, 0);
+    }
+    const Outcome before = program.Run({"broken", "demo"});
+    program.Page("index.html", "");
+    std::string links;
+    for (int i = 0; i < 300; ++i) links += "<a href=p" + std::to_string(i) + ".html>";
+    for (int i = 0; i < 1500; ++i) program.Page("p" + std::to_string(i) + ".html", links);
+    InterruptAtTheFirstSight(program);
+    fs::remove_all(site);
+    program.Page("index.html", "<a href=p0.html>");
+    const Outcome after = program.Run({"broken", "demo"});
+    EXPECT_EQ(after.code, wasRebuilt ? 1 : 3);
+    EXPECT_EQ(after.out, before.out);
+    const char* const state = wasRebuilt ? "rebuilt" : "last rebuild failed";
+    EXPECT_EQ(program.Ask({"sites"})[0]["state"], state);
+    EXPECT_FALSE(program.folder.has("db/demo/new"));
+  }
 }
 
 TEST(Commands, SayWhenTheirOutputIsLost) {

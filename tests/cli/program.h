@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -61,6 +63,7 @@ class Process {
   }
 
   void Interrupt() const { kill(pid_, SIGINT); }
+  void Kill() const { kill(pid_, SIGKILL); }
 
   // Waits for the end; a program that takes longer than a minute and a half hangs.
   Outcome Wait() {

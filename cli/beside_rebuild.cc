@@ -1,0 +1,112 @@
+#include "cli/beside_rebuild.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "cli/exit_code.h"
+#include "cli/native_name.h"
+#include "cli/output.h"
+#include "cli/site_profile.h"
+#include "cli/table_files.h"
+
+namespace zvrsit::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kFailed = 1;
+constexpr int kRebuilt = 2;
+
+fs::path NewFolder(const std::string& tables) {
+  return PathOf(tables) / "new";
+}
+
+fs::path DoneFolder(const std::string& tables) {
+  return PathOf(tables) / "done";
+}
+
+void Need(const fs::path& path, const std::error_code& error) {
+  if (error) throw Failure(kFileSystem, NameOf(path) + ": " + error.message());
+}
+
+void RemoveAll(const fs::path& path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  Need(path, error);
+}
+
+}  // namespace
+
+bool HasFinishedRebuild(const std::string& tables) {
+  std::error_code error;
+  return fs::exists(DoneFolder(tables), error);
+}
+
+void FinishRebuild(SiteMgr& manager, int number, const std::string& tables) {
+  std::error_code error;
+  const fs::path done = DoneFolder(tables);
+  if (fs::exists(done, error)) {
+    for (const auto& entry : fs::directory_iterator(done, error)) {
+      fs::rename(entry.path(), PathOf(tables) / entry.path().filename(), error);
+      Need(entry.path(), error);
+    }
+    Need(done, error);
+    if (manager.SetSiteProfRebuildState(kRebuilt, number) != 0) {
+      ThrowIfSystemFailed(tables);
+      throw Failure(kDatabase, tables + ": the profile of the site cannot be written");
+    }
+    RemoveAll(done);
+  }
+  RemoveAll(NewFolder(tables));
+}
+
+BesideRebuild::BesideRebuild(Session& session, const std::string& name, SiteProfile profile)
+    : session_(session),
+      name_(name),
+      tables_(session.FolderOfTables(name)),
+      profile_(std::move(profile)) {}
+
+// Once the other constructor has come to its end, the destructor cleans up after a failure.
+BesideRebuild::BesideRebuild(Session& session, const std::string& name)
+    : BesideRebuild(session, name, (session.HoldSite(name), ReadProfile(session, name))) {
+  session.LetProfilesGo();
+  copy_ = std::make_unique<Session>(Options{NameOf(NewFolder(tables_)), false}, Database::kMake);
+  OpenCopy();
+}
+
+void BesideRebuild::OpenCopy() {
+  if (copy_->manager().SetSiteProf(name_, profile_) != 0) {
+    ThrowIfSystemFailed(tables_);
+    throw Failure(kDatabase, tables_ + ": no copy of the profile of the site can be made");
+  }
+  const std::string folder = copy_->FolderOfTables(name_);
+  const bool areThere = HasTables(tables_);
+  if (areThere) CopyTables(tables_, folder);
+  if ((areThere || profile_.rebuildState == 0) && copy_->OpenIfSound(name_)) return;
+  Warn(tables_ + ": a table of the site was damaged; all are made anew");
+  RemoveTables(folder);
+  copy_->manager().SetSiteProfRebuildState(0, copy_->manager().FindSiteProf(name_));
+  copy_->Open(name_);
+}
+
+BesideRebuild::~BesideRebuild() {
+  if (copy_ != nullptr) copy_->Discard();
+  std::error_code ignored;
+  fs::remove_all(NewFolder(tables_), ignored);
+  if (done_ || profile_.rebuildState == kRebuilt) return;
+  SiteMgr& manager = session_.manager();
+  manager.SetSiteProfRebuildState(kFailed, manager.FindSiteProf(name_));
+}
+
+void BesideRebuild::Commit() {
+  copy_->Close();
+  const fs::path folder = PathOf(copy_->FolderOfTables(name_));
+  copy_.reset();
+  std::error_code error;
+  fs::rename(folder, DoneFolder(tables_), error);
+  Need(folder, error);
+  done_ = true;
+  FinishRebuild(session_.manager(), session_.number(), tables_);
+}
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,66 @@
+#include "cli/table_files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "cli/exit_code.h"
+#include "cli/native_name.h"
+
+namespace zvrsit::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kTables[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
+
+void Need(bool done, const std::string& name, const std::error_code& error) {
+  if (!done) throw Failure(kFileSystem, name + ": " + error.message());
+}
+
+}  // namespace
+
+bool HasTables(const std::string& folder) {
+  return std::all_of(std::begin(kTables), std::end(kTables), [&](const char* file) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(PathOf(folder) / file, error);
+    return !error && size != 0;
+  });
+}
+
+void CopyTables(const std::string& folder, const std::string& to) {
+  for (const char* file : kTables) {
+    std::error_code error;
+    const fs::path copy = PathOf(to) / file;
+    errno = 0;
+    fs::copy_file(PathOf(folder) / file, copy, fs::copy_options::overwrite_existing, error);
+    // What the standard library makes of a disk that becomes full.
+    if (error == std::errc::io_error && errno != 0) error.assign(errno, std::generic_category());
+    Need(!error, NameOf(copy), error);
+  }
+}
+
+void RemoveTables(const std::string& folder) {
+  std::error_code error;
+  fs::create_directory(PathOf(folder), error);
+  for (const char* file : kTables) {
+    const fs::path path = PathOf(folder) / file;
+    fs::remove(path, error);
+    Need(!error, NameOf(path), error);
+  }
+}
+
+void NeedAccess(const std::string& file, bool onlyToRead) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
+      std::fopen(file.c_str(), onlyToRead ? "rb" : "r+b"), &std::fclose);
+  Need(opened != nullptr || errno == ENOENT, file, {errno, std::generic_category()});
+}
+
+void NeedAccessToTables(const std::string& folder, bool onlyToRead) {
+  for (const char* file : kTables) NeedAccess(NameOf(PathOf(folder) / file), onlyToRead);
+}
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,20 @@
+// The files of a site's tables, in a native folder.
+#pragma once
+
+#include <string>
+
+namespace zvrsit::cli {
+
+// Whether all files of a site that was rebuilt once are in `folder`.
+bool HasTables(const std::string& folder);
+// Each throws Failure(kFileSystem), with the name of the file.
+//
+// Copies them into another folder, which is there.
+void CopyTables(const std::string& folder, const std::string& to);
+// Removes them, and makes the folder if it is missing.
+void RemoveTables(const std::string& folder);
+// What is missing is no failure; one that may not be read, or else not read and written, is.
+void NeedAccess(const std::string& file, bool onlyToRead);
+void NeedAccessToTables(const std::string& folder, bool onlyToRead);
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,175 @@
+// Answers come from a database that is whole, or not at all.
+#include <gtest/gtest.h>
+
+#include "cli/program.h"
+#include "support/own_mounts.h"
+
+namespace zvrsit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kQuestions[] = {"links", "broken", "unused", "family", "files", "urls"};
+
+void ExpectNoAnswers(const Program& program, const std::string& why) {
+  for (const char* question : kQuestions) {
+    const Outcome outcome = program.Run({question, "demo"});
+    EXPECT_EQ(outcome.code, 3) << question << why;
+    EXPECT_TRUE(outcome.complains("zvrsit rebuild demo")) << outcome.err;
+    EXPECT_EQ(outcome.out, "") << question << why;
+  }
+}
+
+// A page with so many links to files that are not there.
+std::string BrokenLinks(int count) {
+  std::string page;
+  for (int i = 0; i < count; ++i) page += "<a href=none" + std::to_string(i) + ".html>";
+  return page;
+}
+
+TEST(Whole, NoAnswersBeforeARebuild) {
+  const Program program;
+  program.Page("index.html", BrokenLinks(1));
+  ASSERT_EQ(program.Run({"add", "demo", program.folder.native("site")}).code, 0);
+  ExpectNoAnswers(program, " of a new site");
+  ASSERT_EQ(program.Run({"save", "demo", "index.html"}).code, 0);
+  ExpectNoAnswers(program, " of a saved page");
+  ASSERT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 1);
+  ASSERT_EQ(program.Run({"site", "set", "demo", "--rules", "classic"}).code, 0);
+  ExpectNoAnswers(program, " by other rules");
+}
+
+// Killed at any moment, a rebuild leaves what was there before it, or what it was to leave.
+TEST(Whole, AKilledRebuildLeavesOneOrTheOther) {
+  const Program program;
+  program.Page("index.html", BrokenLinks(1));
+  for (int i = 0; i < 400; ++i) program.Page("p" + std::to_string(i) + ".html", BrokenLinks(20));
+  ASSERT_EQ(program.Build("demo").code, 0);
+  std::size_t before = program.Ask({"broken", "demo"}).size();
+  int killed = 0;
+  for (int wait = 5; wait < 400 && killed < 12; wait += wait / 3) {
+    program.Page("index.html", BrokenLinks(1 + wait));
+    Process rebuild(program.folder, {"rebuild", "demo", "--db", program.folder.native("db")});
+    std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+    rebuild.Kill();
+    if (rebuild.Wait().code == -1) ++killed;
+    const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
+    EXPECT_EQ(broken.code, 1) << wait << broken.err;
+    const std::size_t rows = broken.json().size();
+    EXPECT_TRUE(rows == before || rows == 8000u + 1 + static_cast<std::size_t>(wait)) << rows;
+    before = rows;
+  }
+  EXPECT_GT(killed, 0);
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_FALSE(program.folder.has("db/demo/new"));
+}
+
+// Killed while its files were moved to their places, it is ended by whoever comes next.
+TEST(Whole, AFinishedRebuildIsPutInPlace) {
+  for (const char* next : {"broken", "rebuild", "save"}) {
+    const Program program;
+    program.Page("index.html", BrokenLinks(1));
+    ASSERT_EQ(program.Build("demo").code, 0);
+    const fs::path tables = program.folder.native("db/demo");
+    const fs::path old = program.folder.native("old");
+    fs::copy(tables, old);
+    program.Page("index.html", BrokenLinks(500));
+    ASSERT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+    const fs::path finished = program.folder.native("finished");
+    fs::copy(tables, finished);
+    for (std::size_t moved = 0; moved <= 10; moved += 5) {
+      fs::remove_all(tables);
+      fs::copy(old, tables);
+      fs::copy(finished, tables / "done");
+      std::size_t count = 0;
+      for (const auto& file : fs::directory_iterator(finished)) {
+        if (count++ >= moved) break;
+        fs::rename(tables / "done" / file.path().filename(), tables / file.path().filename());
+      }
+      Words words{next, "demo"};
+      if (next == std::string("save")) words.push_back("index.html");
+      EXPECT_LE(program.Run(words).code, 1) << next << moved;
+      EXPECT_FALSE(program.folder.has("db/demo/done")) << next << moved;
+      EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 500u) << next << moved;
+    }
+  }
+}
+
+// What a killed rebuild left is of no site that gets the name later.
+TEST(Whole, NothingIsLeftOfADeletedSite) {
+  const Program program;
+  program.Page("index.html", BrokenLinks(1));
+  ASSERT_EQ(program.Build("demo").code, 0);
+  program.folder.write("db/demo/new/demo/PR", "unfinished");
+  ASSERT_EQ(program.Run({"site", "delete", "demo"}).code, 0);
+  EXPECT_FALSE(program.folder.has("db/demo"));
+}
+
+TEST(Whole, AFullDiskKeepsTheAnswersThatThereWere) {
+  if (!OwnMounts()) GTEST_SKIP() << "this system lets no test mount";
+  const Program program;
+  program.Page("index.html", BrokenLinks(10));
+  program.folder.makeFolder("db");
+  const SmallDisk disk(program.folder.native("db"), 1 << 20);
+  ASSERT_TRUE(disk.isThere());
+  disk.Fill();
+  const Outcome added = program.Run({"add", "demo", program.folder.native("site")});
+  EXPECT_EQ(added.code, 4);
+  EXPECT_TRUE(added.complains("No space left on device")) << added.err;
+  disk.Empty();
+  fs::remove(program.folder.native("db/sites.R"));
+  fs::remove(program.folder.native("db/sites.S"));
+  ASSERT_EQ(program.Build("demo").code, 0);
+
+  program.Page("index.html", BrokenLinks(2000));
+  disk.Fill();
+  const Outcome rebuilt = program.Run({"rebuild", "demo"});
+  EXPECT_EQ(rebuilt.code, 4);
+  EXPECT_TRUE(rebuilt.complains("No space left on device")) << rebuilt.err;
+  EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 10u);
+  EXPECT_EQ(program.Ask({"sites"})[0]["state"], "rebuilt");
+  const Outcome saved = program.Run({"save", "demo", "index.html"});
+  EXPECT_EQ(saved.code, 4);
+  EXPECT_TRUE(saved.complains("No space left on device")) << saved.err;
+  ExpectNoAnswers(program, " after a save that could not be written");
+  disk.Empty();
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 2000u);
+}
+
+TEST(Whole, AReadOnlyMediumCanBeAsked) {
+  if (!OwnMounts()) GTEST_SKIP() << "this system lets no test mount";
+  const Program program;
+  program.Page("index.html", "<a href=b.html><a href=http://example.org/><a href=none.html>");
+  program.Page("b.html", "");
+  program.folder.makeFolder("db");
+  const SmallDisk disk(program.folder.native("db"), 1 << 20);
+  ASSERT_TRUE(disk.isThere());
+  ASSERT_EQ(program.Build("demo").code, 0);
+  ASSERT_EQ(program.Run({"server", "set", "host", "--host", "h"}).code, 0);
+  Words asked;
+  for (const char* question : kQuestions) asked.push_back(program.Run({question, "demo"}).out);
+  for (const bool hasLock : {true, false}) {
+    if (!hasLock) fs::remove(program.folder.native("db/lock"));
+    ASSERT_TRUE(disk.SetReadOnly(true));
+    for (std::size_t i = 0; i < asked.size(); ++i) {
+      const Outcome outcome = program.Run({kQuestions[i], "demo"});
+      EXPECT_EQ(outcome.out, asked[i]) << outcome.err;
+      EXPECT_LE(outcome.code, 1) << kQuestions[i];
+    }
+    EXPECT_EQ(program.Ask({"sites"}).size(), 1u);
+    EXPECT_EQ(program.Ask({"site", "show", "demo"})["state"], "rebuilt");
+    EXPECT_EQ(program.Ask({"server", "show", "host"})["host"], "h");
+    for (const Words& words : {Words{"rebuild", "demo"}, Words{"save", "demo", "b.html"},
+                               Words{"site", "delete", "demo"}}) {
+      const Outcome outcome = program.Run(words);
+      EXPECT_EQ(outcome.code, 4) << words[0];
+      EXPECT_TRUE(outcome.complains("Read-only file system")) << outcome.err;
+    }
+    ASSERT_TRUE(disk.SetReadOnly(false));
+  }
+}
+
+}  // namespace
+}  // namespace zvrsit::test
