@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
@@ -35,6 +36,21 @@ void RemoveAll(const fs::path& path) {
   Need(path, error);
 }
 
+// Listed first, as a folder that changes may be listed in part.
+void MoveFiles(const fs::path& from, const fs::path& to) {
+  std::vector<fs::path> files;
+  std::error_code error;
+  for (fs::directory_iterator entry(from, error); !error && entry != fs::directory_iterator();
+       entry.increment(error)) {
+    files.push_back(entry->path());
+  }
+  Need(from, error);
+  for (const fs::path& file : files) {
+    fs::rename(file, to / file.filename(), error);
+    Need(file, error);
+  }
+}
+
 }  // namespace
 
 bool HasFinishedRebuild(const std::string& tables) {
@@ -46,11 +62,7 @@ void FinishRebuild(SiteMgr& manager, int number, const std::string& tables) {
   std::error_code error;
   const fs::path done = DoneFolder(tables);
   if (fs::exists(done, error)) {
-    for (const auto& entry : fs::directory_iterator(done, error)) {
-      fs::rename(entry.path(), PathOf(tables) / entry.path().filename(), error);
-      Need(entry.path(), error);
-    }
-    Need(done, error);
+    MoveFiles(done, PathOf(tables));
     if (manager.SetSiteProfRebuildState(kRebuilt, number) != 0) {
       ThrowIfSystemFailed(tables);
       throw Failure(kDatabase, tables + ": the profile of the site cannot be written");
