@@ -1,5 +1,8 @@
 // Answers come from a database that is whole, or not at all.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "cli/program.h"
 #include "support/own_mounts.h"
@@ -96,6 +99,31 @@ TEST(Whole, AFinishedRebuildIsPutInPlace) {
   }
 }
 
+// Killed by the first write past so many bytes of a file, a rebuild leaves the answers that there
+// were; a save leaves none.
+TEST(Whole, KilledWhileTheTablesAreWritten) {
+  const Program program;
+  program.Page("index.html", BrokenLinks(3));
+  ASSERT_EQ(program.Build("demo").code, 0);
+  program.Page("index.html", BrokenLinks(500));
+  std::signal(SIGXFSZ, SIG_DFL);
+  rlimit before;
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto kill = [&](const Words& words) {
+    const rlimit limit{6000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(program.Run(words).code, -1) << words[0];
+    setrlimit(RLIMIT_FSIZE, &before);
+  };
+  kill({"rebuild", "demo"});
+  EXPECT_TRUE(program.folder.has("db/demo/new"));
+  EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 3u);
+  kill({"save", "demo", "index.html"});
+  ExpectNoAnswers(program, " after a save that was killed");
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 500u);
+}
+
 // What a killed rebuild left is of no site that gets the name later.
 TEST(Whole, NothingIsLeftOfADeletedSite) {
   const Program program;
@@ -118,8 +146,6 @@ TEST(Whole, AFullDiskKeepsTheAnswersThatThereWere) {
   EXPECT_EQ(added.code, 4);
   EXPECT_TRUE(added.complains("No space left on device")) << added.err;
   disk.Empty();
-  fs::remove(program.folder.native("db/sites.R"));
-  fs::remove(program.folder.native("db/sites.S"));
   ASSERT_EQ(program.Build("demo").code, 0);
 
   program.Page("index.html", BrokenLinks(2000));
