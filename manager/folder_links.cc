@@ -118,7 +118,7 @@ bool IsFolderLink(std::string_view text) {
 // that cannot be saved is passed over.
 int SiteMgr::ReflectDefaultUrl(const std::string&) {
   std::string siteDir;
-  if (!HasFiles(linkDB) || !HasFiles(pathDB) || !HasFiles(siteProf) ||
+  if (!HasFiles(linkDB) || !HasFiles(pathDB) ||
       (defaultUrl == nullptr && linkRules == LinkRules::Classic) || ReadSiteFolder(siteDir) < 0) {
     return -1;
   }
