@@ -49,7 +49,10 @@ struct FileStat {
   std::int32_t modificationTime = 0;
   std::int32_t accessTime = 0;
   std::int64_t modificationNanoseconds = 0;  // since the epoch, for caches
-  std::uint64_t device = 0;                  // with `file`: the same real file or folder
+  // The same of the last change of the content or of what is known about the file, such as its
+  // modification time when that is set; 0 on a file system that does not keep it.
+  std::int64_t changeNanoseconds = 0;
+  std::uint64_t device = 0;  // with `file`: the same real file or folder
   std::uint64_t file = 0;
 
   bool isFolder() const { return (mode & kModeFolder) != 0; }

@@ -73,6 +73,14 @@ timespec ModificationTime(const struct stat& status) {
 #endif
 }
 
+timespec ChangeTime(const struct stat& status) {
+#if defined(__APPLE__)
+  return status.st_ctimespec;
+#else
+  return status.st_ctim;
+#endif
+}
+
 void Fill(const struct stat& status, FileStat& result) {
   constexpr off_t kMostSize = 0xFFFFFFFE;
   result.mode = S_ISDIR(status.st_mode) ? kModeFolder : S_ISREG(status.st_mode) ? kModeRegular : 0;
@@ -81,6 +89,7 @@ void Fill(const struct stat& status, FileStat& result) {
   result.modificationTime = ClampTime(status.st_mtime);
   result.accessTime = ClampTime(status.st_atime);
   result.modificationNanoseconds = Nanoseconds(ModificationTime(status));
+  result.changeNanoseconds = Nanoseconds(ChangeTime(status));
   result.device = static_cast<std::uint64_t>(status.st_dev);
   result.file = static_cast<std::uint64_t>(status.st_ino);
 }

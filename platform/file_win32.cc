@@ -51,6 +51,14 @@ std::int64_t TicksSince1970(const FILETIME& time) {
   return static_cast<std::int64_t>(ticks) - kUnixEpoch;
 }
 
+// When the file or what is known about it last changed; 0 where that is not kept.
+std::int64_t ChangeNanoseconds(HANDLE file) {
+  FILE_BASIC_INFO basic;
+  if (!::GetFileInformationByHandleEx(file, FileBasicInfo, &basic, sizeof basic)) return 0;
+  const std::int64_t ticks = basic.ChangeTime.QuadPart;
+  return ticks == 0 ? 0 : (ticks - kUnixEpoch) * 100;
+}
+
 std::int32_t ClampTime(const FILETIME& time) {
   using Limits = std::numeric_limits<std::int32_t>;
   const std::int64_t ticks = TicksSince1970(time);
@@ -74,6 +82,7 @@ bool StatHandle(HANDLE file, FileStat& result) {
   result.modificationTime = ClampTime(found.ftLastWriteTime);
   result.accessTime = ClampTime(found.ftLastAccessTime);
   result.modificationNanoseconds = TicksSince1970(found.ftLastWriteTime) * 100;
+  result.changeNanoseconds = ChangeNanoseconds(file);
   result.device = found.dwVolumeSerialNumber;
   result.file = static_cast<std::uint64_t>(found.nFileIndexHigh) << 32 | found.nFileIndexLow;
   return true;

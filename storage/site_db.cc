@@ -32,6 +32,11 @@ std::chrono::nanoseconds Now() {
   return std::chrono::system_clock::now().time_since_epoch();
 }
 
+// Setting the modification time back is a change as well.
+std::chrono::nanoseconds LastChange(const platform::FileStat& stat) {
+  return std::chrono::nanoseconds(std::max(stat.modificationNanoseconds, stat.changeNanoseconds));
+}
+
 // What is set aside for a file of that size when it is opened.
 constexpr std::uint32_t CapacityFor(std::uint32_t size) {
   return (size / kStep + 1) * kStep;
@@ -109,7 +114,7 @@ int SiteDB::OpenWhole() {
 // The image is what the file has now. A small file is written whole all the same, and so is one
 // that was written a moment ago: another change could get the same time.
 void SiteDB::FollowChanges(const platform::FileStat& onDisk) {
-  const std::chrono::nanoseconds written(onDisk.modificationNanoseconds);
+  const std::chrono::nanoseconds written = LastChange(onDisk);
   const bool isCoarse = written % std::chrono::milliseconds(1) == std::chrono::nanoseconds(0);
   const bool isSettled = Now() - written > (isCoarse ? kCoarseFileTime : kFineFileTime);
   onDisk_ = onDisk;
@@ -124,13 +129,12 @@ void SiteDB::FollowWritten() {
   const std::chrono::nanoseconds start = Now();
   std::chrono::nanoseconds after = start;
   platform::FileStat stat;
-  const auto isWritten = [&] { return std::chrono::nanoseconds(stat.modificationNanoseconds); };
-  if (platform::StatOpen(fd, stat) != 0 || isWritten() > start) return;
+  if (platform::StatOpen(fd, stat) != 0 || LastChange(stat) > start) return;
   for (int change = 0; change < 2; ++change) {
     const std::chrono::nanoseconds before = Now();
     if (WriteBytes(0, kHeaderSize) < 0 || platform::StatOpen(fd, stat) != 0) return;
     after = Now();
-    if (isWritten() < before || isWritten() > after) return;
+    if (LastChange(stat) < before || LastChange(stat) > after) return;
   }
   if (after - start >= kShortestTick || stat.size != size) return;
   onDisk_ = stat;
@@ -141,7 +145,8 @@ void SiteDB::FollowWritten() {
 bool SiteDB::IsAsLeft() const {
   platform::FileStat now;
   return platform::StatOpen(fd, now) == 0 && now.size == onDisk_.size &&
-         now.modificationNanoseconds == onDisk_.modificationNanoseconds;
+         now.modificationNanoseconds == onDisk_.modificationNanoseconds &&
+         now.changeNanoseconds == onDisk_.changeNanoseconds;
 }
 
 // A word of which a part is missing is 0; what lies behind the end of the file is so by now.
