@@ -5,11 +5,32 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/memory_fault.h"
+
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
 
 namespace zvrsit::platform {
+
+namespace {
+
+struct MemoryFault {
+  MemoryFaultHook hook = nullptr;
+  void* context = nullptr;
+};
+
+constinit thread_local MemoryFault memoryFault;
+
+bool MustFail() {
+  return memoryFault.hook && memoryFault.hook(memoryFault.context);
+}
+
+}  // namespace
+
+void SetMemoryFaultHook(MemoryFaultHook hook, void* context) {
+  memoryFault = {hook, context};
+}
 
 #if defined(__linux__)
 
@@ -53,11 +74,13 @@ void* Map(std::size_t bytes) {
 }  // namespace
 
 void* AllocateLarge(std::size_t bytes) {
+  if (MustFail()) return nullptr;
   return IsLarge(bytes) ? Map(WholePages(bytes)) : std::malloc(bytes == 0 ? 1 : bytes);
 }
 
 void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
   if (block == nullptr) return AllocateLarge(newBytes);
+  if (newBytes > oldBytes && MustFail()) return nullptr;
   if (IsLarge(oldBytes) && IsLarge(newBytes)) {
     const std::size_t bytes = WholePages(newBytes);
     return Advised(mremap(block, WholePages(oldBytes), bytes, MREMAP_MAYMOVE), bytes);
@@ -84,10 +107,12 @@ void FreeLarge(void* block, std::size_t bytes) {
 #else
 
 void* AllocateLarge(std::size_t bytes) {
+  if (MustFail()) return nullptr;
   return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
-void* ResizeLarge(void* block, std::size_t, std::size_t newBytes) {
+void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  if (newBytes > oldBytes && MustFail()) return nullptr;
   return std::realloc(block, newBytes == 0 ? 1 : newBytes);
 }
 

@@ -1,4 +1,5 @@
 #include <array>
+#include <new>
 
 #include "platform/native_path.h"
 #include "platform/single_byte.h"
@@ -30,7 +31,7 @@ void SetDriveFolder(char letter, const std::string& nativeFolder) {
   if (drive >= 0) DriveFolders()[static_cast<std::size_t>(drive)] = nativeFolder;
 }
 
-bool ToNativePath(const std::string& path, std::string& native) {
+bool ToNativePath(const std::string& path, std::string& native) try {
   if (path.find('\0') != std::string::npos) return false;
   if (!HasDrive(path)) {
     native = path;
@@ -46,14 +47,18 @@ bool ToNativePath(const std::string& path, std::string& native) {
   native.append(path, path.size() > 2 && path[2] == '\\' ? 3 : 2, std::string::npos);
   ReplaceSingleByte(native, start, '\\', '/');
   return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
-bool FromNativePath(const std::string& native, std::string& path) {
+bool FromNativePath(const std::string& native, std::string& path) try {
   if (native.find('\0') != std::string::npos) return false;
   if (FindLastSingleByte(native, '\\') != std::string::npos) return false;
   path = native;
   ReplaceSingleByte(path, 0, '/', '\\');
   return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace zvrsit::platform

@@ -1,6 +1,16 @@
 #include "storage/changed_blocks.h"
 
+#include <new>
+
 namespace zvrsit {
+
+void ChangedBlocks::Follow(std::uint32_t bytes) {
+  marks_.clear();
+  try {
+    marks_.resize(bytes / kBlock, 0);
+  } catch (const std::bad_alloc&) {
+  }
+}
 
 std::size_t ChangedBlocks::Skip(std::size_t at, std::uint32_t size, bool changed) const {
   while (at < size) {

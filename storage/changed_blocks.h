@@ -10,8 +10,9 @@ namespace zvrsit {
 
 class ChangedBlocks {
  public:
-  // From now on the first `bytes` bytes are as on disk. With 0 it follows nothing.
-  void Follow(std::uint32_t bytes) { marks_.assign(bytes / kBlock, 0); }
+  // From now on the first `bytes` bytes are as on disk. With 0, or without memory, it follows
+  // nothing.
+  void Follow(std::uint32_t bytes);
   // These bytes were changed. Those behind the ones that it follows need not be told.
   void Mark(std::int64_t offset, std::int64_t length) {
     const auto end = static_cast<std::size_t>(offset + length);

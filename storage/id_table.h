@@ -24,9 +24,9 @@ class IdTable {
   // Makes it at least `count` values long.
   void Grow(std::size_t count) {
     if (count <= count_) return;
-    count_ = count;
     const std::size_t wanted = (count + kPiece - 1) / kPiece;
     if (wanted > pieces_.size()) pieces_.resize(wanted);
+    count_ = count;
   }
   std::size_t size() const { return count_; }
 

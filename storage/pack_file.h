@@ -16,12 +16,12 @@ namespace zvrsit {
 class PackFile {
  public:
   // The file is `target` followed by "_pack".
-  explicit PackFile(const std::string& target) : path_(PathFor(target)) {}
+  explicit PackFile(const std::string& target) : path_(target + "_pack") {}
   // Removes a file that was not finished, unless it held something before.
   ~PackFile();
   PackFile(const PackFile&) = delete;
   PackFile& operator=(const PackFile&) = delete;
-  static std::string PathFor(const std::string& target) { return target + "_pack"; }
+  const std::string& path() const { return path_; }
 
   // 0 or -1, as all of these. The first `headBytes` bytes are left for Finish.
   int Open(int headBytes);

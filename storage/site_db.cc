@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/file.h"
+#include "storage/guarded.h"
 #include "util/little_endian.h"
 
 namespace zvrsit {
@@ -360,11 +361,12 @@ std::int64_t SiteDB::Length() const {
 }
 
 int SiteDB::Backup() {
-  return path.empty() ? -1 : CopyFileTo(path, path + "_bak");
+  return path.empty() ? -1 : Guarded([&] { return CopyFileTo(path, path + "_bak"); });
 }
 
 int SiteDB::Restore() {
-  return path.empty() || fd >= 0 ? -1 : CopyFileTo(path + "_bak", path);
+  if (path.empty() || fd >= 0) return -1;
+  return Guarded([&] { return CopyFileTo(path + "_bak", path); });
 }
 
 int SiteDB::Delete() {

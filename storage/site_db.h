@@ -10,7 +10,8 @@
 // it back if it changed: in one piece, or only the changed parts of a large file that nobody else
 // has written meanwhile. Direct: every read and write goes to the file at once.
 //
-// Every operation gives a negative number (-1) on failure. One thread at a time.
+// Every operation gives a negative number (-1) on failure, also for want of memory, and throws
+// nothing but the std::out_of_range that some say. One thread at a time.
 #pragma once
 
 #include <algorithm>

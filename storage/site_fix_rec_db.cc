@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "storage/guarded.h"
 #include "storage/pack_file.h"
 #include "util/little_endian.h"
 
@@ -36,11 +37,9 @@ SiteFixRecDB::SiteFixRecDB(std::string filePath, int recordBytes, int recordClas
 
 int SiteFixRecDB::Open() {
   if (SiteDB::Open() < 0) return -1;
-  if (recordLength < 1 || !CountsAreSound() || MakeIndex() < 0) {
-    Abandon();
-    return -1;
-  }
-  return 0;
+  if (recordLength >= 1 && CountsAreSound() && Guarded([&] { return MakeIndex(); }) == 0) return 0;
+  Abandon();
+  return -1;
 }
 
 bool SiteFixRecDB::CountsAreSound() const {
@@ -108,15 +107,21 @@ int SiteFixRecDB::ReadSlotAt(int offset, SlotBuffer& slot) {
 
 int SiteFixRecDB::AddSlot(SiteBaseRec* record, const Writer& writer) {
   if (!isOpen() || recordLength < 1 || writer.serialize == nullptr) return -1;
+  return Guarded([&] { return AddNewSlot(record, writer); });
+}
+
+int SiteFixRecDB::AddNewSlot(SiteBaseRec* record, const Writer& writer) {
   const int id = ChooseId();
   if (id >= kMostIds) return -1;
-  if (id == headerWord1) slotIndex.Grow(static_cast<std::size_t>(++headerWord1));
+  slotIndex.Grow(static_cast<std::size_t>(id) + 1);
+  std::int32_t& slot = slotIndex.slot(static_cast<std::size_t>(id));
+  if (id == headerWord1) ++headerWord1;
   const std::int64_t offset = std::int64_t{recordLength} * headerWord2 + kHeaderSize;
   record->id = id;
   if (offset > std::numeric_limits<std::int32_t>::max()) return -1;
   const auto at = static_cast<std::int32_t>(offset);
   if (WriteSlot(at, *record, writer) < 0) return -1;
-  slotIndex.slot(static_cast<std::size_t>(id)) = at;
+  slot = at;
   if (!freed_.empty() && freed_.top() == id) freed_.pop();
   ++live_;
   ++headerWord2;
@@ -170,7 +175,14 @@ int SiteFixRecDB::Delete(int id) {
   if (offset < 0 || MarkSlotDead(offset) < 0) return -1;
   slotIndex.slot(static_cast<std::size_t>(id)) = 0;
   --live_;
-  if (id < cursor_) freed_.push(id);
+  const auto remember = [&] {
+    if (id < cursor_) freed_.push(id);
+    return 0;
+  };
+  if (Guarded(remember) < 0) {  // all free numbers are then found by the cursor
+    freed_ = {};
+    cursor_ = 0;
+  }
   return 0;
 }
 
@@ -197,7 +209,10 @@ int SiteFixRecDB::SearchNextId(int id) const {
 }
 
 int SiteFixRecDB::Pack() {
-  if (!isOpen()) return -1;
+  return isOpen() ? Guarded([&] { return PackSlots(); }) : -1;
+}
+
+int SiteFixRecDB::PackSlots() {
   PackFile packed(path);
   int slots = 0;
   bool isInOrder = inMemory && IsKnownType() && recordLength >= 4;
@@ -205,10 +220,9 @@ int SiteFixRecDB::Pack() {
   char head[kHeaderSize];
   StoreHeader(head, headerWord1, slots);
   if (packed.Finish({head, kHeaderSize}) < 0) return -1;
-  const std::string other = PackFile::PathFor(path);
-  if (!isInOrder || packed.hasTail()) return ReplaceBy(other) < 0 ? -1 : Open();
+  if (!isInOrder || packed.hasTail()) return ReplaceBy(packed.path()) < 0 ? -1 : Open();
   Image image;
-  return ReplaceBy(other, &image) < 0 ? -1 : OpenPacked(std::move(image), slots);
+  return ReplaceBy(packed.path(), &image) < 0 ? -1 : OpenPacked(std::move(image), slots);
 }
 
 // `isInOrder` becomes false where the slots do not lie in the order of their numbers.

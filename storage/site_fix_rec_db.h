@@ -245,6 +245,8 @@ class SiteFixRecDB : public SiteDB {
     return static_cast<std::int32_t>(offset + slots * recordLength);
   }
   int AddSlot(SiteBaseRec* record, const Writer& writer);
+  int AddNewSlot(SiteBaseRec* record, const Writer& writer);
+  int PackSlots();
   int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
   int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
   int ReadSlotAt(int offset, SlotBuffer& slot);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "storage/batch.h"
+#include "storage/guarded.h"
 #include "storage/pack_file.h"
 #include "util/little_endian.h"
 
@@ -29,11 +30,10 @@ int SiteVarRecDB::Open() {
 }
 
 int SiteVarRecDB::UseOpened() {
-  if (OpenEntries() < 0) {
-    Abandon();
-    return -1;
-  }
-  return 0;
+  if (Guarded([&] { return OpenEntries(); }) == 0) return 0;
+  Abandon();
+  ForgetEntries();
+  return -1;
 }
 
 int SiteVarRecDB::OpenEntries() {
@@ -160,7 +160,11 @@ std::string_view SiteVarRecDB::DataAt(int offset, int length, std::string& scrat
     return bytes == nullptr ? std::string_view()
                             : std::string_view(bytes, static_cast<std::size_t>(length));
   }
-  scratch.resize(static_cast<std::size_t>(length));
+  const auto makeRoom = [&] {
+    scratch.resize(static_cast<std::size_t>(length));
+    return 0;
+  };
+  if (Guarded(makeRoom) < 0) return {};
   if (ReadAt(scratch.data(), offset + kHeadSize, length) != length) return {};
   return scratch;
 }
@@ -178,8 +182,10 @@ std::string_view SiteVarRecDB::View(int id) {
 int SiteVarRecDB::GetString(int id, std::string& text) {
   const std::string_view data = ViewData(id);
   if (data.empty()) return -1;
-  text.assign(TextOf(data));
-  return 0;
+  return Guarded([&] {
+    text.assign(TextOf(data));
+    return 0;
+  });
 }
 
 int SiteVarRecDB::AddString(std::string_view text) {
@@ -194,7 +200,14 @@ int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
     const int known = isThere ? search.offset : Offset(search.id);
     if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
   }
+  return Guarded([&] { return AddNewString(text, search); });
+}
+
+int SiteVarRecDB::AddNewString(std::string_view text, const Search& search) {
   const int offset = end_;
+  // What naming it will need, before anything is changed.
+  names_.Reserve(names_.size() + 1);
+  if (!inMemory) copies_[offset] = text;
   const int id = AddEntry(kString, text);
   if (id < 0) return -1;
   if (search.id < 0) {
@@ -216,7 +229,8 @@ int SiteVarRecDB::AddReference(int offset) {
 
 int SiteVarRecDB::AddData(const void* bytes, int length) {
   if (!isOpen() || length < 0 || (bytes == nullptr && length > 0)) return -1;
-  return AddEntry(kBlock, {static_cast<const char*>(bytes), static_cast<std::size_t>(length)});
+  const std::string_view data(static_cast<const char*>(bytes), static_cast<std::size_t>(length));
+  return Guarded([&] { return AddEntry(kBlock, data); });
 }
 
 // Takes the number that has been free for longest, else a new one.
@@ -236,10 +250,12 @@ int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
   if (newEnd > std::numeric_limits<std::int32_t>::max()) return -1;
   const int id = ChooseId();
   if (id >= kMostIds) return -1;
-  if (WriteEntry({id, static_cast<int>(length), kind == kString ? 1 : 0, kind}, data) < 0)
-    return -1;
   offsets_.Grow(static_cast<std::size_t>(id) + 1);
-  offsets_.slot(static_cast<std::size_t>(id)) = end_;
+  std::int32_t& known = offsets_.slot(static_cast<std::size_t>(id));
+  if (WriteEntry({id, static_cast<int>(length), kind == kString ? 1 : 0, kind}, data) < 0) {
+    return -1;
+  }
+  known = end_;
   if (id == headerWord1) ++headerWord1;
   if (headerWord2 < std::numeric_limits<std::int32_t>::max()) ++headerWord2;
   return WriteCounts(static_cast<int>(newEnd)) < 0 ? -1 : id;
@@ -299,7 +315,10 @@ int SiteVarRecDB::Release(int id, int offset, bool isNamed) {
   }
   offsets_.slot(static_cast<std::size_t>(id)) = kReleased;
   ++releases_;
-  free_.push_back(id);
+  Guarded([&] {  // a number that cannot be noted is free again from the next opening on
+    free_.push_back(id);
+    return 0;
+  });
   return 0;
 }
 
@@ -320,7 +339,10 @@ int SiteVarRecDB::MarkEntryDead(int offset, const Head& head) {
 }
 
 int SiteVarRecDB::Pack() {
-  if (!isOpen()) return -1;
+  return isOpen() ? Guarded([&] { return PackEntries(); }) : -1;
+}
+
+int SiteVarRecDB::PackEntries() {
   PackFile packed(path);
   IdTable<std::int32_t> offsets;
   int entries = 0;
@@ -332,7 +354,7 @@ int SiteVarRecDB::Pack() {
   if (packed.Finish({head, kFirstEntry}) < 0) return -1;
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
   const std::int32_t numbers = headerWord1;
-  if (ReplaceBy(PackFile::PathFor(path)) < 0 || SiteDB::Open() < 0) return -1;
+  if (ReplaceBy(packed.path()) < 0 || SiteDB::Open() < 0) return -1;
   const bool isAsWritten =
       headerWord1 == numbers && headerWord2 == entries && Length() >= packed.end();
   if (!inMemory || !isAsWritten) return UseOpened();

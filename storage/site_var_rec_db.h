@@ -93,7 +93,8 @@ class SiteVarRecDB : public SiteDB {
   struct Search {
     std::uint32_t hash = 0;
     int id = -1;
-    int offset = 0;  // of the entry, when there is one
+    int offset = 0;  // of the entry, when there is one; -1 where it could not be looked for
+    bool hasFailed() const { return offset < 0; }
   };
   Search Look(std::string_view text) { return Look(text, {HashOf(text)}); }
   int AddString(std::string_view text, const Search& search);
@@ -163,6 +164,7 @@ class SiteVarRecDB : public SiteDB {
 
   int UseOpened();
   int OpenEntries();
+  int PackEntries();
   void ForgetEntries();
   bool CountsAreSound() const;
   int ReadEnd();
@@ -226,7 +228,9 @@ class SiteVarRecDB : public SiteDB {
   void ForgetSought();
   void StartNames();
   int NoteString(int offset, const Head& head);
-  void GoOverTagsFor(std::span<const std::string_view> texts);
+  int EnterAllStrings();
+  int GoOverTagsFor(std::span<const std::string_view> texts);
+  void EnterTagged(std::span<const std::string_view> texts);
   std::vector<std::int32_t> OffsetsOf(const TagSet& tags) const;
   int MakeKnown(std::string_view text, std::uint32_t hash);
   template <class IsWanted>
@@ -240,6 +244,7 @@ class SiteVarRecDB : public SiteDB {
 
   // site_var_rec_db.cc
   int ChooseId();
+  int AddNewString(std::string_view text, const Search& search);
   int AddEntry(int kind, std::string_view data);
   static void StoreHead(char* bytes, const Head& head);
   int WriteEntry(const Head& head, std::string_view data);

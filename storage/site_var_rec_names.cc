@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "storage/batch.h"
+#include "storage/guarded.h"
 #include "storage/site_var_rec_db.h"
 #include "util/hash.h"
 #include "util/little_endian.h"
@@ -89,6 +90,17 @@ int SiteVarRecDB::ForEachString(Visit visit) {
 
 int SiteVarRecDB::MakeStringIndex() {
   if (namesMade_) return 0;
+  const int result = Guarded([&] { return EnterAllStrings(); });
+  if (result < 0) {
+    ForgetNames();
+  } else {
+    ForgetSought();
+    namesMade_ = true;
+  }
+  return result;
+}
+
+int SiteVarRecDB::EnterAllStrings() {
   names_.Reserve(static_cast<std::size_t>(MostEntries()));
   const auto enter = [this](const FoundText& found) {
     EnterName(found.text, found.hash, found.id, found.offset);
@@ -101,13 +113,7 @@ int SiteVarRecDB::MakeStringIndex() {
   batch.Finish();
   UnnameReleased(
       [this](std::string_view text, std::uint32_t hash) { return !IsKnown(text, hash); });
-  if (result < 0) {
-    ForgetNames();
-    return -1;
-  }
-  ForgetSought();
-  namesMade_ = true;
-  return 0;
+  return result;
 }
 
 // What was released takes its text out of the index, whoever else has it.
@@ -128,9 +134,7 @@ void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
 
 int SiteVarRecDB::MakeKnown(std::string_view text, std::uint32_t hash) {
   if (IsKnown(text, hash)) return 0;
-  if (passesLeft_ == 0) return MakeStringIndex();
-  GoOverTagsFor({&text, 1});
-  return 0;
+  return passesLeft_ == 0 ? MakeStringIndex() : GoOverTagsFor({&text, 1});
 }
 
 bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
@@ -140,8 +144,18 @@ bool SiteVarRecDB::WasSought(std::string_view text, std::uint32_t hash) const {
   return found != nullptr;
 }
 
+int SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
+  const auto go = [&] {
+    EnterTagged(texts);
+    return 0;
+  };
+  const int result = Guarded(go);
+  if (result < 0) ForgetNames();
+  return result;
+}
+
 // Enters the strings that are equal to these texts into the index.
-void SiteVarRecDB::GoOverTagsFor(std::span<const std::string_view> texts) {
+void SiteVarRecDB::EnterTagged(std::span<const std::string_view> texts) {
   ProbeTable<Wanted> wanted;
   TagSet wantedTags;
   const auto isWanted = [&wanted](std::string_view text, std::uint32_t hash) {
@@ -222,7 +236,7 @@ SiteVarRecDB::Search SiteVarRecDB::Look(std::string_view text, const Search& exp
       HasText(expected.offset, text)) {
     return expected;
   }
-  if (!isOpen() || MakeKnown(text, expected.hash) < 0) return {};
+  if (!isOpen() || MakeKnown(text, expected.hash) < 0) return {expected.hash, -1, -1};
   const Name* const name = FindName(text, expected.hash);
   return name == nullptr ? Search{expected.hash} : Search{expected.hash, name->id, name->offset};
 }
@@ -246,10 +260,12 @@ int SiteVarRecDB::Unname(int offset, int length) {
   const std::uint32_t hash = HashOf(text);
   if (IsKnown(text, hash)) {
     Unname(text, hash);
-  } else {
-    unnamed_.push_back(offset);
+    return 0;
   }
-  return 0;
+  return Guarded([&] {
+    unnamed_.push_back(offset);
+    return 0;
+  });
 }
 
 void SiteVarRecDB::Unname(std::string_view text, std::uint32_t hash) {

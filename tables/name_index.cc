@@ -1,7 +1,10 @@
 #include "tables/name_index.h"
 
+#include <algorithm>
 #include <functional>
 #include <utility>
+
+#include "storage/guarded.h"
 
 namespace zvrsit {
 
@@ -69,7 +72,22 @@ void NameIndex::Remove(std::string_view text) {
   names_.Erase(name);
   if (Texts().data() != texts_.data()) return;
   removed_ += length;
-  if (removed_ > kKeptBytes && removed_ > texts_.size() / 2) Rewrite();
+  if (removed_ <= kKeptBytes || removed_ <= texts_.size() / 2) return;
+  Guarded([&] {  // without memory they stay
+    Rewrite();
+    return 0;
+  });
+}
+
+void NameIndex::MakeRoom(std::size_t length) {
+  names_.Reserve(names_.size() + 1);
+  if (Texts().data() == texts_.data()) GrowTexts(length);
+}
+
+// Makes room for a text of that length behind the others, in linear time for many.
+void NameIndex::GrowTexts(std::size_t length) {
+  const std::size_t wanted = texts_.size() + length;
+  if (wanted > texts_.capacity()) texts_.reserve(std::max(wanted, texts_.size() * 2));
 }
 
 void NameIndex::CopyNames() {
@@ -85,7 +103,10 @@ void NameIndex::Keep(SiteDB::Image bytes) {
 // Copies the texts of all names, and no others, from where they lie.
 void NameIndex::Rewrite() {
   const std::string_view texts = Texts();
+  std::size_t length = 0;
+  names_.ForEach([&length](const Name& name) { length += name.length; });
   std::string copied;
+  copied.reserve(length);
   names_.ForEach([&](Name& name) {
     const std::size_t offset = copied.size();
     if (name.offset <= texts.size()) copied.append(texts.substr(name.offset, name.length));

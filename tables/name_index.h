@@ -27,6 +27,8 @@ class NameIndex {
   // Sets the number of a text, also of one that is there. One that is a view into the store is not
   // copied.
   void Put(std::string_view text, int number);
+  // Gets the memory that the next Put may need, of a text of that length.
+  void MakeRoom(std::size_t length);
   // Brings near what Find and Put of a text with this hash (SiteVarRecDB::HashOf) will read.
   void Expect(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
   // The same as Put for many in less time: names(put) calls put(text, number) for each.
@@ -40,8 +42,9 @@ class NameIndex {
     });
     batch.Finish();
   }
-  // Forgets a text; one that is not there is ignored.
+  // Forgets a text; one that is not there is ignored. It needs no memory, nor does Clear.
   void Remove(std::string_view text);
+  void Clear() { names_.Clear(); }
 
   // Copies all names, before the store moves them.
   void CopyNames();
@@ -69,6 +72,7 @@ class NameIndex {
   auto HasText(std::string_view text) const;
   std::uint32_t Place(std::string_view text);
   void Rewrite();
+  void GrowTexts(std::size_t length);
 
   ProbeTable<Name> names_;
   // Where the texts lie: in an open store, or in the bytes of a closed one, or in `texts_`.

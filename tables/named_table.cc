@@ -2,16 +2,20 @@
 
 #include <memory>
 
+#include "storage/guarded.h"
+
 namespace zvrsit {
 
 int NamedTableBase::OpenNamed(const std::string& path, int recordLength, int recordType,
                               bool wholeFile) {
   if (OpenFiles(path, recordLength, recordType, wholeFile) < 0) return -1;
-  MakeIndex();
-  return 0;
+  if (Guarded([&] { return MakeIndex(); }) == 0) return 0;
+  index_.reset();
+  DropFiles();
+  return -1;
 }
 
-void NamedTableBase::MakeIndex() {
+int NamedTableBase::MakeIndex() {
   index_ = std::make_unique<NameIndex>(*strings_, records_->liveCount());
   index_->PutAll([this](auto put) {
     for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
@@ -19,12 +23,16 @@ void NamedTableBase::MakeIndex() {
       if (!name.empty()) put(name, number);
     }
   });
+  return 0;
 }
 
 int NamedTableBase::AddName(std::string_view name) {
   if (name.empty()) return -1;
   const SiteVarRecDB::Search expected{SiteVarRecDB::HashOf(name)};
-  if (index_ != nullptr) index_->Expect(expected.hash);
+  if (index_ != nullptr) {
+    index_->Expect(expected.hash);
+    index_->MakeRoom(name.size());
+  }
   return strings_->AddString(name, strings_->Look(name, expected));
 }
 
@@ -48,8 +56,10 @@ std::string_view NamedTableBase::NameView(int number) const {
 int NamedTableBase::Name(int number, std::string& name) const {
   const std::string_view text = NameView(number);
   if (text.empty()) return -1;
-  name.assign(text);
-  return 0;
+  return Guarded([&] {
+    name.assign(text);
+    return 0;
+  });
 }
 
 int NamedTableBase::Delete(int number) {
@@ -69,8 +79,8 @@ int NamedTableBase::Clear() {
     if (records_->Get(number, &record) < 0 || TextView(record.name).empty()) continue;
     if (records_->Delete(number) == 0) strings_->ReleaseStringUnindexed(record.name);
   }
-  MakeIndex();
-  return 0;
+  index_->Clear();
+  return Guarded([&] { return MakeIndex(); });
 }
 
 }  // namespace zvrsit

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "storage/guarded.h"
 #include "tables/site_table.h"
 
 namespace zvrsit {
@@ -29,7 +30,7 @@ class NamedTableBase : public SiteTable {
   // Opens the files and reads every name; of two equal names the later record is found, on
   // purpose. -1 when the path is empty or the table was opened before.
   int OpenNamed(const std::string& path, int recordLength, int recordType, bool wholeFile);
-  void MakeIndex();
+  int MakeIndex();
   // Adds a text that is about to be entered in the index as well; its number or -1.
   int AddName(std::string_view name);
   // Enters the name of a record in the index.
@@ -47,7 +48,7 @@ class NamedTable : public NamedTableBase {
   // name: a second record of the same name is the one that is found from then on.
   int Add(std::string_view name) {
     Rec record;
-    return AddRecord(name, record);
+    return Guarded([&] { return AddRecord(name, record); });
   }
 
   // Reads a record, or writes it back; 0 or -1. Never throws.

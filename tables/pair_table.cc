@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "storage/guarded.h"
+
 namespace zvrsit {
 
 namespace {
@@ -19,16 +21,26 @@ EndIndex& PairTableBase::MadeIndex(End which) {
   EndIndex& index = which == End::kFrom ? fromIndex_ : toIndex_;
   if (index.isMade()) return index;
   index.Start(records_->liveCount());
-  records_->FindIf<SiteRelRec>([&index, which](const SiteRelRec& record) {
-    index.Append(which == End::kFrom ? record.from : record.to, record.id);
-    return false;
-  });
+  try {
+    records_->FindIf<SiteRelRec>([&index, which](const SiteRelRec& record) {
+      index.Append(which == End::kFrom ? record.from : record.to, record.id);
+      return false;
+    });
+  } catch (...) {
+    index.Forget();
+    throw;
+  }
   return index;
 }
 
+// Indexes that cannot be kept in step are made anew when they are next needed.
 void PairTableBase::EnterEnds(const UrlID& from, const UrlID& to, int number) {
-  if (fromIndex_.isMade()) fromIndex_.Append(from, number);
-  if (toIndex_.isMade()) toIndex_.Append(to, number);
+  const auto enter = [&] {
+    if (fromIndex_.isMade()) fromIndex_.Append(from, number);
+    if (toIndex_.isMade()) toIndex_.Append(to, number);
+    return 0;
+  };
+  if (Guarded(enter) < 0) ForgetEnds();
 }
 
 void PairTableBase::RemoveEnds(const SiteRelRec& record) {
@@ -83,7 +95,11 @@ void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit
 int PairTableBase::Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers) {
   numbers.clear();
   if (!isOpen()) return -1;
-  ForEachMatch(from, to, [&numbers](int number) { numbers.push_back(number); });
+  const auto list = [&] {
+    ForEachMatch(from, to, [&numbers](int number) { numbers.push_back(number); });
+    return 0;
+  };
+  if (Guarded(list) < 0) return -1;
   if (!std::is_sorted(numbers.begin(), numbers.end())) std::sort(numbers.begin(), numbers.end());
   return static_cast<int>(numbers.size());
 }
@@ -91,24 +107,29 @@ int PairTableBase::Query(const UrlID& from, const UrlID& to, std::vector<int>& n
 int PairTableBase::First(const UrlID& from, const UrlID& to) {
   int first = -1;
   if (!isOpen()) return first;
-  ForEachMatch(from, to, [&first](int number) {
-    if (first < 0 || number < first) first = number;
+  return Guarded([&] {
+    ForEachMatch(from, to, [&first](int number) {
+      if (first < 0 || number < first) first = number;
+    });
+    return first;
   });
-  return first;
 }
 
 int PairTableBase::CountFrom(const UrlID& from) {
-  return isOpen() ? MadeIndex(End::kFrom).Size(from) : -1;
+  return isOpen() ? Guarded([&] { return MadeIndex(End::kFrom).Size(from); }) : -1;
 }
 
 int PairTableBase::CountTo(const UrlID& to) {
-  return isOpen() ? MadeIndex(End::kTo).Size(to) : -1;
+  return isOpen() ? Guarded([&] { return MadeIndex(End::kTo).Size(to); }) : -1;
 }
 
 // By a walk that ends at the first record found, where there is no index yet.
 int PairTableBase::IsTarget(const UrlID& to) {
   if (!isOpen()) return -1;
-  if (!MayWalk(toIndex_)) return CountTo(to) > 0 ? 1 : 0;
+  if (!MayWalk(toIndex_)) {
+    const int count = CountTo(to);
+    return std::min(count, 1);
+  }
   const bool found = records_->FindIf<SiteRelRec>([this, &to](const SiteRelRec& record) {
     ++walked_;
     return record.to == to;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "storage/guarded.h"
 #include "util/hash.h"
 
 namespace zvrsit {
@@ -61,16 +62,19 @@ int ProfileTable<Rec>::OpenOnce(const std::string& path) {
 // The two files belong together, so both are restored even where only one is damaged.
 template <class Rec>
 int ProfileTable<Rec>::Restore(const std::string& path) {
-  SiteVarRecDB strings(SiteTable::StringPath(path), wholeFile_);
-  SiteFixRecDB records(path, Rec::kSlotLength, Rec::kRecordType, wholeFile_);
-  return strings.Restore() < 0 || records.Restore() < 0 ? -1 : 0;
+  return Guarded([&] {
+    SiteVarRecDB strings(SiteTable::StringPath(path), wholeFile_);
+    SiteFixRecDB records(path, Rec::kSlotLength, Rec::kRecordType, wholeFile_);
+    return strings.Restore() < 0 || records.Restore() < 0 ? -1 : 0;
+  });
 }
 
 template <class Rec>
 int ProfileTable<Rec>::Delete(int number) {
   Rec record;
-  const std::string name(this->NameView(number));
-  if (this->Get(number, record) < 0 || NamedTableBase::Delete(number) < 0) return -1;
+  std::string name;
+  if (this->Get(number, record) < 0 || this->Name(number, name) < 0) return -1;
+  if (NamedTableBase::Delete(number) < 0) return -1;
   ForgetName(name, number);
   int result = 0;
   ForEachText(record, [this, &result](std::int32_t word) {
@@ -102,10 +106,14 @@ void ProfileTable<Rec>::MakeNames() {
 
 template <class Rec>
 void ProfileTable<Rec>::ForgetName(const std::string& name, int number) {
-  const auto [first, last] = names_.equal_range(name);
-  const auto known =
-      std::find_if(first, last, [number](const auto& entry) { return entry.second == number; });
-  if (known != last) names_.erase(known);
+  const auto forget = [&] {
+    const auto [first, last] = names_.equal_range(name);
+    const auto known =
+        std::find_if(first, last, [number](const auto& entry) { return entry.second == number; });
+    if (known != last) names_.erase(known);
+    return 0;
+  };
+  if (Guarded(forget) < 0) namesMade_ = false;
 }
 
 template <class Rec>
@@ -118,8 +126,17 @@ bool ProfileTable<Rec>::IsTaken(std::string_view name, int except) {
 template <class Rec>
 int ProfileTable<Rec>::AddProfile(std::string_view name, Rec& record) {
   const int number = this->AddRecord(name, record);
-  if (number >= 0 && namesMade_) names_.emplace(name, number);
+  if (number >= 0) NoteName(name, number);
   return number;
+}
+
+template <class Rec>
+void ProfileTable<Rec>::NoteName(std::string_view name, int number) {
+  const auto note = [&] {
+    if (namesMade_) names_.emplace(name, number);
+    return 0;
+  };
+  if (Guarded(note) < 0) namesMade_ = false;
 }
 
 template <class Rec>
@@ -127,6 +144,7 @@ int ProfileTable<Rec>::StoreRenamed(Rec& record, std::string_view name) {
   std::string oldName;
   if (this->Name(record.id, oldName) < 0) return -1;
   const std::int32_t old = record.name;
+  this->index_->MakeRoom(name.size());
   const int added = this->strings_->AddString(name);
   if (added < 0) return -1;
   record.name = added;
@@ -134,7 +152,7 @@ int ProfileTable<Rec>::StoreRenamed(Rec& record, std::string_view name) {
   this->index_->Remove(oldName);
   this->EnterName(name, record);
   ForgetName(oldName, record.id);
-  if (namesMade_) names_.emplace(name, record.id);
+  NoteName(name, record.id);
   return this->ReleaseText(old);
 }
 

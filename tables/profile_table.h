@@ -31,7 +31,8 @@ class ProfileTable : public NamedTable<Rec> {
  protected:
   explicit ProfileTable(bool wholeFile) : wholeFile_(wholeFile) {}
 
-  // Whether a profile other than `except` has this name but for the case of ASCII letters.
+  // Whether a profile other than `except` has this name but for the case of ASCII letters. It may
+  // throw for want of memory, as all below.
   bool IsTaken(std::string_view name, int except);
   // Adds `record` under that name; its number or -1.
   int AddProfile(std::string_view name, Rec& record);
@@ -55,6 +56,8 @@ class ProfileTable : public NamedTable<Rec> {
   int OpenOnce(const std::string& path);
   int Restore(const std::string& path);
   void MakeNames();
+  // Without memory all names are read anew when one is next asked for.
+  void NoteName(std::string_view name, int number);
   void ForgetName(const std::string& name, int number);
 
   const bool wholeFile_;

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "storage/batch.h"
+#include "storage/guarded.h"
 #include "util/hash.h"
 #include "util/little_endian.h"
 
@@ -44,14 +45,18 @@ int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to,
 int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from,
                     const UrlID& to, std::string_view alternative, int type, int offset) {
   if (text.empty() || !isOpen()) return -1;
-  TurnTo(from);
+  if (Guarded([&] { return TurnTo(from); }) < 0) return -1;
   SiteLinkRec link;
   link.from = from;
   link.to = to;
   link.type = type;
   link.offset = offset;
   link.text = found.id;
-  if (!alternative.empty()) link.alternative = strings_->FindString(alternative);
+  if (!alternative.empty()) {
+    const SiteVarRecDB::Search known = strings_->Look(alternative);
+    if (known.hasFailed()) return -1;
+    link.alternative = known.id;
+  }
   // Only a link whose texts are both there can be equal to another.
   if (link.text >= 0 && (alternative.empty() || link.alternative >= 0)) {
     const int equal = FindEqual(link);
@@ -63,8 +68,11 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
 
 void SiteLinkDB::ExpectLinks(const UrlID& from, std::size_t count) {
   if (!isOpen() || count == 0) return;
-  TurnTo(from);
-  known_.Reserve(known_.size() + count);
+  Guarded([&] {
+    TurnTo(from);
+    known_.Reserve(known_.size() + count);
+    return 0;
+  });
 }
 
 // Adds a link whose text has its reference already.
@@ -74,22 +82,29 @@ int SiteLinkDB::AddNew(SiteLinkRec& link, std::string_view alternative) {
     if (link.alternative < 0) return -1;
   }
   const int number = AddRecord(link);
-  if (number >= 0) Learn(link);
+  if (number < 0) return -1;
+  const auto learn = [&] {
+    Learn(link);
+    return 0;
+  };
+  sourceKnown_ = Guarded(learn) == 0;
   return number;
 }
 
 // Pages bring their links one after another, so equal links are looked for among those of one
 // source at a time.
-void SiteLinkDB::LearnLinksFrom(const UrlID& source) {
+int SiteLinkDB::LearnLinksFrom(const UrlID& source) {
   known_.Clear();
-  source_ = source;
-  sourceKnown_ = true;
-  Query(source, kAnyUrlID, numbers_);
+  sourceKnown_ = false;
+  if (Query(source, kAnyUrlID, numbers_) < 0) return -1;
   for (const int number : numbers_) {
     SiteLinkRec link;
     // A query for the any-identifier gives links of every source.
     if (Get(number, link) == 0 && link.from == source) Learn(link);
   }
+  source_ = source;
+  sourceKnown_ = true;
+  return 0;
 }
 
 void SiteLinkDB::Learn(const SiteLinkRec& link) {

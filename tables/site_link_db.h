@@ -43,10 +43,10 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   };
 
   int AddNew(SiteLinkRec& link, std::string_view alternative);
-  void TurnTo(const UrlID& source) {
-    if (!sourceKnown_ || !(source_ == source)) LearnLinksFrom(source);
+  int TurnTo(const UrlID& source) {
+    return sourceKnown_ && source_ == source ? 0 : LearnLinksFrom(source);
   }
-  void LearnLinksFrom(const UrlID& source);
+  int LearnLinksFrom(const UrlID& source);
   void Learn(const SiteLinkRec& link);
   bool IsEqual(int number, const SiteLinkRec& link) const;
   int FindEqual(const SiteLinkRec& link) const;

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "storage/guarded.h"
 #include "util/little_endian.h"
 
 namespace zvrsit {
@@ -23,15 +24,14 @@ int SitePathDB::Delete(int number) {
 int SitePathDB::SetList(SitePathRec& record, const std::vector<std::int32_t>& ids) {
   if (!isOpen()) return -1;
   SitePathRec old = record;
-  if (!ids.empty()) {
+  const auto addBlock = [&] {
     std::string block(ids.size() * 4, '\0');
     for (std::size_t i = 0; i < ids.size(); ++i) StoreLE32(&block[i * 4], ids[i]);
-    const int added = strings_->AddData(block.data(), static_cast<int>(block.size()));
-    if (added < 0) return -1;
-    record.listData = added;
-  } else {
-    record.listData = -1;
-  }
+    return strings_->AddData(block.data(), static_cast<int>(block.size()));
+  };
+  const int added = ids.empty() ? -1 : Guarded(addBlock);
+  if (added < 0 && !ids.empty()) return -1;
+  record.listData = added;
   record.listCount = static_cast<std::int32_t>(ids.size());
   return ClearList(old);
 }
@@ -43,9 +43,11 @@ int SitePathDB::GetList(const SitePathRec& record, std::vector<std::int32_t>& id
   const std::string_view block = strings_->ViewData(record.listData);
   const auto count = static_cast<std::size_t>(record.listCount);
   if (block.size() / 4 < count) return -1;
-  ids.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) ids.push_back(LoadLE32(block.data() + i * 4));
-  return 0;
+  return Guarded([&] {
+    ids.resize(count);
+    for (std::size_t i = 0; i < count; ++i) ids[i] = LoadLE32(block.data() + i * 4);
+    return 0;
+  });
 }
 
 int SitePathDB::ClearList(SitePathRec& record) {

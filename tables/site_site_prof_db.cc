@@ -1,5 +1,6 @@
 #include "tables/site_site_prof_db.h"
 
+#include "storage/guarded.h"
 #include "util/site_name.h"
 
 namespace zvrsit {
@@ -33,12 +34,18 @@ int SiteSiteProfDB::StoreFileNames(std::string_view name, SiteSiteRec& record) {
 }
 
 int SiteSiteProfDB::Add(std::string_view name) {
-  if (!IsFree(name, -1)) return -1;
-  SiteSiteRec record;
-  return StoreFileNames(name, record) < 0 ? -1 : AddProfile(name, record);
+  return Guarded([&] {
+    SiteSiteRec record;
+    if (!IsFree(name, -1) || StoreFileNames(name, record) < 0) return -1;
+    return AddProfile(name, record);
+  });
 }
 
 int SiteSiteProfDB::Rename(int number, std::string_view name) {
+  return Guarded([&] { return RenameFree(number, name); });
+}
+
+int SiteSiteProfDB::RenameFree(int number, std::string_view name) {
   SiteSiteRec old;
   if (!IsFree(name, number) || Get(number, old) < 0) return -1;
   SiteSiteRec renamed = old;
@@ -51,12 +58,14 @@ int SiteSiteProfDB::Rename(int number, std::string_view name) {
 }
 
 int SiteSiteProfDB::Copy(int number, std::string_view name) {
-  SiteSiteRec record;
-  if (!IsFree(name, -1) || Get(number, record) < 0) return -1;
-  for (const TableFile& file : kTableFiles) record.*file.word = -1;
-  record.rebuildState = 0;
-  ShareTexts(record);
-  return StoreFileNames(name, record) < 0 ? -1 : AddProfile(name, record);
+  return Guarded([&] {
+    SiteSiteRec record;
+    if (!IsFree(name, -1) || Get(number, record) < 0) return -1;
+    for (const TableFile& file : kTableFiles) record.*file.word = -1;
+    record.rebuildState = 0;
+    ShareTexts(record);
+    return StoreFileNames(name, record) < 0 ? -1 : AddProfile(name, record);
+  });
 }
 
 int SiteSiteProfDB::SetFolder(int number, int slot, std::string_view folder) {

@@ -28,6 +28,7 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
   int GetFolder(int number, int slot, std::string& folder) const;
 
  private:
+  int RenameFree(int number, std::string_view name);
   int StoreFileNames(std::string_view name, SiteSiteRec& record);
   bool IsFree(std::string_view name, int except);
 };

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/native_path.h"
+#include "storage/guarded.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -28,16 +29,23 @@ std::string SiteTable::StringPath(const std::string& path) {
 
 int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordType,
                          bool wholeFile) {
-  if (path.empty() || wasOpened_ || IsOneFile(path, StringPath(path))) return -1;
+  if (path.empty() || wasOpened_) return -1;
+  const auto open = [&] { return MakeFiles(path, recordLength, recordType, wholeFile); };
+  wasOpened_ = Guarded(open) == 0;
+  if (!wasOpened_) DropFiles();
+  return wasOpened_ ? 0 : -1;
+}
+
+int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordType,
+                         bool wholeFile) {
+  if (IsOneFile(path, StringPath(path))) return -1;
   records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
   strings_ = std::make_unique<SiteVarRecDB>(StringPath(path), wholeFile);
   if (readOnly_) {
     records_->SetReadOnly();
     strings_->SetReadOnly();
   }
-  wasOpened_ = records_->Open() == 0 && strings_->Open() == 0;
-  if (!wasOpened_) DropFiles();
-  return wasOpened_ ? 0 : -1;
+  return records_->Open() < 0 || strings_->Open() < 0 ? -1 : 0;
 }
 
 // A file in direct mode keeps its descriptor when it is destroyed, so it is closed first.
@@ -78,7 +86,11 @@ int SiteTable::Flush() {
 
 int SiteTable::Pack() {
   if (!isOpen()) return -1;
-  if (index_ != nullptr) index_->CopyNames();
+  const auto copyNames = [&] {
+    if (index_ != nullptr) index_->CopyNames();
+    return 0;
+  };
+  if (Guarded(copyNames) < 0) return -1;
   return records_->Pack() < 0 || strings_->Pack() < 0 ? -1 : 0;
 }
 

@@ -13,7 +13,8 @@
 namespace zvrsit {
 
 // A table object is opened once, a closed one is not opened again. Every operation gives -1 on
-// failure and leaves what was done.
+// failure, also for want of memory, and leaves what was done. Nothing is thrown but the
+// std::out_of_range that some say.
 class SiteTable {
  public:
   // Destroys both files: what was not closed or flushed is lost in whole-file mode.
@@ -68,6 +69,7 @@ class SiteTable {
   std::unique_ptr<NameIndex> index_;  // of a table that is searched by name
 
  private:
+  int MakeFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
   int CloseStrings();
 
   bool wasOpened_ = false;
