@@ -72,7 +72,8 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
   const int number = AddFile(path, siteRoot_);
   if (number < 0) return -1;
   if (Registered().contains(number) && HasStyleLinks(number)) return 0;
-  Registered().erase(number);  // its links may have been removed since
+  // It holds no reference, or a page had it by two names, of which a tree reads one.
+  Registered().erase(number);
   sheet_ = number;
   CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path);
   RegisterSheets(tree, tree.getRoot());

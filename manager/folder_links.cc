@@ -55,7 +55,7 @@ class WebLinks {
     if (manager.GetLiveUrl() != nullptr) resolver_.SetLiveUrl(*manager.GetLiveUrl(), siteDir);
   }
 
-  FolderDocuments& documents() { return documents_; }
+  const std::vector<std::string>& documentNames() const { return documents_.names(); }
 
   // Whether the link of a page to a file would lead elsewhere now. True also where that cannot be
   // told, as in a page with a BASE.
@@ -77,6 +77,21 @@ class WebLinks {
     return place_ != target;
   }
 
+  // Adds the pages whose links to `folder`, without a `\` at its end, would lead elsewhere now that
+  // it may have come or gone, or, where `otherDocument`, one of its documents has.
+  void AddFolderReferrers(const std::string& folder, bool otherDocument, Sources& sources) {
+    AddReferrers(folder, sources);
+    std::string document = folder;
+    documents_.Turn(document);
+    if (document != folder && !otherDocument) return;
+    for (const std::string& name : documents_.names()) {
+      const std::string other = folder + '\\' + name;
+      // Links to the document of today are right.
+      if (other != document) AddReferrers(other, sources);
+    }
+  }
+
+ private:
   // Adds the pages whose links to the file `target` would lead elsewhere now.
   void AddReferrers(const std::string& target, Sources& sources) {
     const int file = paths_.Find(target);
@@ -88,7 +103,6 @@ class WebLinks {
     }
   }
 
- private:
   const SitePathDB& paths_;
   SiteLinkDB& links_;
   const std::string root_;
@@ -98,12 +112,17 @@ class WebLinks {
   std::string place_;
 };
 
-// Whether a file may stand for its folder by its name.
-bool IsDocument(const FolderDocuments& documents, std::string_view path) {
+// The folder of a file or a folder, without a `\` at its end; empty when there is none.
+std::string_view FolderOf(std::string_view path) {
   const std::size_t backslash = FindLastBackslashMB(path);
-  if (backslash == std::string_view::npos) return false;
-  return std::ranges::any_of(documents.names(), [&](const std::string& name) {
-    return EqualIgnoringCase(name, path.substr(backslash + 1));
+  return backslash == std::string_view::npos ? std::string_view() : path.substr(0, backslash);
+}
+
+// Whether a file may stand for its folder by its name.
+bool IsDocument(const std::vector<std::string>& documentNames, std::string_view path) {
+  const std::string_view folder = FolderOf(path);
+  return !folder.empty() && std::ranges::any_of(documentNames, [&](const std::string& name) {
+    return EqualIgnoringCase(name, path.substr(folder.size() + 1));
   });
 }
 
@@ -142,26 +161,24 @@ std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
   return sources.names();
 }
 
-// Reads the pages anew whose links to the folder of `path` lead elsewhere, now that this file has
-// come or gone. By the classic rules a folder's document has one name, there or not.
+// Reads the pages anew whose links to a folder lead elsewhere, now that this file has come or gone:
+// it may stand for its folder, or be the first or the last below some. By the classic rules a
+// folder's document has one name, there or not.
 void SiteMgr::FollowFolderLinks(const std::string& path) {
   std::string siteDir;
-  if (linkRules != LinkRules::Web || dom == nullptr ||
-      !IsDocument(FolderDocuments(defaultUrl), path) || !HasFiles(linkDB) ||
+  if (linkRules != LinkRules::Web || dom == nullptr || !HasFiles(linkDB) ||
       ReadSiteFolder(siteDir) < 0) {
     return;
   }
   WebLinks web(*this, LinkBase(siteDir), siteDir);
   Sources sources(*pathDB);
-  const std::string folder = path.substr(0, FindLastBackslashMB(path));
-  // Links to the document of today are right, unless the folder itself has gone.
-  std::string document = folder;
-  web.documents().Turn(document);
-  for (const std::string& name : web.documents().names()) {
-    std::string other = folder + '\\' + name;
-    if (other != document) web.AddReferrers(other, sources);
+  std::string folder(FolderOf(path));
+  web.AddFolderReferrers(folder, IsDocument(web.documentNames(), path), sources);
+  for (;;) {
+    folder.resize(FolderOf(folder).size());
+    if (!folder.starts_with(siteDir)) break;
+    web.AddFolderReferrers(folder, false, sources);
   }
-  web.AddReferrers(folder, sources);
   for (const std::string& source : sources.names()) {
     if (source != path) SaveOne(source, nullptr);
   }

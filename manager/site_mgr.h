@@ -46,7 +46,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // null. For pages and style sheets `doc` is consumed, whatever the outcome; for other types it
   // stays the caller's. Raises the links-changed flag when the page's targets in the site differ,
   // or a sheet below it is registered that names files. By the web rules, when a document that
-  // stands for its folder has come, the pages that link to the folder are read anew.
+  // stands for its folder has come, or the folder itself, the pages that link to it are read anew.
   int Save(const std::string& path, Document* doc);
   // The same; the int is ignored.
   int Save(const std::string& path, int, Document* doc);
@@ -62,8 +62,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Reported after the fact: the disk is not touched.
 
   // Takes a file out of the link structure. An entry that others still link to stays, with
-  // existence flag 0. By the web rules, when a document that stood for its folder has gone, the
-  // pages that link to the folder are read anew. The int is ignored.
+  // existence flag 0. By the web rules, when a document that stood for its folder has gone, or the
+  // folder itself, the pages that link to it are read anew. The int is ignored.
   int Remove(const std::string& path, int);
   int Move(const std::string& from, const std::string& to);
   // These change nothing, on purpose: the application reports what matters through Save, Remove
