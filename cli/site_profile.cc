@@ -117,14 +117,14 @@ bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
 }
 
 // Whether links anywhere in the site may lead elsewhere now. Which pages a new default document
-// concerns is known; where there is none any more, it is not.
+// concerns is known; where there is none any more, it is by the web rules only.
 bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
   const bool isWeb = after.linkRules == LinkRules::Web;
   return before.linkRules != after.linkRules || before.useDocumentRoot != after.useDocumentRoot ||
          !SameFolder(before, after, kSlotSiteFolder) ||
          !SameFolder(before, after, kSlotDocumentRoot) ||
          (isWeb && !SameFolder(before, after, kSlotLiveUrl)) ||
-         (after.defaultUrl.empty() && !before.defaultUrl.empty());
+         (!isWeb && after.defaultUrl.empty() && !before.defaultUrl.empty());
 }
 
 // Reads the pages anew that a new default document concerns, and closes the site; their names.

@@ -169,7 +169,11 @@ TEST(Commands, ANewDefaultDocumentIsFollowed) {
     EXPECT_EQ(again["saved"], Json::array());
   }
   // Where there is none, each folder has its own.
-  EXPECT_EQ(program.Ask({"site", "set", "demo", "--default-url", ""})["state"], "to be rebuilt");
+  const Json none = program.Ask({"site", "set", "demo", "--default-url", ""});
+  EXPECT_EQ(none["state"], "rebuilt");
+  EXPECT_EQ(none["saved"], Json::array({"index.html"}));
+  EXPECT_EQ(program.Run({"links", "demo", "--from", "index.html"}).out,
+            "index.html -> sub/index.html  LT_ANCHOR\n");
 }
 
 // The live address names the site, in pages and in sheets.
