@@ -27,16 +27,16 @@ int MarkMember(SitePathDB* paths, int pathNumber, bool member) {
   return paths->Update(rec);
 }
 
-// One spreading of marks along the links, or of their going. The calls of the recursion are kept
-// apart from the call stack, because a chain of pages is as long as the site is large.
+// Spreads the member mark along the links, or takes it away along them. The calls of the recursion
+// are kept apart from the call stack, because a chain of pages is as long as the site is large.
 class Spread {
  public:
-  // Files enter the family, or leave it.
+  // A file that turns enters the family; without `enter` it leaves it.
   Spread(SitePathDB* paths, SiteLinkDB* links, bool enter)
       : paths_(paths), links_(links), enter_(enter) {}
 
-  // Turns one file, and from there each that the links lead to and that has not turned yet; -1 when
-  // the first cannot be turned.
+  // Turns one file, then the files that its links lead to, and so on; -1 when the first cannot be
+  // turned. Files that have turned before are not entered again.
   int From(int pathNumber);
 
  private:

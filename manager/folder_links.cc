@@ -21,7 +21,8 @@ namespace zvrsit {
 
 namespace {
 
-// Links whose texts lead to a folder by its path, or whose texts are no paths: they do not change.
+// Links of these types depend on no document: a sheet that names a folder leads to the folder
+// itself, and the text of an applet's file is a mere name.
 constexpr std::uint32_t kNeverFollowed =
     LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE | LT_APPLET_FILE;
 
