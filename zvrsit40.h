@@ -9,6 +9,7 @@
 #include "dom/mapped_file.h"
 #include "links/link_rules.h"
 #include "links/link_type.h"
+#include "links/live_address.h"
 #include "links/site_url.h"
 #include "manager/family_marks.h"
 #include "manager/profiles.h"
@@ -26,4 +27,5 @@
 #include "platform/api.h"
 #include "platform/code_page.h"
 #include "platform/native_path.h"
+#include "platform/version.h"
 #include "platform/window.h"

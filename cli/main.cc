@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <string>
 
 #if !defined(_WIN32)
 #include <fcntl.h>
@@ -11,6 +12,7 @@
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
+#include "platform/version.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -85,7 +87,7 @@ int Main(int argc, char** argv) {
   app.add_option("--format", format, "how answers are printed; text by default")
       ->option_text("text|json")
       ->check(CLI::IsMember({"text", "json"}));
-  app.set_version_flag("--version", "zvrsit " ZVRSIT_VERSION);
+  app.set_version_flag("--version", std::string("zvrsit ") + Version());
   app.require_subcommand(1);
   app.fallthrough();
   app.allow_windows_style_options(false);  // a name may begin with "/"

@@ -8,7 +8,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
-#include "links/url_text.h"
+#include "links/live_address.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {

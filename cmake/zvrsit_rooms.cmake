@@ -2,14 +2,12 @@
 
 add_library(zvrsit_flags INTERFACE)
 target_compile_features(zvrsit_flags INTERFACE cxx_std_20)
-target_include_directories(zvrsit_flags INTERFACE
-  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-  $<INSTALL_INTERFACE:include/zvrsit40>)
-target_compile_options(zvrsit_flags INTERFACE
-  $<BUILD_INTERFACE:-Wall -Wextra -Wshadow -Werror>)
+target_include_directories(zvrsit_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+# Errors where CMAKE_COMPILE_WARNING_AS_ERROR is ON, as it is in the presets.
+target_compile_options(zvrsit_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 sees overlaps in std::string's operator+ that are not there.
-  target_compile_options(zvrsit_flags INTERFACE $<BUILD_INTERFACE:-Wno-restrict>)
+  target_compile_options(zvrsit_flags INTERFACE -Wno-restrict)
 endif()
 if(ZVRSIT_SANITIZE)
   target_compile_options(zvrsit_flags INTERFACE
@@ -19,8 +17,8 @@ endif()
 
 # zvrsit_room(<target> SOURCES <file>... [POSIX <file>...] [WIN32 <file>...] [USES <target>...])
 #
-# One room: a static library of position-independent code with hidden visibility. The shared
-# library takes it in whole; tests of its inside link it directly.
+# One room: a static library of position-independent code with hidden visibility. The library takes
+# it in whole; tests of its inside link it directly.
 function(zvrsit_room target)
   cmake_parse_arguments(ROOM "" "" "SOURCES;POSIX;WIN32;USES" ${ARGN})
   set(sources ${ROOM_SOURCES})
@@ -34,7 +32,9 @@ function(zvrsit_room target)
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_compile_definitions(${target} PRIVATE ZVRSIT_BUILDING INTERFACE ZVRSIT_STATIC)
+  target_compile_definitions(${target}
+    PRIVATE $<IF:$<BOOL:${BUILD_SHARED_LIBS}>,ZVRSIT_BUILDING,ZVRSIT_STATIC>
+    INTERFACE ZVRSIT_STATIC)
   target_link_libraries(${target} PUBLIC zvrsit_flags ${ROOM_USES})
 endfunction()
 

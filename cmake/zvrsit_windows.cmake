@@ -2,9 +2,9 @@
 
 # The system calls as they are since Windows Vista; no min and max, and few of the other headers.
 target_compile_definitions(zvrsit_flags INTERFACE
-  $<BUILD_INTERFACE:NOMINMAX;WIN32_LEAN_AND_MEAN;_WIN32_WINNT=0x0600>)
+  NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0600)
 # With 32-bit sizes, GCC 12 sees overflows of memcpy behind checks that rule them out.
-target_compile_options(zvrsit_flags INTERFACE $<BUILD_INTERFACE:-Wno-array-bounds>)
+target_compile_options(zvrsit_flags INTERFACE -Wno-array-bounds)
 
 # On Linux, the libraries of the program and the tests are looked for in packages of that machine.
 if(CMAKE_CROSSCOMPILING)

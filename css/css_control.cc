@@ -7,12 +7,14 @@
 #include "css/css_decode.h"
 #include "css/css_node.h"
 #include "css/css_references.h"
+#include "css/reference_resolver.h"
 #include "dom/code_conv.h"
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "dom/mapped_file.h"
 #include "links/ascii.h"
 #include "links/html_values.h"
+#include "links/page_parts.h"
 
 namespace zvrsit {
 namespace {
@@ -81,7 +83,10 @@ CssNode RootNode(const std::string& path) {
 
 }  // namespace
 
-CCSSControl::CCSSControl() = default;
+CCSSControl::CCSSControl()
+    : resolver_(std::make_unique<ReferenceResolver>()),
+      parts_(std::make_unique<PageParts>()),
+      base_(kPageItself) {}
 CCSSControl::~CCSSControl() = default;
 
 void CCSSControl::SetObject(DOM* dom) {
@@ -108,11 +113,11 @@ void CCSSControl::SetSiteDocumentRoot(const std::string& folder) {
 }
 
 void CCSSControl::SetLinkRules(LinkRules rules) {
-  resolver_ = ReferenceResolver(rules);
+  *resolver_ = ReferenceResolver(rules);
 }
 
 void CCSSControl::SetLiveUrl(const std::string& url) {
-  resolver_.SetLiveUrl(url, siteFolder_);
+  resolver_->SetLiveUrl(url, siteFolder_);
 }
 
 CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
@@ -166,14 +171,14 @@ std::vector<CssNode> CCSSControl::ReadSheet(const std::string& path) {
 }
 
 void CCSSControl::BeginFile(const std::string& path) {
-  resolver_.BeginFile(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
+  resolver_->BeginFile(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
   base_ = kPageItself;
 }
 
 void CCSSControl::TurnToBase(std::int32_t base) {
   if (base == base_) return;
   BeginFile(page_);
-  parts_.ForEachBase(base, [this](const std::string& href) { resolver_.SetBase(href); });
+  parts_->ForEachBase(base, [this](const std::string& href) { resolver_->SetBase(href); });
   base_ = base;
 }
 
@@ -182,9 +187,9 @@ void CCSSControl::CollectPage(const std::string& path, const Document& document,
   tree.roots_.push_back(RootNode(path));
   page_ = path;
   BeginFile(path);
-  parts_.Read(document, resolver_.rules());
-  for (const PagePart& part : parts_.parts()) CollectPart(part, tree);
-  parts_.Clear();
+  parts_->Read(document, resolver_->rules());
+  for (const PagePart& part : parts_->parts()) CollectPart(part, tree);
+  parts_->Clear();
   EndSiblings(tree.ofThePage_);
   EndSiblings(tree.roots_);
 }
@@ -195,7 +200,7 @@ void CCSSControl::CollectPart(const PagePart& part, CCSSFileTree& tree) {
   FindInStyles(*part.document);
   FindInStyleAttributes(*part.document);
   AddPageReferences(part, true, tree.ofThePage_);
-  if (resolver_.rules() == LinkRules::Classic) return;
+  if (resolver_->rules() == LinkRules::Classic) return;
   found_.clear();
   FindInPresentationAttributes(*part.document);
   AddPageReferences(part, false, tree.ofThePage_);
@@ -203,13 +208,13 @@ void CCSSControl::CollectPart(const PagePart& part, CCSSFileTree& tree) {
 
 // Whether an element is one of the page by the rules at hand.
 bool CCSSControl::Counts(const Element& element) const {
-  return resolver_.rules() == LinkRules::Web || !element.inShadow();
+  return resolver_->rules() == LinkRules::Web || !element.inShadow();
 }
 
 // A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
 // ordinary link of the page, but the sheet is read all the same.
 void CCSSControl::AddLinks(const PagePart& part, CCSSFileTree& tree) {
-  const bool isWeb = resolver_.rules() == LinkRules::Web;
+  const bool isWeb = resolver_->rules() == LinkRules::Web;
   const std::span<const std::uint32_t> links = part.document->elementsOf(Tag::kLink);
   tree.ofThePage_.reserve(std::min(links.size(), kUsualLinks));
   for (const std::uint32_t index : links) {
@@ -264,7 +269,7 @@ void CCSSControl::FindInStyleAttributes(const Document& document) {
   bool hasBody = false;
   for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
     if (!Counts(style.element)) continue;
-    if (resolver_.rules() == LinkRules::Web && style.element.tag() == Tag::kBody) {
+    if (resolver_->rules() == LinkRules::Web && style.element.tag() == Tag::kBody) {
       // A browser gives the attributes of a second BODY to the first, where that lacks them.
       if (hasBody) continue;
       hasBody = true;
@@ -331,7 +336,7 @@ bool CCSSControl::AddNode(std::string_view declared, int offset, int type,
                           std::vector<CssNode>& nodes) {
   if (declared.empty()) return false;
   CssNode& node = nodes.emplace_back();
-  const TargetKind kind = resolver_.Resolve(declared, node);
+  const TargetKind kind = resolver_->Resolve(declared, node);
   if (node.empty() || (kind != TargetKind::kLocal && kind != TargetKind::kExternal)) {
     nodes.pop_back();
     return false;
@@ -347,7 +352,7 @@ bool CCSSControl::AddNode(std::string_view declared, int offset, int type,
 
 // Under the web rules only what lies in the site is read.
 bool CCSSControl::IsReadable(const std::string& path) const {
-  if (resolver_.rules() == LinkRules::Classic) return true;
+  if (resolver_->rules() == LinkRules::Classic) return true;
   return path.compare(0, siteFolder_.size(), siteFolder_) == 0;
 }
 

@@ -2,14 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "css/css_file_tree.h"
-#include "css/reference_resolver.h"
 #include "links/link_rules.h"
-#include "links/page_parts.h"
 #include "platform/api.h"
 
 namespace zvrsit {
@@ -18,9 +17,12 @@ class Attribute;
 class DOM;
 class Document;
 class Element;
+class PageParts;
+class ReferenceResolver;
 struct CssNode;
 enum class CssSource : std::uint8_t;
 struct CssReference;
+struct PagePart;
 
 // Nothing that was read is kept beyond its tree: a tree shows pages and sheets as they are on the
 // disk. One thread at a time uses a control and its trees.
@@ -67,40 +69,44 @@ class ZVRSIT_API CCSSControl {
   friend class CCSSFileTree;
 
   // What the sheet at `path` refers to; nothing when it cannot be read.
-  std::vector<CssNode> ReadSheet(const std::string& path);
+  ZVRSIT_LOCAL std::vector<CssNode> ReadSheet(const std::string& path);
 
-  void CollectPage(const std::string& path, const Document& document, CCSSFileTree& tree);
-  void CollectPart(const PagePart& part, CCSSFileTree& tree);
-  void AddLinks(const PagePart& part, CCSSFileTree& tree);
-  bool Counts(const Element& element) const;
+  ZVRSIT_LOCAL void CollectPage(const std::string& path, const Document& document,
+                                CCSSFileTree& tree);
+  ZVRSIT_LOCAL void CollectPart(const PagePart& part, CCSSFileTree& tree);
+  ZVRSIT_LOCAL void AddLinks(const PagePart& part, CCSSFileTree& tree);
+  ZVRSIT_LOCAL bool Counts(const Element& element) const;
   // All append to found_.
-  void FindInStyles(const Document& document);
-  void FindInSvgStyle(const Document& document, const Element& style);
-  void FindInStyleAttributes(const Document& document);
-  void FindInPresentationAttributes(const Document& document);
-  void FindInAttribute(const Document& document, const Attribute& attribute,
-                       std::string_view property);
-  void FindInPage(const Document& document, std::string_view raw, std::string_view decoded,
-                  CssSource source, std::string_view property = {});
+  ZVRSIT_LOCAL void FindInStyles(const Document& document);
+  ZVRSIT_LOCAL void FindInSvgStyle(const Document& document, const Element& style);
+  ZVRSIT_LOCAL void FindInStyleAttributes(const Document& document);
+  ZVRSIT_LOCAL void FindInPresentationAttributes(const Document& document);
+  ZVRSIT_LOCAL void FindInAttribute(const Document& document, const Attribute& attribute,
+                                    std::string_view property);
+  ZVRSIT_LOCAL void FindInPage(const Document& document, std::string_view raw,
+                               std::string_view decoded, CssSource source,
+                               std::string_view property = {});
 
   // References are taken from the file at `path` from here on.
-  void BeginFile(const std::string& path);
+  ZVRSIT_LOCAL void BeginFile(const std::string& path);
   // The same for the page at hand and one of its bases.
-  void TurnToBase(std::int32_t base);
+  ZVRSIT_LOCAL void TurnToBase(std::int32_t base);
   // Those of found_, in a part of the page. `atOnce`: a BASE behind them does not count.
-  void AddPageReferences(const PagePart& part, bool atOnce, std::vector<CssNode>& nodes);
-  bool AddNode(std::string_view declared, int offset, int type, std::vector<CssNode>& nodes);
-  bool IsReadable(const std::string& path) const;
+  ZVRSIT_LOCAL void AddPageReferences(const PagePart& part, bool atOnce,
+                                      std::vector<CssNode>& nodes);
+  ZVRSIT_LOCAL bool AddNode(std::string_view declared, int offset, int type,
+                            std::vector<CssNode>& nodes);
+  ZVRSIT_LOCAL bool IsReadable(const std::string& path) const;
 
   DOM* dom_ = nullptr;
   std::string siteFolder_;
   std::string slot7_;
   std::string slot3_;
   std::string documentRoot_;
-  ReferenceResolver resolver_;
+  std::unique_ptr<ReferenceResolver> resolver_;
   std::string page_;  // whose parts_ are being read
-  PageParts parts_;
-  std::int32_t base_ = kPageItself;  // of parts_, which references are taken from now
+  std::unique_ptr<PageParts> parts_;
+  std::int32_t base_;                // of parts_, which references are taken from now
   std::vector<CssReference> found_;  // scratch
   std::string rel_;                  // scratch
   std::string href_;                 // scratch

@@ -1,6 +1,6 @@
 #include "css/css_decode.h"
 
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/utf8.h"
 
 namespace zvrsit {

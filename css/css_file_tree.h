@@ -59,9 +59,9 @@ class ZVRSIT_API CCSSFileTree {
   friend class CCSSControl;
   using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;  // device and file
 
-  explicit CCSSFileTree(CCSSControl& control);
-  const std::vector<CssNode>* ChildrenOf(const CssNode& node);
-  const std::vector<CssNode>* SheetChildren(const CssNode& node);
+  ZVRSIT_LOCAL explicit CCSSFileTree(CCSSControl& control);
+  ZVRSIT_LOCAL const std::vector<CssNode>* ChildrenOf(const CssNode& node);
+  ZVRSIT_LOCAL const std::vector<CssNode>* SheetChildren(const CssNode& node);
 
   CCSSControl* control_;
   std::vector<CssNode> roots_;      // the root, then its siblings

@@ -1,6 +1,6 @@
 #include "css/css_tokenizer.h"
 
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 
 namespace zvrsit {
 namespace {

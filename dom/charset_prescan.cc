@@ -6,7 +6,7 @@
 #include "dom/attr_table.h"
 #include "dom/html_text.h"
 #include "dom/html_tokenizer.h"
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 
 namespace zvrsit {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "dom/byte_search.h"
 #include "dom/charset_prescan.h"
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/utf8.h"
 
 namespace zvrsit {

@@ -37,10 +37,10 @@ class ZVRSIT_API CodeConv {
 
  private:
   // Each imports `page` from `skip` on, or gives false when it does not know the label.
-  bool ImportLabelled(std::string_view page, std::string_view label, std::size_t skip);
-  bool ImportOwnPage(std::string_view page, std::size_t skip);
-  bool ImportUndeclared(std::string_view page);
-  bool Convert(std::string_view bytes, std::string_view label);
+  ZVRSIT_LOCAL bool ImportLabelled(std::string_view page, std::string_view label, std::size_t skip);
+  ZVRSIT_LOCAL bool ImportOwnPage(std::string_view page, std::size_t skip);
+  ZVRSIT_LOCAL bool ImportUndeclared(std::string_view page);
+  ZVRSIT_LOCAL bool Convert(std::string_view bytes, std::string_view label);
 
   std::string converted_;
   const char* text_ = nullptr;

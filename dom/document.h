@@ -161,7 +161,7 @@ class ZVRSIT_API Element {
   std::vector<Text> leadingTexts() const;
 
  private:
-  inline const ElementRecord& record() const;
+  ZVRSIT_LOCAL inline const ElementRecord& record() const;
 
   const Document* document_ = nullptr;
   std::uint32_t index_ = 0;
@@ -269,11 +269,11 @@ class ZVRSIT_API Document {
     std::uint32_t end;
   };
 
-  void Build(const char* text, std::size_t length, bool decode, DocumentScope scope);
-  Node FirstChild(std::uint32_t index) const;
-  Text RawTextOf(std::uint32_t index) const;
-  Text TextAt(std::uint32_t offset, bool foreign) const;
-  std::vector<Text> LeadingTexts(std::uint32_t index) const;
+  ZVRSIT_LOCAL void Build(const char* text, std::size_t length, bool decode, DocumentScope scope);
+  ZVRSIT_LOCAL Node FirstChild(std::uint32_t index) const;
+  ZVRSIT_LOCAL Text RawTextOf(std::uint32_t index) const;
+  ZVRSIT_LOCAL Text TextAt(std::uint32_t offset, bool foreign) const;
+  ZVRSIT_LOCAL std::vector<Text> LeadingTexts(std::uint32_t index) const;
   // What is searched for markup: the text, in a double-byte code page with masked trail bytes.
   const char* source() const { return maskedText_.empty() ? text_ : maskedText_.data(); }
   const char* sourceEnd() const { return source() + length_; }

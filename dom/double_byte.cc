@@ -1,6 +1,6 @@
 #include "dom/double_byte.h"
 
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 
 namespace zvrsit {
 

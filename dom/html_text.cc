@@ -2,7 +2,7 @@
 
 #include "dom/byte_search.h"
 #include "dom/character_reference.h"
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/utf8.h"
 
 namespace zvrsit {

@@ -5,6 +5,7 @@
 
 #include "dom/byte_search.h"
 #include "platform/file.h"
+#include "platform/large_memory.h"
 #include "platform/nearby_files.h"
 
 namespace zvrsit {
@@ -16,7 +17,7 @@ constexpr std::size_t kKeptBytes = std::size_t{4} << 20;
 
 }  // namespace
 
-MappedFile::MappedFile() = default;
+MappedFile::MappedFile() : buffer_(std::make_unique<platform::LargeBuffer>()) {}
 MappedFile::~MappedFile() = default;
 
 bool MappedFile::open(const std::string& path, int mode) {
@@ -31,31 +32,31 @@ bool MappedFile::open(const std::string& path, platform::NearbyFiles& nearby) {
 
 bool MappedFile::ReadAndClose(int fd) {
   if (fd < 0) return false;
-  open_ = Read(fd);
+  if (Read(fd)) top_ = buffer_->get();
   platform::Close(fd);
-  return open_;
+  return top_ != nullptr;
 }
 
 bool MappedFile::Read(int fd) {
   platform::FileStat stat;
   if (platform::StatOpen(fd, stat) != 0 || !stat.isRegular() || stat.size > kLargest) return false;
   const std::size_t wanted = std::size_t{stat.size} + kTextPadding;
-  if (wanted > buffer_.length()) {
-    buffer_.reset();
+  if (wanted > buffer_->length()) {
+    buffer_->reset();
     // A process of 32 bits may have less memory than files are long.
-    if (!buffer_.Grow(wanted + wanted / 4) && !buffer_.Grow(wanted)) return false;
+    if (!buffer_->Grow(wanted + wanted / 4) && !buffer_->Grow(wanted)) return false;
   }
-  const std::int64_t count = platform::Read(fd, buffer_.get(), stat.size);
+  const std::int64_t count = platform::Read(fd, buffer_->get(), stat.size);
   if (count < 0) return false;
   size_ = static_cast<std::size_t>(count);
-  std::memset(buffer_.get() + size_, 0, kTextPadding);
+  std::memset(buffer_->get() + size_, 0, kTextPadding);
   return true;
 }
 
 void MappedFile::close() {
-  open_ = false;
+  top_ = nullptr;
   size_ = 0;
-  if (buffer_.length() > kKeptBytes) buffer_.reset();
+  if (buffer_->length() > kKeptBytes) buffer_->reset();
 }
 
 }  // namespace zvrsit

@@ -2,16 +2,17 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 #include "platform/api.h"
-#include "platform/large_memory.h"
 
 namespace zvrsit {
 
 namespace platform {
+class LargeBuffer;
 class NearbyFiles;
-}
+}  // namespace platform
 
 // The content is read, not mapped: another program that cuts the file short cannot take bytes
 // away from under us. The buffer stays with the object from file to file.
@@ -31,18 +32,18 @@ class ZVRSIT_API MappedFile {
 
   // The content of the open file, good until close() or the next open(); kTextPadding zeros follow
   // it. Not null, even when the file is empty; without an open file, null and 0.
-  const char* top() const { return open_ ? buffer_.get() : nullptr; }
-  std::size_t size() const { return open_ ? size_ : 0; }
+  const char* top() const { return top_; }
+  std::size_t size() const { return size_; }
 
   void close();
 
  private:
-  bool ReadAndClose(int fd);
-  bool Read(int fd);
+  ZVRSIT_LOCAL bool ReadAndClose(int fd);
+  ZVRSIT_LOCAL bool Read(int fd);
 
-  platform::LargeBuffer buffer_;
+  std::unique_ptr<platform::LargeBuffer> buffer_;
+  const char* top_ = nullptr;  // in buffer_ while a file is open
   std::size_t size_ = 0;
-  bool open_ = false;
 };
 
 }  // namespace zvrsit

@@ -30,6 +30,15 @@ std::int32_t Length(const std::string& bytes) {
   return static_cast<std::int32_t>(bytes.size());
 }
 
+// The words and the texts of a record in the order of the file.
+constexpr std::int32_t SitUrlRec::*kWords[] = {
+    &SitUrlRec::fileType,         &SitUrlRec::size,       &SitUrlRec::creationTime,
+    &SitUrlRec::modificationTime, &SitUrlRec::accessTime, &SitUrlRec::status,
+    &SitUrlRec::ftpMember,        &SitUrlRec::lastChecked};
+constexpr std::string SitUrlRec::*kTexts[] = {
+    &SitUrlRec::key,       &SitUrlRec::title,    &SitUrlRec::lastModified, &SitUrlRec::expires,
+    &SitUrlRec::generator, &SitUrlRec::keywords, &SitUrlRec::description,  &SitUrlRec::contentType};
+
 std::uint32_t TagOfKind(int kind) {
   if (kind == SitBlockDB::kJunkFile) return kTagJunk;
   return kind == SitBlockDB::kFolderFile ? kTagFolder : kTagUrl;
@@ -37,27 +46,17 @@ std::uint32_t TagOfKind(int kind) {
 
 }  // namespace
 
-std::array<std::int32_t*, SitUrlRec::kWords> SitUrlRec::words() {
-  return {&fileType,   &size,   &creationTime, &modificationTime,
-          &accessTime, &status, &ftpMember,    &lastChecked};
-}
-
-std::array<std::string*, SitUrlRec::kTexts> SitUrlRec::texts() {
-  return {&key, &title, &lastModified, &expires, &generator, &keywords, &description, &contentType};
-}
-
 std::string EncodeUrlRec(const SitUrlRec& record) {
-  SitUrlRec copy = record;
   std::string bytes;
-  unsigned char word[4];
+  unsigned char stored[4];
   const auto append = [&](std::int32_t value) {
-    StoreLE32(word, value);
-    bytes.append(reinterpret_cast<const char*>(word), sizeof word);
+    StoreLE32(stored, value);
+    bytes.append(reinterpret_cast<const char*>(stored), sizeof stored);
   };
-  for (const std::int32_t* value : copy.words()) append(*value);
-  for (const std::string* text : copy.texts()) {
-    append(Length(*text));
-    bytes += *text;
+  for (const auto word : kWords) append(record.*word);
+  for (const auto text : kTexts) {
+    append(Length(record.*text));
+    bytes += record.*text;
   }
   return bytes;
 }
@@ -70,13 +69,13 @@ bool DecodeUrlRec(const char* bytes, std::size_t length, SitUrlRec& record) {
     at += 4;
     return true;
   };
-  for (std::int32_t* value : record.words()) {
-    if (!take(*value)) return false;
+  for (const auto word : kWords) {
+    if (!take(record.*word)) return false;
   }
-  for (std::string* text : record.texts()) {
+  for (const auto text : kTexts) {
     std::int32_t size = 0;
     if (!take(size) || size < 0 || static_cast<std::size_t>(size) > length - at) return false;
-    text->assign(bytes + at, static_cast<std::size_t>(size));
+    (record.*text).assign(bytes + at, static_cast<std::size_t>(size));
     at += static_cast<std::size_t>(size);
   }
   return true;

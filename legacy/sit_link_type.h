@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "platform/api.h"
+
 namespace zvrsit {
 
 // What a link record says of its reference, 1 to 13:
@@ -45,6 +47,6 @@ inline bool IsLinkType(int type) {
 }
 
 // The type of an LT_ code; 0 for a reference that the older generation does not record.
-int SitLinkTypeOf(std::uint32_t linkTypeCode);
+ZVRSIT_API int SitLinkTypeOf(std::uint32_t linkTypeCode);
 
 }  // namespace zvrsit

@@ -3,6 +3,9 @@
 
 #include <vector>
 
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
+#include "legacy/sit_pair_db.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
 

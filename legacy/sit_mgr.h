@@ -130,11 +130,11 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
 
  private:
   enum class LinkQuery { kFore, kBack, kBroken };
-  std::string* NextLink(const std::string& url, LinkQuery query);
-  std::string* NextChild(const std::string& folder, int kind);
-  std::string* NextEntry(int reset, int kind, int& position);
-  int FindLink(const std::string& from, const std::string& to);
-  int DropEntry(const UrlID& id);
+  ZVRSIT_LOCAL std::string* NextLink(const std::string& url, LinkQuery query);
+  ZVRSIT_LOCAL std::string* NextChild(const std::string& folder, int kind);
+  ZVRSIT_LOCAL std::string* NextEntry(int reset, int kind, int& position);
+  ZVRSIT_LOCAL int FindLink(const std::string& from, const std::string& to);
+  ZVRSIT_LOCAL int DropEntry(const UrlID& id);
 };
 
 }  // namespace zvrsit

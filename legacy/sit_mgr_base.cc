@@ -1,6 +1,10 @@
 #include "legacy/sit_mgr_base.h"
 
 #include "legacy/page_reader.h"
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
+#include "legacy/sit_pair_db.h"
+#include "legacy/sit_prof.h"
 #include "platform/file.h"
 
 namespace zvrsit {
@@ -11,21 +15,28 @@ SitMgrBase::SitMgrBase(const char* siteProfPath, const char* servProfPath, const
     : SitMgrBase() {
   if (dbDir != nullptr) dbDir_ = dbDir;
   if (siteProfPath != nullptr) {
-    siteProf_ = std::make_shared<SitProf<SiteRec>>(siteProfPath, history_.get());
+    siteProf_ = std::make_shared<SitSiteProf>(siteProfPath, history_.get());
   }
   if (servProfPath != nullptr) {
-    servProf_ = std::make_shared<SitProf<ServRec>>(servProfPath, history_.get());
+    servProf_ = std::make_shared<SitServProf>(servProfPath, history_.get());
   }
 }
 
 SitMgrBase::~SitMgrBase() = default;
 
+SitMgrBase::Group::Group(SitHist& history) : history_(history) {
+  history_.NewStep()->groupMark = kGroupBegin;
+}
+SitMgrBase::Group::~Group() {
+  history_.NewStep()->groupMark = kGroupEnd;
+}
+
 int SitMgrBase::setDB(const std::string& dbDir, const std::string& siteProfName,
                       const std::string& servProfName) {
   dbDir_ = dbDir;
   platform::MakeFolderOfPath(dbDir + siteProfName);
-  siteProf_ = std::make_shared<SitProf<SiteRec>>(dbDir + siteProfName, history_.get());
-  servProf_ = std::make_shared<SitProf<ServRec>>(dbDir + servProfName, history_.get());
+  siteProf_ = std::make_shared<SitSiteProf>(dbDir + siteProfName, history_.get());
+  servProf_ = std::make_shared<SitServProf>(dbDir + servProfName, history_.get());
   return siteProf_->IsOpen() && servProf_->IsOpen() ? Succeed() : Fail(kSitCannotOpen);
 }
 

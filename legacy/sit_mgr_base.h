@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,12 +24,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "legacy/sit_block_db.h"
 #include "legacy/sit_error.h"
-#include "legacy/sit_hist.h"
 #include "legacy/sit_link_type.h"
-#include "legacy/sit_pair_db.h"
-#include "legacy/sit_prof.h"
+#include "legacy/sit_url_rec.h"
 #include "platform/api.h"
 #include "util/url_id.h"
 
@@ -36,8 +34,16 @@ namespace zvrsit {
 
 class DOM;
 class Document;
-template <class Rec>
-class ProfEditor;
+struct HistCell;
+struct HistProc;
+struct ServRec;
+class SitBlockDB;
+class SitHist;
+class SitPairDB;
+struct SitPairRec;
+class SitServProf;
+class SitSiteProf;
+struct SiteRec;
 
 class ZVRSIT_API SitMgrBase {
  public:
@@ -299,12 +305,10 @@ class ZVRSIT_API SitMgrBase {
 
  protected:
   // A group of steps from here to the end of the scope.
-  class Group {
+  class ZVRSIT_LOCAL Group {
    public:
-    explicit Group(SitHist& history) : history_(history) {
-      history_.NewStep()->groupMark = kGroupBegin;
-    }
-    ~Group() { history_.NewStep()->groupMark = kGroupEnd; }
+    explicit Group(SitHist& history);
+    ~Group();
     Group(const Group&) = delete;
     Group& operator=(const Group&) = delete;
 
@@ -313,54 +317,55 @@ class ZVRSIT_API SitMgrBase {
   };
 
   // Handlers of Undo: 0 when done or skipped, -1 for a cell that is not theirs.
-  int UndoLinkDB(HistProc* step, HistCell* cell);
-  int UndoUrlDB(HistProc* step, HistCell* cell);
-  int UndoSiteProf(HistProc* step, HistCell* cell);
-  int UndoServProf(HistProc* step, HistCell* cell);
+  ZVRSIT_LOCAL int UndoLinkDB(HistProc* step, HistCell* cell);
+  ZVRSIT_LOCAL int UndoUrlDB(HistProc* step, HistCell* cell);
+  ZVRSIT_LOCAL int UndoSiteProf(HistProc* step, HistCell* cell);
+  ZVRSIT_LOCAL int UndoServProf(HistProc* step, HistCell* cell);
 
-  int Fail(int error);
+  ZVRSIT_LOCAL int Fail(int error);
   // How many writes to the stores that are open have failed.
-  int FailedWrites() const;
+  ZVRSIT_LOCAL int FailedWrites() const;
   // `result` with the last error 0; or, when writes have failed since `before`, -1 with `error`.
-  int Written(int before, int result = 0, int error = kSitWriteFailed);
-  std::string* FailText(int error);
-  int Succeed(int result = 0);
+  ZVRSIT_LOCAL int Written(int before, int result = 0, int error = kSitWriteFailed);
+  ZVRSIT_LOCAL std::string* FailText(int error);
+  ZVRSIT_LOCAL int Succeed(int result = 0);
 
   // The store of a kind of entry, null for another kind; with no site open the last error is 3.
-  SitBlockDB* StoreOf(int kind);
+  ZVRSIT_LOCAL SitBlockDB* StoreOf(int kind);
   // The same for kinds 2 and 3 only.
-  SitBlockDB* UrlStoreOf(const UrlID& id);
+  ZVRSIT_LOCAL SitBlockDB* UrlStoreOf(const UrlID& id);
   // Whether the pair could be the end of a link or of a relation.
-  static bool IsLinkEnd(const UrlID& id);
-  static bool IsRelEnd(const UrlID& id);
-  std::unique_ptr<SitPairRec> ReadLink(int link);
+  ZVRSIT_LOCAL static bool IsLinkEnd(const UrlID& id);
+  ZVRSIT_LOCAL static bool IsRelEnd(const UrlID& id);
+  ZVRSIT_LOCAL std::unique_ptr<SitPairRec> ReadLink(int link);
   // Deletes a link with its strings; no step of its own.
-  int DropLink(SitPairRec& record, bool force);
+  ZVRSIT_LOCAL int DropLink(SitPairRec& record, bool force);
   // Gives a link its texts, each unless it is empty, and its type. 0 or -1.
-  int SetLinkFields(int link, int type, const std::string& asIsUrl, const std::string& imgAlt);
+  ZVRSIT_LOCAL int SetLinkFields(int link, int type, const std::string& asIsUrl,
+                                 const std::string& imgAlt);
   // Deletes all links from an entry, each in a step of its own.
-  int DropForeLinks(const UrlID& from);
+  ZVRSIT_LOCAL int DropForeLinks(const UrlID& from);
 
   // Reads the page of an entry from disk, and gives a document back. A file that cannot be read
   // yields an empty document.
-  Document* LoadDocument(const std::string& path);
-  void FreeDocument(Document* document);
+  ZVRSIT_LOCAL Document* LoadDocument(const std::string& path);
+  ZVRSIT_LOCAL void FreeDocument(Document* document);
   // Replaces title, META texts and links of a page by those of its document.
-  int SaveDocument(const UrlID& page, const Document& document);
+  ZVRSIT_LOCAL int SaveDocument(const UrlID& page, const Document& document);
   // The entry of a file, inspected in either case.
-  int RegisterFile(const std::string& path);
+  ZVRSIT_LOCAL int RegisterFile(const std::string& path);
   // Registers the folders above a file or folder up to the site folder, each with its relation.
-  int RegisterParents(const std::string& path, const UrlID& child);
+  ZVRSIT_LOCAL int RegisterParents(const std::string& path, const UrlID& child);
 
   // The profile of the open site as it is now.
-  SiteRec SiteNow() const;
+  ZVRSIT_LOCAL SiteRec SiteNow() const;
   // Empty while none is open or the slot is not set.
-  std::string SiteFolder() const;
-  std::string TopFile() const;
+  ZVRSIT_LOCAL std::string SiteFolder() const;
+  ZVRSIT_LOCAL std::string TopFile() const;
 
   std::shared_ptr<SitHist> history_;
-  std::shared_ptr<SitProf<SiteRec>> siteProf_;
-  std::shared_ptr<SitProf<ServRec>> servProf_;
+  std::shared_ptr<SitSiteProf> siteProf_;
+  std::shared_ptr<SitServProf> servProf_;
   std::shared_ptr<SiteRec> site_;  // of the open site, or of the one that is peeped into
   int siteId_ = -1;
   std::shared_ptr<SitBlockDB> urlDB_;
@@ -374,49 +379,51 @@ class ZVRSIT_API SitMgrBase {
   bool keepsTextNumbers_ = false;  // while UndoWithAlternatives works
 
  private:
-  struct PageReader;
+  struct ZVRSIT_LOCAL PageReader;
+  class ZVRSIT_LOCAL ServEditor;
+  class ZVRSIT_LOCAL SiteEditor;
 
-  void UndoCells(HistProc* step);
-  void UndoCell(HistProc* step, HistCell* cell);
+  ZVRSIT_LOCAL void UndoCells(HistProc* step);
+  ZVRSIT_LOCAL void UndoCell(HistProc* step, HistCell* cell);
 
-  ProfEditor<ServRec> Servers();
-  ProfEditor<SiteRec> Sites();
-  int NameSiteFiles(const std::string& name);
-  bool IsFolderTaken(const std::string& folder);
-  bool OpenStores(const std::array<std::string, 5>& paths);
-  std::array<std::string, 5> StorePaths() const;
-  void CloseStores();
-  std::optional<std::string> SiteString(int id) const;
-  template <class Setter>
-  int SetOpenSite(Setter set);
+  ZVRSIT_LOCAL ServEditor Servers();
+  ZVRSIT_LOCAL SiteEditor Sites();
+  ZVRSIT_LOCAL int NameSiteFiles(const std::string& name);
+  ZVRSIT_LOCAL bool IsFolderTaken(const std::string& folder);
+  ZVRSIT_LOCAL bool OpenStores(const std::array<std::string, 5>& paths);
+  ZVRSIT_LOCAL std::array<std::string, 5> StorePaths() const;
+  ZVRSIT_LOCAL void CloseStores();
+  ZVRSIT_LOCAL std::optional<std::string> SiteString(int id) const;
+  ZVRSIT_LOCAL int SetOpenSite(const std::function<int()>& set);
 
-  int GetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field);
-  int SetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field, int value);
-  std::string* GetUrlText(const UrlID& id, std::string SitUrlRec::*field);
-  int SetUrlText(const UrlID& id, std::string SitUrlRec::*field, const std::string& text);
-  std::string* GetLinkText(int link, std::int32_t SitPairRec::*field);
-  int SetLinkText(int link, std::int32_t SitPairRec::*field, const std::string& text);
-  int NextRelated(const UrlID& from, const UrlID& to, UrlID& other);
+  ZVRSIT_LOCAL int GetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field);
+  ZVRSIT_LOCAL int SetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field, int value);
+  ZVRSIT_LOCAL std::string* GetUrlText(const UrlID& id, std::string SitUrlRec::*field);
+  ZVRSIT_LOCAL int SetUrlText(const UrlID& id, std::string SitUrlRec::*field,
+                              const std::string& text);
+  ZVRSIT_LOCAL std::string* GetLinkText(int link, std::int32_t SitPairRec::*field);
+  ZVRSIT_LOCAL int SetLinkText(int link, std::int32_t SitPairRec::*field, const std::string& text);
+  ZVRSIT_LOCAL int NextRelated(const UrlID& from, const UrlID& to, UrlID& other);
 
-  PageReader& Reader();
-  void FillFromDisk(SitUrlRec& record) const;
+  ZVRSIT_LOCAL PageReader& Reader();
+  ZVRSIT_LOCAL void FillFromDisk(SitUrlRec& record) const;
   // Adds the target of the page in hand, and a link to it.
-  int RegisterLink(const UrlID& page, int type, std::string_view target,
-                   std::string_view alternative, UrlID* to = nullptr);
-  int RegisterLinkTo(const UrlID& page, const UrlID& to, int type, std::string_view text,
-                     std::string_view alternative);
-  int RegisterTarget(std::string_view target, UrlID& id);
-  int RegisterAppletFolder(const UrlID& page, const UrlID& applet);
-  int SaveRows(const UrlID& page, const Document& document);
-  int SaveTexts(const UrlID& page, bool title, bool metas);
+  ZVRSIT_LOCAL int RegisterLink(const UrlID& page, int type, std::string_view target,
+                                std::string_view alternative, UrlID* to = nullptr);
+  ZVRSIT_LOCAL int RegisterLinkTo(const UrlID& page, const UrlID& to, int type,
+                                  std::string_view text, std::string_view alternative);
+  ZVRSIT_LOCAL int RegisterTarget(std::string_view target, UrlID& id);
+  ZVRSIT_LOCAL int RegisterAppletFolder(const UrlID& page, const UrlID& applet);
+  ZVRSIT_LOCAL int SaveRows(const UrlID& page, const Document& document);
+  ZVRSIT_LOCAL int SaveTexts(const UrlID& page, bool title, bool metas);
   // The entry of a file: as it is, or made anew from the disk.
-  int AddInspected(const std::string& path);
-  int Refill(const std::string& folder, int complete);
-  std::unordered_map<std::string, std::int32_t> UserMarks();
-  int EmptyStores(int complete);
-  bool NoteRebuild(int state);
-  int ReadPages();
-  int DropMissing();
+  ZVRSIT_LOCAL int AddInspected(const std::string& path);
+  ZVRSIT_LOCAL int Refill(const std::string& folder, int complete);
+  ZVRSIT_LOCAL std::unordered_map<std::string, std::int32_t> UserMarks();
+  ZVRSIT_LOCAL int EmptyStores(int complete);
+  ZVRSIT_LOCAL bool NoteRebuild(int state);
+  ZVRSIT_LOCAL int ReadPages();
+  ZVRSIT_LOCAL int DropMissing();
 
   std::shared_ptr<PageReader> reader_;
   DOM* dom_ = nullptr;  // the caller's, or null

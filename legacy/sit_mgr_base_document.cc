@@ -2,7 +2,11 @@
 #include <string>
 
 #include "legacy/page_reader.h"
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
+#include "legacy/sit_pair_db.h"
+#include "legacy/sit_prof.h"
 #include "platform/file.h"
 #include "platform/folder_search.h"
 #include "util/file_type.h"

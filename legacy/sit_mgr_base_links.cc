@@ -1,6 +1,10 @@
 // Links, folders and relations.
 #include "legacy/sit_mgr_base.h"
 
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
+#include "legacy/sit_pair_db.h"
+
 namespace zvrsit {
 
 bool SitMgrBase::IsLinkEnd(const UrlID& id) {

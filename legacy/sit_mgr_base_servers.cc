@@ -2,11 +2,18 @@
 #include <cstddef>
 
 #include "legacy/prof_editor.h"
+#include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
+#include "legacy/sit_prof.h"
 
 namespace zvrsit {
 
-ProfEditor<ServRec> SitMgrBase::Servers() {
+class SitMgrBase::ServEditor : public ProfEditor<ServRec> {
+ public:
+  using ProfEditor::ProfEditor;
+};
+
+SitMgrBase::ServEditor SitMgrBase::Servers() {
   return {servProf_.get(), *history_, lastError_};
 }
 

@@ -1,7 +1,11 @@
 // Opening and closing a site, and the profile of the open one.
 #include <cstddef>
 
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
+#include "legacy/sit_pair_db.h"
+#include "legacy/sit_prof.h"
 #include "platform/file.h"
 
 namespace zvrsit {
@@ -120,8 +124,7 @@ std::string SitMgrBase::TopFile() const {
 }
 
 // A setter of the open site's profile.
-template <class Setter>
-int SitMgrBase::SetOpenSite(Setter set) {
+int SitMgrBase::SetOpenSite(const std::function<int()>& set) {
   if (linkDB_) return set();
   history_->NewStep();
   return Fail(kSitNotOpen);

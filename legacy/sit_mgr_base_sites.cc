@@ -2,7 +2,9 @@
 #include <cstddef>
 
 #include "legacy/prof_editor.h"
+#include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
+#include "legacy/sit_prof.h"
 #include "platform/file.h"
 #include "util/site_name.h"
 
@@ -20,7 +22,12 @@ int DirWord(int folder) {
 
 }  // namespace
 
-ProfEditor<SiteRec> SitMgrBase::Sites() {
+class SitMgrBase::SiteEditor : public ProfEditor<SiteRec> {
+ public:
+  using ProfEditor::ProfEditor;
+};
+
+SitMgrBase::SiteEditor SitMgrBase::Sites() {
   return {siteProf_.get(), *history_, lastError_};
 }
 

@@ -2,7 +2,11 @@
 #include <array>
 #include <iterator>
 
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
+#include "legacy/sit_pair_db.h"
+#include "legacy/sit_prof.h"
 #include "legacy/word_record.h"
 
 namespace zvrsit {

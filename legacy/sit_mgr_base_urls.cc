@@ -1,5 +1,8 @@
 // Entries of the URL file and the junk file.
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
+#include "legacy/sit_pair_db.h"
 #include "util/file_type.h"
 
 namespace zvrsit {

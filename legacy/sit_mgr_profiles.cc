@@ -3,6 +3,8 @@
 
 #include "legacy/sit_mgr.h"
 
+#include "legacy/sit_hist.h"
+
 namespace zvrsit {
 
 namespace {

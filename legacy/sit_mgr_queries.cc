@@ -1,5 +1,7 @@
 // The operations that ask.
+#include "legacy/sit_block_db.h"
 #include "legacy/sit_mgr.h"
+#include "legacy/sit_pair_db.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {

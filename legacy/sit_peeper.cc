@@ -2,6 +2,9 @@
 
 #include <memory>
 
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_prof.h"
+
 namespace zvrsit {
 
 SitPeeper::SitPeeper() : SitMgrBase(nullptr, nullptr, nullptr) {}

@@ -30,8 +30,8 @@ class ZVRSIT_API SitPeeper : public SitMgrBase {
   int DeleteStrings(std::vector<std::string*>* strings);
 
  private:
-  int BeginPeep(int siteId);
-  int EndPeep();
+  ZVRSIT_LOCAL int BeginPeep(int siteId);
+  ZVRSIT_LOCAL int EndPeep();
 };
 
 }  // namespace zvrsit

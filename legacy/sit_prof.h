@@ -117,4 +117,14 @@ class SitProf {
 extern template class SitProf<SiteRec>;
 extern template class SitProf<ServRec>;
 
+// The two stores under names that can be declared alone.
+class SitSiteProf final : public SitProf<SiteRec> {
+ public:
+  using SitProf::SitProf;
+};
+class SitServProf final : public SitProf<ServRec> {
+ public:
+  using SitProf::SitProf;
+};
+
 }  // namespace zvrsit

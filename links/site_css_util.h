@@ -5,8 +5,6 @@
 #include <string>
 #include <unordered_set>
 
-#include "platform/api.h"
-
 namespace zvrsit {
 
 class CCSSControl;
@@ -23,7 +21,7 @@ class SiteUrlDB;
 // A page is registered as it stands now. A sheet below it is registered from itself, at most once
 // an operation of the manager, and only when no style link leads from it yet: sheets that many
 // pages share are looked at once, and saving a page does not double the links of its sheets.
-class ZVRSIT_API SiteCSSUtil {
+class SiteCSSUtil {
  public:
   // `siteRoot` is the site folder: files outside of it do not count as existing.
   SiteCSSUtil(SiteMgrBase* manager, const std::string& siteRoot);

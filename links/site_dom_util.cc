@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "dom/document.h"
+#include "links/classic_target.h"
 #include "links/link_memo.h"
-#include "links/site_url.h"
 #include "manager/base/operation_memo.h"
 #include "manager/base/site_mgr_base.h"
 #include "platform/file.h"

@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "links/ascii.h"
-#include "platform/code_page.h"
+#include "links/classic_target.h"
+#include "platform/code_page_text.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "platform/api.h"
 
@@ -33,13 +32,5 @@ class ZVRSIT_API SiteUrl {
   std::string pagePath_;
   std::string href_;
 };
-
-// The classic rules without the copies that a SiteUrl makes.
-bool ClassicIsExternal(std::string_view target);
-int ClassicLocalPath(std::string_view siteRoot, std::string_view pagePath, std::string_view target,
-                     std::string& out);
-
-// Whether the target holds a "#".
-bool HasFragment(std::string_view target);
 
 }  // namespace zvrsit

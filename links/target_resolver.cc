@@ -8,9 +8,9 @@
 #include <iterator>
 
 #include "links/ascii.h"
-#include "links/site_url.h"
+#include "links/classic_target.h"
 #include "links/url_text.h"
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {

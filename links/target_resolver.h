@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "links/link_rules.h"
-#include "links/url_text.h"
+#include "links/live_address.h"
 
 namespace zvrsit {
 

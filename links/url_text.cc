@@ -3,6 +3,7 @@
 #include <charconv>
 #include <utility>
 
+#include "links/live_address.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {

@@ -42,8 +42,7 @@ SiteRecCell SiteMgr::EntryCell(const UrlID& id) const {
 }
 
 // The files for which `keep` holds, by record number.
-template <class Keep>
-vec<SiteRecCell>* SiteMgr::PathCells(Keep keep) {
+vec<SiteRecCell>* SiteMgr::PathCells(const std::function<bool(const SitePathRec&)>& keep) {
   if (!HasFiles(pathDB)) return nullptr;
   auto cells = std::make_unique<Cells>();
   ForEachNumber(*pathDB, [&](int number) {

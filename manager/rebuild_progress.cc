@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/window_calls.h"
+
 namespace zvrsit {
 
 namespace {

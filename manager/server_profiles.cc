@@ -76,8 +76,7 @@ int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile
 // Opens the table, does use(table) and closes it: the result of `use`, -1 also when what was
 // changed could not be written. A table object is opened only once, so a new one is made in the
 // place of the one before: copies of the manager point there too.
-template <class Use>
-int SiteMgr::WithServProf(Use use) {
+int SiteMgr::WithServProf(const std::function<int(SiteServProfDB&)>& use) {
   const ProfileUse profiles(*this);
   if (servProf == nullptr || servProfPath == nullptr || !profiles.isHeld()) return -1;
   std::destroy_at(servProf);
@@ -135,8 +134,7 @@ int SiteMgr::DeleteServProf(const std::string& name) {
   return WithServProf([&](SiteServProfDB& servers) { return servers.Delete(servers.Find(name)); });
 }
 
-template <class Field>
-std::string* SiteMgr::ServText(const std::string& name, Field field) {
+std::string* SiteMgr::ServText(const std::string& name, ServField field) {
   auto text = std::make_unique<std::string>();
   const int result = WithServProf([&](SiteServProfDB& servers) {
     const int number = servers.Find(name);
@@ -146,8 +144,7 @@ std::string* SiteMgr::ServText(const std::string& name, Field field) {
   return result < 0 ? nullptr : text.release();
 }
 
-template <class Field>
-int SiteMgr::SetServText(const std::string& name, Field field, const std::string& text) {
+int SiteMgr::SetServText(const std::string& name, ServField field, const std::string& text) {
   return WithServProf([&](SiteServProfDB& servers) {
     const int number = servers.Find(name);
     return IsPassword(field) ? servers.SetPassword(number, field, text)
@@ -155,16 +152,14 @@ int SiteMgr::SetServText(const std::string& name, Field field, const std::string
   });
 }
 
-template <class Field>
-int SiteMgr::ServNumber(const std::string& name, Field field) {
+int SiteMgr::ServNumber(const std::string& name, ServField field) {
   std::int32_t value = -1;
   const int result = WithServProf(
       [&](SiteServProfDB& servers) { return servers.GetNumber(servers.Find(name), field, value); });
   return result < 0 ? -1 : value;
 }
 
-template <class Field>
-int SiteMgr::SetServNumber(const std::string& name, Field field, int value) {
+int SiteMgr::SetServNumber(const std::string& name, ServField field, int value) {
   return WithServProf(
       [&](SiteServProfDB& servers) { return servers.SetNumber(servers.Find(name), field, value); });
 }

@@ -13,11 +13,13 @@ struct SiteLink {
   UrlID to;                // a file (kind 2) or a URL (kind 3)
   std::uint32_t type = 0;  // one of the LT_ codes of links/link_type.h
   int count = 0;           // how often the page has it
-  int offset = -1;         // of its first occurrence in the page's text, in bytes; -1 not known
-  std::string text;        // as written in the page
-  std::string alt;         // the alternative text; empty for none
-  bool exists = false;     // a URL, or a file of the site that is there
-  bool outside = false;    // a file that does not lie below the site folder
+  // Where the value of its first occurrence begins in the file of the page, in bytes; -1 when that
+  // is not known: classic rules, or a file that had to be converted into the code page.
+  int offset = -1;
+  std::string text;      // as written in the page
+  std::string alt;       // the alternative text; empty for none
+  bool exists = false;   // a URL, or a file of the site that is there
+  bool outside = false;  // a file that does not lie below the site folder
 };
 
 }  // namespace zvrsit

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,7 @@ namespace zvrsit {
 
 class Document;
 class SitePathRec;
+class SiteServRec;
 struct CZvrSiteRebuildProgressDlg;
 
 // Paths are `\` paths in the code page; a folder ends in `\`. An `int` result is 0, a count or a
@@ -35,8 +37,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // ---- Opening and closing ----
 
-  // Opens the site named `siteName`: 0, -1, or -2 when its folder or top file is missing
-  // (SiteMgrBase::OpenSite says more). The int is passed on and has no effect.
+  // Opens the site named `siteName`, which SetSiteProf has made with a site folder and a top file:
+  // 0, -1, or -2 when its folder or top file is missing (SiteMgrBase::OpenSite says more). The int
+  // is passed on and has no effect.
   int SiteOpen(const std::string& siteName, int);
   int SiteClose();
 
@@ -378,66 +381,62 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   static int DeleteStrings(std::vector<std::string*>* list);
 
  private:
-  class Rebuild;
+  class ZVRSIT_LOCAL Rebuild;
 
   // peeping.cc. Opens the path table of another site into peepPathDB, also when it then gives -1,
   // and closes it; one pair within each public operation that peeps.
-  int BeginPeep(int siteId);
-  int EndPeep(int);
-  bool ListSites(std::vector<int>& sites) const;
-  std::vector<std::string*>* ListPeeped();
-  bool PeepedHas(const std::string& path, std::string& text);
+  ZVRSIT_LOCAL int BeginPeep(int siteId);
+  ZVRSIT_LOCAL int EndPeep(int);
+  ZVRSIT_LOCAL bool ListSites(std::vector<int>& sites) const;
+  ZVRSIT_LOCAL std::vector<std::string*>* ListPeeped();
+  ZVRSIT_LOCAL bool PeepedHas(const std::string& path, std::string& text);
 
   // queries.cc, queries_links.cc
-  bool IsInSite(std::string_view path) const;
-  SiteRecCell EntryCell(const UrlID& id) const;
-  vec<SiteRecCell>* LinkCells(const std::string& path, bool fromIt);
-  bool ListChildren(const std::string& folder, int kind, std::vector<int>& children);
-  template <class Keep>
-  vec<SiteRecCell>* PathCells(Keep keep);
-  bool ReadPath(const UrlID& id, SitePathRec& rec) const;
+  ZVRSIT_LOCAL bool IsInSite(std::string_view path) const;
+  ZVRSIT_LOCAL SiteRecCell EntryCell(const UrlID& id) const;
+  ZVRSIT_LOCAL vec<SiteRecCell>* LinkCells(const std::string& path, bool fromIt);
+  ZVRSIT_LOCAL bool ListChildren(const std::string& folder, int kind, std::vector<int>& children);
+  ZVRSIT_LOCAL vec<SiteRecCell>* PathCells(const std::function<bool(const SitePathRec&)>& keep);
+  ZVRSIT_LOCAL bool ReadPath(const UrlID& id, SitePathRec& rec) const;
 
   // site_profiles.cc, site_profile_fields.cc
-  int StoreProfile(int number, const SiteProfile& profile);
-  int MakeTableFolder(int number);
-  int OpenSiteChanged();
+  ZVRSIT_LOCAL int StoreProfile(int number, const SiteProfile& profile);
+  ZVRSIT_LOCAL int MakeTableFolder(int number);
+  ZVRSIT_LOCAL int OpenSiteChanged();
   int SiteNumber(int siteId) const { return siteId < 0 ? openSiteId : siteId; }
-  template <class Field>
-  std::string* SiteText(Field field, int siteId);
-  template <class Field>
-  int SetSiteText(Field field, const std::string& text, int siteId);
+  using SiteField = std::int32_t SiteSiteRec::*;
+  ZVRSIT_LOCAL std::string* SiteText(SiteField field, int siteId);
+  ZVRSIT_LOCAL int SetSiteText(SiteField field, const std::string& text, int siteId);
 
   // server_profiles.cc
-  template <class Use>
-  int WithServProf(Use use);
-  template <class Field>
-  std::string* ServText(const std::string& name, Field field);
-  template <class Field>
-  int SetServText(const std::string& name, Field field, const std::string& text);
-  template <class Field>
-  int ServNumber(const std::string& name, Field field);
-  template <class Field>
-  int SetServNumber(const std::string& name, Field field, int value);
+  using ServField = std::int32_t SiteServRec::*;
+  ZVRSIT_LOCAL int WithServProf(const std::function<int(SiteServProfDB&)>& use);
+  ZVRSIT_LOCAL std::string* ServText(const std::string& name, ServField field);
+  ZVRSIT_LOCAL int SetServText(const std::string& name, ServField field, const std::string& text);
+  ZVRSIT_LOCAL int ServNumber(const std::string& name, ServField field);
+  ZVRSIT_LOCAL int SetServNumber(const std::string& name, ServField field, int value);
 
   // save.cc
-  int SaveOne(const std::string& path, Document* doc);
-  const std::string& LinkBase(const std::string& siteDir) const;
-  int ReadSiteFolder(std::string& siteDir) const;
-  int ListFileTargets(int pathNumber, std::vector<int>& targets);
-  int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
-  int Traverse(const std::string& siteDir, const std::string& path, Document* doc, bool& unread);
-  int CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc);
+  ZVRSIT_LOCAL int SaveOne(const std::string& path, Document* doc);
+  ZVRSIT_LOCAL const std::string& LinkBase(const std::string& siteDir) const;
+  ZVRSIT_LOCAL int ReadSiteFolder(std::string& siteDir) const;
+  ZVRSIT_LOCAL int ListFileTargets(int pathNumber, std::vector<int>& targets);
+  ZVRSIT_LOCAL int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
+  ZVRSIT_LOCAL int Traverse(const std::string& siteDir, const std::string& path, Document* doc,
+                            bool& unread);
+  ZVRSIT_LOCAL int CollectPageLinks(const std::string& siteDir, const std::string& path,
+                                    Document* doc);
 
   // file_operations.cc
-  int RemoveOne(const std::string& path);
-  int DeleteForeLinks(int pathNumber);
-  int DeleteEntry(int pathNumber);
+  ZVRSIT_LOCAL int RemoveOne(const std::string& path);
+  ZVRSIT_LOCAL int DeleteForeLinks(int pathNumber);
+  ZVRSIT_LOCAL int DeleteEntry(int pathNumber);
 
   // families.cc
-  int FindTopFile() const;
+  ZVRSIT_LOCAL int FindTopFile() const;
 
   // folder_links.cc
-  void FollowFolderLinks(const std::string& path);
+  ZVRSIT_LOCAL void FollowFolderLinks(const std::string& path);
 
  protected:
   // The path table of another site, while it is looked into.

@@ -19,8 +19,7 @@ int SiteMgr::OpenSiteChanged() {
   return NotifyCss(rec);
 }
 
-template <class Field>
-std::string* SiteMgr::SiteText(Field field, int siteId) {
+std::string* SiteMgr::SiteText(SiteField field, int siteId) {
   const ProfileUse use(*this);
   auto text = std::make_unique<std::string>();
   if (!HasFiles(siteProf) || siteProf->GetText(SiteNumber(siteId), field, *text) < 0) {
@@ -29,8 +28,7 @@ std::string* SiteMgr::SiteText(Field field, int siteId) {
   return text.release();
 }
 
-template <class Field>
-int SiteMgr::SetSiteText(Field field, const std::string& text, int siteId) {
+int SiteMgr::SetSiteText(SiteField field, const std::string& text, int siteId) {
   const ProfileUse use(*this);
   if (!HasFiles(siteProf)) return -1;
   return siteProf->SetText(SiteNumber(siteId), field, text);

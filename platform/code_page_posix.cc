@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/charset.h"
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/iconv_decoder.h"
 #include "platform/pair_decoder.h"
 #include "platform/utf8.h"

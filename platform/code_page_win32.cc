@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/charset.h"
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/japanese_win32.h"
 #include "platform/utf8.h"
 

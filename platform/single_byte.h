@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 
 namespace zvrsit::platform {
 

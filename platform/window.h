@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "platform/api.h"
 
@@ -45,15 +44,10 @@ namespace platform {
 inline constexpr unsigned kSetRange = 0x401;     // wParam 0, lParam low word low, high word high
 inline constexpr unsigned kSetPosition = 0x402;  // wParam the position
 
-long SendWindowMessage(HWND window, unsigned message, std::uintptr_t wParam, std::intptr_t lParam);
-void ShowText(CWnd* window, const std::string& text);
-
-// Copies string `id` of the application's string table into `buffer`, at most `size` - 1 bytes
-// and a terminator; the length, 0 when there is no such string.
-int LoadTableString(unsigned id, char* buffer, int size);
-
-// Where the string table comes from: a function of the shape of LoadTableString. Without one, or
-// with null, there are no texts on POSIX; on Windows they are resources of the running program.
+// Where the status texts of the rebuild come from, strings 8131 to 8133 (docs/library.md): a
+// function that copies string `id` into `buffer`, at most `size` - 1 bytes and a terminator, and
+// gives its length, 0 when there is no such string. Without one, or with null, there are no texts
+// on POSIX; on Windows they are resources of the running program. One for the process.
 using StringLoader = int (*)(unsigned id, char* buffer, int size);
 ZVRSIT_API void SetStringLoader(StringLoader loader);
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/window.h"
+#include "platform/window_calls.h"
 
 namespace zvrsit {
 

@@ -1,4 +1,4 @@
-#include "platform/window.h"
+#include "platform/window_calls.h"
 
 #include <algorithm>
 

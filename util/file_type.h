@@ -36,7 +36,7 @@ inline constexpr std::uint32_t FT_DCM = 0x800000;
 // single-byte "." of the whole text, in any letter case. FT_OTHER for whatever is not known, and
 // for a null name.
 ZVRSIT_API std::uint32_t ClassifyFileType(const char* name);
-std::uint32_t ClassifyFileType(std::string_view name);
+ZVRSIT_API std::uint32_t ClassifyFileType(std::string_view name);
 
 // Every code above: the mask of all types.
 inline constexpr std::uint32_t kAllFileTypes =

@@ -24,7 +24,8 @@ extern const std::uint64_t processSeed;
 // Folds two words into one.
 inline std::uint64_t MixWords(std::uint64_t a, std::uint64_t b) {
 #if defined(__SIZEOF_INT128__)
-  const unsigned __int128 product = static_cast<unsigned __int128>(a) * b;
+  __extension__ typedef unsigned __int128 Wide;  // which ISO C++ does not have
+  const Wide product = static_cast<Wide>(a) * b;
   return a ^ b ^ static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 #else
   const std::uint64_t aLow = a & 0xFFFFFFFF, aHigh = a >> 32;

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/single_byte.h"
 
 namespace zvrsit {

@@ -4,7 +4,7 @@
 //   author SITE_FOLDER DATABASE_FOLDER TOP_FILE_NAME
 //
 // Folders are absolute, as the system writes them, and end in its separator.
-#include <zvrsit40.h>
+#include <zvrsit40/zvrsit40.h>
 
 #include <cstdio>
 #include <string>

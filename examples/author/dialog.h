@@ -1,7 +1,7 @@
 // The rebuild dialog of the authoring application: what a system has for a progress bar and a text.
 #pragma once
 
-#include <zvrsit40.h>
+#include <zvrsit40/zvrsit40.h>
 
 #include <memory>
 

@@ -51,9 +51,10 @@ class ZVRSIT_API SiteMgrBase {
   void setDom(DOM* dom);
 
   // Opens the profile tables at `dir` + `siteProfName` and `dir` + `servProfName`, joined without
-  // a separator, so `dir` ends in `\`; a missing `dir` is made. `mode` 1 and 2 also back the
-  // profile files up after opening, 3 and 4 also restore a damaged one from its backup. Reports
-  // nothing: after a failure GetSiteProf is null or the operations on profiles give -1.
+  // a separator, so `dir` ends in `\`: else the files lie beside it. A missing `dir` is made.
+  // `mode` 1 and 2 also back the profile files up after opening, 3 and 4 also restore a damaged one
+  // from its backup. Reports nothing: after a failure GetSiteProf is null or the operations on
+  // profiles give -1.
   void setDB(const char* dir, const char* siteProfName, const char* servProfName, int mode);
 
   // Sharing the database with other processes, all of which switch this on. Off by default: then
@@ -152,7 +153,7 @@ class ZVRSIT_API SiteMgrBase {
  protected:
   // An operation that remembers, for as long as this lives. An operation inside another shares
   // the memory of the outer one.
-  class Operation {
+  class ZVRSIT_LOCAL Operation {
    public:
     explicit Operation(SiteMgrBase& manager);
     ~Operation();
@@ -166,7 +167,7 @@ class ZVRSIT_API SiteMgrBase {
 
   // One use of the site profiles: with locking, they are locked and open for as long as this lives,
   // or closed where they could not be locked. A use inside another is part of it.
-  class ProfileUse {
+  class ZVRSIT_LOCAL ProfileUse {
    public:
     explicit ProfileUse(const SiteMgrBase& manager);
     ~ProfileUse();
@@ -180,7 +181,7 @@ class ZVRSIT_API SiteMgrBase {
     const bool isHeld_;
   };
   // The same of another site than the open one, to ask or to change it.
-  class SiteUse {
+  class ZVRSIT_LOCAL SiteUse {
    public:
     SiteUse(const SiteMgrBase& manager, int siteId, Locking purpose);
     ~SiteUse();
@@ -195,24 +196,24 @@ class ZVRSIT_API SiteMgrBase {
     const bool isHeld_;
   };
 
-  bool OnlyAsks() const;
+  ZVRSIT_LOCAL bool OnlyAsks() const;
 
   // Tells the style-sheet library the folders of `rec`: 0, or -1 when the site folder is unset.
-  int NotifyCss(SiteSiteRec& rec);
+  ZVRSIT_LOCAL int NotifyCss(SiteSiteRec& rec);
 
   // AddPath for a file that the caller has just looked at.
-  int AddPathSeen(const std::string& path, const std::string& siteDir,
-                  const platform::FileStat& seen);
+  ZVRSIT_LOCAL int AddPathSeen(const std::string& path, const std::string& siteDir,
+                               const platform::FileStat& seen);
   // Puts what the disk says of a regular file into its record: flag, size and times.
-  static void StoreFileFacts(const std::string& path, const std::string& siteDir,
-                             const platform::FileStat& found, SitePathRec& rec);
+  ZVRSIT_LOCAL static void StoreFileFacts(const std::string& path, const std::string& siteDir,
+                                          const platform::FileStat& found, SitePathRec& rec);
 
   // The text `ref` of the site-profile table's store; false when unset or unreadable.
-  bool ReadProfileText(std::int32_t ref, std::string& text) const;
+  ZVRSIT_LOCAL bool ReadProfileText(std::int32_t ref, std::string& text) const;
   // The profile record of the open site; false when it cannot be read.
-  bool ReadOpenSite(SiteSiteRec& rec) const;
+  ZVRSIT_LOCAL bool ReadOpenSite(SiteSiteRec& rec) const;
   // Keeps the site folder and the live URL of `rec`, the open site's profile.
-  void KeepSiteFolder(const SiteSiteRec& rec);
+  ZVRSIT_LOCAL void KeepSiteFolder(const SiteSiteRec& rec);
 
   // In this order.
   SiteSiteProfDB* siteProf = nullptr;
@@ -244,21 +245,21 @@ class ZVRSIT_API SiteMgrBase {
   // The paths of the open site's files: URL, path, link, folder and relation table.
   using TableFiles = std::array<std::string, 5>;
 
-  void OpenProfiles(const std::string& path, int openMode);
-  void OpenSharedProfiles(int openMode);
-  bool HoldProfiles(int openMode) const;
-  void LetProfilesGo() const;
-  int OpenHeldSite(int siteId);
-  bool ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const;
-  void OpenTables(const TableFiles& files);
-  void DropTables();
-  int ReadDefaultUrl(const SiteSiteRec& rec);
+  ZVRSIT_LOCAL void OpenProfiles(const std::string& path, int openMode);
+  ZVRSIT_LOCAL void OpenSharedProfiles(int openMode);
+  ZVRSIT_LOCAL bool HoldProfiles(int openMode) const;
+  ZVRSIT_LOCAL void LetProfilesGo() const;
+  ZVRSIT_LOCAL int OpenHeldSite(int siteId);
+  ZVRSIT_LOCAL bool ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const;
+  ZVRSIT_LOCAL void OpenTables(const TableFiles& files);
+  ZVRSIT_LOCAL void DropTables();
+  ZVRSIT_LOCAL int ReadDefaultUrl(const SiteSiteRec& rec);
 
-  int AddPathRecord(const std::string& path, const std::string& siteDir, CaseCheck caseCheck,
-                    const platform::FileStat* seen);
-  int FillFromDisk(const std::string& path, const std::string& siteDir,
-                   const platform::FileStat* seen, SitePathRec& rec);
-  int RelateToFolder(const std::string& path, int number);
+  ZVRSIT_LOCAL int AddPathRecord(const std::string& path, const std::string& siteDir,
+                                 CaseCheck caseCheck, const platform::FileStat* seen);
+  ZVRSIT_LOCAL int FillFromDisk(const std::string& path, const std::string& siteDir,
+                                const platform::FileStat* seen, SitePathRec& rec);
+  ZVRSIT_LOCAL int RelateToFolder(const std::string& path, int number);
 };
 
 }  // namespace zvrsit

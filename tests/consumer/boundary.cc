@@ -81,6 +81,15 @@ bool OpenSite(zvrsit::SiteMgr& manager, const std::string& folder) {
 
 }  // namespace
 
+// The library that runs is of the version that the headers are of.
+bool VersionsAgree() {
+  char version[32];
+  std::snprintf(version, sizeof version, "%d.%d.%d", ZVRSIT_VERSION_MAJOR, ZVRSIT_VERSION_MINOR,
+                ZVRSIT_VERSION_PATCH);
+  static_assert(ZVRSIT_VERSION_NUMBER / 100 == ZVRSIT_VERSION_MAJOR * 100 + ZVRSIT_VERSION_MINOR);
+  return std::strcmp(version, zvrsit::Version()) == 0;
+}
+
 int main(int, char** argv) {
   zvrsit::DOM dom;
   zvrsit::SiteMgr manager;
@@ -91,5 +100,6 @@ int main(int, char** argv) {
   std::printf("cell of %d bytes, thrown: %s\n", static_cast<int>(sizeof(SiteRecCell)),
               thrown.c_str());
   if (!CellIsLaidOut()) return 2;
+  if (!VersionsAgree()) return 4;
   return thrown == "invalid vector<T> subscript" ? 0 : 3;
 }

@@ -11,6 +11,7 @@
 #endif
 
 #include "legacy/legacy_site.h"
+#include "legacy/sit_block_db.h"
 #include "legacy/sit_peeper.h"
 #include "support/damage.h"
 #include "support/file_fault.h"

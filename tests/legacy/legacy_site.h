@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "legacy/sit_block_db.h"
 #include "legacy/sit_mgr.h"
+#include "legacy/sit_pair_db.h"
 #include "support/temp_folder.h"
 
 namespace zvrsit::test {

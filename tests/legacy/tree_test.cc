@@ -11,6 +11,8 @@
 #include <iterator>
 
 #include "legacy/legacy_site.h"
+#include "legacy/sit_block_db.h"
+#include "legacy/sit_pair_db.h"
 
 namespace zvrsit {
 namespace {

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "links/classic_target.h"
 #include "support/code_page_scope.h"
 #include "util/mb_string.h"
 

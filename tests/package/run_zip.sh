@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
 # Packs a build for Windows, unpacks the zip elsewhere, builds the consumers against what was in it,
 # and runs them beside the DLLs of the zip alone, through the emulator when one is given:
-#   run_zip.sh CMAKE CPACK BUILD_FOLDER CONSUMER_FOLDER TOOLCHAIN_FILE COMPILER [EMULATOR]...
+#   run_zip.sh CMAKE CPACK BUILD_FOLDER SOURCE_FOLDER TOOLCHAIN_FILE COMPILER [EMULATOR]...
 set -euo pipefail
-cmake=$1 cpack=$2 build=$3 consumer=$4 toolchain=$5 compiler=$6
+cmake=$1 cpack=$2 build=$3 source=$4 toolchain=$5 compiler=$6
 shift 6
+consumer=$source/tests/consumer
+. "$source/tests/package/consumer_site.sh"
 
 work=$build/unpacked
 rm -rf "$work" "$build"/zvrsit40-*.zip
-mkdir -p "$work/site" "$work/empty"
-printf '<title>Home</title><a href="a.htm">first page</a><img src="no.gif">' >"$work/site/index.htm"
-printf '<a href="index.htm#top">home</a> <a href="mailto:ann@example.org">Ann</a>' >"$work/site/a.htm"
+make_consumer_site "$work"
 
 (cd "$build" && "$cpack" -G ZIP >/dev/null)
 (cd "$work" && "$cmake" -E tar xf "$build"/zvrsit40-*.zip)
@@ -25,7 +25,7 @@ compgen -G "$prefix/bin/libgcc_s_*-1.dll" >/dev/null || { echo "the zip lacks li
   -Dzvrsit40_DIR="$prefix/lib/cmake/zvrsit40" >/dev/null
 "$cmake" --build "$work/cmake"
 "$compiler" -std=c++20 "$consumer/consumer.cc" -o "$prefix/bin/plain.exe" \
-  -I "$prefix/include/zvrsit40" -L "$prefix/lib" -lzvrsit40
+  -I "$prefix/include" -L "$prefix/lib" -lzvrsit40
 cp "$work/cmake/consumer.exe" "$work/cmake/boundary.exe" "$prefix/bin"
 
 if [ $# -eq 0 ]; then
@@ -34,7 +34,8 @@ if [ $# -eq 0 ]; then
 fi
 export WINEPATH=
 cd "$prefix/bin"
-"$@" ./consumer.exe "Z:$work/site/" "Z:$work/db1/"
-"$@" ./plain.exe "Z:$work/site/" "Z:$work/db2/"
+for program in consumer plain; do
+  run_consumer "Z:$work" "db.$program" "$@" "./$program.exe"
+done
 "$@" ./boundary.exe "$(echo "Z:$work/empty/" | tr / '\\')"
 "$@" ./zvrsit.exe --version

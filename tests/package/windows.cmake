@@ -10,11 +10,14 @@ add_test(NAME package.TheDllHasItsVersion
 
 add_test(NAME package.TheZipServesAnApplication
   COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/run_zip.sh" "${CMAKE_COMMAND}" "${CMAKE_CPACK_COMMAND}"
-          "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}/tests/consumer" "${CMAKE_TOOLCHAIN_FILE}"
+          "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}" "${CMAKE_TOOLCHAIN_FILE}"
           "${CMAKE_CXX_COMPILER}" ${CMAKE_CROSSCOMPILING_EMULATOR})
 set_tests_properties(package.TheZipServesAnApplication PROPERTIES
   SKIP_RETURN_CODE 77 TIMEOUT 300)
 
+if(NOT TARGET zvrsit)
+  return()
+endif()
 zvrsit_script_test(package.TheProgramKeepsNamesOfTheCodePage
   "${CMAKE_CURRENT_SOURCE_DIR}/run_program.sh" "${PROJECT_BINARY_DIR}/program_site"
   $<TARGET_FILE:zvrsit>)

@@ -1,4 +1,4 @@
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/code_page.h"
+#include "platform/code_page_text.h"
 
 #if defined(_WIN32)
 #include <windows.h>

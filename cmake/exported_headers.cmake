@@ -1,0 +1,37 @@
+# The headers that an application gets. What is not named here is not installed, and an exported
+# header cannot include it.
+set(ZVRSIT_EXPORTED_HEADERS
+  zvrsit40.h
+  css/css_control.h
+  css/css_file_tree.h
+  dom/attr.h
+  dom/code_conv.h
+  dom/document.h
+  dom/dom.h
+  dom/mapped_file.h
+  dom/tag.h
+  legacy/sit_error.h
+  legacy/sit_link_type.h
+  legacy/sit_mgr.h
+  legacy/sit_mgr_base.h
+  legacy/sit_peeper.h
+  legacy/sit_url_rec.h
+  links/link_rules.h
+  links/link_type.h
+  links/live_address.h
+  links/site_url.h
+  manager/base/site_mgr_base.h
+  manager/family_marks.h
+  manager/profiles.h
+  manager/site_link.h
+  manager/site_mgr.h
+  manager/site_totals.h
+  platform/api.h
+  platform/code_page.h
+  platform/native_path.h
+  platform/version.h
+  platform/window.h
+  util/file_type.h
+  util/site_rec_cell.h
+  util/url_id.h
+  util/vec.h)
