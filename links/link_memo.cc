@@ -53,14 +53,14 @@ void TargetMemo::PutText(int text, bool variant, const UrlID& place) {
 void RowsAhead::GoAhead(std::size_t row) {
   passed_ = std::min(row + kRows, end_);
   for (std::size_t i = row; i < passed_; ++i) {
-    SiteVarRecDB::Search& expected = expected_[i % kRows];
+    FoundString& expected = expected_[i % kRows];
     expected = {SiteVarRecDB::HashOf(rows_[i].target)};
-    if (texts_ != nullptr) texts_->ExpectHash(expected.hash);
+    if (texts_ != nullptr) texts_->FetchFor(expected.hash);
   }
   if (texts_ == nullptr) return;
   for (std::size_t i = row; i < passed_; ++i) {
-    SiteVarRecDB::Search& expected = expected_[i % kRows];
-    expected = texts_->ExpectString(expected.hash);
+    FoundString& expected = expected_[i % kRows];
+    expected = texts_->GuessOf(expected.hash);
     if (expected.id >= 0) targets_.ExpectText(expected.id);
   }
 }

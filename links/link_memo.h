@@ -90,7 +90,7 @@ class RowsAhead {
       : rows_(rows), texts_(texts), targets_(targets), end_(end) {}
 
   // What is expected of looking for the target of a row; to be asked for one row after another.
-  const SiteVarRecDB::Search& ExpectedOf(std::size_t row) {
+  const FoundString& ExpectedOf(std::size_t row) {
     if (row >= passed_) GoAhead(row);
     return expected_[row % kRows];
   }
@@ -104,8 +104,8 @@ class RowsAhead {
   const SiteVarRecDB* const texts_;
   const TargetMemo& targets_;
   const std::size_t end_;
-  std::size_t passed_ = 0;                              // all rows before it
-  std::array<SiteVarRecDB::Search, kRows> expected_{};  // by row, in turn
+  std::size_t passed_ = 0;                     // all rows before it
+  std::array<FoundString, kRows> expected_{};  // by row, in turn
 };
 
 struct LinkMemo {

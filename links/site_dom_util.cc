@@ -104,7 +104,7 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   if (live != nullptr) memo_->resolver.SetLiveUrl(*live, siteFolder_);
   TurnToBase(rows.parts.parts().front().base);
   linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
-  if (linkTable != nullptr) linkTable->ExpectLinks(UrlID(kKindPath, pageId), rows.links.size());
+  if (linkTable != nullptr) linkTable->PrepareFor(UrlID(kKindPath, pageId), rows.links.size());
 
   LookAhead();
   if (StoreTitle() < 0 || StoreMetas() < 0) return -1;
@@ -195,7 +195,7 @@ int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
   RowsAhead ahead(rows, end, linkTexts_, memo_->targets);
   Outcome last = Outcome::kDone;
   for (std::size_t i = begin; i < end; ++i) {
-    const SiteVarRecDB::Search& expected = ahead.ExpectedOf(i);
+    const FoundString& expected = ahead.ExpectedOf(i);
     if (rows[i].ofSameElement && last != Outcome::kDone && !web_) continue;
     last = AddRow(rows[i], expected);
     if (last == Outcome::kFailed) return -1;
@@ -216,10 +216,10 @@ void SiteDOMUtil::TurnToBase(std::int32_t base) {
 // Registers the target of one reference and adds the link. Most references of a site stand in a
 // page with the same base word by word, and cost one look-up more than their text. `expected` is
 // what to expect of looking for the target among the texts of the link table.
-SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const SiteVarRecDB::Search& expected) {
+SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& expected) {
   if (row.base != base_) TurnToBase(row.base);
-  SiteVarRecDB::Search text;
-  if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target, expected);
+  FoundString text;
+  if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, expected);
   const bool takesName = TakesDefaultName(row);
   const UrlID* const known = text.id < 0 ? nullptr : memo_->targets.FindText(text.id, takesName);
   UrlID target;
@@ -239,7 +239,7 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const SiteVarRecDB:
 
 // A link whose text was not met before in a page of the same base. Sets `target`.
 SiteDOMUtil::Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesName,
-                                               SiteVarRecDB::Search& text, UrlID& target) {
+                                               FoundString& text, UrlID& target) {
   const MemoKey key = MemoKeyOf(row.target);
   Outcome outcome = FindTarget(row, key, takesName, target);
   if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
@@ -258,7 +258,7 @@ int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
 
 // `text` is what looking for the row's target among the texts of the link table found.
 SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target,
-                                          SiteVarRecDB::Search& text) {
+                                          FoundString& text) {
   const UrlID page(kKindPath, pageId);
   std::uint32_t type = row.type;
   if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
@@ -299,8 +299,8 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBaseFile(const LinkRow& applet, const s
   row.type = LT_APPLET_FILE;
   row.offset = applet.offset;
   row.target = std::string_view(path).substr(FindLastBackslashMB(path) + 1);
-  SiteVarRecDB::Search text;
-  if (linkTexts_ != nullptr) text = linkTexts_->Look(row.target);
+  FoundString text;
+  if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target);
   return AddLink(row, target, text);
 }
 

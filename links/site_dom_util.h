@@ -55,10 +55,9 @@ class SiteDOMUtil {
   int StoreAnchors();
   int AddRows(std::size_t begin, std::size_t end);
   void TurnToBase(std::int32_t base);
-  Outcome AddRow(const LinkRow& row, const SiteVarRecDB::Search& expected);
-  Outcome AddNewTarget(const LinkRow& row, bool takesName, SiteVarRecDB::Search& text,
-                       UrlID& target);
-  Outcome AddLink(const LinkRow& row, const UrlID& target, SiteVarRecDB::Search& text);
+  Outcome AddRow(const LinkRow& row, const FoundString& expected);
+  Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text, UrlID& target);
+  Outcome AddLink(const LinkRow& row, const UrlID& target, FoundString& text);
   int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);

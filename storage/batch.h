@@ -15,7 +15,7 @@ namespace zvrsit {
 template <class Item, class Work>
 class Batch {
  public:
-  // Where items must not wait, each is worked on at once.
+  // Without `mayWait` each item is worked on at once, for items that the next one spoils.
   Batch(Work work, bool mayWait) : work_(work), atOnce_(mayWait ? kMost : 1) {}
 
   // `place` is what the work will look at first; null for nothing.

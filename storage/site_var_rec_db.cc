@@ -8,6 +8,7 @@
 #include "storage/batch.h"
 #include "storage/guarded.h"
 #include "storage/pack_file.h"
+#include "util/hash.h"
 #include "util/little_endian.h"
 
 namespace zvrsit {
@@ -40,7 +41,7 @@ int SiteVarRecDB::OpenEntries() {
   if (!CountsAreSound() || ReadEnd() < 0) return -1;
   ForgetEntries();
   offsets_.Reset(headerWord1 == 0 ? 1 : static_cast<std::size_t>(headerWord1));
-  StartNames();
+  search_.Start();
   std::int64_t walked = kFirstEntry;
   std::size_t numbers = 0;
   isSound_ = true;
@@ -59,8 +60,7 @@ int SiteVarRecDB::OpenEntries() {
   });
   if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
   isSound_ = isSound_ && walked == end_;
-  // In a damaged file the index may find what tags do not, and other entries once some are added.
-  if (!isSound_) passesLeft_ = 0;
+  if (!isSound_) search_.GiveTagsUp();
   return result;
 }
 
@@ -107,7 +107,7 @@ void SiteVarRecDB::ForgetEntries() {
   cursor_ = 0;
   dead_ = 0;
   ++releases_;
-  ForgetNames();
+  search_.Forget();
 }
 
 void SiteVarRecDB::StoreHead(char* bytes, const Head& head) {
@@ -188,33 +188,60 @@ int SiteVarRecDB::GetString(int id, std::string& text) {
   });
 }
 
+std::uint32_t SiteVarRecDB::HashOf(std::string_view text) {
+  return static_cast<std::uint32_t>(HashBytes(text));
+}
+
+FoundString SiteVarRecDB::Search(std::string_view text, const FoundString& guess) {
+  return isOpen() ? search_.Find(text, guess) : FoundString{guess.hash, -1, -1};
+}
+
+int SiteVarRecDB::FindString(std::string_view text) {
+  return Search(text).id;
+}
+
+void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
+  if (isOpen()) search_.AskFor(texts);
+}
+
+int SiteVarRecDB::MakeStringIndex() {
+  return search_.MakeIndex();
+}
+
+// Tells the search of a string while the file is opened; 0, or -1 where it cannot be read.
+int SiteVarRecDB::NoteString(int offset, const Head& head) {
+  if (!search_.wantsStrings() || head.kind != kString || head.length < 1) return 0;
+  const std::string_view data = DataAt(offset, head.length, scratch_);
+  if (data.empty()) return -1;
+  search_.Note(head.id, offset, TextOf(data));
+  return 0;
+}
+
 int SiteVarRecDB::AddString(std::string_view text) {
   if (text.empty() || !isOpen()) return -1;
-  return AddString(text, Look(text));
+  return AddString(text, Search(text));
 }
 
-int SiteVarRecDB::AddString(std::string_view text, const Search& search) {
-  if (text.empty() || !isOpen() || !IsKnown(text, search.hash)) return -1;
-  if (search.id >= 0) {
-    const bool isThere = isSound_ && IsEntryOf(search.id, search.offset);
-    const int known = isThere ? search.offset : Offset(search.id);
-    if (known > 0) return AddReference(known) < 0 ? -1 : search.id;
+int SiteVarRecDB::AddString(std::string_view text, const FoundString& found) {
+  if (text.empty() || !isOpen() || !search_.IsKnown(text, found.hash)) return -1;
+  if (found.id >= 0) {
+    const bool isThere = isSound_ && IsEntryOf(found.id, found.offset);
+    const int known = isThere ? found.offset : Offset(found.id);
+    if (known > 0) return AddReference(known) < 0 ? -1 : found.id;
   }
-  return Guarded([&] { return AddNewString(text, search); });
+  return Guarded([&] { return AddNewString(text, found); });
 }
 
-int SiteVarRecDB::AddNewString(std::string_view text, const Search& search) {
+int SiteVarRecDB::AddNewString(std::string_view text, const FoundString& found) {
   const int offset = end_;
-  // What naming it will need, before anything is changed.
-  names_.Reserve(names_.size() + 1);
-  if (!inMemory) copies_[offset] = text;
+  search_.MakeRoom(text, offset);  // before anything is changed
   const int id = AddEntry(kString, text);
   if (id < 0) return -1;
-  if (search.id < 0) {
-    AddName(text, search.hash, id, offset);
+  if (found.id < 0) {
+    search_.EnterNew(text, found.hash, id, offset);
   } else {
     // `text` itself may have moved with the buffer.
-    EnterName(inMemory ? View(id) : text, search.hash, id, offset);
+    search_.Enter(inMemory ? View(id) : text, found.hash, id, offset);
   }
   return id;
 }
@@ -301,7 +328,7 @@ int SiteVarRecDB::ReleaseString(int id) {
 int SiteVarRecDB::ReleaseStringUnindexed(int id) {
   const int offset = Offset(id);
   if (offset <= 0) return offset;
-  if (inMemory && (namesMade_ || !sought_.empty())) ForgetNames();
+  if (inMemory && search_.knowsAny()) search_.Forget();
   return Release(id, offset, !inMemory);
 }
 
@@ -310,8 +337,9 @@ int SiteVarRecDB::Release(int id, int offset, bool isNamed) {
   if (ReadHead(offset, head) < 0) return -1;
   if (head.references >= 2) return WriteHeadWord(offset, kReferencesAt, head.references - 1);
   if (MarkEntryDead(offset, head) < 0) return -1;
-  if (isNamed && head.kind == kString && head.length >= 1 && Unname(offset, head.length) < 0) {
-    return -1;
+  if (isNamed && head.kind == kString && head.length >= 1) {
+    const std::string_view data = DataAt(offset, head.length, scratch_);
+    if (data.empty() || search_.Release(TextOf(data), offset) < 0) return -1;
   }
   offsets_.slot(static_cast<std::size_t>(id)) = kReleased;
   ++releases_;

@@ -17,19 +17,16 @@
 // Strings are shared: adding one that is there raises its reference count and gives its number.
 #pragma once
 
-#include <bitset>
+#include <algorithm>
 #include <deque>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
 #include "storage/id_table.h"
-#include "storage/probe_table.h"
 #include "storage/site_db.h"
+#include "storage/string_search.h"
 #include "util/little_endian.h"
-#include "util/prefetch.h"
 
 namespace zvrsit {
 
@@ -88,33 +85,22 @@ class SiteVarRecDB : public SiteDB {
   // puts that in the file's place; 0 or -1. Numbers do not change.
   int Pack();
 
-  // What FindString found out, for adding the same string without a second search. Good until the
-  // next change of the file.
-  struct Search {
-    std::uint32_t hash = 0;
-    int id = -1;
-    int offset = 0;  // of the entry, when there is one; -1 where it could not be looked for
-    bool hasFailed() const { return offset < 0; }
-  };
-  Search Look(std::string_view text) { return Look(text, {HashOf(text)}); }
-  int AddString(std::string_view text, const Search& search);
+  // As FindString, and AddString of what was looked for.
+  FoundString Search(std::string_view text) { return Search(text, {HashOf(text)}); }
+  int AddString(std::string_view text, const FoundString& found);
 
-  // For many strings one after another: what Look does, in three steps that can be taken for
+  // For many strings one after another: what Search does, in three steps that can be taken for
   // several strings in turn, so that one is fetched from memory while another is worked on.
   static std::uint32_t HashOf(std::string_view text);
-  void ExpectHash(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
-  // A string of that hash, most likely the one that is meant.
-  Search ExpectString(std::uint32_t hash) const;
-  Search Look(std::string_view text, const Search& expected);
+  void FetchFor(std::uint32_t hash) const { search_.FetchFor(hash); }
+  FoundString GuessOf(std::uint32_t hash) const { return search_.GuessOf(hash); }
+  FoundString Search(std::string_view text, const FoundString& guess);
 
-  // Finding strings of a large file in memory needs an index over all of them. So the first few
-  // searches after opening, each for one string or for all that are given here together, are passes
-  // over a short tag of each string instead, which is taken at open. After Pack there are no tags.
-  // In direct mode Open makes the index, so that no search reads the file.
+  // For several searches to come: they then cost one pass over a large file. (string_search.h)
   void LookAhead(std::span<const std::string_view> texts);
-  // Makes that index now, where many searches are to come; 0 or -1 (a damaged entry).
+  // Makes the index over all strings now, where many searches are to come; 0 or -1.
   int MakeStringIndex();
-  bool hasStringIndex() const { return namesMade_; }
+  bool hasStringIndex() const { return search_.isIndexMade(); }
 
   // How often a number was freed so far: as long as this stays, each number keeps its string.
   std::uint32_t releases() const { return releases_; }
@@ -126,6 +112,8 @@ class SiteVarRecDB : public SiteDB {
   std::int64_t deadBytes() const { return dead_; }
 
  private:
+  friend class StringSearch;
+
   static constexpr int kFirstEntry = 28;
   static constexpr int kHeadSize = 16;
   // Where words lie in a head, behind the id.
@@ -140,28 +128,6 @@ class SiteVarRecDB : public SiteDB {
     std::int32_t references;
     std::int32_t kind;
   };
-  struct Name {
-    std::uint32_t hash;
-    std::int32_t id;
-    std::int32_t offset;
-  };
-  struct Sought {
-    std::uint32_t hash;
-    std::size_t offset;  // of the text in soughtTexts_
-    std::size_t length;
-  };
-  using TagSet = std::bitset<1 << 16>;
-  struct Wanted {
-    std::uint32_t hash;
-    std::string_view text;
-  };
-  struct FoundText {  // on its way into the index
-    std::uint32_t hash;
-    std::int32_t id;
-    std::int32_t offset;
-    std::string_view text;
-  };
-
   int UseOpened();
   int OpenEntries();
   int PackEntries();
@@ -217,34 +183,23 @@ class SiteVarRecDB : public SiteDB {
     return data.substr(0, data.empty() ? 0 : data.size() - 1);
   }
 
-  // site_var_rec_names.cc
-  void ForgetNames();
-  template <class Visit>
-  int ForEachString(Visit visit);
-  bool IsKnown(std::string_view text, std::uint32_t hash) const {
-    return namesMade_ || (!sought_.empty() && WasSought(text, hash));
+  std::string_view TextAt(int offset, int length) {
+    return TextOf(DataAt(offset, length, scratch_));
   }
-  bool WasSought(std::string_view text, std::uint32_t hash) const;
-  void ForgetSought();
-  void StartNames();
+  // Calls visit(id, offset, text) for each string, until one gives -1.
+  template <class Visit>
+  int ForEachString(Visit visit) {
+    return ForEachEntry([&](int offset, const Head& head) {
+      if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
+      const std::string_view data = DataAt(offset, head.length, scratch_);
+      if (data.empty()) return -1;
+      visit(head.id, offset, TextOf(data));
+      return 0;
+    });
+  }
   int NoteString(int offset, const Head& head);
-  int EnterAllStrings();
-  int GoOverTagsFor(std::span<const std::string_view> texts);
-  void EnterTagged(std::span<const std::string_view> texts);
-  std::vector<std::int32_t> OffsetsOf(const TagSet& tags) const;
-  int MakeKnown(std::string_view text, std::uint32_t hash);
-  template <class IsWanted>
-  void UnnameReleased(IsWanted isWanted);
-  void AddName(std::string_view text, std::uint32_t hash, int id, int offset);
-  void EnterName(std::string_view text, std::uint32_t hash, int id, int offset);
-  Name* FindName(std::string_view text, std::uint32_t hash);
-  bool HasText(int offset, std::string_view text);
-  int Unname(int offset, int length);
-  void Unname(std::string_view text, std::uint32_t hash);
-
-  // site_var_rec_db.cc
   int ChooseId();
-  int AddNewString(std::string_view text, const Search& search);
+  int AddNewString(std::string_view text, const FoundString& found);
   int AddEntry(int kind, std::string_view data);
   static void StoreHead(char* bytes, const Head& head);
   int WriteEntry(const Head& head, std::string_view data);
@@ -267,19 +222,8 @@ class SiteVarRecDB : public SiteDB {
   // released since, from the front.
   std::size_t cursor_ = 0;
   std::deque<int> free_;
-  // The strings by their texts: all of them when it is made, else those that were sought.
-  ProbeTable<Name> names_;
-  bool namesMade_ = false;
-  ProbeTable<Sought> sought_;
-  std::string soughtTexts_;
-  std::vector<std::int32_t> unnamed_;  // offsets of strings that were released before it was made
-  // By number: a part of the hash of each string that was there at open. Passes over them may find
-  // strings as long as some are left; all strings added since were sought.
-  IdTable<std::uint16_t> tags_;
-  int passesLeft_ = 0;
+  StringSearch search_{*this};
   std::string scratch_;  // direct mode: what was read last
-  // Direct mode: the text of each entry in `names_`, by its offset, so that a search reads nothing.
-  std::unordered_map<std::int32_t, std::string> copies_;
 };
 
 }  // namespace zvrsit

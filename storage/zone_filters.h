@@ -2,10 +2,11 @@
 // of a file, so that a walk that looks for one value passes over most of a large file.
 //
 // Each zone has a Bloom filter (B. Bloom, Space/time trade-offs in hash coding with allowable
-// errors, CACM 13, 1970) with two hash functions: the low and the high digit of a value. A value
-// that was added to a zone is always told there; of others those of which one value of the zone has
-// the low digit and one the high. Of numbers that lie in order these are few. Bit n of all filters
-// lies together, so that a search for one value reads few bytes.
+// errors, CACM 13, 1970). A filter may say "perhaps" of a value that its zone does not have, but it
+// never says "no" of one that was added. A value sets two bits: one for its low digit, one for its
+// high digit. So a false "perhaps" needs one value of the zone with the same low digit and one with
+// the same high digit, which is rare for numbers that lie in order. Bit n of all filters lies side
+// by side, so that a search for one value reads few bytes.
 #pragma once
 
 #include <algorithm>

@@ -29,8 +29,8 @@ class NameIndex {
   void Put(std::string_view text, int number);
   // Gets the memory that the next Put may need, of a text of that length.
   void MakeRoom(std::size_t length);
-  // Brings near what Find and Put of a text with this hash (SiteVarRecDB::HashOf) will read.
-  void Expect(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
+  // Fetches what Find and Put of a text with this hash (SiteVarRecDB::HashOf) will read.
+  void FetchFor(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
   // The same as Put for many in less time: names(put) calls put(text, number) for each.
   template <class Names>
   void PutAll(Names names) {

@@ -28,12 +28,12 @@ int NamedTableBase::MakeIndex() {
 
 int NamedTableBase::AddName(std::string_view name) {
   if (name.empty()) return -1;
-  const SiteVarRecDB::Search expected{SiteVarRecDB::HashOf(name)};
+  const FoundString guess{SiteVarRecDB::HashOf(name)};
   if (index_ != nullptr) {
-    index_->Expect(expected.hash);
+    index_->FetchFor(guess.hash);
     index_->MakeRoom(name.size());
   }
-  return strings_->AddString(name, strings_->Look(name, expected));
+  return strings_->AddString(name, strings_->Search(name, guess));
 }
 
 void NamedTableBase::EnterName(std::string_view name, const SiteNodeRec& record) {

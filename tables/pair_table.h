@@ -39,15 +39,15 @@ class PairTableBase : public SiteTable {
   template <class Visit>
   void ForEachMatch(const UrlID& from, const UrlID& to, Visit visit);
 
-  // A walk costs about a fifth of an index for each record that it looks at. When walks have cost
-  // what an index costs, it is made.
+  // An index costs as much as five walks over all records. So it is made after the walk that begins
+  // when four are behind.
   bool MayWalk(const EndIndex& index) const {
-    return !index.isMade() && walked_ <= kWalks * records_->liveCount();
+    return !index.isMade() && walked_ <= kWalksBehind * records_->liveCount();
   }
   bool ComesFrom(int number, const UrlID& from) const;
   bool GoesTo(int number, const UrlID& to) const;
 
-  static constexpr std::int64_t kWalks = 4;
+  static constexpr std::int64_t kWalksBehind = 4;
 
   EndIndex fromIndex_;
   EndIndex toIndex_;

@@ -38,14 +38,14 @@ int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to, i
 int SiteLinkDB::Add(std::string_view text, const UrlID& from, const UrlID& to,
                     std::string_view alternative, int type, int offset) {
   if (text.empty() || !isOpen()) return -1;
-  SiteVarRecDB::Search found = strings_->Look(text);
+  FoundString found = strings_->Search(text);
   return Add(text, found, from, to, alternative, type, offset);
 }
 
-int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from,
-                    const UrlID& to, std::string_view alternative, int type, int offset) {
+int SiteLinkDB::Add(std::string_view text, FoundString& found, const UrlID& from, const UrlID& to,
+                    std::string_view alternative, int type, int offset) {
   if (text.empty() || !isOpen()) return -1;
-  if (Guarded([&] { return TurnTo(from); }) < 0) return -1;
+  if (Guarded([&] { return KnowLinksFrom(from); }) < 0) return -1;
   SiteLinkRec link;
   link.from = from;
   link.to = to;
@@ -53,7 +53,7 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
   link.offset = offset;
   link.text = found.id;
   if (!alternative.empty()) {
-    const SiteVarRecDB::Search known = strings_->Look(alternative);
+    const FoundString known = strings_->Search(alternative);
     if (known.hasFailed()) return -1;
     link.alternative = known.id;
   }
@@ -66,10 +66,10 @@ int SiteLinkDB::Add(std::string_view text, SiteVarRecDB::Search& found, const Ur
   return link.text < 0 ? -1 : AddNew(link, alternative);
 }
 
-void SiteLinkDB::ExpectLinks(const UrlID& from, std::size_t count) {
+void SiteLinkDB::PrepareFor(const UrlID& from, std::size_t count) {
   if (!isOpen() || count == 0) return;
   Guarded([&] {
-    TurnTo(from);
+    KnowLinksFrom(from);
     known_.Reserve(known_.size() + count);
     return 0;
   });

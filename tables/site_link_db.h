@@ -20,11 +20,11 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Add(std::string_view text, const UrlID& from, const UrlID& to, std::string_view alternative,
           int type, int offset = -1);
   // The same with what looking for the text in strings() found; `found` then has its number.
-  int Add(std::string_view text, SiteVarRecDB::Search& found, const UrlID& from, const UrlID& to,
+  int Add(std::string_view text, FoundString& found, const UrlID& from, const UrlID& to,
           std::string_view alternative, int type, int offset);
 
   // So many links from one source are about to be added.
-  void ExpectLinks(const UrlID& from, std::size_t count);
+  void PrepareFor(const UrlID& from, std::size_t count);
 
   // Writes a record back whose ends have not changed; 0 or -1.
   int Update(const SiteLinkRec& link);
@@ -43,7 +43,7 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   };
 
   int AddNew(SiteLinkRec& link, std::string_view alternative);
-  int TurnTo(const UrlID& source) {
+  int KnowLinksFrom(const UrlID& source) {
     return sourceKnown_ && source_ == source ? 0 : LearnLinksFrom(source);
   }
   int LearnLinksFrom(const UrlID& source);
