@@ -112,6 +112,21 @@ int SiteDB::OpenWhole() {
   return 0;
 }
 
+// Writing only the changed parts of a file is right where the rest of it is on disk as it was when
+// the image was last equal to it. Whether that holds is told by the file's size and times:
+//   1. When the image is equal to the file, the times are noted (FollowChanges, FollowWritten).
+//   2. Every later write by anybody gives the file a new change time. A program can set the
+//      modification time back, but that sets the change time as well.
+//   3. So if size and both times are as noted when the image is to be written, nobody has written.
+//   4. Times have steps. A write in the same step as the noted time would not show. So times are
+//      noted only when their step is over, or where the file system was seen to give each change a
+//      time of its own. A file that has no noted times is written whole.
+// What this leaves open: somebody who writes between the last look at the times and our write, or
+// between the two test changes of FollowWritten; a clock that was set back and comes to the very
+// time that was noted; a file system that tells times late, as over a network, or keeps no change
+// time while another program sets the modification time back; and a disk written without the
+// system. Two programs that change one site at once need a lock around both.
+
 // The image is what the file has now. A small file is written whole all the same, and so is one
 // that was written a moment ago: another change could get the same time.
 void SiteDB::FollowChanges(const platform::FileStat& onDisk) {
