@@ -74,29 +74,17 @@ Findings Examine(const Options& options, const GivenSite& site) {
   return findings;
 }
 
-// One object; its rows are printed one by one, as there may be many.
-void PrintAsJson(const Findings& findings) {
-  std::string totals = TotalsAsJson(findings.totals).dump();
-  totals.pop_back();
-  Print("{},\n\"broken\": ", totals);
-  JsonRows rows;
-  for (const BrokenLink& link : findings.broken) rows.Add(BrokenAsJson(link));
-  rows.End();
-  Print("}}\n");
-}
-
-int RunCheck(const Options& options, const GivenSite& site) {
+int RunCheck(const Options& options, const GivenSite& site, bool all) {
   const Findings findings = Examine(options, site);
-  const auto count = static_cast<long>(findings.broken.size());
   if (options.json) {
-    PrintAsJson(findings);
+    PrintBrokenAsJson(TotalsAsJson(findings.totals), findings.broken);
   } else {
     PrintTotals(findings.totals);
-    PrintBroken(findings.broken);
-    Print("{}\n", count == 0 ? "no broken links" : Counted(count, "broken link", "broken links"));
+    PrintBroken(findings.broken, all);
+    Print("{}\n", CountedBroken(findings.broken));
   }
   if (findings.code != kClean) return findings.code;
-  return count == 0 ? kClean : kFindings;
+  return findings.broken.empty() ? kClean : kFindings;
 }
 
 }  // namespace
@@ -109,8 +97,11 @@ void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
   AddSiteOptions(*check, *site);
   check->footer("With --db the temporary database is made below that folder.\n" +
                 check->get_footer());
-  check->callback(
-      [&options, &run, site] { run = [&options, site] { return RunCheck(options, *site); }; });
+  const auto all = std::make_shared<bool>(false);
+  AddAllPlaces(*check, *all);
+  check->callback([&options, &run, site, all] {
+    run = [&options, site, all] { return RunCheck(options, *site, *all); };
+  });
 }
 
 }  // namespace zvrsit::cli

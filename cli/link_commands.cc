@@ -23,7 +23,7 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   const auto numbers = Numbers(session, query);
   session.LetGo();
   JsonRows rows;
-  ForEachLink(session, *numbers, [&](const ShownLink& link) {
+  ForEachLink(session, *numbers, [&](int, const ShownLink& link) {
     if (options.json) {
       rows.Add(LinkAsJson(link));
     } else {
@@ -34,22 +34,24 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   return kClean;
 }
 
-int RunBroken(const Options& options, const LinkQuery& query) {
+int RunBroken(const Options& options, const LinkQuery& query, bool all) {
   Session session(options, Database::kAsk);
   session.OpenToAsk(query.site);
   const std::vector<BrokenLink> broken = BrokenLinks(session);
   session.LetGo();
   if (options.json) {
-    JsonRows rows;
-    for (const BrokenLink& link : broken) rows.Add(BrokenAsJson(link));
-    rows.End();
+    PrintBrokenAsJson(Json::object(), broken);
   } else {
-    PrintBroken(broken);
+    PrintBroken(broken, all);
   }
   return broken.empty() ? kClean : kFindings;
 }
 
 }  // namespace
+
+void AddAllPlaces(CLI::App& command, bool& all) {
+  command.add_flag("--all", all, "a line for each place where a page has a broken link");
+}
 
 void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLinks& broken) {
   const auto query = std::make_shared<LinkQuery>();
@@ -69,9 +71,11 @@ void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLin
 }
 
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run) {
+  const auto all = std::make_shared<bool>(false);
   AddLinkQueries(
       app, run, [&options](const LinkQuery& query) { return RunLinks(options, query); },
-      [&options](const LinkQuery& query) { return RunBroken(options, query); });
+      [&options, all](const LinkQuery& query) { return RunBroken(options, query, *all); });
+  AddAllPlaces(*app.get_subcommand("broken"), *all);
 }
 
 }  // namespace zvrsit::cli

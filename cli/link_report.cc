@@ -5,10 +5,10 @@
 #include <memory>
 #include <tuple>
 #include <unordered_map>
+#include <utility>
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
-#include "dom/mapped_file.h"
 #include "links/link_type.h"
 
 namespace zvrsit::cli {
@@ -44,46 +44,57 @@ class Entries {
   std::unordered_map<int, bool> onDisk_;
 };
 
-// Bytes are summed in vectors, in blocks too small for a sum to overflow.
-int CountLines(const char* bytes, std::size_t size) {
-  int lines = 0;
-  for (std::size_t i = 0; i < size;) {
-    const std::size_t end = std::min(size, i + 255);
-    unsigned char inBlock = 0;
-    for (; i < end; ++i) inBlock = static_cast<unsigned char>(inBlock + (bytes[i] == '\n' ? 1 : 0));
-    lines += inBlock;
-  }
-  return lines;
+bool IsBefore(const LinkPlace& a, const LinkPlace& b) {
+  return std::tie(a.line, a.column) < std::tie(b.line, b.column);
 }
 
-// Line numbers of places in files, asked for file by file and from front to back.
-class Lines {
- public:
-  // 0 when the file at the `\` path has no such place, or none is known.
-  int Of(const std::string& path, int offset) {
-    if (path != path_ || offset < seen_) {
-      if (path != path_) page_.open(path, 0);
-      path_ = path;
-      line_ = 1;
-      seen_ = 0;
-    }
-    if (offset < 0 || static_cast<std::size_t>(offset) > page_.size()) return 0;
-    line_ += CountLines(page_.top() + seen_, static_cast<std::size_t>(offset - seen_));
-    seen_ = offset;
-    return line_;
-  }
+// By source and first place; what has no known place comes last.
+bool ComesBefore(const BrokenLink& a, const BrokenLink& b) {
+  if (a.from != b.from) return a.from < b.from;
+  if (a.places.empty() || b.places.empty()) return a.places.size() > b.places.size();
+  return IsBefore(a.places.front(), b.places.front());
+}
 
- private:
-  MappedFile page_;
-  std::string path_;
-  int line_ = 1;
-  int seen_ = 0;
+long CountPlaces(const std::vector<BrokenLink>& links) {
+  long places = 0;
+  for (const BrokenLink& shown : links) places += shown.link.count;
+  return places;
+}
+
+Json BrokenAsJson(const BrokenLink& shown) {
+  Json row = LinkAsJson(shown);
+  row["outside"] = shown.link.outside;
+  const bool isKnown = !shown.places.empty();
+  row["line"] = isKnown ? Json(shown.places.front().line) : Json();
+  row["column"] = isKnown ? Json(shown.places.front().column) : Json();
+  Json& places = row["places"] = Json::array();
+  for (const LinkPlace& place : shown.places) {
+    places.push_back({{"line", place.line}, {"column", place.column}});
+  }
+  return row;
+}
+
+// One line of the report of a source.
+struct BrokenLine {
+  const BrokenLink* link;
+  const LinkPlace* place;  // null: not known
+  int count;               // of the places that the line stands for
 };
+
+void PrintLine(const BrokenLine& line) {
+  const BrokenLink& shown = *line.link;
+  const std::string place =
+      line.place != nullptr ? fmt::format("{}:{}", line.place->line, line.place->column) : "-";
+  Print("{:>9}: {} -> {}  {}", place, LineText(shown.link.text), LineText(shown.to),
+        LinkTypeName(shown.link.type));
+  if (line.count > 1) Print(" x{}", line.count);
+  Print("{}\n", shown.link.outside ? "  outside of the site" : "");
+}
 
 }  // namespace
 
 void ForEachLink(Session& session, const std::vector<int>& numbers,
-                 const std::function<void(const ShownLink&)>& each) {
+                 const std::function<void(int, const ShownLink&)>& each) {
   Entries entries(session);
   ShownLink shown;
   for (const int number : numbers) {
@@ -91,7 +102,7 @@ void ForEachLink(Session& session, const std::vector<int>& numbers,
     shown.from = entries.NameOf(shown.link.from);
     shown.to = entries.NameOf(shown.link.to);
     if (shown.link.outside) shown.link.exists = entries.IsOnDisk(shown.link.to);
-    each(shown);
+    each(number, shown);
   }
 }
 
@@ -99,17 +110,17 @@ std::vector<BrokenLink> BrokenLinks(Session& session) {
   const std::unique_ptr<std::vector<int>> numbers(session.manager().EnumBrokenLink());
   if (numbers == nullptr) throw Failure(kDatabase, "the link table cannot be read");
   std::vector<BrokenLink> broken;
-  ForEachLink(session, *numbers, [&](const ShownLink& shown) {
-    if (!shown.link.exists) broken.push_back({shown});
+  std::vector<int> shownNumbers;
+  ForEachLink(session, *numbers, [&](int number, const ShownLink& shown) {
+    if (shown.link.exists) return;
+    broken.push_back({shown, {}});
+    shownNumbers.push_back(number);
   });
-  std::stable_sort(broken.begin(), broken.end(), [](const BrokenLink& a, const BrokenLink& b) {
-    return std::tie(a.from, a.link.offset) < std::tie(b.from, b.link.offset);
-  });
-  Lines lines;
-  for (BrokenLink& shown : broken) {
-    const std::string path = Take(session.manager().UrlPath(shown.link.from.id));
-    shown.line = lines.Of(path, shown.link.offset);
+  std::vector<std::vector<LinkPlace>> places;
+  if (session.manager().FindLinkPlaces(shownNumbers, places) == 0) {
+    for (std::size_t i = 0; i < broken.size(); ++i) broken[i].places = std::move(places[i]);
   }
+  std::stable_sort(broken.begin(), broken.end(), &ComesBefore);
   return broken;
 }
 
@@ -121,13 +132,6 @@ Json LinkAsJson(const ShownLink& shown) {
           {"exists", shown.link.exists}};
 }
 
-Json BrokenAsJson(const BrokenLink& shown) {
-  Json row = LinkAsJson(shown);
-  row["line"] = shown.line > 0 ? Json(shown.line) : Json();
-  row["outside"] = shown.link.outside;
-  return row;
-}
-
 void PrintLink(const ShownLink& shown) {
   Print("{} -> {}  {}", LineText(shown.from), LineText(shown.to), LinkTypeName(shown.link.type));
   if (shown.link.count > 1) Print(" x{}", shown.link.count);
@@ -136,15 +140,47 @@ void PrintLink(const ShownLink& shown) {
   Print("\n");
 }
 
-void PrintBroken(const std::vector<BrokenLink>& links) {
-  const std::string* source = nullptr;
-  for (const BrokenLink& shown : links) {
-    if (source == nullptr || *source != shown.from) Print("{}\n", LineText(shown.from));
-    source = &shown.from;
-    const std::string line = shown.line > 0 ? std::to_string(shown.line) : "-";
-    Print("{:>6}: {} -> {}  {}{}\n", line, LineText(shown.link.text), LineText(shown.to),
-          LinkTypeName(shown.link.type), shown.link.outside ? "  outside of the site" : "");
+void PrintBroken(const std::vector<BrokenLink>& links, bool all) {
+  std::vector<BrokenLine> lines;
+  for (auto next = links.begin(); next != links.end();) {
+    const std::string& source = next->from;
+    Print("{}\n", LineText(source));
+    lines.clear();
+    for (; next != links.end() && next->from == source; ++next) {
+      if (next->places.empty() || !all) {
+        const LinkPlace* const first = next->places.empty() ? nullptr : &next->places.front();
+        lines.push_back({&*next, first, next->link.count});
+        continue;
+      }
+      for (const LinkPlace& place : next->places) lines.push_back({&*next, &place, 1});
+    }
+    std::stable_sort(lines.begin(), lines.end(), [](const BrokenLine& a, const BrokenLine& b) {
+      return a.place != nullptr && (b.place == nullptr || IsBefore(*a.place, *b.place));
+    });
+    for (const BrokenLine& line : lines) PrintLine(line);
   }
+}
+
+// The rows are printed one by one, as there may be many.
+void PrintBrokenAsJson(const Json& head, const std::vector<BrokenLink>& links) {
+  Json begin = head;
+  begin["broken_links"] = links.size();
+  begin["broken_places"] = CountPlaces(links);
+  std::string text = begin.dump(-1, ' ', false, Json::error_handler_t::replace);
+  text.pop_back();
+  Print("{},\n\"broken\": ", text);
+  JsonRows rows;
+  for (const BrokenLink& link : links) rows.Add(BrokenAsJson(link));
+  rows.End();
+  Print("}}\n");
+}
+
+std::string CountedBroken(const std::vector<BrokenLink>& links) {
+  if (links.empty()) return "no broken links";
+  const auto count = static_cast<long>(links.size());
+  const long places = CountPlaces(links);
+  const std::string counted = Counted(count, "broken link", "broken links");
+  return places == count ? counted : fmt::format("{} in {} places", counted, places);
 }
 
 }  // namespace zvrsit::cli

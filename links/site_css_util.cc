@@ -17,7 +17,13 @@ namespace {
 
 constexpr std::uint32_t kStyleTypes = LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE;
 
-int LinkTypeOf(int nodeType) {
+bool HasStores(const SiteTable* table) {
+  return table != nullptr && table->records() != nullptr && table->strings() != nullptr;
+}
+
+}  // namespace
+
+std::uint32_t StyleLinkType(int nodeType) {
   switch (nodeType) {
     case CCSSControl::Type_Link:
       return LT_CSS_LINK;
@@ -29,12 +35,6 @@ int LinkTypeOf(int nodeType) {
       return LT_CSS_OTHER;
   }
 }
-
-bool HasStores(const SiteTable* table) {
-  return table != nullptr && table->records() != nullptr && table->strings() != nullptr;
-}
-
-}  // namespace
 
 SiteCSSUtil::SiteCSSUtil(SiteMgrBase* manager, const std::string& siteRoot)
     : manager_(manager), siteRoot_(siteRoot) {
@@ -127,7 +127,7 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   const std::string& text = declared != nullptr ? *declared : *child;
   const UrlID from(kKindPath, source);
   const UrlID to(isExternal ? kKindUrl : kKindPath, target);
-  const int type = LinkTypeOf(tree.getType(child));
+  const int type = static_cast<int>(StyleLinkType(tree.getType(child)));
   if (IsWeb()) {
     linkTable_->Add(text, from, to, "", type, OffsetInFile(tree.getOffset(child)));
   } else {

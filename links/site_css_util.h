@@ -15,6 +15,9 @@ class SiteMgrBase;
 class SitePathDB;
 class SiteUrlDB;
 
+// The LT_ code of what a style sheet refers to, for a Type_ constant of CCSSControl.
+std::uint32_t StyleLinkType(int nodeType);
+
 // Walks the file tree of a page or a sheet, enters every file and URL in the tables, and writes a
 // link of a LT_CSS_ type from each file to what it refers to. Lives for one page or sheet.
 //

@@ -3,13 +3,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "dom/code_conv.h"
-#include "dom/document.h"
-#include "dom/dom.h"
-#include "dom/mapped_file.h"
 #include "links/site_css_util.h"
 #include "links/site_dom_util.h"
 #include "manager/base/operation_memo.h"
+#include "manager/page_reader.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
 #include "util/file_type.h"
@@ -17,15 +14,6 @@
 namespace zvrsit {
 
 namespace {
-
-// A document that goes back to its DOM.
-struct GiveBack {
-  DOM* dom;
-  void operator()(Document* document) const {
-    if (dom != nullptr) dom->deleteDocument(document);
-  }
-};
-using OwnedDocument = std::unique_ptr<Document, GiveBack>;
 
 std::unordered_set<int> AsSet(const int* ids, int count) {
   return ids != nullptr && count > 0 ? std::unordered_set<int>(ids, ids + count)
@@ -53,7 +41,8 @@ bool Differ(std::vector<int>& olds, std::vector<int>& news) {
                               static_cast<int>(news.size())) != 0;
 }
 
-// Reads the file into `document`; a file that cannot be read leaves it empty. False then.
+}  // namespace
+
 bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) {
   if (!memo.pageFile.open(path, memo.nearbyFiles)) return false;
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
@@ -64,8 +53,6 @@ bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) 
   }
   return true;
 }
-
-}  // namespace
 
 // The values are compared as they came in, so one entry cancels every equal one of the other list:
 // {5, 5} and {5} do not differ.

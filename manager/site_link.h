@@ -1,4 +1,4 @@
-// One link as a plain value.
+// One link, and where it stands, as plain values.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +20,13 @@ struct SiteLink {
   std::string alt;       // the alternative text; empty for none
   bool exists = false;   // a URL, or a file of the site that is there
   bool outside = false;  // a file that does not lie below the site folder
+};
+
+// One place where a file has a link: where the value of the attribute, or the address in the style
+// text, begins.
+struct LinkPlace {
+  int line = 0;    // counted from 1; a line ends with a line feed
+  int column = 0;  // in characters of the line, counted from 1
 };
 
 }  // namespace zvrsit

@@ -171,6 +171,11 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   std::vector<int>* EnumBrokenLink();
   // Reads one link: 0, or -1 when there is none of that number.
   int GetLink(int number, SiteLink& link);
+  // All places of these links (record numbers): places[i] are those of links[i], in the order of
+  // the file. The pages and sheets that have them are read anew, in any encoding; a link has no
+  // places where its file cannot be read, or is not the one any more whose links are registered.
+  // (link_places.cc) 0, or -1 without a site.
+  int FindLinkPlaces(const std::vector<int>& links, std::vector<std::vector<LinkPlace>>& places);
 
   // The same for the file `path`, one cell a link in the order of the numbers: a cell as EnumPath
   // or EnumUrl has it for the entry at the other end, with the link's type code (an LT_ code). An

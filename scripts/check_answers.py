@@ -69,7 +69,8 @@ class Site:
         if kind == "to":
             return {row["from"] for row in self.run("links", "pages", "--to", name)}
         if kind == "broken":
-            return {row["to"] for row in self.run("broken", "pages") if name in ("", row["from"])}
+            rows = self.run("broken", "pages")["broken"]
+            return {row["to"] for row in rows if name in ("", row["from"])}
         return {row["name"] for row in self.run(kind, "pages") if row["name"].startswith(name)}
 
 

@@ -85,7 +85,7 @@ TEST(Damage, LostTablesComeBackWithARebuild) {
       EXPECT_TRUE(damaged.complains(tables)) << damaged.err;
     }
     EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-    EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 1u);
+    EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 1u);
   }
 }
 
@@ -119,7 +119,7 @@ TEST(Damage, AFullDiskIsToldAndGotOver) {
     EXPECT_EQ(outcome.code, 4) << words[0];
     EXPECT_TRUE(outcome.complains("File too large")) << outcome.err;
     EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0) << words[0];
-    EXPECT_EQ(program.Ask({"broken", "demo"}).size(), 300u) << words[0];
+    EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 300u) << words[0];
     program.Page("index.html", page + page);
   }
 }

@@ -1,0 +1,239 @@
+// Where pages and sheets have their links: the files are read anew, and what they refer to is
+// matched with the links that are registered.
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "css/css_control.h"
+#include "css/css_decode.h"
+#include "css/css_references.h"
+#include "links/extractor.h"
+#include "links/link_type.h"
+#include "links/site_css_util.h"
+#include "manager/page_reader.h"
+#include "manager/record_access.h"
+#include "manager/site_mgr.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace zvrsit {
+
+namespace {
+
+// A registered link of the file that is looked through, and where its text has been found.
+struct WantedLink {
+  std::uint32_t type;
+  std::string_view alternative;
+  int count;
+  int offset;  // of its first occurrence in the file; -1 not known
+  std::vector<std::size_t> found;
+  std::vector<LinkPlace>* answer;
+};
+
+// Lines and columns of places in a text, asked for from front to back.
+class TextPlaces {
+ public:
+  explicit TextPlaces(std::string_view text) : text_(text) {}
+
+  LinkPlace Of(std::size_t offset) {
+    const std::array<bool, 256>& isLead = platform::LeadBytes();
+    while (seen_ < offset) {
+      const auto byte = static_cast<unsigned char>(text_[seen_]);
+      seen_ += isLead[byte] ? 2 : 1;
+      if (byte == '\n') {
+        ++place_.line;
+        place_.column = 1;
+      } else if (!isUtf8_ || (byte & 0xC0) != 0x80) {
+        ++place_.column;
+      }
+    }
+    return place_;
+  }
+
+ private:
+  const std::string_view text_;
+  const bool isUtf8_ = platform::CodePage() == platform::kUtf8;
+  std::size_t seen_ = 0;
+  LinkPlace place_{1, 1};
+};
+
+// The links of one file that are looked for.
+class WantedLinks {
+ public:
+  void Add(std::string_view text, WantedLink link) {
+    if (link.type == LT_SELF_ANCHOR) link.type = LT_ANCHOR;
+    links_[text].push_back(std::move(link));
+  }
+
+  // A reference of the file, at `offset` of the text that is being looked through.
+  void Meet(std::uint32_t type, std::string_view text, std::string_view alternative,
+            std::size_t offset) {
+    if (type == LT_APPLET) applets_.push_back(offset);
+    const auto same = links_.find(text);
+    if (same == links_.end()) return;
+    for (WantedLink& link : same->second) {
+      if (link.type == type && link.alternative == alternative) link.found.push_back(offset);
+    }
+  }
+
+  // Answers with the places in `text`, which begins at byte `start` of its file; -1 when it had to
+  // be converted.
+  void Answer(std::string_view text, std::int64_t start) {
+    std::vector<std::pair<std::size_t, WantedLink*>> all;
+    for (auto& [ignored, links] : links_) {
+      for (WantedLink& link : links) {
+        // What lies in the folder of an applet is referred to where the applet is.
+        if (link.type == LT_APPLET_FILE && applets_.size() == 1) link.found = applets_;
+        if (!IsAsRegistered(link, start)) continue;
+        for (const std::size_t offset : link.found) all.emplace_back(offset, &link);
+      }
+    }
+    std::sort(all.begin(), all.end());
+    TextPlaces places(text);
+    for (const auto& [offset, link] : all) link->answer->push_back(places.Of(offset));
+    for (auto& [ignored, links] : links_) {
+      for (WantedLink& link : links) link.found.clear();
+    }
+    applets_.clear();
+  }
+
+ private:
+  // Whether what was found is what was registered, as far as can be told.
+  static bool IsAsRegistered(WantedLink& link, std::int64_t start) {
+    if (link.found.size() < static_cast<std::size_t>(std::max(link.count, 1))) return false;
+    const auto isFirst = [&](std::size_t offset) {
+      return static_cast<std::int64_t>(offset) + start == link.offset;
+    };
+    const bool isKnown = start >= 0 && link.offset >= 0;
+    if (isKnown && std::none_of(link.found.begin(), link.found.end(), isFirst)) return false;
+    // By the classic rules the rest of a page may be lost.
+    std::sort(link.found.begin(), link.found.end());
+    link.found.resize(static_cast<std::size_t>(std::max(link.count, 1)));
+    return true;
+  }
+
+  std::unordered_map<std::string_view, std::vector<WantedLink>> links_;  // by text
+  std::vector<std::size_t> applets_;
+};
+
+std::uint32_t TypeOf(CssReferenceKind kind) {
+  switch (kind) {
+    case CssReferenceKind::kImport:
+      return LT_CSS_IMPORT;
+    case CssReferenceKind::kImage:
+      return LT_CSS_IMAGE;
+    case CssReferenceKind::kOther:
+      break;
+  }
+  return LT_CSS_OTHER;
+}
+
+// Looks through one file after another, under the rules of a site.
+class PlaceFinder {
+ public:
+  PlaceFinder(DOM& dom, CCSSControl& css, LinkRules rules)
+      : css_(css), rules_(rules), document_(dom.createDocument("HTML"), GiveBack{&dom}) {}
+
+  void LookThrough(const std::string& path, WantedLinks& wanted) {
+    const bool isSheet = ClassifyFileType(path) == FT_CSS;
+    if (isSheet) LookThroughSheet(path, wanted);
+    // The classic rules read a sheet as if it were a page too.
+    if (!isSheet || rules_ == LinkRules::Classic) LookThroughPage(path, isSheet, wanted);
+  }
+
+  // Whether the file is still the one of which the tables know.
+  static bool IsOf(const std::string& path, const SitePathRec& rec) {
+    platform::FileStat now;
+    return platform::Stat(path, now) == 0 && static_cast<std::int32_t>(now.size) == rec.size &&
+           now.modificationTime == rec.modificationTime;
+  }
+
+ private:
+  void LookThroughPage(const std::string& path, bool isSheet, WantedLinks& wanted) {
+    if (document_ == nullptr) return;
+    document_->clear();
+    if (!ReadPage(path, memo_, *document_)) return;
+    ExtractPage(*document_, rules_, rows_);
+    for (const LinkRow& row : rows_.links) {
+      wanted.Meet(row.type, row.target, row.alternative, row.offset);
+    }
+    for (const MetaRow& meta : rows_.metas) {
+      if (meta.key == MetaKey::kRefresh)
+        wanted.Meet(LT_META_REFRESH, meta.content, "", meta.offset);
+    }
+    if (!isSheet) MeetStyles(path, wanted);
+    wanted.Answer(document_->text(), memo_.textStart);
+  }
+
+  void MeetStyles(const std::string& path, WantedLinks& wanted) {
+    CCSSFileTree tree = css_.GetFileTree(path, document_.get());
+    for (const std::string* node = tree.getFirstChild(tree.getRoot()); node != nullptr;
+         node = tree.getNextSibling(node)) {
+      const std::string* const declared = tree.getDeclaredText(node);
+      wanted.Meet(StyleLinkType(tree.getType(node)), declared != nullptr ? *declared : *node, "",
+                  static_cast<std::size_t>(tree.getOffset(node)));
+    }
+  }
+
+  void LookThroughSheet(const std::string& path, WantedLinks& wanted) {
+    if (!memo_.pageFile.open(path, memo_.nearbyFiles)) return;
+    const std::string_view bytes(memo_.pageFile.top(), memo_.pageFile.size());
+    const std::string_view text = DecodeSheet(bytes, sheetText_);
+    const bool isInFile = text.data() != sheetText_.data();
+    references_.clear();
+    CollectCssReferences(text, CssSource::kSheet, references_);
+    for (const CssReference& reference : references_) {
+      wanted.Meet(TypeOf(reference.kind), reference.text, "",
+                  static_cast<std::size_t>(reference.offset));
+    }
+    wanted.Answer(text, isInFile ? text.data() - bytes.data() : -1);
+  }
+
+  CCSSControl& css_;
+  const LinkRules rules_;
+  OperationMemo memo_;
+  OwnedDocument document_;
+  PageRows rows_;
+  std::string sheetText_;
+  std::vector<CssReference> references_;
+};
+
+}  // namespace
+
+int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
+                            std::vector<std::vector<LinkPlace>>& places) {
+  places.assign(links.size(), {});
+  if (!HasFiles(linkDB) || !HasFiles(pathDB) || dom == nullptr || cssCtrl == nullptr) return -1;
+  std::vector<std::pair<int, std::size_t>> bySource;  // path number, index in `links`
+  std::vector<SiteLinkRec> recs(links.size());
+  for (std::size_t i = 0; i < links.size(); ++i) {
+    if (linkDB->Get(links[i], recs[i]) == 0) bySource.emplace_back(recs[i].from.id, i);
+  }
+  std::sort(bySource.begin(), bySource.end());
+  PlaceFinder finder(*dom, *cssCtrl, linkRules);
+  for (auto next = bySource.begin(); next != bySource.end();) {
+    const int source = next->first;
+    WantedLinks wanted;
+    const auto first = next;
+    for (; next != bySource.end() && next->first == source; ++next) {
+      const SiteLinkRec& rec = recs[next->second];
+      wanted.Add(linkDB->TextView(rec.text), {static_cast<std::uint32_t>(rec.type),
+                                              linkDB->TextView(rec.alternative),
+                                              rec.count,
+                                              rec.offset,
+                                              {},
+                                              &places[next->second]});
+    }
+    SitePathRec page;
+    std::string path;
+    if (pathDB->Get(source, page) < 0 || pathDB->Text(page.name, path) < 0) continue;
+    finder.LookThrough(path, wanted);
+    // Asked last: a file that was changed while it was read is another one too.
+    if (PlaceFinder::IsOf(path, page)) continue;
+    for (auto known = first; known != next; ++known) places[known->second].clear();
+  }
+  return 0;
+}
+
+}  // namespace zvrsit
