@@ -6,6 +6,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/freshness.h"
 #include "cli/link_report.h"
 #include "cli/native_name.h"
 #include "cli/rebuild.h"
@@ -53,6 +54,7 @@ struct Findings {
   int code = kClean;  // of the rebuild
   SiteTotals totals;
   std::vector<BrokenLink> broken;
+  Json unread;
 };
 
 // The database is gone before anything is printed, so that an early end of whoever reads the
@@ -70,6 +72,9 @@ Findings Examine(const Options& options, const GivenSite& site) {
   folder.Remove();  // an interrupt is not caught from here on
   findings.totals = CountSite(session);
   findings.broken = BrokenLinks(session);
+  const SiteChanges changes = CompareSite(session);
+  findings.unread = ChangesAsJson(session, changes)["unread"];
+  TellUnread(session, changes);
   session.Discard();
   return findings;
 }
@@ -77,7 +82,9 @@ Findings Examine(const Options& options, const GivenSite& site) {
 int RunCheck(const Options& options, const GivenSite& site, bool all) {
   const Findings findings = Examine(options, site);
   if (options.json) {
-    PrintBrokenAsJson(TotalsAsJson(findings.totals), findings.broken);
+    Json head = TotalsAsJson(findings.totals);
+    head["unread"] = findings.unread;
+    PrintBrokenAsJson(head, findings.broken);
   } else {
     PrintTotals(findings.totals);
     PrintBroken(findings.broken, all);

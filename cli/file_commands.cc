@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/freshness.h"
 #include "cli/output.h"
 #include "util/file_type.h"
 
@@ -66,6 +67,7 @@ int RunQuery(const Options& options, const std::string& site, Query query) {
     throw Failure(kDatabase, "the tables of \"" + site + "\" cannot be read");
   }
   session.LetGo();
+  TellChanges(session, CompareSite(session), site);
   JsonRows rows;
   for (const SiteRecCell& cell : *cells) {
     const std::string name =

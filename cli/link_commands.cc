@@ -2,6 +2,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/freshness.h"
 #include "cli/link_report.h"
 
 namespace zvrsit::cli {
@@ -22,6 +23,7 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   session.OpenToAsk(query.site);
   const auto numbers = Numbers(session, query);
   session.LetGo();
+  TellChanges(session, CompareSite(session), query.site);
   JsonRows rows;
   ForEachLink(session, *numbers, [&](int, const ShownLink& link) {
     if (options.json) {
@@ -39,8 +41,10 @@ int RunBroken(const Options& options, const LinkQuery& query, bool all) {
   session.OpenToAsk(query.site);
   const std::vector<BrokenLink> broken = BrokenLinks(session);
   session.LetGo();
+  const SiteChanges changes = CompareSite(session);
+  TellChanges(session, changes, query.site);
   if (options.json) {
-    PrintBrokenAsJson(Json::object(), broken);
+    PrintBrokenAsJson(ChangesAsJson(session, changes), broken);
   } else {
     PrintBroken(broken, all);
   }

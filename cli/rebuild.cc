@@ -19,32 +19,26 @@ void NameSkipped(Session& session) {
   }
 }
 
-// Keeps a rebuild out of the program's own database, where that lies in the site.
-class DatabaseLeftOut {
- public:
-  DatabaseLeftOut(Session& session, const std::string& database) : manager_(session.manager()) {
-    std::error_code error;
-    folder_ = fs::canonical(PathOf(database.empty() ? session.database() : database), error);
-    if (!error) manager_.SetIgnoreHook(&IsDatabase, this);
-  }
-  ~DatabaseLeftOut() { manager_.SetIgnoreHook(nullptr, nullptr); }
-  DatabaseLeftOut(const DatabaseLeftOut&) = delete;
-  DatabaseLeftOut& operator=(const DatabaseLeftOut&) = delete;
-
- private:
-  static bool IsDatabase(const std::string& path, void* context) {
-    if (path.back() != '\\') return false;
-    const fs::path& database = static_cast<const DatabaseLeftOut*>(context)->folder_;
-    const fs::path folder = PathOf(NativePath(path)).parent_path();
-    std::error_code error;
-    return folder.filename() == database.filename() && fs::equivalent(folder, database, error);
-  }
-
-  SiteMgr& manager_;
-  fs::path folder_;
-};
-
 }  // namespace
+
+DatabaseLeftOut::DatabaseLeftOut(Session& session, const std::string& database)
+    : manager_(session.manager()) {
+  std::error_code error;
+  folder_ = fs::canonical(PathOf(database.empty() ? session.database() : database), error);
+  if (!error) manager_.SetIgnoreHook(&IsDatabase, this);
+}
+
+DatabaseLeftOut::~DatabaseLeftOut() {
+  manager_.SetIgnoreHook(nullptr, nullptr);
+}
+
+bool DatabaseLeftOut::IsDatabase(const std::string& path, void* context) {
+  if (path.back() != '\\') return false;
+  const fs::path& database = static_cast<const DatabaseLeftOut*>(context)->folder_;
+  const fs::path folder = PathOf(NativePath(path)).parent_path();
+  std::error_code error;
+  return folder.filename() == database.filename() && fs::equivalent(folder, database, error);
+}
 
 int RebuildSite(Session& session, bool complete, const std::string& database) {
   SiteMgr& manager = session.manager();

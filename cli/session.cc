@@ -282,10 +282,13 @@ void Session::FailToWrite() {
 }
 
 std::string Session::Shown(const std::string& path) const {
-  if (path.size() > siteFolder_.size() && IsInSite(path)) {
-    return NativePath(path).substr(nativeSiteFolder_.size());
-  }
-  return NativePath(path);
+  return ShownNative(NativePath(path));
+}
+
+std::string Session::ShownNative(const std::string& native) const {
+  const bool isBelow =
+      native.size() > nativeSiteFolder_.size() && native.starts_with(nativeSiteFolder_);
+  return isBelow ? native.substr(nativeSiteFolder_.size()) : native;
 }
 
 std::string Session::ShownEntry(const UrlID& id) {

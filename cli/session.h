@@ -69,6 +69,8 @@ class Session {
 
   // How a `\` path is shown: the native path, relative to the site folder when it lies below it.
   std::string Shown(const std::string& path) const;
+  // The same of a native path.
+  std::string ShownNative(const std::string& native) const;
   // The name of an entry, shown: a path as above, a URL as it stands.
   std::string ShownEntry(const UrlID& id);
   // Whether a `\` path lies below the folder of the open site.

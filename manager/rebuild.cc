@@ -2,11 +2,14 @@
 #include "manager/rebuild.h"
 
 #include <initializer_list>
+#include <set>
 
+#include "manager/base/operation_memo.h"
 #include "manager/family_marks.h"
 #include "manager/record_access.h"
 #include "platform/file.h"
 #include "util/file_type.h"
+#include "util/mb_string.h"
 
 namespace zvrsit {
 
@@ -15,6 +18,9 @@ namespace {
 // States of a site profile.
 constexpr int kRebuildFailed = 1;
 constexpr int kRebuilt = 2;
+
+// A file is read under so many of the names that the walk does not come to.
+constexpr int kMostNames = 8;
 
 // Gives back the texts of a page that are collected anew. A damaged list of anchors, which cannot
 // be given back, is forgotten, so that a rebuild mends it.
@@ -117,6 +123,7 @@ int SiteMgr::Rebuild::ResetPaths() {
     rec.membership &= ~kDerivedMarks;
     if (rec.exists != 0 && HoldsLinks(rec)) ReleaseCollected(paths, rec);
     rec.exists = 0;
+    rec.unread = SitePathRec::kRead;
     if (paths.Update(rec) < 0) return -1;
   }
   return 0;
@@ -145,7 +152,6 @@ int SiteMgr::Rebuild::RefreshPaths() {
   return 0;
 }
 
-// Entries that the pass itself adds are not read: their turn comes when the walk finds them.
 int SiteMgr::Rebuild::CollectLinks() {
   manager_.linkDB->strings()->MakeStringIndex();
   manager_.pathDB->strings()->MakeStringIndex();
@@ -153,24 +159,77 @@ int SiteMgr::Rebuild::CollectLinks() {
   for (int number = 0; number < count; ++number) {
     if (progress_.Cancelled()) return -1;
     progress_.BeginRecord(number, count);
-    CollectLinksOf(number);
+    CollectLinksOf(number, false);
   }
+  return CollectFound(count);
+}
+
+// Files that are there, though the walk has not come to them: below folders that are links, or for
+// their names. By the web rules the pages and sheets among them are read, with what they lead to in
+// turn. By the classic rules those that the pass itself adds are read by the next rebuild; `count`
+// entries were there before it.
+int SiteMgr::Rebuild::CollectFound(int count) {
+  const OperationMemo& memo = *manager_.operationMemo;
+  for (std::size_t next = 0; next < memo.foundFiles.size(); ++next) {  // grows meanwhile
+    if (progress_.Cancelled()) return -1;
+    const int number = memo.foundFiles[next];
+    std::string path;
+    SitePathRec rec;
+    if (memo.registeredSheets.contains(number) || manager_.pathDB->Get(number, rec) < 0) continue;
+    if (rec.exists == 0 || !HoldsLinks(rec) || manager_.pathDB->Text(rec.name, path) < 0) continue;
+    if (manager_.linkRules == LinkRules::Classic ? number >= count : !IsToBeReadAs(path)) {
+      Skip(number, path);
+    } else if (manager_.linkRules == LinkRules::Web) {
+      CollectLinksOf(number, true);
+    }
+  }
+  progress_.ShowFile("");
   return 0;
 }
 
+// Folders that are links may lead round in circles, and to one file in very many ways.
+bool SiteMgr::Rebuild::IsToBeReadAs(const std::string& path) {
+  platform::FileStat found;
+  if (platform::Stat(path, found) < 0) return false;
+  if (found.file != 0 && ++names_[{found.device, found.file}] > kMostNames) return false;
+  const std::string folder = path.substr(0, FindLastBackslashMB(path) + 1);
+  const auto [known, isNew] = circles_.try_emplace(folder, false);
+  if (isNew) known->second = GoesInCircles(folder);
+  return !known->second;
+}
+
+// Whether a folder of the site is reached through one that is the same real folder as another of
+// them.
+bool SiteMgr::Rebuild::GoesInCircles(const std::string& folder) const {
+  std::set<std::pair<std::uint64_t, std::uint64_t>> passed;
+  for (std::string name = folder; name.size() >= siteDir_.size();) {
+    platform::FileStat found;
+    if (platform::Stat(name, found) < 0) return false;
+    if (found.file != 0 && !passed.insert({found.device, found.file}).second) return true;
+    name.pop_back();
+    name.resize(FindLastBackslashMB(name) + 1);  // npos + 1 is 0
+  }
+  return false;
+}
+
+void SiteMgr::Rebuild::Skip(int number, const std::string& path) {
+  manager_.SetUnread(number, true);
+  manager_.skippedByRebuild_.push_back(path);
+}
+
 // A page that cannot be traversed is noted, and the rest goes on.
-void SiteMgr::Rebuild::CollectLinksOf(int number) {
+void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
   SitePathRec rec;
   std::string path;
   if (manager_.pathDB->Get(number, rec) < 0 || manager_.pathDB->Text(rec.name, path) < 0) return;
-  if (!IsToBeRead(number, rec)) {
+  if (!isFound && !IsToBeRead(number, rec)) {
     progress_.ShowFile("");
     return;
   }
   progress_.ShowFile(path);
   bool unread = false;
   const int result = manager_.Traverse(siteDir_, path, nullptr, unread);
-  if (result < 0 || (unread && rec.exists != 0)) manager_.skippedByRebuild_.push_back(path);
+  if (result < 0 || (unread && rec.exists != 0)) Skip(number, path);
 }
 
 // The classic rules read every known page and sheet; by the web rules one that the walk has not

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,8 +14,6 @@ namespace zvrsit {
 
 namespace platform {
 struct FileStat;
-struct FindData;
-struct FindState;
 }  // namespace platform
 class SitePathRec;
 
@@ -31,11 +29,6 @@ class SiteMgr::Rebuild {
   int Run();
 
  private:
-  struct Folder {
-    std::string name;
-    int number;
-  };
-
   bool CanRun();
   int RunSteps();
 
@@ -44,19 +37,19 @@ class SiteMgr::Rebuild {
   int ResetPaths();
   int RefreshPaths();
   int CollectLinks();
-  void CollectLinksOf(int number);
+  void CollectLinksOf(int number, bool isFound);
+  int CollectFound(int count);
+  bool IsToBeReadAs(const std::string& path);
+  bool GoesInCircles(const std::string& folder) const;
+  void Skip(int number, const std::string& path);
   bool IsToBeRead(int number, const SitePathRec& rec) const;
   int DropVanished();
   int MarkFamily();
 
   // rebuild_walk.cc
   int WalkFolders();
-  int WalkFolder(const Folder& folder);
-  int Visit(const Folder& folder, platform::FindState* search, const platform::FindData& entry);
-  int RegisterFile(const Folder& folder, const std::string& path, const platform::FileStat& found);
-  int RegisterFolder(const Folder& folder, const std::string& name,
-                     const platform::FileStat& found);
-  bool IsIgnored(const std::string& path) const;
+  int RegisterFile(int folder, const std::string& path, const platform::FileStat& found);
+  int RegisterFolder(int parent, const std::string& name);
   void SetWalked(int number);
   bool HasWalked(int number) const;
 
@@ -65,10 +58,12 @@ class SiteMgr::Rebuild {
   RebuildProgress progress_;
   std::string siteDir_;
 
-  std::vector<Folder> workList_;
-  std::set<std::pair<std::uint64_t, std::uint64_t>> entered_;  // real folders
   std::vector<bool> walked_;   // by path number: the walk has seen the file
   std::vector<int> vanished_;  // path numbers
+  // Of files that the walk does not come to: under how many names a real one was met, and which
+  // folders are reached in circles.
+  std::map<std::pair<std::uint64_t, std::uint64_t>, int> names_;
+  std::map<std::string, bool> circles_;
 };
 
 }  // namespace zvrsit

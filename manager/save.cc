@@ -141,8 +141,35 @@ int SiteMgr::RegisterAnew(int number, const std::string& path, const std::string
 }
 
 int SiteMgr::TraverseLinks(const std::string& siteDir, const std::string& path, Document* doc) {
+  const Operation operation(*this);
   bool unread = false;
-  return Traverse(siteDir, path, doc, unread);
+  const int result = Traverse(siteDir, path, doc, unread);
+  const int number = pathDB != nullptr ? pathDB->Find(path) : -1;
+  SetUnread(number, result < 0 || unread);
+  MarkFound(number);
+  return result;
+}
+
+// Notes whether the links of a file that is there are unknown, or not all known.
+void SiteMgr::SetUnread(int pathNumber, bool unread) {
+  SitePathRec rec;
+  if (pathDB == nullptr || pathNumber < 0 || pathDB->Get(pathNumber, rec) < 0) return;
+  const bool isPage = rec.exists != 0 && HoldsLinks(rec);
+  const std::int32_t word = unread && isPage ? SitePathRec::kUnread : SitePathRec::kRead;
+  if (rec.unread == word) return;
+  rec.unread = word;
+  pathDB->Update(rec);
+}
+
+// Notes, under the web rules, what the page number `saved` is the first to link to: nobody has had
+// it read.
+void SiteMgr::MarkFound(int saved) {
+  std::vector<std::int32_t>& found = operationMemo->foundFiles;
+  for (const int number : found) {
+    const bool isRead = number == saved || operationMemo->registeredSheets.contains(number);
+    if (linkRules == LinkRules::Web && !isRead) SetUnread(number, true);
+  }
+  found.clear();
 }
 
 // Sets `unread` when the file had to be read and could not be.

@@ -10,6 +10,7 @@
 
 #include "manager/base/site_mgr_base.h"
 #include "manager/profiles.h"
+#include "manager/site_changes.h"
 #include "manager/site_link.h"
 #include "manager/site_totals.h"
 #include "util/site_rec_cell.h"
@@ -127,6 +128,11 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // The pages that the last rebuild could not read or collect links from, and the folders (which
   // end in `\`) that it could not list, in the order met.
   const std::vector<std::string>& SkippedByRebuild() const { return skippedByRebuild_; }
+
+  // Compares the tables of the open site with the disk, where files are looked up as in a rebuild
+  // but not read: a file that was written anew with its old size and time is not noticed.
+  // (disk_comparison.cc) 0, or -1 without a site.
+  int CompareWithDisk(SiteChanges& changes);
 
   // Removes dead records and texts from the files of the open site; numbers do not change. Without
   // `all` only tables are packed that have a file of which more than a quarter is dead. Every table
@@ -429,6 +435,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   ZVRSIT_LOCAL int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
   ZVRSIT_LOCAL int Traverse(const std::string& siteDir, const std::string& path, Document* doc,
                             bool& unread);
+  ZVRSIT_LOCAL void SetUnread(int pathNumber, bool unread);
+  ZVRSIT_LOCAL void MarkFound(int saved);
   ZVRSIT_LOCAL int CollectPageLinks(const std::string& siteDir, const std::string& path,
                                     Document* doc);
 

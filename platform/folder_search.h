@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zvrsit::platform {
 
@@ -26,6 +27,10 @@ bool FindNext(FindHandle handle, FindData& found);
 // Stat (platform/file.h) of an entry that the search has found. Cheaper than by its path where the
 // system can take the entry's name in the folder that is being searched.
 int StatFound(FindHandle handle, const FindData& found, FileStat& result);
+// The names of the folder that is being searched in full which no `\` path can name: those that
+// hold a
+// `\`, on POSIX. They are no answers of the search, but StatFound takes them.
+const std::vector<std::string>& FindUnnamed(FindHandle handle);
 // Ends a search; a null handle is allowed.
 void FindClose(FindHandle handle);
 

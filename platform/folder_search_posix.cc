@@ -33,6 +33,7 @@ struct FindState {
   };
   std::string names;        // those of the folder, one behind the other
   std::vector<Name> order;  // of the answers
+  std::vector<std::string> unnamed;
   std::size_t next = 0;
 
   std::string_view textOf(const Name& name) const {
@@ -73,7 +74,10 @@ FindHandle ListFolder(const std::string& folderPath) {
   state->folder = OpenFolder(native.empty() ? "." : native);
   if (!state->folder) return nullptr;
   const auto add = [&state](std::string_view name) {
-    if (!CanBeNamed(name)) return;
+    if (!CanBeNamed(name)) {
+      state->unnamed.emplace_back(name);
+      return;
+    }
     state->order.push_back({state->names.size(), name.size()});
     state->names.append(name);
   };
@@ -81,6 +85,7 @@ FindHandle ListFolder(const std::string& folderPath) {
   using Name = FindState::Name;
   std::sort(state->order.begin(), state->order.end(),
             [&state](const Name& a, const Name& b) { return state->textOf(a) < state->textOf(b); });
+  std::sort(state->unnamed.begin(), state->unnamed.end());
   return state.release();
 }
 
@@ -160,6 +165,10 @@ int StatFound(FindHandle handle, const FindData& found, FileStat& result) {
   const bool hasPath = handle->nativeLength + found.name.size() < PATH_MAX;
   if (!handle->folder || !hasPath) return Stat(handle->path + found.name, result);
   return StatIn(::dirfd(handle->folder.get()), found.name.c_str(), result);
+}
+
+const std::vector<std::string>& FindUnnamed(FindHandle handle) {
+  return handle->unnamed;
 }
 
 void FindClose(FindHandle handle) {

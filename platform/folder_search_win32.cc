@@ -46,6 +46,12 @@ int StatFound(FindHandle handle, const FindData& found, FileStat& result) {
   return Stat(handle->folder + found.name, result);
 }
 
+// A `\` separates folders there, and is in no name.
+const std::vector<std::string>& FindUnnamed(FindHandle) {
+  static const std::vector<std::string> kNone;
+  return kNone;
+}
+
 void FindClose(FindHandle handle) {
   if (!handle) return;
   ::FindClose(handle->search);

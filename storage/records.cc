@@ -61,7 +61,7 @@ void ForEachOwnWord(auto& record, const SitePathRec*, Word word) {
   word(record.description);
   word(record.contentType);
   word(record.metaText);
-  word(record.spare);
+  word(record.unread);
 }
 
 template <class Word>

@@ -14,7 +14,7 @@
 //                20 size         24 creationTime        28 modificationTime 32 accessTime
 //                36 membership   40 listCount           44 listData         48 lastModified
 //                52 expires      56 generator           60 keywords         64 description
-//                68 contentType  72 metaText            76 spare
+//                68 contentType  72 metaText            76 unread
 //   SiteSiteRec   0 as node       8 rebuildState        12 topFile          16 useDocRoot
 //                20 defaultUrl   24 linkRules           28 servProf         32 folders (ten)
 //                72 urlFile      76 pathFile            80 linkFile         84 folderFile
@@ -135,7 +135,9 @@ class SitePathRec : public SiteNodeRec {
   std::int32_t description = -1;
   std::int32_t contentType = -1;
   std::int32_t metaText = -1;  // the text that is stored once after all META elements
-  std::int32_t spare = -1;
+  static constexpr std::int32_t kRead = -1;
+  static constexpr std::int32_t kUnread = 1;
+  std::int32_t unread = kRead;  // kUnread: a page or sheet whose links are not, or not all, known
 };
 
 // A site profile.

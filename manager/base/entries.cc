@@ -118,6 +118,9 @@ int SiteMgrBase::FillFromDisk(const std::string& path, const std::string& siteDi
     if (operationMemo != nullptr) operationMemo->missingPaths.insert(rec.id);
   } else {
     StoreFileFacts(path, siteDir, found, rec);
+    if (seen == nullptr && rec.exists != 0 && operationMemo != nullptr) {
+      operationMemo->foundFiles.push_back(rec.id);
+    }
     if (RelateToFolder(path, rec.id) < 0) return -1;
   }
   rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));

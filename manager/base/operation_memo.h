@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <unordered_set>
+#include <vector>
 
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
@@ -21,6 +22,9 @@ struct LinkMemo;  // links/link_memo.h
 struct OperationMemo {
   // Numbers of paths that are no regular file on disk: the disk is not asked about them again.
   std::unordered_set<std::int32_t> missingPaths;
+
+  // Numbers of the files that were found to be there when something was seen to link to them.
+  std::vector<std::int32_t> foundFiles;
 
   // What the link extraction has resolved and registered; made by it when it first needs it.
   std::shared_ptr<LinkMemo> links;

@@ -189,7 +189,7 @@ TEST(Commands, LinksToTheLiveAddress) {
   const Words change{"site", "set", "demo", "--live-url", "https://example.org/docs"};
   EXPECT_EQ(program.Ask(change)["state"], "to be rebuilt");
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  const Json broken = program.Ask({"broken", "demo"});
+  const Json broken = program.Ask({"broken", "demo"})["broken"];
   ASSERT_EQ(broken.size(), 2u) << broken;
   EXPECT_EQ(broken[0]["to"], "none.html");
   EXPECT_EQ(broken[1]["to"], "none.png");

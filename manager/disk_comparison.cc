@@ -1,0 +1,101 @@
+// The tables of the open site beside its files on disk.
+#include <utility>
+
+#include "manager/record_access.h"
+#include "manager/site_mgr.h"
+#include "manager/site_walk.h"
+#include "platform/file.h"
+#include "platform/native_path.h"
+
+namespace zvrsit {
+
+namespace {
+
+bool IsAsRecorded(const SitePathRec& rec, const platform::FileStat& found) {
+  return static_cast<std::int32_t>(found.size) == rec.size &&
+         found.modificationTime == rec.modificationTime;
+}
+
+// One comparison.
+class Comparison {
+ public:
+  Comparison(const SitePathDB& paths, SiteChanges& changes)
+      : paths_(paths), changes_(changes), met_(static_cast<std::size_t>(paths.Count())) {}
+
+  SiteWalk::Steps Steps() {
+    SiteWalk::Steps steps;
+    steps.file = [this](int, const std::string& path, const platform::FileStat& found) {
+      MeetFile(path, found);
+      return 0;
+    };
+    steps.folder = [](int, const std::string&) { return 0; };
+    steps.nextFolder = [] { return 0; };
+    steps.unlisted = [this](const std::string& name) { changes_.unlisted.push_back(name); };
+    steps.leftOut = [this](const std::string& native) {
+      if (!IsKnown(native)) changes_.leftOut.push_back(native);
+    };
+    return steps;
+  }
+
+  // The files that the walk does not come to.
+  void MeetOthers() {
+    for (int number = paths_.NextNumber(0); number >= 0; number = paths_.NextNumber(number + 1)) {
+      SitePathRec rec;
+      std::string path;
+      if (met_[static_cast<std::size_t>(number)] || paths_.Get(number, rec) < 0) continue;
+      if (rec.exists == 0 || paths_.Text(rec.name, path) < 0) continue;
+      platform::FileStat found;
+      if (platform::Stat(path, found) == 0 && found.isRegular()) {
+        Compare(path, rec, found);
+      } else {
+        changes_.gone.push_back(std::move(path));
+      }
+    }
+  }
+
+ private:
+  void MeetFile(const std::string& path, const platform::FileStat& found) {
+    const int number = paths_.Find(path);
+    SitePathRec rec;
+    if (number >= 0) met_[static_cast<std::size_t>(number)] = true;
+    if (number < 0 || paths_.Get(number, rec) < 0 || rec.exists == 0) {
+      changes_.added.push_back(path);
+    } else {
+      Compare(path, rec, found);
+    }
+  }
+
+  void Compare(const std::string& path, const SitePathRec& rec, const platform::FileStat& found) {
+    if (!HoldsLinks(rec)) return;
+    if (!IsAsRecorded(rec, found)) {
+      changes_.changed.push_back(path);
+    } else if (rec.unread != SitePathRec::kRead) {
+      changes_.unread.push_back(path);
+    }
+  }
+
+  // Whether a page that the walk leaves out is one of the site all the same.
+  bool IsKnown(const std::string& native) const {
+    std::string path;
+    SitePathRec rec;
+    return platform::FromNativePath(native, path) && paths_.Get(paths_.Find(path), rec) == 0 &&
+           rec.exists != 0;
+  }
+
+  const SitePathDB& paths_;
+  SiteChanges& changes_;
+  std::vector<bool> met_;  // by path number
+};
+
+}  // namespace
+
+int SiteMgr::CompareWithDisk(SiteChanges& changes) {
+  changes = {};
+  if (siteFolder == nullptr || !HasFiles(pathDB)) return -1;
+  Comparison comparison(*pathDB, changes);
+  SiteWalk(comparison.Steps(), ignoreHook_, ignoreContext_).Run(*siteFolder, 0);
+  comparison.MeetOthers();
+  return 0;
+}
+
+}  // namespace zvrsit

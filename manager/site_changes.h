@@ -1,0 +1,23 @@
+// How the files of a site differ from what its tables know of them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zvrsit {
+
+// Paths are `\` paths, those of folders end in `\`.
+struct SiteChanges {
+  std::vector<std::string> changed;  // pages and sheets of another size or time of modification
+  std::vector<std::string> gone;     // files of the site that are no longer there
+  std::vector<std::string> added;    // files of the site that are not known, or known as missing
+
+  // What the tables do not know the links of, though it has not changed since:
+  std::vector<std::string> unread;  // pages and sheets that could not be read, or not to their end
+  std::vector<std::string> unlisted;  // folders that cannot be read
+  // Native paths: pages, sheets and folders that are left out for a "#" or a `\` in their names. Of
+  // those with a "#" the pages that something links to are read under the web rules.
+  std::vector<std::string> leftOut;
+};
+
+}  // namespace zvrsit
