@@ -44,6 +44,12 @@ class Entries {
   std::unordered_map<int, bool> onDisk_;
 };
 
+std::string NoteOf(const SiteLink& link) {
+  return link.unservable ? "  no server has such a name"
+         : link.outside  ? "  outside of the site"
+                         : "";
+}
+
 bool IsBefore(const LinkPlace& a, const LinkPlace& b) {
   return std::tie(a.line, a.column) < std::tie(b.line, b.column);
 }
@@ -64,6 +70,7 @@ long CountPlaces(const std::vector<BrokenLink>& links) {
 Json BrokenAsJson(const BrokenLink& shown) {
   Json row = LinkAsJson(shown);
   row["outside"] = shown.link.outside;
+  row["unservable"] = shown.link.unservable;
   const bool isKnown = !shown.places.empty();
   row["line"] = isKnown ? Json(shown.places.front().line) : Json();
   row["column"] = isKnown ? Json(shown.places.front().column) : Json();
@@ -88,7 +95,7 @@ void PrintLine(const BrokenLine& line) {
   Print("{:>9}: {} -> {}  {}", place, LineText(shown.link.text), LineText(shown.to),
         LinkTypeName(shown.link.type));
   if (line.count > 1) Print(" x{}", line.count);
-  Print("{}\n", shown.link.outside ? "  outside of the site" : "");
+  Print("{}\n", NoteOf(shown.link));
 }
 
 }  // namespace
@@ -135,9 +142,7 @@ Json LinkAsJson(const ShownLink& shown) {
 void PrintLink(const ShownLink& shown) {
   Print("{} -> {}  {}", LineText(shown.from), LineText(shown.to), LinkTypeName(shown.link.type));
   if (shown.link.count > 1) Print(" x{}", shown.link.count);
-  if (shown.link.outside) Print("  outside of the site");
-  if (!shown.link.exists) Print("  missing");
-  Print("\n");
+  Print("{}{}\n", NoteOf(shown.link), shown.link.exists ? "" : "  missing");
 }
 
 void PrintBroken(const std::vector<BrokenLink>& links, bool all) {

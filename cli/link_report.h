@@ -35,8 +35,8 @@ void PrintLink(const ShownLink& link);
 // `all`, for each place.
 void PrintBroken(const std::vector<BrokenLink>& links, bool all);
 // One object: the fields of `head`, then broken_links and broken_places, which count them, and
-// broken, an array with an object for each link: that of LinkAsJson, outside, line and column of
-// its first place, null where they are not known, and places, an array of all.
+// broken, an array with an object for each link: that of LinkAsJson, outside, unservable, line and
+// column of its first place, null where they are not known, and places, an array of all.
 void PrintBrokenAsJson(const Json& head, const std::vector<BrokenLink>& links);
 // "no broken links", "2 broken links", "2 broken links in 5 places".
 std::string CountedBroken(const std::vector<BrokenLink>& links);

@@ -23,6 +23,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   manager/base/site_mgr_base.h
   manager/family_marks.h
   manager/profiles.h
+  manager/site_changes.h
   manager/site_link.h
   manager/site_mgr.h
   manager/site_totals.h

@@ -337,7 +337,7 @@ bool CCSSControl::AddNode(std::string_view declared, int offset, int type,
   if (declared.empty()) return false;
   CssNode& node = nodes.emplace_back();
   const TargetKind kind = resolver_->Resolve(declared, node);
-  if (node.empty() || (kind != TargetKind::kLocal && kind != TargetKind::kExternal)) {
+  if (node.empty() || kind == TargetKind::kNone || kind == TargetKind::kUnresolvable) {
     nodes.pop_back();
     return false;
   }

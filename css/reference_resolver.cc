@@ -49,7 +49,7 @@ TargetKind ReferenceResolver::Resolve(std::string_view reference, std::string& o
     recent_.Put(reference, {kind, out});
     return kind;
   }
-  if (known->kind == TargetKind::kLocal || known->kind == TargetKind::kExternal) {
+  if (known->kind != TargetKind::kNone && known->kind != TargetKind::kUnresolvable) {
     out = known->text;
   }
   return known->kind;

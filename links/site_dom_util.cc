@@ -345,6 +345,8 @@ SiteDOMUtil::Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID&
   switch (memo_->resolver.Resolve(target, path)) {
     case TargetKind::kExternal:
       return RegisterUrl(path, place);
+    case TargetKind::kUnservable:
+      return RegisterPath(path, place);
     case TargetKind::kLocal:
       if (path.empty()) return Outcome::kSkipped;
       place = UrlID(kKindPath, pathTable->Find(path));

@@ -275,7 +275,7 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
       (IsSlash(path.front()) || (traits & kPercent) != 0 || path.find("..") != kNpos)) {
     return ResolveJoined(folderUrl_, target, out);
   }
-  return ResolveWebPath(path, traits, out);
+  return ResolveNames(path, traits, out);
 }
 
 // Behind the scheme of the base, in URLs of the web, a reference goes on like a relative one. Where
@@ -303,10 +303,28 @@ TargetKind TargetResolver::ResolveUrl(std::string_view url, std::string& out) {
     std::string fromRoot = "/";
     AppendFolders(std::string_view(liveFolder_).substr(siteRoot_.size()), fromRoot);
     fromRoot.append(path, 1);
-    return ResolveWebPath(fromRoot, TraitsOf(fromRoot), out);
+    return ResolveNames(fromRoot, TraitsOf(fromRoot), out);
   }
   out = url;
   return TargetKind::kExternal;
+}
+
+// What no file can be called is given as it is written, as a path that no file has.
+TargetKind TargetResolver::ResolveNames(std::string_view path, unsigned traits, std::string& out) {
+  const TargetKind kind = ResolveWebPath(path, traits, out);
+  if (kind != TargetKind::kUnresolvable || EndsInHalfCharacter(path)) return kind;
+  const std::string folder = baseFile_.substr(0, FindLastBackslashMB(baseFile_) + 1);
+  const bool isBelow = folder.starts_with(siteRoot_);
+  const std::string& top = isBelow || IsSlash(path.front()) ? siteRoot_ : folder;
+  constexpr std::string_view kServer = "http://site";
+  std::string base = std::string(kServer) + "/";
+  if (isBelow) AppendFolders(std::string_view(folder).substr(siteRoot_.size()), base);
+  std::string url;
+  if (top.empty() || !JoinToUrl(base, path, url)) return kind;
+  ReplaceCharMB(url, '/', '\\');
+  if (url.back() != '\\') url.push_back('\\');
+  out = top.substr(0, top.size() - 1).append(url, kServer.size());
+  return TargetKind::kUnservable;
 }
 
 // `traits` are those of the target that the path is of. While it goes on, path_ is the folder that

@@ -14,10 +14,12 @@
 namespace zvrsit {
 
 enum class TargetKind : std::uint8_t {
-  kLocal,         // a path; a folder's ends in "\"
-  kExternal,      // a URL
-  kNone,          // nothing to record: data:, javascript:, about:, blob: (Web only)
-  kUnresolvable,  // local, but no file can bear that name
+  kLocal,       // a path; a folder's ends in "\"
+  kExternal,    // a URL
+  kNone,        // nothing to record: data:, javascript:, about:, blob: (Web only)
+  kUnservable,  // a path that ends in "\": local, but no server has a file of that name, which
+                // holds %2F, %5C or %00 (Web only)
+  kUnresolvable,  // names nothing at all
 };
 
 // Whether all pages of one base mean the same by a target. Others may stand for the page itself.
@@ -40,9 +42,9 @@ class TargetResolver {
   // Classic, and for a value that names no place (data:, javascript:, unresolvable).
   void SetBase(std::string_view baseHref);
 
-  // For kLocal and kExternal writes the path or URL to `out`; else leaves `out` alone. A URL is
-  // the target as written (under Web without surrounding white space, tabs and line ends), joined
-  // to an external base when there is one.
+  // For kLocal, kUnservable and kExternal writes the path or URL to `out`; else leaves `out` alone.
+  // A URL is the target as written (under Web without surrounding white space, tabs and line ends),
+  // joined to an external base when there is one.
   TargetKind Resolve(std::string_view target, std::string& out);
 
   LinkRules rules() const { return rules_; }
@@ -54,6 +56,7 @@ class TargetResolver {
   TargetKind ResolveWeb(std::string_view target, std::string& out);
   TargetKind ResolveUrl(std::string_view url, std::string& out);
   TargetKind ResolveJoined(const std::string& base, std::string_view target, std::string& out);
+  TargetKind ResolveNames(std::string_view path, unsigned traits, std::string& out);
   TargetKind ResolveWebPath(std::string_view path, unsigned traits, std::string& out);
   bool IsSchemeOfBase(std::string_view scheme) const;
   void EnterFolder(bool isNamed);

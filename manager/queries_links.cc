@@ -27,6 +27,15 @@ std::vector<bool> FindMissing(const SitePathDB& paths) {
   return missing;
 }
 
+// Whether a path stands for a name that no file can have; that of a file never ends in a separator.
+bool IsUnservable(std::string_view path) {
+  if (!path.ends_with('\\')) return false;
+  for (const std::string_view code : {"%2F", "%2f", "%5C", "%5c", "%00"}) {
+    if (path.find(code) != std::string_view::npos) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::vector<int>* SiteMgr::GetForeLinks(const UrlID& id) {
@@ -68,11 +77,12 @@ int SiteMgr::GetLink(int number, SiteLink& link) {
   link.text = linkDB->TextView(rec.text);
   link.alt = linkDB->TextView(rec.alternative);
   link.exists = rec.to.kind != kKindPath;
-  link.outside = false;
+  link.outside = link.unservable = false;
   if (link.exists) return 0;
   SitePathRec target;
   if (pathDB->Get(rec.to.id, target) < 0) return 0;
   link.exists = target.exists != 0;
+  link.unservable = !link.exists && IsUnservable(pathDB->TextView(target.name));
   // What is there has its flag only below the site folder.
   link.outside = !link.exists && !IsInSite(pathDB->TextView(target.name));
   return 0;

@@ -16,10 +16,11 @@ struct SiteLink {
   // Where the value of its first occurrence begins in the file of the page, in bytes; -1 when that
   // is not known: classic rules, or a file that had to be converted into the code page.
   int offset = -1;
-  std::string text;      // as written in the page
-  std::string alt;       // the alternative text; empty for none
-  bool exists = false;   // a URL, or a file of the site that is there
-  bool outside = false;  // a file that does not lie below the site folder
+  std::string text;         // as written in the page
+  std::string alt;          // the alternative text; empty for none
+  bool exists = false;      // a URL, or a file of the site that is there
+  bool outside = false;     // a file that does not lie below the site folder
+  bool unservable = false;  // a file of a name that no server has: it holds %2F, %5C or %00
 };
 
 // One place where a file has a link: where the value of the attribute, or the address in the style

@@ -334,7 +334,7 @@ TEST(Commands, AnInterruptedRebuildLeavesWhatThereWas) {
     } else {
       ASSERT_EQ(program.Run({"add", "demo", site}).code, 0);
     }
-    const Outcome before = program.Run({"broken", "demo"});
+    const Outcome before = program.Run({"links", "demo"});
     program.Page("index.html", "");
     std::string links;
     for (int i = 0; i < 300; ++i) links += "<a href=p" + std::to_string(i) + ".html>";
@@ -342,9 +342,8 @@ TEST(Commands, AnInterruptedRebuildLeavesWhatThereWas) {
     InterruptAtTheFirstSight(program);
     fs::remove_all(site);
     program.Page("index.html", "<a href=p0.html>");
-    const Outcome after = program.Run({"broken", "demo"});
-    EXPECT_EQ(after.code, wasRebuilt ? 1 : 3);
-    EXPECT_EQ(after.out, before.out);
+    EXPECT_EQ(program.Run({"broken", "demo"}).code, wasRebuilt ? 1 : 3);
+    EXPECT_EQ(program.Run({"links", "demo"}).out, before.out);
     const char* const state = wasRebuilt ? "rebuilt" : "last rebuild failed";
     EXPECT_EQ(program.Ask({"sites"})[0]["state"], state);
     EXPECT_FALSE(program.folder.has("db/demo/new"));

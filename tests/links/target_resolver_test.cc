@@ -19,6 +19,7 @@ std::string Place(TargetResolver& resolver, const std::string& target) {
   switch (resolver.Resolve(target, out)) {
     case TargetKind::kNone:
       return kNothing;
+    case TargetKind::kUnservable:
     case TargetKind::kUnresolvable:
       return kNoFile;
     default:
