@@ -107,7 +107,11 @@ class WantedLinks {
     };
     const bool isKnown = start >= 0 && link.offset >= 0;
     if (isKnown && std::none_of(link.found.begin(), link.found.end(), isFirst)) return false;
-    // By the classic rules the rest of a page may be lost.
+    // More are there where the rest of a page was lost, by the classic rules, and where an inner
+    // document means another file by the same text.
+    if (isKnown && link.count == 1) {
+      link.found.assign(1, static_cast<std::size_t>(link.offset - start));
+    }
     std::sort(link.found.begin(), link.found.end());
     link.found.resize(static_cast<std::size_t>(std::max(link.count, 1)));
     return true;
