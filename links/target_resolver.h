@@ -14,11 +14,12 @@
 namespace zvrsit {
 
 enum class TargetKind : std::uint8_t {
-  kLocal,       // a path; a folder's ends in "\"
-  kExternal,    // a URL
-  kNone,        // nothing to record: data:, javascript:, about:, blob: (Web only)
-  kUnservable,  // a path that ends in "\": local, but no server has a file of that name, which
-                // holds %2F, %5C or %00 (Web only)
+  kLocal,     // a path; a folder's ends in "\"
+  kExternal,  // a URL
+  kNone,      // nothing to record: data:, javascript:, about:, blob: (Web only)
+  // Local, but no server has a file of that name, which holds %2F, %5C or %00 (Web only): a path as
+  // it is written, which ends in "\".
+  kUnservable,
   kUnresolvable,  // names nothing at all
 };
 
