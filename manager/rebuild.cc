@@ -183,7 +183,6 @@ int SiteMgr::Rebuild::CollectFound(int count) {
       CollectLinksOf(number, true);
     }
   }
-  progress_.ShowFile("");
   return 0;
 }
 

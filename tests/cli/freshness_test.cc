@@ -125,7 +125,8 @@ TEST(Freshness, WhatNoServerHasIsBroken) {
   program.Page("d/a%2Fb", "");
   ASSERT_EQ(program.Build("demo", {"--top", program.folder.native("site/d/index.html")}).code, 0);
   std::map<std::string, std::string> found;
-  for (const Json& row : program.Ask({"broken", "demo"})["broken"]) {
+  const Json broken = program.Ask({"broken", "demo"})["broken"];
+  for (const Json& row : broken) {
     EXPECT_EQ(row["unservable"], true) << row;
     EXPECT_EQ(row["line"], 1) << row;
     found[row["text"]] = row["to"];
