@@ -15,6 +15,7 @@
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
 #include "platform/code_page.h"
+#include "platform/code_page_text.h"
 #include "platform/file.h"
 
 namespace zvrsit {
