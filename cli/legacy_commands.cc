@@ -2,6 +2,7 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <vector>
 
@@ -59,12 +60,13 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
     if (manager.GetLastError() != kSitBadArgument) session.FailToWrite();
     throw Failure(kUsage, "\"" + name + "\" cannot be made an older site");
   }
+  session.LetGo();
   PrintObject(SiteRow(name, property), options.json);
   return kClean;
 }
 
 int RunSites(const Options& options) {
-  LegacySession session(options, Database::kMustExist);
+  LegacySession session(options, Database::kAsk);
   SitMgr& manager = session.manager();
   Json rows = Json::array();
   std::vector<Words> lines;
@@ -75,6 +77,7 @@ int RunSites(const Options& options) {
     rows.push_back(SiteRow(name, site));
     lines.push_back({name, NativePath(site.dir[kSlotSiteFolder])});
   }
+  session.LetGo();
   PrintList(rows, lines, options.json);
   return kClean;
 }
@@ -126,6 +129,7 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
   if (session.manager().SiteRebuildDB(diff ? 0 : 1) != 0) session.FailToWrite();
   const Totals totals = Count(session);
   session.Close();
+  session.LetGo();
   if (options.json) {
     PrintJson(TotalsRow(totals));
   } else {
@@ -138,22 +142,24 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
 
 // Prints the links that `wanted` holds for; their number.
 template <class Wanted>
-long PrintLinks(const Options& options, const LinkQuery& query, Wanted wanted) {
-  LegacySession session(options, Database::kMustExist);
+std::size_t PrintLinks(const Options& options, const LinkQuery& query, Wanted wanted) {
+  LegacySession session(options, Database::kAsk);
   session.Open(query.site);
-  JsonRows rows;
-  long count = 0;
+  std::vector<LegacyLink> links;
   session.ForEachLink(query.from, query.to, [&](const LegacyLink& link) {
-    if (!wanted(link)) return;
-    ++count;
+    if (wanted(link)) links.push_back(link);
+  });
+  session.LetGo();
+  JsonRows rows;
+  for (const LegacyLink& link : links) {
     if (options.json) {
       rows.Add(LinkRow(link));
     } else {
       PrintRow(link);
     }
-  });
+  }
   if (options.json) rows.End();
-  return count;
+  return links.size();
 }
 
 int RunLinks(const Options& options, const LinkQuery& query) {
@@ -162,22 +168,28 @@ int RunLinks(const Options& options, const LinkQuery& query) {
 }
 
 int RunBroken(const Options& options, const LinkQuery& query) {
-  const long count =
+  const std::size_t count =
       PrintLinks(options, query, [](const LegacyLink& link) { return !link.exists; });
   return count == 0 ? kClean : kFindings;
 }
 
 // --- peek ----------------------------------------------------------------------------------
 
-int RunPeek(const Options& options, const std::string& asked) {
-  LegacySession session(options, Database::kMustExist);
+std::vector<std::string> Peek(LegacySession& session, const std::string& asked, bool isSite) {
   SitPeeper peeper;
   session.Share(peeper);
-  const bool isSite = session.manager().SiteProfGetID(asked) >= 0;
   auto* const list = isSite ? peeper.EnumPath(asked) : peeper.GetSiteByPath(AbsolutePath(asked));
   if (list == nullptr) throw Failure(kDatabase, "the files of \"" + asked + "\" cannot be read");
+  return TakeList(list);
+}
+
+int RunPeek(const Options& options, const std::string& asked) {
+  LegacySession session(options, Database::kAsk);
+  const bool isSite = session.manager().SiteProfGetID(asked) >= 0;
+  const std::vector<std::string> list = Peek(session, asked, isSite);
+  session.LetGo();
   Json names = Json::array();
-  for (const std::string& name : TakeList(list)) {
+  for (const std::string& name : list) {
     names.push_back(JsonText(isSite ? NativePath(name) : name));
     if (!options.json) Print("{}\n", LineText(isSite ? NativePath(name) : name));
   }
@@ -216,22 +228,13 @@ void Perform(LegacySession& session, const Words& words) {
   throw Failure(kDatabase, verb + " failed with error " + std::to_string(error));
 }
 
-void ReportStep(const Options& options, JsonRows& rows, const std::string& line,
-                const Totals& totals) {
-  if (!options.json) {
-    Print("{}: {}\n", LineText(line), TotalsLine(totals));
-    return;
-  }
-  Json row{{"did", JsonText(line)}};
-  row.update(TotalsRow(totals));
-  rows.Add(row);
-}
+// A line that was done, and the totals after it.
+struct Step {
+  std::string line;
+  Totals totals;
+};
 
-// The history lives as long as the manager, so changes and undo share one run.
-int RunUndo(const Options& options, const std::string& name) {
-  LegacySession session(options, Database::kMustExist);
-  session.Open(name);
-  JsonRows rows;
+void PerformLines(LegacySession& session, std::vector<Step>& steps) {
   int number = 0;
   try {
     for (std::string line; std::getline(std::cin, line);) {
@@ -239,14 +242,42 @@ int RunUndo(const Options& options, const std::string& name) {
       const Words words = SplitWords(line);
       if (words.empty()) continue;
       Perform(session, words);
-      ReportStep(options, rows, line, Count(session));
+      steps.push_back({line, Count(session)});
     }
   } catch (const Failure& failure) {
-    if (options.json) rows.End();
     throw Failure(failure.code(), "line " + std::to_string(number) + ": " + failure.what());
   }
   session.Close();
+}
+
+void PrintSteps(const Options& options, const std::vector<Step>& steps) {
+  JsonRows rows;
+  for (const Step& step : steps) {
+    if (!options.json) {
+      Print("{}: {}\n", LineText(step.line), TotalsLine(step.totals));
+      continue;
+    }
+    Json row{{"did", JsonText(step.line)}};
+    row.update(TotalsRow(step.totals));
+    rows.Add(row);
+  }
   if (options.json) rows.End();
+}
+
+// The history lives as long as the manager, so changes and undo share one run.
+int RunUndo(const Options& options, const std::string& name) {
+  LegacySession session(options, Database::kMustExist);
+  session.Open(name);
+  std::vector<Step> steps;
+  std::optional<Failure> failure;
+  try {
+    PerformLines(session, steps);
+  } catch (const Failure& thrown) {
+    failure = thrown;
+  }
+  session.LetGo();
+  PrintSteps(options, steps);
+  if (failure) throw Failure(*failure);
   return kClean;
 }
 
@@ -312,6 +343,16 @@ void CarryMarks(LegacySession& session, SiteMgr& newer) {
   }
 }
 
+int RebuildNewer(LegacySession& session, const std::string& name, bool hasMarks,
+                 SiteTotals& totals) {
+  BesideRebuild rebuild(session.newer(), name);
+  const int code = RebuildSite(rebuild.copy(), true, session.newer().database());
+  if (hasMarks) CarryMarks(session, rebuild.copy().manager());
+  totals = CountSite(rebuild.copy());
+  rebuild.Commit();
+  return code;
+}
+
 int RunImport(const Options& options, const std::string& name) {
   LegacySession session(options, Database::kMustExist);
   const SitSiteProperty old = session.Profile(name);
@@ -330,11 +371,9 @@ int RunImport(const Options& options, const std::string& name) {
   if (newer.manager().SetSiteProf(name, profile) < 0) {
     throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
   }
-  BesideRebuild rebuild(newer, name);
-  const int code = RebuildSite(rebuild.copy(), true, newer.database());
-  if (hasMarks) CarryMarks(session, rebuild.copy().manager());
-  const SiteTotals totals = CountSite(rebuild.copy());
-  rebuild.Commit();
+  SiteTotals totals;
+  const int code = RebuildNewer(session, name, hasMarks, totals);
+  session.LetGo();
   if (options.json) {
     PrintJson(TotalsAsJson(totals));
   } else {
@@ -394,11 +433,12 @@ void AddUndo(CLI::App& legacy, const Options& options, Run& run) {
       legacy.add_subcommand("undo", "Make changes that can be taken back, read line by line");
   AddSiteName(*undo, *name);
   undo->footer(
-      std::string("Standard input holds a change a line: save FILE, rm FILE, mv FROM TO, or undo, "
-                  "which takes\n"
-                  "the newest change back that is left. Names with spaces stand in double quotes. "
-                  "After each\n"
-                  "line the totals are printed. What is not taken back by the end stays.\n") +
+      std::string(
+          "Standard input holds a change a line: save FILE, rm FILE, mv FROM TO, or undo, "
+          "which takes\n"
+          "the newest change back that is left. Names with spaces stand in double quotes. "
+          "At the end\n"
+          "the totals after each line are printed. What is not taken back by then stays.\n") +
       undo->get_footer());
   undo->callback(
       [&options, &run, name] { run = [&options, name] { return RunUndo(options, *name); }; });

@@ -1,13 +1,15 @@
 // One run of the program on a database of the older generation, which lies in the folder `legacy`
-// of the database and has a lock of its own in it.
+// of the database and has a lock of its own.
 #pragma once
 
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/older_copy.h"
 #include "cli/output.h"
 #include "cli/session.h"
 #include "legacy/sit_mgr.h"
@@ -27,16 +29,16 @@ struct LegacyLink {
 
 class LegacySession {
  public:
-  // As Session; kMake makes both databases.
+  // As Session; kMake makes both databases. What is only asked is a copy.
   LegacySession(const Options& options, Database database);
   // Closes the site if one is open, which packs its files.
   ~LegacySession();
   LegacySession(const LegacySession&) = delete;
   LegacySession& operator=(const LegacySession&) = delete;
 
-  SitMgr& manager() { return manager_; }
-  // The newer generation's side of the same database.
-  Session& newer() { return newer_; }
+  SitMgr& manager() { return *manager_; }
+  // The newer generation's side of the same database, unless that is only asked.
+  Session& newer() { return *newer_; }
   // Lets another manager into the profiles.
   void Share(SitMgrBase& other) const;
 
@@ -56,6 +58,8 @@ class LegacySession {
   void Close();
   // The same failure, for an operation of the manager that has failed.
   [[noreturn]] void FailToWrite();
+  // Ends everything but Shown before an answer is printed: others can change the database then.
+  void LetGo();
 
   std::string Shown(const std::string& path) const;
   // What the user means by `native`, relative to the working folder or to the site folder: a file
@@ -70,14 +74,18 @@ class LegacySession {
 
  private:
   std::vector<std::string> FilesOf(const std::string& name);
-  void NeedWhole(const std::string& name, const std::vector<std::string>& files);
+  std::string Native(const std::string& file) const;
+  std::string Told(const std::string& file) const;
+  void NeedWhole(const std::string& name);
   void KnowFolder(const std::string& name);
   std::array<std::string, 2> Candidates(const std::string& native) const;
   bool ReadLink(int number, LegacyLink& link);
 
-  Session newer_;
-  std::string folder_;  // `\` path with "\" at the end
-  SitMgr manager_;
+  std::unique_ptr<Session> newer_;
+  std::unique_ptr<OlderCopy> copy_;
+  std::string database_;  // `\` path with "\" at the end
+  std::string folder_;    // the same of the copy, if there is one
+  std::optional<SitMgr> manager_;
   std::string site_;  // the name of the site that was opened
   std::string siteFolder_;
   std::string nativeSiteFolder_;

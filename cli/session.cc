@@ -154,10 +154,13 @@ void Session::Discard() {
   holdsProfiles_ = false;
 }
 
+void FailToLock(const SiteMgr& manager, const std::string& database) {
+  if (!manager.FoundInUse()) ThrowIfSystemFailed(database);
+  throw Failure(kDatabase, database + ": the database is in use by another process");
+}
+
 void Session::NeedProfiles(bool areHeld) {
-  if (areHeld) return;
-  if (!manager_->FoundInUse()) ThrowIfSystemFailed(database_);
-  throw Failure(kDatabase, database_ + ": the database is in use by another process");
+  if (!areHeld) FailToLock(*manager_, database_);
 }
 
 void Session::HoldProfiles() {
@@ -192,8 +195,7 @@ void Session::LockSite(const std::string& name) {
 }
 
 void Session::HoldOlder() {
-  constexpr int kOlder = 1 << 26;  // the number of no site
-  NeedProfiles(manager_->LockSite(kOlder) == 0);
+  NeedProfiles(manager_->LockSite(kOlderDatabase) == 0);
 }
 
 void Session::LetGo() {

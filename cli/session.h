@@ -23,6 +23,11 @@ enum class Database { kAsk, kMustExist, kMake };
 // The native folder of the database. Throws Failure(kUsage) when no home folder is known.
 std::string DatabaseFolder(const Options& options);
 
+// The number, of no site, under which the database of the older generation is locked.
+constexpr int kOlderDatabase = 1 << 26;
+// Throws the Failure for a lock on the database in that native folder that was not had.
+[[noreturn]] void FailToLock(const SiteMgr& manager, const std::string& database);
+
 class Session {
  public:
   // Opens the database and locks its profiles until a site is opened. Throws Failure: kDatabase

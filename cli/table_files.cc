@@ -31,14 +31,19 @@ bool HasTables(const std::string& folder) {
   });
 }
 
+std::error_code CopyFile(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  errno = 0;
+  fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
+  // What the standard library makes of a disk that becomes full.
+  if (error == std::errc::io_error && errno != 0) error.assign(errno, std::generic_category());
+  return error;
+}
+
 void CopyTables(const std::string& folder, const std::string& to) {
   for (const char* file : kTables) {
-    std::error_code error;
     const fs::path copy = PathOf(to) / file;
-    errno = 0;
-    fs::copy_file(PathOf(folder) / file, copy, fs::copy_options::overwrite_existing, error);
-    // What the standard library makes of a disk that becomes full.
-    if (error == std::errc::io_error && errno != 0) error.assign(errno, std::generic_category());
+    const std::error_code error = CopyFile(PathOf(folder) / file, copy);
     Need(!error, NameOf(copy), error);
   }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -104,6 +105,11 @@ class Program {
     words.insert(words.end(), options.begin(), options.end());
     const Outcome added = Run(words);
     return added.code == 0 ? Run({"rebuild", name}) : added;
+  }
+  // The same as a site of the older generation.
+  void BuildOlder(const std::string& name) const {
+    EXPECT_EQ(Run({"legacy", "add", name, folder.native("site")}).code, 0);
+    EXPECT_EQ(Run({"legacy", "rebuild", name}).code, 0);
   }
   // The example site, with the page that lies beside it.
   void CopyExample() const {

@@ -7,8 +7,10 @@
 namespace zvrsit::test {
 namespace {
 
+constexpr off_t kOlder = (1 << 26) + 1;
+
 // A lock as another process would have it, on a byte of the database's lock file: 0 the profiles,
-// from 1 on the sites.
+// from 1 on the sites, kOlder the older database.
 class Lock {
  public:
   Lock(const Program& program, short kind, off_t byte)
@@ -32,6 +34,7 @@ TEST(Sharing, QuestionsShareASiteAndChangesDoNot) {
   program.Page("index.html", "");
   ASSERT_EQ(program.Build("demo").code, 0);
   ASSERT_EQ(program.Build("other").code, 0);
+  program.BuildOlder("demo");
   const struct {
     short kind;
     off_t byte;
@@ -46,6 +49,10 @@ TEST(Sharing, QuestionsShareASiteAndChangesDoNot) {
       {F_WRLCK, 1, {"sites"}, 0},
       {F_RDLCK, 0, {"sites"}, 0},
       {F_WRLCK, 0, {"server", "list"}, 3},
+      {F_RDLCK, kOlder, {"legacy", "links", "demo"}, 0},
+      {F_RDLCK, kOlder, {"legacy", "rebuild", "demo"}, 3},
+      {F_WRLCK, kOlder, {"legacy", "sites"}, 3},
+      {F_WRLCK, kOlder, {"links", "demo"}, 0},
   };
   for (const auto& row : rows) {
     const Lock lock(program, row.kind, row.byte);
@@ -77,20 +84,25 @@ TEST(Sharing, AnAnswerThatIsNotReadBlocksNobody) {
   for (int i = 0; i < 3000; ++i) page += "<a href=none" + std::to_string(i) + ".html>";
   program.Page("index.html", page);
   ASSERT_EQ(program.Build("demo").code, 0);
-  for (const char* question : {"links", "broken", "files"}) {
-    const std::string whole = program.Run({question, "demo"}).out;
+  program.BuildOlder("demo");
+  for (const Words& question : {Words{"links", "demo"}, Words{"broken", "demo"},
+                                Words{"files", "demo"}, Words{"legacy", "links", "demo"}}) {
+    const std::string whole = program.Run(question).out;
     const std::string pipe = program.folder.native("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    const std::string db = program.folder.native("db");
-    Process asking(program.folder, {question, "demo", "--db", db}, "", "", pipe);
+    Words words = question;
+    words.insert(words.end(), {"--db", program.folder.native("db")});
+    Process asking(program.folder, words, "", "", pipe);
     std::string read(1, '\0');
     while (::read(reader, read.data(), 1) <= 0) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    EXPECT_EQ(program.Run({"sites"}).code, 0) << question;
-    EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0) << question;
-    EXPECT_EQ(program.Run({"save", "demo", "index.html"}).code, 0) << question;
+    for (const Words& other :
+         {Words{"sites"}, Words{"rebuild", "demo"}, Words{"save", "demo", "index.html"},
+          Words{"legacy", "rebuild", "demo"}}) {
+      EXPECT_EQ(program.Run(other).code, 0) << Json(question) << Json(other);
+    }
     fcntl(reader, F_SETFL, 0);
     char buffer[4096];
     for (ssize_t count; (count = ::read(reader, buffer, sizeof buffer)) > 0;) {
@@ -98,7 +110,7 @@ TEST(Sharing, AnAnswerThatIsNotReadBlocksNobody) {
     }
     asking.Wait();
     close(reader);
-    EXPECT_EQ(read, whole) << question;
+    EXPECT_EQ(read, whole) << Json(question);
     std::filesystem::remove(pipe);
   }
 }
