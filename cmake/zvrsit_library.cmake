@@ -53,8 +53,10 @@ function(zvrsit_add_headers target)
     COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
     DEPENDS "${script}" "${PROJECT_SOURCE_DIR}/cmake/exported_headers.cmake" ${sources}
     VERBATIM)
-  target_sources(${target} PRIVATE "${stamp}")
-  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${folder}" FILES ${headers})
+  add_custom_target(${target}_headers ALL DEPENDS "${stamp}")
+  add_dependencies(${target} ${target}_headers)
+  target_include_directories(${target} INTERFACE
+    $<BUILD_INTERFACE:${folder}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endfunction()
 
 function(zvrsit_version_script target)
@@ -74,8 +76,14 @@ endfunction()
 # Installs the library, its headers, a CMake package and a pkg-config file.
 function(zvrsit_install_package target)
   set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/zvrsit40")
-  install(TARGETS ${target} EXPORT zvrsit40Targets
-    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+  install(TARGETS ${target} EXPORT zvrsit40Targets)
+  foreach(header IN LISTS ZVRSIT_EXPORTED_HEADERS)
+    cmake_path(GET header PARENT_PATH subfolder)
+    install(FILES "${PROJECT_BINARY_DIR}/include/zvrsit40/${header}"
+      DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/zvrsit40/${subfolder}")
+  endforeach()
+  install(FILES "${PROJECT_BINARY_DIR}/include/zvrsit40.h"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
   install(EXPORT zvrsit40Targets NAMESPACE zvrsit40:: DESTINATION "${package_dir}")
 
   configure_package_config_file(

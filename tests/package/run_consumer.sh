@@ -63,5 +63,5 @@ if [ -e "$prefix/bin/zvrsit" ]; then
 fi
 
 # What docs/library.md shows is that application.
-diff <(sed -n 's/^    //; /^#include <zvrsit40/,/^}$/p' "$source/docs/library.md") \
-  <(sed -n '/^#include <zvrsit40/,$p' "$consumer/consumer.cc")
+shown=$(sed -n '/^    #include <zvrsit40/,/^Compile/ {/^Compile/d; s/^    //; p}' "$source/docs/library.md")
+diff <(echo "$shown") <(sed -n '/^#include <zvrsit40/,$p' "$consumer/consumer.cc")
