@@ -10,6 +10,7 @@
 #include "links/link_rules.h"
 #include "links/link_type.h"
 #include "links/live_address.h"
+#include "links/page_types.h"
 #include "links/site_url.h"
 #include "manager/family_marks.h"
 #include "manager/profiles.h"

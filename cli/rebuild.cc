@@ -5,6 +5,7 @@
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/progress.h"
+#include "cli/unread_pages.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -58,6 +59,7 @@ int RebuildSite(Session& session, bool complete, const std::string& database) {
   }
   if (manager.PackSite(false) != 0) session.FailToWrite();
   NameSkipped(session);
+  WarnOfUnreadPages(session);
   return manager.SkippedByRebuild().empty() ? kClean : kFileSystem;
 }
 

@@ -27,8 +27,9 @@ std::string ExistingFolder(const std::string& native) {
 
 // The page of a folder that is most likely its home page: as high up as there is one, by the usual
 // names first, then by name. Empty when there is no page at all.
-fs::path LookForTop(const fs::path& folder) {
-  constexpr const char* kUsual[] = {"index.html", "index.htm", "default.htm", "default.html"};
+fs::path LookForTop(const fs::path& folder, const GivenSite& site) {
+  const bool isWeb = site.rules.value_or("web") == "web";
+  const PageTypes types(site.pageTypes.value_or(""));
   std::tuple<int, std::ptrdiff_t, fs::path> best{INT_MAX, 0, fs::path()};
   std::error_code error;
   fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied,
@@ -37,8 +38,10 @@ fs::path LookForTop(const fs::path& folder) {
     std::error_code ignored;
     const std::string name = NameOf(entry->path().filename());
     if (entry.depth() >= std::get<0>(best)) entry.disable_recursion_pending();
-    if (ClassifyFileType(name.c_str()) != FT_HTML || !entry->is_regular_file(ignored)) continue;
-    const auto rank = std::find(std::begin(kUsual), std::end(kUsual), name) - std::begin(kUsual);
+    const bool isPage = isWeb && types.Hold(name) && PageSyntaxOf(name) != PageSyntax::kDrawing;
+    if (!isPage && ClassifyFileType(name.c_str()) != FT_HTML) continue;
+    if (!entry->is_regular_file(ignored)) continue;
+    const auto rank = std::ranges::find(kDefaultDocuments, name) - std::begin(kDefaultDocuments);
     best = std::min(best, {entry.depth(), rank, entry->path()});
   }
   return std::get<2>(best);
@@ -89,12 +92,25 @@ void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
   if (site.defaultUrl) profile.defaultUrl = *site.defaultUrl;
   if (site.rules) profile.linkRules = *site.rules == "web" ? LinkRules::Web : LinkRules::Classic;
   if (site.liveUrl) profile.folders[kSlotLiveUrl] = *site.liveUrl;
+  if (site.pageTypes) {
+    profile.folders[kSlotPageTypes] =
+        site.pageTypes->empty() ? std::string() : PageTypes(*site.pageTypes).list();
+  }
   ServProfile server;
   if (site.server && !site.server->empty() &&
       session.manager().GetServProf(*site.server, server) != 0) {
     throw Failure(kUsage, "there is no server named \"" + *site.server + "\"");
   }
   if (site.server) profile.server = *site.server;
+}
+
+CLI::Validator IsPageTypeList() {
+  return CLI::Validator(
+      [](std::string& list) {
+        if (list.empty() || PageTypes::IsList(list)) return std::string();
+        return "\"" + list + "\" is no list of extensions, such as php,xhtml";
+      },
+      "");
 }
 
 CLI::Validator IsLiveUrl() {
@@ -124,6 +140,7 @@ bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
          !SameFolder(before, after, kSlotSiteFolder) ||
          !SameFolder(before, after, kSlotDocumentRoot) ||
          (isWeb && !SameFolder(before, after, kSlotLiveUrl)) ||
+         (isWeb && PageTypesOf(before).list() != PageTypesOf(after).list()) ||
          (!isWeb && after.defaultUrl.empty() && !before.defaultUrl.empty());
 }
 
@@ -159,6 +176,11 @@ void AddSiteOptions(CLI::App& command, GivenSite& site) {
            "the address under which the folder is served: links to it are links in the site")
       ->option_text("URL")
       ->check(IsLiveUrl());
+  AddGiven(command, "--page-types", site.pageTypes,
+           "extensions of files that are pages beside htm, html, shtm and shtml; by default " +
+               std::string(PageTypes::kUsual))
+      ->option_text("LIST")
+      ->check(IsPageTypeList());
   AddGiven(command, "--rules", site.rules,
            "web (default): what a browser of today would load; classic: HTML 4 and no more")
       ->option_text("web|classic")
@@ -169,7 +191,7 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
   GivenSite given = site;
   const std::string folder = ExistingFolder(site.folder.value_or(""));
   if (!given.top) {
-    given.top = NameOf(LookForTop(PathOf(NativePath(folder))));
+    given.top = NameOf(LookForTop(PathOf(NativePath(folder)), site));
     if (given.top->empty()) throw Failure(kFileSystem, *site.folder + ": no page in this folder");
   }
   SiteProfile profile;
@@ -230,6 +252,10 @@ SiteProfile ReadProfile(Session& session, const std::string& name) {
   return profile;
 }
 
+PageTypes PageTypesOf(const SiteProfile& profile) {
+  return PageTypes(profile.folders[kSlotPageTypes]);
+}
+
 const char* RulesName(LinkRules rules) {
   return rules == LinkRules::Web ? "web" : "classic";
 }
@@ -249,6 +275,7 @@ Json ProfileAsJson(const std::string& name, const SiteProfile& profile) {
           {"doc_root", JsonText(docRoot)},
           {"live_url", JsonText(profile.folders[kSlotLiveUrl])},
           {"server", JsonText(profile.server)},
+          {"page_types", JsonText(profile.folders[kSlotPageTypes])},
           {"rules", RulesName(profile.linkRules)},
           {"state", RebuildState(profile)}};
 }

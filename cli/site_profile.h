@@ -10,6 +10,7 @@
 
 #include "cli/output.h"
 #include "cli/session.h"
+#include "links/page_types.h"
 
 namespace zvrsit::cli {
 
@@ -19,6 +20,7 @@ struct GivenSite {
   std::optional<std::string> top;         // absolute, or relative to the folder
   std::optional<std::string> defaultUrl;  // empty: none
   std::optional<std::string> docRoot;     // empty: none
+  std::optional<std::string> pageTypes;   // empty: the usual ones; else what PageTypes takes
   std::optional<std::string> rules;       // "web" or "classic"
   std::optional<std::string> server;      // empty: none
   std::optional<std::string> liveUrl;     // empty: none; else what LiveAddress takes
@@ -27,7 +29,7 @@ struct GivenSite {
 // An option whose value stays unset unless it is given.
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
                       const std::string& help);
-// --top, --default-url, --doc-root, --live-url and --rules.
+// --top, --default-url, --doc-root, --live-url, --page-types and --rules.
 void AddSiteOptions(CLI::App& command, GivenSite& site);
 
 // The profile of a new site, not yet stored: `folder` has to be given, the rules are those of the
@@ -49,6 +51,8 @@ std::vector<std::string> ChangeSite(Session& session, const std::string& name,
 // Reads a profile; throws Failure(kUsage) when there is none of that name.
 SiteProfile ReadProfile(Session& session, const std::string& name);
 Json ProfileAsJson(const std::string& name, const SiteProfile& profile);
+// The page types that a profile stands for.
+PageTypes PageTypesOf(const SiteProfile& profile);
 // "web" or "classic".
 const char* RulesName(LinkRules rules);
 // "rebuilt", "to be rebuilt" or "last rebuild failed".

@@ -19,6 +19,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   links/link_rules.h
   links/link_type.h
   links/live_address.h
+  links/page_types.h
   links/site_url.h
   manager/base/site_mgr_base.h
   manager/family_marks.h

@@ -137,6 +137,7 @@ Document::~Document() = default;
 void Document::clear() {
   text_ = nullptr;
   length_ = 0;
+  xml_ = false;
   ClearAndTrim(copy_);
   ClearAndTrim(maskedText_);
   ClearAndTrim(elements_);
@@ -157,9 +158,11 @@ int Document::createNodes(const char* text, int length, Node* parent, bool decod
   return 0;
 }
 
-int Document::createNodesInPlace(const char* text, int length, bool decode, DocumentScope scope) {
+int Document::createNodesInPlace(const char* text, int length, bool decode, DocumentScope scope,
+                                 DocumentSyntax syntax) {
   clear();
   if (text == nullptr || length < 0) return -1;
+  xml_ = syntax == DocumentSyntax::kXml;
   Build(text, static_cast<std::size_t>(length), decode, scope);
   return 0;
 }
@@ -204,10 +207,9 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
 Node Document::FirstChild(std::uint32_t index) const {
   const ElementRecord& element = elements_[index];
   const bool foreign = (element.flags & ElementRecord::kForeign) != 0;
-  if (foreign ? (element.flags & ElementRecord::kSelfClosing) != 0
-              : kVoidTags.contains(element.tag) || element.tag == Tag::kTemplate) {
-    return {};
-  }
+  const bool selfClosing = (element.flags & ElementRecord::kSelfClosing) != 0;
+  if ((foreign || xml_) && selfClosing) return {};
+  if (!foreign && (kVoidTags.contains(element.tag) || element.tag == Tag::kTemplate)) return {};
   Text text;
   if (!foreign && ContentModelOf(element.tag) != ContentModel::kData) {
     text = RawTextOf(index);

@@ -218,6 +218,14 @@ enum class DocumentScope {
   kReferences,
 };
 
+// As what the text of a document is read.
+enum class DocumentSyntax {
+  kHtml,
+  // XHTML and SVG: a SCRIPT, STYLE, TITLE and their like that end in "/>" are empty, and CDATA
+  // sections are sections everywhere. The rest is read as HTML.
+  kXml,
+};
+
 class ZVRSIT_API Document {
  public:
   Document();
@@ -233,7 +241,8 @@ class ZVRSIT_API Document {
   // The same without a copy, for a text that kTextPadding zeros follow: it must stay as it is until
   // the document is cleared.
   int createNodesInPlace(const char* text, int length, bool decode,
-                         DocumentScope scope = DocumentScope::kWhole);
+                         DocumentScope scope = DocumentScope::kWhole,
+                         DocumentSyntax syntax = DocumentSyntax::kHtml);
 
   // The elements of one name in document order, without those in the content of a TEMPLATE; of a
   // name that both HTML and SVG have, the HTML elements only. Found without a walk for every name
@@ -288,6 +297,7 @@ class ZVRSIT_API Document {
   std::vector<char> copy_;
   std::vector<char> maskedText_;  // see double_byte.h; empty in other code pages
   bool decode_ = true;
+  bool xml_ = false;
   std::vector<ElementRecord> elements_;  // and one more, where the last one's attributes end
   std::vector<AttributeRecord> attributes_;
   std::vector<RawTextRecord> rawTexts_;                  // ascending by element

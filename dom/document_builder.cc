@@ -77,7 +77,7 @@ ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
   }
   AddElement(slices, placed.tag, flags);
   ChooseLeftOut();
-  return placed.foreign ? ContentModel::kData : ContentModelOf(placed.tag);
+  return placed.foreign ? ContentModel::kData : ModelOf(slices, placed.tag);
 }
 
 // Groups the elements by tag: each group's place follows from the counts, and one pass over the

@@ -31,7 +31,7 @@ class DocumentBuilder {
   }
   void Comment(const char*, const char*) {}
   void Doctype(const DoctypeToken&) {}
-  bool InForeignContent() { return foreign_.CdataAllowed(); }
+  bool InForeignContent() { return document_.xml_ || foreign_.CdataAllowed(); }
 
   void Attribute(const AttributeSlices& slices) {
     const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
@@ -62,7 +62,7 @@ class DocumentBuilder {
     }
     ++counts_[static_cast<std::size_t>(tag)];
     AddElement(slices, tag, 0);
-    return ContentModelOf(tag);
+    return ModelOf(slices, tag);
   }
 
   bool WantsEndTags() const { return formIsOpen_ || !foreign_.Idle(); }
@@ -93,6 +93,13 @@ class DocumentBuilder {
     }
     return isOrdinary;
   }();
+
+  // What follows the start tag of an HTML element.
+  ContentModel ModelOf(const TagSlices& slices, Tag tag) const {
+    const ContentModel model = ContentModelOf(tag);
+    const bool isEmpty = model != ContentModel::kData && document_.xml_ && slices.selfClosing;
+    return isEmpty ? ContentModel::kData : model;
+  }
 
   void ChooseLeftOut() { leftOut_ = foreign_.Idle() ? leftOutOfHtml_ : AttrSet(); }
 

@@ -1,5 +1,8 @@
 #include "links/folder_documents.h"
 
+#include <iterator>
+
+#include "links/page_types.h"
 #include "platform/file.h"
 #include "util/mb_string.h"
 
@@ -22,7 +25,7 @@ FolderDocuments::FolderDocuments(const std::string* defaultName) {
   if (defaultName != nullptr && !defaultName->empty()) {
     names_ = {*defaultName};
   } else {
-    names_ = {"index.html", "index.htm", "default.htm"};
+    names_.assign(std::begin(kDefaultDocuments), std::end(kDefaultDocuments));
   }
 }
 

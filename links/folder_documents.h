@@ -9,7 +9,7 @@
 namespace zvrsit {
 
 // The documents that stand for their folders: the default document of the site, where its profile
-// names one; else the first that is there of index.html, index.htm and default.htm, else the first
+// names one; else the first that is there of the usual names (kDefaultDocuments), else the first
 // of these. What the disk was asked is remembered.
 class FolderDocuments {
  public:

@@ -4,6 +4,7 @@
 
 #include "css/css_control.h"
 #include "links/link_type.h"
+#include "links/server_code.h"
 #include "manager/base/operation_memo.h"
 #include "manager/base/site_mgr_base.h"
 #include "storage/records.h"
@@ -100,6 +101,7 @@ void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
 
 // False when the sheet needs no second look in this operation, or has no place in the tables.
 bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
+  if (IsHidden(*sheet)) return false;
   const int number = AddTarget(*sheet, siteRoot_);
   if (number < 0 || !Registered().insert(number).second) return false;
   if (tree.hasChildren(sheet) && !HasStyleLinks(number)) RegisterTreeNode(sheet, tree, siteRoot_);
@@ -120,11 +122,12 @@ int SiteCSSUtil::RegisterTreeNode(const std::string* node, CCSSFileTree& tree,
 
 void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                                 const std::string& siteRoot) {
+  const std::string* const declared = tree.getDeclaredText(child);
+  const std::string& text = declared != nullptr ? *declared : *child;
+  if (IsHidden(text) || IsHidden(*child)) return;
   const bool isExternal = tree.isExternal(child);
   const int target = isExternal ? AddUrl(*child) : AddTarget(*child, siteRoot);
   if (target < 0) return;
-  const std::string* const declared = tree.getDeclaredText(child);
-  const std::string& text = declared != nullptr ? *declared : *child;
   const UrlID from(kKindPath, source);
   const UrlID to(isExternal ? kKindUrl : kKindPath, target);
   const int type = static_cast<int>(StyleLinkType(tree.getType(child)));
@@ -135,6 +138,12 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   }
   OperationMemo* const memo = manager_->GetOperationMemo();
   if (memo != nullptr && !isExternal && !inPage_ && source != sheet_) memo->linkedFromBelow = true;
+}
+
+// Whether what a text of the page says is known only once the server has run the page's code.
+bool SiteCSSUtil::IsHidden(const std::string& text) const {
+  const OperationMemo* const memo = manager_->GetOperationMemo();
+  return memo != nullptr && memo->holdsServerCode && HoldsServerCode(text);
 }
 
 // A reference of the page is placed in the page's text, one of a sheet in the sheet's file.

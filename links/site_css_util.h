@@ -55,6 +55,7 @@ class SiteCSSUtil {
   int AddFile(const std::string& path, const std::string& siteRoot);
   bool HasStyleLinks(int pathNumber) const;
   std::unordered_set<std::int32_t>& Registered();
+  bool IsHidden(const std::string& text) const;
   int OffsetInFile(int offset) const;
 
   SiteMgrBase* manager_;

@@ -7,6 +7,7 @@
 #include "dom/document.h"
 #include "links/classic_target.h"
 #include "links/link_memo.h"
+#include "links/server_code.h"
 #include "manager/base/operation_memo.h"
 #include "manager/base/site_mgr_base.h"
 #include "platform/file.h"
@@ -138,7 +139,7 @@ void SiteDOMUtil::LookAhead() {
 
 // A title that cannot be stored is passed over.
 int SiteDOMUtil::StoreTitle() {
-  if (!memo_->rows.hasTitle) return 0;
+  if (!memo_->rows.hasTitle || IsHidden(memo_->rows.title)) return 0;
   if (StoreProperty(pageRecord.title, memo_->rows.title) == 0) pathTable->Update(pageRecord);
   return 0;
 }
@@ -148,7 +149,8 @@ int SiteDOMUtil::StoreTitle() {
 int SiteDOMUtil::StoreMetas() {
   std::array<const MetaRow*, kMetaProperties> last{};
   for (const MetaRow& meta : memo_->rows.metas) {
-    if (meta.key != MetaKey::kRefresh) last[static_cast<std::size_t>(meta.key)] = &meta;
+    if (meta.key != MetaKey::kRefresh && !IsHidden(meta.content))
+      last[static_cast<std::size_t>(meta.key)] = &meta;
   }
   for (const MetaRow& meta : memo_->rows.metas) {
     if (meta.key == MetaKey::kRefresh) {
@@ -183,6 +185,7 @@ int SiteDOMUtil::StoreAnchors() {
   std::vector<std::int32_t> names;
   names.reserve(memo_->rows.anchors.size());
   for (const std::string_view anchor : memo_->rows.anchors) {
+    if (IsHidden(anchor)) continue;
     const int added = pathStrings->AddString(anchor);
     if (added < 0) return -1;
     names.push_back(added);
@@ -218,6 +221,7 @@ void SiteDOMUtil::TurnToBase(std::int32_t base) {
 // what to expect of looking for the target among the texts of the link table.
 SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& expected) {
   if (row.base != base_) TurnToBase(row.base);
+  if (IsHidden(row.target)) return Outcome::kSkipped;
   FoundString text;
   if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, expected);
   const bool takesName = TakesDefaultName(row);
@@ -249,6 +253,12 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesNam
   return outcome;
 }
 
+// Whether what the text says is known only once the server has run the code of the page.
+bool SiteDOMUtil::IsHidden(std::string_view text) const {
+  const OperationMemo* const operation = manager->GetOperationMemo();
+  return operation != nullptr && operation->holdsServerCode && HoldsServerCode(text);
+}
+
 // Where the reference stands in the page's file; -1 when the page was converted to be read.
 int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
   const OperationMemo* const operation = manager->GetOperationMemo();
@@ -264,8 +274,10 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& targe
   if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
   const int code = static_cast<int>(type);
   const int offset = web_ ? OffsetInFile(row) : -1;
+  const std::string_view alternative =
+      IsHidden(row.alternative) ? std::string_view() : row.alternative;
   if (linkTable != nullptr &&
-      linkTable->Add(row.target, text, page, target, row.alternative, code, offset) >= 0) {
+      linkTable->Add(row.target, text, page, target, alternative, code, offset) >= 0) {
     return Outcome::kDone;
   }
   return target.kind == kKindUrl ? Outcome::kFailed : Outcome::kSkipped;
@@ -344,11 +356,12 @@ SiteDOMUtil::Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID&
   std::string& path = memo_->path;
   switch (memo_->resolver.Resolve(target, path)) {
     case TargetKind::kExternal:
+      if (IsHidden(path)) return Outcome::kSkipped;
       return RegisterUrl(path, place);
     case TargetKind::kUnservable:
       return RegisterPath(path, place);
     case TargetKind::kLocal:
-      if (path.empty()) return Outcome::kSkipped;
+      if (path.empty() || IsHidden(path)) return Outcome::kSkipped;
       place = UrlID(kKindPath, pathTable->Find(path));
       if (IsKnownFile(place.id)) return Outcome::kDone;
       if (web_) memo_->folderDocuments.Turn(path);

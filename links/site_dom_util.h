@@ -58,6 +58,7 @@ class SiteDOMUtil {
   Outcome AddRow(const LinkRow& row, const FoundString& expected);
   Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text, UrlID& target);
   Outcome AddLink(const LinkRow& row, const UrlID& target, FoundString& text);
+  bool IsHidden(std::string_view text) const;
   int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);

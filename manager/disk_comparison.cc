@@ -19,8 +19,11 @@ bool IsAsRecorded(const SitePathRec& rec, const platform::FileStat& found) {
 // One comparison.
 class Comparison {
  public:
-  Comparison(const SitePathDB& paths, SiteChanges& changes)
-      : paths_(paths), changes_(changes), met_(static_cast<std::size_t>(paths.Count())) {}
+  Comparison(const SitePathDB& paths, const PageTypes* types, SiteChanges& changes)
+      : paths_(paths),
+        types_(types),
+        changes_(changes),
+        met_(static_cast<std::size_t>(paths.Count())) {}
 
   SiteWalk::Steps Steps() {
     SiteWalk::Steps steps;
@@ -66,7 +69,7 @@ class Comparison {
   }
 
   void Compare(const std::string& path, const SitePathRec& rec, const platform::FileStat& found) {
-    if (!HoldsLinks(rec)) return;
+    if (!HoldsLinks(path, rec, types_)) return;
     if (!IsAsRecorded(rec, found)) {
       changes_.changed.push_back(path);
     } else if (rec.unread != SitePathRec::kRead) {
@@ -83,6 +86,7 @@ class Comparison {
   }
 
   const SitePathDB& paths_;
+  const PageTypes* const types_;  // null for none
   SiteChanges& changes_;
   std::vector<bool> met_;  // by path number
 };
@@ -92,8 +96,8 @@ class Comparison {
 int SiteMgr::CompareWithDisk(SiteChanges& changes) {
   changes = {};
   if (siteFolder == nullptr || !HasFiles(pathDB)) return -1;
-  Comparison comparison(*pathDB, changes);
-  SiteWalk(comparison.Steps(), ignoreHook_, ignoreContext_).Run(*siteFolder, 0);
+  Comparison comparison(*pathDB, pageTypes, changes);
+  SiteWalk(comparison.Steps(), pageTypes, ignoreHook_, ignoreContext_).Run(*siteFolder, 0);
   comparison.MeetOthers();
   return 0;
 }

@@ -10,6 +10,7 @@
 #include "css/css_references.h"
 #include "links/extractor.h"
 #include "links/link_type.h"
+#include "links/server_code.h"
 #include "links/site_css_util.h"
 #include "manager/page_reader.h"
 #include "manager/record_access.h"
@@ -158,10 +159,11 @@ class PlaceFinder {
   void LookThroughPage(const std::string& path, bool isSheet, WantedLinks& wanted) {
     if (document_ == nullptr) return;
     document_->clear();
-    if (!ReadPage(path, memo_, *document_)) return;
+    if (!ReadPage(path, rules_, memo_, *document_)) return;
     ExtractPage(*document_, rules_, rows_);
     for (const LinkRow& row : rows_.links) {
-      wanted.Meet(row.type, row.target, row.alternative, row.offset);
+      const bool isHidden = memo_.holdsServerCode && HoldsServerCode(row.alternative);
+      wanted.Meet(row.type, row.target, isHidden ? "" : row.alternative, row.offset);
     }
     for (const MetaRow& meta : rows_.metas) {
       if (meta.key == MetaKey::kRefresh)

@@ -6,6 +6,7 @@
 
 #include "dom/document.h"
 #include "dom/dom.h"
+#include "links/link_rules.h"
 #include "manager/base/operation_memo.h"
 
 namespace zvrsit {
@@ -19,8 +20,9 @@ struct GiveBack {
 };
 using OwnedDocument = std::unique_ptr<Document, GiveBack>;
 
-// Reads the file into `document`, as links are collected from it; a file that cannot be read
-// leaves it empty. False then. The document is good until `memo` reads the next page.
-bool ReadPage(const std::string& path, OperationMemo& memo, Document& document);
+// Reads the file into `document`, as links are collected from it: by the web rules the name says
+// how the text is read. A file that cannot be read leaves it empty. False then. The document is
+// good until `memo` reads the next page.
+bool ReadPage(const std::string& path, LinkRules rules, OperationMemo& memo, Document& document);
 
 }  // namespace zvrsit

@@ -2,6 +2,7 @@
 #include <memory>
 #include <utility>
 
+#include "links/page_types.h"
 #include "manager/cells.h"
 #include "manager/family_marks.h"
 #include "manager/site_mgr.h"
@@ -52,15 +53,24 @@ vec<SiteRecCell>* SiteMgr::PathCells(const std::function<bool(const SitePathRec&
   return cells.release();
 }
 
+// A page for a reader of the site: drawings are read for links, but they are none.
+bool SiteMgr::IsPage(const SitePathRec& file) const {
+  if (file.fileType != static_cast<std::int32_t>(FT_OTHER)) {
+    return file.fileType == static_cast<std::int32_t>(FT_HTML);
+  }
+  const std::string_view name = pathDB->TextView(file.name);
+  return HoldsLinks(name, file, pageTypes) && PageSyntaxOf(name) != PageSyntax::kDrawing;
+}
+
 int SiteMgr::CountSite(SiteTotals& totals) const {
   if (openSiteId < 0 || !HasFiles(pathDB) || !HasFiles(urlDB) || !HasFiles(linkDB)) return -1;
   totals = {};
   totals.links = linkDB->records()->liveCount();
   totals.urls = urlDB->records()->liveCount();
-  pathDB->records()->FindIf<SitePathRec>([&totals](const SitePathRec& file) {
+  pathDB->records()->FindIf<SitePathRec>([&totals, this](const SitePathRec& file) {
     if (file.exists == 0) return false;
     ++totals.files;
-    if (file.fileType == static_cast<std::int32_t>(FT_HTML)) ++totals.pages;
+    if (IsPage(file)) ++totals.pages;
     if (file.fileType == static_cast<std::int32_t>(FT_CSS)) ++totals.sheets;
     return false;
   });

@@ -121,7 +121,8 @@ int SiteMgr::Rebuild::ResetPaths() {
       continue;
     }
     rec.membership &= ~kDerivedMarks;
-    if (rec.exists != 0 && HoldsLinks(rec)) ReleaseCollected(paths, rec);
+    if (rec.exists != 0 && HoldsLinks(paths.TextView(rec.name), rec, manager_.pageTypes))
+      ReleaseCollected(paths, rec);
     rec.exists = 0;
     rec.unread = SitePathRec::kRead;
     if (paths.Update(rec) < 0) return -1;
@@ -176,7 +177,8 @@ int SiteMgr::Rebuild::CollectFound(int count) {
     std::string path;
     SitePathRec rec;
     if (memo.registeredSheets.contains(number) || manager_.pathDB->Get(number, rec) < 0) continue;
-    if (rec.exists == 0 || !HoldsLinks(rec) || manager_.pathDB->Text(rec.name, path) < 0) continue;
+    if (rec.exists == 0 || manager_.pathDB->Text(rec.name, path) < 0) continue;
+    if (!HoldsLinks(path, rec, manager_.pageTypes)) continue;
     if (manager_.linkRules == LinkRules::Classic ? number >= count : !IsToBeReadAs(path)) {
       Skip(number, path);
     } else if (manager_.linkRules == LinkRules::Web) {
@@ -221,7 +223,7 @@ void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
   SitePathRec rec;
   std::string path;
   if (manager_.pathDB->Get(number, rec) < 0 || manager_.pathDB->Text(rec.name, path) < 0) return;
-  if (!isFound && !IsToBeRead(number, rec)) {
+  if (!isFound && !IsToBeRead(number, path, rec)) {
     progress_.ShowFile("");
     return;
   }
@@ -233,8 +235,9 @@ void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
 
 // The classic rules read every known page and sheet; by the web rules one that the walk has not
 // seen is only a target.
-bool SiteMgr::Rebuild::IsToBeRead(int number, const SitePathRec& rec) const {
-  if (!HoldsLinks(rec)) return false;
+bool SiteMgr::Rebuild::IsToBeRead(int number, const std::string& path,
+                                  const SitePathRec& rec) const {
+  if (!HoldsLinks(path, rec, manager_.pageTypes)) return false;
   return manager_.linkRules == LinkRules::Classic || HasWalked(number);
 }
 

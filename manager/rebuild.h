@@ -42,7 +42,7 @@ class SiteMgr::Rebuild {
   bool IsToBeReadAs(const std::string& path);
   bool GoesInCircles(const std::string& folder) const;
   void Skip(int number, const std::string& path);
-  bool IsToBeRead(int number, const SitePathRec& rec) const;
+  bool IsToBeRead(int number, const std::string& path, const SitePathRec& rec) const;
   int DropVanished();
   int MarkFamily();
 

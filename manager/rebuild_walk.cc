@@ -22,7 +22,8 @@ int SiteMgr::Rebuild::WalkFolders() {
   steps.nextFolder = [this] { return progress_.Cancelled() ? -1 : 0; };
   steps.unlisted = [this](const std::string& name) { manager_.skippedByRebuild_.push_back(name); };
   steps.leftOut = [](const std::string&) {};
-  return SiteWalk(std::move(steps), manager_.ignoreHook_, manager_.ignoreContext_)
+  return SiteWalk(std::move(steps), manager_.pageTypes, manager_.ignoreHook_,
+                  manager_.ignoreContext_)
       .Run(siteDir_, number);
 }
 

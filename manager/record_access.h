@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
+#include "links/page_types.h"
 #include "storage/records.h"
 #include "tables/site_folder_db.h"
 #include "tables/site_link_db.h"
@@ -25,12 +27,13 @@ bool HasFiles(const Table* table) {
   return HasRecords(table) && table->strings() != nullptr;
 }
 
-// Whether files of that type are read for links.
-inline bool HoldsLinks(std::uint32_t fileType) {
-  return fileType == FT_HTML || fileType == FT_CSS;
+// Whether a file of that FT_ code is read for links: pages and style sheets, and, where `types` are
+// given, files of these.
+inline bool HoldsLinks(std::string_view path, std::uint32_t fileType, const PageTypes* types) {
+  return fileType == FT_HTML || fileType == FT_CSS || (types != nullptr && types->Hold(path));
 }
-inline bool HoldsLinks(const SitePathRec& rec) {
-  return HoldsLinks(static_cast<std::uint32_t>(rec.fileType));
+inline bool HoldsLinks(std::string_view path, const SitePathRec& rec, const PageTypes* types) {
+  return HoldsLinks(path, static_cast<std::uint32_t>(rec.fileType), types);
 }
 
 // The bit of a site profile's link rules that stands for the web rules.

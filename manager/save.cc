@@ -3,6 +3,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "links/page_types.h"
+#include "links/server_code.h"
 #include "links/site_css_util.h"
 #include "links/site_dom_util.h"
 #include "manager/base/operation_memo.h"
@@ -41,13 +43,29 @@ bool Differ(std::vector<int>& olds, std::vector<int>& news) {
                               static_cast<int>(news.size())) != 0;
 }
 
+// Makes the nodes of the page whose text has been read.
+void ParsePage(PageSyntax syntax, OperationMemo& memo, Document& document) {
+  const CodeConv& text = memo.pageText;
+  const int length = static_cast<int>(text.length());
+  memo.holdsServerCode = syntax == PageSyntax::kServer;
+  if (memo.holdsServerCode) {
+    std::string page(text.text(), text.length());
+    HideServerCode(page);
+    document.createNodes(page.data(), length, nullptr, true);
+    return;
+  }
+  document.createNodesInPlace(
+      text.text(), length, true, DocumentScope::kReferences,
+      syntax == PageSyntax::kHtml ? DocumentSyntax::kHtml : DocumentSyntax::kXml);
+}
+
 }  // namespace
 
-bool ReadPage(const std::string& path, OperationMemo& memo, Document& document) {
+bool ReadPage(const std::string& path, LinkRules rules, OperationMemo& memo, Document& document) {
   if (!memo.pageFile.open(path, memo.nearbyFiles)) return false;
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
-    document.createNodesInPlace(memo.pageText.text(), static_cast<int>(memo.pageText.length()),
-                                true, DocumentScope::kReferences);
+    const PageSyntax syntax = rules == LinkRules::Web ? PageSyntaxOf(path) : PageSyntax::kHtml;
+    ParsePage(syntax, memo, document);
     memo.textStart =
         memo.pageText.borrowed() ? static_cast<std::int64_t>(memo.pageText.textOffset()) : -1;
   }
@@ -77,7 +95,8 @@ int SiteMgr::Save(const std::string& path, Document* doc) {
 // Saves a file, and leaves the pages that link to its folder as they are.
 int SiteMgr::SaveOne(const std::string& path, Document* doc) {
   // The document of any other file stays the caller's, on purpose.
-  OwnedDocument owned(HoldsLinks(ClassifyFileType(path)) ? doc : nullptr, GiveBack{dom});
+  OwnedDocument owned(HoldsLinks(path, ClassifyFileType(path), pageTypes) ? doc : nullptr,
+                      GiveBack{dom});
   std::string siteDir;
   if (path.empty() || pathDB == nullptr || folderDB == nullptr || ReadSiteFolder(siteDir) < 0 ||
       !HasRecords(pathDB) || !HasRecords(linkDB)) {
@@ -94,7 +113,8 @@ int SiteMgr::SaveOne(const std::string& path, Document* doc) {
   if (number < 0 || pathDB->Get(number, rec) < 0) return -1;
   const Operation operation(*this);
   operationMemo->linkedFromBelow = false;
-  if (HoldsLinks(rec) && TraverseLinks(siteDir, path, owned.release()) < 0) return -1;
+  if (HoldsLinks(path, rec, pageTypes) && TraverseLinks(siteDir, path, owned.release()) < 0)
+    return -1;
 
   std::vector<int> newTargets;
   if (ListFileTargets(number, newTargets) < 0) return -1;
@@ -154,7 +174,7 @@ int SiteMgr::TraverseLinks(const std::string& siteDir, const std::string& path, 
 void SiteMgr::SetUnread(int pathNumber, bool unread) {
   SitePathRec rec;
   if (pathDB == nullptr || pathNumber < 0 || pathDB->Get(pathNumber, rec) < 0) return;
-  const bool isPage = rec.exists != 0 && HoldsLinks(rec);
+  const bool isPage = rec.exists != 0 && HoldsLinks(pathDB->TextView(rec.name), rec, pageTypes);
   const std::int32_t word = unread && isPage ? SitePathRec::kUnread : SitePathRec::kRead;
   if (rec.unread == word) return;
   rec.unread = word;
@@ -178,11 +198,12 @@ int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Docum
   const Operation operation(*this);
   OwnedDocument document(doc, GiveBack{dom});
   operationMemo->textStart = 0;
+  operationMemo->holdsServerCode = false;
   if (document == nullptr) {
     if (dom == nullptr) return -1;
     document.reset(dom->createDocument("HTML"));
     if (document == nullptr) return -1;
-    unread = !ReadPage(path, *operationMemo, *document);
+    unread = !ReadPage(path, linkRules, *operationMemo, *document);
   }
   const bool isSheet = ClassifyFileType(path) == FT_CSS;
   // The classic rules read a sheet as if it were a page too, on purpose.

@@ -47,10 +47,11 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // ---- Saved pages (save.cc) ----
 
   // Registers the file `path` anew with the links of `doc`, or of the file on disk when `doc` is
-  // null. For pages and style sheets `doc` is consumed, whatever the outcome; for other types it
-  // stays the caller's. Raises the links-changed flag when the page's targets in the site differ,
-  // or a sheet below it is registered that names files. By the web rules, when a document that
-  // stands for its folder has come, or the folder itself, the pages that link to it are read anew.
+  // null. For pages (by the web rules also those of the site's page types) and style sheets `doc`
+  // is consumed, whatever the outcome; for other types it stays the caller's. Raises the
+  // links-changed flag when the page's targets in the site differ, or a sheet below it is
+  // registered that names files. By the web rules, when a document that stands for its folder has
+  // come, or the folder itself, the pages that link to it are read anew.
   int Save(const std::string& path, Document* doc);
   // The same; the int is ignored.
   int Save(const std::string& path, int, Document* doc);
@@ -299,7 +300,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // One of ten folders: slot 0 the document root and 1 the site folder, both ending in `\`, 9 the
   // URL under which the site is served: by the web rules links to it are links to the site's files.
   // It is absolute, of http or https, and has neither a user nor a query nor a fragment; any other
-  // text is as none. A change in the open site is passed on to style sheets at
+  // text is as none. Slot 8 holds the page types: the extensions of files that are pages too by the
+  // web rules (links/page_types.h). A change in the open site is passed on to style sheets at
   // once; files that are registered keep what was found out about them.
   std::string* GetSiteProfDir(int slot, int siteId = -1);
   int SetSiteProfDir(int slot, const std::string& folder, int siteId = -1);
@@ -404,6 +406,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // queries.cc, queries_links.cc
   ZVRSIT_LOCAL bool IsInSite(std::string_view path) const;
+  ZVRSIT_LOCAL bool IsPage(const SitePathRec& file) const;
   ZVRSIT_LOCAL SiteRecCell EntryCell(const UrlID& id) const;
   ZVRSIT_LOCAL vec<SiteRecCell>* LinkCells(const std::string& path, bool fromIt);
   ZVRSIT_LOCAL bool ListChildren(const std::string& folder, int kind, std::vector<int>& children);

@@ -75,7 +75,8 @@ int SiteWalk::VisitFolder(const Folder& folder, const std::string& name,
 
 void SiteWalk::LeaveOut(const Folder& folder, const std::string& name,
                         const platform::FileStat& found) {
-  const bool isPage = found.isRegular() && HoldsLinks(ClassifyFileType(std::string_view(name)));
+  const bool isPage =
+      found.isRegular() && HoldsLinks(name, ClassifyFileType(std::string_view(name)), types_);
   std::string native;
   if ((isPage || found.isFolder()) && platform::ToNativePath(folder.name, native)) {
     steps_.leftOut(native + name);

@@ -37,8 +37,9 @@ class SiteWalk {
     std::function<void(const std::string& native)> leftOut;
   };
 
-  SiteWalk(Steps steps, SiteMgr::IgnoreHook ignore, void* context)
-      : steps_(std::move(steps)), ignore_(ignore), context_(context) {}
+  // `types`: what is a page beside HTML pages; null for nothing.
+  SiteWalk(Steps steps, const PageTypes* types, SiteMgr::IgnoreHook ignore, void* context)
+      : steps_(std::move(steps)), types_(types), ignore_(ignore), context_(context) {}
 
   // 0, or what a step gave. `number` is that of `siteDir`.
   int Run(const std::string& siteDir, int number);
@@ -56,6 +57,7 @@ class SiteWalk {
   bool IsIgnored(const std::string& path) const;
 
   const Steps steps_;
+  const PageTypes* const types_;
   const SiteMgr::IgnoreHook ignore_;
   void* const context_;
   std::vector<Folder> workList_;

@@ -28,7 +28,7 @@ BELOW = {
                 "links/rules", "dom", "util", "platform"},
     "legacy": {"links/pure", "links/rules", "dom", "util", "platform"},
 }
-LINK_RULES = {"ascii", "classic_target", "link_type", "link_rules", "live_address", "site_url", "target_resolver", "url_text"}
+LINK_RULES = {"ascii", "classic_target", "link_type", "link_rules", "live_address", "page_types", "server_code", "site_url", "target_resolver", "url_text"}
 # Libraries of others have their place in the program and the tests, never in the library.
 FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|gtest|gmock|benchmark)/|^gumbo\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')

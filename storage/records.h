@@ -148,6 +148,7 @@ class SiteSiteRec : public SiteNodeRec {
   static constexpr int kFolders = 10;
   static constexpr int kDocumentRoot = 0;  // folder slots; both end in '\'
   static constexpr int kSiteFolder = 1;
+  static constexpr int kPageTypes = 8;  // texts of other kinds
   static constexpr int kLiveUrl = 9;
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);

@@ -46,6 +46,9 @@ struct OperationMemo {
   // that a place in the text is none in the file.
   std::int64_t textStart = 0;
 
+  // Bytes of the page being read stand for server code (links/server_code.h).
+  bool holdsServerCode = false;
+
   // The place in the file for one in the text of the page being read; -1 where it is not known.
   std::int32_t OffsetInFile(std::int64_t offsetInText) const {
     if (textStart < 0 || offsetInText < 0) return -1;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "css/css_control.h"
+#include "links/page_types.h"
 #include "manager/base/operation_memo.h"
 #include "manager/base/site_locks.h"
 #include "platform/file.h"
@@ -85,6 +86,7 @@ SiteMgrBase::~SiteMgrBase() {
   delete siteFolder;
   delete liveUrl;
   delete locks;
+  delete pageTypes;
 }
 
 void SiteMgrBase::setDom(DOM* newDom) {
@@ -171,13 +173,18 @@ int SiteMgrBase::OpenHeldSite(int siteId) {
 void SiteMgrBase::KeepSiteFolder(const SiteSiteRec& rec) {
   Drop(siteFolder);
   Drop(liveUrl);
+  Drop(pageTypes);
   std::string text;
   if (ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], text)) {
     siteFolder = new std::string(text);
   }
   if (ReadProfileText(rec.folders[SiteSiteRec::kLiveUrl], text)) {
-    liveUrl = new std::string(std::move(text));
+    liveUrl = new std::string(text);
   }
+  if (linkRules == LinkRules::Classic) return;
+  text.clear();
+  ReadProfileText(rec.folders[SiteSiteRec::kPageTypes], text);
+  pageTypes = new PageTypes(text);
 }
 
 bool SiteMgrBase::ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const {
@@ -266,6 +273,7 @@ int SiteMgrBase::CloseSite() {
   Drop(siteFolder);
   Drop(liveUrl);
   UnlockSite(openSiteId);
+  Drop(pageTypes);
   openSiteId = -1;
   return 0;  // defaultUrl stays until the next opening, on purpose
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "links/link_rules.h"
 #include "platform/api.h"
@@ -29,6 +30,7 @@ class SiteServProfDB;
 class SiteSiteProfDB;
 class SiteSiteRec;
 class SiteUrlDB;
+class PageTypes;
 
 // The order of calls is: construct, setDom, setDB, then any number of OpenSite and CloseSite
 // pairs, then destroy. One thread uses a manager at a time.
@@ -212,7 +214,7 @@ class ZVRSIT_API SiteMgrBase {
   ZVRSIT_LOCAL bool ReadProfileText(std::int32_t ref, std::string& text) const;
   // The profile record of the open site; false when it cannot be read.
   ZVRSIT_LOCAL bool ReadOpenSite(SiteSiteRec& rec) const;
-  // Keeps the site folder and the live URL of `rec`, the open site's profile.
+  // Keeps the site folder, the live URL and the page types of `rec`, the open site's profile.
   ZVRSIT_LOCAL void KeepSiteFolder(const SiteSiteRec& rec);
 
   // In this order.
@@ -235,10 +237,11 @@ class ZVRSIT_API SiteMgrBase {
   LinkRules linkRules = LinkRules::Classic;
   OperationMemo* operationMemo = nullptr;
   // The open site's folder as its profile has it, kept for questions that are asked once a link;
-  // null when no site is open. Likewise its live URL.
+  // null when no site is open. Likewise its live URL, and by the web rules its page types.
   std::string* siteFolder = nullptr;
   std::string* liveUrl = nullptr;
   SiteLocks* locks = nullptr;  // null where locking is off
+  PageTypes* pageTypes = nullptr;
 
  private:
   enum class CaseCheck { kNo, kYes };

@@ -56,6 +56,7 @@ TEST(Commands, SayInOneLineWhatIsWrong) {
       {{"server", "set", "new", "--lock-dir", "9"}, 2, "--lock-dir"},
       {{"server", "set", "new", "--transfer-type", "-1"}, 2, "--transfer-type"},
       {{"site", "set", "demo", "--live-url", "foo"}, 2, "--live-url"},
+      {{"site", "set", "demo", "--page-types", "*.php"}, 2, "--page-types"},
       {{"add", "new", site, "--live-url", "ftp://example.org/"}, 2, "--live-url"},
   };
   for (const auto& row : rows) {
@@ -143,6 +144,70 @@ TEST(Commands, LinksOutOfTheSite) {
   ASSERT_EQ(broken.size(), 1u) << broken;
   EXPECT_EQ(broken[0]["to"], program.folder.native("none.html"));
   EXPECT_EQ(broken[0]["outside"], true);
+}
+
+// What links say that the server only knows is no finding; everything else is.
+TEST(Commands, ReadPagesOfEveryType) {
+  const Program program;
+  program.Page("index.php",
+               "<?php foreach ($a as $k->$v) echo '<a href=\"no1.html\">?>'; ?>\n"
+               "<title><?= $title ?></title><a href=\"<?= $x ?>/y.html\"><a href=<?= $x ?>>"
+               "<img src=no.gif alt='<?= $x ?>'><a href=a.php?id=1><a href=sub/>"
+               "<link rel=stylesheet href='<?= $css ?>.css'>"
+               "<p style='background: url(<?= $x ?>.png), url(no.png)'>");
+  program.Page("a.php", "<base href='<?= $base ?>/'><a href=no2.html><a href=/no3.html>");
+  program.Page("sub/index.php", "");
+  program.Page("x.xhtml",
+               "<?xml version='1.0'?><html><title/><script src='no.js'/><![CDATA[<a href='no4'>]]>"
+               "<a name='x'/><a href='no5.html'>5</a></html>");
+  program.Page("x.svg",
+               "<?xml version='1.0'?><svg><title>T</title><a href='no6.html'/>"
+               "<use xlink:href='no7.svg#a'/><image href='no8.png'/>"
+               "<style>a { fill: url(no9.svg#a) }</style></svg>");
+  program.Page("a.jsp",
+               "<%-- <a href=x> --%><a href='<c:url value=\"/x\"/>'><a href='${x}/y'>"
+               "<a href=no10.html>");
+  program.Page("b.asp", "<% If a > b Then %><a href=no11.html><% End If %>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  EXPECT_EQ(program.Ask({"site", "show", "demo"})["top"], program.folder.native("site/index.php"));
+  Words broken;
+  for (const Json& link : program.Ask({"broken", "demo"})["broken"]) {
+    broken.push_back(link["from"].get<std::string>() + ":" + link["line"].dump() + " " +
+                     link["to"].get<std::string>() + link["alt"].get<std::string>());
+  }
+  EXPECT_EQ(broken, (Words{"a.jsp:1 no10.html", "a.php:1 no3.html", "b.asp:1 no11.html",
+                           "index.php:2 no.gif", "index.php:2 no.png", "x.svg:1 no6.html",
+                           "x.svg:1 no7.svg", "x.svg:1 no8.png", "x.svg:1 no9.svg",
+                           "x.xhtml:1 no.js", "x.xhtml:1 no5.html"}));
+  EXPECT_EQ(program.Ask({"links", "demo", "--to", "sub/index.php"}).size(), 1u);
+  EXPECT_EQ(program.Ask({"rebuild", "demo"})["pages"], 6);
+  // A page that is read alone is read in the same way.
+  const Json links = program.Ask({"links", "demo", "--from", "index.php"});
+  EXPECT_EQ(program.Run({"save", "demo", program.folder.native("site/index.php")}).code, 0);
+  EXPECT_EQ(program.Ask({"links", "demo", "--from", "index.php"}), links);
+}
+
+TEST(Commands, SayWhatPagesAreNotRead) {
+  const Program program;
+  program.Page("index.html", "<img src=x.dat>");
+  program.Page("a.tpl", "<!-- x -->\n<!DOCTYPE HTML>");
+  program.Page("b.TPL", "<HTML>");
+  program.Page("c", "<html>");
+  program.Page("d.svg", "<svg><a href=none.html></svg>");
+  program.Page("x.dat", "html");
+  const Outcome all = program.Build("demo");
+  EXPECT_TRUE(all.complains("1 without extension, 2 .tpl (")) << all.err;
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 1);
+  const Json set = program.Ask({"site", "set", "demo", "--page-types", "TPL,php"});
+  EXPECT_EQ(set["page_types"], "php tpl");
+  EXPECT_EQ(set["state"], "to be rebuilt");
+  const Outcome some = program.Run({"rebuild", "demo"});
+  EXPECT_TRUE(some.complains("1 without extension, 1 .svg (")) << some.err;
+  EXPECT_EQ(some.code, 0);
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 0);
+  const Outcome classic =
+      program.Run({"check", program.folder.native("site"), "--rules", "classic"});
+  EXPECT_EQ(classic.err, "");
 }
 
 // A new default document has the pages read anew that link to folders, and no more.

@@ -1,0 +1,72 @@
+#include "links/page_types.h"
+
+#include <algorithm>
+
+#include "links/ascii.h"
+#include "util/file_type.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+bool IsOfExtension(char c) {
+  return IsAsciiAlpha(c) || IsAsciiDigit(c) || c == '-' || c == '_';
+}
+
+// The extensions of a list, in lower case; none where the text is no list.
+std::vector<std::string> Split(std::string_view list) {
+  std::vector<std::string> extensions(1);
+  for (const char c : list) {
+    if (c == ' ' || c == ',') {
+      extensions.emplace_back();
+    } else if (IsOfExtension(c)) {
+      extensions.back().push_back(AsciiLower(c));
+    } else {
+      return {};
+    }
+  }
+  std::erase(extensions, "");
+  std::sort(extensions.begin(), extensions.end());
+  extensions.erase(std::unique(extensions.begin(), extensions.end()), extensions.end());
+  return extensions;
+}
+
+}  // namespace
+
+PageTypes::PageTypes(std::string_view list) : extensions_(Split(list)) {
+  if (extensions_.empty()) extensions_ = Split(kUsual);
+}
+
+bool PageTypes::IsList(std::string_view list) {
+  return !Split(list).empty();
+}
+
+bool PageTypes::Hold(std::string_view path) const {
+  return std::binary_search(extensions_.begin(), extensions_.end(), ExtensionOf(path));
+}
+
+std::string PageTypes::list() const {
+  std::string list;
+  for (const std::string& extension : extensions_) {
+    list.append(list.empty() ? "" : " ").append(extension);
+  }
+  return list;
+}
+
+std::string ExtensionOf(std::string_view path) {
+  const std::size_t dot = FindLastCharMB(path, '.');
+  if (dot == std::string_view::npos) return {};
+  std::string extension(path.substr(dot + 1));
+  if (!std::all_of(extension.begin(), extension.end(), IsOfExtension)) return {};
+  std::transform(extension.begin(), extension.end(), extension.begin(), AsciiLower);
+  return extension;
+}
+
+PageSyntax PageSyntaxOf(std::string_view path) {
+  if (ClassifyFileType(path) == FT_HTML) return PageSyntax::kHtml;
+  const std::string extension = ExtensionOf(path);
+  if (extension == "svg") return PageSyntax::kDrawing;
+  return extension == "xhtml" || extension == "xht" ? PageSyntax::kXml : PageSyntax::kServer;
+}
+
+}  // namespace zvrsit
