@@ -120,8 +120,27 @@ void CCSSControl::SetLiveUrl(const std::string& url) {
   resolver_->SetLiveUrl(url, siteFolder_);
 }
 
+std::string CCSSControl::CharsetOfPage(const std::string& path) {
+  MappedFile file;
+  CodeConv conversion;
+  if (!file.open(path, 0) || !conversion.Import(file.top(), file.size(), 0)) return {};
+  return conversion.charset();
+}
+
+std::string CCSSControl::CharsetOfSheet(const std::string& path) {
+  MappedFile file;
+  if (!file.open(path, 0)) return {};
+  return std::string(DeclaredCharset({file.top(), file.size()}));
+}
+
+bool CCSSControl::DependsOnCharset(const std::string& path) {
+  MappedFile file;
+  return file.open(path, 0) && zvrsit::DependsOnCharset({file.top(), file.size()});
+}
+
 CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
   CCSSFileTree tree(*this);
+  if (resolver_.rules() == LinkRules::Classic) tree.pageCharset_.emplace();
   if (document != nullptr) {
     CollectPage(path, *document, tree);
     return tree;
@@ -142,19 +161,28 @@ CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* documen
 }
 
 CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path) {
+  return GetFileTreeFromCSS(path, {});
+}
+
+CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path, const std::string& charset) {
   CCSSFileTree tree(*this);
+  tree.pageCharset_ = charset;
   tree.roots_.push_back(RootNode(path));
   tree.roots_.back().isSheet = true;
   EndSiblings(tree.roots_);
   return tree;
 }
 
-std::vector<CssNode> CCSSControl::ReadSheet(const std::string& path) {
+std::vector<CssNode> CCSSControl::ReadSheet(const CssNode& sheet, CCSSFileTree& tree) {
   std::vector<CssNode> references;
   MappedFile file;
-  if (!file.open(path, 0)) return references;
+  if (!file.open(sheet, 0)) return references;
+  const std::string_view bytes(file.top(), file.size());
+  std::string charset(DeclaredCharset(bytes));
+  if (charset.empty()) charset = sheet.charset;
+  if (charset.empty() && zvrsit::DependsOnCharset(bytes)) charset = tree.PageCharset();
   std::string buffer;
-  const std::string_view text = DecodeSheet({file.top(), file.size()}, buffer);
+  const std::string_view text = DecodeSheet(bytes, charset, buffer);
   found_.clear();
   CollectCssReferences(text, CssSource::kSheet, found_);
   const bool isInFile = text.data() != buffer.data();
@@ -162,9 +190,12 @@ std::vector<CssNode> CCSSControl::ReadSheet(const std::string& path) {
     reference.offset =
         isInFile ? reference.offset + static_cast<int>(text.data() - file.top()) : -1;
   }
-  BeginFile(path);
+  BeginFile(sheet);
   for (const CssReference& reference : found_) {
     AddNode(reference.text, reference.offset, TypeOf(reference.kind), references);
+  }
+  if (resolver_.rules() == LinkRules::Web) {
+    for (CssNode& node : references) node.charset = charset;
   }
   EndSiblings(references);
   return references;

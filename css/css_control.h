@@ -60,16 +60,27 @@ class ZVRSIT_API CCSSControl {
 
   // The tree of a page: its linked sheets, what its STYLE elements import and the addresses in
   // them, then those in style attributes. A null document is read from the file at `path`; when
-  // that fails, the tree has no root.
+  // that fails, the tree has no root. By the web rules a sheet that does not say its encoding has
+  // that of the sheet that imports it, or of the page in its file.
   CCSSFileTree GetFileTree(const std::string& path, Document* document);
   // The tree of a sheet. One that cannot be read is a root without children.
   CCSSFileTree GetFileTreeFromCSS(const std::string& path);
+  // The same for a sheet of a page or sheet in another encoding than the code page: `charset` is
+  // its label, and counts for sheets that do not say their own. Empty: the code page.
+  CCSSFileTree GetFileTreeFromCSS(const std::string& path, const std::string& charset);
+
+  // The label of the encoding of the page at `path`; empty when it has none or cannot be read.
+  static std::string CharsetOfPage(const std::string& path);
+  // The label of the encoding that the sheet at `path` says it has; empty when it says none.
+  static std::string CharsetOfSheet(const std::string& path);
+  // Whether the sheet at `path` does not say its encoding, and needs one because it is not ASCII.
+  static bool DependsOnCharset(const std::string& path);
 
  private:
   friend class CCSSFileTree;
 
-  // What the sheet at `path` refers to; nothing when it cannot be read.
-  ZVRSIT_LOCAL std::vector<CssNode> ReadSheet(const std::string& path);
+  // What a sheet refers to; nothing when it cannot be read.
+  ZVRSIT_LOCAL std::vector<CssNode> ReadSheet(const CssNode& sheet, CCSSFileTree& tree);
 
   ZVRSIT_LOCAL void CollectPage(const std::string& path, const Document& document,
                                 CCSSFileTree& tree);

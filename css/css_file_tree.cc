@@ -71,8 +71,13 @@ const std::vector<CssNode>* CCSSFileTree::SheetChildren(const CssNode& node) {
   if (platform::Stat(node, file) < 0 || !file.isRegular()) return nullptr;
   const auto [shown, isNew] = sheets_.try_emplace({file.device, file.file});
   if (!isNew) return nullptr;
-  shown->second = control_->ReadSheet(node);
+  shown->second = control_->ReadSheet(node, *this);
   return &shown->second;
+}
+
+const std::string& CCSSFileTree::PageCharset() {
+  if (!pageCharset_) pageCharset_ = CCSSControl::CharsetOfPage(roots_.front());
+  return *pageCharset_;
 }
 
 }  // namespace zvrsit

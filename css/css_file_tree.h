@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -62,10 +63,13 @@ class ZVRSIT_API CCSSFileTree {
   ZVRSIT_LOCAL explicit CCSSFileTree(CCSSControl& control);
   ZVRSIT_LOCAL const std::vector<CssNode>* ChildrenOf(const CssNode& node);
   ZVRSIT_LOCAL const std::vector<CssNode>* SheetChildren(const CssNode& node);
+  // The label of the encoding of the page; empty when it is not known. The tree's.
+  ZVRSIT_LOCAL const std::string& PageCharset();
 
   CCSSControl* control_;
-  std::vector<CssNode> roots_;      // the root, then its siblings
-  std::vector<CssNode> ofThePage_;  // the root's children, when it is a page
+  std::vector<CssNode> roots_;              // the root, then its siblings
+  std::vector<CssNode> ofThePage_;          // the root's children, when it is a page
+  std::optional<std::string> pageCharset_;  // once it was asked for
   std::unordered_map<const CssNode*, const std::vector<CssNode>*> askedAbout_;
   std::map<FileIdentity, std::vector<CssNode>> sheets_;  // their references
 };

@@ -109,12 +109,14 @@ bool CodeConv::Import(const char* top, std::size_t size, int charset) {
   text_ = nullptr;
   length_ = textOffset_ = 0;
   borrowed_ = false;
+  charset_.clear();
   if (top == nullptr || size > kLargest || charset < 0) return false;
   const std::string_view page(top, size);
   if (charset != 0) {
     const auto codePage = static_cast<unsigned>(charset);
+    charset_ = LabelOf(codePage);
     if (codePage == platform::CodePage()) return ImportOwnPage(page, 0);
-    return Convert(page, LabelOf(codePage));
+    return Convert(page, charset_);
   }
   const ByteOrderMark mark = FindByteOrderMark(page);
   if (!mark.label.empty()) return ImportLabelled(page, mark.label, mark.length);
@@ -124,6 +126,7 @@ bool CodeConv::Import(const char* top, std::size_t size, int charset) {
 }
 
 bool CodeConv::ImportLabelled(std::string_view page, std::string_view label, std::size_t skip) {
+  charset_ = label;
   if (NamesCodePage(label, platform::CodePage())) return ImportOwnPage(page, skip);
   return Convert(page.substr(skip), label);
 }
@@ -140,9 +143,11 @@ bool CodeConv::ImportOwnPage(std::string_view page, std::size_t skip) {
 }
 
 bool CodeConv::ImportUndeclared(std::string_view page) {
+  charset_ = LabelOf(platform::CodePage());
   if (platform::CodePage() != platform::kUtf8 || platform::IsValidUtf8(page))
     return ImportOwnPage(page, 0);
-  return Convert(page, IsMostlyUtf8(page) ? "utf-8" : "windows-1252");
+  if (!IsMostlyUtf8(page)) charset_ = "windows-1252";
+  return Convert(page, charset_);
 }
 
 bool CodeConv::Convert(std::string_view bytes, std::string_view label) {

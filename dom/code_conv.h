@@ -30,6 +30,9 @@ class ZVRSIT_API CodeConv {
   const char* text() const { return text_; }
   std::size_t length() const { return length_; }
 
+  // The label of the encoding that the page was read in; "" for a code page that has none.
+  const std::string& charset() const { return charset_; }
+
   // The text is a part of the page as it stands: a byte offset in the text plus textOffset() is
   // one in the page.
   bool borrowed() const { return borrowed_; }
@@ -43,6 +46,7 @@ class ZVRSIT_API CodeConv {
   ZVRSIT_LOCAL bool Convert(std::string_view bytes, std::string_view label);
 
   std::string converted_;
+  std::string charset_;
   const char* text_ = nullptr;
   std::size_t length_ = 0;
   std::size_t textOffset_ = 0;

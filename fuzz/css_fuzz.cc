@@ -26,7 +26,7 @@ void ReadTokens(std::string_view text) {
 
 void ReadSheet(std::string_view bytes, CssSource source) {
   std::string buffer;
-  const std::string_view text = DecodeSheet(bytes, buffer);
+  const std::string_view text = DecodeSheet(bytes, "", buffer);
   ReadTokens(text);
   std::vector<CssReference> found;
   CollectCssReferences(text, source, found);

@@ -1,5 +1,6 @@
 #include "links/site_css_util.h"
 
+#include <unordered_set>
 #include <vector>
 
 #include "css/css_control.h"
@@ -11,6 +12,7 @@
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
 #include "tables/site_url_db.h"
+#include "util/file_type.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -76,9 +78,46 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
   // It holds no reference, or a page had it by two names, of which a tree reads one.
   Registered().erase(number);
   sheet_ = number;
-  CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path);
+  std::string charset;
+  if (IsWeb() && CCSSControl::DependsOnCharset(path)) {
+    charset = CharsetOfReferrer(number);
+    if (charset.empty() && WaitsForPage(number)) return 0;
+  }
+  CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path, charset);
   RegisterSheets(tree, tree.getRoot());
   return 0;
+}
+
+// The label of the encoding that a sheet has from the first page or sheet that refers to it as to
+// a sheet, or from what refers to that one; empty without.
+std::string SiteCSSUtil::CharsetOfReferrer(int sheet) const {
+  std::vector<int> sheets{sheet};
+  std::unordered_set<int> known{sheet};
+  for (std::size_t next = 0; next < sheets.size(); ++next) {
+    std::vector<int> links;
+    linkTable_->Query(kAnyUrlID, UrlID(kKindPath, sheets[next]), links);
+    for (const int number : links) {
+      SiteLinkRec link;
+      std::string path;
+      if (linkTable_->Get(number, link) < 0 || pathTable_->Name(link.from.id, path) < 0) continue;
+      const auto type = static_cast<std::uint32_t>(link.type);
+      if ((type & (LT_CSS_LINK | LT_CSS_IMPORT)) == 0) continue;
+      const bool isPage = ClassifyFileType(path) != FT_CSS;
+      std::string charset =
+          isPage ? CCSSControl::CharsetOfPage(path) : CCSSControl::CharsetOfSheet(path);
+      if (!charset.empty()) return charset;
+      if (!isPage && known.insert(link.from.id).second) sheets.push_back(link.from.id);
+    }
+  }
+  return {};
+}
+
+// In a rebuild, a page that links the sheet may still come.
+bool SiteCSSUtil::WaitsForPage(int sheet) {
+  OperationMemo* const memo = manager_->GetOperationMemo();
+  if (memo == nullptr || !memo->sheetsWait) return false;
+  memo->waitingSheets.push_back(sheet);
+  return true;
 }
 
 // Registers the sheets among `first` and its siblings and below them, each before what it refers

@@ -186,7 +186,9 @@ class PlaceFinder {
   void LookThroughSheet(const std::string& path, WantedLinks& wanted) {
     if (!memo_.pageFile.open(path, memo_.nearbyFiles)) return;
     const std::string_view bytes(memo_.pageFile.top(), memo_.pageFile.size());
-    const std::string_view text = DecodeSheet(bytes, sheetText_);
+    // The encoding of what refers to it is not known here: references that are not ASCII in a sheet
+    // that needs it get no place.
+    const std::string_view text = DecodeSheet(bytes, {}, sheetText_);
     const bool isInFile = text.data() != sheetText_.data();
     references_.clear();
     CollectCssReferences(text, CssSource::kSheet, references_);

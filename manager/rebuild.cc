@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 #include <set>
+#include <utility>
 
 #include "manager/base/operation_memo.h"
 #include "manager/family_marks.h"
@@ -157,12 +158,14 @@ int SiteMgr::Rebuild::CollectLinks() {
   manager_.linkDB->strings()->MakeStringIndex();
   manager_.pathDB->strings()->MakeStringIndex();
   const int count = manager_.pathDB->Count();
+  manager_.operationMemo->sheetsWait = true;
   for (int number = 0; number < count; ++number) {
     if (progress_.Cancelled()) return -1;
     progress_.BeginRecord(number, count);
     CollectLinksOf(number, false);
   }
-  return CollectFound(count);
+  if (CollectFound(count) < 0) return -1;
+  return CollectWaitingSheets();
 }
 
 // Files that are there, though the walk has not come to them: below folders that are links, or for
@@ -184,6 +187,16 @@ int SiteMgr::Rebuild::CollectFound(int count) {
     } else if (manager_.linkRules == LinkRules::Web) {
       CollectLinksOf(number, true);
     }
+  }
+  return 0;
+}
+
+// The sheets that waited for a file that refers to them, and were reached from none.
+int SiteMgr::Rebuild::CollectWaitingSheets() {
+  manager_.operationMemo->sheetsWait = false;
+  for (const int sheet : std::exchange(manager_.operationMemo->waitingSheets, {})) {
+    if (progress_.Cancelled()) return -1;
+    CollectLinksOf(sheet, true);  // whether it is to be read was asked when it began to wait
   }
   return 0;
 }

@@ -39,6 +39,7 @@ class SiteMgr::Rebuild {
   int CollectLinks();
   void CollectLinksOf(int number, bool isFound);
   int CollectFound(int count);
+  int CollectWaitingSheets();
   bool IsToBeReadAs(const std::string& path);
   bool GoesInCircles(const std::string& folder) const;
   void Skip(int number, const std::string& path);

@@ -34,6 +34,10 @@ struct OperationMemo {
 
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
+  // In a rebuild: whether sheets that have the encoding of the page that links them wait for such a
+  // page, and the path numbers of those that do.
+  bool sheetsWait = false;
+  std::vector<std::int32_t> waitingSheets;
   // Path numbers of the files that the last style links lead to. No entry is deleted while links
   // are collected.
   RecentTexts<std::int32_t> styleTargets;

@@ -251,7 +251,7 @@ TEST_F(CssConformance, EncodingOfSheets) {
       bytes += lead < 0x80 ? utf8[at] : static_cast<char>((lead & 3) << 6 | (utf8[++at] & 0x3F));
     }
     std::string buffer;
-    EXPECT_EQ(LeavesOf(ValuesOf(DecodeSheet(bytes, buffer))), LeavesOf(expected[0])) << input;
+    EXPECT_EQ(LeavesOf(ValuesOf(DecodeSheet(bytes, "", buffer))), LeavesOf(expected[0])) << input;
     ++compared;
   }
   EXPECT_GT(compared, 12u);

@@ -1,6 +1,7 @@
 // Saved, removed and moved files.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -194,6 +195,38 @@ TEST(SavingInANewSite, RegistersTheSiteFolderFirst) {
                               "sub\\page.html -> index.html ../index.html 40 1\n"))
         << site.Dump();
   }
+}
+
+// A sheet that does not say its encoding has that of the page or sheet that refers to it, whichever
+// of the two is read first, in a rebuild or alone.
+TEST(SavingByTheWebRules, ReadsASheetInTheEncodingOfItsPage) {
+  TestSite site(LinkRules::Web);
+  site.write("a.css", "@import 'b.css'; p { content: url(\x95\x5C.gif) }");
+  site.write("b.css", "p { content: url(\x83\x5C.gif) }");
+  site.write("c.css", "@charset \"koi8-r\"; @import 'd.css'; p { content: url(\xC3.gif) }");
+  site.write("d.css", "p { content: url(\xC4.gif) }");
+  site.write("e.css", "p { content: url(\xC3\xA9.gif) }");
+  site.write("index.html",
+             "<meta charset=shift_jis><link rel=stylesheet href=a.css><link rel=stylesheet "
+             "href=c.css>");
+  const auto expectLinks = [&](const char* when) {
+    const std::string links = site.Links();
+    for (const char* link : {"a.css -> \u8868.gif ", "b.css -> \u30BD.gif ", "c.css -> \u0446.gif ",
+                             "d.css -> \u0434.gif ", "e.css -> \u00E9.gif "}) {
+      EXPECT_NE(links.find(link), std::string::npos) << when << ": " << link << "\n" << links;
+    }
+    EXPECT_EQ(std::count(links.begin(), links.end(), '\n'), 9) << links;
+  };
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  expectLinks("rebuilt");
+  const std::string dump = site.Dump();
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_EQ(site.Dump(), dump);
+  for (const char* name : {"a.css", "b.css", "d.css", "e.css"}) {
+    EXPECT_EQ(site.mgr->Save(site.path(name), nullptr), 0);
+  }
+  expectLinks("saved alone");
 }
 
 // By the web rules a link knows where it stands in the file, mark and all; not in a page that had
