@@ -8,6 +8,7 @@
 #include "css/css_node.h"
 #include "css/css_references.h"
 #include "css/reference_resolver.h"
+#include "dom/attr_table.h"
 #include "dom/code_conv.h"
 #include "dom/document.h"
 #include "dom/dom.h"
@@ -56,16 +57,9 @@ bool IsCss(const AttributeList& attributes, bool parameters) {
 }
 
 // The attributes of SVG elements that are the properties of their names and may hold addresses.
-constexpr std::string_view kPresentationAttributes[] = {"clip-path",    "cursor",     "fill",
-                                                        "filter",       "marker-end", "marker-mid",
-                                                        "marker-start", "mask",       "stroke"};
-
-std::string_view PresentedProperty(std::string_view attribute) {
-  for (const std::string_view property : kPresentationAttributes) {
-    if (EqualsLower(attribute, property)) return property;
-  }
-  return {};
-}
+constexpr AttrSet kPresentationAttributes{Attr::kClipPath,    Attr::kCursor,    Attr::kFill,
+                                          Attr::kFilter,      Attr::kMarkerEnd, Attr::kMarkerMid,
+                                          Attr::kMarkerStart, Attr::kMask,      Attr::kStroke};
 
 bool HoldsCharacterReference(std::string_view html) {
   return html.find('&') != std::string_view::npos;
@@ -140,7 +134,7 @@ bool CCSSControl::DependsOnCharset(const std::string& path) {
 
 CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
   CCSSFileTree tree(*this);
-  if (resolver_.rules() == LinkRules::Classic) tree.pageCharset_.emplace();
+  if (resolver_->rules() == LinkRules::Classic) tree.pageCharset_.emplace();
   if (document != nullptr) {
     CollectPage(path, *document, tree);
     return tree;
@@ -194,7 +188,7 @@ std::vector<CssNode> CCSSControl::ReadSheet(const CssNode& sheet, CCSSFileTree& 
   for (const CssReference& reference : found_) {
     AddNode(reference.text, reference.offset, TypeOf(reference.kind), references);
   }
-  if (resolver_.rules() == LinkRules::Web) {
+  if (resolver_->rules() == LinkRules::Web) {
     for (CssNode& node : references) node.charset = charset;
   }
   EndSiblings(references);
@@ -327,9 +321,8 @@ void CCSSControl::FindInPresentationAttributes(const Document& document) {
     const AttributeList attributes = element.attributes();
     for (std::size_t i = 0; i < attributes.size(); ++i) {
       const Attribute attribute = attributes.item(i);
-      if (attribute.attr() != Attr::kOther) continue;
-      const std::string_view property = PresentedProperty(attribute.name());
-      if (!property.empty()) FindInAttribute(document, attribute, property);
+      if (!kPresentationAttributes.contains(attribute.attr())) continue;
+      FindInAttribute(document, attribute, AttrName(attribute.attr()));
     }
   }
 }

@@ -46,8 +46,8 @@ class SiteCSSUtil {
  private:
   bool IsReady() const;
   bool IsWeb() const;
-  ZVRSIT_LOCAL std::string CharsetOfReferrer(int sheet) const;
-  ZVRSIT_LOCAL bool WaitsForPage(int sheet);
+  std::string CharsetOfReferrer(int sheet) const;
+  bool WaitsForPage(int sheet);
   void RegisterSheets(CCSSFileTree& tree, const std::string* first);
   bool RegisterSheet(CCSSFileTree& tree, const std::string* sheet);
   void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
