@@ -133,6 +133,15 @@ bool AppendDecodedName(std::string_view segment, std::string& out) {
   return IsName(std::string_view(out).substr(begin));
 }
 
+// Whether an external URL that is to have a host has none: such a URL is not valid.
+bool LacksHost(std::string_view url) {
+  const std::string_view scheme = SchemeOf(url);
+  if (!scheme.empty() && !IsWebScheme(scheme)) return false;
+  url.remove_prefix(scheme.empty() ? 0 : scheme.size() + 1);
+  const std::size_t host = url.find_first_not_of("/\\");
+  return host == kNpos || url[host] == '?' || url[host] == '#';
+}
+
 // Appends to a URL the folder names of a path; each name ends in a separator.
 void AppendFolders(std::string_view folders, std::string& url) {
   constexpr std::string_view kHex = "0123456789ABCDEF";
@@ -220,7 +229,7 @@ void TargetResolver::SetBase(std::string_view baseHref) {
   const TargetKind kind = ResolveWeb(baseHref, place);
   if (kind == TargetKind::kLocal) {
     SetBasePlace(place);
-  } else if (kind == TargetKind::kExternal) {
+  } else if (kind == TargetKind::kExternal && !LacksHost(place)) {
     baseText_ = place;
     externalBase_ = std::move(place);
   }

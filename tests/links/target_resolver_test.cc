@@ -135,7 +135,8 @@ TEST_F(TargetResolverTest, FollowsALocalBase) {
   ExpectPlaces(resolver_, {{"../b.htm", "\\site\\x\\b.htm"}});
   resolver_.BeginPage("\\site\\", "\\site\\a.htm");
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\b.htm"}});
-  for (const char* useless : {"javascript:x", "data:,x", "a%00", ""}) resolver_.SetBase(useless);
+  for (const char* useless : {"javascript:x", "data:,x", "a%00", "", "http://", "//?x"})
+    resolver_.SetBase(useless);
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\b.htm"}, {"#x", "\\site\\a.htm"}});
 }
 
