@@ -1,6 +1,7 @@
 #include "dom/document_builder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace zvrsit {
@@ -51,9 +52,20 @@ void DocumentBuilder::Build() {
   IndexTags();
 }
 
+// It holds a "-", as a few of SVG and MathML do too.
+bool DocumentBuilder::IsCustom(const TagSlices& slices) {
+  if (std::find(slices.name, slices.nameEnd, '-') == slices.nameEnd) return false;
+  constexpr const char* kOthers[] = {"annotation-xml", "color-profile", "font-face",
+                                     "missing-glyph"};
+  return std::none_of(std::begin(kOthers), std::end(kOthers), [&](const char* other) {
+    return BeginsWithNoCase(slices.name, slices.nameEnd, other);
+  });
+}
+
 ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
   const AttributeList attributes(&document_, std::span(document_.attributes_).subspan(committed_));
-  ForeignContent::StartTag start{NameOf(slices), slices.selfClosing, false, false, false};
+  ForeignContent::StartTag start{NameOf(slices), slices.selfClosing};
+  start.isCustom = IsCustom(slices);
   if (tag == Tag::kFont) {
     start.breaksOutFont = attributes.getNamedItem("color") || attributes.getNamedItem("face") ||
                           attributes.getNamedItem("size");

@@ -73,7 +73,7 @@ class DocumentBuilder {
       formIsOpen_ = foreign_.InTemplate() || foreign_.InShadow();
     }
     if (foreign_.Idle()) return;
-    foreign_.End(name);
+    foreign_.End(name, IsCustom(slices));
     ChooseLeftOut();
   }
 
@@ -116,6 +116,8 @@ class DocumentBuilder {
     return MakeNameKey({slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name)});
   }
 
+  // Whether a name is that of a custom element.
+  static bool IsCustom(const TagSlices& slices);
   // A start tag in SVG, MathML or TEMPLATE, or where one of them or a FORM begins.
   ContentModel Place(const TagSlices& slices, Tag tag);
   void IndexTags();

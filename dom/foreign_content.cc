@@ -6,6 +6,10 @@ namespace {
 constexpr TagSet kMathTextTags{Tag::kMi, Tag::kMo, Tag::kMn, Tag::kMs, Tag::kMtext};
 constexpr TagSet kSvgHtmlTags{Tag::kForeignObject, Tag::kSvgDesc, Tag::kSvgTitle};
 
+// Elements that are those of SVG only there: MathML has others of these names, which load nothing.
+constexpr TagSet kSvgOnlyTags{Tag::kSvgA,      Tag::kFeImage,  Tag::kImage,   Tag::kUse,
+                              Tag::kSvgScript, Tag::kSvgStyle, Tag::kSvgTitle};
+
 // Names that are HTML's alone: their end tag in SVG or MathML belongs to an element around it, if
 // none of that name was begun inside.
 constexpr TagSet kHtmlOnlyTags{
@@ -26,8 +30,8 @@ constexpr NameSet kHtmlOnlyNames(std::to_array<NameSet::Entry>(
      {"samp", true},   {"search", true},  {"section", true},  {"summary", true},
      {"time", true}}));
 
-bool IsHtmlOnly(const NameKey& name, Tag html) {
-  return kHtmlOnlyTags.contains(html) || kHtmlOnlyNames.Find(name, false);
+bool IsHtmlOnly(const NameKey& name, bool isCustom) {
+  return isCustom || kHtmlOnlyTags.contains(HtmlTagOf(name)) || kHtmlOnlyNames.Find(name, false);
 }
 
 }  // namespace
@@ -65,10 +69,11 @@ ForeignContent::Placed ForeignContent::StartHtml(Tag tag, const StartTag& start)
 
 ForeignContent::Placed ForeignContent::StartForeign(const StartTag& start) {
   const Tag tag = ForeignTagOf(start.name);
-  const Placed placed{tag, true, InTemplate(), InShadow()};
-  if (start.selfClosing) return placed;
-  if (IsHtmlOnly(start.name, HtmlTagOf(start.name))) ++stack_.back().openHtml;
   const bool svg = stack_.back().kind == Kind::kSvg;
+  const bool isOther = !svg && kSvgOnlyTags.contains(tag);
+  const Placed placed{isOther ? Tag::kOther : tag, true, InTemplate(), InShadow()};
+  if (start.selfClosing) return placed;
+  if (IsHtmlOnly(start.name, start.isCustom)) ++stack_.back().openHtml;
   if (tag == Tag::kSvg) {
     Push(Kind::kSvg, tag);
   } else if (tag == Tag::kMath && !svg) {
@@ -81,13 +86,13 @@ ForeignContent::Placed ForeignContent::StartForeign(const StartTag& start) {
   return placed;
 }
 
-void ForeignContent::End(const NameKey& name) {
+void ForeignContent::End(const NameKey& name, bool isCustom) {
   if (stack_.empty()) return;
   const Tag html = HtmlTagOf(name);
   if (html == Tag::kTemplate && !(InForeign() && stack_.back().openHtml > 0)) {
     if (stack_.back().nearestTemplate != kNone) PopTo(stack_.back().nearestTemplate);
   } else if (InForeign()) {
-    EndForeign(name, html);
+    EndForeign(name, html, IsHtmlOnly(name, isCustom));
   } else if (stack_.back().kind == Kind::kIntegrationPoint &&
              ForeignTagOf(name) == stack_.back().tag) {
     PopTo(stack_.size() - 1);
@@ -100,7 +105,7 @@ void ForeignContent::EndHtml(Tag tag) {
   if (!kVoidTags.contains(tag) && stack_.back().openHtml > 0) --stack_.back().openHtml;
 }
 
-void ForeignContent::EndForeign(const NameKey& name, Tag htmlTag) {
+void ForeignContent::EndForeign(const NameKey& name, Tag htmlTag, bool isHtmlOnly) {
   const Tag foreignTag = ForeignTagOf(name);
   Entry& top = stack_.back();
   if (foreignTag == top.tag) return PopTo(stack_.size() - 1);
@@ -110,7 +115,6 @@ void ForeignContent::EndForeign(const NameKey& name, Tag htmlTag) {
     return PopTo(around);
   }
   const bool image = foreignTag == Tag::kImage;
-  const bool isHtmlOnly = IsHtmlOnly(name, htmlTag);
   if (isHtmlOnly && top.openHtml > 0) {
     --top.openHtml;
   } else if (isHtmlOnly || (kBreakoutTags.contains(htmlTag) && !image)) {

@@ -32,6 +32,7 @@ class ForeignContent {
     bool breaksOutFont = false;   // a FONT with COLOR, FACE or SIZE
     bool htmlAnnotation = false;  // an annotation-xml whose ENCODING names HTML
     bool declaresShadow = false;  // a TEMPLATE whose content is a shadow root
+    bool isCustom = false;        // the name is that of a custom element
   };
   struct Placed {
     Tag tag;
@@ -42,7 +43,7 @@ class ForeignContent {
 
   // A start tag; where its element lies.
   Placed Start(const StartTag& start);
-  void End(const NameKey& name);
+  void End(const NameKey& name, bool isCustom);
 
  private:
   enum class Kind : std::uint8_t { kSvg, kMath, kIntegrationPoint, kTemplate, kShadow };
@@ -65,7 +66,7 @@ class ForeignContent {
   Placed StartHtml(Tag tag, const StartTag& start);
   Placed StartForeign(const StartTag& start);
   void EndHtml(Tag tag);
-  void EndForeign(const NameKey& name, Tag htmlTag);
+  void EndForeign(const NameKey& name, Tag htmlTag, bool isHtmlOnly);
   void Push(Kind kind, Tag tag);
   void PopTo(std::size_t size);
   void LeaveForeign();
