@@ -308,7 +308,7 @@ void CarryServer(LegacySession& session, const std::string& name) {
   if (newer.GetServProf(name, present) == 0) {
     if (present != server) Warn("the server \"" + name + "\" differs and is kept as it is");
   } else if (newer.SetServProf(name, server) != 0) {
-    throw Failure(kDatabase, "the profile of the server \"" + name + "\" cannot be written");
+    FailToWriteProfile("the server \"" + name + "\"");
   }
 }
 
@@ -369,7 +369,7 @@ int RunImport(const Options& options, const std::string& name) {
     if (profile.folders[slot].empty()) profile.folders[slot] = old.dir[slot];
   }
   if (newer.manager().SetSiteProf(name, profile) < 0) {
-    throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
+    FailToWriteProfile("\"" + name + "\"");
   }
   SiteTotals totals;
   const int code = RebuildNewer(session, name, hasMarks, totals);

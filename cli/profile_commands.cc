@@ -40,6 +40,7 @@ int RunRename(const Options& options, const std::string& name, const std::string
   session.HoldSite(name);
   NeedNewName(session, newName, name);
   if (session.manager().RenameSiteProf(name, newName) != 0) {
+    ThrowIfSystemFailed("\"" + name + "\" cannot be renamed");
     throw Failure(kUsage, "\"" + newName + "\" cannot be the name of a site");
   }
   return Show(options, session, newName);
@@ -48,9 +49,7 @@ int RunRename(const Options& options, const std::string& name, const std::string
 int RunDelete(const Options& options, const std::string& name) {
   Session session(options, Database::kMustExist);
   session.HoldSite(name);
-  if (session.manager().DeleteSiteProf(name) != 0) {
-    throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be deleted");
-  }
+  if (session.manager().DeleteSiteProf(name) != 0) FailToWriteProfile("\"" + name + "\"");
   if (options.json) PrintJson({{"deleted", JsonText(name)}});
   return kClean;
 }

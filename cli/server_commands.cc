@@ -125,8 +125,7 @@ int RunSet(const Options& options, const std::string& name, const Given& given) 
   if (password) server.password = *password;
   if (firewallPassword) server.firewallPassword = *firewallPassword;
   if (session.manager().SetServProf(name, server) != 0) {
-    ThrowIfSystemFailed("the profile of the server \"" + name + "\" cannot be written");
-    throw Failure(kDatabase, "the profile of the server \"" + name + "\" cannot be written");
+    FailToWriteProfile("the server \"" + name + "\"");
   }
   return Show(options, session, name);
 }
@@ -146,7 +145,7 @@ void LetGo(Session& session, const std::string& server, bool force) {
   for (const std::string& site : SitesOf(session, server)) {
     names += (names.empty() ? "" : ", ") + site;
     if (force && manager.SetSiteProfServer("", manager.FindSiteProf(site)) != 0) {
-      throw Failure(kDatabase, "the profile of \"" + site + "\" cannot be written");
+      FailToWriteProfile("\"" + site + "\"");
     }
   }
   if (!names.empty() && !force) {
@@ -160,7 +159,7 @@ int RunDelete(const Options& options, const std::string& name, bool force) {
   ReadServer(session, name);
   LetGo(session, name, force);
   if (session.manager().DeleteServProf(name) != 0) {
-    throw Failure(kDatabase, "the profile of the server \"" + name + "\" cannot be deleted");
+    FailToWriteProfile("the server \"" + name + "\"");
   }
   if (options.json) PrintJson({{"deleted", JsonText(name)}});
   return kClean;

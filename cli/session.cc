@@ -80,6 +80,12 @@ void ThrowIfSystemFailed(const std::string& what) {
   throw Failure(kFileSystem, what + ": " + std::generic_category().message(error));
 }
 
+void FailToWriteProfile(const std::string& whose) {
+  const std::string what = "the profile of " + whose + " cannot be written";
+  ThrowIfSystemFailed(what);
+  throw Failure(kDatabase, what);
+}
+
 std::string Take(std::string* text) {
   std::string result = text == nullptr ? std::string() : *text;
   SiteMgr::DeleteString(text);

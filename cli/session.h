@@ -124,6 +124,8 @@ std::string NativePath(const std::string& path);
 // Throws Failure(kFileSystem) when what failed last was the system's doing, such as a full disk:
 // with `what` and what the system says.
 void ThrowIfSystemFailed(const std::string& what);
+// Throws the Failure for a profile that cannot be written; `whose` stands in the message.
+[[noreturn]] void FailToWriteProfile(const std::string& whose);
 
 // Takes a string or a list of strings that the library returned; empty for null.
 std::string Take(std::string* text);

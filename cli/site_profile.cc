@@ -238,8 +238,7 @@ std::vector<std::string> ChangeSite(Session& session, const std::string& name,
   // Every path in the tables is one of the folder before.
   const bool moves = !SameFolder(before, profile, kSlotSiteFolder);
   if ((moves && manager.DeleteSiteProf(name) != 0) || manager.SetSiteProf(name, profile) < 0) {
-    ThrowIfSystemFailed("the profile of \"" + name + "\" cannot be written");
-    throw Failure(kDatabase, "the profile of \"" + name + "\" cannot be written");
+    FailToWriteProfile("\"" + name + "\"");
   }
   return reflect ? ReadFolderLinksAnew(session) : std::vector<std::string>();
 }
