@@ -34,9 +34,9 @@ index.htm -> no.htm  LT_ANCHOR  missing
 END
 expect zvrsit broken 図表 <<'END'
 index.htm
-     1: no.htm -> no.htm  LT_ANCHOR
+     1:52: no.htm -> no.htm  LT_ANCHOR
 予定.htm
-     1: 表/no.gif -> 表\no.gif  LT_IMG
+     1:27: 表/no.gif -> 表\no.gif  LT_IMG
 END
 expect zvrsit save 図表 予定.htm </dev/null
 expect zvrsit sites <<END

@@ -213,8 +213,10 @@ TEST(Convert, MalformedPartsAreReplaced) {
     {"gbk", "\xFF\x41", "\uFFFD\x41"},
     {"windows-1253", "\xD2z", "\uFFFDz"},
     {"euc-jp", "\xC9<\xA9\xA1<\x8E<\xFF\xFF\x8F\xB0", "\uFFFD<\uFFFD<\uFFFD<\uFFFD\uFFFD\uFFFD"},
+#if defined(_WIN32)
+    {"iso-2022-jp", "\x1B$BI\n\x1B(B\xFF<", "\uFFFD\n\uFFFD<"},
+#else
     {"iso-2022-jp", "\x1B$BI\n\x1B(B\xFF<", "\uFFFD\uFFFD<"},
-#if !defined(_WIN32)
     {"iso-2022-jp", "\x1B$BI\x1B(B<\x0E\x1B(I1\x60\x1B(J\x1B(B\x1Bx",
      "\uFFFD<\uFFFD\uFF71\uFFFD\uFFFD\uFFFDx"},
     {"shift_jis", "\xA0\xFD\x81\x20\x81\xFF", "\uFFFD\uFFFD\uFFFD \uFFFD"},
