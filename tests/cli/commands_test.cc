@@ -171,7 +171,8 @@ TEST(Commands, ReadPagesOfEveryType) {
   ASSERT_EQ(program.Build("demo").code, 0);
   EXPECT_EQ(program.Ask({"site", "show", "demo"})["top"], program.folder.native("site/index.php"));
   Words broken;
-  for (const Json& link : program.Ask({"broken", "demo"})["broken"]) {
+  const Json found = program.Ask({"broken", "demo"})["broken"];
+  for (const Json& link : found) {
     broken.push_back(link["from"].get<std::string>() + ":" + link["line"].dump() + " " +
                      link["to"].get<std::string>() + link["alt"].get<std::string>());
   }
