@@ -72,7 +72,8 @@ OlderCopy::OlderCopy(const std::string& database, const std::string& older) {
   SiteMgr manager;
   manager.SetLocking(SiteMgr::Locking::kAsk);
   manager.setDB(FolderPath(database).c_str(), "sites.R", "servers.R", 0);
-  if (manager.LockSite(kOlderDatabase) != 0) FailToLock(manager, database);
+  if (manager.LockSite(kOlderDatabase) != 0)
+    FailToLock(manager, database, database + ": the database");
   CopyFolder(PathOf(database) / PathOf(older), path());
 }
 

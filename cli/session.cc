@@ -160,13 +160,13 @@ void Session::Discard() {
   holdsProfiles_ = false;
 }
 
-void FailToLock(const SiteMgr& manager, const std::string& database) {
+void FailToLock(const SiteMgr& manager, const std::string& database, const std::string& what) {
   if (!manager.FoundInUse()) ThrowIfSystemFailed(database);
-  throw Failure(kDatabase, database + ": the database is in use by another process");
+  throw Failure(kDatabase, what + " is in use by another process");
 }
 
 void Session::NeedProfiles(bool areHeld) {
-  if (!areHeld) FailToLock(*manager_, database_);
+  if (!areHeld) FailToLock(*manager_, database_, database_ + ": the database");
 }
 
 void Session::HoldProfiles() {
@@ -193,8 +193,7 @@ void Session::LockSite(const std::string& name) {
     if (number_ >= 0) manager_->UnlockSite(number_);
     number_ = -1;
     if (manager_->LockSite(number) != 0) {
-      if (!manager_->FoundInUse()) ThrowIfSystemFailed(database_);
-      throw Failure(kDatabase, "the site \"" + name + "\" is in use by another process");
+      FailToLock(*manager_, database_, "the site \"" + name + "\"");
     }
     number_ = number;
   }

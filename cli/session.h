@@ -25,8 +25,9 @@ std::string DatabaseFolder(const Options& options);
 
 // The number, of no site, under which the database of the older generation is locked.
 constexpr int kOlderDatabase = 1 << 26;
-// Throws the Failure for a lock on the database in that native folder that was not had.
-[[noreturn]] void FailToLock(const SiteMgr& manager, const std::string& database);
+// Throws the Failure for a lock that was not had, on `what` of the database in that native folder.
+[[noreturn]] void FailToLock(const SiteMgr& manager, const std::string& database,
+                             const std::string& what);
 
 class Session {
  public:
