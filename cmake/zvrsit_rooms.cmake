@@ -81,5 +81,5 @@ function(zvrsit_test folder)
     return()
   endif()
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
-    PROPERTIES TIMEOUT 600)
+    PROPERTIES TIMEOUT 120)
 endfunction()
