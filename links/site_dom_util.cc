@@ -24,7 +24,7 @@ std::shared_ptr<LinkMemo> MemoOf(SiteMgrBase* manager, LinkRules rules) {
   OperationMemo* const operation = manager != nullptr ? manager->GetOperationMemo() : nullptr;
   if (operation != nullptr && operation->links != nullptr) return operation->links;
   const std::string* const name = manager != nullptr ? manager->GetDefaultUrl() : nullptr;
-  const auto memo = std::make_shared<LinkMemo>(rules, name);
+  auto memo = std::make_shared<LinkMemo>(rules, name);
   if (operation != nullptr) operation->links = memo;
   return memo;
 }
