@@ -6,7 +6,6 @@
 #include "dom/byte_search.h"
 #include "platform/file.h"
 #include "platform/large_memory.h"
-#include "platform/nearby_files.h"
 
 namespace zvrsit {
 namespace {
@@ -23,11 +22,6 @@ MappedFile::~MappedFile() = default;
 bool MappedFile::open(const std::string& path, int mode) {
   close();
   return mode == 0 && ReadAndClose(platform::Open(path, platform::kOpenReadOnly));
-}
-
-bool MappedFile::open(const std::string& path, platform::NearbyFiles& nearby) {
-  close();
-  return ReadAndClose(nearby.OpenToRead(path));
 }
 
 bool MappedFile::ReadAndClose(int fd) {

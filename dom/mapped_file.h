@@ -11,7 +11,6 @@ namespace zvrsit {
 
 namespace platform {
 class LargeBuffer;
-class NearbyFiles;
 }  // namespace platform
 
 // The content is read, not mapped: another program that cuts the file short cannot take bytes
@@ -27,8 +26,6 @@ class ZVRSIT_API MappedFile {
   // there is no such file, it is no regular file, it cannot be read, or it is larger than 2^31-1
   // bytes. A file that was open before is closed in any case.
   bool open(const std::string& path, int mode);
-  // The same for one of the files that an operation reads one after another.
-  bool open(const std::string& path, platform::NearbyFiles& nearby);
 
   // The content of the open file, good until close() or the next open(); kTextPadding zeros follow
   // it. Not null, even when the file is empty; without an open file, null and 0.

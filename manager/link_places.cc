@@ -184,7 +184,7 @@ class PlaceFinder {
   }
 
   void LookThroughSheet(const std::string& path, WantedLinks& wanted) {
-    if (!memo_.pageFile.open(path, memo_.nearbyFiles)) return;
+    if (!memo_.pageFile.open(path, 0)) return;
     const std::string_view bytes(memo_.pageFile.top(), memo_.pageFile.size());
     // The encoding of what refers to it is not known here: references that are not ASCII in a sheet
     // that needs it get no place.

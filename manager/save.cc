@@ -62,7 +62,7 @@ void ParsePage(PageSyntax syntax, OperationMemo& memo, Document& document) {
 }  // namespace
 
 bool ReadPage(const std::string& path, LinkRules rules, OperationMemo& memo, Document& document) {
-  if (!memo.pageFile.open(path, memo.nearbyFiles)) return false;
+  if (!memo.pageFile.open(path, 0)) return false;
   if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
     const PageSyntax syntax = rules == LinkRules::Web ? PageSyntaxOf(path) : PageSyntax::kHtml;
     ParsePage(syntax, memo, document);

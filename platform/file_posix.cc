@@ -45,10 +45,10 @@ int SystemFlags(int flags) {
   return result | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 }
 
-int OpenAt(int folder, const char* name, int flags, int permission) {
+int OpenNative(const char* name, int flags, int permission) {
   int fd;
   do {
-    fd = ::openat(folder, name, SystemFlags(flags), static_cast<mode_t>(permission));
+    fd = ::open(name, SystemFlags(flags), static_cast<mode_t>(permission));
   } while (fd < 0 && errno == EINTR);
   return fd;
 }
@@ -106,13 +106,7 @@ int FilledAt(int folder, const char* name, FileStat& result) {
 int Open(const std::string& path, int flags, int permission) {
   if (MustFail(FileCall::kOpen)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
-  return Noted(OpenAt(AT_FDCWD, nativePath.c_str(), flags, permission));
-}
-
-int OpenToReadIn(int folder, const char* name, const char* path) {
-  if (MustFail(FileCall::kOpen)) return Fail(EIO);
-  const int fd = OpenAt(folder, name, kOpenReadOnly, 0);
-  return fd >= 0 ? fd : Noted(OpenAt(AT_FDCWD, path, kOpenReadOnly, 0));
+  return Noted(OpenNative(nativePath.c_str(), flags, permission));
 }
 
 int Close(int fd) {

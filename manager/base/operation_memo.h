@@ -9,7 +9,6 @@
 
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
-#include "platform/nearby_files.h"
 #include "util/recent_texts.h"
 #include "util/url_id.h"
 
@@ -42,8 +41,7 @@ struct OperationMemo {
   // are collected.
   RecentTexts<std::int32_t> styleTargets;
 
-  // The folder and the buffers of the page being read, kept from page to page.
-  platform::NearbyFiles nearbyFiles;
+  // The buffers of the page being read, kept from page to page.
   MappedFile pageFile;
   CodeConv pageText;
   // Where the text of the page being read begins in its file; -1 when it had to be converted, so
