@@ -175,26 +175,48 @@ int RunBroken(const Options& options, const LinkQuery& query) {
 
 // --- peek ----------------------------------------------------------------------------------
 
-std::vector<std::string> Peek(LegacySession& session, const std::string& asked, bool isSite) {
+// Says which sites cannot be asked what they hold; true for none.
+bool CanAskAll(LegacySession& session, SitPeeper& peeper) {
+  bool all = true;
+  session.manager().EnumSiteProf(1);
+  while (std::string* name = session.manager().EnumSiteProf(0)) {
+    try {
+      session.NeedToPeep(peeper, Take(name));
+    } catch (const Failure& failure) {
+      Warn(failure.what());
+      all = false;
+    }
+  }
+  return all;
+}
+
+struct Peeped {
+  std::vector<std::string> names;
+  bool whole = true;  // every site could be asked
+};
+
+Peeped Peek(LegacySession& session, const std::string& asked, bool isSite) {
   SitPeeper peeper;
   session.Share(peeper);
+  if (isSite) session.NeedToPeep(peeper, asked);
+  const bool whole = isSite || CanAskAll(session, peeper);
   auto* const list = isSite ? peeper.EnumPath(asked) : peeper.GetSiteByPath(AbsolutePath(asked));
   if (list == nullptr) throw Failure(kDatabase, "the files of \"" + asked + "\" cannot be read");
-  return TakeList(list);
+  return {TakeList(list), whole};
 }
 
 int RunPeek(const Options& options, const std::string& asked) {
   LegacySession session(options, Database::kAsk);
   const bool isSite = session.manager().SiteProfGetID(asked) >= 0;
-  const std::vector<std::string> list = Peek(session, asked, isSite);
+  const Peeped peeped = Peek(session, asked, isSite);
   session.LetGo();
   Json names = Json::array();
-  for (const std::string& name : list) {
+  for (const std::string& name : peeped.names) {
     names.push_back(JsonText(isSite ? NativePath(name) : name));
     if (!options.json) Print("{}\n", LineText(isSite ? NativePath(name) : name));
   }
   if (options.json) PrintJson({{isSite ? "files" : "sites", names}});
-  return kClean;
+  return peeped.whole ? kClean : kDatabase;
 }
 
 // --- undo ----------------------------------------------------------------------------------

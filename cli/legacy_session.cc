@@ -16,7 +16,25 @@ constexpr const char* kFolder = "legacy";
 constexpr const char* kSites = "sites";
 constexpr const char* kServers = "servers";
 
-// The native folder of the older database; with kMake it may be missing.
+// Whether a file is there and holds anything.
+bool IsThere(const std::string& native) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(PathOf(native), error);
+  return !error && size != 0;
+}
+
+// Without the file of their texts, which opening would make anew, profiles have no names.
+void NeedTexts(const fs::path& profiles) {
+  constexpr std::uintmax_t kHeaderSize = 8;
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(profiles, error);
+  const std::string texts = NameOf(profiles) + "_S";
+  if (error || size <= kHeaderSize || IsThere(texts)) return;
+  throw Failure(kDatabase, texts + ": this file is missing; put a copy of it here");
+}
+
+// The native folder of the older database, in which no file of the profiles is missing; with kMake
+// it may itself be missing.
 std::string OlderFolder(const Options& options, Database database) {
   std::error_code error;
   const fs::path folder = PathOf(DatabaseFolder(options)) / kFolder;
@@ -24,14 +42,12 @@ std::string OlderFolder(const Options& options, Database database) {
     throw Failure(kDatabase, NameOf(folder) +
                                  ": there is no older database here (zvrsit legacy add makes one)");
   }
+  for (const char* profiles : {kSites, kServers}) NeedTexts(folder / profiles);
   return NameOf(folder);
 }
 
-// Whether a file is there and holds anything.
-bool IsThere(const std::string& native) {
-  std::error_code error;
-  const std::uintmax_t size = fs::file_size(PathOf(native), error);
-  return !error && size != 0;
+std::string MendOf(const std::string& site) {
+  return ": zvrsit legacy rebuild " + site + " makes it anew";
 }
 
 }  // namespace
@@ -105,12 +121,22 @@ bool LegacySession::HasFiles(const std::string& name) {
                      [this](const std::string& file) { return IsThere(Native(file)); });
 }
 
+void LegacySession::NeedFiles(const std::string& name) {
+  if (HasFiles(name)) return;
+  throw Failure(kDatabase,
+                "\"" + name + "\" was not rebuilt yet: run zvrsit legacy rebuild " + name);
+}
+
+void LegacySession::NeedToPeep(SitPeeper& peeper, const std::string& name) {
+  NeedFiles(name);
+  if (peeper.IsWhole(name)) return;
+  throw Failure(kDatabase,
+                Told(FilesOf(name).back()) + ": this file is missing or damaged" + MendOf(name));
+}
+
 void LegacySession::NeedWhole(const std::string& name) {
-  const std::string mend = ": zvrsit legacy rebuild " + name + " makes it anew";
-  if (!HasFiles(name)) {
-    throw Failure(kDatabase,
-                  "\"" + name + "\" was not rebuilt yet: run zvrsit legacy rebuild " + name);
-  }
+  const std::string mend = MendOf(name);
+  NeedFiles(name);
   for (const std::string& file : FilesOf(name)) {
     if (!IsThere(Native(file))) {
       throw Failure(kDatabase, Told(file) + ": this file is missing" + mend);

@@ -13,6 +13,7 @@
 #include "cli/output.h"
 #include "cli/session.h"
 #include "legacy/sit_mgr.h"
+#include "legacy/sit_peeper.h"
 
 namespace zvrsit::cli {
 
@@ -49,6 +50,9 @@ class LegacySession {
   // Opens a site; throws Failure: kUsage as above, kDatabase when one of its files is missing, is
   // damaged or cannot be opened.
   void Open(const std::string& name);
+  // Throws Failure(kDatabase) when the list of a site's files cannot be peeped into, is not whole,
+  // or was never made.
+  void NeedToPeep(SitPeeper& peeper, const std::string& name);
   // The same for a rebuild: missing files are made, and damaged ones that cannot be opened are
   // made anew, which stderr tells.
   void OpenToRebuild(const std::string& name);
@@ -76,6 +80,7 @@ class LegacySession {
   std::vector<std::string> FilesOf(const std::string& name);
   std::string Native(const std::string& file) const;
   std::string Told(const std::string& file) const;
+  void NeedFiles(const std::string& name);
   void NeedWhole(const std::string& name);
   void KnowFolder(const std::string& name);
   std::array<std::string, 2> Candidates(const std::string& native) const;

@@ -4,6 +4,7 @@
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_prof.h"
+#include "platform/file.h"
 
 namespace zvrsit {
 
@@ -20,8 +21,12 @@ int SitPeeper::BeginPeep(int siteId) {
   if (!folder) return -1;
   const std::unique_ptr<std::string> name(GetSiteProfUrlDB(siteId));
   if (!name) return Fail(kSitNoValue);
+  const std::string path = *folder + *name;
   auto urlDB = std::make_shared<SitBlockDB>();
-  if (urlDB->Open(*folder + *name, SitBlockDB::kUrlFile, SitBlockDB::kBuckets) < 0) {
+  platform::FileStat stat;
+  // Opening would make a file that is not there.
+  if (platform::Stat(path, stat) < 0 || stat.size == 0 ||
+      urlDB->Open(path, SitBlockDB::kUrlFile, SitBlockDB::kBuckets) < 0) {
     return Fail(kSitCannotOpen);
   }
   site_ = std::move(record);
@@ -35,11 +40,22 @@ int SitPeeper::EndPeep() {
   return 0;
 }
 
-std::vector<std::string*>* SitPeeper::EnumPath(const std::string& siteName) {
-  if (!siteProf_ || siteProf_->Num() < 1) return nullptr;
+int SitPeeper::BeginPeep(const std::string& siteName) {
   SiteRec record;
   int siteId = -1;
-  if (siteProf_->Find(siteName, record, &siteId) < 0 || BeginPeep(siteId) < 0) return nullptr;
+  if (!siteProf_ || siteProf_->Find(siteName, record, &siteId) < 0) return -1;
+  return BeginPeep(siteId);
+}
+
+bool SitPeeper::IsWhole(const std::string& siteName) {
+  if (BeginPeep(siteName) < 0) return false;
+  const bool whole = urlDB_->IsWhole() && site_->rebuild != 1;
+  EndPeep();
+  return whole;
+}
+
+std::vector<std::string*>* SitPeeper::EnumPath(const std::string& siteName) {
+  if (BeginPeep(siteName) < 0) return nullptr;
   auto paths = std::make_unique<std::vector<std::string*>>();
   for (int i = 0;; ++i) {
     std::string* path = UrlPath({kKindPath, i});

@@ -20,9 +20,12 @@ class ZVRSIT_API SitPeeper : public SitMgrBase {
   ~SitPeeper() override;
 
   // The paths of a site's files. Null without a profile store, for a name that no site has, and
-  // when the URL file cannot be opened (last error 4, 5, 15 or 17). An entry that cannot be read
-  // for another reason than that it is deleted is a null pointer.
+  // when the URL file is missing or cannot be opened (last error 4, 5, 15 or 17). An entry that
+  // cannot be read for another reason than that it is deleted is a null pointer.
   std::vector<std::string*>* EnumPath(const std::string& siteName);
+  // Whether the answers about a site are whole: its last rebuild came to its end, and all of its
+  // URL file can be read. False also where EnumPath gives null, with the same last errors.
+  bool IsWhole(const std::string& siteName);
   // The names of the sites that hold a path, byte for byte, in the order of their profiles; empty
   // for none. Null without an open profile store.
   std::vector<std::string*>* GetSiteByPath(const std::string& path);
@@ -30,6 +33,8 @@ class ZVRSIT_API SitPeeper : public SitMgrBase {
   int DeleteStrings(std::vector<std::string*>* strings);
 
  private:
+  // The site of that name.
+  ZVRSIT_LOCAL int BeginPeep(const std::string& siteName);
   ZVRSIT_LOCAL int BeginPeep(int siteId);
   ZVRSIT_LOCAL int EndPeep();
 };

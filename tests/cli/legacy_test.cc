@@ -132,14 +132,26 @@ TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {
       EXPECT_TRUE(outcome.complains(row.part)) << outcome.err;
       EXPECT_NE(outcome.err.find("zvrsit legacy rebuild demo"), std::string::npos) << outcome.err;
     }
+    // Only the file of the entries is looked into.
+    const int peeped = row.file == std::string("Url.db") ? 3 : 0;
+    for (const std::string& asked : {std::string("demo"), program.folder.native("site/b.html")}) {
+      const Outcome outcome = program.Run({"legacy", "peek", asked});
+      EXPECT_EQ(outcome.code, peeped) << row.file << row.what << asked;
+      EXPECT_TRUE(peeped == 0 || outcome.complains("Url.db")) << outcome.err;
+    }
+    EXPECT_EQ(program.folder.has(file), row.what != std::string("lost")) << file;
     const Outcome rebuilt = program.Run({"legacy", "rebuild", "demo"});
     EXPECT_EQ(rebuilt.out, "2 files, 5 links, 2 broken, 1 external URL\n") << rebuilt.err;
     EXPECT_EQ(program.Run({"legacy", "broken", "demo"}).code, 1) << row.file << row.what;
   }
   EXPECT_EQ(program.Run({"legacy", "add", "new", program.folder.native("site")}).code, 0);
-  const Outcome never = program.Run({"legacy", "broken", "new"});
-  EXPECT_EQ(never.code, 3);
-  EXPECT_TRUE(never.complains("zvrsit legacy rebuild new")) << never.err;
+  for (const Words& words : {Words{"legacy", "broken", "new"}, Words{"legacy", "peek", "new"},
+                             Words{"legacy", "peek", program.folder.native("site/b.html")}}) {
+    const Outcome never = program.Run(words);
+    EXPECT_EQ(never.code, 3) << words[1];
+    EXPECT_TRUE(never.complains("zvrsit legacy rebuild new")) << never.err;
+    EXPECT_EQ(never.out, words[2] == "new" ? "" : "demo\n");
+  }
 }
 
 // A limit on the size of files stands for a full disk.
@@ -237,6 +249,12 @@ TEST_F(OlderSite, SaysInOneLineWhatIsWrong) {
   const Outcome gone = program.Run({"legacy", "rebuild", "demo"});
   EXPECT_EQ(gone.code, 4);
   EXPECT_TRUE(gone.complains(site)) << gone.err;
+  std::filesystem::remove(program.folder.native("db/legacy/sites_S"));
+  for (const Words& words : {Words{"legacy", "sites"}, Words{"legacy", "add", "new", site + "2"}}) {
+    const Outcome nameless = program.Run(words);
+    EXPECT_EQ(nameless.code, 3) << words[1];
+    EXPECT_TRUE(nameless.complains("sites_S: this file is missing")) << nameless.err;
+  }
   const Program empty;
   EXPECT_EQ(empty.Run({"legacy", "links", "demo"}).code, 3);
   EXPECT_FALSE(empty.folder.has("db"));

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "legacy/legacy_site.h"
 
 namespace zvrsit {
@@ -53,10 +55,18 @@ TEST(SitPeeper, LooksIntoSitesWithoutOpeningThem) {
   EXPECT_EQ(Texts(peeper, peeper.GetSiteByPath("\\x\\b.htm")), Names());
   EXPECT_FALSE(site.folder().has("db/deleted"));
 
-  site.folder().write("db/other/Url.db", "damaged");
-  EXPECT_EQ(Texts(peeper, peeper.GetSiteByPath("\\x\\a.htm")), Names{"demo"});
-  EXPECT_EQ(peeper.EnumPath("other"), nullptr);
-  EXPECT_EQ(peeper.lastError(), 5);
+  EXPECT_TRUE(peeper.IsWhole("demo"));
+  for (const char* bytes : {"damaged", "", static_cast<const char*>(nullptr)}) {
+    std::filesystem::remove(site.folder().native("db/other/Url.db"));
+    if (bytes != nullptr) site.folder().write("db/other/Url.db", bytes);
+    EXPECT_EQ(Texts(peeper, peeper.GetSiteByPath("\\x\\a.htm")), Names{"demo"});
+    EXPECT_EQ(peeper.EnumPath("other"), nullptr);
+    EXPECT_EQ(peeper.lastError(), 5);
+    EXPECT_FALSE(peeper.IsWhole("other"));
+  }
+  EXPECT_FALSE(site.folder().has("db/other/Url.db")) << "looking makes no file";
+  site.folder().write("db/demo/Url.db", site.folder().read("db/demo/Url.db") + "more");
+  EXPECT_FALSE(peeper.IsWhole("demo"));
 }
 
 }  // namespace
