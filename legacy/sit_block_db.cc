@@ -1,6 +1,7 @@
 #include "legacy/sit_block_db.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -208,11 +209,11 @@ bool SitBlockDB::Store(int index, const std::string& bytes) {
     entry.length = Length(bytes);
     return true;
   }
-  if (!whole_) return false;
+  if (!whole_) return file_.RefuseWrite(EIO);
   const std::size_t capacity = (bytes.size() / kRoomUnit + 1) * kRoomUnit;
   if (end_ + kHeadSize + static_cast<std::int64_t>(capacity) >
       std::numeric_limits<std::int32_t>::max()) {
-    return false;
+    return file_.RefuseWrite(EFBIG);
   }
   const Block block{static_cast<std::int32_t>(end_), static_cast<std::int32_t>(capacity),
                     Length(bytes)};

@@ -106,7 +106,8 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
   // All links by number: 0 with both ends as new strings, or -1. 7 for a link whose source has no
   // text or whose target never was an entry, 15 for one whose target was deleted.
   int EnumLink(int reset, std::string** from, std::string** to);
-  // The target of the next link from `url`, the source of the next link to it.
+  // The target of the next link from `url`, the source of the next link to it. For ends that are
+  // no entries the last errors are those of EnumLink; 15 is then not the end.
   std::string* GetForeLinks(const std::string& url);
   std::string* GetBackLinks(const std::string& url);
   // The target of the next link from `url` when that link is broken; null with last error 0 when

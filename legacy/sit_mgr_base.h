@@ -173,7 +173,8 @@ class ZVRSIT_API SitMgrBase {
   // before.
   int SiteClose();
   // Whether the stores of the open site were read to the end of their files and hold what these
-  // count, and the last rebuild came to its end. A complete rebuild makes them whole.
+  // count, all links and relations join entries that are there, and the last rebuild came to its
+  // end. A complete rebuild makes them whole.
   bool IsSiteWhole() const;
   // The record number of the open site; -1 for none. The last error stays as it is.
   int OpenSite() const { return site_ ? siteId_ : -1; }
@@ -260,7 +261,7 @@ class ZVRSIT_API SitMgrBase {
   int SetLinkImgAlt(int link, const std::string& text);
   std::string* GetLinkImgAlt(int link);  // 17 when there is none
   int LinkBothSides(int link, UrlID& from, UrlID& to);
-  // The status word of the link's target entry; 7 when that is no live URL or junk entry.
+  // The status word of the link's target entry; 15 when that was deleted, 7 when it never was.
   int GetLinkStatus(int link);
   // All links of a pair in file order, kAnyUrlID standing for any end. Deleted ones that a crash
   // has left are stepped over, which the two below take for the end.
@@ -327,6 +328,13 @@ class ZVRSIT_API SitMgrBase {
   ZVRSIT_LOCAL int FailedWrites() const;
   // `result` with the last error 0; or, when writes have failed since `before`, -1 with `error`.
   ZVRSIT_LOCAL int Written(int before, int result = 0, int error = kSitWriteFailed);
+  // What `change` gives, or -1 with `error` when a write of it has failed.
+  template <class Change>
+  ZVRSIT_LOCAL int UnlessWritesFail(Change change, int error = kSitWriteFailed) {
+    const int before = FailedWrites();
+    const int result = change();
+    return FailedWrites() == before ? result : Fail(error);
+  }
   ZVRSIT_LOCAL std::string* FailText(int error);
   ZVRSIT_LOCAL int Succeed(int result = 0);
 
@@ -338,6 +346,8 @@ class ZVRSIT_API SitMgrBase {
   ZVRSIT_LOCAL static bool IsLinkEnd(const UrlID& id);
   ZVRSIT_LOCAL static bool IsRelEnd(const UrlID& id);
   ZVRSIT_LOCAL std::unique_ptr<SitPairRec> ReadLink(int link);
+  // For a target that could not be read: 15 stays when it was deleted, else 7.
+  ZVRSIT_LOCAL int FailTarget();
   // Deletes a link with its strings; no step of its own.
   ZVRSIT_LOCAL int DropLink(SitPairRec& record, bool force);
   // Gives a link its texts, each unless it is empty, and its type. 0 or -1.

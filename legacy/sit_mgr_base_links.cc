@@ -152,8 +152,11 @@ int SitMgrBase::GetLinkStatus(int link) {
   const auto record = ReadLink(link);
   if (!record) return -1;
   SitUrlRec target;
-  if (!IsLinkEnd(record->to) || GetUrlRec(record->to, target) < 0) return Fail(kSitNoStore);
-  return Succeed(target.status);
+  return GetUrlRec(record->to, target) < 0 ? FailTarget() : Succeed(target.status);
+}
+
+int SitMgrBase::FailTarget() {
+  return lastError_ == kSitNotFound ? -1 : Fail(kSitNoStore);
 }
 
 std::vector<int> SitMgrBase::LinksBetween(const UrlID& from, const UrlID& to) {

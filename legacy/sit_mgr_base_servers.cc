@@ -26,20 +26,20 @@ std::string* SitMgrBase::ServProfName(int number) {
 }
 
 int SitMgrBase::ServProfAdd(const std::string& name) {
-  return Servers().Add(name);
+  return UnlessWritesFail([&] { return Servers().Add(name); });
 }
 
 int SitMgrBase::ServProfDel(const std::string& name) {
-  return Servers().Del(name);
+  return UnlessWritesFail([&] { return Servers().Del(name); }, kSitDeleteFailed);
 }
 
 int SitMgrBase::ServProfCopy(const std::string& from, const std::string& to) {
   const Group group(*history_);
-  return Servers().Copy(from, to);
+  return UnlessWritesFail([&] { return Servers().Copy(from, to); });
 }
 
 int SitMgrBase::ServProfMove(const std::string& from, const std::string& to) {
-  return Servers().Move(from, to);
+  return UnlessWritesFail([&] { return Servers().Move(from, to); });
 }
 
 int SitMgrBase::ServProfGetID(const std::string& name) {

@@ -99,8 +99,16 @@ int SitMgrBase::SiteClose() {
 }
 
 bool SitMgrBase::IsSiteWhole() const {
+  const auto isEntry = [this](const UrlID& id) {
+    const SitBlockDB* store = id.kind == kKindPath     ? urlDB_.get()
+                              : id.kind == kKindUrl    ? junkDB_.get()
+                              : id.kind == kKindFolder ? folderDB_.get()
+                                                       : nullptr;
+    return store != nullptr && store->State(id.id) == kSitOk;
+  };
   return linkDB_ && linkDB_->IsWhole() && relDB_->IsWhole() && urlDB_->IsWhole() &&
-         junkDB_->IsWhole() && folderDB_->IsWhole() && SiteNow().rebuild != 1;
+         junkDB_->IsWhole() && folderDB_->IsWhole() && SiteNow().rebuild != 1 &&
+         linkDB_->HasAllEnds(isEntry) && relDB_->HasAllEnds(isEntry);
 }
 
 std::optional<std::string> SitMgrBase::SiteString(int id) const {

@@ -42,17 +42,17 @@ std::string* SitMgrBase::SiteProfName(int number) {
 int SitMgrBase::SiteProfAdd(const std::string& name) {
   const Group group(*history_);
   if (!IsSiteName(name)) return Fail(kSitBadArgument);
-  return Sites().Add(name) < 0 ? -1 : NameSiteFiles(name);
+  return UnlessWritesFail([&] { return Sites().Add(name) < 0 ? -1 : NameSiteFiles(name); });
 }
 
 int SitMgrBase::SiteProfDel(const std::string& name) {
-  return Sites().Del(name);
+  return UnlessWritesFail([&] { return Sites().Del(name); }, kSitDeleteFailed);
 }
 
 int SitMgrBase::SiteProfCopy(const std::string& from, const std::string& to) {
   const Group group(*history_);
   if (!IsSiteName(to)) return Fail(kSitBadArgument);
-  return Sites().Copy(from, to) < 0 ? -1 : NameSiteFiles(to);
+  return UnlessWritesFail([&] { return Sites().Copy(from, to) < 0 ? -1 : NameSiteFiles(to); });
 }
 
 int SitMgrBase::SiteProfMove(const std::string& from, const std::string& to) {
@@ -60,7 +60,7 @@ int SitMgrBase::SiteProfMove(const std::string& from, const std::string& to) {
     history_->NewStep();
     return Fail(kSitBadArgument);
   }
-  return Sites().Move(from, to);
+  return UnlessWritesFail([&] { return Sites().Move(from, to); });
 }
 
 int SitMgrBase::SiteProfGetID(const std::string& name) {
@@ -85,13 +85,12 @@ int SitMgrBase::NameSiteFiles(const std::string& name) {
   if (number < 0) return -1;
   std::string folder = name;
   for (int i = 2; IsFolderTaken(folder); ++i) folder = name + "~" + std::to_string(i);
-  const int before = FailedWrites();
-  SetSiteProfUrlDB(number, folder + "\\Url.db");
-  SetSiteProfJunkDB(number, folder + "\\Junk.db");
-  SetSiteProfLinkDB(number, folder + "\\Link.db");
-  SetSiteProfFolderDB(number, folder + "\\Folder.db");
-  SetSiteProfRelDB(number, folder + "\\Rel.db");
-  return lastError_ == kSitOk ? Written(before) : -1;
+  const bool named = SetSiteProfUrlDB(number, folder + "\\Url.db") == 0 &&
+                     SetSiteProfJunkDB(number, folder + "\\Junk.db") == 0 &&
+                     SetSiteProfLinkDB(number, folder + "\\Link.db") == 0 &&
+                     SetSiteProfFolderDB(number, folder + "\\Folder.db") == 0 &&
+                     SetSiteProfRelDB(number, folder + "\\Rel.db") == 0;
+  return named ? 0 : -1;
 }
 
 int SitMgrBase::SetSiteProfDir(int number, const std::string& text, int folder) {

@@ -109,7 +109,7 @@ int SitMgr::EnumLink(int reset, std::string** from, std::string** to) {
   if (*to != nullptr) return Succeed();
   DeleteString(*from);
   *from = nullptr;
-  return lastError_ == kSitNotFound ? -1 : Fail(kSitNoStore);
+  return FailTarget();
 }
 
 std::string* SitMgr::NextLink(const std::string& url, LinkQuery query) {
@@ -127,7 +127,8 @@ std::string* SitMgr::NextLink(const std::string& url, LinkQuery query) {
   UrlID to;
   if (LinkBothSides(link, from, to) < 0) return nullptr;
   std::string* text = UrlUrl(query == LinkQuery::kBack ? from : to);
-  return text != nullptr ? text : FailText(kSitNoStore);
+  if (text == nullptr) query == LinkQuery::kBack ? Fail(kSitNoStore) : FailTarget();
+  return text;
 }
 
 std::string* SitMgr::GetForeLinks(const std::string& url) {

@@ -47,6 +47,7 @@ int SitPairDB::Open(const std::string& path, int kind) {
   nextId_ = liveCount_ = 0;
   hidden_ = slots_ = 0;
   whole_ = false;
+  inSlots_ = true;
   const int opened = file_.Open(path);
   if (!path.empty()) strings_.Open(path.substr(0, path.size() - 1) + "S");
   return opened < 0 ? -1 : Load();
@@ -70,6 +71,7 @@ int SitPairDB::Load() {
     const auto record = LoadWords<SitPairRec>(bytes.data());
     // Deleted records are indexed too, under id -1; Find meets them and callers count on it.
     index_.Append(record.id, record.from, record.to);
+    inSlots_ = inSlots_ && (record.id == -1 || record.id == loaded);
   }
   // A crash may have come between a record and its count.
   whole_ = loaded == SlotsInFile() && (slots == loaded || slots == loaded - 1);

@@ -110,11 +110,20 @@ class SitPairDB {
   // The ids of all live records of a pair in file order, (-1, -1) standing for any. Neither uses
   // nor changes the memory of Find.
   std::vector<int> Matching(const UrlID& from, const UrlID& to) const;
+  // Whether `isEntry` holds for both ends of all live records.
+  template <class IsEntry>
+  bool HasAllEnds(IsEntry isEntry) const {
+    for (int at = index_.Head(); at != PairIndex::kNone; at = index_.Next(at)) {
+      const PairIndex::Node& pair = index_.At(at);
+      if (pair.id >= 0 && !(isEntry(pair.from) && isEntry(pair.to))) return false;
+    }
+    return true;
+  }
 
   bool IsOpen() const { return file_.IsOpen(); }
-  // Whether Open has read both files to their ends and found what their headers count. A record
-  // may be there that the header does not count yet.
-  bool IsWhole() const { return whole_ && strings_.IsWhole(); }
+  // Whether Open has read both files to their ends and found what their headers count, each record
+  // in its own slot. A record may be there that the header does not count yet.
+  bool IsWhole() const { return whole_ && inSlots_ && strings_.IsWhole(); }
   int failedWrites() const { return file_.failedWrites() + strings_.failedWrites(); }
   const std::string& path() const { return path_; }
   int lastErrno() const { return file_.lastErrno(); }
@@ -142,6 +151,7 @@ class SitPairDB {
   std::int32_t nextId_ = 0;
   std::int64_t liveCount_ = 0;
   bool whole_ = false;
+  bool inSlots_ = true;      // no record has the number of another slot
   std::int32_t hidden_ = 0;  // slots that a damaged header keeps from being loaded
   std::int32_t slots_ = 0;   // slots up to the highest that the file has
   SitHist* history_;

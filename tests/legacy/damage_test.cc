@@ -295,6 +295,15 @@ TEST_F(SiteToPack, ADamagedSiteIsNotWholeUntilItIsRebuilt) {
   }
 }
 
+TEST_F(SiteToPack, ALinkOfAWrongNumberOrWithoutAnEndIsDamage) {
+  for (const std::size_t offset : {8u, 8u + 20, 8u + 28}) {
+    std::string spoiled = bytes[0];
+    spoiled.replace(offset, 4, "w\0\0\0", 4);
+    Restore(0, spoiled);
+    EXPECT_FALSE(site.mgr->IsSiteWhole()) << offset;
+  }
+}
+
 class FailingWrites : public ManyFiles {};
 
 TEST_F(FailingWrites, AreToldWhereTheStringsCannotBeOpened) {
@@ -306,14 +315,35 @@ TEST_F(FailingWrites, AreToldWhereTheStringsCannotBeOpened) {
   EXPECT_EQ(site.mgr->GetLastError(), kSitWriteFailed);
 }
 
+// Nothing is added to a damaged file of entries, so a page cannot get links to new ones.
+TEST_F(FailingWrites, AreToldWhereATargetHasNoRoom) {
+  LegacySite site;
+  site.write("page.html", "");
+  site.Open();
+  ASSERT_EQ(site.mgr->SiteRebuildDB(1), 0);
+  site.mgr->SiteClose();
+  for (const auto& [name, target] :
+       {std::pair("Url", "a.html"), std::pair("Junk", "http://e.org/")}) {
+    const std::string file = std::string("db/demo/") + name + ".db";
+    const std::string bytes = site.folder().read(file);
+    site.folder().write(file, bytes + "more");
+    site.write("page.html", std::string("<a href=") + target + ">");
+    site.Open();
+    EXPECT_EQ(site.mgr->Save(site.path("page.html")), -1) << file;
+    EXPECT_EQ(site.mgr->GetLastError(), kSitWriteFailed) << file;
+    site.mgr->SiteClose();
+    site.folder().write(file, bytes);
+  }
+}
+
 // Every write of an operation that changes a site, failing.
 TEST_F(FailingWrites, AreToldByTheOperation) {
   LegacySite site;
   const auto prepare = [&] {
     site.mgr.reset();
-    std::filesystem::remove_all(site.folder().native("db/demo"));
+    std::filesystem::remove_all(site.folder().native("db"));
     site.write("page.html", "<title>T</title><a href=a.html>a</a><img src=b.gif alt=B>");
-    site.Start();
+    site.MakeDatabase();
     site.Open();
     site.mgr->SiteRebuildDB(1);
     site.write("page.html", "<title>New</title><a href=a.html>a</a><img src=c.gif alt=C>");
@@ -349,6 +379,10 @@ TEST_F(FailingWrites, AreToldByTheOperation) {
          property.useDocRoot = 1;
          return mgr->SetSiteProf("demo", property);
        }},
+      {"SiteProfAdd", [&] { return mgr->SiteProfAdd("new"); }},
+      {"SiteProfCopy", [&] { return mgr->SiteProfCopy("demo", "new"); }},
+      {"SiteProfMove", [&] { return mgr->SiteProfMove("demo", "new"); }},
+      {"SiteProfDel", [&] { return mgr->SiteProfDel("demo"); }},
   };
   for (const auto& row : rows) {
     int result = 0;

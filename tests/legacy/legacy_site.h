@@ -32,6 +32,10 @@ class LegacySite {
  public:
   LegacySite() {
     folder_.makeFolder("site");
+    MakeDatabase();
+  }
+
+  void MakeDatabase() {
     Start();
     SitSiteProperty property;
     property.dir[1] = dir();

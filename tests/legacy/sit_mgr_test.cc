@@ -146,8 +146,17 @@ TEST_F(OpenSite, EnumLinkSkipsDeletedLinksAndNamesDamagedOnes) {
   Text(from);
   Text(to);
   EXPECT_EQ(mgr.GetLinkStatus(3), 0);
-  EXPECT_EQ(mgr.GetLinkStatus(4), -1);
-  EXPECT_EQ(mgr.GetLastError(), 7);
+  for (const int error : {7, 15}) {
+    EXPECT_EQ(Text(mgr.GetForeLinks("b")), "(null)");
+    EXPECT_EQ(mgr.GetLastError(), error);
+  }
+  EXPECT_EQ(Text(mgr.GetBackLinks("a")), "a");
+  EXPECT_EQ(Text(mgr.GetBackLinks("a")), "(null)");
+  EXPECT_EQ(mgr.GetLastError(), 7) << "the source has no text";
+  for (const auto& [link, error] : {std::pair(4, 7), std::pair(5, 15)}) {
+    EXPECT_EQ(mgr.GetLinkStatus(link), -1);
+    EXPECT_EQ(mgr.GetLastError(), error) << link;
+  }
 }
 
 TEST_F(OpenSite, EntriesAndTheirFields) {
