@@ -21,7 +21,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   links/live_address.h
   links/page_types.h
   links/site_url.h
-  manager/base/site_mgr_base.h
+  manager_base/site_mgr_base.h
   manager/family_marks.h
   manager/profiles.h
   manager/site_changes.h

@@ -11,13 +11,13 @@
 #include "links/extractor.h"
 #include "links/link_type.h"
 #include "links/server_code.h"
-#include "links/site_css_util.h"
 #include "manager/page_reader.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
 #include "platform/code_page.h"
 #include "platform/code_page_text.h"
 #include "platform/file.h"
+#include "registration/site_css_util.h"
 
 namespace zvrsit {
 

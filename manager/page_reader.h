@@ -7,7 +7,7 @@
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "links/link_rules.h"
-#include "manager/base/operation_memo.h"
+#include "manager_base/operation_memo.h"
 
 namespace zvrsit {
 

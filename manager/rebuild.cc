@@ -5,9 +5,9 @@
 #include <set>
 #include <utility>
 
-#include "manager/base/operation_memo.h"
 #include "manager/family_marks.h"
 #include "manager/record_access.h"
+#include "manager_base/operation_memo.h"
 #include "platform/file.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"

@@ -5,12 +5,12 @@
 
 #include "links/page_types.h"
 #include "links/server_code.h"
-#include "links/site_css_util.h"
-#include "links/site_dom_util.h"
-#include "manager/base/operation_memo.h"
 #include "manager/page_reader.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
+#include "manager_base/operation_memo.h"
+#include "registration/site_css_util.h"
+#include "registration/site_dom_util.h"
 #include "util/file_type.h"
 
 namespace zvrsit {

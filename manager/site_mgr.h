@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "manager/base/site_mgr_base.h"
 #include "manager/profiles.h"
 #include "manager/site_changes.h"
 #include "manager/site_link.h"
 #include "manager/site_totals.h"
+#include "manager_base/site_mgr_base.h"
 #include "util/site_rec_cell.h"
 #include "util/vec.h"
 

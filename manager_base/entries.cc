@@ -2,8 +2,8 @@
 #include <string_view>
 #include <vector>
 
-#include "manager/base/operation_memo.h"
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/operation_memo.h"
+#include "manager_base/site_mgr_base.h"
 #include "platform/file.h"
 #include "platform/folder_search.h"
 #include "storage/records.h"

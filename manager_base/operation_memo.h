@@ -14,7 +14,7 @@
 
 namespace zvrsit {
 
-struct LinkMemo;  // links/link_memo.h
+struct LinkMemo;  // registration/link_memo.h
 
 // Holds for as long as nobody but the operation itself changes the site. SiteMgrBase has one while
 // an Operation lives; outside of an operation there is none.

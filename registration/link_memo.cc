@@ -1,4 +1,4 @@
-#include "links/link_memo.h"
+#include "registration/link_memo.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "manager/base/site_locks.h"
+#include "manager_base/site_locks.h"
 
 namespace zvrsit {
 

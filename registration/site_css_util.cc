@@ -1,4 +1,4 @@
-#include "links/site_css_util.h"
+#include "registration/site_css_util.h"
 
 #include <unordered_set>
 #include <vector>
@@ -6,8 +6,8 @@
 #include "css/css_control.h"
 #include "links/link_type.h"
 #include "links/server_code.h"
-#include "manager/base/operation_memo.h"
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/operation_memo.h"
+#include "manager_base/site_mgr_base.h"
 #include "storage/records.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"

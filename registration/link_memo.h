@@ -11,7 +11,7 @@
 #include "links/extractor.h"
 #include "links/folder_documents.h"
 #include "links/target_resolver.h"
-#include "manager/base/operation_memo.h"
+#include "manager_base/operation_memo.h"
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
 #include "tables/site_link_db.h"

@@ -1,4 +1,4 @@
-#include "links/site_dom_util.h"
+#include "registration/site_dom_util.h"
 
 #include <array>
 #include <cstdint>
@@ -6,12 +6,12 @@
 
 #include "dom/document.h"
 #include "links/classic_target.h"
-#include "links/link_memo.h"
 #include "links/server_code.h"
-#include "manager/base/operation_memo.h"
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/operation_memo.h"
+#include "manager_base/site_mgr_base.h"
 #include "platform/file.h"
 #include "platform/folder_search.h"
+#include "registration/link_memo.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
 #include "tables/site_url_db.h"

@@ -1,8 +1,8 @@
 // Sharing a database with other processes.
 #include <memory>
 
-#include "manager/base/site_locks.h"
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/site_locks.h"
+#include "manager_base/site_mgr_base.h"
 #include "tables/site_serv_prof_db.h"
 #include "tables/site_site_prof_db.h"
 

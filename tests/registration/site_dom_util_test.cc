@@ -1,11 +1,11 @@
-#include "links/site_dom_util.h"
+#include "registration/site_dom_util.h"
 
 #include <gtest/gtest.h>
 
 #include "dom/dom.h"
 #include "links/link_type.h"
-#include "manager/base/operation_memo.h"
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/operation_memo.h"
+#include "manager_base/site_mgr_base.h"
 #include "support/temp_folder.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"

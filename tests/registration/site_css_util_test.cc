@@ -1,4 +1,4 @@
-#include "links/site_css_util.h"
+#include "registration/site_css_util.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "links/link_type.h"
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/site_mgr_base.h"
 #include "storage/records.h"
 #include "support/temp_folder.h"
 #include "tables/site_link_db.h"

@@ -1,12 +1,12 @@
-#include "manager/base/site_mgr_base.h"
+#include "manager_base/site_mgr_base.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "css/css_control.h"
 #include "links/page_types.h"
-#include "manager/base/operation_memo.h"
-#include "manager/base/site_locks.h"
+#include "manager_base/operation_memo.h"
+#include "manager_base/site_locks.h"
 #include "platform/file.h"
 #include "storage/records.h"
 #include "tables/site_folder_db.h"
