@@ -5,9 +5,7 @@
 #include <utility>
 
 #include "css/css_decode.h"
-#include "css/css_node.h"
-#include "css/css_references.h"
-#include "css/reference_resolver.h"
+#include "css/css_reader.h"
 #include "dom/attr_table.h"
 #include "dom/code_conv.h"
 #include "dom/document.h"
@@ -15,7 +13,7 @@
 #include "dom/mapped_file.h"
 #include "links/ascii.h"
 #include "links/html_values.h"
-#include "links/page_parts.h"
+#include "links/page_file.h"
 
 namespace zvrsit {
 namespace {
@@ -77,41 +75,34 @@ CssNode RootNode(const std::string& path) {
 
 }  // namespace
 
-CCSSControl::CCSSControl()
-    : resolver_(std::make_unique<ReferenceResolver>()),
-      parts_(std::make_unique<PageParts>()),
-      base_(kPageItself) {}
+CCSSControl::CCSSControl() : reader_(std::make_unique<Reader>()) {}
 CCSSControl::~CCSSControl() = default;
 
 void CCSSControl::SetObject(DOM* dom) {
-  dom_ = dom;
+  reader_->dom = dom;
 }
 
 void CCSSControl::ClearSiteOption() {
-  siteFolder_.clear();
-  slot7_.clear();
-  slot3_.clear();
-  documentRoot_.clear();
+  reader_->siteFolder.clear();
+  reader_->documentRoot.clear();
   SetLinkRules(LinkRules::Classic);
 }
 
-void CCSSControl::SetSiteSaveDir(const std::string& siteFolder, const std::string& slot7,
-                                 const std::string& slot3) {
-  siteFolder_ = siteFolder;
-  slot7_ = slot7;
-  slot3_ = slot3;
+void CCSSControl::SetSiteSaveDir(const std::string& siteFolder, const std::string&,
+                                 const std::string&) {
+  reader_->siteFolder = siteFolder;
 }
 
 void CCSSControl::SetSiteDocumentRoot(const std::string& folder) {
-  documentRoot_ = folder;
+  reader_->documentRoot = folder;
 }
 
 void CCSSControl::SetLinkRules(LinkRules rules) {
-  *resolver_ = ReferenceResolver(rules);
+  reader_->resolver = ReferenceResolver(rules);
 }
 
 void CCSSControl::SetLiveUrl(const std::string& url) {
-  resolver_->SetLiveUrl(url, siteFolder_);
+  reader_->resolver.SetLiveUrl(url, reader_->siteFolder);
 }
 
 std::string CCSSControl::CharsetOfPage(const std::string& path) {
@@ -133,25 +124,18 @@ bool CCSSControl::DependsOnCharset(const std::string& path) {
 }
 
 CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
-  CCSSFileTree tree(*this);
-  if (resolver_->rules() == LinkRules::Classic) tree.pageCharset_.emplace();
+  auto tree = std::make_unique<CCSSFileTree::Sheets>(*reader_);
+  if (reader_->resolver.rules() == LinkRules::Classic) tree->pageCharset.emplace();
   if (document != nullptr) {
-    CollectPage(path, *document, tree);
-    return tree;
+    reader_->CollectPage(path, *document, *tree);
+    return CCSSFileTree(std::move(tree));
   }
-  Document* const page = dom_ == nullptr ? nullptr : dom_->createDocument("HTML");
-  if (page == nullptr) return tree;
-  MappedFile file;
-  CodeConv conversion;
-  if (file.open(path, 0) && conversion.Import(file.top(), file.size(), 0)) {
-    const int length = static_cast<int>(conversion.length());
-    if (page->createNodesInPlace(conversion.text(), length, true, DocumentScope::kReferences) ==
-        0) {
-      CollectPage(path, *page, tree);
-    }
-  }
-  dom_->deleteDocument(page);
-  return tree;
+  Document* const page = reader_->dom == nullptr ? nullptr : reader_->dom->createDocument("HTML");
+  if (page == nullptr) return CCSSFileTree(std::move(tree));
+  PageFile file;
+  if (file.Read(path, reader_->resolver.rules(), *page)) reader_->CollectPage(path, *page, *tree);
+  reader_->dom->deleteDocument(page);
+  return CCSSFileTree(std::move(tree));
 }
 
 CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path) {
@@ -159,15 +143,16 @@ CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path) {
 }
 
 CCSSFileTree CCSSControl::GetFileTreeFromCSS(const std::string& path, const std::string& charset) {
-  CCSSFileTree tree(*this);
-  tree.pageCharset_ = charset;
-  tree.roots_.push_back(RootNode(path));
-  tree.roots_.back().isSheet = true;
-  EndSiblings(tree.roots_);
-  return tree;
+  auto tree = std::make_unique<CCSSFileTree::Sheets>(*reader_);
+  tree->pageCharset = charset;
+  tree->roots.push_back(RootNode(path));
+  tree->roots.back().isSheet = true;
+  EndSiblings(tree->roots);
+  return CCSSFileTree(std::move(tree));
 }
 
-std::vector<CssNode> CCSSControl::ReadSheet(const CssNode& sheet, CCSSFileTree& tree) {
+std::vector<CssNode> CCSSControl::Reader::ReadSheet(const CssNode& sheet,
+                                                    CCSSFileTree::Sheets& tree) {
   std::vector<CssNode> references;
   MappedFile file;
   if (!file.open(sheet, 0)) return references;
@@ -188,60 +173,60 @@ std::vector<CssNode> CCSSControl::ReadSheet(const CssNode& sheet, CCSSFileTree& 
   for (const CssReference& reference : found_) {
     AddNode(reference.text, reference.offset, TypeOf(reference.kind), references);
   }
-  if (resolver_->rules() == LinkRules::Web) {
+  if (resolver.rules() == LinkRules::Web) {
     for (CssNode& node : references) node.charset = charset;
   }
   EndSiblings(references);
   return references;
 }
 
-void CCSSControl::BeginFile(const std::string& path) {
-  resolver_->BeginFile(documentRoot_.empty() ? siteFolder_ : documentRoot_, path);
+void CCSSControl::Reader::BeginFile(const std::string& path) {
+  resolver.BeginFile(documentRoot.empty() ? siteFolder : documentRoot, path);
   base_ = kPageItself;
 }
 
-void CCSSControl::TurnToBase(std::int32_t base) {
+void CCSSControl::Reader::TurnToBase(std::int32_t base) {
   if (base == base_) return;
   BeginFile(page_);
-  parts_->ForEachBase(base, [this](const std::string& href) { resolver_->SetBase(href); });
+  parts_.ForEachBase(base, [this](const std::string& href) { resolver.SetBase(href); });
   base_ = base;
 }
 
-void CCSSControl::CollectPage(const std::string& path, const Document& document,
-                              CCSSFileTree& tree) {
-  tree.roots_.push_back(RootNode(path));
+void CCSSControl::Reader::CollectPage(const std::string& path, const Document& document,
+                                      CCSSFileTree::Sheets& tree) {
+  tree.roots.push_back(RootNode(path));
   page_ = path;
   BeginFile(path);
-  parts_->Read(document, resolver_->rules());
-  for (const PagePart& part : parts_->parts()) CollectPart(part, tree);
-  parts_->Clear();
-  EndSiblings(tree.ofThePage_);
-  EndSiblings(tree.roots_);
+  parts_.Read(document, resolver.rules());
+  for (const PagePart& part : parts_.parts()) CollectPart(part, tree);
+  parts_.Clear();
+  EndSiblings(tree.ofThePage);
+  EndSiblings(tree.roots);
 }
 
-void CCSSControl::CollectPart(const PagePart& part, CCSSFileTree& tree) {
+void CCSSControl::Reader::CollectPart(const PagePart& part, CCSSFileTree::Sheets& tree) {
   AddLinks(part, tree);
   found_.clear();
   FindInStyles(*part.document);
   FindInStyleAttributes(*part.document);
-  AddPageReferences(part, true, tree.ofThePage_);
-  if (resolver_->rules() == LinkRules::Classic) return;
+  AddPageReferences(part, true, tree.ofThePage);
+  if (resolver.rules() == LinkRules::Classic) return;
   found_.clear();
   FindInPresentationAttributes(*part.document);
-  AddPageReferences(part, false, tree.ofThePage_);
+  AddPageReferences(part, false, tree.ofThePage);
 }
 
 // Whether an element is one of the page by the rules at hand.
-bool CCSSControl::Counts(const Element& element) const {
-  return resolver_->rules() == LinkRules::Web || !element.inShadow();
+bool CCSSControl::Reader::Counts(const Element& element) const {
+  return resolver.rules() == LinkRules::Web || !element.inShadow();
 }
 
 // A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
 // ordinary link of the page, but the sheet is read all the same.
-void CCSSControl::AddLinks(const PagePart& part, CCSSFileTree& tree) {
-  const bool isWeb = resolver_->rules() == LinkRules::Web;
+void CCSSControl::Reader::AddLinks(const PagePart& part, CCSSFileTree::Sheets& tree) {
+  const bool isWeb = resolver.rules() == LinkRules::Web;
   const std::span<const std::uint32_t> links = part.document->elementsOf(Tag::kLink);
-  tree.ofThePage_.reserve(std::min(links.size(), kUsualLinks));
+  tree.ofThePage.reserve(std::min(links.size(), kUsualLinks));
   for (const std::uint32_t index : links) {
     const Element element = part.document->element(index);
     const AttributeList attributes = element.attributes();
@@ -253,7 +238,7 @@ void CCSSControl::AddLinks(const PagePart& part, CCSSFileTree& tree) {
     const bool isStyleLink = EqualsLower(rel_, kStylesheet);
     if (!isStyleLink && !HoldsStylesheet(rel_)) continue;
     if (isWeb && !IsCss(attributes, true)) continue;
-    std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage_ : tree.roots_;
+    std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage : tree.roots;
     const auto offset = static_cast<int>(part.OffsetInPage(href.valueOffset()));
     TurnToBase(part.BaseAt(href.valueOffset()));
     href_.clear();
@@ -263,7 +248,7 @@ void CCSSControl::AddLinks(const PagePart& part, CCSSFileTree& tree) {
   }
 }
 
-void CCSSControl::FindInStyles(const Document& document) {
+void CCSSControl::Reader::FindInStyles(const Document& document) {
   for (const std::uint32_t index : document.elementsOf(Tag::kStyle)) {
     const Element style = document.element(index);
     const Text text = style.firstChild().asText();
@@ -277,7 +262,7 @@ void CCSSControl::FindInStyles(const Document& document) {
 }
 
 // There markup is markup: the sheet is made of texts and CDATA sections, without the comments.
-void CCSSControl::FindInSvgStyle(const Document& document, const Element& style) {
+void CCSSControl::Reader::FindInSvgStyle(const Document& document, const Element& style) {
   const std::vector<Text> texts = style.leadingTexts();
   if (texts.empty()) return;
   const std::string_view first = texts.front().rawData();
@@ -290,11 +275,11 @@ void CCSSControl::FindInSvgStyle(const Document& document, const Element& style)
   FindInPage(document, first, sheet, CssSource::kSheet);
 }
 
-void CCSSControl::FindInStyleAttributes(const Document& document) {
+void CCSSControl::Reader::FindInStyleAttributes(const Document& document) {
   bool hasBody = false;
   for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
     if (!Counts(style.element)) continue;
-    if (resolver_->rules() == LinkRules::Web && style.element.tag() == Tag::kBody) {
+    if (resolver.rules() == LinkRules::Web && style.element.tag() == Tag::kBody) {
       // A browser gives the attributes of a second BODY to the first, where that lacks them.
       if (hasBody) continue;
       hasBody = true;
@@ -304,8 +289,8 @@ void CCSSControl::FindInStyleAttributes(const Document& document) {
 }
 
 // Of a style attribute, or of one that is the value of a property.
-void CCSSControl::FindInAttribute(const Document& document, const Attribute& attribute,
-                                  std::string_view property) {
+void CCSSControl::Reader::FindInAttribute(const Document& document, const Attribute& attribute,
+                                          std::string_view property) {
   const std::string_view raw = attribute.rawValue();
   const bool isDecoded = !HoldsCharacterReference(raw);
   if (isDecoded && raw.find('(') == std::string_view::npos) return;  // holds no address
@@ -313,7 +298,7 @@ void CCSSControl::FindInAttribute(const Document& document, const Attribute& att
   FindInPage(document, raw, isDecoded ? raw : decoded, CssSource::kDeclarations, property);
 }
 
-void CCSSControl::FindInPresentationAttributes(const Document& document) {
+void CCSSControl::Reader::FindInPresentationAttributes(const Document& document) {
   if (document.elementsOf(Tag::kSvg).empty()) return;
   for (std::uint32_t index = 0; index < document.elementCount(); ++index) {
     const Element element = document.element(index);
@@ -329,9 +314,9 @@ void CCSSControl::FindInPresentationAttributes(const Document& document) {
 
 // `raw` is a part of the document's text, and `decoded` what it stands for, or the same. Offsets
 // in decoded text would be off, so there the whole part is where its references stand.
-void CCSSControl::FindInPage(const Document& document, std::string_view raw,
-                             std::string_view decoded, CssSource source,
-                             std::string_view property) {
+void CCSSControl::Reader::FindInPage(const Document& document, std::string_view raw,
+                                     std::string_view decoded, CssSource source,
+                                     std::string_view property) {
   const auto start = static_cast<std::int32_t>(raw.data() - document.text().data());
   const bool isExact = decoded.data() == raw.data();
   const size_t first = found_.size();
@@ -345,8 +330,8 @@ void CCSSControl::FindInPage(const Document& document, std::string_view raw,
   }
 }
 
-void CCSSControl::AddPageReferences(const PagePart& part, bool atOnce,
-                                    std::vector<CssNode>& nodes) {
+void CCSSControl::Reader::AddPageReferences(const PagePart& part, bool atOnce,
+                                            std::vector<CssNode>& nodes) {
   for (const CssReference& reference : found_) {
     const auto place = static_cast<std::uint32_t>(reference.offset);
     TurnToBase(atOnce ? part.BaseAt(place) : part.base);
@@ -356,11 +341,11 @@ void CCSSControl::AddPageReferences(const PagePart& part, bool atOnce,
 }
 
 // False when the reference names nothing that could be recorded.
-bool CCSSControl::AddNode(std::string_view declared, int offset, int type,
-                          std::vector<CssNode>& nodes) {
+bool CCSSControl::Reader::AddNode(std::string_view declared, int offset, int type,
+                                  std::vector<CssNode>& nodes) {
   if (declared.empty()) return false;
   CssNode& node = nodes.emplace_back();
-  const TargetKind kind = resolver_->Resolve(declared, node);
+  const TargetKind kind = resolver.Resolve(declared, node);
   if (node.empty() || kind == TargetKind::kNone || kind == TargetKind::kUnresolvable) {
     nodes.pop_back();
     return false;
@@ -375,9 +360,9 @@ bool CCSSControl::AddNode(std::string_view declared, int offset, int type,
 }
 
 // Under the web rules only what lies in the site is read.
-bool CCSSControl::IsReadable(const std::string& path) const {
-  if (resolver_->rules() == LinkRules::Classic) return true;
-  return path.compare(0, siteFolder_.size(), siteFolder_) == 0;
+bool CCSSControl::Reader::IsReadable(const std::string& path) const {
+  if (resolver.rules() == LinkRules::Classic) return true;
+  return path.compare(0, siteFolder.size(), siteFolder) == 0;
 }
 
 }  // namespace zvrsit

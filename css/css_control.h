@@ -1,11 +1,8 @@
 // The style-sheet library's front: reads the sheets of pages and gives their file trees.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "css/css_file_tree.h"
 #include "links/link_rules.h"
@@ -13,16 +10,8 @@
 
 namespace zvrsit {
 
-class Attribute;
 class DOM;
 class Document;
-class Element;
-class PageParts;
-class ReferenceResolver;
-struct CssNode;
-enum class CssSource : std::uint8_t;
-struct CssReference;
-struct PagePart;
 
 // Nothing that was read is kept beyond its tree: a tree shows pages and sheets as they are on the
 // disk. One thread at a time uses a control and its trees.
@@ -44,9 +33,9 @@ class ZVRSIT_API CCSSControl {
 
   // Forgets the folders and goes back to the classic link rules.
   void ClearSiteOption();
-  // The folders of the open site: the site folder, which ends in `\`, and the folders of slots 7
-  // and 3 of its profile, empty when unset. The latter two are where the application saves parts
-  // of a page; no reference is resolved through them.
+  // The folders of the open site: the site folder, which ends in `\`, and those where the
+  // application saves parts of a page (slots 7 and 3 of its profile), which are not used: no
+  // reference is resolved through them.
   void SetSiteSaveDir(const std::string& siteFolder, const std::string& slot7,
                       const std::string& slot3);
   // The folder that "/" names; the site folder where this is not called or `folder` is empty.
@@ -78,49 +67,9 @@ class ZVRSIT_API CCSSControl {
 
  private:
   friend class CCSSFileTree;
+  class ZVRSIT_LOCAL Reader;  // css/css_reader.h
 
-  // What a sheet refers to; nothing when it cannot be read.
-  ZVRSIT_LOCAL std::vector<CssNode> ReadSheet(const CssNode& sheet, CCSSFileTree& tree);
-
-  ZVRSIT_LOCAL void CollectPage(const std::string& path, const Document& document,
-                                CCSSFileTree& tree);
-  ZVRSIT_LOCAL void CollectPart(const PagePart& part, CCSSFileTree& tree);
-  ZVRSIT_LOCAL void AddLinks(const PagePart& part, CCSSFileTree& tree);
-  ZVRSIT_LOCAL bool Counts(const Element& element) const;
-  // All append to found_.
-  ZVRSIT_LOCAL void FindInStyles(const Document& document);
-  ZVRSIT_LOCAL void FindInSvgStyle(const Document& document, const Element& style);
-  ZVRSIT_LOCAL void FindInStyleAttributes(const Document& document);
-  ZVRSIT_LOCAL void FindInPresentationAttributes(const Document& document);
-  ZVRSIT_LOCAL void FindInAttribute(const Document& document, const Attribute& attribute,
-                                    std::string_view property);
-  ZVRSIT_LOCAL void FindInPage(const Document& document, std::string_view raw,
-                               std::string_view decoded, CssSource source,
-                               std::string_view property = {});
-
-  // References are taken from the file at `path` from here on.
-  ZVRSIT_LOCAL void BeginFile(const std::string& path);
-  // The same for the page at hand and one of its bases.
-  ZVRSIT_LOCAL void TurnToBase(std::int32_t base);
-  // Those of found_, in a part of the page. `atOnce`: a BASE behind them does not count.
-  ZVRSIT_LOCAL void AddPageReferences(const PagePart& part, bool atOnce,
-                                      std::vector<CssNode>& nodes);
-  ZVRSIT_LOCAL bool AddNode(std::string_view declared, int offset, int type,
-                            std::vector<CssNode>& nodes);
-  ZVRSIT_LOCAL bool IsReadable(const std::string& path) const;
-
-  DOM* dom_ = nullptr;
-  std::string siteFolder_;
-  std::string slot7_;
-  std::string slot3_;
-  std::string documentRoot_;
-  std::unique_ptr<ReferenceResolver> resolver_;
-  std::string page_;  // whose parts_ are being read
-  std::unique_ptr<PageParts> parts_;
-  std::int32_t base_;                // of parts_, which references are taken from now
-  std::vector<CssReference> found_;  // scratch
-  std::string rel_;                  // scratch
-  std::string href_;                 // scratch
+  std::unique_ptr<Reader> reader_;
 };
 
 }  // namespace zvrsit

@@ -1,7 +1,6 @@
 #include "css/css_file_tree.h"
 
-#include "css/css_control.h"
-#include "css/css_node.h"
+#include "css/css_reader.h"
 #include "platform/file.h"
 
 namespace zvrsit {
@@ -13,13 +12,13 @@ const CssNode* AsNode(const std::string* node) {
 
 }  // namespace
 
-CCSSFileTree::CCSSFileTree(CCSSControl& control) : control_(&control) {}
+CCSSFileTree::CCSSFileTree(std::unique_ptr<Sheets> sheets) : sheets_(std::move(sheets)) {}
 CCSSFileTree::CCSSFileTree(CCSSFileTree&&) noexcept = default;
 CCSSFileTree& CCSSFileTree::operator=(CCSSFileTree&&) noexcept = default;
 CCSSFileTree::~CCSSFileTree() = default;
 
 const std::string* CCSSFileTree::getRoot() const {
-  return roots_.empty() ? nullptr : &roots_.front();
+  return sheets_->roots.empty() ? nullptr : &sheets_->roots.front();
 }
 
 int CCSSFileTree::hasChildren(const std::string* node) {
@@ -28,7 +27,7 @@ int CCSSFileTree::hasChildren(const std::string* node) {
 
 const std::string* CCSSFileTree::getFirstChild(const std::string* node) {
   if (node == nullptr) return nullptr;
-  const std::vector<CssNode>* children = ChildrenOf(*AsNode(node));
+  const std::vector<CssNode>* children = sheets_->ChildrenOf(*AsNode(node));
   return children == nullptr || children->empty() ? nullptr : &children->front();
 }
 
@@ -58,26 +57,26 @@ int CCSSFileTree::isSheet(const std::string* node) const {
   return node != nullptr && AsNode(node)->isSheet ? 1 : 0;
 }
 
-const std::vector<CssNode>* CCSSFileTree::ChildrenOf(const CssNode& node) {
-  if (!node.isSheet) return &node == &roots_.front() ? &ofThePage_ : nullptr;
+const std::vector<CssNode>* CCSSFileTree::Sheets::ChildrenOf(const CssNode& node) {
+  if (!node.isSheet) return &node == &roots.front() ? &ofThePage : nullptr;
   const auto [asked, isNew] = askedAbout_.try_emplace(&node, nullptr);
   if (isNew) asked->second = SheetChildren(node);
   return asked->second;
 }
 
 // The references of a sheet that this tree has not shown before.
-const std::vector<CssNode>* CCSSFileTree::SheetChildren(const CssNode& node) {
+const std::vector<CssNode>* CCSSFileTree::Sheets::SheetChildren(const CssNode& node) {
   platform::FileStat file;
   if (platform::Stat(node, file) < 0 || !file.isRegular()) return nullptr;
   const auto [shown, isNew] = sheets_.try_emplace({file.device, file.file});
   if (!isNew) return nullptr;
-  shown->second = control_->ReadSheet(node, *this);
+  shown->second = reader.ReadSheet(node, *this);
   return &shown->second;
 }
 
-const std::string& CCSSFileTree::PageCharset() {
-  if (!pageCharset_) pageCharset_ = CCSSControl::CharsetOfPage(roots_.front());
-  return *pageCharset_;
+const std::string& CCSSFileTree::Sheets::PageCharset() {
+  if (!pageCharset) pageCharset = CCSSControl::CharsetOfPage(roots.front());
+  return *pageCharset;
 }
 
 }  // namespace zvrsit

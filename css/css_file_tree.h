@@ -1,20 +1,14 @@
 // What a page or a style sheet refers to, and what those files refer to in turn.
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <optional>
+#include <memory>
 #include <string>
-#include <unordered_map>
-#include <utility>
-#include <vector>
 
 #include "platform/api.h"
 
 namespace zvrsit {
 
 class CCSSControl;
-struct CssNode;
 
 // A tree of strings: each node is the full `\` path of a file, or a URL, and its children are what
 // that file refers to, in the order of the file. A reference that stands twice is two nodes. A
@@ -58,20 +52,11 @@ class ZVRSIT_API CCSSFileTree {
 
  private:
   friend class CCSSControl;
-  using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;  // device and file
+  struct ZVRSIT_LOCAL Sheets;  // css/css_reader.h
 
-  ZVRSIT_LOCAL explicit CCSSFileTree(CCSSControl& control);
-  ZVRSIT_LOCAL const std::vector<CssNode>* ChildrenOf(const CssNode& node);
-  ZVRSIT_LOCAL const std::vector<CssNode>* SheetChildren(const CssNode& node);
-  // The label of the encoding of the page; empty when it is not known. The tree's.
-  ZVRSIT_LOCAL const std::string& PageCharset();
+  ZVRSIT_LOCAL explicit CCSSFileTree(std::unique_ptr<Sheets> sheets);
 
-  CCSSControl* control_;
-  std::vector<CssNode> roots_;              // the root, then its siblings
-  std::vector<CssNode> ofThePage_;          // the root's children, when it is a page
-  std::optional<std::string> pageCharset_;  // once it was asked for
-  std::unordered_map<const CssNode*, const std::vector<CssNode>*> askedAbout_;
-  std::map<FileIdentity, std::vector<CssNode>> sheets_;  // their references
+  std::unique_ptr<Sheets> sheets_;
 };
 
 }  // namespace zvrsit

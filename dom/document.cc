@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "dom/document_arrays.h"
 #include "dom/document_builder.h"
 #include "dom/double_byte.h"
 #include "dom/html_text.h"
@@ -63,9 +64,9 @@ class TextSink {
 std::string_view Attribute::name() const {
   std::size_t length = record_->nameLength;
   if (length == AttributeRecord::kLongName) {
-    const char* name = document_->source() + record_->nameOffset;
+    const char* name = document_->arrays_->source() + record_->nameOffset;
     length = static_cast<std::size_t>(
-        FindClass(name + 1, document_->sourceEnd(), kAttributeNameEnd) - name);
+        FindClass(name + 1, document_->arrays_->sourceEnd(), kAttributeNameEnd) - name);
   }
   return document_->text().substr(record_->nameOffset, length);
 }
@@ -105,17 +106,31 @@ std::string Text::data(bool decode) const {
 // Element, NodeIterator.
 
 std::string_view Element::name() const {
-  const char* name = document_->source() + offset() + 1;
-  const char* end = FindClass(name, document_->sourceEnd(), kTagNameEnd);
+  const char* name = document_->arrays_->source() + offset() + 1;
+  const char* end = FindClass(name, document_->arrays_->sourceEnd(), kTagNameEnd);
   return document_->text().substr(offset() + 1, static_cast<std::size_t>(end - name));
 }
 
 Node Element::firstChild() const {
-  return document_->FirstChild(index_);
+  const Document::Arrays& arrays = *document_->arrays_;
+  const ElementRecord& element = record();
+  const bool selfClosing = (element.flags & ElementRecord::kSelfClosing) != 0;
+  if ((!isHtml() || arrays.xml) && selfClosing) return {};
+  if (isHtml() && (kVoidTags.contains(tag()) || tag() == Tag::kTemplate)) return {};
+  Text text;
+  if (isHtml() && ContentModelOf(tag()) != ContentModel::kData) {
+    text = arrays.RawTextOf(index_);
+  } else if (index_ + 1 < document_->elementCount() &&
+             document_->element(index_ + 1).offset() == element.end) {
+    return Node(document_->element(index_ + 1));
+  } else {
+    text = arrays.TextAt(element.end, !isHtml());
+  }
+  return text ? Node(text) : Node();
 }
 
 std::vector<Text> Element::leadingTexts() const {
-  return document_->LeadingTexts(index_);
+  return document_->arrays_->LeadingTexts(index_);
 }
 
 Element NodeIterator::next() {
@@ -129,32 +144,46 @@ Element NodeIterator::next() {
 
 // Document.
 
-Document::Document() {
+Document::Document() : arrays_(std::make_unique<Arrays>()) {
   clear();
 }
 Document::~Document() = default;
 
+void Document::Arrays::Clear() {
+  text = {};
+  xml = false;
+  ClearAndTrim(copy);
+  ClearAndTrim(masked);
+  ClearAndTrim(elements);
+  ClearAndTrim(attributes);
+  ClearAndTrim(rawTexts);
+  if (byTag.capacity() * sizeof(byTag[0]) > kKeptBytes) byTag = {};
+  tagStart.fill(0);
+  elements.push_back({0, 0, 0, Tag::kOther, 0});
+}
+
 void Document::clear() {
-  text_ = nullptr;
-  length_ = 0;
-  xml_ = false;
-  ClearAndTrim(copy_);
-  ClearAndTrim(maskedText_);
-  ClearAndTrim(elements_);
-  ClearAndTrim(attributes_);
-  ClearAndTrim(rawTexts_);
-  if (byTag_.capacity() * sizeof(byTag_[0]) > kKeptBytes) byTag_ = {};
-  tagStart_.fill(0);
-  elements_.push_back({0, 0, 0, Tag::kOther, 0});
+  arrays_->Clear();
+  NoteArrays();
+}
+
+void Document::NoteArrays() {
+  text_ = arrays_->text;
+  elementCount_ = arrays_->elements.size() - 1;
+  elements_ = arrays_->elements.data();
+  attributes_ = arrays_->attributes.data();
+  byTag_ = arrays_->byTag.data();
+  tagStart_ = arrays_->tagStart.data();
 }
 
 int Document::createNodes(const char* text, int length, Node* parent, bool decode) {
   clear();
   if (text == nullptr || length < 0 || parent != nullptr) return -1;
-  copy_.reserve(static_cast<std::size_t>(length) + kTextPadding);
-  copy_.assign(text, text + length);
-  copy_.resize(copy_.size() + kTextPadding);
-  Build(copy_.data(), static_cast<std::size_t>(length), decode, DocumentScope::kWhole);
+  std::vector<char>& copy = arrays_->copy;
+  copy.reserve(static_cast<std::size_t>(length) + kTextPadding);
+  copy.assign(text, text + length);
+  copy.resize(copy.size() + kTextPadding);
+  Build({copy.data(), static_cast<std::size_t>(length)}, decode, DocumentScope::kWhole);
   return 0;
 }
 
@@ -162,20 +191,20 @@ int Document::createNodesInPlace(const char* text, int length, bool decode, Docu
                                  DocumentSyntax syntax) {
   clear();
   if (text == nullptr || length < 0) return -1;
-  xml_ = syntax == DocumentSyntax::kXml;
-  Build(text, static_cast<std::size_t>(length), decode, scope);
+  arrays_->xml = syntax == DocumentSyntax::kXml;
+  Build({text, static_cast<std::size_t>(length)}, decode, scope);
   return 0;
 }
 
-void Document::Build(const char* text, std::size_t length, bool decode, DocumentScope scope) {
-  text_ = text;
-  length_ = length;
+void Document::Build(std::string_view text, bool decode, DocumentScope scope) {
+  arrays_->text = text_ = text;
   decode_ = decode;
   if (platform::HasLeadBytes()) {
-    maskedText_.assign(length + kTextPadding, '\0');
-    MaskTrailBytes(text, length, maskedText_.data());
+    arrays_->masked.assign(text.size() + kTextPadding, '\0');
+    MaskTrailBytes(text.data(), text.size(), arrays_->masked.data());
   }
-  DocumentBuilder(*this, source(), scope).Build();
+  DocumentBuilder(*this, *arrays_, scope).Build();
+  NoteArrays();
 }
 
 NodeIterator Document::getElementsByTagName(const char* upperCaseName) const {
@@ -192,9 +221,10 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
   std::uint32_t index = 0;
   Element last;
   const auto named = [attr](const AttributeRecord& record) { return record.attr == attr; };
-  for (auto at = attributes_.begin();
-       (at = std::find_if(at, attributes_.end(), named)) != attributes_.end(); ++at) {
-    const auto i = static_cast<std::size_t>(at - attributes_.begin());
+  const std::vector<AttributeRecord>& attributes = arrays_->attributes;
+  for (auto at = attributes.begin();
+       (at = std::find_if(at, attributes.end(), named)) != attributes.end(); ++at) {
+    const auto i = static_cast<std::size_t>(at - attributes.begin());
     while (elements_[index + 1].firstAttribute <= i) ++index;
     const Element bearer = element(index);
     if (bearer.inTemplate() || bearer == last) continue;
@@ -204,58 +234,41 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
   return found;
 }
 
-Node Document::FirstChild(std::uint32_t index) const {
-  const ElementRecord& element = elements_[index];
-  const bool foreign = (element.flags & ElementRecord::kForeign) != 0;
-  const bool selfClosing = (element.flags & ElementRecord::kSelfClosing) != 0;
-  if ((foreign || xml_) && selfClosing) return {};
-  if (!foreign && (kVoidTags.contains(element.tag) || element.tag == Tag::kTemplate)) return {};
-  Text text;
-  if (!foreign && ContentModelOf(element.tag) != ContentModel::kData) {
-    text = RawTextOf(index);
-  } else if (index + 1 < elementCount() && elements_[index + 1].offset == element.end) {
-    return Node(this->element(index + 1));
-  } else {
-    text = TextAt(element.end, foreign);
-  }
-  return text ? Node(text) : Node();
-}
-
-std::vector<Text> Document::LeadingTexts(std::uint32_t index) const {
-  const ElementRecord& element = elements_[index];
+std::vector<Text> Document::Arrays::LeadingTexts(std::uint32_t index) const {
+  const ElementRecord& element = elements[index];
   if ((element.flags & ElementRecord::kSelfClosing) != 0) return {};
-  TextSink sink(source(), text());
+  TextSink sink(source(), text);
   // Up to the next element, so that a page is read once however many of these it has.
-  const std::size_t length = elements_[index + 1].offset - element.end;
+  const std::size_t length = elements[index + 1].offset - element.end;
   HtmlTokenizer<TextSink>(source() + element.end, length, sink).Run();
   return std::move(sink.texts);
 }
 
-Text Document::RawTextOf(std::uint32_t index) const {
+Text Document::Arrays::RawTextOf(std::uint32_t index) const {
   const auto found = std::lower_bound(
-      rawTexts_.begin(), rawTexts_.end(), index,
-      [](const RawTextRecord& record, std::uint32_t wanted) { return record.element < wanted; });
-  if (found == rawTexts_.end() || found->element != index) return {};
-  const ElementRecord& element = elements_[index];
+      rawTexts.begin(), rawTexts.end(), index,
+      [](const RawTextEnd& record, std::uint32_t wanted) { return record.element < wanted; });
+  if (found == rawTexts.end() || found->element != index) return {};
+  const ElementRecord& element = elements[index];
   const bool rcdata = ContentModelOf(element.tag) == ContentModel::kRcdata;
-  return {text().substr(element.end, found->end - element.end),
+  return {text.substr(element.end, found->end - element.end),
           rcdata ? TextKind::kRcdata : TextKind::kRawText};
 }
 
-Text Document::TextAt(std::uint32_t offset, bool foreign) const {
+Text Document::Arrays::TextAt(std::uint32_t offset, bool foreign) const {
   const char* begin = source() + offset;
   constexpr std::string_view kCdata = "<![CDATA[";
   if (foreign && std::string_view(begin, sourceEnd()).starts_with(kCdata)) {
     const char* data = begin + kCdata.size();
     const auto length = static_cast<std::size_t>(ScanCdata(data, sourceEnd()).dataEnd - data);
-    return {text().substr(offset + kCdata.size(), length), TextKind::kCdata};
+    return {text.substr(offset + kCdata.size(), length), TextKind::kCdata};
   }
   const char* p = DefaultSearch::Byte(begin, sourceEnd(), '<');
   while (p < sourceEnd() && !IsByte(p[1], kMarkupByte)) {
     p = DefaultSearch::Byte(p + 1, sourceEnd(), '<');
   }
   if (p == begin) return {};
-  return {text().substr(offset, static_cast<std::size_t>(p - begin)), TextKind::kData};
+  return {text.substr(offset, static_cast<std::size_t>(p - begin)), TextKind::kData};
 }
 
 }  // namespace zvrsit

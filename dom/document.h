@@ -12,7 +12,7 @@
 // point into their Document. They are good until its next createNodes() or its deletion.
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -257,10 +257,10 @@ class ZVRSIT_API Document {
 
   // Every element of the page, 0 to elementCount() - 1, those in the content of a TEMPLATE too.
   Element element(std::uint32_t index) const { return {this, index}; }
-  std::size_t elementCount() const { return elements_.size() - 1; }
+  std::size_t elementCount() const { return elementCount_; }
 
   // The text given to createNodes.
-  std::string_view text() const { return {text_, length_}; }
+  std::string_view text() const { return text_; }
   bool decodes() const { return decode_; }
 
   // Empties the document and keeps its memory for the next page, but for what an exceptionally
@@ -272,43 +272,29 @@ class ZVRSIT_API Document {
   friend class DocumentBuilder;
   friend class Element;
 
-  // The end of the raw text that follows an element's start tag.
-  struct RawTextRecord {
-    std::uint32_t element;
-    std::uint32_t end;
-  };
+  struct ZVRSIT_LOCAL Arrays;  // dom/document_arrays.h
 
-  ZVRSIT_LOCAL void Build(const char* text, std::size_t length, bool decode, DocumentScope scope);
-  ZVRSIT_LOCAL Node FirstChild(std::uint32_t index) const;
-  ZVRSIT_LOCAL Text RawTextOf(std::uint32_t index) const;
-  ZVRSIT_LOCAL Text TextAt(std::uint32_t offset, bool foreign) const;
-  ZVRSIT_LOCAL std::vector<Text> LeadingTexts(std::uint32_t index) const;
-  // What is searched for markup: the text, in a double-byte code page with masked trail bytes.
-  const char* source() const { return maskedText_.empty() ? text_ : maskedText_.data(); }
-  const char* sourceEnd() const { return source() + length_; }
+  ZVRSIT_LOCAL void Build(std::string_view text, bool decode, DocumentScope scope);
+  ZVRSIT_LOCAL void NoteArrays();
   std::span<const AttributeRecord> AttributesOf(std::uint32_t index) const {
-    return {attributes_.data() + elements_[index].firstAttribute,
-            attributes_.data() + elements_[index + 1].firstAttribute};
+    return {attributes_ + elements_[index].firstAttribute,
+            attributes_ + elements_[index + 1].firstAttribute};
   }
 
-  // Each text is followed by zeros, see html_tokenizer.h.
-  const char* text_ = nullptr;  // in copy_, or of the caller
-  std::size_t length_ = 0;
-  std::vector<char> copy_;
-  std::vector<char> maskedText_;  // see double_byte.h; empty in other code pages
+  std::unique_ptr<Arrays> arrays_;
+  // What the inline functions need of them: so they are as fast as if the arrays were here.
+  std::string_view text_;
   bool decode_ = true;
-  bool xml_ = false;
-  std::vector<ElementRecord> elements_;  // and one more, where the last one's attributes end
-  std::vector<AttributeRecord> attributes_;
-  std::vector<RawTextRecord> rawTexts_;                  // ascending by element
-  std::vector<std::uint32_t> byTag_;                     // element indexes, grouped by tag; may
-                                                         // be longer than it is filled
-  std::array<std::uint32_t, kTagCount + 1> tagStart_{};  // where each group begins in byTag_
+  std::size_t elementCount_ = 0;
+  const ElementRecord* elements_ = nullptr;
+  const AttributeRecord* attributes_ = nullptr;
+  const std::uint32_t* byTag_ = nullptr;
+  const std::uint32_t* tagStart_ = nullptr;
 };
 
 inline std::span<const std::uint32_t> Document::elementsOf(Tag tag) const {
   const auto i = static_cast<std::size_t>(tag);
-  return {byTag_.data() + tagStart_[i], byTag_.data() + tagStart_[i + 1]};
+  return {byTag_ + tagStart_[i], byTag_ + tagStart_[i + 1]};
 }
 
 inline const ElementRecord& Element::record() const {
@@ -320,7 +306,7 @@ inline AttributeList Element::attributes() const {
 }
 
 inline std::string_view Attribute::rawValue() const {
-  return {document_->text_ + record_->valueOffset, record_->valueLength};
+  return {document_->text_.data() + record_->valueOffset, record_->valueLength};
 }
 
 }  // namespace zvrsit

@@ -39,16 +39,16 @@ void MakeRoom(std::vector<Record>& records, std::size_t count) {
 }  // namespace
 
 void DocumentBuilder::Build() {
-  document_.elements_.clear();
+  arrays_.elements.clear();
   const std::size_t expected =
-      document_.length_ / (leftOutOfHtml_.empty() ? kBytesAnElement : kBytesAReference);
-  MakeRoom(document_.elements_, expected);
-  MakeRoom(document_.attributes_, expected);
-  HtmlTokenizer<DocumentBuilder>(source_, document_.length_, *this).Run();
+      arrays_.text.size() / (leftOutOfHtml_.empty() ? kBytesAnElement : kBytesAReference);
+  MakeRoom(arrays_.elements, expected);
+  MakeRoom(arrays_.attributes, expected);
+  HtmlTokenizer<DocumentBuilder>(source_, arrays_.text.size(), *this).Run();
   AbandonTag();
-  document_.elements_.push_back({static_cast<std::uint32_t>(document_.length_),
-                                 static_cast<std::uint32_t>(document_.length_), committed_,
-                                 Tag::kOther, 0});
+  arrays_.elements.push_back({static_cast<std::uint32_t>(arrays_.text.size()),
+                              static_cast<std::uint32_t>(arrays_.text.size()), committed_,
+                              Tag::kOther, 0});
   IndexTags();
 }
 
@@ -63,7 +63,7 @@ bool DocumentBuilder::IsCustom(const TagSlices& slices) {
 }
 
 ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
-  const AttributeList attributes(&document_, std::span(document_.attributes_).subspan(committed_));
+  const AttributeList attributes(&document_, std::span(arrays_.attributes).subspan(committed_));
   ForeignContent::StartTag start{NameOf(slices), slices.selfClosing};
   start.isCustom = IsCustom(slices);
   if (tag == Tag::kFont) {
@@ -95,7 +95,7 @@ ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
 // Groups the elements by tag: each group's place follows from the counts, and one pass over the
 // elements fills them all.
 void DocumentBuilder::IndexTags() {
-  auto& starts = document_.tagStart_;
+  auto& starts = arrays_.tagStart;
   std::array<std::uint32_t, kTagCount> next;
   std::uint32_t total = 0;
   for (std::size_t tag = 0; tag < kTagCount; ++tag) {
@@ -103,11 +103,11 @@ void DocumentBuilder::IndexTags() {
     total += counts_[tag];
   }
   starts[kTagCount] = total;
-  if (document_.byTag_.size() < total) document_.byTag_.resize(total);
-  std::uint32_t* const byTag = document_.byTag_.data();
-  const auto count = static_cast<std::uint32_t>(document_.elementCount());
+  if (arrays_.byTag.size() < total) arrays_.byTag.resize(total);
+  std::uint32_t* const byTag = arrays_.byTag.data();
+  const auto count = static_cast<std::uint32_t>(arrays_.elements.size() - 1);
   for (std::uint32_t i = 0; i < count; ++i) {
-    const ElementRecord& element = document_.elements_[i];
+    const ElementRecord& element = arrays_.elements[i];
     if ((element.flags & ElementRecord::kInTemplate) != 0) continue;
     byTag[next[static_cast<std::size_t>(element.tag)]++] = i;
   }

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "dom/attr_table.h"
-#include "dom/document.h"
+#include "dom/document_arrays.h"
 #include "dom/foreign_content.h"
 #include "dom/html_tokenizer.h"
 
@@ -12,11 +12,11 @@ namespace zvrsit {
 
 class DocumentBuilder {
  public:
-  // Fills `document`, whose text is set and whose arrays are empty. `source` is what is tokenized:
-  // the text, or its masked copy.
-  DocumentBuilder(Document& document, const char* source, DocumentScope scope)
+  // Fills the arrays of `document`, where only the text is there yet.
+  DocumentBuilder(const Document& document, Document::Arrays& arrays, DocumentScope scope)
       : document_(document),
-        source_(source),
+        arrays_(arrays),
+        source_(arrays.source()),
         leftOutOfHtml_(scope == DocumentScope::kWhole ? AttrSet() : kWithoutReference),
         leftOut_(leftOutOfHtml_) {}
 
@@ -26,31 +26,31 @@ class DocumentBuilder {
   // The tokenizer's side.
   void Characters(const char*, const char* end, TextKind kind) {
     if (kind != TextKind::kRcdata && kind != TextKind::kRawText) return;
-    const auto element = static_cast<std::uint32_t>(document_.elements_.size() - 1);
-    document_.rawTexts_.push_back({element, Offset(end)});
+    const auto element = static_cast<std::uint32_t>(arrays_.elements.size() - 1);
+    arrays_.rawTexts.push_back({element, Offset(end)});
   }
   void Comment(const char*, const char*) {}
   void Doctype(const DoctypeToken&) {}
-  bool InForeignContent() { return document_.xml_ || foreign_.CdataAllowed(); }
+  bool InForeignContent() { return arrays_.xml || foreign_.CdataAllowed(); }
 
   void Attribute(const AttributeSlices& slices) {
     const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
     const Attr attr =
         slices.known != Attr::kOther ? slices.known : AttrOfPadded(slices.name, nameLength);
     if (leftOut_.contains(attr)) return;
-    document_.attributes_.push_back(
-        {Offset(slices.name), Offset(slices.value),
-         static_cast<std::uint32_t>(slices.valueEnd - slices.value), attr,
-         nameLength < AttributeRecord::kLongName ? static_cast<std::uint16_t>(nameLength)
-                                                 : AttributeRecord::kLongName});
+    arrays_.attributes.push_back({Offset(slices.name), Offset(slices.value),
+                                  static_cast<std::uint32_t>(slices.valueEnd - slices.value), attr,
+                                  nameLength < AttributeRecord::kLongName
+                                      ? static_cast<std::uint16_t>(nameLength)
+                                      : AttributeRecord::kLongName});
   }
 
-  void AbandonTag() { document_.attributes_.resize(committed_); }
+  void AbandonTag() { arrays_.attributes.resize(committed_); }
 
   ContentModel StartTag(const TagSlices& slices) {
     const Tag tag =
         HtmlTagOfPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
-    if (!leftOut_.empty() && document_.attributes_.size() == committed_ &&
+    if (!leftOut_.empty() && arrays_.attributes.size() == committed_ &&
         kIsOrdinary[static_cast<std::size_t>(tag)]) {
       return ContentModel::kData;
     }
@@ -97,7 +97,7 @@ class DocumentBuilder {
   // What follows the start tag of an HTML element.
   ContentModel ModelOf(const TagSlices& slices, Tag tag) const {
     const ContentModel model = ContentModelOf(tag);
-    const bool isEmpty = model != ContentModel::kData && document_.xml_ && slices.selfClosing;
+    const bool isEmpty = model != ContentModel::kData && arrays_.xml && slices.selfClosing;
     return isEmpty ? ContentModel::kData : model;
   }
 
@@ -105,9 +105,8 @@ class DocumentBuilder {
 
   void AddElement(const TagSlices& slices, Tag tag, std::uint16_t flags) {
     if (slices.selfClosing) flags |= ElementRecord::kSelfClosing;
-    document_.elements_.push_back(
-        {Offset(slices.begin), Offset(slices.end), committed_, tag, flags});
-    committed_ = static_cast<std::uint32_t>(document_.attributes_.size());
+    arrays_.elements.push_back({Offset(slices.begin), Offset(slices.end), committed_, tag, flags});
+    committed_ = static_cast<std::uint32_t>(arrays_.attributes.size());
   }
 
   std::uint32_t Offset(const char* p) const { return static_cast<std::uint32_t>(p - source_); }
@@ -122,8 +121,9 @@ class DocumentBuilder {
   ContentModel Place(const TagSlices& slices, Tag tag);
   void IndexTags();
 
-  Document& document_;
-  const char* source_;
+  const Document& document_;  // for handles
+  Document::Arrays& arrays_;
+  const char* const source_;
   ForeignContent foreign_;
   const AttrSet leftOutOfHtml_;  // the attributes that are not kept
   AttrSet leftOut_;              // the same where the text is now

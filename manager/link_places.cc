@@ -10,8 +10,9 @@
 #include "css/css_references.h"
 #include "links/extractor.h"
 #include "links/link_type.h"
+#include "links/page_file.h"
 #include "links/server_code.h"
-#include "manager/page_reader.h"
+#include "manager/owned_document.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
 #include "platform/code_page.h"
@@ -159,10 +160,10 @@ class PlaceFinder {
   void LookThroughPage(const std::string& path, bool isSheet, WantedLinks& wanted) {
     if (document_ == nullptr) return;
     document_->clear();
-    if (!ReadPage(path, rules_, memo_, *document_)) return;
+    if (!page_.Read(path, rules_, *document_)) return;
     ExtractPage(*document_, rules_, rows_);
     for (const LinkRow& row : rows_.links) {
-      const bool isHidden = memo_.holdsServerCode && HoldsServerCode(row.alternative);
+      const bool isHidden = page_.holdsServerCode() && HoldsServerCode(row.alternative);
       wanted.Meet(row.type, row.target, isHidden ? "" : row.alternative, row.offset);
     }
     for (const MetaRow& meta : rows_.metas) {
@@ -170,7 +171,7 @@ class PlaceFinder {
         wanted.Meet(LT_META_REFRESH, meta.content, "", meta.offset);
     }
     if (!isSheet) MeetStyles(path, wanted);
-    wanted.Answer(document_->text(), memo_.textStart);
+    wanted.Answer(document_->text(), page_.textStart());
   }
 
   void MeetStyles(const std::string& path, WantedLinks& wanted) {
@@ -184,8 +185,8 @@ class PlaceFinder {
   }
 
   void LookThroughSheet(const std::string& path, WantedLinks& wanted) {
-    if (!memo_.pageFile.open(path, 0)) return;
-    const std::string_view bytes(memo_.pageFile.top(), memo_.pageFile.size());
+    if (!sheet_.open(path, 0)) return;
+    const std::string_view bytes(sheet_.top(), sheet_.size());
     // The encoding of what refers to it is not known here: references that are not ASCII in a sheet
     // that needs it get no place.
     const std::string_view text = DecodeSheet(bytes, {}, sheetText_);
@@ -201,7 +202,8 @@ class PlaceFinder {
 
   CCSSControl& css_;
   const LinkRules rules_;
-  OperationMemo memo_;
+  PageFile page_;
+  MappedFile sheet_;
   OwnedDocument document_;
   PageRows rows_;
   std::string sheetText_;

@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "links/page_types.h"
-#include "links/server_code.h"
-#include "manager/page_reader.h"
+#include "manager/owned_document.h"
 #include "manager/record_access.h"
 #include "manager/site_mgr.h"
 #include "manager_base/operation_memo.h"
@@ -43,34 +42,7 @@ bool Differ(std::vector<int>& olds, std::vector<int>& news) {
                               static_cast<int>(news.size())) != 0;
 }
 
-// Makes the nodes of the page whose text has been read.
-void ParsePage(PageSyntax syntax, OperationMemo& memo, Document& document) {
-  const CodeConv& text = memo.pageText;
-  const int length = static_cast<int>(text.length());
-  memo.holdsServerCode = syntax == PageSyntax::kServer;
-  if (memo.holdsServerCode) {
-    std::string page(text.text(), text.length());
-    HideServerCode(page);
-    document.createNodes(page.data(), length, nullptr, true);
-    return;
-  }
-  document.createNodesInPlace(
-      text.text(), length, true, DocumentScope::kReferences,
-      syntax == PageSyntax::kHtml ? DocumentSyntax::kHtml : DocumentSyntax::kXml);
-}
-
 }  // namespace
-
-bool ReadPage(const std::string& path, LinkRules rules, OperationMemo& memo, Document& document) {
-  if (!memo.pageFile.open(path, 0)) return false;
-  if (memo.pageText.Import(memo.pageFile.top(), memo.pageFile.size(), 0)) {
-    const PageSyntax syntax = rules == LinkRules::Web ? PageSyntaxOf(path) : PageSyntax::kHtml;
-    ParsePage(syntax, memo, document);
-    memo.textStart =
-        memo.pageText.borrowed() ? static_cast<std::int64_t>(memo.pageText.textOffset()) : -1;
-  }
-  return true;
-}
 
 // The values are compared as they came in, so one entry cancels every equal one of the other list:
 // {5, 5} and {5} do not differ.
@@ -197,13 +169,12 @@ int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Docum
                       bool& unread) {
   const Operation operation(*this);
   OwnedDocument document(doc, GiveBack{dom});
-  operationMemo->textStart = 0;
-  operationMemo->holdsServerCode = false;
+  operationMemo->page.Forget();
   if (document == nullptr) {
     if (dom == nullptr) return -1;
     document.reset(dom->createDocument("HTML"));
     if (document == nullptr) return -1;
-    unread = !ReadPage(path, linkRules, *operationMemo, *document);
+    unread = !operationMemo->page.Read(path, linkRules, *document);
   }
   const bool isSheet = ClassifyFileType(path) == FT_CSS;
   // The classic rules read a sheet as if it were a page too, on purpose.

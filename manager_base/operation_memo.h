@@ -2,13 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <unordered_set>
 #include <vector>
 
-#include "dom/code_conv.h"
-#include "dom/mapped_file.h"
+#include "links/page_file.h"
 #include "util/recent_texts.h"
 #include "util/url_id.h"
 
@@ -41,23 +39,8 @@ struct OperationMemo {
   // are collected.
   RecentTexts<std::int32_t> styleTargets;
 
-  // The buffers of the page being read, kept from page to page.
-  MappedFile pageFile;
-  CodeConv pageText;
-  // Where the text of the page being read begins in its file; -1 when it had to be converted, so
-  // that a place in the text is none in the file.
-  std::int64_t textStart = 0;
-
-  // Bytes of the page being read stand for server code (links/server_code.h).
-  bool holdsServerCode = false;
-
-  // The place in the file for one in the text of the page being read; -1 where it is not known.
-  std::int32_t OffsetInFile(std::int64_t offsetInText) const {
-    if (textStart < 0 || offsetInText < 0) return -1;
-    const std::int64_t offset = textStart + offsetInText;
-    return offset > std::numeric_limits<std::int32_t>::max() ? -1
-                                                             : static_cast<std::int32_t>(offset);
-  }
+  // The page being read, kept from page to page for its memory.
+  PageFile page;
 };
 
 }  // namespace zvrsit

@@ -182,13 +182,13 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
 // Whether what a text of the page says is known only once the server has run the page's code.
 bool SiteCSSUtil::IsHidden(const std::string& text) const {
   const OperationMemo* const memo = manager_->GetOperationMemo();
-  return memo != nullptr && memo->holdsServerCode && HoldsServerCode(text);
+  return memo != nullptr && memo->page.holdsServerCode() && HoldsServerCode(text);
 }
 
 // A reference of the page is placed in the page's text, one of a sheet in the sheet's file.
 int SiteCSSUtil::OffsetInFile(int offset) const {
   const OperationMemo* const memo = manager_->GetOperationMemo();
-  return inPage_ && memo != nullptr ? memo->OffsetInFile(offset) : offset;
+  return inPage_ && memo != nullptr ? memo->page.OffsetInFile(offset) : offset;
 }
 
 int SiteCSSUtil::AddUrl(const std::string& url) {

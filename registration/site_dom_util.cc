@@ -256,13 +256,13 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesNam
 // Whether what the text says is known only once the server has run the code of the page.
 bool SiteDOMUtil::IsHidden(std::string_view text) const {
   const OperationMemo* const operation = manager->GetOperationMemo();
-  return operation != nullptr && operation->holdsServerCode && HoldsServerCode(text);
+  return operation != nullptr && operation->page.holdsServerCode() && HoldsServerCode(text);
 }
 
 // Where the reference stands in the page's file; -1 when the page was converted to be read.
 int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
   const OperationMemo* const operation = manager->GetOperationMemo();
-  return operation != nullptr ? operation->OffsetInFile(row.offset)
+  return operation != nullptr ? operation->page.OffsetInFile(row.offset)
                               : static_cast<std::int32_t>(row.offset);
 }
 

@@ -178,6 +178,16 @@ TEST_F(CssFileTree, SheetOfALinkWithMoreWordsIsASiblingOfTheRoot) {
   EXPECT_EQ(tree.getNextSibling(sheet), nullptr);
 }
 
+// By the web rules the name of a page says how its text is read, also when the tree reads it.
+TEST_F(CssFileTree, PagesFromTheDiskAreReadByTheirNames) {
+  Configure(LinkRules::Web);
+  for (const auto& [name, listed] : {std::pair("site/p.xhtml", "link a.css"), {"site/p.htm", ""}}) {
+    folder_.write(name, "<title/><link rel='stylesheet' href='a.css'/>");
+    CCSSFileTree tree = control_.GetFileTree(folder_.path(name), nullptr);
+    EXPECT_EQ(Children(tree, tree.getRoot()), listed) << name;
+  }
+}
+
 TEST_F(CssFileTree, ImportCyclesEnd) {
   folder_.write("site/a.css", "@import 'b.css'; @import 'a.css';");
   folder_.write("site/b.css", "@import 'a.css'; @import 'b.css';");

@@ -1,0 +1,93 @@
+// What stands behind CCSSControl and CCSSFileTree: the reading of pages and sheets, and what a tree
+// has read so far.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "css/css_control.h"
+#include "css/css_file_tree.h"
+#include "css/css_node.h"
+#include "css/css_references.h"
+#include "css/reference_resolver.h"
+#include "links/page_parts.h"
+
+namespace zvrsit {
+
+class Attribute;
+class Element;
+
+// Finds the references of one page or sheet after another, and resolves them.
+class CCSSControl::Reader {
+ public:
+  // What the control was told.
+  DOM* dom = nullptr;
+  std::string siteFolder;
+  std::string documentRoot;
+  ReferenceResolver resolver;
+
+  // Puts the references of the page at `path` into the tree.
+  void CollectPage(const std::string& path, const Document& document, CCSSFileTree::Sheets& tree);
+  // What a sheet refers to; nothing when it cannot be read.
+  std::vector<CssNode> ReadSheet(const CssNode& sheet, CCSSFileTree::Sheets& tree);
+
+ private:
+  void CollectPart(const PagePart& part, CCSSFileTree::Sheets& tree);
+  void AddLinks(const PagePart& part, CCSSFileTree::Sheets& tree);
+  bool Counts(const Element& element) const;
+  // All append to found_.
+  void FindInStyles(const Document& document);
+  void FindInSvgStyle(const Document& document, const Element& style);
+  void FindInStyleAttributes(const Document& document);
+  void FindInPresentationAttributes(const Document& document);
+  void FindInAttribute(const Document& document, const Attribute& attribute,
+                       std::string_view property);
+  void FindInPage(const Document& document, std::string_view raw, std::string_view decoded,
+                  CssSource source, std::string_view property = {});
+
+  // References are taken from the file at `path` from here on.
+  void BeginFile(const std::string& path);
+  // The same for the page at hand and one of its bases.
+  void TurnToBase(std::int32_t base);
+  // Those of found_, in a part of the page. `atOnce`: a BASE behind them does not count.
+  void AddPageReferences(const PagePart& part, bool atOnce, std::vector<CssNode>& nodes);
+  bool AddNode(std::string_view declared, int offset, int type, std::vector<CssNode>& nodes);
+  bool IsReadable(const std::string& path) const;
+
+  std::string page_;  // whose parts_ are being read
+  PageParts parts_;
+  std::int32_t base_ = kPageItself;  // of parts_, which references are taken from now
+  std::vector<CssReference> found_;  // scratch
+  std::string rel_;                  // scratch
+  std::string href_;                 // scratch
+};
+
+// The nodes of a tree. They stay where they are for as long as it lives: callers hold pointers.
+struct CCSSFileTree::Sheets {
+  explicit Sheets(CCSSControl::Reader& reads) : reader(reads) {}
+
+  // Null when there are none.
+  const std::vector<CssNode>* ChildrenOf(const CssNode& node);
+  const std::vector<CssNode>* SheetChildren(const CssNode& node);
+  // The label of the encoding of the page; empty when it is not known.
+  const std::string& PageCharset();
+
+  CCSSControl::Reader& reader;
+  std::vector<CssNode> roots;              // the root, then its siblings
+  std::vector<CssNode> ofThePage;          // the root's children, when it is a page
+  std::optional<std::string> pageCharset;  // once it was asked for
+
+ private:
+  using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;  // device and file
+
+  std::unordered_map<const CssNode*, const std::vector<CssNode>*> askedAbout_;
+  std::map<FileIdentity, std::vector<CssNode>> sheets_;  // their references
+};
+
+}  // namespace zvrsit
