@@ -6,16 +6,26 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <vector>
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "tables/table_files.h"
 
 namespace zvrsit::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kTables[] = {"UR", "US", "PR", "PS", "LR", "LS", "FR", "FS", "RR", "RS"};
+// The names of the files in the folder of a site's tables.
+std::vector<std::string> TableNames() {
+  std::vector<std::string> names;
+  for (const SiteTableFile& table : kSiteTableFiles) {
+    names.emplace_back(table.suffix.substr(1));  // behind the separator
+    names.push_back(TextFileOf(names.back()));
+  }
+  return names;
+}
 
 void Need(bool done, const std::string& name, const std::error_code& error) {
   if (!done) throw Failure(kFileSystem, name + ": " + error.message());
@@ -24,7 +34,7 @@ void Need(bool done, const std::string& name, const std::error_code& error) {
 }  // namespace
 
 bool HasTables(const std::string& folder) {
-  return std::all_of(std::begin(kTables), std::end(kTables), [&](const char* file) {
+  return std::ranges::all_of(TableNames(), [&](const std::string& file) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(PathOf(folder) / file, error);
     return !error && size != 0;
@@ -41,7 +51,7 @@ std::error_code CopyFile(const fs::path& from, const fs::path& to) {
 }
 
 void CopyTables(const std::string& folder, const std::string& to) {
-  for (const char* file : kTables) {
+  for (const std::string& file : TableNames()) {
     const fs::path copy = PathOf(to) / file;
     const std::error_code error = CopyFile(PathOf(folder) / file, copy);
     Need(!error, NameOf(copy), error);
@@ -51,7 +61,7 @@ void CopyTables(const std::string& folder, const std::string& to) {
 void RemoveTables(const std::string& folder) {
   std::error_code error;
   fs::create_directory(PathOf(folder), error);
-  for (const char* file : kTables) {
+  for (const std::string& file : TableNames()) {
     const fs::path path = PathOf(folder) / file;
     fs::remove(path, error);
     Need(!error, NameOf(path), error);
@@ -65,7 +75,8 @@ void NeedAccess(const std::string& file, bool onlyToRead) {
 }
 
 void NeedAccessToTables(const std::string& folder, bool onlyToRead) {
-  for (const char* file : kTables) NeedAccess(NameOf(PathOf(folder) / file), onlyToRead);
+  for (const std::string& file : TableNames())
+    NeedAccess(NameOf(PathOf(folder) / file), onlyToRead);
 }
 
 }  // namespace zvrsit::cli

@@ -35,5 +35,6 @@ set(ZVRSIT_EXPORTED_HEADERS
   platform/window.h
   util/file_type.h
   util/site_rec_cell.h
+  util/site_slots.h
   util/url_id.h
   util/vec.h)

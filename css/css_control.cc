@@ -20,18 +20,6 @@ namespace {
 
 constexpr std::string_view kWhitespace = " \t\n\f\r";
 
-int TypeOf(CssReferenceKind kind) {
-  switch (kind) {
-    case CssReferenceKind::kImport:
-      return CCSSControl::Type_Import;
-    case CssReferenceKind::kImage:
-      return CCSSControl::Type_Image;
-    case CssReferenceKind::kOther:
-      break;
-  }
-  return CCSSControl::Type_Other;
-}
-
 // Style links of a page that room is made for at once.
 constexpr std::size_t kUsualLinks = 8;
 
@@ -171,7 +159,7 @@ std::vector<CssNode> CCSSControl::Reader::ReadSheet(const CssNode& sheet,
   }
   BeginFile(sheet);
   for (const CssReference& reference : found_) {
-    AddNode(reference.text, reference.offset, TypeOf(reference.kind), references);
+    AddNode(reference.text, reference.offset, NodeTypeOf(reference.kind), references);
   }
   if (resolver.rules() == LinkRules::Web) {
     for (CssNode& node : references) node.charset = charset;
@@ -336,7 +324,7 @@ void CCSSControl::Reader::AddPageReferences(const PagePart& part, bool atOnce,
     const auto place = static_cast<std::uint32_t>(reference.offset);
     TurnToBase(atOnce ? part.BaseAt(place) : part.base);
     const auto offset = static_cast<int>(part.OffsetInPage(place));
-    AddNode(reference.text, offset, TypeOf(reference.kind), nodes);
+    AddNode(reference.text, offset, NodeTypeOf(reference.kind), nodes);
   }
 }
 

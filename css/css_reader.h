@@ -23,6 +23,13 @@ namespace zvrsit {
 class Attribute;
 class Element;
 
+// The type of a node, by the kind of the reference.
+constexpr int NodeTypeOf(CssReferenceKind kind) {
+  constexpr int kTypes[] = {CCSSControl::Type_Import, CCSSControl::Type_Image,
+                            CCSSControl::Type_Other};
+  return kTypes[static_cast<std::size_t>(kind)];
+}
+
 // Finds the references of one page or sheet after another, and resolves them.
 class CCSSControl::Reader {
  public:

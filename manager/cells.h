@@ -19,14 +19,6 @@ SiteRecCell UrlCell(const SiteUrlDB& urls, const SiteUrlRec& rec);
 // A folder by its path; flag 0.
 SiteRecCell FolderCell(const SiteFolderDB& folders, int number);
 
-// Calls visit(number) for each live record number of a table, ascending.
-template <class Visit>
-void ForEachNumber(const SiteTable& table, Visit visit) {
-  for (int number = table.NextNumber(0); number >= 0; number = table.NextNumber(number + 1)) {
-    visit(number);
-  }
-}
-
 // The names of a table by record number, in strings that the caller of a query gives back.
 std::vector<std::string*>* ListNames(const NamedTableBase& table);
 

@@ -2,8 +2,8 @@
 #include <utility>
 
 #include "manager/record_access.h"
-#include "manager/site_mgr.h"
 #include "manager/site_walk.h"
+#include "manager/work.h"
 #include "platform/file.h"
 #include "platform/native_path.h"
 
@@ -42,18 +42,18 @@ class Comparison {
 
   // The files that the walk does not come to.
   void MeetOthers() {
-    for (int number = paths_.NextNumber(0); number >= 0; number = paths_.NextNumber(number + 1)) {
+    ForEachNumber(paths_, [this](int number) {
       SitePathRec rec;
       std::string path;
-      if (met_[static_cast<std::size_t>(number)] || paths_.Get(number, rec) < 0) continue;
-      if (rec.exists == 0 || paths_.Text(rec.name, path) < 0) continue;
+      if (met_[static_cast<std::size_t>(number)] || paths_.Get(number, rec) < 0) return;
+      if (rec.exists == 0 || paths_.Text(rec.name, path) < 0) return;
       platform::FileStat found;
       if (platform::Stat(path, found) == 0 && found.isRegular()) {
         Compare(path, rec, found);
       } else {
         changes_.gone.push_back(std::move(path));
       }
-    }
+    });
   }
 
  private:
@@ -95,9 +95,10 @@ class Comparison {
 
 int SiteMgr::CompareWithDisk(SiteChanges& changes) {
   changes = {};
-  if (siteFolder == nullptr || !HasFiles(pathDB)) return -1;
-  Comparison comparison(*pathDB, pageTypes, changes);
-  SiteWalk(comparison.Steps(), pageTypes, ignoreHook_, ignoreContext_).Run(*siteFolder, 0);
+  if (!inside->siteFolder || !HasFiles(pathDB)) return -1;
+  Comparison comparison(*pathDB, inside->types(), changes);
+  SiteWalk(comparison.Steps(), inside->types(), inside->ignoreHook, inside->ignoreContext)
+      .Run(*inside->siteFolder, 0);
   comparison.MeetOthers();
   return 0;
 }

@@ -7,14 +7,11 @@
 
 #include "manager/family_marks.h"
 #include "manager/record_access.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 
 namespace zvrsit {
 
 namespace {
-
-// What FindTopFile gives for a profile without one.
-constexpr int kNoTopFile = -2;
 
 // Sets or clears the member bit of a file; -1 when its record cannot be read or written.
 int MarkMember(SitePathDB* paths, int pathNumber, bool member) {
@@ -31,12 +28,12 @@ int MarkMember(SitePathDB* paths, int pathNumber, bool member) {
 // are kept apart from the call stack, because a chain of pages is as long as the site is large.
 class Spread {
  public:
-  // A file that turns enters the family; without `enter` it leaves it.
+  // Files enter the family; without `enter` they leave it.
   Spread(SitePathDB* paths, SiteLinkDB* links, bool enter)
       : paths_(paths), links_(links), enter_(enter) {}
 
-  // Turns one file, then the files that its links lead to, and so on; -1 when the first cannot be
-  // turned. Files that have turned before are not entered again.
+  // Marks or unmarks one file, then the files that its links lead to, and so on; -1 when the first
+  // cannot be. A file that has its mark, or has lost it, is not followed again.
   int From(int pathNumber);
 
  private:
@@ -46,7 +43,7 @@ class Spread {
     std::size_t next = 0;
   };
 
-  int Turn(int pathNumber, std::vector<int>& links);
+  int MarkOne(int pathNumber, std::vector<int>& links);
   bool HasMember(Passed& referrers) const;
   bool IsMember(int pathNumber) const;
   int NextTarget(Passed& visit);
@@ -54,7 +51,7 @@ class Spread {
   SitePathDB* const paths_;
   SiteLinkDB* const links_;
   const bool enter_;
-  std::vector<bool> settled_;  // by number: files known to have turned
+  std::vector<bool> settled_;  // by number: files known to be marked or unmarked already
   // The links to files that kept their mark. While files leave, a referrer that is no member never
   // becomes one again; so those that were passed are not asked again, however often the file is.
   std::unordered_map<int, Passed> referrers_;
@@ -62,7 +59,7 @@ class Spread {
 
 int Spread::From(int pathNumber) {
   std::vector<Passed> visits(1);
-  if (Turn(pathNumber, visits.back().links) < 0) return -1;
+  if (MarkOne(pathNumber, visits.back().links) < 0) return -1;
   settled_.resize(static_cast<std::size_t>(paths_->Count()));
   while (!visits.empty()) {
     const int target = NextTarget(visits.back());
@@ -72,7 +69,7 @@ int Spread::From(int pathNumber) {
     }
     Passed inner;
     // A file that cannot be marked or followed is left at that, on purpose.
-    if (Turn(target, inner.links) == 0) visits.push_back(std::move(inner));
+    if (MarkOne(target, inner.links) == 0) visits.push_back(std::move(inner));
   }
   return 0;
 }
@@ -80,7 +77,7 @@ int Spread::From(int pathNumber) {
 // Marks or unmarks one file, and lists its links. One that leaves keeps its mark, and lists none,
 // while a member links to it. Only direct referrers are looked at, so files of a cycle keep each
 // other marked, on purpose.
-int Spread::Turn(int pathNumber, std::vector<int>& links) {
+int Spread::MarkOne(int pathNumber, std::vector<int>& links) {
   if (!enter_) {
     if (!HasRecords(paths_) || !HasRecords(links_)) return -1;
     const auto [entry, isNew] = referrers_.try_emplace(pathNumber);
@@ -110,7 +107,8 @@ bool Spread::IsMember(int pathNumber) const {
   return paths_->ReadMembership(pathNumber, marks) == 0 && (marks & kFamilyMember) != 0;
 }
 
-// The next file that the links of `visit` point to and that has not turned; -1 when there is none.
+// The next file that the links of `visit` point to and that is to be marked or unmarked; -1 when
+// there is none.
 int Spread::NextTarget(Passed& visit) {
   while (visit.next < visit.links.size()) {
     UrlID target;
@@ -144,23 +142,20 @@ int SiteMgr::PropagateUnFamily(int pathNumber) {
   return Spread(pathDB, linkDB, false).From(pathNumber);
 }
 
-// The number of the open site's top file in the path table: kNoTopFile when the profile has none,
-// -1 when it cannot be read or is not registered.
-int SiteMgr::FindTopFile() const {
-  const ProfileUse use(*this);
+int SiteMgr::Work::FindTopFile() const {
+  const ProfileUse use(m_);
   SiteSiteRec site;
-  if (!ReadOpenSite(site)) return -1;
+  if (!use.ReadOpenSite(site)) return -1;
   if (site.topFile < 0) return kNoTopFile;
   std::string topFile;
-  if (!ReadProfileText(site.topFile, topFile)) return -1;
-  return FindPath(topFile);
+  return use.ReadText(site.topFile, topFile) ? m_.FindPath(topFile) : -1;
 }
 
 int SiteMgr::TraverseFamily() {
   const ProfileUse use(*this);
   if (!HasFiles(siteProf)) return -1;
-  const int topFile = FindTopFile();
-  if (topFile == kNoTopFile) return 0;
+  const int topFile = Work(*this).FindTopFile();
+  if (topFile == Work::kNoTopFile) return 0;
   return topFile < 0 ? -1 : MarkMember(pathDB, topFile, true);
 }
 
@@ -172,8 +167,8 @@ int SiteMgr::UpdateLinkFamily() {
   const int count = pathDB->Count();
   for (int number = 0; number < count; ++number) MarkMember(pathDB, number, false);
 
-  const int topFile = FindTopFile();
-  if (topFile == kNoTopFile) return 0;  // the flag stays up, on purpose
+  const int topFile = Work(*this).FindTopFile();
+  if (topFile == Work::kNoTopFile) return 0;  // the flag stays up, on purpose
   if (topFile < 0 || PropagateFamily(topFile) < 0) return -1;
   linksChanged = 0;
   return 0;

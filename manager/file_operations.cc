@@ -3,53 +3,55 @@
 #include <vector>
 
 #include "manager/record_access.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 
 namespace zvrsit {
 
 int SiteMgr::Remove(const std::string& path, int) {
-  if (RemoveOne(path) < 0) return -1;
-  FollowFolderLinks(path);
+  Work work(*this);
+  if (work.Remove(path) < 0) return -1;
+  work.FollowFolderLinks(path);
   return 0;
 }
 
 // Takes a file out, and leaves the pages that link to its folder as they are.
-int SiteMgr::RemoveOne(const std::string& path) {
-  if (path.empty() || !HasFiles(pathDB)) return -1;
-  const int number = pathDB->Find(path);
+int SiteMgr::Work::Remove(const std::string& path) {
+  if (path.empty() || !HasFiles(m_.pathDB)) return -1;
+  const int number = m_.pathDB->Find(path);
   if (number < 0 || DeleteForeLinks(number) < 0) return -1;
 
   SitePathRec rec;
-  if (pathDB->Get(number, rec) < 0 || pathDB->ReleaseTexts(rec) < 0 || pathDB->Update(rec) < 0) {
+  if (m_.pathDB->Get(number, rec) < 0 || m_.pathDB->ReleaseTexts(rec) < 0 ||
+      m_.pathDB->Update(rec) < 0) {
     return -1;
   }
-  const int isTarget = linkDB->IsTarget(PathID(number));
+  const int isTarget = m_.linkDB->IsTarget(PathID(number));
   if (isTarget < 0) return -1;
   if (isTarget == 0) return DeleteEntry(number);
   rec.exists = 0;
-  return pathDB->Update(rec);
+  return m_.pathDB->Update(rec);
 }
 
 // Deletes the links of a file, each as often as it occurs, and raises the links-changed flag when
 // there were any.
-int SiteMgr::DeleteForeLinks(int pathNumber) {
-  const std::unique_ptr<std::vector<int>> links(GetForeLinks(PathID(pathNumber)));
+int SiteMgr::Work::DeleteForeLinks(int pathNumber) {
+  const std::unique_ptr<std::vector<int>> links(m_.GetForeLinks(PathID(pathNumber)));
   if (links == nullptr) return -1;
-  if (!links->empty()) linksChanged = 1;
+  if (!links->empty()) m_.linksChanged = 1;
   for (const int number : *links) {
-    if (linkDB->DeleteAll(number) < 0) return -1;
+    if (m_.linkDB->DeleteAll(number) < 0) return -1;
   }
   return 0;
 }
 
 // Deletes a file's entry and its relations to folders.
-int SiteMgr::DeleteEntry(int pathNumber) {
-  if (DelPath(pathNumber) < 0) return -1;
+int SiteMgr::Work::DeleteEntry(int pathNumber) {
+  if (m_.DelPath(pathNumber) < 0) return -1;
   std::vector<int> relations;
-  if (relDB == nullptr || relDB->Query(kAnyUrlID, PathID(pathNumber), relations) < 0) {
+  if (m_.relDB == nullptr || m_.relDB->Query(kAnyUrlID, PathID(pathNumber), relations) < 0) {
     return -1;
   }
-  for (const int relation : relations) DelRel(relation);
+  for (const int relation : relations) m_.DelRel(relation);
   return 0;
 }
 

@@ -13,7 +13,7 @@
 #include "links/link_type.h"
 #include "links/target_resolver.h"
 #include "manager/record_access.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 #include "util/mb_string.h"
 #include "util/site_name.h"
 
@@ -137,42 +137,43 @@ bool IsFolderLink(std::string_view text) {
 // The sources are listed before the first save, because saving gives links new numbers. A page
 // that cannot be saved is passed over.
 int SiteMgr::ReflectDefaultUrl(const std::string&) {
+  Work work(*this);
   std::string siteDir;
   if (!HasFiles(linkDB) || !HasFiles(pathDB) ||
-      (defaultUrl == nullptr && linkRules == LinkRules::Classic) || ReadSiteFolder(siteDir) < 0) {
+      (defaultUrl == nullptr && GetLinkRules() == LinkRules::Classic) ||
+      !work.ReadSiteFolder(siteDir)) {
     return -1;
   }
-  for (const std::string& source : ListFolderLinkSources()) SaveOne(source, nullptr);
+  for (const std::string& source : ListFolderLinkSources()) work.Save(source, nullptr);
   return 0;
 }
 
 std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
   std::string siteDir;
-  if (!HasFiles(linkDB) || !HasFiles(pathDB) || ReadSiteFolder(siteDir) < 0) return {};
+  if (!HasFiles(linkDB) || !HasFiles(pathDB) || !ProfileUse(*this).ReadSiteFolder(siteDir)) {
+    return {};
+  }
   Sources sources(*pathDB);
-  WebLinks web(*this, LinkBase(siteDir), siteDir);
-  for (int number = linkDB->NextNumber(0); number >= 0; number = linkDB->NextNumber(number + 1)) {
+  WebLinks web(*this, Work::RootOf(*this, siteDir), siteDir);
+  ForEachNumber(*linkDB, [&](int number) {
     SiteLinkRec link;
-    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) continue;
-    if (linkRules == LinkRules::Web ? web.LeadElsewhere(link)
-                                    : IsFolderLink(linkDB->TextView(link.text))) {
+    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
+    if (GetLinkRules() == LinkRules::Web ? web.LeadElsewhere(link)
+                                         : IsFolderLink(linkDB->TextView(link.text))) {
       sources.Add(link.from);
     }
-  }
+  });
   return sources.names();
 }
 
-// Reads the pages anew whose links to a folder lead elsewhere, now that this file has come or gone:
-// it may stand for its folder, or be the first or the last below some. By the classic rules a
-// folder's document has one name, there or not.
-void SiteMgr::FollowFolderLinks(const std::string& path) {
+void SiteMgr::Work::FollowFolderLinks(const std::string& path) {
   std::string siteDir;
-  if (linkRules != LinkRules::Web || dom == nullptr || !HasFiles(linkDB) ||
-      ReadSiteFolder(siteDir) < 0) {
+  if (m_.GetLinkRules() != LinkRules::Web || m_.dom == nullptr || !HasFiles(m_.linkDB) ||
+      !ReadSiteFolder(siteDir)) {
     return;
   }
-  WebLinks web(*this, LinkBase(siteDir), siteDir);
-  Sources sources(*pathDB);
+  WebLinks web(m_, RootOf(m_, siteDir), siteDir);
+  Sources sources(*m_.pathDB);
   std::string folder(FolderOf(path));
   web.AddFolderReferrers(folder, IsDocument(web.documentNames(), path), sources);
   for (;;) {
@@ -181,7 +182,7 @@ void SiteMgr::FollowFolderLinks(const std::string& path) {
     web.AddFolderReferrers(folder, false, sources);
   }
   for (const std::string& source : sources.names()) {
-    if (source != path) SaveOne(source, nullptr);
+    if (source != path) Save(source, nullptr);
   }
 }
 

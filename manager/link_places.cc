@@ -5,9 +5,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include "css/css_control.h"
 #include "css/css_decode.h"
-#include "css/css_references.h"
+#include "css/css_reader.h"
 #include "links/extractor.h"
 #include "links/link_type.h"
 #include "links/page_file.h"
@@ -124,18 +123,6 @@ class WantedLinks {
   std::vector<std::size_t> applets_;
 };
 
-std::uint32_t TypeOf(CssReferenceKind kind) {
-  switch (kind) {
-    case CssReferenceKind::kImport:
-      return LT_CSS_IMPORT;
-    case CssReferenceKind::kImage:
-      return LT_CSS_IMAGE;
-    case CssReferenceKind::kOther:
-      break;
-  }
-  return LT_CSS_OTHER;
-}
-
 // Looks through one file after another, under the rules of a site.
 class PlaceFinder {
  public:
@@ -194,7 +181,7 @@ class PlaceFinder {
     references_.clear();
     CollectCssReferences(text, CssSource::kSheet, references_);
     for (const CssReference& reference : references_) {
-      wanted.Meet(TypeOf(reference.kind), reference.text, "",
+      wanted.Meet(StyleLinkType(NodeTypeOf(reference.kind)), reference.text, "",
                   static_cast<std::size_t>(reference.offset));
     }
     wanted.Answer(text, isInFile ? text.data() - bytes.data() : -1);
@@ -222,7 +209,7 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
     if (linkDB->Get(links[i], recs[i]) == 0) bySource.emplace_back(recs[i].from.id, i);
   }
   std::sort(bySource.begin(), bySource.end());
-  PlaceFinder finder(*dom, *cssCtrl, linkRules);
+  PlaceFinder finder(*dom, *cssCtrl, GetLinkRules());
   for (auto next = bySource.begin(); next != bySource.end();) {
     const int source = next->first;
     WantedLinks wanted;

@@ -2,9 +2,35 @@
 #include <memory>
 
 #include "manager/record_access.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 
 namespace zvrsit {
+
+namespace {
+
+// All entries are the one string, which ends up with the last path, on purpose: callers count them.
+std::vector<std::string*>* ListPaths(const SitePathDB* paths) {
+  if (!HasFiles(paths)) return nullptr;
+  auto list = std::make_unique<std::vector<std::string*>>();
+  auto path = std::make_unique<std::string>();
+  ForEachNumber(*paths, [&](int number) {
+    SitePathRec rec;
+    if (paths->Get(number, rec) < 0 || rec.name < 0) return;
+    paths->Text(rec.name, *path);
+    list->push_back(path.get());
+  });
+  // Now the caller's, through the entries.
+  if (!list->empty()) static_cast<void>(path.release());
+  return list.release();
+}
+
+// Whether the files of a table hold `path`; its text then.
+bool Holds(const SitePathDB& paths, const std::string& path, std::string& text) {
+  const int number = paths.Find(path);
+  return number >= 0 && paths.Name(number, text) == 0;
+}
+
+}  // namespace
 
 // The table is still there only when its closing failed.
 SiteMgr::~SiteMgr() {
@@ -15,10 +41,10 @@ int SiteMgr::BeginPeep(int siteId) {
   SiteSiteRec site;
   if (!HasFiles(siteProf) || siteProf->Get(siteId, site) < 0 || dbDir == nullptr) return -1;
   std::string name;
-  if (!ReadProfileText(site.pathFile, name) || name.empty()) return -1;
+  if (siteProf->Text(site.pathFile, name) < 0 || name.empty()) return -1;
   // A table that is still there is not closed first, on purpose: only one whose closing failed is.
   peepPathDB = new SitePathDB;
-  if (OnlyAsks()) peepPathDB->SetReadOnly();
+  if (inside->onlyAsks()) peepPathDB->SetReadOnly();
   // The separator is a second one where the folder ends in its own, as it does; that is meant.
   return peepPathDB->Open(*dbDir + '\\' + name);
 }
@@ -37,42 +63,16 @@ std::vector<std::string*>* SiteMgr::EnumPathInSite(const std::string& siteName) 
   const SiteUse site(*this, siteId, Locking::kAsk);
   const ProfileUse use(*this);
   if (!site.isHeld() || FindSiteProf(siteName) != siteId) return nullptr;
-  std::vector<std::string*>* list = BeginPeep(siteId) < 0 ? nullptr : ListPeeped();
+  std::vector<std::string*>* list = BeginPeep(siteId) < 0 ? nullptr : ListPaths(peepPathDB);
   if (EndPeep(0) == 0 || list == nullptr) return list;
   if (!list->empty()) DeleteString(list->front());
   delete list;
   return nullptr;
 }
 
-// All entries are the one string, which ends up with the last path, on purpose: callers count them.
-std::vector<std::string*>* SiteMgr::ListPeeped() {
-  if (!HasFiles(peepPathDB)) return nullptr;
-  auto list = std::make_unique<std::vector<std::string*>>();
-  auto path = std::make_unique<std::string>();
-  const SitePathDB& paths = *peepPathDB;
-  for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
-    SitePathRec rec;
-    if (paths.Get(number, rec) < 0 || rec.name < 0) continue;
-    paths.Text(rec.name, *path);
-    list->push_back(path.get());
-  }
-  // Now the caller's, through the entries.
-  if (!list->empty()) static_cast<void>(path.release());
-  return list.release();
-}
-
-bool SiteMgr::ListSites(std::vector<int>& sites) const {
-  const ProfileUse use(*this);
-  if (!HasRecords(siteProf) || siteProf->Count() < 0) return false;
-  for (int site = siteProf->NextNumber(0); site >= 0; site = siteProf->NextNumber(site + 1)) {
-    sites.push_back(site);
-  }
-  return true;
-}
-
 std::vector<std::string*>* SiteMgr::EnumSiteHasPath(const std::string& path) {
   std::vector<int> sites;
-  if (path.empty() || !ListSites(sites)) return nullptr;
+  if (path.empty() || !Work(*this).ListSites(sites)) return nullptr;
   auto list = std::make_unique<std::vector<std::string*>>();
   for (const int site : sites) {
     const SiteUse held(*this, site, Locking::kAsk);
@@ -80,15 +80,17 @@ std::vector<std::string*>* SiteMgr::EnumSiteHasPath(const std::string& path) {
     if (!held.isHeld()) return nullptr;
     const auto text = std::make_unique<std::string>();
     // The entry outlives its string, on purpose: callers count the sites.
-    if (BeginPeep(site) == 0 && PeepedHas(path, *text)) list->push_back(text.get());
+    if (BeginPeep(site) == 0 && Holds(*peepPathDB, path, *text)) list->push_back(text.get());
     EndPeep(0);
   }
   return list.release();
 }
 
-bool SiteMgr::PeepedHas(const std::string& path, std::string& text) {
-  const int number = peepPathDB->Find(path);
-  return number >= 0 && peepPathDB->Name(number, text) == 0;
+bool SiteMgr::Work::ListSites(std::vector<int>& sites) const {
+  const ProfileUse use(m_);
+  if (!HasRecords(m_.siteProf) || m_.siteProf->Count() < 0) return false;
+  ForEachNumber(*m_.siteProf, [&](int site) { sites.push_back(site); });
+  return true;
 }
 
 }  // namespace zvrsit

@@ -6,15 +6,9 @@
 #include <string>
 
 #include "links/link_rules.h"
+#include "util/site_slots.h"
 
 namespace zvrsit {
-
-// The folder slots of a site profile that have a meaning of their own.
-inline constexpr int kSiteFolderSlots = 10;
-inline constexpr int kSlotDocumentRoot = 0;  // ends in `\`
-inline constexpr int kSlotSiteFolder = 1;    // ends in `\`
-inline constexpr int kSlotPageTypes = 8;     // a list of extensions (links/page_types.h)
-inline constexpr int kSlotLiveUrl = 9;       // the URL under which the site is served
 
 // A site's profile. An empty text is a field that is not set.
 struct SiteProfile {

@@ -5,7 +5,7 @@
 #include "links/page_types.h"
 #include "manager/cells.h"
 #include "manager/family_marks.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 #include "util/file_type.h"
 
 namespace zvrsit {
@@ -24,43 +24,51 @@ std::string* NewName(const Table* table, int number) {
   return HasFiles(table) && table->Name(number, *name) == 0 ? name.release() : nullptr;
 }
 
-}  // namespace
-
-// Whether `path` lies below the site folder, which ends in `\`.
-bool SiteMgr::IsInSite(std::string_view path) const {
-  return siteFolder != nullptr && path.starts_with(*siteFolder);
-}
-
-// A cell with only its id when the entry cannot be read.
-SiteRecCell SiteMgr::EntryCell(const UrlID& id) const {
-  SitePathRec path;
-  SiteUrlRec url;
-  if (id.kind == kKindPath && pathDB->Get(id.id, path) == 0) return PathCell(*pathDB, path);
-  if (id.kind == kKindUrl && urlDB->Get(id.id, url) == 0) return UrlCell(*urlDB, url);
-  SiteRecCell cell;
-  cell.SetID(id);
-  return cell;
-}
-
-// The files for which `keep` holds, by record number.
-vec<SiteRecCell>* SiteMgr::PathCells(const std::function<bool(const SitePathRec&)>& keep) {
-  if (!HasFiles(pathDB)) return nullptr;
+// The files for which keep(record) holds, by record number.
+template <class Keep>
+vec<SiteRecCell>* PathCells(const SitePathDB* paths, Keep keep) {
+  if (!HasFiles(paths)) return nullptr;
   auto cells = std::make_unique<Cells>();
-  ForEachNumber(*pathDB, [&](int number) {
+  ForEachNumber(*paths, [&](int number) {
     SitePathRec rec;
-    if (pathDB->Get(number, rec) == 0 && keep(rec)) cells->push_back(PathCell(*pathDB, rec));
+    if (paths->Get(number, rec) == 0 && keep(rec)) cells->push_back(PathCell(*paths, rec));
   });
   return cells.release();
 }
 
+bool ReadPath(const SitePathDB* paths, const UrlID& id, SitePathRec& rec) {
+  return id.kind == kKindPath && HasFiles(paths) && paths->Get(id.id, rec) == 0;
+}
+
 // A page for a reader of the site: drawings are read for links, but they are none.
-bool SiteMgr::IsPage(const SitePathRec& file) const {
+bool IsPage(const SitePathDB& paths, const SitePathRec& file, const PageTypes* types) {
   if (file.fileType != static_cast<std::int32_t>(FT_OTHER)) {
     return file.fileType == static_cast<std::int32_t>(FT_HTML);
   }
-  const std::string_view name = pathDB->TextView(file.name);
-  return HoldsLinks(name, file, pageTypes) && PageSyntaxOf(name) != PageSyntax::kDrawing;
+  const std::string_view name = paths.TextView(file.name);
+  return HoldsLinks(name, file, types) && PageSyntaxOf(name) != PageSyntax::kDrawing;
 }
+
+// The numbers of the entries of one kind directly in a folder, in the order of the relations; false
+// when the folder is not known.
+bool ListChildren(const SiteMgr& manager, const std::string& folder, int kind,
+                  std::vector<int>& children) {
+  const SiteFolderDB* const folders = manager.GetFolderDB();
+  SiteRelDB* const relationTable = manager.GetRelDB();
+  if (!HasFiles(folders) || !HasFiles(relationTable)) return false;
+  const int number = folders->Find(folder);
+  std::vector<int> relations;
+  if (number < 0 || relationTable->Query(FolderID(number), kAnyUrlID, relations) < 0) return false;
+  for (const int relation : relations) {
+    SiteRelRec rec;
+    if (relationTable->Get(relation, rec) == 0 && rec.to.kind == kind) {
+      children.push_back(rec.to.id);
+    }
+  }
+  return true;
+}
+
+}  // namespace
 
 int SiteMgr::CountSite(SiteTotals& totals) const {
   if (openSiteId < 0 || !HasFiles(pathDB) || !HasFiles(urlDB) || !HasFiles(linkDB)) return -1;
@@ -70,7 +78,7 @@ int SiteMgr::CountSite(SiteTotals& totals) const {
   pathDB->records()->FindIf<SitePathRec>([&totals, this](const SitePathRec& file) {
     if (file.exists == 0) return false;
     ++totals.files;
-    if (IsPage(file)) ++totals.pages;
+    if (IsPage(*pathDB, file, inside->types())) ++totals.pages;
     if (file.fileType == static_cast<std::int32_t>(FT_CSS)) ++totals.sheets;
     return false;
   });
@@ -82,7 +90,7 @@ int SiteMgr::FindPath(const std::string& path) const {
 }
 
 vec<SiteRecCell>* SiteMgr::EnumPath() {
-  return PathCells([](const SitePathRec&) { return true; });
+  return PathCells(pathDB, [](const SitePathRec&) { return true; });
 }
 
 vec<SiteRecCell>* SiteMgr::EnumUrl() {
@@ -95,23 +103,9 @@ vec<SiteRecCell>* SiteMgr::EnumUrl() {
   return cells.release();
 }
 
-// The numbers of the entries of one kind directly in a folder, in the order of the relations; false
-// when the folder is not known.
-bool SiteMgr::ListChildren(const std::string& folder, int kind, std::vector<int>& children) {
-  if (!HasFiles(folderDB) || !HasFiles(relDB)) return false;
-  const int number = folderDB->Find(folder);
-  std::vector<int> relations;
-  if (number < 0 || relDB->Query(FolderID(number), kAnyUrlID, relations) < 0) return false;
-  for (const int relation : relations) {
-    SiteRelRec rec;
-    if (relDB->Get(relation, rec) == 0 && rec.to.kind == kind) children.push_back(rec.to.id);
-  }
-  return true;
-}
-
 vec<SiteRecCell>* SiteMgr::GetSubFolders(const std::string& folder) {
   std::vector<int> children;
-  if (!ListChildren(folder, kKindFolder, children)) return nullptr;
+  if (!ListChildren(*this, folder, kKindFolder, children)) return nullptr;
   auto cells = std::make_unique<Cells>();
   for (const int number : children) {
     cells->push_back(FolderCell(*folderDB, number));
@@ -122,7 +116,7 @@ vec<SiteRecCell>* SiteMgr::GetSubFolders(const std::string& folder) {
 
 vec<SiteRecCell>* SiteMgr::GetChildren(const std::string& folder) {
   std::vector<int> children;
-  if (!HasFiles(pathDB) || !ListChildren(folder, kKindPath, children)) return nullptr;
+  if (!HasFiles(pathDB) || !ListChildren(*this, folder, kKindPath, children)) return nullptr;
   auto cells = std::make_unique<Cells>();
   for (const int number : children) {
     SitePathRec rec;
@@ -133,22 +127,19 @@ vec<SiteRecCell>* SiteMgr::GetChildren(const std::string& folder) {
 
 std::string* SiteMgr::GetChild(const std::string& folder, int index) {
   std::vector<int> children;
-  if (!ListChildren(folder, kKindPath, children)) return nullptr;
+  if (!ListChildren(*this, folder, kKindPath, children)) return nullptr;
   if (index < 0 || static_cast<std::size_t>(index) >= children.size()) return nullptr;
   return UrlPath(children[static_cast<std::size_t>(index)]);
 }
 
 vec<SiteRecCell>* SiteMgr::GetFtpMember() {
-  return PathCells([](const SitePathRec& rec) { return (rec.membership & kFamilyMember) != 0; });
-}
-
-bool SiteMgr::ReadPath(const UrlID& id, SitePathRec& rec) const {
-  return id.kind == kKindPath && HasFiles(pathDB) && pathDB->Get(id.id, rec) == 0;
+  return PathCells(pathDB,
+                   [](const SitePathRec& rec) { return (rec.membership & kFamilyMember) != 0; });
 }
 
 int SiteMgr::GetUrlFtpMember(const UrlID& id) {
   SitePathRec rec;
-  return ReadPath(id, rec) ? rec.membership : -1;
+  return ReadPath(pathDB, id, rec) ? rec.membership : -1;
 }
 
 // One pass over the links; a link of a file to itself does not count.
@@ -161,21 +152,21 @@ vec<SiteRecCell>* SiteMgr::GetUnusedFiles() {
     const auto target = static_cast<std::size_t>(link.to.id);
     if (link.to.kind == kKindPath && link.to.id >= 0 && target < used.size()) used[target] = true;
   });
-  const int topFile = FindTopFile();
-  return PathCells([&](const SitePathRec& rec) {
+  const int topFile = Work(*this).FindTopFile();
+  return PathCells(pathDB, [&](const SitePathRec& rec) {
     return rec.exists != 0 && rec.id != topFile && !used[static_cast<std::size_t>(rec.id)];
   });
 }
 
 vec<SiteRecCell>* SiteMgr::GetFilesByType(unsigned int types) {
-  return PathCells([types](const SitePathRec& rec) {
+  return PathCells(pathDB, [types](const SitePathRec& rec) {
     return (static_cast<unsigned>(rec.fileType) & types) != 0;
   });
 }
 
 int SiteMgr::GetUrlFileType(const UrlID& id) {
   SitePathRec rec;
-  if (ReadPath(id, rec)) return rec.fileType;
+  if (ReadPath(pathDB, id, rec)) return rec.fileType;
   std::string url;
   if (id.kind != kKindUrl || !HasFiles(urlDB) || urlDB->Name(id.id, url) < 0) return -1;
   return static_cast<int>(ClassifyFileType(url));
@@ -183,12 +174,12 @@ int SiteMgr::GetUrlFileType(const UrlID& id) {
 
 std::string* SiteMgr::GetUrlTitle(const UrlID& id) {
   SitePathRec rec;
-  return ReadPath(id, rec) ? NewText(*pathDB, rec.title) : nullptr;
+  return ReadPath(pathDB, id, rec) ? NewText(*pathDB, rec.title) : nullptr;
 }
 
 int SiteMgr::SetUrlTitle(const UrlID& id, const std::string& title) {
   SitePathRec rec;
-  return ReadPath(id, rec) ? pathDB->SetText(id.id, &SitePathRec::title, title) : -1;
+  return ReadPath(pathDB, id, rec) ? pathDB->SetText(id.id, &SitePathRec::title, title) : -1;
 }
 
 int SiteMgr::GetUrlProperty(const UrlID& id, std::string*& lastModified, std::string*& expires,
@@ -196,7 +187,7 @@ int SiteMgr::GetUrlProperty(const UrlID& id, std::string*& lastModified, std::st
                             std::string*& description, std::string*& contentType) {
   lastModified = expires = generator = keywords = description = contentType = nullptr;
   SitePathRec rec;
-  if (!ReadPath(id, rec)) return -1;
+  if (!ReadPath(pathDB, id, rec)) return -1;
   lastModified = NewText(*pathDB, rec.lastModified);
   expires = NewText(*pathDB, rec.expires);
   generator = NewText(*pathDB, rec.generator);

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "manager/cells.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 
 namespace zvrsit {
 
@@ -34,6 +34,44 @@ bool IsUnservable(std::string_view path) {
     if (path.find(code) != std::string_view::npos) return true;
   }
   return false;
+}
+
+// A cell with only its id when the entry cannot be read.
+SiteRecCell EntryCell(const SiteMgr& manager, const UrlID& id) {
+  const SitePathDB& paths = *manager.GetPathDB();
+  const SiteUrlDB& urls = *manager.GetUrlDB();
+  SitePathRec path;
+  SiteUrlRec url;
+  if (id.kind == kKindPath && paths.Get(id.id, path) == 0) return PathCell(paths, path);
+  if (id.kind == kKindUrl && urls.Get(id.id, url) == 0) return UrlCell(urls, url);
+  SiteRecCell cell;
+  cell.SetID(id);
+  return cell;
+}
+
+enum class LinkEnd { kFrom, kTo };
+
+// The links that have the file `path` at one end, as cells of the entry at the other.
+vec<SiteRecCell>* LinkCells(const SiteMgr& manager, LinkEnd end, const std::string& path) {
+  const SitePathDB* const paths = manager.GetPathDB();
+  SiteLinkDB* const table = manager.GetLinkDB();
+  if (!HasFiles(paths) || !HasFiles(manager.GetUrlDB()) || !HasFiles(table)) return nullptr;
+  const int number = paths->Find(path);
+  if (number < 0) return nullptr;
+  const bool fromIt = end == LinkEnd::kFrom;
+  const UrlID id = PathID(number);
+  std::vector<int> links;
+  if (table->Query(fromIt ? id : kAnyUrlID, fromIt ? kAnyUrlID : id, links) < 0) return nullptr;
+  auto cells = std::make_unique<Cells>();
+  cells->reserve(links.size());
+  for (const int link : links) {
+    SiteLinkRec rec;
+    if (table->Get(link, rec) < 0) continue;
+    SiteRecCell cell = EntryCell(manager, fromIt ? rec.to : rec.from);
+    cell.SetLinkType(rec.type);
+    cells->push_back(std::move(cell));
+  }
+  return cells.release();
 }
 
 }  // namespace
@@ -84,35 +122,18 @@ int SiteMgr::GetLink(int number, SiteLink& link) {
   link.exists = target.exists != 0;
   link.unservable = !link.exists && IsUnservable(pathDB->TextView(target.name));
   // What is there has its flag only below the site folder.
-  link.outside = !link.exists && !IsInSite(pathDB->TextView(target.name));
+  const bool isInSite =
+      inside->siteFolder && pathDB->TextView(target.name).starts_with(*inside->siteFolder);
+  link.outside = !link.exists && !isInSite;
   return 0;
 }
 
-vec<SiteRecCell>* SiteMgr::LinkCells(const std::string& path, bool fromIt) {
-  if (!HasFiles(pathDB) || !HasFiles(urlDB) || !HasFiles(linkDB)) return nullptr;
-  const int number = pathDB->Find(path);
-  if (number < 0) return nullptr;
-  std::vector<int> links;
-  const UrlID id = PathID(number);
-  if (linkDB->Query(fromIt ? id : kAnyUrlID, fromIt ? kAnyUrlID : id, links) < 0) return nullptr;
-  auto cells = std::make_unique<Cells>();
-  cells->reserve(links.size());
-  for (const int link : links) {
-    SiteLinkRec rec;
-    if (linkDB->Get(link, rec) < 0) continue;
-    SiteRecCell cell = EntryCell(fromIt ? rec.to : rec.from);
-    cell.SetLinkType(rec.type);
-    cells->push_back(std::move(cell));
-  }
-  return cells.release();
-}
-
 vec<SiteRecCell>* SiteMgr::GetForeLinks(const std::string& path) {
-  return LinkCells(path, true);
+  return LinkCells(*this, LinkEnd::kFrom, path);
 }
 
 vec<SiteRecCell>* SiteMgr::GetBackLinks(const std::string& path) {
-  return LinkCells(path, false);
+  return LinkCells(*this, LinkEnd::kTo, path);
 }
 
 vec<SiteRecCell>* SiteMgr::GetBrokenLinks() {

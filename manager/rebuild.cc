@@ -1,13 +1,11 @@
 // The steps of a rebuild, but for the walk through the folders.
 #include "manager/rebuild.h"
 
-#include <initializer_list>
 #include <set>
 #include <utility>
 
 #include "manager/family_marks.h"
 #include "manager/record_access.h"
-#include "manager_base/operation_memo.h"
 #include "platform/file.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
@@ -44,7 +42,7 @@ int SiteMgr::NeedToRebuild(const std::string& siteName) {
 int SiteMgr::GetSiteProfRebuildState() {
   const ProfileUse use(*this);
   SiteSiteRec site;
-  return ReadOpenSite(site) ? site.rebuildState : -1;
+  return use.ReadOpenSite(site) ? site.rebuildState : -1;
 }
 
 int SiteMgr::SetSiteProfRebuildState(int state, int siteId) {
@@ -67,12 +65,16 @@ int SiteMgr::SiteRebuildDiff(CZvrSiteRebuildProgressDlg* dlg) {
 }
 
 void SiteMgr::SetIgnoreHook(IgnoreHook hook, void* context) {
-  ignoreHook_ = hook;
-  ignoreContext_ = context;
+  inside->ignoreHook = hook;
+  inside->ignoreContext = context;
+}
+
+const std::vector<std::string>& SiteMgr::SkippedByRebuild() const {
+  return inside->skippedByRebuild;
 }
 
 int SiteMgr::Rebuild::Run() {
-  manager_.skippedByRebuild_.clear();
+  manager_.inside->skippedByRebuild.clear();
   if (!CanRun()) return -1;
   const Operation operation(manager_);
   if (kind_ == Kind::kComplete) manager_.linksChanged = 1;
@@ -85,7 +87,7 @@ bool SiteMgr::Rebuild::CanRun() {
   const SiteMgr& m = manager_;
   return m.openSiteId >= 0 && m.siteProf != nullptr && HasFiles(m.pathDB) && HasFiles(m.linkDB) &&
          HasFiles(m.folderDB) && HasFiles(m.relDB) && HasFiles(m.urlDB) &&
-         m.ReadSiteFolder(siteDir_) == 0;
+         work_.ReadSiteFolder(siteDir_);
 }
 
 int SiteMgr::Rebuild::RunSteps() {
@@ -122,7 +124,7 @@ int SiteMgr::Rebuild::ResetPaths() {
       continue;
     }
     rec.membership &= ~kDerivedMarks;
-    if (rec.exists != 0 && HoldsLinks(paths.TextView(rec.name), rec, manager_.pageTypes))
+    if (rec.exists != 0 && HoldsLinks(paths.TextView(rec.name), rec, manager_.inside->types()))
       ReleaseCollected(paths, rec);
     rec.exists = 0;
     rec.unread = SitePathRec::kRead;
@@ -142,7 +144,7 @@ int SiteMgr::Rebuild::RefreshPaths() {
     if (paths.Get(number, rec) < 0 || paths.Text(rec.name, path) < 0) continue;
     platform::FileStat found;
     if (platform::Stat(path, found) == 0 && found.isRegular()) {
-      StoreFileFacts(path, siteDir_, found, rec);
+      Work::StoreFileFacts(path, siteDir_, found, rec);
       if (!HasWalked(number)) rec.exists = 0;
     } else {
       rec.exists = 0;
@@ -158,7 +160,7 @@ int SiteMgr::Rebuild::CollectLinks() {
   manager_.linkDB->strings()->MakeStringIndex();
   manager_.pathDB->strings()->MakeStringIndex();
   const int count = manager_.pathDB->Count();
-  manager_.operationMemo->sheetsWait = true;
+  manager_.inside->operationMemo->sheetsWait = true;
   for (int number = 0; number < count; ++number) {
     if (progress_.Cancelled()) return -1;
     progress_.BeginRecord(number, count);
@@ -173,7 +175,7 @@ int SiteMgr::Rebuild::CollectLinks() {
 // turn. By the classic rules those that the pass itself adds are read by the next rebuild; `count`
 // entries were there before it.
 int SiteMgr::Rebuild::CollectFound(int count) {
-  const OperationMemo& memo = *manager_.operationMemo;
+  const OperationMemo& memo = *manager_.inside->operationMemo;
   for (std::size_t next = 0; next < memo.foundFiles.size(); ++next) {  // grows meanwhile
     if (progress_.Cancelled()) return -1;
     const int number = memo.foundFiles[next];
@@ -181,10 +183,10 @@ int SiteMgr::Rebuild::CollectFound(int count) {
     SitePathRec rec;
     if (memo.registeredSheets.contains(number) || manager_.pathDB->Get(number, rec) < 0) continue;
     if (rec.exists == 0 || manager_.pathDB->Text(rec.name, path) < 0) continue;
-    if (!HoldsLinks(path, rec, manager_.pageTypes)) continue;
-    if (manager_.linkRules == LinkRules::Classic ? number >= count : !IsToBeReadAs(path)) {
+    if (!HoldsLinks(path, rec, manager_.inside->types())) continue;
+    if (manager_.GetLinkRules() == LinkRules::Classic ? number >= count : !IsToBeReadAs(path)) {
       Skip(number, path);
-    } else if (manager_.linkRules == LinkRules::Web) {
+    } else if (manager_.GetLinkRules() == LinkRules::Web) {
       CollectLinksOf(number, true);
     }
   }
@@ -193,8 +195,8 @@ int SiteMgr::Rebuild::CollectFound(int count) {
 
 // The sheets that waited for a file that refers to them, and were reached from none.
 int SiteMgr::Rebuild::CollectWaitingSheets() {
-  manager_.operationMemo->sheetsWait = false;
-  for (const int sheet : std::exchange(manager_.operationMemo->waitingSheets, {})) {
+  manager_.inside->operationMemo->sheetsWait = false;
+  for (const int sheet : std::exchange(manager_.inside->operationMemo->waitingSheets, {})) {
     if (progress_.Cancelled()) return -1;
     CollectLinksOf(sheet, true);  // whether it is to be read was asked when it began to wait
   }
@@ -227,8 +229,8 @@ bool SiteMgr::Rebuild::GoesInCircles(const std::string& folder) const {
 }
 
 void SiteMgr::Rebuild::Skip(int number, const std::string& path) {
-  manager_.SetUnread(number, true);
-  manager_.skippedByRebuild_.push_back(path);
+  work_.SetUnread(number, true);
+  manager_.inside->skippedByRebuild.push_back(path);
 }
 
 // A page that cannot be traversed is noted, and the rest goes on.
@@ -242,7 +244,7 @@ void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
   }
   progress_.ShowFile(path);
   bool unread = false;
-  const int result = manager_.Traverse(siteDir_, path, nullptr, unread);
+  const int result = work_.Traverse(siteDir_, path, nullptr, unread);
   if (result < 0 || (unread && rec.exists != 0)) Skip(number, path);
 }
 
@@ -250,8 +252,8 @@ void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
 // seen is only a target.
 bool SiteMgr::Rebuild::IsToBeRead(int number, const std::string& path,
                                   const SitePathRec& rec) const {
-  if (!HoldsLinks(path, rec, manager_.pageTypes)) return false;
-  return manager_.linkRules == LinkRules::Classic || HasWalked(number);
+  if (!HoldsLinks(path, rec, manager_.inside->types())) return false;
+  return manager_.GetLinkRules() == LinkRules::Classic || HasWalked(number);
 }
 
 // Drops the entries whose file is gone, that nothing links to and that the user has not marked.
@@ -263,31 +265,29 @@ int SiteMgr::Rebuild::DropVanished() {
         manager_.linkDB->CountTo(PathID(number)) != 0) {
       continue;
     }
-    if (manager_.pathDB->Text(rec.name, path) < 0 || manager_.RemoveOne(path) < 0) return -1;
+    if (manager_.pathDB->Text(rec.name, path) < 0 || work_.Remove(path) < 0) return -1;
   }
   return 0;
 }
 
 int SiteMgr::Rebuild::MarkFamily() {
-  const int topFile = manager_.FindTopFile();
+  const int topFile = work_.FindTopFile();
   return topFile < 0 ? 0 : manager_.PropagateFamily(topFile);
 }
 
 int SiteMgr::FlushSite() {
   if (openSiteId < 0) return -1;
   int result = 0;
-  for (SiteTable* table :
-       std::initializer_list<SiteTable*>{linkDB, urlDB, pathDB, folderDB, relDB}) {
+  for (SiteTable* const table : Work(*this).Tables()) {
     if (table == nullptr || table->Flush() < 0) result = -1;
   }
   return result;
 }
 
 int SiteMgr::PackSite(bool all) {
-  if (openSiteId < 0 || OnlyAsks()) return -1;
+  if (openSiteId < 0 || inside->onlyAsks()) return -1;
   int result = 0;
-  for (SiteTable* table :
-       std::initializer_list<SiteTable*>{urlDB, pathDB, linkDB, folderDB, relDB}) {
+  for (SiteTable* const table : Work(*this).Tables()) {
     if (table == nullptr || ((all || table->IsWorthPacking()) && table->Pack() < 0)) result = -1;
   }
   return result;

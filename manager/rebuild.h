@@ -8,14 +8,9 @@
 #include <vector>
 
 #include "manager/rebuild_progress.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 
 namespace zvrsit {
-
-namespace platform {
-struct FileStat;
-}  // namespace platform
-class SitePathRec;
 
 // Private to SiteMgr; the program sees only its operations.
 class SiteMgr::Rebuild {
@@ -23,7 +18,7 @@ class SiteMgr::Rebuild {
   enum class Kind { kComplete, kDiff };
 
   Rebuild(SiteMgr& manager, Kind kind, CZvrSiteRebuildProgressDlg* dialog)
-      : manager_(manager), kind_(kind), progress_(dialog) {}
+      : manager_(manager), work_(manager), kind_(kind), progress_(dialog) {}
 
   // 0 or -1, also when the dialog cancelled.
   int Run();
@@ -55,6 +50,7 @@ class SiteMgr::Rebuild {
   bool HasWalked(int number) const;
 
   SiteMgr& manager_;
+  Work work_;
   const Kind kind_;
   RebuildProgress progress_;
   std::string siteDir_;

@@ -20,10 +20,12 @@ int SiteMgr::Rebuild::WalkFolders() {
     return RegisterFolder(parent, name);
   };
   steps.nextFolder = [this] { return progress_.Cancelled() ? -1 : 0; };
-  steps.unlisted = [this](const std::string& name) { manager_.skippedByRebuild_.push_back(name); };
+  steps.unlisted = [this](const std::string& name) {
+    manager_.inside->skippedByRebuild.push_back(name);
+  };
   steps.leftOut = [](const std::string&) {};
-  return SiteWalk(std::move(steps), manager_.pageTypes, manager_.ignoreHook_,
-                  manager_.ignoreContext_)
+  return SiteWalk(std::move(steps), manager_.inside->types(), manager_.inside->ignoreHook,
+                  manager_.inside->ignoreContext)
       .Run(siteDir_, number);
 }
 
@@ -32,14 +34,14 @@ int SiteMgr::Rebuild::RegisterFile(int folder, const std::string& path,
   SitePathDB& paths = *manager_.pathDB;
   const int known = paths.Find(path);
   if (known < 0) {
-    const int number = manager_.AddPathSeen(path, siteDir_, found);  // relates it to its folder
+    const int number = work_.AddPath(path, siteDir_, false, &found);  // relates it to its folder
     if (number < 0) return -1;
     SetWalked(number);
     return 0;
   }
   SitePathRec rec;
   if (paths.Get(known, rec) < 0) return -1;
-  StoreFileFacts(path, siteDir_, found, rec);
+  Work::StoreFileFacts(path, siteDir_, found, rec);
   rec.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
   if (paths.Update(rec) < 0) return -1;
   SetWalked(known);

@@ -36,8 +36,13 @@ inline bool HoldsLinks(std::string_view path, const SitePathRec& rec, const Page
   return HoldsLinks(path, static_cast<std::uint32_t>(rec.fileType), types);
 }
 
-// The bit of a site profile's link rules that stands for the web rules.
-inline constexpr std::int32_t kWebRulesBit = 1;
+// Calls visit(number) for each live record number of a table, ascending.
+template <class Visit>
+void ForEachNumber(const SiteTable& table, Visit visit) {
+  for (int number = table.NextNumber(0); number >= 0; number = table.NextNumber(number + 1)) {
+    visit(number);
+  }
+}
 
 inline UrlID PathID(int number) {
   return UrlID(kKindPath, number);

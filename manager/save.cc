@@ -3,11 +3,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "links/page_types.h"
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
-#include "manager/site_mgr.h"
-#include "manager_base/operation_memo.h"
+#include "manager/work.h"
 #include "registration/site_css_util.h"
 #include "registration/site_dom_util.h"
 #include "util/file_type.h"
@@ -59,58 +57,52 @@ int SiteMgr::Save(const std::string& path, int, Document* doc) {
 }
 
 int SiteMgr::Save(const std::string& path, Document* doc) {
-  if (SaveOne(path, doc) < 0) return -1;
-  FollowFolderLinks(path);
+  Work work(*this);
+  if (work.Save(path, doc) < 0) return -1;
+  work.FollowFolderLinks(path);
   return 0;
 }
 
 // Saves a file, and leaves the pages that link to its folder as they are.
-int SiteMgr::SaveOne(const std::string& path, Document* doc) {
+int SiteMgr::Work::Save(const std::string& path, Document* doc) {
   // The document of any other file stays the caller's, on purpose.
-  OwnedDocument owned(HoldsLinks(path, ClassifyFileType(path), pageTypes) ? doc : nullptr,
-                      GiveBack{dom});
+  OwnedDocument owned(HoldsLinks(path, ClassifyFileType(path), m_.inside->types()) ? doc : nullptr,
+                      GiveBack{m_.dom});
   std::string siteDir;
-  if (path.empty() || pathDB == nullptr || folderDB == nullptr || ReadSiteFolder(siteDir) < 0 ||
-      !HasRecords(pathDB) || !HasRecords(linkDB)) {
+  if (path.empty() || m_.pathDB == nullptr || m_.folderDB == nullptr || !ReadSiteFolder(siteDir) ||
+      !HasRecords(m_.pathDB) || !HasRecords(m_.linkDB)) {
     return -1;
   }
   // Folder chains end at the site folder, which has no entry before the first rebuild.
-  if (AddFolder(siteDir, 0) < 0) return -1;
-  const std::int32_t changedBefore = linksChanged;
+  if (m_.AddFolder(siteDir, 0) < 0) return -1;
+  const std::int32_t changedBefore = m_.linksChanged;
   std::vector<int> oldTargets;
-  const int known = pathDB->Find(path);
+  const int known = m_.pathDB->Find(path);
   if (known >= 0 && ListFileTargets(known, oldTargets) < 0) return -1;
-  const int number = known < 0 ? AddPath(path, siteDir, 0) : RegisterAnew(known, path, siteDir);
+  const int number = known < 0 ? m_.AddPath(path, siteDir, 0) : RegisterAnew(known, path, siteDir);
   SitePathRec rec;
-  if (number < 0 || pathDB->Get(number, rec) < 0) return -1;
-  const Operation operation(*this);
-  operationMemo->linkedFromBelow = false;
-  if (HoldsLinks(path, rec, pageTypes) && TraverseLinks(siteDir, path, owned.release()) < 0)
+  if (number < 0 || m_.pathDB->Get(number, rec) < 0) return -1;
+  const Operation operation(m_);
+  m_.inside->operationMemo->linkedFromBelow = false;
+  if (HoldsLinks(path, rec, m_.inside->types()) &&
+      m_.TraverseLinks(siteDir, path, owned.release()) < 0)
     return -1;
 
   std::vector<int> newTargets;
   if (ListFileTargets(number, newTargets) < 0) return -1;
-  const bool changed = operationMemo->linkedFromBelow || Differ(oldTargets, newTargets);
+  const bool changed = m_.inside->operationMemo->linkedFromBelow || Differ(oldTargets, newTargets);
   // Taking the page out and putting it back has raised the flag; an unchanged page must not.
-  linksChanged = changed ? 1 : changedBefore;
+  m_.linksChanged = changed ? 1 : changedBefore;
   return 0;
 }
 
-// The site folder of the open site.
-int SiteMgr::ReadSiteFolder(std::string& siteDir) const {
-  const ProfileUse use(*this);
-  SiteSiteRec site;
-  if (!HasFiles(siteProf) || !ReadOpenSite(site)) return -1;
-  return ReadProfileText(site.folders[SiteSiteRec::kSiteFolder], siteDir) ? 0 : -1;
-}
-
 // The files that one file's links point to, in the order of the link records.
-int SiteMgr::ListFileTargets(int pathNumber, std::vector<int>& targets) {
-  const std::unique_ptr<std::vector<int>> links(GetForeLinks(PathID(pathNumber)));
+int SiteMgr::Work::ListFileTargets(int pathNumber, std::vector<int>& targets) {
+  const std::unique_ptr<std::vector<int>> links(m_.GetForeLinks(PathID(pathNumber)));
   if (links == nullptr) return -1;
   for (const int number : *links) {
     SiteLinkRec link;
-    if (linkDB->Get(number, link) < 0) return -1;
+    if (m_.linkDB->Get(number, link) < 0) return -1;
     if (link.to.kind == kKindPath) targets.push_back(link.to.id);
   }
   return 0;
@@ -118,83 +110,82 @@ int SiteMgr::ListFileTargets(int pathNumber, std::vector<int>& targets) {
 
 // Takes a known file out and registers it again; its number. The publishing-membership word is
 // carried over, unless others refer to the entry: then it stayed, with its word.
-int SiteMgr::RegisterAnew(int number, const std::string& path, const std::string& siteDir) {
+int SiteMgr::Work::RegisterAnew(int number, const std::string& path, const std::string& siteDir) {
   SitePathRec rec;
-  if (pathDB->Get(number, rec) < 0) return -1;
+  if (m_.pathDB->Get(number, rec) < 0) return -1;
   const std::int32_t membership = rec.membership;
-  if (RemoveOne(path) < 0) return -1;
-  if (pathDB->Find(path) >= 0) return CheckPath(path, siteDir);
+  if (Remove(path) < 0) return -1;
+  if (m_.pathDB->Find(path) >= 0) return m_.CheckPath(path, siteDir);
 
-  const int again = AddPath(path, siteDir, 0);
-  if (again < 0 || pathDB->Get(again, rec) < 0) return -1;
+  const int again = m_.AddPath(path, siteDir, 0);
+  if (again < 0 || m_.pathDB->Get(again, rec) < 0) return -1;
   if (membership == -1) return again;
   rec.membership = membership;
-  return pathDB->Update(rec) < 0 ? -1 : again;
+  return m_.pathDB->Update(rec) < 0 ? -1 : again;
 }
 
 int SiteMgr::TraverseLinks(const std::string& siteDir, const std::string& path, Document* doc) {
   const Operation operation(*this);
+  Work work(*this);
   bool unread = false;
-  const int result = Traverse(siteDir, path, doc, unread);
+  const int result = work.Traverse(siteDir, path, doc, unread);
   const int number = pathDB != nullptr ? pathDB->Find(path) : -1;
-  SetUnread(number, result < 0 || unread);
-  MarkFound(number);
+  work.SetUnread(number, result < 0 || unread);
+  work.MarkFound(number);
   return result;
 }
 
 // Notes whether the links of a file that is there are unknown, or not all known.
-void SiteMgr::SetUnread(int pathNumber, bool unread) {
+void SiteMgr::Work::SetUnread(int pathNumber, bool unread) {
   SitePathRec rec;
-  if (pathDB == nullptr || pathNumber < 0 || pathDB->Get(pathNumber, rec) < 0) return;
-  const bool isPage = rec.exists != 0 && HoldsLinks(pathDB->TextView(rec.name), rec, pageTypes);
+  if (m_.pathDB == nullptr || pathNumber < 0 || m_.pathDB->Get(pathNumber, rec) < 0) return;
+  const bool isPage =
+      rec.exists != 0 && HoldsLinks(m_.pathDB->TextView(rec.name), rec, m_.inside->types());
   const std::int32_t word = unread && isPage ? SitePathRec::kUnread : SitePathRec::kRead;
   if (rec.unread == word) return;
   rec.unread = word;
-  pathDB->Update(rec);
+  m_.pathDB->Update(rec);
 }
 
 // Notes, under the web rules, what the page number `saved` is the first to link to: nobody has had
 // it read.
-void SiteMgr::MarkFound(int saved) {
-  std::vector<std::int32_t>& found = operationMemo->foundFiles;
+void SiteMgr::Work::MarkFound(int saved) {
+  std::vector<std::int32_t>& found = m_.inside->operationMemo->foundFiles;
   for (const int number : found) {
-    const bool isRead = number == saved || operationMemo->registeredSheets.contains(number);
-    if (linkRules == LinkRules::Web && !isRead) SetUnread(number, true);
+    const bool isRead =
+        number == saved || m_.inside->operationMemo->registeredSheets.contains(number);
+    if (m_.GetLinkRules() == LinkRules::Web && !isRead) SetUnread(number, true);
   }
   found.clear();
 }
 
 // Sets `unread` when the file had to be read and could not be.
-int SiteMgr::Traverse(const std::string& siteDir, const std::string& path, Document* doc,
-                      bool& unread) {
-  const Operation operation(*this);
-  OwnedDocument document(doc, GiveBack{dom});
-  operationMemo->page.Forget();
+int SiteMgr::Work::Traverse(const std::string& siteDir, const std::string& path, Document* doc,
+                            bool& unread) {
+  const Operation operation(m_);
+  OwnedDocument document(doc, GiveBack{m_.dom});
+  m_.inside->operationMemo->page.Forget();
   if (document == nullptr) {
-    if (dom == nullptr) return -1;
-    document.reset(dom->createDocument("HTML"));
+    if (m_.dom == nullptr) return -1;
+    document.reset(m_.dom->createDocument("HTML"));
     if (document == nullptr) return -1;
-    unread = !operationMemo->page.Read(path, linkRules, *document);
+    unread = !m_.inside->operationMemo->page.Read(path, m_.GetLinkRules(), *document);
   }
   const bool isSheet = ClassifyFileType(path) == FT_CSS;
   // The classic rules read a sheet as if it were a page too, on purpose.
-  const bool isPage = !isSheet || linkRules == LinkRules::Classic;
+  const bool isPage = !isSheet || m_.GetLinkRules() == LinkRules::Classic;
   if (isPage && CollectPageLinks(siteDir, path, document.get()) < 0) return -1;
 
-  SiteCSSUtil styles(this, siteDir);
+  SiteCSSUtil styles(&m_, siteDir);
   return isSheet ? styles.CollectSheet(path) : styles.CollectPage(path, document.get());
 }
 
 // The links in the page's own text. The page record is written when the collecting object goes,
 // which has to be before the style sheets are looked at.
-int SiteMgr::CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc) {
-  SiteDOMUtil page(this, dom, pathDB, urlDB, linkDB, path);
-  return page.CollectLinks(LinkBase(siteDir), doc, siteDir);
-}
-
-// The folder that "/" names in a link.
-const std::string& SiteMgr::LinkBase(const std::string& siteDir) const {
-  return docRoot != nullptr && !docRoot->empty() ? *docRoot : siteDir;
+int SiteMgr::Work::CollectPageLinks(const std::string& siteDir, const std::string& path,
+                                    Document* doc) {
+  SiteDOMUtil page(&m_, m_.dom, m_.pathDB, m_.urlDB, m_.linkDB, path);
+  return page.CollectLinks(RootOf(m_, siteDir), doc, siteDir);
 }
 
 }  // namespace zvrsit

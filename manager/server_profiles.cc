@@ -1,8 +1,9 @@
 // The profiles of servers.
+#include <algorithm>
 #include <memory>
 
 #include "manager/cells.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 #include "tables/site_serv_prof_db.h"
 
 namespace zvrsit {
@@ -43,7 +44,8 @@ constexpr NumberField kNumbers[] = {
 };
 
 bool IsPassword(Word word) {
-  return word == &SiteServRec::password || word == &SiteServRec::firewallPassword;
+  return std::ranges::any_of(kPasswords,
+                             [=](const TextField& field) { return field.word == word; });
 }
 
 int ReadProfile(const SiteServProfDB& servers, int number, ServProfile& profile) {
@@ -76,20 +78,20 @@ int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile
 // Opens the table, does use(table) and closes it: the result of `use`, -1 also when what was
 // changed could not be written. A table object is opened only once, so a new one is made in the
 // place of the one before: copies of the manager point there too.
-int SiteMgr::WithServProf(const std::function<int(SiteServProfDB&)>& use) {
-  const ProfileUse profiles(*this);
-  if (servProf == nullptr || servProfPath == nullptr || !profiles.isHeld()) return -1;
-  std::destroy_at(servProf);
-  std::construct_at(servProf);
-  if (OnlyAsks()) servProf->SetReadOnly();
-  if (servProf->Open(*servProfPath, kOpenPlain) < 0) return -1;
-  const int result = use(*servProf);
-  return servProf->Close() < 0 ? -1 : result;
+int SiteMgr::Work::WithServProf(const std::function<int(SiteServProfDB&)>& use) {
+  const ProfileUse profiles(m_);
+  if (m_.servProf == nullptr || m_.servProfPath == nullptr || !profiles.isHeld()) return -1;
+  std::destroy_at(m_.servProf);
+  std::construct_at(m_.servProf);
+  if (m_.inside->onlyAsks()) m_.servProf->SetReadOnly();
+  if (m_.servProf->Open(*m_.servProfPath, kOpenPlain) < 0) return -1;
+  const int result = use(*m_.servProf);
+  return m_.servProf->Close() < 0 ? -1 : result;
 }
 
 std::vector<std::string*>* SiteMgr::EnumServProf() {
   std::vector<std::string*>* names = nullptr;
-  WithServProf([&](SiteServProfDB& servers) {
+  Work(*this).WithServProf([&](SiteServProfDB& servers) {
     names = ListNames(servers);
     return 0;
   });
@@ -97,44 +99,46 @@ std::vector<std::string*>* SiteMgr::EnumServProf() {
 }
 
 int SiteMgr::GetServProf(const std::string& name, ServProfile& profile) {
-  return WithServProf(
+  return Work(*this).WithServProf(
       [&](SiteServProfDB& servers) { return ReadProfile(servers, servers.Find(name), profile); });
 }
 
 int SiteMgr::SetServProf(const std::string& name, const ServProfile& profile) {
-  return WithServProf([&](SiteServProfDB& servers) {
+  return Work(*this).WithServProf([&](SiteServProfDB& servers) {
     const int known = servers.Find(name);
     return WriteProfile(servers, known >= 0 ? known : servers.Add(name), profile);
   });
 }
 
 int SiteMgr::AddServProf(const std::string& name) {
-  return WithServProf([&](SiteServProfDB& servers) { return servers.Add(name); });
+  return Work(*this).WithServProf([&](SiteServProfDB& servers) { return servers.Add(name); });
 }
 
 int SiteMgr::CopyServProf(const std::string& from, const std::string& to) {
-  return WithServProf(
+  return Work(*this).WithServProf(
       [&](SiteServProfDB& servers) { return servers.Copy(servers.Find(from), to); });
 }
 
 int SiteMgr::RenameServProf(const std::string& from, const std::string& to) {
   const ProfileUse use(*this);
-  const int renamed =
-      WithServProf([&](SiteServProfDB& servers) { return servers.Rename(servers.Find(from), to); });
+  const int renamed = Work(*this).WithServProf(
+      [&](SiteServProfDB& servers) { return servers.Rename(servers.Find(from), to); });
   if (renamed < 0 || !HasFiles(siteProf)) return renamed;
-  for (int site = siteProf->NextNumber(0); site >= 0; site = siteProf->NextNumber(site + 1)) {
+  int result = 0;
+  ForEachNumber(*siteProf, [&](int site) {
     std::string server;
-    if (siteProf->GetText(site, &SiteSiteRec::servProf, server) < 0 || server != from) continue;
-    if (siteProf->SetText(site, &SiteSiteRec::servProf, to) < 0) return -1;
-  }
-  return 0;
+    if (result < 0 || siteProf->GetText(site, &SiteSiteRec::servProf, server) < 0) return;
+    if (server == from) result = siteProf->SetText(site, &SiteSiteRec::servProf, to);
+  });
+  return result < 0 ? -1 : 0;
 }
 
 int SiteMgr::DeleteServProf(const std::string& name) {
-  return WithServProf([&](SiteServProfDB& servers) { return servers.Delete(servers.Find(name)); });
+  return Work(*this).WithServProf(
+      [&](SiteServProfDB& servers) { return servers.Delete(servers.Find(name)); });
 }
 
-std::string* SiteMgr::ServText(const std::string& name, ServField field) {
+std::string* SiteMgr::Work::ServText(const std::string& name, ServField field) {
   auto text = std::make_unique<std::string>();
   const int result = WithServProf([&](SiteServProfDB& servers) {
     const int number = servers.Find(name);
@@ -144,7 +148,7 @@ std::string* SiteMgr::ServText(const std::string& name, ServField field) {
   return result < 0 ? nullptr : text.release();
 }
 
-int SiteMgr::SetServText(const std::string& name, ServField field, const std::string& text) {
+int SiteMgr::Work::SetServText(const std::string& name, ServField field, const std::string& text) {
   return WithServProf([&](SiteServProfDB& servers) {
     const int number = servers.Find(name);
     return IsPassword(field) ? servers.SetPassword(number, field, text)
@@ -152,121 +156,121 @@ int SiteMgr::SetServText(const std::string& name, ServField field, const std::st
   });
 }
 
-int SiteMgr::ServNumber(const std::string& name, ServField field) {
+int SiteMgr::Work::ServNumber(const std::string& name, ServField field) {
   std::int32_t value = -1;
   const int result = WithServProf(
       [&](SiteServProfDB& servers) { return servers.GetNumber(servers.Find(name), field, value); });
   return result < 0 ? -1 : value;
 }
 
-int SiteMgr::SetServNumber(const std::string& name, ServField field, int value) {
+int SiteMgr::Work::SetServNumber(const std::string& name, ServField field, int value) {
   return WithServProf(
       [&](SiteServProfDB& servers) { return servers.SetNumber(servers.Find(name), field, value); });
 }
 
 std::string* SiteMgr::GetServProfHost(const std::string& name) {
-  return ServText(name, &SiteServRec::host);
+  return Work(*this).ServText(name, &SiteServRec::host);
 }
 int SiteMgr::SetServProfHost(const std::string& name, const std::string& host) {
-  return SetServText(name, &SiteServRec::host, host);
+  return Work(*this).SetServText(name, &SiteServRec::host, host);
 }
 
 std::string* SiteMgr::GetServProfUser(const std::string& name) {
-  return ServText(name, &SiteServRec::user);
+  return Work(*this).ServText(name, &SiteServRec::user);
 }
 int SiteMgr::SetServProfUser(const std::string& name, const std::string& user) {
-  return SetServText(name, &SiteServRec::user, user);
+  return Work(*this).SetServText(name, &SiteServRec::user, user);
 }
 
 std::string* SiteMgr::GetServProfPassword(const std::string& name) {
-  return ServText(name, &SiteServRec::password);
+  return Work(*this).ServText(name, &SiteServRec::password);
 }
 int SiteMgr::SetServProfPassword(const std::string& name, const std::string& password) {
-  return SetServText(name, &SiteServRec::password, password);
+  return Work(*this).SetServText(name, &SiteServRec::password, password);
 }
 
 std::string* SiteMgr::GetServProfDir(const std::string& name) {
-  return ServText(name, &SiteServRec::dir);
+  return Work(*this).ServText(name, &SiteServRec::dir);
 }
 int SiteMgr::SetServProfDir(const std::string& name, const std::string& dir) {
-  return SetServText(name, &SiteServRec::dir, dir);
+  return Work(*this).SetServText(name, &SiteServRec::dir, dir);
 }
 
 int SiteMgr::GetServProfFirewall(const std::string& name) {
-  return ServNumber(name, &SiteServRec::firewall);
+  return Work(*this).ServNumber(name, &SiteServRec::firewall);
 }
 int SiteMgr::SetServProfFirewall(const std::string& name, int firewall) {
-  return SetServNumber(name, &SiteServRec::firewall, firewall);
+  return Work(*this).SetServNumber(name, &SiteServRec::firewall, firewall);
 }
 
 std::string* SiteMgr::GetServProfFirewallHost(const std::string& name) {
-  return ServText(name, &SiteServRec::firewallHost);
+  return Work(*this).ServText(name, &SiteServRec::firewallHost);
 }
 int SiteMgr::SetServProfFirewallHost(const std::string& name, const std::string& host) {
-  return SetServText(name, &SiteServRec::firewallHost, host);
+  return Work(*this).SetServText(name, &SiteServRec::firewallHost, host);
 }
 
 std::string* SiteMgr::GetServProfFirewallUser(const std::string& name) {
-  return ServText(name, &SiteServRec::firewallUser);
+  return Work(*this).ServText(name, &SiteServRec::firewallUser);
 }
 int SiteMgr::SetServProfFirewallUser(const std::string& name, const std::string& user) {
-  return SetServText(name, &SiteServRec::firewallUser, user);
+  return Work(*this).SetServText(name, &SiteServRec::firewallUser, user);
 }
 
 std::string* SiteMgr::GetServProfFirewallPassword(const std::string& name) {
-  return ServText(name, &SiteServRec::firewallPassword);
+  return Work(*this).ServText(name, &SiteServRec::firewallPassword);
 }
 int SiteMgr::SetServProfFirewallPassword(const std::string& name, const std::string& password) {
-  return SetServText(name, &SiteServRec::firewallPassword, password);
+  return Work(*this).SetServText(name, &SiteServRec::firewallPassword, password);
 }
 
 int SiteMgr::GetServProfFxferType(const std::string& name) {
-  return ServNumber(name, &SiteServRec::fxferType);
+  return Work(*this).ServNumber(name, &SiteServRec::fxferType);
 }
 int SiteMgr::SetServProfFxferType(const std::string& name, int type) {
-  return SetServNumber(name, &SiteServRec::fxferType, type);
+  return Work(*this).SetServNumber(name, &SiteServRec::fxferType, type);
 }
 
 int SiteMgr::GetServProfInitDirMode(const std::string& name) {
-  return ServNumber(name, &SiteServRec::initDirMode);
+  return Work(*this).ServNumber(name, &SiteServRec::initDirMode);
 }
 int SiteMgr::SetServProfInitDirMode(const std::string& name, int mode) {
-  return SetServNumber(name, &SiteServRec::initDirMode, mode);
+  return Work(*this).SetServNumber(name, &SiteServRec::initDirMode, mode);
 }
 
 int SiteMgr::GetServProfLockDir(const std::string& name) {
-  return ServNumber(name, &SiteServRec::lockDir);
+  return Work(*this).ServNumber(name, &SiteServRec::lockDir);
 }
 int SiteMgr::SetServProfLockDir(const std::string& name, int lock) {
-  return SetServNumber(name, &SiteServRec::lockDir, lock);
+  return Work(*this).SetServNumber(name, &SiteServRec::lockDir, lock);
 }
 
 std::string* SiteMgr::GetServProfInitRemoteDir(const std::string& name) {
-  return ServText(name, &SiteServRec::initRemoteDir);
+  return Work(*this).ServText(name, &SiteServRec::initRemoteDir);
 }
 int SiteMgr::SetServProfInitRemoteDir(const std::string& name, const std::string& dir) {
-  return SetServText(name, &SiteServRec::initRemoteDir, dir);
+  return Work(*this).SetServText(name, &SiteServRec::initRemoteDir, dir);
 }
 
 std::string* SiteMgr::GetServProfMRUDirRemote(const std::string& name) {
-  return ServText(name, &SiteServRec::mruDirRemote);
+  return Work(*this).ServText(name, &SiteServRec::mruDirRemote);
 }
 int SiteMgr::SetServProfMRUDirRemote(const std::string& name, const std::string& dirs) {
-  return SetServText(name, &SiteServRec::mruDirRemote, dirs);
+  return Work(*this).SetServText(name, &SiteServRec::mruDirRemote, dirs);
 }
 
 std::string* SiteMgr::GetServProfMRUDirLocal(const std::string& name) {
-  return ServText(name, &SiteServRec::mruDirLocal);
+  return Work(*this).ServText(name, &SiteServRec::mruDirLocal);
 }
 int SiteMgr::SetServProfMRUDirLocal(const std::string& name, const std::string& dirs) {
-  return SetServText(name, &SiteServRec::mruDirLocal, dirs);
+  return Work(*this).SetServText(name, &SiteServRec::mruDirLocal, dirs);
 }
 
 std::string* SiteMgr::GetServProfAsciiSuffix(const std::string& name) {
-  return ServText(name, &SiteServRec::asciiSuffix);
+  return Work(*this).ServText(name, &SiteServRec::asciiSuffix);
 }
 int SiteMgr::SetServProfAsciiSuffix(const std::string& name, const std::string& suffixes) {
-  return SetServText(name, &SiteServRec::asciiSuffix, suffixes);
+  return Work(*this).SetServText(name, &SiteServRec::asciiSuffix, suffixes);
 }
 
 }  // namespace zvrsit

@@ -3,9 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "manager/profiles.h"
@@ -19,8 +17,6 @@
 namespace zvrsit {
 
 class Document;
-class SitePathRec;
-class SiteServRec;
 struct CZvrSiteRebuildProgressDlg;
 
 // Paths are `\` paths in the code page; a folder ends in `\`. An `int` result is 0, a count or a
@@ -128,7 +124,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   void SetIgnoreHook(IgnoreHook hook, void* context);
   // The pages that the last rebuild could not read or collect links from, and the folders (which
   // end in `\`) that it could not list, in the order met.
-  const std::vector<std::string>& SkippedByRebuild() const { return skippedByRebuild_; }
+  const std::vector<std::string>& SkippedByRebuild() const;
 
   // Compares the tables of the open site with the disk, where files are looked up as in a rebuild
   // but not read: a file that was written anew with its old size and time is not noticed.
@@ -394,74 +390,17 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   static int DeleteStrings(std::vector<std::string*>* list);
 
  private:
-  class ZVRSIT_LOCAL Rebuild;
+  class ZVRSIT_LOCAL Work;     // manager/work.h
+  class ZVRSIT_LOCAL Rebuild;  // manager/rebuild.h
 
   // peeping.cc. Opens the path table of another site into peepPathDB, also when it then gives -1,
   // and closes it; one pair within each public operation that peeps.
   ZVRSIT_LOCAL int BeginPeep(int siteId);
   ZVRSIT_LOCAL int EndPeep(int);
-  ZVRSIT_LOCAL bool ListSites(std::vector<int>& sites) const;
-  ZVRSIT_LOCAL std::vector<std::string*>* ListPeeped();
-  ZVRSIT_LOCAL bool PeepedHas(const std::string& path, std::string& text);
-
-  // queries.cc, queries_links.cc
-  ZVRSIT_LOCAL bool IsInSite(std::string_view path) const;
-  ZVRSIT_LOCAL bool IsPage(const SitePathRec& file) const;
-  ZVRSIT_LOCAL SiteRecCell EntryCell(const UrlID& id) const;
-  ZVRSIT_LOCAL vec<SiteRecCell>* LinkCells(const std::string& path, bool fromIt);
-  ZVRSIT_LOCAL bool ListChildren(const std::string& folder, int kind, std::vector<int>& children);
-  ZVRSIT_LOCAL vec<SiteRecCell>* PathCells(const std::function<bool(const SitePathRec&)>& keep);
-  ZVRSIT_LOCAL bool ReadPath(const UrlID& id, SitePathRec& rec) const;
-
-  // site_profiles.cc, site_profile_fields.cc
-  ZVRSIT_LOCAL int StoreProfile(int number, const SiteProfile& profile);
-  ZVRSIT_LOCAL int MakeTableFolder(int number);
-  ZVRSIT_LOCAL int OpenSiteChanged();
-  int SiteNumber(int siteId) const { return siteId < 0 ? openSiteId : siteId; }
-  using SiteField = std::int32_t SiteSiteRec::*;
-  ZVRSIT_LOCAL std::string* SiteText(SiteField field, int siteId);
-  ZVRSIT_LOCAL int SetSiteText(SiteField field, const std::string& text, int siteId);
-
-  // server_profiles.cc
-  using ServField = std::int32_t SiteServRec::*;
-  ZVRSIT_LOCAL int WithServProf(const std::function<int(SiteServProfDB&)>& use);
-  ZVRSIT_LOCAL std::string* ServText(const std::string& name, ServField field);
-  ZVRSIT_LOCAL int SetServText(const std::string& name, ServField field, const std::string& text);
-  ZVRSIT_LOCAL int ServNumber(const std::string& name, ServField field);
-  ZVRSIT_LOCAL int SetServNumber(const std::string& name, ServField field, int value);
-
-  // save.cc
-  ZVRSIT_LOCAL int SaveOne(const std::string& path, Document* doc);
-  ZVRSIT_LOCAL const std::string& LinkBase(const std::string& siteDir) const;
-  ZVRSIT_LOCAL int ReadSiteFolder(std::string& siteDir) const;
-  ZVRSIT_LOCAL int ListFileTargets(int pathNumber, std::vector<int>& targets);
-  ZVRSIT_LOCAL int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
-  ZVRSIT_LOCAL int Traverse(const std::string& siteDir, const std::string& path, Document* doc,
-                            bool& unread);
-  ZVRSIT_LOCAL void SetUnread(int pathNumber, bool unread);
-  ZVRSIT_LOCAL void MarkFound(int saved);
-  ZVRSIT_LOCAL int CollectPageLinks(const std::string& siteDir, const std::string& path,
-                                    Document* doc);
-
-  // file_operations.cc
-  ZVRSIT_LOCAL int RemoveOne(const std::string& path);
-  ZVRSIT_LOCAL int DeleteForeLinks(int pathNumber);
-  ZVRSIT_LOCAL int DeleteEntry(int pathNumber);
-
-  // families.cc
-  ZVRSIT_LOCAL int FindTopFile() const;
-
-  // folder_links.cc
-  ZVRSIT_LOCAL void FollowFolderLinks(const std::string& path);
 
  protected:
   // The path table of another site, while it is looked into.
   SitePathDB* peepPathDB = nullptr;
-
- private:
-  IgnoreHook ignoreHook_ = nullptr;
-  void* ignoreContext_ = nullptr;
-  std::vector<std::string> skippedByRebuild_;
 };
 
 }  // namespace zvrsit

@@ -1,10 +1,9 @@
 // The profiles of sites, and the files of their tables.
-#include <array>
 #include <cerrno>
 #include <memory>
 
 #include "manager/cells.h"
-#include "manager/site_mgr.h"
+#include "manager/work.h"
 #include "platform/file.h"
 #include "util/mb_string.h"
 #include "util/site_name.h"
@@ -12,8 +11,6 @@
 namespace zvrsit {
 
 namespace {
-
-using TableNames = std::array<std::string, 5>;
 
 // A text field of the record, and where a SiteProfile has it.
 struct ProfileText {
@@ -33,37 +30,22 @@ bool IsTableName(std::string_view name) {
 
 // Reads the file names of a profile's tables; false when not all can be read. One that leads
 // elsewhere is left empty, so that a damaged profile has no other file moved or deleted.
-bool ReadTableNames(const SiteSiteProfDB& profiles, int number, TableNames& names) {
-  SiteSiteRec rec;
-  if (profiles.Get(number, rec) < 0) return false;
-  const std::int32_t words[] = {rec.urlFile, rec.pathFile, rec.linkFile, rec.folderFile,
-                                rec.relFile};
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (profiles.Text(words[i], names[i]) < 0) return false;
-    if (!IsTableName(names[i])) names[i].clear();
+bool ReadTableNames(const SiteSiteProfDB& profiles, int number, SiteTableNames& names) {
+  const bool isRead = profiles.ReadTableNames(number, names);
+  for (std::string& name : names) {
+    if (!IsTableName(name)) name.clear();
   }
-  return true;
-}
-
-// Calls visit(path) for each file that the table file `path` stands for: itself, its text store,
-// and what backing up and packing leave beside them.
-template <class Visit>
-void ForEachFile(const std::string& path, Visit visit) {
-  std::string strings = path;
-  strings.back() = 'S';
-  for (const std::string& file : {path, strings}) {
-    for (const char* suffix : {"", "_bak", "_pack"}) visit(file + suffix);
-  }
+  return isRead;
 }
 
 std::string FolderOf(const std::string& path) {
   return path.substr(0, FindLastBackslashMB(path) + 1);
 }
 
-void RemoveTables(const std::string& dbDir, const TableNames& names) {
+void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
   for (const std::string& name : names) {
     if (name.empty()) continue;
-    ForEachFile(dbDir + name, [](const std::string& path) { platform::Unlink(path); });
+    ForEachFileOfTable(dbDir + name, [](const std::string& path) { platform::Unlink(path); });
     platform::RemoveFolder(FolderOf(dbDir + name));
   }
 }
@@ -71,10 +53,10 @@ void RemoveTables(const std::string& dbDir, const TableNames& names) {
 // Moves what there is of a table; false when a file that is there could not be moved.
 bool MoveTable(const std::string& from, const std::string& to) {
   std::vector<std::string> targets;
-  ForEachFile(to, [&](const std::string& path) { targets.push_back(path); });
+  ForEachFileOfTable(to, [&](const std::string& path) { targets.push_back(path); });
   auto target = targets.begin();
   bool moved = true;
-  ForEachFile(from, [&](const std::string& path) {
+  ForEachFileOfTable(from, [&](const std::string& path) {
     const std::string& place = *target++;
     if (platform::Rename(path, place) < 0 && platform::LastError() != ENOENT) moved = false;
   });
@@ -82,7 +64,7 @@ bool MoveTable(const std::string& from, const std::string& to) {
 }
 
 // Moves the tables to other names; false when not all of them could be moved.
-bool MoveTables(const std::string& dbDir, const TableNames& from, const TableNames& to) {
+bool MoveTables(const std::string& dbDir, const SiteTableNames& from, const SiteTableNames& to) {
   bool moved = true;
   for (std::size_t i = 0; i < from.size(); ++i) {
     if (from[i].empty() || to[i].empty() || from[i] == to[i]) continue;
@@ -121,7 +103,8 @@ int SiteMgr::GetSiteProf(const std::string& name, SiteProfile& profile) {
     siteProf->Text(rec.*field.word, profile.*field.text);
   }
   profile.useDocumentRoot = rec.useDocRoot != 0;
-  profile.linkRules = (rec.linkRules & kWebRulesBit) != 0 ? LinkRules::Web : LinkRules::Classic;
+  profile.linkRules =
+      (rec.linkRules & SiteSiteRec::kWebRules) != 0 ? LinkRules::Web : LinkRules::Classic;
   profile.rebuildState = rec.rebuildState;
   return 0;
 }
@@ -130,51 +113,51 @@ int SiteMgr::SetSiteProf(const std::string& name, const SiteProfile& profile) {
   const ProfileUse use(*this);
   int number = FindSiteProf(name);
   if (number < 0) number = AddSiteProf(name);
-  return number < 0 ? -1 : StoreProfile(number, profile);
+  return number < 0 ? -1 : Work(*this).StoreProfile(number, profile);
 }
 
-int SiteMgr::StoreProfile(int number, const SiteProfile& profile) {
+int SiteMgr::Work::StoreProfile(int number, const SiteProfile& profile) {
   for (int slot = 0; slot < kSiteFolderSlots; ++slot) {
     const std::string& folder = profile.folders[static_cast<std::size_t>(slot)];
-    if (siteProf->SetFolder(number, slot, folder) < 0) return -1;
+    if (m_.siteProf->SetFolder(number, slot, folder) < 0) return -1;
   }
   for (const ProfileText& field : kTexts) {
-    if (siteProf->SetText(number, field.word, profile.*field.text) < 0) return -1;
+    if (m_.siteProf->SetText(number, field.word, profile.*field.text) < 0) return -1;
   }
   SiteSiteRec rec;
-  if (siteProf->Get(number, rec) < 0) return -1;
+  if (m_.siteProf->Get(number, rec) < 0) return -1;
   rec.useDocRoot = profile.useDocumentRoot ? 1 : 0;
-  rec.linkRules &= ~kWebRulesBit;
-  if (profile.linkRules == LinkRules::Web) rec.linkRules |= kWebRulesBit;
+  rec.linkRules &= ~SiteSiteRec::kWebRules;
+  if (profile.linkRules == LinkRules::Web) rec.linkRules |= SiteSiteRec::kWebRules;
   rec.rebuildState = profile.rebuildState;
-  if (siteProf->Update(rec) < 0) return -1;
-  if (number != openSiteId) return 0;
-  linksChanged = 1;  // the family may begin elsewhere
+  if (m_.siteProf->Update(rec) < 0) return -1;
+  if (number != m_.openSiteId) return 0;
+  m_.linksChanged = 1;  // the family may begin elsewhere
   return OpenSiteChanged();
 }
 
 int SiteMgr::AddSiteProf(const std::string& name) {
   const ProfileUse use(*this);
   if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
-  return MakeTableFolder(siteProf->Add(name));
+  return Work(*this).MakeTableFolder(siteProf->Add(name));
 }
 
 int SiteMgr::CopySiteProf(const std::string& from, const std::string& to) {
   const ProfileUse use(*this);
   if (!HasFiles(siteProf) || dbDir == nullptr) return -1;
-  return MakeTableFolder(siteProf->Copy(siteProf->Find(from), to));
+  return Work(*this).MakeTableFolder(siteProf->Copy(siteProf->Find(from), to));
 }
 
 // The folder for the tables of a new profile, without any; the profile's number. A profile whose
 // folder cannot be made could never be opened, so it is taken back.
-int SiteMgr::MakeTableFolder(int number) {
+int SiteMgr::Work::MakeTableFolder(int number) {
   if (number < 0) return -1;
-  TableNames names;
-  if (ReadTableNames(*siteProf, number, names)) {
-    RemoveTables(*dbDir, names);
-    if (platform::MakeFolderOfPath(*dbDir + names.front()) == 0) return number;
+  SiteTableNames names;
+  if (ReadTableNames(*m_.siteProf, number, names)) {
+    RemoveTables(*m_.dbDir, names);
+    if (platform::MakeFolderOfPath(*m_.dbDir + names.front()) == 0) return number;
   }
-  siteProf->Delete(number);
+  m_.siteProf->Delete(number);
   return -1;
 }
 
@@ -185,8 +168,8 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   const ProfileUse use(*this);
   if (!site.isHeld() || FindSiteProf(from) != number) return -1;
   if (from == to) return 0;
-  TableNames oldNames;
-  TableNames newNames;
+  SiteTableNames oldNames;
+  SiteTableNames newNames;
   if (!ReadTableNames(*siteProf, number, oldNames)) return -1;
   siteProf->Rename(number, to);
   if (!ReadTableNames(*siteProf, number, newNames)) {
@@ -208,7 +191,7 @@ int SiteMgr::DeleteSiteProf(const std::string& name) {
   const SiteUse site(*this, number, Locking::kChange);
   const ProfileUse use(*this);
   if (!site.isHeld() || FindSiteProf(name) != number) return -1;
-  TableNames names;
+  SiteTableNames names;
   ReadTableNames(*siteProf, number, names);
   if (siteProf->Delete(number) < 0) return -1;
   RemoveTables(*dbDir, names);

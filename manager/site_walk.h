@@ -12,6 +12,7 @@
 
 namespace zvrsit {
 
+class PageTypes;
 namespace platform {
 struct FileStat;
 struct FindData;

@@ -2,8 +2,7 @@
 #include <string_view>
 #include <vector>
 
-#include "manager_base/operation_memo.h"
-#include "manager_base/site_mgr_base.h"
+#include "manager_base/inside.h"
 #include "platform/file.h"
 #include "platform/folder_search.h"
 #include "storage/records.h"
@@ -69,57 +68,54 @@ int SiteMgrBase::AddLink(const std::string& text, const UrlID& from, const UrlID
 }
 
 int SiteMgrBase::AddPath(const std::string& path, const std::string& siteDir, int checkCase) {
-  return AddPathRecord(path, siteDir, checkCase != 0 ? CaseCheck::kYes : CaseCheck::kNo, nullptr);
+  return Work(*this).AddPath(path, siteDir, checkCase != 0, nullptr);
 }
 
-int SiteMgrBase::AddPathSeen(const std::string& path, const std::string& siteDir,
-                             const platform::FileStat& seen) {
-  return AddPathRecord(path, siteDir, CaseCheck::kNo, &seen);
-}
-
-int SiteMgrBase::AddPathRecord(const std::string& path, const std::string& siteDir,
-                               CaseCheck caseCheck, const platform::FileStat* seen) {
-  if (path.empty() || openSiteId < 0 || pathDB == nullptr) return -1;
-  const int known = pathDB->Find(path);
+int SiteMgrBase::Work::AddPath(const std::string& path, const std::string& siteDir, bool checkCase,
+                               const platform::FileStat* seen) {
+  SitePathDB* const paths = base_.pathDB;
+  if (path.empty() || base_.openSiteId < 0 || paths == nullptr) return -1;
+  const int known = paths->Find(path);
   if (known >= 0) return known;
 
-  const int number = pathDB->Add(path);
+  const int number = paths->Add(path);
   SitePathRec rec;
-  if (number < 0 || pathDB->Get(number, rec) < 0) return -1;
+  if (number < 0 || paths->Get(number, rec) < 0) return -1;
   if (FillFromDisk(path, siteDir, seen, rec) < 0) return -1;
-  if (caseCheck == CaseCheck::kYes) CheckCase(path, rec);
-  if (pathDB->Update(rec) < 0) return -1;
-  return number;
+  if (checkCase) CheckCase(path, rec);
+  return paths->Update(rec) < 0 ? -1 : number;
 }
 
 int SiteMgrBase::CheckPath(const std::string& path, const std::string& siteDir) {
   if (path.empty() || openSiteId < 0 || pathDB == nullptr) return -1;
   const int number = pathDB->Find(path);
   if (number < 0) return -1;
-  if (operationMemo != nullptr && operationMemo->missingPaths.contains(number)) return number;
+  const OperationMemo* const memo = GetOperationMemo();
+  if (memo != nullptr && memo->missingPaths.contains(number)) return number;
 
   SitePathRec rec;
   if (pathDB->Get(number, rec) < 0) return -1;
   if (rec.exists != 0) return number;
   const SitePathRec before = rec;
-  if (FillFromDisk(path, siteDir, nullptr, rec) < 0) return -1;
+  if (Work(*this).FillFromDisk(path, siteDir, nullptr, rec) < 0) return -1;
   CheckCase(path, rec);
   if (rec != before && pathDB->Update(rec) < 0) return -1;
   return number;
 }
 
-int SiteMgrBase::FillFromDisk(const std::string& path, const std::string& siteDir,
-                              const platform::FileStat* seen, SitePathRec& rec) {
+int SiteMgrBase::Work::FillFromDisk(const std::string& path, const std::string& siteDir,
+                                    const platform::FileStat* seen, SitePathRec& rec) {
   platform::FileStat found;
   if (seen != nullptr) found = *seen;
+  OperationMemo* const memo = base_.GetOperationMemo();
   const bool there = seen != nullptr || platform::Stat(path, found) == 0;
   if (!there || !found.isRegular()) {
     rec.exists = 0;
-    if (operationMemo != nullptr) operationMemo->missingPaths.insert(rec.id);
+    if (memo != nullptr) memo->missingPaths.insert(rec.id);
   } else {
     StoreFileFacts(path, siteDir, found, rec);
-    if (seen == nullptr && rec.exists != 0 && operationMemo != nullptr) {
-      operationMemo->foundFiles.push_back(rec.id);
+    if (seen == nullptr && rec.exists != 0 && memo != nullptr) {
+      memo->foundFiles.push_back(rec.id);
     }
     if (RelateToFolder(path, rec.id) < 0) return -1;
   }
@@ -127,8 +123,8 @@ int SiteMgrBase::FillFromDisk(const std::string& path, const std::string& siteDi
   return 0;
 }
 
-void SiteMgrBase::StoreFileFacts(const std::string& path, const std::string& siteDir,
-                                 const platform::FileStat& found, SitePathRec& rec) {
+void SiteMgrBase::Work::StoreFileFacts(const std::string& path, const std::string& siteDir,
+                                       const platform::FileStat& found, SitePathRec& rec) {
   rec.exists = path.starts_with(siteDir) ? 1 : 0;
   rec.size = static_cast<std::int32_t>(found.size);
   rec.creationTime = found.creationTime;
@@ -136,16 +132,17 @@ void SiteMgrBase::StoreFileFacts(const std::string& path, const std::string& sit
   rec.accessTime = found.accessTime;
 }
 
-int SiteMgrBase::RelateToFolder(const std::string& path, int number) {
-  if (folderDB == nullptr) return -1;
+int SiteMgrBase::Work::RelateToFolder(const std::string& path, int number) {
+  if (base_.folderDB == nullptr) return -1;
   const std::string folder(FolderPart(path));
-  int folderNumber = folderDB->Find(folder);
-  if (folderNumber < 0) folderNumber = AddFolder(folder, 1);
+  int folderNumber = base_.folderDB->Find(folder);
+  if (folderNumber < 0) folderNumber = base_.AddFolder(folder, 1);
   // Under the web rules a file outside of the site is an entry like any other, although its
   // folders climb up to a root.
-  if (folderNumber < 0 && linkRules == LinkRules::Web) folderNumber = folderDB->Find(folder);
+  if (folderNumber < 0 && base_.GetLinkRules() == LinkRules::Web)
+    folderNumber = base_.folderDB->Find(folder);
   if (folderNumber < 0) return -1;
-  return AddRel(UrlID(kKindFolder, folderNumber), UrlID(kKindPath, number));
+  return base_.AddRel(UrlID(kKindFolder, folderNumber), UrlID(kKindPath, number));
 }
 
 int SiteMgrBase::AddFolder(const std::string& folder, int withParents) {

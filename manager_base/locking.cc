@@ -1,24 +1,21 @@
 // Sharing a database with other processes.
 #include <memory>
 
-#include "manager_base/site_locks.h"
-#include "manager_base/site_mgr_base.h"
+#include "manager_base/inside.h"
 #include "tables/site_serv_prof_db.h"
 #include "tables/site_site_prof_db.h"
 
 namespace zvrsit {
 
 void SiteMgrBase::SetLocking(Locking locking, int patience) {
-  delete locks;
-  locks = locking == Locking::kOff ? nullptr : new SiteLocks(locking == Locking::kAsk, patience);
-}
-
-bool SiteMgrBase::OnlyAsks() const {
-  return locks != nullptr && locks->onlyAsks();
+  inside->locks.reset();
+  if (locking != Locking::kOff) {
+    inside->locks = std::make_unique<SiteLocks>(locking == Locking::kAsk, patience);
+  }
 }
 
 bool SiteMgrBase::FoundInUse() const {
-  return locks != nullptr && locks->foundInUse();
+  return inside->locks != nullptr && inside->locks->foundInUse();
 }
 
 int SiteMgrBase::LastSystemError() {
@@ -26,70 +23,92 @@ int SiteMgrBase::LastSystemError() {
 }
 
 // The profiles are made and backed up, or restored, as without locking.
-void SiteMgrBase::OpenSharedProfiles(int openMode) {
-  if (OnlyAsks() || !HoldProfiles(openMode)) return;
-  servProf->Open(*servProfPath, openMode);
-  servProf->Close();
-  LetProfilesGo();
-}
-
-// Another process may have changed the profiles since they were last held, so they are opened anew;
-// the object stays where it is.
-bool SiteMgrBase::HoldProfiles(int openMode) const {
-  const int uses = locks->Hold(SiteLocks::kProfiles);
-  if (uses != 1) return uses > 0;
-  std::destroy_at(siteProf);
-  std::construct_at(siteProf);
-  if (OnlyAsks()) siteProf->SetReadOnly();
-  siteProf->Open(locks->profilesPath(), openMode);
-  return true;
-}
-
-// A file that cannot be closed as it should is let go of all the same.
-void SiteMgrBase::LetProfilesGo() const {
-  if (locks->Uses(SiteLocks::kProfiles) == 1 && siteProf->Close() < 0) {
-    if (siteProf->records() != nullptr) siteProf->records()->SetReadOnly();
-    if (siteProf->strings() != nullptr) siteProf->strings()->SetReadOnly();
-    siteProf->Close();
-  }
-  locks->LetGo(SiteLocks::kProfiles);
+void SiteMgrBase::Work::OpenSharedProfiles(int openMode) {
+  if (base_.inside->onlyAsks() || !ProfileUse::Hold(base_, openMode)) return;
+  base_.servProf->Open(*base_.servProfPath, openMode);
+  base_.servProf->Close();
+  ProfileUse::LetGo(base_);
 }
 
 int SiteMgrBase::LockProfiles() {
-  if (locks == nullptr) return 0;
-  return siteProf != nullptr && HoldProfiles(kOpenPlain) ? 0 : -1;
+  if (inside->locks == nullptr) return 0;
+  return siteProf != nullptr && ProfileUse::Hold(*this, kOpenPlain) ? 0 : -1;
 }
 
 void SiteMgrBase::UnlockProfiles() {
-  if (locks != nullptr) LetProfilesGo();
+  if (inside->locks != nullptr) ProfileUse::LetGo(*this);
 }
 
 int SiteMgrBase::LockSite(int siteId) {
   if (siteId < 0) return -1;
+  SiteLocks* const locks = inside->locks.get();
   return locks == nullptr || locks->Hold(SiteLocks::OfSite(siteId)) > 0 ? 0 : -1;
 }
 
 void SiteMgrBase::UnlockSite(int siteId) {
-  if (locks != nullptr && siteId >= 0) locks->LetGo(SiteLocks::OfSite(siteId));
+  if (inside->locks != nullptr && siteId >= 0) inside->locks->LetGo(SiteLocks::OfSite(siteId));
 }
 
 SiteMgrBase::ProfileUse::ProfileUse(const SiteMgrBase& manager)
     : manager_(manager),
-      isHeld_(manager.locks == nullptr ||
-              (manager.siteProf != nullptr && manager.HoldProfiles(kOpenPlain))) {}
+      isHeld_(manager.inside->locks == nullptr ||
+              (manager.siteProf != nullptr && Hold(manager, kOpenPlain))) {}
 
 SiteMgrBase::ProfileUse::~ProfileUse() {
-  if (isHeld_ && manager_.locks != nullptr) manager_.LetProfilesGo();
+  if (isHeld_ && manager_.inside->locks != nullptr) LetGo(manager_);
+}
+
+// Another process may have changed the profiles since they were last held, so they are opened anew;
+// the object stays where it is.
+bool SiteMgrBase::ProfileUse::Hold(const SiteMgrBase& manager, int openMode) {
+  SiteLocks& locks = *manager.inside->locks;
+  const int uses = locks.Hold(SiteLocks::kProfiles);
+  if (uses != 1) return uses > 0;
+  SiteSiteProfDB* const profiles = manager.siteProf;
+  std::destroy_at(profiles);
+  std::construct_at(profiles);
+  if (locks.onlyAsks()) profiles->SetReadOnly();
+  profiles->Open(locks.profilesPath(), openMode);
+  return true;
+}
+
+// A file that cannot be closed as it should is let go of all the same.
+void SiteMgrBase::ProfileUse::LetGo(const SiteMgrBase& manager) {
+  SiteLocks& locks = *manager.inside->locks;
+  SiteSiteProfDB* const profiles = manager.siteProf;
+  if (locks.Uses(SiteLocks::kProfiles) == 1 && profiles->Close() < 0) {
+    if (profiles->records() != nullptr) profiles->records()->SetReadOnly();
+    if (profiles->strings() != nullptr) profiles->strings()->SetReadOnly();
+    profiles->Close();
+  }
+  locks.LetGo(SiteLocks::kProfiles);
+}
+
+bool SiteMgrBase::ProfileUse::ReadText(std::int32_t ref, std::string& text) const {
+  return manager_.siteProf != nullptr && manager_.siteProf->Text(ref, text) == 0;
+}
+
+bool SiteMgrBase::ProfileUse::ReadOpenSite(SiteSiteRec& rec) const {
+  return manager_.openSiteId >= 0 && manager_.siteProf != nullptr &&
+         manager_.siteProf->Get(manager_.openSiteId, rec) == 0;
+}
+
+bool SiteMgrBase::ProfileUse::ReadSiteFolder(std::string& folder) const {
+  SiteSiteRec site;
+  return ReadOpenSite(site) && ReadText(site.folders[kSlotSiteFolder], folder);
 }
 
 SiteMgrBase::SiteUse::SiteUse(const SiteMgrBase& manager, int siteId, Locking purpose)
     : manager_(manager),
       siteId_(siteId),
-      isHeld_(manager.locks == nullptr ||
-              manager.locks->Hold(SiteLocks::OfSite(siteId), purpose == Locking::kAsk) > 0) {}
+      isHeld_(manager.inside->locks == nullptr ||
+              manager.inside->locks->Hold(SiteLocks::OfSite(siteId), purpose == Locking::kAsk) >
+                  0) {}
 
 SiteMgrBase::SiteUse::~SiteUse() {
-  if (isHeld_ && manager_.locks != nullptr) manager_.locks->LetGo(SiteLocks::OfSite(siteId_));
+  if (isHeld_ && manager_.inside->locks != nullptr) {
+    manager_.inside->locks->LetGo(SiteLocks::OfSite(siteId_));
+  }
 }
 
 }  // namespace zvrsit

@@ -1,12 +1,12 @@
 #include "manager_base/site_mgr_base.h"
 
 #include <algorithm>
-#include <utility>
+#include <array>
+#include <iterator>
+#include <memory>
 
 #include "css/css_control.h"
-#include "links/page_types.h"
-#include "manager_base/operation_memo.h"
-#include "manager_base/site_locks.h"
+#include "manager_base/inside.h"
 #include "platform/file.h"
 #include "storage/records.h"
 #include "tables/site_folder_db.h"
@@ -24,18 +24,10 @@ namespace {
 
 constexpr int kNotOnDisk = -2;  // the site folder or the top file
 
-// The open mode of the profile tables: 0 plain, 1 with a backup, 2 with backup and restoring.
+// The open mode of the profile tables for a mode of setDB; any other mode is plain.
 int ProfileOpenMode(int mode) {
-  switch (mode) {
-    case 1:
-    case 2:
-      return 1;
-    case 3:
-    case 4:
-      return 2;
-    default:
-      return 0;
-  }
+  constexpr int kModes[] = {kOpenPlain, kOpenBackUp, kOpenBackUp, kOpenRestore, kOpenRestore};
+  return mode >= 0 && mode < static_cast<int>(std::size(kModes)) ? kModes[mode] : kOpenPlain;
 }
 
 // Whether the folder part of `path` (all of it, without a `\`) is a folder on disk.
@@ -67,6 +59,8 @@ void CloseAndDrop(Table*& table) {
 
 }  // namespace
 
+SiteMgrBase::SiteMgrBase() : inside(new Inside) {}
+
 SiteMgrBase::~SiteMgrBase() {
   if (siteProf != nullptr) siteProf->Close();
   delete siteProf;
@@ -82,11 +76,7 @@ SiteMgrBase::~SiteMgrBase() {
   delete cssCtrl;
   delete defaultUrl;
   delete servProfPath;
-  delete operationMemo;
-  delete siteFolder;
-  delete liveUrl;
-  delete locks;
-  delete pageTypes;
+  delete inside;
 }
 
 void SiteMgrBase::setDom(DOM* newDom) {
@@ -109,31 +99,35 @@ void SiteMgrBase::setDB(const char* dir, const char* siteProfName, const char* s
     servProfPath = new std::string(folder + servProfName);
     siteProf = new SiteSiteProfDB;
     servProf = new SiteServProfDB;
-    if (locks == nullptr) {
-      OpenProfiles(folder + siteProfName, ProfileOpenMode(mode));
+    if (inside->locks == nullptr) {
+      Work(*this).OpenProfiles(folder + siteProfName, ProfileOpenMode(mode));
     } else {
-      locks->SetPaths(folder, folder + siteProfName);
-      OpenSharedProfiles(ProfileOpenMode(mode));
+      inside->locks->SetPaths(folder, folder + siteProfName);
+      Work(*this).OpenSharedProfiles(ProfileOpenMode(mode));
     }
   }
   delete dbDir;
   dbDir = new std::string(folder);
 }
 
-void SiteMgrBase::OpenProfiles(const std::string& path, int openMode) {
-  siteProf->Open(path, openMode);
+void SiteMgrBase::Work::OpenProfiles(const std::string& path, int openMode) {
+  base_.siteProf->Open(path, openMode);
   // Closed again at once, on purpose: each operation on server profiles opens it anew.
-  servProf->Open(*servProfPath, openMode);
-  servProf->Flush();
-  servProf->Close();
+  base_.servProf->Open(*base_.servProfPath, openMode);
+  base_.servProf->Flush();
+  base_.servProf->Close();
 }
 
-bool SiteMgrBase::ReadProfileText(std::int32_t ref, std::string& text) const {
-  return siteProf != nullptr && siteProf->Text(ref, text) == 0;
+const std::string* SiteMgrBase::GetLiveUrl() const {
+  return inside->liveUrl ? &*inside->liveUrl : nullptr;
 }
 
-bool SiteMgrBase::ReadOpenSite(SiteSiteRec& rec) const {
-  return openSiteId >= 0 && siteProf != nullptr && siteProf->Get(openSiteId, rec) == 0;
+LinkRules SiteMgrBase::GetLinkRules() const {
+  return inside->linkRules;
+}
+
+OperationMemo* SiteMgrBase::GetOperationMemo() const {
+  return inside->operationMemo.get();
 }
 
 int SiteMgrBase::OpenSite(int siteId, int) {
@@ -141,123 +135,119 @@ int SiteMgrBase::OpenSite(int siteId, int) {
     return -1;
   }
   if (LockSite(siteId) < 0) return -1;
-  const int result = OpenHeldSite(siteId);
+  const int result = Work(*this).OpenSite(siteId);
   if (result < 0) UnlockSite(siteId);
   return result;
 }
 
-int SiteMgrBase::OpenHeldSite(int siteId) {
-  const ProfileUse use(*this);
-  if (siteProf->records() == nullptr || siteProf->strings() == nullptr) return -1;
+// A site that is locked already.
+int SiteMgrBase::Work::OpenSite(int siteId) {
+  const ProfileUse use(base_);
+  const SiteSiteProfDB& profiles = *base_.siteProf;
+  if (profiles.records() == nullptr || profiles.strings() == nullptr) return -1;
   SiteSiteRec rec;
-  if (siteProf->Get(siteId, rec) < 0) return -1;
+  if (profiles.Get(siteId, rec) < 0) return -1;
 
   std::string folder;
-  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return -1;
+  if (!use.ReadText(rec.folders[kSlotSiteFolder], folder)) return -1;
   if (!FolderIsThere(folder)) return kNotOnDisk;
   std::string topFile;
-  if (!ReadProfileText(rec.topFile, topFile)) return -1;
+  if (!use.ReadText(rec.topFile, topFile)) return -1;
   if (!FileIsThere(topFile)) return kNotOnDisk;
 
-  TableFiles files;
-  if (!ReadTableFiles(rec, files)) return -1;
-  OpenTables(files);
-  linkRules = (rec.linkRules & 1) != 0 ? LinkRules::Web : LinkRules::Classic;
+  SiteTableNames names;
+  if (!profiles.ReadTableNames(siteId, names)) return -1;
+  if (std::ranges::any_of(names, &std::string::empty)) return -1;
+  OpenTables(names);
+  base_.inside->linkRules =
+      (rec.linkRules & SiteSiteRec::kWebRules) != 0 ? LinkRules::Web : LinkRules::Classic;
   if (ReadDefaultUrl(rec) < 0) return -1;
-  if (cssCtrl != nullptr && NotifyCss(rec) < 0) return -1;
-  KeepSiteFolder(rec);
-  openSiteId = siteId;
+  if (base_.cssCtrl != nullptr && base_.NotifyCss(rec) < 0) return -1;
+  KeepSite(rec);
+  base_.openSiteId = siteId;
   return 0;
 }
 
-void SiteMgrBase::KeepSiteFolder(const SiteSiteRec& rec) {
-  Drop(siteFolder);
-  Drop(liveUrl);
-  Drop(pageTypes);
+void SiteMgrBase::Work::KeepSite(const SiteSiteRec& rec) {
+  const ProfileUse use(base_);
+  Inside& inside = *base_.inside;
+  inside.ForgetSite();
   std::string text;
-  if (ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], text)) {
-    siteFolder = new std::string(text);
-  }
-  if (ReadProfileText(rec.folders[SiteSiteRec::kLiveUrl], text)) {
-    liveUrl = new std::string(text);
-  }
-  if (linkRules == LinkRules::Classic) return;
+  if (use.ReadText(rec.folders[kSlotSiteFolder], text)) inside.siteFolder = text;
+  if (use.ReadText(rec.folders[kSlotLiveUrl], text)) inside.liveUrl = text;
+  if (inside.linkRules == LinkRules::Classic) return;
   text.clear();
-  ReadProfileText(rec.folders[SiteSiteRec::kPageTypes], text);
-  pageTypes = new PageTypes(text);
-}
-
-bool SiteMgrBase::ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const {
-  const std::int32_t refs[] = {rec.urlFile, rec.pathFile, rec.linkFile, rec.folderFile,
-                               rec.relFile};
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    std::string name;
-    if (!ReadProfileText(refs[i], name) || name.empty()) return false;
-    files[i] = *dbDir + name;
-  }
-  return true;
+  use.ReadText(rec.folders[kSlotPageTypes], text);
+  inside.pageTypes.emplace(text);
 }
 
 // A table that cannot be opened leaves the site open without tables, on purpose: every later
 // operation finds them absent.
-void SiteMgrBase::OpenTables(const TableFiles& files) {
+void SiteMgrBase::Work::OpenTables(const SiteTableNames& names) {
   DropTables();
-  urlDB = new SiteUrlDB;
-  pathDB = new SitePathDB;
-  linkDB = new SiteLinkDB;
-  folderDB = new SiteFolderDB;
-  relDB = new SiteRelDB;
-  if (OnlyAsks()) {
-    for (SiteTable* table :
-         std::initializer_list<SiteTable*>{urlDB, pathDB, linkDB, folderDB, relDB})
-      table->SetReadOnly();
+  base_.urlDB = new SiteUrlDB;
+  base_.pathDB = new SitePathDB;
+  base_.linkDB = new SiteLinkDB;
+  base_.folderDB = new SiteFolderDB;
+  base_.relDB = new SiteRelDB;
+  if (base_.inside->onlyAsks()) {
+    for (SiteTable* const table : Tables()) table->SetReadOnly();
   }
-  const int results[] = {urlDB->Open(files[0]), pathDB->Open(files[1]), linkDB->Open(files[2]),
-                         folderDB->Open(files[3]), relDB->Open(files[4])};
+  const std::string& dir = *base_.dbDir;
+  const int results[] = {base_.urlDB->Open(dir + names[0]), base_.pathDB->Open(dir + names[1]),
+                         base_.linkDB->Open(dir + names[2]), base_.folderDB->Open(dir + names[3]),
+                         base_.relDB->Open(dir + names[4])};
   if (std::ranges::any_of(results, [](int result) { return result < 0; })) DropTables();
 }
 
-void SiteMgrBase::DropTables() {
-  Drop(urlDB);
-  Drop(pathDB);
-  Drop(linkDB);
-  Drop(folderDB);
-  Drop(relDB);
+std::array<SiteTable*, 5> SiteMgrBase::Work::Tables() const {
+  return {base_.urlDB, base_.pathDB, base_.linkDB, base_.folderDB, base_.relDB};
+}
+
+void SiteMgrBase::Work::DropTables() {
+  Drop(base_.urlDB);
+  Drop(base_.pathDB);
+  Drop(base_.linkDB);
+  Drop(base_.folderDB);
+  Drop(base_.relDB);
 }
 
 // A default URL that cannot be read leaves the tables open while no site counts as open, on
 // purpose; the next opening drops them.
-int SiteMgrBase::ReadDefaultUrl(const SiteSiteRec& rec) {
-  Drop(defaultUrl);
+int SiteMgrBase::Work::ReadDefaultUrl(const SiteSiteRec& rec) {
+  Drop(base_.defaultUrl);
   if (rec.defaultUrl < 0) return 0;
-  defaultUrl = new std::string;
-  return ReadProfileText(rec.defaultUrl, *defaultUrl) ? 0 : -1;
+  base_.defaultUrl = new std::string;
+  return ProfileUse(base_).ReadText(rec.defaultUrl, *base_.defaultUrl) ? 0 : -1;
 }
 
 int SiteMgrBase::NotifyCss(SiteSiteRec& rec) {
+  const ProfileUse use(*this);
   if (siteProf == nullptr || siteProf->strings() == nullptr) return -1;
   if (cssCtrl == nullptr) return 0;
   std::string folder;
-  if (!ReadProfileText(rec.folders[SiteSiteRec::kSiteFolder], folder)) return -1;
+  if (!use.ReadText(rec.folders[kSlotSiteFolder], folder)) return -1;
 
   cssCtrl->ClearSiteOption();
   // Unset or unreadable, these two are handed on empty.
-  std::string slot7;
-  std::string slot3;
-  ReadProfileText(rec.folders[7], slot7);
-  ReadProfileText(rec.folders[3], slot3);
-  cssCtrl->SetSiteSaveDir(folder, slot7, slot3);
-  cssCtrl->SetLinkRules(linkRules);
+  std::string parts;
+  std::string moreParts;
+  use.ReadText(rec.folders[kSlotPageParts], parts);
+  use.ReadText(rec.folders[kSlotMoreParts], moreParts);
+  cssCtrl->SetSiteSaveDir(folder, parts, moreParts);
+  cssCtrl->SetLinkRules(GetLinkRules());
 
   std::string live;
-  if (ReadProfileText(rec.folders[SiteSiteRec::kLiveUrl], live)) cssCtrl->SetLiveUrl(live);
+  if (use.ReadText(rec.folders[kSlotLiveUrl], live)) cssCtrl->SetLiveUrl(live);
 
   Drop(docRoot);
-  if (rec.useDocRoot != 0 && rec.folders[SiteSiteRec::kDocumentRoot] >= 0) {
+  if (rec.useDocRoot != 0 && rec.folders[kSlotDocumentRoot] >= 0) {
     docRoot = new std::string;
-    if (!ReadProfileText(rec.folders[SiteSiteRec::kDocumentRoot], *docRoot)) Drop(docRoot);
+    if (!use.ReadText(rec.folders[kSlotDocumentRoot], *docRoot)) Drop(docRoot);
   }
-  if (docRoot != nullptr && !docRoot->empty()) cssCtrl->SetSiteDocumentRoot(*docRoot);
+  if (docRoot != nullptr && !docRoot->empty()) {
+    cssCtrl->SetSiteDocumentRoot(*docRoot);
+  }
   return 0;
 }
 
@@ -270,21 +260,19 @@ int SiteMgrBase::CloseSite() {
   CloseAndDrop(relDB);
   if (cssCtrl != nullptr) cssCtrl->ClearSiteOption();
   Drop(docRoot);
-  Drop(siteFolder);
-  Drop(liveUrl);
+  inside->ForgetSite();
   UnlockSite(openSiteId);
-  Drop(pageTypes);
   openSiteId = -1;
   return 0;  // defaultUrl stays until the next opening, on purpose
 }
 
 SiteMgrBase::Operation::Operation(SiteMgrBase& manager)
-    : manager_(manager), outermost_(manager.operationMemo == nullptr) {
-  if (outermost_) manager_.operationMemo = new OperationMemo;
+    : inside_(*manager.inside), outermost_(inside_.operationMemo == nullptr) {
+  if (outermost_) inside_.operationMemo = std::make_unique<OperationMemo>();
 }
 
 SiteMgrBase::Operation::~Operation() {
-  if (outermost_) Drop(manager_.operationMemo);
+  if (outermost_) inside_.operationMemo.reset();
 }
 
 }  // namespace zvrsit

@@ -2,10 +2,8 @@
 // site, and the operations that put single entries into them.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "links/link_rules.h"
 #include "platform/api.h"
@@ -13,24 +11,17 @@
 
 namespace zvrsit {
 
-namespace platform {
-struct FileStat;
-}
-
 class CCSSControl;
 class DOM;
 struct OperationMemo;
-class SiteLocks;
 class SiteFolderDB;
 class SiteLinkDB;
 class SitePathDB;
-class SitePathRec;
 class SiteRelDB;
 class SiteServProfDB;
 class SiteSiteProfDB;
 class SiteSiteRec;
 class SiteUrlDB;
-class PageTypes;
 
 // The order of calls is: construct, setDom, setDB, then any number of OpenSite and CloseSite
 // pairs, then destroy. One thread uses a manager at a time.
@@ -40,7 +31,7 @@ class PageTypes;
 // without running its destructor.
 class ZVRSIT_API SiteMgrBase {
  public:
-  SiteMgrBase() = default;
+  SiteMgrBase();
   SiteMgrBase(const SiteMgrBase&) = default;
   SiteMgrBase& operator=(const SiteMgrBase&) = default;
   // Closes the profile tables and frees everything owned. Tables of a site still open are freed
@@ -114,9 +105,9 @@ class ZVRSIT_API SiteMgrBase {
   // 1 when links between files may have changed since the family was last brought up to date.
   int GetLinksChanged() const { return linksChanged; }
   // The URL under which the folder of the open site is served; null when its profile has none.
-  const std::string* GetLiveUrl() const { return liveUrl; }
+  const std::string* GetLiveUrl() const;
   // The link rules of the open site, from its profile.
-  LinkRules GetLinkRules() const { return linkRules; }
+  LinkRules GetLinkRules() const;
 
   // Single entries. Each gives a record number (0 or above), or -1 also when no site is open or
   // its table is absent. Nothing is rolled back after a partial failure.
@@ -150,72 +141,18 @@ class ZVRSIT_API SiteMgrBase {
   static int DeleteString(std::string* text);
 
   // What the running operation remembers; null outside of one.
-  OperationMemo* GetOperationMemo() const { return operationMemo; }
+  OperationMemo* GetOperationMemo() const;
 
  protected:
-  // An operation that remembers, for as long as this lives. An operation inside another shares
-  // the memory of the outer one.
-  class ZVRSIT_LOCAL Operation {
-   public:
-    explicit Operation(SiteMgrBase& manager);
-    ~Operation();
-    Operation(const Operation&) = delete;
-    Operation& operator=(const Operation&) = delete;
-
-   private:
-    SiteMgrBase& manager_;
-    bool outermost_;
-  };
-
-  // One use of the site profiles: with locking, they are locked and open for as long as this lives,
-  // or closed where they could not be locked. A use inside another is part of it.
-  class ZVRSIT_LOCAL ProfileUse {
-   public:
-    explicit ProfileUse(const SiteMgrBase& manager);
-    ~ProfileUse();
-    ProfileUse(const ProfileUse&) = delete;
-    ProfileUse& operator=(const ProfileUse&) = delete;
-
-    bool isHeld() const { return isHeld_; }  // true also without locking
-
-   private:
-    const SiteMgrBase& manager_;
-    const bool isHeld_;
-  };
-  // The same of another site than the open one, to ask or to change it.
-  class ZVRSIT_LOCAL SiteUse {
-   public:
-    SiteUse(const SiteMgrBase& manager, int siteId, Locking purpose);
-    ~SiteUse();
-    SiteUse(const SiteUse&) = delete;
-    SiteUse& operator=(const SiteUse&) = delete;
-
-    bool isHeld() const { return isHeld_; }
-
-   private:
-    const SiteMgrBase& manager_;
-    const int siteId_;
-    const bool isHeld_;
-  };
-
-  ZVRSIT_LOCAL bool OnlyAsks() const;
+  // The insides of the library: manager_base/inside.h.
+  struct ZVRSIT_LOCAL Inside;
+  class ZVRSIT_LOCAL Operation;
+  class ZVRSIT_LOCAL ProfileUse;
+  class ZVRSIT_LOCAL SiteUse;
+  class ZVRSIT_LOCAL Work;
 
   // Tells the style-sheet library the folders of `rec`: 0, or -1 when the site folder is unset.
   ZVRSIT_LOCAL int NotifyCss(SiteSiteRec& rec);
-
-  // AddPath for a file that the caller has just looked at.
-  ZVRSIT_LOCAL int AddPathSeen(const std::string& path, const std::string& siteDir,
-                               const platform::FileStat& seen);
-  // Puts what the disk says of a regular file into its record: flag, size and times.
-  ZVRSIT_LOCAL static void StoreFileFacts(const std::string& path, const std::string& siteDir,
-                                          const platform::FileStat& found, SitePathRec& rec);
-
-  // The text `ref` of the site-profile table's store; false when unset or unreadable.
-  ZVRSIT_LOCAL bool ReadProfileText(std::int32_t ref, std::string& text) const;
-  // The profile record of the open site; false when it cannot be read.
-  ZVRSIT_LOCAL bool ReadOpenSite(SiteSiteRec& rec) const;
-  // Keeps the site folder, the live URL and the page types of `rec`, the open site's profile.
-  ZVRSIT_LOCAL void KeepSiteFolder(const SiteSiteRec& rec);
 
   // In this order.
   SiteSiteProfDB* siteProf = nullptr;
@@ -234,35 +171,7 @@ class ZVRSIT_API SiteMgrBase {
   std::int32_t linksChanged = 1;
   std::string* servProfPath = nullptr;
 
-  LinkRules linkRules = LinkRules::Classic;
-  OperationMemo* operationMemo = nullptr;
-  // The open site's folder as its profile has it, kept for questions that are asked once a link;
-  // null when no site is open. Likewise its live URL, and by the web rules its page types.
-  std::string* siteFolder = nullptr;
-  std::string* liveUrl = nullptr;
-  SiteLocks* locks = nullptr;  // null where locking is off
-  PageTypes* pageTypes = nullptr;
-
- private:
-  enum class CaseCheck { kNo, kYes };
-  // The paths of the open site's files: URL, path, link, folder and relation table.
-  using TableFiles = std::array<std::string, 5>;
-
-  ZVRSIT_LOCAL void OpenProfiles(const std::string& path, int openMode);
-  ZVRSIT_LOCAL void OpenSharedProfiles(int openMode);
-  ZVRSIT_LOCAL bool HoldProfiles(int openMode) const;
-  ZVRSIT_LOCAL void LetProfilesGo() const;
-  ZVRSIT_LOCAL int OpenHeldSite(int siteId);
-  ZVRSIT_LOCAL bool ReadTableFiles(const SiteSiteRec& rec, TableFiles& files) const;
-  ZVRSIT_LOCAL void OpenTables(const TableFiles& files);
-  ZVRSIT_LOCAL void DropTables();
-  ZVRSIT_LOCAL int ReadDefaultUrl(const SiteSiteRec& rec);
-
-  ZVRSIT_LOCAL int AddPathRecord(const std::string& path, const std::string& siteDir,
-                                 CaseCheck caseCheck, const platform::FileStat* seen);
-  ZVRSIT_LOCAL int FillFromDisk(const std::string& path, const std::string& siteDir,
-                                const platform::FileStat* seen, SitePathRec& rec);
-  ZVRSIT_LOCAL int RelateToFolder(const std::string& path, int number);
+  Inside* inside;  // never null
 };
 
 }  // namespace zvrsit

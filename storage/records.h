@@ -32,6 +32,7 @@
 #include <array>
 #include <cstdint>
 
+#include "util/site_slots.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -145,11 +146,7 @@ class SiteSiteRec : public SiteNodeRec {
  public:
   static constexpr int kRecordType = 7;
   static constexpr int kSlotLength = 96;
-  static constexpr int kFolders = 10;
-  static constexpr int kDocumentRoot = 0;  // folder slots; both end in '\'
-  static constexpr int kSiteFolder = 1;
-  static constexpr int kPageTypes = 8;  // texts of other kinds
-  static constexpr int kLiveUrl = 9;
+  static constexpr std::int32_t kWebRules = 1;  // a bit of linkRules
   int Serialize(void* buffer) const;
   int Deserialize(const void* buffer);
 
@@ -157,9 +154,10 @@ class SiteSiteRec : public SiteNodeRec {
   std::int32_t topFile = -1;      // text
   std::int32_t useDocRoot = 0;    // flag
   std::int32_t defaultUrl = -1;   // text
-  std::int32_t linkRules = 0;     // bits: 0 classic, 1 web
+  std::int32_t linkRules = 0;     // kWebRules, or 0 for the classic rules
   std::int32_t servProf = -1;     // text: name of the server profile
-  std::array<std::int32_t, kFolders> folders{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1};  // texts
+  std::array<std::int32_t, kSiteFolderSlots> folders{-1, -1, -1, -1, -1,
+                                                     -1, -1, -1, -1, -1};  // texts
   std::int32_t urlFile = -1;  // texts: file names of the five tables
   std::int32_t pathFile = -1;
   std::int32_t linkFile = -1;

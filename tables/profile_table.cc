@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "storage/guarded.h"
+#include "tables/table_files.h"
 #include "util/hash.h"
 
 namespace zvrsit {
@@ -63,7 +64,7 @@ int ProfileTable<Rec>::OpenOnce(const std::string& path) {
 template <class Rec>
 int ProfileTable<Rec>::Restore(const std::string& path) {
   return Guarded([&] {
-    SiteVarRecDB strings(SiteTable::StringPath(path), wholeFile_);
+    SiteVarRecDB strings(TextFileOf(path), wholeFile_);
     SiteFixRecDB records(path, Rec::kSlotLength, Rec::kRecordType, wholeFile_);
     return strings.Restore() < 0 || records.Restore() < 0 ? -1 : 0;
   });

@@ -1,32 +1,18 @@
 #include "tables/site_site_prof_db.h"
 
 #include "storage/guarded.h"
+#include "tables/table_files.h"
 #include "util/site_name.h"
 
 namespace zvrsit {
-
-namespace {
-
-// The name of each table file: the site's name followed by this.
-struct TableFile {
-  std::int32_t SiteSiteRec::*word;
-  const char* suffix;
-};
-constexpr TableFile kTableFiles[] = {{&SiteSiteRec::urlFile, "\\UR"},
-                                     {&SiteSiteRec::pathFile, "\\PR"},
-                                     {&SiteSiteRec::linkFile, "\\LR"},
-                                     {&SiteSiteRec::folderFile, "\\FR"},
-                                     {&SiteSiteRec::relFile, "\\RR"}};
-
-}  // namespace
 
 bool SiteSiteProfDB::IsFree(std::string_view name, int except) {
   return isOpen() && IsSiteName(name) && !IsTaken(name, except);
 }
 
 int SiteSiteProfDB::StoreFileNames(std::string_view name, SiteSiteRec& record) {
-  for (const TableFile& file : kTableFiles) {
-    const int added = strings_->AddString(std::string(name) + file.suffix);
+  for (const SiteTableFile& file : kSiteTableFiles) {
+    const int added = strings_->AddString(std::string(name).append(file.suffix));
     if (added < 0) return -1;
     record.*file.word = added;
   }
@@ -51,7 +37,7 @@ int SiteSiteProfDB::RenameFree(int number, std::string_view name) {
   SiteSiteRec renamed = old;
   if (StoreFileNames(name, renamed) < 0 || StoreRenamed(renamed, name) < 0) return -1;
   int result = 0;
-  for (const TableFile& file : kTableFiles) {
+  for (const SiteTableFile& file : kSiteTableFiles) {
     if (ReleaseText(old.*file.word) < 0) result = -1;
   }
   return result;
@@ -61,15 +47,24 @@ int SiteSiteProfDB::Copy(int number, std::string_view name) {
   return Guarded([&] {
     SiteSiteRec record;
     if (!IsFree(name, -1) || Get(number, record) < 0) return -1;
-    for (const TableFile& file : kTableFiles) record.*file.word = -1;
+    for (const SiteTableFile& file : kSiteTableFiles) record.*file.word = -1;
     record.rebuildState = 0;
     ShareTexts(record);
     return StoreFileNames(name, record) < 0 ? -1 : AddProfile(name, record);
   });
 }
 
+bool SiteSiteProfDB::ReadTableNames(int number, SiteTableNames& names) const {
+  SiteSiteRec record;
+  if (Get(number, record) < 0) return false;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (Text(record.*kSiteTableFiles[i].word, names[i]) < 0) return false;
+  }
+  return true;
+}
+
 int SiteSiteProfDB::SetFolder(int number, int slot, std::string_view folder) {
-  if (slot < 0 || slot >= SiteSiteRec::kFolders) return -1;
+  if (slot < 0 || slot >= kSiteFolderSlots) return -1;
   return SetTextAt(number, folder, [slot](SiteSiteRec& record) -> std::int32_t& {
     return record.folders[static_cast<std::size_t>(slot)];
   });
@@ -77,7 +72,7 @@ int SiteSiteProfDB::SetFolder(int number, int slot, std::string_view folder) {
 
 int SiteSiteProfDB::GetFolder(int number, int slot, std::string& folder) const {
   SiteSiteRec record;
-  if (slot < 0 || slot >= SiteSiteRec::kFolders || Get(number, record) < 0) return -1;
+  if (slot < 0 || slot >= kSiteFolderSlots || Get(number, record) < 0) return -1;
   return Text(record.folders[static_cast<std::size_t>(slot)], folder);
 }
 

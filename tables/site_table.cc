@@ -4,6 +4,7 @@
 
 #include "platform/native_path.h"
 #include "storage/guarded.h"
+#include "tables/table_files.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -21,12 +22,6 @@ bool IsOneFile(std::string path, std::string other) {
 
 SiteTable::~SiteTable() = default;
 
-std::string SiteTable::StringPath(const std::string& path) {
-  std::string strings = path;
-  if (!strings.empty()) strings.back() = 'S';
-  return strings;
-}
-
 int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordType,
                          bool wholeFile) {
   if (path.empty() || wasOpened_) return -1;
@@ -38,9 +33,9 @@ int SiteTable::OpenFiles(const std::string& path, int recordLength, int recordTy
 
 int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordType,
                          bool wholeFile) {
-  if (IsOneFile(path, StringPath(path))) return -1;
+  if (IsOneFile(path, TextFileOf(path))) return -1;
   records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
-  strings_ = std::make_unique<SiteVarRecDB>(StringPath(path), wholeFile);
+  strings_ = std::make_unique<SiteVarRecDB>(TextFileOf(path), wholeFile);
   if (readOnly_) {
     records_->SetReadOnly();
     strings_->SetReadOnly();

@@ -60,7 +60,6 @@ class SiteTable {
   int OpenFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
   void DropFiles();
   bool wasOpened() const { return wasOpened_; }
-  static std::string StringPath(const std::string& path);
   // Gives back a text that a record referred to, -1 for none; 0 or -1.
   int ReleaseText(int reference);
 

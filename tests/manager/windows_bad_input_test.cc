@@ -165,14 +165,14 @@ TEST_F(BadInput, ProfilesThatCannotBeOpenedKeepWhatTheyHold) {
 }
 
 TEST_F(BadInput, ADriveThatIsNotThereHoldsNoSiteAndNoProfiles) {
-  site.mgr->GetSiteProf()->SetFolder(0, SiteSiteRec::kSiteFolder, "Q:\\site\\");
+  site.mgr->GetSiteProf()->SetFolder(0, kSlotSiteFolder, "Q:\\site\\");
   EXPECT_EQ(site.Open(), -2);
   SiteMgr elsewhere;
   elsewhere.setDB("Q:\\db\\", "sites.R", "servers.R", 0);
   EXPECT_EQ(elsewhere.GetSiteProf(), nullptr);
   EXPECT_EQ(elsewhere.SiteOpen("demo", 0), -1);
   EXPECT_EQ(elsewhere.AddServProf("www"), -1);
-  site.mgr->GetSiteProf()->SetFolder(0, SiteSiteRec::kSiteFolder, site.dir());
+  site.mgr->GetSiteProf()->SetFolder(0, kSlotSiteFolder, site.dir());
   ASSERT_EQ(site.Open(), 0);
   site.write("a.html", "<a href='file:///Q:/x.html'>x</a>");
   EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);

@@ -8,7 +8,7 @@
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "links/link_type.h"
-#include "manager_base/site_mgr_base.h"
+#include "manager_base/inside.h"
 #include "storage/records.h"
 #include "support/temp_folder.h"
 #include "tables/site_link_db.h"
@@ -40,7 +40,7 @@ class SiteCssUtil : public testing::Test {
     int site = sites->Find("s");
     if (site < 0) site = sites->Add("s");
     ASSERT_EQ(sites->SetNumber(site, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);
-    ASSERT_EQ(sites->SetFolder(site, SiteSiteRec::kSiteFolder, siteFolder()), 0);
+    ASSERT_EQ(sites->SetFolder(site, kSlotSiteFolder, siteFolder()), 0);
     ASSERT_EQ(sites->SetText(site, &SiteSiteRec::topFile, folder_.path("site/index.htm")), 0);
     ASSERT_EQ(manager_.OpenSite(site, 0), 0);
     manager_.AddFolder(siteFolder(), 0);
@@ -156,7 +156,7 @@ TEST_F(SiteCssUtil, ChildThatCannotBeRegisteredGetsNoLink) {
 // What the first time could not be added in full is found by the second: the same links.
 TEST_F(SiteCssUtil, WebRulesKeepFilesOutsideAndLookAgainAtMissingOnes) {
   SiteSiteProfDB* const sites = manager_.GetSiteProf();
-  sites->SetFolder(0, SiteSiteRec::kDocumentRoot, folder_.path() + "\\");
+  sites->SetFolder(0, kSlotDocumentRoot, folder_.path() + "\\");
   sites->SetNumber(0, &SiteSiteRec::useDocRoot, 1);
   Open(LinkRules::Web);
   folder_.write("out/1.gif", "GIF");

@@ -4,8 +4,8 @@
 
 #include "dom/dom.h"
 #include "links/link_type.h"
+#include "manager_base/inside.h"
 #include "manager_base/operation_memo.h"
-#include "manager_base/site_mgr_base.h"
 #include "support/temp_folder.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
@@ -38,7 +38,7 @@ class SiteDOMUtilTest : public testing::Test {
     manager_.setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
     SiteSiteProfDB& profiles = *manager_.GetSiteProf();
     const int site = profiles.Add("s");
-    ASSERT_EQ(profiles.SetFolder(site, SiteSiteRec::kSiteFolder, siteFolder_), 0);
+    ASSERT_EQ(profiles.SetFolder(site, kSlotSiteFolder, siteFolder_), 0);
     ASSERT_EQ(profiles.SetText(site, &SiteSiteRec::topFile, siteFolder_ + "index.htm"), 0);
     ASSERT_EQ(profiles.SetText(site, &SiteSiteRec::defaultUrl, defaultUrl), 0);
     ASSERT_EQ(profiles.SetNumber(site, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);

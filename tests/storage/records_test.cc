@@ -68,7 +68,7 @@ TEST(Record, KeepsEveryWordInItsPlace) {
   EXPECT_EQ(path.metaText, 18);
   const auto site = Numbered<SiteSiteRec>(23);
   EXPECT_EQ(site.useDocRoot, 4);
-  EXPECT_EQ(site.folders[SiteSiteRec::kLiveUrl], 17);
+  EXPECT_EQ(site.folders[kSlotLiveUrl], 17);
   EXPECT_EQ(site.relFile, 22);
   const auto serv = Numbered<SiteServRec>(17);
   EXPECT_EQ(serv.firewall, 6);

@@ -35,7 +35,7 @@ class TestSite {
     folder_.makeFolder("db/demo");
     Start();
     const int number = mgr->GetSiteProf()->Add("demo");
-    mgr->GetSiteProf()->SetFolder(number, SiteSiteRec::kSiteFolder, dir());
+    mgr->GetSiteProf()->SetFolder(number, kSlotSiteFolder, dir());
     mgr->GetSiteProf()->SetText(number, &SiteSiteRec::topFile, path("index.html"));
     mgr->GetSiteProf()->SetNumber(number, &SiteSiteRec::linkRules, static_cast<int>(rules));
   }

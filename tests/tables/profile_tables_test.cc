@@ -58,7 +58,7 @@ TEST_F(SiteProfiles, RefuseNamesThatNoFolderCanHaveAndThoseThatAreTaken) {
 
 TEST_F(SiteProfiles, AreRenamedCopiedAndDeletedWithAllTheirTexts) {
   ASSERT_EQ(table_.Add("one"), 0);
-  EXPECT_EQ(table_.SetFolder(0, SiteSiteRec::kSiteFolder, "\\s\\"), 0);
+  EXPECT_EQ(table_.SetFolder(0, kSlotSiteFolder, "\\s\\"), 0);
   EXPECT_EQ(table_.SetFolder(0, 10, "\\s\\"), -1);
   EXPECT_EQ(table_.SetText(0, &SiteSiteRec::topFile, "\\s\\index.htm"), 0);
   EXPECT_EQ(table_.SetNumber(0, &SiteSiteRec::rebuildState, 2), 0);
@@ -66,7 +66,7 @@ TEST_F(SiteProfiles, AreRenamedCopiedAndDeletedWithAllTheirTexts) {
 
   ASSERT_EQ(table_.Copy(0, "two"), 1);
   std::string folder;
-  EXPECT_EQ(table_.GetFolder(1, SiteSiteRec::kSiteFolder, folder), 0);
+  EXPECT_EQ(table_.GetFolder(1, kSlotSiteFolder, folder), 0);
   EXPECT_EQ(folder, "\\s\\");
   EXPECT_EQ(Field(1, &SiteSiteRec::pathFile), "two\\PR");
   SiteSiteRec record;

@@ -1,0 +1,77 @@
+// The operations of SiteMgr that are not the application's. Made where one is needed:
+// Work(*this).Save(...).
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "manager/site_mgr.h"
+#include "manager_base/inside.h"
+
+namespace zvrsit {
+
+class SiteMgr::Work : public SiteMgrBase::Work {
+ public:
+  explicit Work(SiteMgr& manager) : SiteMgrBase::Work(manager), m_(manager) {}
+
+  bool ReadSiteFolder(std::string& siteDir) const { return ProfileUse(m_).ReadSiteFolder(siteDir); }
+  // The folder that "/" names in a link.
+  static const std::string& RootOf(const SiteMgr& manager, const std::string& siteDir) {
+    return manager.docRoot != nullptr && !manager.docRoot->empty() ? *manager.docRoot : siteDir;
+  }
+
+  // Pages (save.cc, file_operations.cc). Save and Remove are those of SiteMgr, but for the pages
+  // that link to the file's folder: FollowFolderLinks (folder_links.cc) reads these anew, where
+  // their links lead elsewhere now that the file has come or gone. It may stand for its folder, or
+  // be the first or the last below some. By the classic rules a folder's document has one name,
+  // there or not.
+  int Save(const std::string& path, Document* doc);
+  int Remove(const std::string& path);
+  void FollowFolderLinks(const std::string& path);
+  // TraverseLinks without its notes. Sets `unread` when the file had to be read and could not be.
+  int Traverse(const std::string& siteDir, const std::string& path, Document* doc, bool& unread);
+  // Notes whether the links of a file that is there are unknown, or not all known.
+  void SetUnread(int pathNumber, bool unread);
+  // Notes, under the web rules, what the page number `saved` is the first to link to: nobody has
+  // had it read.
+  void MarkFound(int saved);
+
+  // The number of the open site's top file in the path table: kNoTopFile when the profile has none,
+  // -1 when it cannot be read or is not registered (families.cc).
+  static constexpr int kNoTopFile = -2;
+  int FindTopFile() const;
+
+  // The record numbers of all site profiles; false when they cannot be read (peeping.cc).
+  bool ListSites(std::vector<int>& sites) const;
+
+  // Profiles of sites (site_profiles.cc, site_profile_fields.cc). A `siteId` below 0 is the open
+  // site.
+  int StoreProfile(int number, const SiteProfile& profile);
+  int MakeTableFolder(int number);
+  // Brings what is kept of the open site's profile up to date: 0 or -1.
+  int OpenSiteChanged();
+  int SiteNumber(int siteId) const { return siteId < 0 ? m_.openSiteId : siteId; }
+  using SiteField = std::int32_t SiteSiteRec::*;
+  std::string* SiteText(SiteField field, int siteId);
+  int SetSiteText(SiteField field, const std::string& text, int siteId);
+
+  // Profiles of servers (server_profiles.cc).
+  using ServField = std::int32_t SiteServRec::*;
+  int WithServProf(const std::function<int(SiteServProfDB&)>& use);
+  std::string* ServText(const std::string& name, ServField field);
+  int SetServText(const std::string& name, ServField field, const std::string& text);
+  int ServNumber(const std::string& name, ServField field);
+  int SetServNumber(const std::string& name, ServField field, int value);
+
+ private:
+  int ListFileTargets(int pathNumber, std::vector<int>& targets);
+  int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
+  int CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc);
+  int DeleteForeLinks(int pathNumber);
+  int DeleteEntry(int pathNumber);
+
+  SiteMgr& m_;
+};
+
+}  // namespace zvrsit

@@ -1,0 +1,141 @@
+// What stands behind SiteMgrBase: its state beside the tables, and the operations that are not the
+// application's.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "links/link_rules.h"
+#include "links/page_types.h"
+#include "manager_base/operation_memo.h"
+#include "manager_base/site_locks.h"
+#include "manager_base/site_mgr_base.h"
+#include "platform/file.h"
+#include "storage/records.h"
+#include "tables/table_files.h"
+
+namespace zvrsit {
+
+class SiteTable;
+
+// Copies of a manager share it, as they share the tables.
+struct SiteMgrBase::Inside {
+  bool onlyAsks() const { return locks != nullptr && locks->onlyAsks(); }
+
+  // Of the open site, from its profile: what is asked once a link. Without a value when no site is
+  // open or the profile has none; page types by the web rules only.
+  LinkRules linkRules = LinkRules::Classic;
+  std::optional<std::string> siteFolder;
+  std::optional<std::string> liveUrl;
+  std::optional<PageTypes> pageTypes;
+  const PageTypes* types() const { return pageTypes ? &*pageTypes : nullptr; }
+  void ForgetSite() {
+    siteFolder.reset();
+    liveUrl.reset();
+    pageTypes.reset();
+  }
+
+  std::unique_ptr<SiteLocks> locks;              // null where locking is off
+  std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
+
+  // Of SiteMgr: what the application wants left out of a site, and what the last rebuild could not
+  // read.
+  bool (*ignoreHook)(const std::string& path, void* context) = nullptr;
+  void* ignoreContext = nullptr;
+  std::vector<std::string> skippedByRebuild;
+};
+
+// An operation that remembers what it has found out, for as long as this lives. An operation inside
+// another shares the memory of the outer one.
+class SiteMgrBase::Operation {
+ public:
+  [[nodiscard]] explicit Operation(SiteMgrBase& manager);
+  ~Operation();
+  Operation(const Operation&) = delete;
+  Operation& operator=(const Operation&) = delete;
+
+ private:
+  Inside& inside_;
+  const bool outermost_;
+};
+
+// One use of the site profiles: with locking, they are locked and open for as long as this lives,
+// or closed where they could not be locked. A use inside another is part of it.
+class SiteMgrBase::ProfileUse {
+ public:
+  [[nodiscard]] explicit ProfileUse(const SiteMgrBase& manager);
+  ~ProfileUse();
+  ProfileUse(const ProfileUse&) = delete;
+  ProfileUse& operator=(const ProfileUse&) = delete;
+
+  bool isHeld() const { return isHeld_; }  // true also without locking
+
+  // The text `ref` of the profiles' store; false when it is unset or cannot be read.
+  bool ReadText(std::int32_t ref, std::string& text) const;
+  // The profile of the open site, and its site folder; false when it cannot be read.
+  bool ReadOpenSite(SiteSiteRec& rec) const;
+  bool ReadSiteFolder(std::string& folder) const;
+
+  // The same without an object to end it. Hold: false when the profiles could not be locked.
+  [[nodiscard]] static bool Hold(const SiteMgrBase& manager, int openMode);
+  static void LetGo(const SiteMgrBase& manager);
+
+ private:
+  const SiteMgrBase& manager_;
+  const bool isHeld_;
+};
+
+// The same of another site than the open one, to ask or to change it.
+class SiteMgrBase::SiteUse {
+ public:
+  [[nodiscard]] SiteUse(const SiteMgrBase& manager, int siteId, Locking purpose);
+  ~SiteUse();
+  SiteUse(const SiteUse&) = delete;
+  SiteUse& operator=(const SiteUse&) = delete;
+
+  bool isHeld() const { return isHeld_; }
+
+ private:
+  const SiteMgrBase& manager_;
+  const int siteId_;
+  const bool isHeld_;
+};
+
+// Made where it is needed: Work(*this).OpenProfiles(...).
+class SiteMgrBase::Work {
+ public:
+  explicit Work(SiteMgrBase& manager) : base_(manager) {}
+
+  // Set-up and opening (site_mgr_base.cc, locking.cc).
+  void OpenProfiles(const std::string& path, int openMode);
+  void OpenSharedProfiles(int openMode);
+  int OpenSite(int siteId);
+  // Keeps of `rec`, the open site's profile, what is asked once a link.
+  void KeepSite(const SiteSiteRec& rec);
+
+  // The five tables of the open site in the order in which they are opened; null where absent.
+  std::array<SiteTable*, 5> Tables() const;
+
+  // Entries (entries.cc). `seen`: what the disk says, where the caller has just looked; else null.
+  int AddPath(const std::string& path, const std::string& siteDir, bool checkCase,
+              const platform::FileStat* seen);
+  int FillFromDisk(const std::string& path, const std::string& siteDir,
+                   const platform::FileStat* seen, SitePathRec& rec);
+  // Puts what the disk says of a regular file into its record: flag, size and times.
+  static void StoreFileFacts(const std::string& path, const std::string& siteDir,
+                             const platform::FileStat& found, SitePathRec& rec);
+
+ private:
+  void OpenTables(const SiteTableNames& names);
+  void DropTables();
+  int ReadDefaultUrl(const SiteSiteRec& rec);
+  int RelateToFolder(const std::string& path, int number);
+
+  SiteMgrBase& base_;
+};
+
+}  // namespace zvrsit

@@ -1,0 +1,42 @@
+// What the files of tables are called.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "storage/records.h"
+
+namespace zvrsit {
+
+// The five tables of a site: the word of its profile that holds the name of the table's record
+// file, and what that name ends in behind the site's name. In the order in which they are opened.
+struct SiteTableFile {
+  std::int32_t SiteSiteRec::*word;
+  std::string_view suffix;
+};
+inline constexpr std::array<SiteTableFile, 5> kSiteTableFiles{{{&SiteSiteRec::urlFile, "\\UR"},
+                                                               {&SiteSiteRec::pathFile, "\\PR"},
+                                                               {&SiteSiteRec::linkFile, "\\LR"},
+                                                               {&SiteSiteRec::folderFile, "\\FR"},
+                                                               {&SiteSiteRec::relFile, "\\RR"}}};
+// Names or paths of them, in that order.
+using SiteTableNames = std::array<std::string, kSiteTableFiles.size()>;
+
+// The file of a table's texts, by that of its records: its last character is an "S".
+inline std::string TextFileOf(std::string recordFile) {
+  if (!recordFile.empty()) recordFile.back() = 'S';
+  return recordFile;
+}
+
+// Calls visit(path) for each file that a table may have: its records, its texts, and what backing
+// up and packing leave beside them.
+template <class Visit>
+void ForEachFileOfTable(const std::string& recordFile, Visit visit) {
+  for (const std::string& file : {recordFile, TextFileOf(recordFile)}) {
+    for (const char* suffix : {"", "_bak", "_pack"}) visit(file + suffix);
+  }
+}
+
+}  // namespace zvrsit
