@@ -170,15 +170,15 @@ int SiteMgrBase::Work::OpenSite(int siteId) {
 
 void SiteMgrBase::Work::KeepSite(const SiteSiteRec& rec) {
   const ProfileUse use(base_);
-  Inside& inside = *base_.inside;
-  inside.ForgetSite();
+  Inside& kept = *base_.inside;
+  kept.ForgetSite();
   std::string text;
-  if (use.ReadText(rec.folders[kSlotSiteFolder], text)) inside.siteFolder = text;
-  if (use.ReadText(rec.folders[kSlotLiveUrl], text)) inside.liveUrl = text;
-  if (inside.linkRules == LinkRules::Classic) return;
+  if (use.ReadText(rec.folders[kSlotSiteFolder], text)) kept.siteFolder = text;
+  if (use.ReadText(rec.folders[kSlotLiveUrl], text)) kept.liveUrl = text;
+  if (kept.linkRules == LinkRules::Classic) return;
   text.clear();
   use.ReadText(rec.folders[kSlotPageTypes], text);
-  inside.pageTypes.emplace(text);
+  kept.pageTypes.emplace(text);
 }
 
 // A table that cannot be opened leaves the site open without tables, on purpose: every later
