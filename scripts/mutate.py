@@ -100,7 +100,8 @@ def copy_tree(folder):
     for name in names.stdout.decode().split("\0")[:-1]:
         (folder / name).parent.mkdir(parents=True, exist_ok=True)
         shutil.copy2(ROOT / name, folder / name)
-    subprocess.run(["cmake", "--preset", "debug", "-DCMAKE_COMPILE_WARNING_AS_ERROR=OFF"],
+    subprocess.run(["cmake", "--preset", "debug", "-DCMAKE_COMPILE_WARNING_AS_ERROR=OFF",
+                    "-DCMAKE_CXX_FLAGS_DEBUG=-O1"],
                    cwd=folder, stdout=subprocess.DEVNULL, check=True)
 
 

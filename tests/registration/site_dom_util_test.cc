@@ -2,120 +2,66 @@
 
 #include <gtest/gtest.h>
 
-#include "dom/dom.h"
-#include "links/link_type.h"
-#include "manager_base/inside.h"
-#include "manager_base/operation_memo.h"
-#include "support/temp_folder.h"
-#include "tables/site_link_db.h"
-#include "tables/site_path_db.h"
-#include "tables/site_site_prof_db.h"
-#include "tables/site_url_db.h"
+#include "registration/open_site.h"
 
 namespace zvrsit {
 namespace {
 
-// Lets a test say when an operation begins and ends.
-class Manager : public SiteMgrBase {
- public:
-  using SiteMgrBase::Operation;
-};
-
-// A small site on disk, open in a manager.
-class SiteDOMUtilTest : public testing::Test {
+class SiteDOMUtilTest : public test::OpenSite {
  protected:
   void SetUp() override {
     for (const char* name :
-         {"site/index.htm", "site/other.htm", "site/img/x.gif", "site/classes/A.class",
-          "site/classes/B.class", "site/sub/index.htm", "site/sub/home.htm", "outside.htm"}) {
+         {"site/other.htm", "site/img/x.gif", "site/classes/A.class", "site/classes/B.class",
+          "site/sub/index.htm", "site/sub/home.htm", "outside.htm"}) {
       folder_.write(name, "<p>");
     }
     folder_.makeFolder("site/classes/deeper");
   }
 
-  void OpenSite(LinkRules rules, const std::string& defaultUrl = "") {
-    manager_.setDom(&dom_);
-    manager_.setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
-    SiteSiteProfDB& profiles = *manager_.GetSiteProf();
-    const int site = profiles.Add("s");
-    ASSERT_EQ(profiles.SetFolder(site, kSlotSiteFolder, siteFolder_), 0);
-    ASSERT_EQ(profiles.SetText(site, &SiteSiteRec::topFile, siteFolder_ + "index.htm"), 0);
-    ASSERT_EQ(profiles.SetText(site, &SiteSiteRec::defaultUrl, defaultUrl), 0);
-    ASSERT_EQ(profiles.SetNumber(site, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);
-    folder_.makeFolder("db/s");
-    ASSERT_EQ(manager_.OpenSite(site, 0), 0);
-    ASSERT_NE(manager_.GetLinkDB(), nullptr);
-    ASSERT_GE(manager_.AddFolder(siteFolder_, 0), 0);
+  // Collects a parsed page, with `root` as what "/" names.
+  int CollectFrom(Document* document, const std::string& page, const std::string& root) {
+    SiteDOMUtil util(&manager_, &dom_, manager_.GetPathDB(), manager_.GetUrlDB(),
+                     manager_.GetLinkDB(), siteFolder_ + page);
+    return util.CollectLinks(root, document, siteFolder_);
   }
 
   // Registers the page and collects what `html` holds.
   int Collect(const std::string& html, const std::string& page = "index.htm") {
     manager_.AddPath(siteFolder_ + page, siteFolder_, 0);
-    Document* const document = dom_.createDocument("HTML");
-    document->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true);
-    int result;
-    {
-      SiteDOMUtil util(&manager_, &dom_, manager_.GetPathDB(), manager_.GetUrlDB(),
-                       manager_.GetLinkDB(), siteFolder_ + page);
-      result = util.CollectLinks(siteFolder_, document);
-    }
-    dom_.deleteDocument(document);
-    return result;
+    return WithDocument(
+        html, [&](Document* document) { return CollectFrom(document, page, siteFolder_); });
   }
 
-  // A file below the temporary folder as the lists below show it.
-  std::string Shown(const std::string& path) const {
-    const std::string& root = path.starts_with(siteFolder_) ? siteFolder_ : folder_.path();
-    return path.starts_with(root) ? path.substr(root.size()) : path;
-  }
-
-  // One line a link in the order of the records: type, text, target ("!" when it is not there),
-  // alternative text, and the count when it is not 1.
+  // The links as type, text, target ("!" when it is not there), alternative text, and the count
+  // when it is not 1.
   std::string Links() {
-    std::string lines;
-    SiteLinkDB& links = *manager_.GetLinkDB();
-    for (int i = links.NextNumber(0); i >= 0; i = links.NextNumber(i + 1)) {
-      SiteLinkRec link;
-      links.Get(i, link);
-      lines += std::string(LinkTypeName(static_cast<std::uint32_t>(link.type))).substr(3) + ' ' +
-               std::string(links.TextView(link.text)) + " -> " + Target(link.to);
-      if (link.alternative >= 0)
-        lines += " [" + std::string(links.TextView(link.alternative)) + ']';
-      if (link.count != 1) lines += " x" + std::to_string(link.count);
-      lines += '\n';
-    }
-    return lines;
-  }
-  std::string Target(const UrlID& id) {
-    if (id.kind == kKindUrl) return std::string(manager_.GetUrlDB()->NameView(id.id));
-    SitePathRec rec;
-    manager_.GetPathDB()->Get(id.id, rec);
-    return Shown(std::string(manager_.GetPathDB()->NameView(id.id))) + (rec.exists ? "" : "!");
+    return Lines([this](const SiteLinkRec& link, const std::string& type) {
+      const SiteLinkDB& links = *manager_.GetLinkDB();
+      std::string line =
+          type + ' ' + std::string(links.TextView(link.text)) + " -> " + Target(link.to);
+      if (link.alternative >= 0) line += " [" + std::string(links.TextView(link.alternative)) + ']';
+      return link.count == 1 ? line : line + " x" + std::to_string(link.count);
+    });
   }
 
-  SitePathRec PageRecord(const std::string& page = "index.htm") {
+  std::string Target(const UrlID& id) {
     SitePathRec rec;
-    SitePathDB& paths = *manager_.GetPathDB();
-    EXPECT_EQ(paths.Get(paths.Find(siteFolder_ + page), rec), 0);
-    return rec;
+    if (id.kind == kKindPath) manager_.GetPathDB()->Get(id.id, rec);
+    return Name(id) + (id.kind == kKindUrl || rec.exists ? "" : "!");
   }
+
   std::string PathText(std::int32_t reference) {
     return std::string(manager_.GetPathDB()->TextView(reference));
   }
-
-  test::TempFolder folder_;
-  const std::string siteFolder_ = folder_.path("site") + "\\";
-  DOM dom_;
-  Manager manager_;
 };
 
 TEST_F(SiteDOMUtilTest, StoresWhatThePageSaysOfItself) {
-  OpenSite(LinkRules::Classic);
+  Open(LinkRules::Classic);
   const std::string page = R"(<title>A &amp; B</title><meta name=Keywords content=old>
       <meta name=keywords content=new><meta http-equiv=expires content=never>
       <a name=one><a name="two"><a name="">)";
   ASSERT_EQ(Collect(page), 0);
-  const SitePathRec rec = PageRecord();
+  const SitePathRec rec = Record("index.htm");
   EXPECT_EQ(PathText(rec.title), "A & B");
   EXPECT_EQ(PathText(rec.keywords), "new");
   EXPECT_EQ(PathText(rec.expires), "never");
@@ -130,11 +76,11 @@ TEST_F(SiteDOMUtilTest, StoresWhatThePageSaysOfItself) {
   ASSERT_EQ(Collect("<title>Other</title>"), 0);
   EXPECT_EQ(manager_.GetPathDB()->strings()->FindString("A & B"), -1);
   EXPECT_EQ(manager_.GetPathDB()->strings()->FindString("one"), -1);
-  EXPECT_EQ(PageRecord().listCount, 0);
+  EXPECT_EQ(Record("index.htm").listCount, 0);
 }
 
 TEST_F(SiteDOMUtilTest, EntersClassicTargets) {
-  OpenSite(LinkRules::Classic);
+  Open(LinkRules::Classic);
   ASSERT_EQ(Collect(R"(<meta http-equiv=refresh content="other.htm">
       <a href="#top"><a href="other.htm#x"><a href="index.htm#y"><a href="index.htm"><a href="">
       <a href="missing.htm"><a href="../../../../../../../../x.htm"><a href="HTTP://h/?q">
@@ -157,7 +103,7 @@ TEST_F(SiteDOMUtilTest, EntersClassicTargets) {
 }
 
 TEST_F(SiteDOMUtilTest, AppendsTheDefaultNameByTheClassicRules) {
-  OpenSite(LinkRules::Classic, "home.htm");
+  Open(LinkRules::Classic, "home.htm");
   ASSERT_EQ(Collect(R"(<a href="sub/"><a href="sub"><a href="http://h/"><a href="sub/#x">
       <a href="sub/#/../y.htm"><meta http-equiv=refresh content="http://g/"><img src=img/x.gif ismap mapfile="sub/">
       <applet code="classes/">)"),
@@ -178,19 +124,19 @@ TEST_F(SiteDOMUtilTest, AppendsTheDefaultNameByTheClassicRules) {
 }
 
 TEST_F(SiteDOMUtilTest, LosesTheRestOfAClassicPageAtAFileOutside) {
-  OpenSite(LinkRules::Classic);
+  Open(LinkRules::Classic);
   const std::string page = "<a href=other.htm><a href=../outside.htm><a href=img/x.gif>";
   EXPECT_EQ(Collect(page), -1);
   EXPECT_EQ(Links(), "ANCHOR other.htm -> other.htm\n");
   // Once its folders are there, the same file stops no page again.
   EXPECT_EQ(Collect(page), 0);
   EXPECT_EQ(Links(),
-            "ANCHOR other.htm -> other.htm x2\nANCHOR ../outside.htm -> \\outside.htm!\n"
+            "ANCHOR other.htm -> other.htm x2\nANCHOR ../outside.htm -> ..\\outside.htm!\n"
             "ANCHOR img/x.gif -> img\\x.gif\n");
 }
 
 TEST_F(SiteDOMUtilTest, GoesOnUnderTheWebRules) {
-  OpenSite(LinkRules::Web);
+  Open(LinkRules::Web);
   folder_.write("site/dir/index.htm", "<p>");
   ASSERT_EQ(Collect(R"(<a href="../../outside.htm"><a href="sub"><a href="sub/#x"><a href="dir/">
       <a href="./#y"><a href="/"><a href="none/"><a href="img"><a href="javascript:go"><a href="">
@@ -222,16 +168,14 @@ TEST_F(SiteDOMUtilTest, GoesOnUnderTheWebRules) {
 }
 
 TEST_F(SiteDOMUtilTest, MarksAFileOutsideOfTheSiteAsNotThere) {
-  OpenSite(LinkRules::Web);
+  Open(LinkRules::Web);
   manager_.AddPath(siteFolder_ + "index.htm", siteFolder_, 0);
-  Document* const document = dom_.createDocument("HTML");
-  const std::string html = "<a href=/outside.htm><a href=/site/other.htm>";
-  document->createNodes(html.data(), static_cast<int>(html.size()), nullptr, true);
-  SiteDOMUtil util(&manager_, &dom_, manager_.GetPathDB(), manager_.GetUrlDB(),
-                   manager_.GetLinkDB(), siteFolder_ + "index.htm");
-  EXPECT_EQ(util.CollectLinks(folder_.path() + "\\", document, siteFolder_), 0);
+  const auto collect = [&](Document* document) {
+    return CollectFrom(document, "index.htm", folder_.path() + "\\");
+  };
+  EXPECT_EQ(WithDocument("<a href=/outside.htm><a href=/site/other.htm>", collect), 0);
   EXPECT_EQ(Links(),
-            "ANCHOR /outside.htm -> \\outside.htm!\nANCHOR /site/other.htm -> other.htm\n");
+            "ANCHOR /outside.htm -> ..\\outside.htm!\nANCHOR /site/other.htm -> other.htm\n");
   SitePathRec outside;
   SitePathDB& paths = *manager_.GetPathDB();
   ASSERT_EQ(paths.Get(paths.Find(folder_.path("outside.htm")), outside), 0);
@@ -239,7 +183,7 @@ TEST_F(SiteDOMUtilTest, MarksAFileOutsideOfTheSiteAsNotThere) {
 }
 
 TEST_F(SiteDOMUtilTest, RefusesAPageThatIsNotRegistered) {
-  OpenSite(LinkRules::Classic);
+  Open(LinkRules::Classic);
   const std::string page = siteFolder_ + "index.htm";
   Document document;
   const auto collect = [&](DOM* dom, const std::string& path, Document* read) {
@@ -255,28 +199,17 @@ TEST_F(SiteDOMUtilTest, RefusesAPageThatIsNotRegistered) {
   EXPECT_EQ(collect(&dom_, "", &document), -1);
 }
 
-// What the object knows of its page wins over what CheckPath finds out about it on the way.
+// What the object knows of its page wins over what CheckPath finds out about it on the way; a link
+// of another page looks again at what the page's own copy has set back.
 TEST_F(SiteDOMUtilTest, WritesItsOwnCopyOfThePageRecord) {
-  OpenSite(LinkRules::Classic);
-  const std::string path = siteFolder_ + "late.htm";
-  manager_.AddPath(path, siteFolder_, 0);
-  folder_.write("site/late.htm", "<p>");
-  ASSERT_EQ(Collect("<a href=late.htm>", "late.htm"), 0);
-  EXPECT_EQ(PageRecord("late.htm").exists, 0);
-  EXPECT_GE(manager_.CheckPath(path, siteFolder_), 0);
-  EXPECT_EQ(PageRecord("late.htm").exists, 1);
-}
-
-// A link of another page looks again at what the page's own copy has set back.
-TEST_F(SiteDOMUtilTest, TheNextLinkToAPageIsNotAnsweredFromWhatThePageHasSetBack) {
-  OpenSite(LinkRules::Classic);
+  Open(LinkRules::Classic);
   manager_.AddPath(siteFolder_ + "late.htm", siteFolder_, 0);
   folder_.write("site/late.htm", "<p>");
   const Manager::Operation operation(manager_);
   ASSERT_EQ(Collect("<a href=late.htm><a href='late.htm#x'>", "late.htm"), 0);
-  EXPECT_EQ(PageRecord("late.htm").exists, 0);
+  EXPECT_EQ(Record("late.htm").exists, 0);
   ASSERT_EQ(Collect("<a href=late.htm>", "other.htm"), 0);
-  EXPECT_EQ(PageRecord("late.htm").exists, 1);
+  EXPECT_EQ(Record("late.htm").exists, 1);
 }
 
 class SiteDOMUtilMemory : public SiteDOMUtilTest, public testing::WithParamInterface<bool> {};
@@ -312,7 +245,7 @@ TEST_P(SiteDOMUtilMemory, GivesTheSameTablesWithAMemory) {
     for (int i = 0; i < manager_.GetUrlDB()->Count(); ++i) all += Target({kKindUrl, i}) + '\n';
     return all;
   };
-  OpenSite(GetParam() ? LinkRules::Web : LinkRules::Classic, "home.htm");
+  Open(GetParam() ? LinkRules::Web : LinkRules::Classic, "home.htm");
   const std::string plain = run(false);
   manager_.CloseSite();
   std::filesystem::remove_all(folder_.native("db/s"));
