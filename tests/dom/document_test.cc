@@ -39,24 +39,6 @@ TEST(Document, AttributesKeepTheirPlaceAndDecodeOnDemand) {
   EXPECT_EQ(page.First("IMG").name(), "img");
 }
 
-TEST(Document, EveryKnownNameIsFoundUnderItsNumber) {
-  for (std::size_t i = 1; i < kAttrCount; ++i) {
-    const Attr attr = static_cast<Attr>(i);
-    ASSERT_FALSE(AttrName(attr).empty()) << i;
-    Page page("<p " + std::string(AttrName(attr)) + "=v>");
-    EXPECT_EQ(page.First("P").attributes().find(attr).value(), "v") << AttrName(attr);
-  }
-  for (std::size_t i = 1; i < kTagCount; ++i) {
-    const Tag tag = static_cast<Tag>(i);
-    ASSERT_FALSE(TagName(tag).empty()) << i;
-    EXPECT_TRUE(HtmlTagOf(TagName(tag)) == tag || ForeignTagOf(TagName(tag)) == tag);
-  }
-  EXPECT_EQ(AttrOf("xlink\x1Ahref"), Attr::kOther);
-  EXPECT_EQ(AttrOf(std::string_view("id\0", 3)), Attr::kOther);
-  EXPECT_EQ(HtmlTagOf("blockquoteX"), Tag::kOther);
-  EXPECT_EQ(HtmlTagOf(""), Tag::kOther);
-}
-
 TEST(Document, FirstChildIsTheTextOrElementBehindTheStartTag) {
   EXPECT_EQ(Page("<title>A &amp; B\r\n<i></title>").FirstText("TITLE"), "A & B\n<i>");
   EXPECT_EQ(Page("<title></title>x").FirstText("TITLE"), "-");

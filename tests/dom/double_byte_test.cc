@@ -10,7 +10,7 @@ using Strings = std::vector<std::string>;
 
 TEST(DoubleByte, TrailBytesAreNoMarkupInShiftJis) {
   CodePageScope page932(932);
-  ASSERT_TRUE(page932.known);
+  ASSERT_TRUE(page932.known());
   // 0x83 0x5C: a backslash; 0x81 0x5B and 0x5D: brackets; 0x83 0x61 and 0x41: letters.
   Page page(
       "<a href=\"\x83\x5C.htm\" name=\x83\x41>\x83\x41</a><\x83\x61 href=x>"
@@ -30,7 +30,7 @@ TEST(DoubleByte, ANameEndsBeforeADoubleByteCharacter) {
 
 TEST(DoubleByte, MarkupBytesAreTrailBytesInJohab) {
   CodePageScope page1361(1361);
-  ASSERT_TRUE(page1361.known);
+  ASSERT_TRUE(page1361.known());
   // 0x88 is a lead byte; 0x3C, 0x3D and 0x3E are "<", "=" and ">".
   Page page(
       "<p>\x88<a href=no></p><a href=\x88>.htm><img alt\x88==1 src=2 alt=\x88\x3D>"
@@ -51,7 +51,7 @@ TEST(DoubleByte, ALeadByteAloneEndsWithItself) {
 
 TEST(DoubleByte, OtherCodePagesAreNotMasked) {
   CodePageScope page1252(1252);
-  ASSERT_TRUE(page1252.known);
+  ASSERT_TRUE(page1252.known());
   Page page("<a href='\x83\x5C' name=\xE9&eacute;&#x3042;>");
   EXPECT_EQ(page.Values("A", "HREF"), Strings{"\x83\x5C"});
   EXPECT_EQ(page.Values("A", "NAME"), Strings{"\xE9\xE9?"});

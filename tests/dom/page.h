@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "dom/dom.h"
-#include "platform/code_page.h"
+#include "support/code_page_scope.h"
 
 namespace zvrsit::test {
 
@@ -43,22 +43,6 @@ class Page {
  private:
   DOM dom_;
   Document* document_;
-};
-
-// Sets the code page for the time of a test.
-class CodePageScope {
- public:
-  explicit CodePageScope(unsigned codePage) : before_(platform::CodePage()) {
-    known = platform::SetCodePage(codePage) == 0;
-  }
-  ~CodePageScope() { platform::SetCodePage(before_); }
-  CodePageScope(const CodePageScope&) = delete;
-  CodePageScope& operator=(const CodePageScope&) = delete;
-
-  bool known = false;
-
- private:
-  unsigned before_;
 };
 
 }  // namespace zvrsit::test
