@@ -16,11 +16,8 @@
 #include "support/damage.h"
 #include "support/file_fault.h"
 
-namespace zvrsit {
+namespace zvrsit::test {
 namespace {
-
-using test::LegacySite;
-using test::OpenSitMgr;
 
 const std::vector<std::string> kFiles = {"db/sites",        "db/sites_S",       "db/demo/Url.db",
                                          "db/demo/Link.db", "db/demo/Link.dS",  "db/demo/Junk.db",
@@ -29,8 +26,10 @@ const std::vector<std::string> kFiles = {"db/sites",        "db/sites_S",       
 // On Windows, where a file call takes many times as long, one run in so many is made.
 #if defined(_WIN32)
 constexpr int kOneIn = 4;  // has no part in the counts of ways to spoil a word or a byte
+constexpr int kStep = 10;  // where each run makes many files
 #else
 constexpr int kOneIn = 1;
+constexpr int kStep = 1;
 #endif
 
 // The first files are the profiles, which lead to a site.
@@ -68,11 +67,9 @@ class DamagedSite : public ManyFiles {
     }
   }
 
-  // Everything that a program does with a site, whatever the files hold.
-  void UseAll() { Use(true); }
-
-  // Without `stores` the five files of the site are opened and closed only.
-  void Use(bool stores) {
+  // Everything that a program does with a site, whatever the files hold. Without `stores` the five
+  // files of the site are opened and closed only.
+  void Use(bool stores = true) {
     OpenSitMgr mgr;
     mgr.setDB(site.folder().path("db") + "\\", "sites", "servers");
     mgr.EnumSiteProf(1);
@@ -112,13 +109,12 @@ class DamagedSite : public ManyFiles {
 
   // After any damage to the stores of the site, a complete rebuild makes it whole.
   void ExpectRebuildHeals(const std::string& what) {
-    LegacySite* whole = &site;
-    whole->Start();
-    if (whole->Open() != 0) return;
-    ASSERT_EQ(whole->mgr->SiteRebuildDB(1), 0) << what;
-    EXPECT_EQ(whole->Links().size(), 2u) << what;
-    whole->mgr->SiteClose();
-    whole->mgr.reset();
+    site.Start();
+    if (site.Open() != 0) return;
+    ASSERT_EQ(site.mgr->SiteRebuildDB(1), 0) << what;
+    EXPECT_EQ(site.Links().size(), 2u) << what;
+    site.mgr->SiteClose();
+    site.mgr.reset();
   }
 
   LegacySite site;
@@ -128,7 +124,7 @@ class DamagedSite : public ManyFiles {
 
 TEST_F(DamagedSite, CutAtEveryByte) {
   for (std::size_t i = 0; i < kFiles.size(); ++i) {
-    test::CutAtEveryByte(bytes[i], [&](std::string_view cut) {
+    CutAtEveryByte(bytes[i], [&](std::string_view cut) {
       if (!IsSampled()) return;
       Restore();
       site.folder().write(kFiles[i], cut);
@@ -149,20 +145,20 @@ TEST_F(DamagedSite, EveryWordSpoiledAndBytesFlipped) {
       if (IsOfSite(i) && offset % 64 == 4) ExpectRebuildHeals(kFiles[i] + std::to_string(offset));
     };
     // All words of the header and the first records, and a third of those that are like them.
-    test::SpoilEveryWord(bytes[i], [&](const std::string& damaged, std::size_t offset) {
+    SpoilEveryWord(bytes[i], [&](const std::string& damaged, std::size_t offset) {
       if (offset < 100 || offset % 12 == 0) use(damaged, offset);
     });
     if (!flips) continue;
     // A fifth of the bytes, at other places in each record.
-    test::FlipEveryByte(bytes[i], [&](const std::string& damaged, std::size_t offset) {
+    FlipEveryByte(bytes[i], [&](const std::string& damaged, std::size_t offset) {
       if (offset % 5 == 0) use(damaged, offset);
     });
   }
 }
 
 TEST_F(DamagedSite, EachFileCallFailsOnce) {
-  const int calls = test::FailEachCall([&] { Restore(); }, [&] { UseAll(); },
-                                       [&](const test::FailedRun&) { UseAll(); }, kOneIn);
+  const int calls =
+      FailEachCall([&] { Restore(); }, [&] { Use(); }, [&](const FailedRun&) { Use(); }, kOneIn);
   EXPECT_GT(calls, 100 / kOneIn);
 }
 
@@ -230,7 +226,7 @@ TEST_F(SiteToPack, AFailedCallOfTheClosingIsToldAndLosesNothing) {
     result = site.mgr->SiteClose();
     error = site.mgr->GetLastError();
   };
-  const auto check = [&](const test::FailedRun& run) {
+  const auto check = [&](const FailedRun& run) {
     // Nothing hangs on closing a file that its copy then replaces; the files' times are for Undo.
     EXPECT_TRUE(result == -1 || run.failedCall == platform::FileCall::kClose ||
                 run.failedCall == platform::FileCall::kStat)
@@ -243,21 +239,14 @@ TEST_F(SiteToPack, AFailedCallOfTheClosingIsToldAndLosesNothing) {
     EXPECT_EQ(site.Entries(), entries) << run.call;
     EXPECT_EQ(site.mgr->SiteClose(), 0) << run.call;
   };
-  const int calls = test::FailEachCall([&] { Restore(); }, close, check);
+  const int calls = FailEachCall([&] { Restore(); }, close, check);
   EXPECT_GT(calls, 40);
 }
-
-// Files are made so slowly by programs of Windows here that they try one damage in ten.
-#if defined(_WIN32)
-constexpr int kStep = 10;
-#else
-constexpr int kStep = 1;
-#endif
 
 TEST_F(SiteToPack, AFlippedByteCostsOneTextAndNotThoseBehindIt) {
   for (const std::size_t file : {0u, 1u, 4u}) {
     const std::string word = file == 1 ? "text number " : "entry ";
-    test::FlipEveryByte(bytes[file], [&](const std::string& damaged, std::size_t offset) {
+    FlipEveryByte(bytes[file], [&](const std::string& damaged, std::size_t offset) {
       if (offset > 60 && flips++ % (7 * kStep) != 0) return;
       Restore(file, damaged);
       if (site.mgr->OpenSite() < 0) return;  // no store any more
@@ -311,8 +300,7 @@ TEST_F(FailingWrites, AreToldWhereTheStringsCannotBeOpened) {
   site.write("page.html", "<a href=a.html>a</a>");
   site.folder().makeFolder("db/demo/Link.dS");
   ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(site.mgr->Save(site.path("page.html")), -1);
-  EXPECT_EQ(site.mgr->GetLastError(), kSitWriteFailed);
+  EXPECT_EQ(Error(*site.mgr, site.mgr->Save(site.path("page.html"))), kSitWriteFailed);
 }
 
 // Nothing is added to a damaged file of entries, so a page cannot get links to new ones.
@@ -329,8 +317,7 @@ TEST_F(FailingWrites, AreToldWhereATargetHasNoRoom) {
     site.folder().write(file, bytes + "more");
     site.write("page.html", std::string("<a href=") + target + ">");
     site.Open();
-    EXPECT_EQ(site.mgr->Save(site.path("page.html")), -1) << file;
-    EXPECT_EQ(site.mgr->GetLastError(), kSitWriteFailed) << file;
+    EXPECT_EQ(Error(*site.mgr, site.mgr->Save(site.path("page.html"))), kSitWriteFailed) << file;
     site.mgr->SiteClose();
     site.folder().write(file, bytes);
   }
@@ -349,62 +336,53 @@ TEST_F(FailingWrites, AreToldByTheOperation) {
     site.write("page.html", "<title>New</title><a href=a.html>a</a><img src=c.gif alt=C>");
     site.write("sub/new.html", "<a href=../page.html>p</a>");
   };
+  const std::string page = site.path("page.html"), other = site.path("sub/new.html");
+  SitLinkProperty link;
+  link.asIsUrl = "x";
+  link.imgAlt = "y";
+  SitSiteProperty profile;
+  profile.servProf = "new";
+  profile.useDocRoot = 1;
   SitMgr* mgr = nullptr;
-  const struct {
-    const char* name;
-    std::function<int()> run;
-  } rows[] = {
-      {"Save", [&] { return mgr->Save(site.path("page.html")); }},
-      {"Save of a new page", [&] { return mgr->Save(site.path("sub/new.html")); }},
-      {"Remove", [&] { return mgr->Remove(site.path("page.html")); }},
-      {"Move", [&] { return mgr->Move(site.path("page.html"), site.path("sub/new.html")); }},
-      {"Rebuild", [&] { return mgr->SiteRebuildDB(1); }},
-      {"Rebuild by difference", [&] { return mgr->SiteRebuildDB(0); }},
-      {"SetLinkProperty",
-       [&] {
-         SitLinkProperty property;
-         property.asIsUrl = "x";
-         property.imgAlt = "y";
-         return mgr->SetLinkProperty(site.path("page.html"), site.path("b.gif"), property);
-       }},
-      {"Undo",
-       [&] {
-         mgr->Undo();
-         return mgr->GetLastError() == kSitOk ? 0 : -1;
-       }},
-      {"SetSiteProf",
-       [&] {
-         SitSiteProperty property;
-         property.servProf = "new";
-         property.useDocRoot = 1;
-         return mgr->SetSiteProf("demo", property);
-       }},
-      {"SiteProfAdd", [&] { return mgr->SiteProfAdd("new"); }},
-      {"SiteProfCopy", [&] { return mgr->SiteProfCopy("demo", "new"); }},
-      {"SiteProfMove", [&] { return mgr->SiteProfMove("demo", "new"); }},
-      {"SiteProfDel", [&] { return mgr->SiteProfDel("demo"); }},
+  const std::function<int()> undo = [&] {
+    mgr->Undo();
+    return mgr->GetLastError() == kSitOk ? 0 : -1;
   };
-  for (const auto& row : rows) {
+  const std::function<int()> operations[] = {
+      undo,
+      [&] { return mgr->Save(page); },
+      [&] { return mgr->Save(other); },
+      [&] { return mgr->Remove(page); },
+      [&] { return mgr->Move(page, other); },
+      [&] { return mgr->SiteRebuildDB(1); },
+      [&] { return mgr->SiteRebuildDB(0); },
+      [&] { return mgr->SetLinkProperty(page, site.path("b.gif"), link); },
+      [&] { return mgr->SetSiteProf("demo", profile); },
+      [&] { return mgr->SiteProfAdd("new"); },
+      [&] { return mgr->SiteProfCopy("demo", "new"); },
+      [&] { return mgr->SiteProfMove("demo", "new"); },
+      [&] { return mgr->SiteProfDel("demo"); },
+  };
+  for (const auto& operation : operations) {
+    SCOPED_TRACE("operation " + std::to_string(&operation - operations));
     int result = 0;
     const auto start = [&] {
       prepare();
       mgr = site.mgr.get();
-      if (std::string(row.name) == "Undo") mgr->Save(site.path("page.html"));
+      if (&operation == operations) mgr->Save(page);
     };
-    test::FailEachCall(
-        start, [&] { result = row.run(); },
-        [&](const test::FailedRun& run) {
-          if (run.failedCall != platform::FileCall::kWrite) return;
-          EXPECT_EQ(result, -1) << row.name << run.call;
-          const int error = mgr->GetLastError();
-          EXPECT_TRUE(error == kSitDeleteFailed || error == kSitWriteFailed ||
-                      error == kSitCannotOpen)
-              << row.name << run.call << " " << error;
-          EXPECT_NE(mgr->lastErrno(), 0) << row.name << run.call;
-        },
-        kStep);
+    const auto check = [&](const FailedRun& run) {
+      if (run.failedCall != platform::FileCall::kWrite) return;
+      EXPECT_EQ(result, -1) << run.call;
+      const int error = mgr->GetLastError();
+      EXPECT_TRUE(error == kSitDeleteFailed || error == kSitWriteFailed || error == kSitCannotOpen)
+          << run.call << " " << error;
+      EXPECT_NE(mgr->lastErrno(), 0) << run.call;
+    };
+    FailEachCall(
+        start, [&] { result = operation(); }, check, kStep);
   }
 }
 
 }  // namespace
-}  // namespace zvrsit
+}  // namespace zvrsit::test

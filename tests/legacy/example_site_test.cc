@@ -18,10 +18,8 @@
 #include "support/code_page_scope.h"
 #include "util/mb_string.h"
 
-namespace zvrsit {
+namespace zvrsit::test {
 namespace {
-
-using test::Text;
 
 struct References {
   std::set<int> types;
@@ -45,7 +43,7 @@ std::vector<std::string> Fields(const std::string& line) {
 // What the list lets the older generation find.
 Pairs Expected(const std::string& list) {
   Pairs pairs;
-  std::istringstream in(test::InCodePage(test::ReadWhole(list)));
+  std::istringstream in(InCodePage(ReadWhole(list)));
   for (std::string line; std::getline(in, line);) {
     const std::vector<std::string> row = Fields(line);
     if (row.size() < 9 || (row[0] != "both" && row[0] != "classic" && row[0] != "later")) continue;
@@ -69,7 +67,7 @@ class ExampleSite : public ::testing::Test {
   void SetUp() override {
     std::filesystem::path native(ZVRSIT_SOURCE_DIR "/examples/site");
     if (!std::filesystem::exists(native)) GTEST_SKIP() << "no example site";
-    if (test::InCodePage("\u6E2F") == "?") {
+    if (InCodePage("\u6E2F") == "?") {
       GTEST_SKIP() << "a file of the site has no name in code page " << platform::CodePage();
     }
     platform::FromNativePath(native.make_preferred().string(), site);
@@ -109,10 +107,10 @@ class ExampleSite : public ::testing::Test {
     return pairs;
   }
 
-  const test::CodePageScope page{test::PageOfFileNames()};
-  test::TempFolder folder;
+  const CodePageScope page{PageOfFileNames()};
+  TempFolder folder;
   std::string site;
-  test::OpenSitMgr mgr;
+  OpenSitMgr mgr;
 };
 
 TEST_F(ExampleSite, ItsLinksAgreeWithTheList) {
@@ -144,4 +142,4 @@ TEST_F(ExampleSite, ItsPagesAreReadInTheirCharsets) {
 }
 
 }  // namespace
-}  // namespace zvrsit
+}  // namespace zvrsit::test

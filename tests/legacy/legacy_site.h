@@ -26,6 +26,14 @@ inline std::string Text(std::string* text) {
   return owned ? *owned : "(null)";
 }
 
+// The last error of a call that failed; -1 when it did not fail.
+inline int Error(const SitMgr& mgr, int result) {
+  return result < 0 ? mgr.GetLastError() : -1;
+}
+inline int Error(const SitMgr& mgr, std::string* text) {
+  return Error(mgr, Text(text) == "(null)" ? -1 : 0);
+}
+
 // The folder `site` with the folder `db` beside it and a site "demo", not yet open. Names are
 // native and relative to `site`.
 class LegacySite {

@@ -8,12 +8,8 @@
 #include "legacy/sit_error.h"
 #include "support/temp_folder.h"
 
-namespace zvrsit {
+namespace zvrsit::test {
 namespace {
-
-using test::TempFolder;
-using test::ToHex;
-using test::Word;
 
 SitUrlRec Entry(const std::string& key, const std::string& title = "") {
   SitUrlRec record;
@@ -132,4 +128,4 @@ TEST(ElfKeyIndex, KeysThatCollideOnPurposeStayFast) {
 }
 
 }  // namespace
-}  // namespace zvrsit
+}  // namespace zvrsit::test

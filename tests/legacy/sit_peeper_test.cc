@@ -6,11 +6,8 @@
 
 #include "legacy/legacy_site.h"
 
-namespace zvrsit {
+namespace zvrsit::test {
 namespace {
-
-using test::LegacySite;
-using test::Text;
 
 // The strings of a result, which is given back.
 std::vector<std::string> Texts(SitPeeper& peeper, std::vector<std::string*>* result) {
@@ -70,4 +67,4 @@ TEST(SitPeeper, LooksIntoSitesWithoutOpeningThem) {
 }
 
 }  // namespace
-}  // namespace zvrsit
+}  // namespace zvrsit::test

@@ -5,13 +5,8 @@
 #include "legacy/sit_id_set.h"
 #include "support/temp_folder.h"
 
-namespace zvrsit {
+namespace zvrsit::test {
 namespace {
-
-using test::FromHex;
-using test::TempFolder;
-using test::ToHex;
-using test::Word;
 
 TEST(StringFile, EntriesAreStoredByteForByte) {
   TempFolder folder;
@@ -145,4 +140,4 @@ TEST(SitIdSet, LooksForAFreeIdInOrder) {
 }
 
 }  // namespace
-}  // namespace zvrsit
+}  // namespace zvrsit::test

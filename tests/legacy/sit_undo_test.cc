@@ -2,11 +2,8 @@
 
 #include "legacy/legacy_site.h"
 
-namespace zvrsit {
+namespace zvrsit::test {
 namespace {
-
-using test::LegacySite;
-using test::Text;
 
 class Undo : public ::testing::Test {
  protected:
@@ -152,14 +149,14 @@ TEST(UndoHistory, StepsOfOtherFilesLeaveTheOpenOnesAlone) {
   for (const std::string name : {"other", "demo"}) {
     LegacySite site;
     site.mgr->SiteProfAdd("other");
-    const auto change = [&](test::OpenSitMgr& mgr, const std::string& which) {
+    const auto change = [&](OpenSitMgr& mgr, const std::string& which) {
       EXPECT_EQ(mgr.SiteOpen(which), 0);
       for (const char* entry : {"a", "b", "c"}) mgr.UrlAdd(2, mgr.UrlNum(2) == 3 ? "d" : entry);
       EXPECT_GE(mgr.LinkAdd({2, 0}, {2, 1}), 0);
       EXPECT_EQ(mgr.SiteClose(), 0);
     };
     change(*site.mgr, "demo");
-    test::OpenSitMgr writer;
+    OpenSitMgr writer;
     writer.setDB(site.folder().path("db") + "\\", "sites", "servers");
     change(writer, name);
     EXPECT_EQ(site.mgr->SiteOpen(name), 0);
@@ -223,8 +220,7 @@ TEST_F(UndoOfFiles, RemoveOfALinkedAndOfAnUnlinkedFile) {
   ASSERT_EQ(mgr.Remove(site.path("sub/deep.html")), 0);
   EXPECT_EQ(site.Status("sub/deep.html"), -1);
   UndoAndCompare();
-  EXPECT_EQ(mgr.Remove(site.path("sub/unknown.html")), -1);
-  EXPECT_EQ(mgr.GetLastError(), 15);
+  EXPECT_EQ(Error(mgr, mgr.Remove(site.path("sub/unknown.html"))), 15);
 }
 
 TEST_F(UndoOfFiles, Move) {
@@ -244,4 +240,4 @@ TEST_F(UndoOfFiles, SetUrlProperty) {
 }
 
 }  // namespace
-}  // namespace zvrsit
+}  // namespace zvrsit::test

@@ -1,10 +1,11 @@
 // Database files that go from one system to another. They are kept as hex under tests/data; every
-// system writes the same bytes from the same calls, and reads them. Their paths are relative, so
-// that they are the same text everywhere.
+// system writes the same bytes from the same calls. Their paths are relative, so that they are the
+// same text everywhere.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -27,40 +28,22 @@ class WorkingFolder {
   ~WorkingFolder() { std::filesystem::current_path(before_); }
 
   void write(const std::string& name, std::string_view bytes) const { folder_.write(name, bytes); }
-  std::string read(const std::string& name) const { return folder_.read(name); }
+  // Compares files below `db` with their images in a folder of tests/data; `demo/UR` has its image
+  // in `demo-UR.hex`.
+  void ExpectImages(const std::string& images, const std::vector<std::string>& names) const {
+    for (const std::string& name : names) {
+      std::string image = name;
+      std::replace(image.begin(), image.end(), '/', '-');
+      image = FromHex(ReadWhole(std::string(ZVRSIT_SOURCE_DIR) + "/tests/data/" + images + "/" +
+                                image + ".hex"));
+      EXPECT_FALSE(image.empty()) << name;
+      EXPECT_EQ(ToHex(folder_.read("db/" + name)), ToHex(image)) << name;
+    }
+  }
 
  private:
   TempFolder folder_;
   std::filesystem::path before_;
-};
-
-// The files `names` below `db`, with their images in the folder `images` of tests/data.
-class CarriedFiles {
- public:
-  CarriedFiles(std::string images, std::vector<std::string> names)
-      : images_(std::move(images)), names_(std::move(names)) {}
-
-  void ExpectIn(const WorkingFolder& folder) const {
-    for (const std::string& name : names_) {
-      EXPECT_EQ(ToHex(folder.read("db/" + name)), ToHex(Image(name))) << name;
-    }
-  }
-  void PutInto(const WorkingFolder& folder) const {
-    for (const std::string& name : names_) folder.write("db/" + name, Image(name));
-  }
-
- private:
-  // `demo/UR` has its image in `demo-UR.hex`.
-  std::string Image(std::string name) const {
-    std::replace(name.begin(), name.end(), '/', '-');
-    const std::string image = FromHex(
-        ReadWhole(std::string(ZVRSIT_SOURCE_DIR) + "/tests/data/" + images_ + "/" + name + ".hex"));
-    EXPECT_FALSE(image.empty()) << name;
-    return image;
-  }
-
-  std::string images_;
-  std::vector<std::string> names_;
 };
 
 }  // namespace zvrsit::test
