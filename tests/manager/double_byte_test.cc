@@ -39,16 +39,13 @@ class DoubleByteSite : public testing::TestWithParam<LinkRules> {
   std::string InFolder(const std::string& name) const {
     return site.dir() + kAbility + "\\" + name;
   }
-  void WriteInFolder(const std::string& name, const std::string& text) {
-    site.write(kAbility + "/" + name, text);
-  }
   void WriteSite() {
     site.write(kTable, "<meta charset=shift_jis><title>" + kTable + "</title><a href=" + kSo +
                            ">x</a><a href=" + kAbility + "/" + kA + ">x</a><img src=" + kPo + ">");
     site.write(kSo,
                "<meta charset=utf-8><a href=\u8868.html>x</a><a href=\u80FD/\u30C2.html>x</a>");
     site.write(kPo, "gif");
-    WriteInFolder(kA, "<meta charset=shift_jis><a href=../" + kTable + ">x</a>");
+    site.write(kAbility + "/" + kA, "<meta charset=shift_jis><a href=../" + kTable + ">x</a>");
     site.write("index.html", "<meta charset=shift_jis><a href=" + kTable + ">x</a>");
   }
   bool Exists(const std::string& path) {
@@ -90,34 +87,6 @@ TEST_P(DoubleByteSite, IsRebuiltWithEveryNameWhole) {
   ASSERT_EQ(site.Open(), 0);
   EXPECT_EQ(Lines(site.Links()), expected);
   EXPECT_GE(site.mgr->GetFolderDB()->Find(InFolder("")), 0);
-}
-
-TEST_P(DoubleByteSite, FollowsSavesMovesAndRemovals) {
-  WriteSite();
-  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  WriteInFolder(kJi, "<a href=" + kA + ">x</a>");
-  ASSERT_EQ(site.mgr->Save(InFolder(kJi), nullptr), 0);
-  EXPECT_TRUE(Exists(InFolder(kJi)));
-  EXPECT_EQ(Take(site.mgr->GetBackLinks(InFolder(kJi)), site.dir()),
-            std::vector<std::string>{kSo + " 1"});
-  EXPECT_EQ(Take(site.mgr->GetBackLinks(InFolder(kA)), site.dir()).size(), 2u);
-
-  ASSERT_EQ(platform::Rename(site.path(kSo), InFolder(kSo)), 0);
-  ASSERT_EQ(site.mgr->Move(site.path(kSo), InFolder(kSo)), 0);
-  EXPECT_TRUE(Exists(InFolder(kSo)));
-  EXPECT_FALSE(Exists(site.path(kSo))) << "still linked to";
-  ASSERT_EQ(platform::Unlink(site.path(kPo)), 0);
-  ASSERT_EQ(site.mgr->Remove(site.path(kPo), 0), 0);
-  EXPECT_FALSE(Exists(site.path(kPo)));
-}
-
-// Where the system does not tell letters' case apart the file is found, but is not the one named.
-TEST_P(DoubleByteSite, ASpellingOtherThanOnDiskIsNoFile) {
-  site.write(kTable, "");
-  site.write("index.html", "<a href=\x95\x5C.HTML>x</a><a href=" + kTable + ">x</a>");
-  ASSERT_EQ(site.mgr->Save(site.path("index.html"), nullptr), 0);
-  EXPECT_FALSE(Exists(site.path("\x95\x5C.HTML")));
-  EXPECT_TRUE(Exists(site.path(kTable)));
 }
 
 }  // namespace

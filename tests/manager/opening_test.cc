@@ -6,6 +6,7 @@
 #include <new>
 
 #include "css/css_control.h"
+#include "support/expect_all.h"
 #include "support/test_site.h"
 
 namespace zvrsit::test {
@@ -35,8 +36,6 @@ TEST(SetDB, LeavesNoTablesWithoutADatabaseFolder) {
   EXPECT_EQ(mgr.GetSiteProf(), nullptr);
   mgr.setDB(nullptr, "sites.R", "servers.R", 0);
   EXPECT_EQ(mgr.GetServProf(), nullptr);
-  EXPECT_EQ(mgr.SiteOpen("demo", 0), -1);
-  EXPECT_EQ(mgr.NeedToRebuild("demo"), -1);
 }
 
 TEST(SiteOpen, IsRefusedForWhatCannotBeOpened) {
@@ -135,6 +134,49 @@ TEST(SiteMgrCopy, WorksOnTheTablesOfItsOriginal) {
   EXPECT_EQ(copy->GetUrlDB(), site.mgr->GetUrlDB());
   EXPECT_EQ(copy->AddUrl("http://a.example/"), 0);
   EXPECT_EQ(site.mgr->AddUrl("http://a.example/"), 0);
+}
+
+// What every call says without a site, to a manager that has closed one and to one that has not
+// even a database.
+TEST(NothingOpen, EveryCallSaysSo) {
+  TestSite site;
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_EQ(site.mgr->SiteClose(), 0);
+  SiteMgr fresh;
+  SiteLink link;
+  const UrlID id(kKindPath, 0);
+  for (SiteMgr* mgr : {static_cast<SiteMgr*>(site.mgr.get()), &fresh}) {
+    ExpectAll(-1, mgr->AddUrl("x"), mgr->AddLink("x", id, id, 1), mgr->AddPath("\\x", "\\", 1),
+              mgr->AddRel(id, id), mgr->CheckPath("\\x", "\\"), mgr->AddFolder("\\x\\", 1),
+              mgr->DelUrl(0), mgr->DelPath(0), mgr->DelLink(0), mgr->DelFolder(0), mgr->DelRel(0),
+              mgr->FindPath("\\x"), mgr->GetLink(0, link), mgr->GetUrlFileType(id),
+              mgr->GetUrlFtpMember(id), mgr->SiteClose(), mgr->Save("\\x", nullptr),
+              mgr->Remove("\\x", 0), mgr->UpdateLinkFamily());
+    ExpectAll(nullptr, mgr->GetForeLinks(id), mgr->GetBackLinks(id), mgr->GetForeLinks("\\x"),
+              mgr->GetBackLinks("\\x"), mgr->EnumLink(), mgr->EnumBrokenLink(),
+              mgr->GetBrokenLinks(), mgr->EnumPath(), mgr->EnumUrl(), mgr->GetChildren("\\x\\"),
+              mgr->GetSubFolders("\\x\\"), mgr->GetChild("\\x\\", 0), mgr->GetFtpMember(),
+              mgr->GetUnusedFiles(), mgr->GetFilesByType(1), mgr->GetUrlTitle(id),
+              mgr->FolderName(0), mgr->UrlPath(0), mgr->UrlUrl(0), mgr->GetSiteProfDir(0, -1),
+              mgr->GetPathDB());
+  }
+  EXPECT_EQ(fresh.FixSite() + fresh.FixSiteProf() + fresh.FixServProf(), 0);
+}
+
+TEST(NoDatabase, EveryCallSaysSo) {
+  SiteMgr mgr;
+  SiteProfile site;
+  ServProfile server;
+  ExpectAll(-1, mgr.SiteOpen("a", 0), mgr.NeedToRebuild("a"), mgr.FindSiteProf("a"),
+            mgr.GetSiteProf("a", site), mgr.SetSiteProf("a", site), mgr.AddSiteProf("a"),
+            mgr.CopySiteProf("a", "b"), mgr.RenameSiteProf("a", "b"), mgr.DeleteSiteProf("a"),
+            mgr.SetSiteProfDir(0, "x", 0), mgr.SetSiteProfUseDocRoot(1, 0),
+            mgr.SetSiteProfLinkRules(1, 0), mgr.SetSiteProfDefaultUrl("x"),
+            mgr.GetServProf("a", server), mgr.SetServProf("a", server), mgr.AddServProf("a"),
+            mgr.RenameServProf("a", "b"), mgr.GetServProfLockDir("a"));
+  ExpectAll(nullptr, mgr.EnumSiteProf(), mgr.EnumServProf(), mgr.GetSiteProfDir(0, 0),
+            mgr.GetServProfHost("a"), mgr.EnumPathInSite("a"), mgr.EnumSiteHasPath("\\a"),
+            mgr.GetSiteProf(), mgr.GetServProf());
 }
 
 TEST(NotifyCss, NeedsTheSiteFolder) {

@@ -193,37 +193,5 @@ TEST_F(Queries, NumbersAndNamesThatAreNotThere) {
   EXPECT_EQ(mgr().FindPath(""), -1);
 }
 
-void ExpectNoAnswer(SiteMgr& mgr) {
-  const UrlID id(kKindPath, 0);
-  EXPECT_EQ(mgr.GetForeLinks(id), nullptr);
-  EXPECT_EQ(mgr.GetBackLinks(id), nullptr);
-  EXPECT_EQ(mgr.GetForeLinks("\\x"), nullptr);
-  EXPECT_EQ(mgr.GetBackLinks("\\x"), nullptr);
-  EXPECT_EQ(mgr.EnumLink(), nullptr);
-  EXPECT_EQ(mgr.EnumBrokenLink(), nullptr);
-  EXPECT_EQ(mgr.GetBrokenLinks(), nullptr);
-  EXPECT_EQ(mgr.FindPath("\\x"), -1);
-  EXPECT_EQ(mgr.EnumPath(), nullptr);
-  EXPECT_EQ(mgr.EnumUrl(), nullptr);
-  EXPECT_EQ(mgr.GetSubFolders("\\x\\"), nullptr);
-  EXPECT_EQ(mgr.GetChildren("\\x\\"), nullptr);
-  EXPECT_EQ(mgr.GetChild("\\x\\", 0), nullptr);
-  EXPECT_EQ(mgr.GetFtpMember(), nullptr);
-  EXPECT_EQ(mgr.GetUnusedFiles(), nullptr);
-  EXPECT_EQ(mgr.GetFilesByType(1), nullptr);
-  EXPECT_EQ(mgr.GetUrlFileType(id), -1);
-  EXPECT_EQ(mgr.GetUrlTitle(id), nullptr);
-  EXPECT_EQ(mgr.FolderName(0), nullptr);
-  EXPECT_EQ(mgr.UrlPath(0), nullptr);
-  EXPECT_EQ(mgr.UrlUrl(0), nullptr);
-}
-
-TEST_F(Queries, NothingOpenGivesNothing) {
-  mgr().SiteClose();
-  ExpectNoAnswer(mgr());
-  SiteMgr fresh;
-  ExpectNoAnswer(fresh);
-}
-
 }  // namespace
 }  // namespace zvrsit

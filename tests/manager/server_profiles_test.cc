@@ -93,15 +93,6 @@ TEST_F(ServerProfiles, EachFieldIsSetOnItsOwn) {
   EXPECT_EQ(Profile("www"), want);
 }
 
-TEST_F(ServerProfiles, PasswordsDoNotStandInTheFile) {
-  ASSERT_EQ(mgr().SetServProf("www", Sample()), 0);
-  const std::string bytes =
-      site_.folder().read("db/servers.S") + site_.folder().read("db/servers.R");
-  EXPECT_NE(bytes.find("ann-w"), std::string::npos);
-  EXPECT_EQ(bytes.find(Sample().password), std::string::npos);
-  EXPECT_EQ(bytes.find(Sample().firewallPassword), std::string::npos);
-}
-
 TEST_F(ServerProfiles, SitesFollowARenamedServer) {
   ASSERT_EQ(mgr().SetServProf("www", Sample()), 0);
   EXPECT_GE(mgr().CopyServProf("www", "spare"), 0);
@@ -135,18 +126,6 @@ TEST_F(ServerProfiles, EachOperationOpensTheTableAnew) {
   site_.folder().write("db/servers.R", damaged);
   EXPECT_EQ(mgr().EnumServProf(), nullptr);
   EXPECT_EQ(mgr().AddServProf("x"), -1);
-}
-
-TEST(ServerProfilesWithoutADatabase, EveryOperationFails) {
-  SiteMgr mgr;
-  ServProfile profile;
-  EXPECT_EQ(mgr.EnumServProf(), nullptr);
-  EXPECT_EQ(mgr.GetServProf("a", profile), -1);
-  EXPECT_EQ(mgr.SetServProf("a", profile), -1);
-  EXPECT_EQ(mgr.AddServProf("a"), -1);
-  EXPECT_EQ(mgr.RenameServProf("a", "b"), -1);
-  EXPECT_EQ(mgr.GetServProfHost("a"), nullptr);
-  EXPECT_EQ(mgr.GetServProfLockDir("a"), -1);
 }
 
 }  // namespace

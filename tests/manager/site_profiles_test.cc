@@ -228,23 +228,5 @@ TEST_F(SiteProfiles, StyleSheetsHearOfTheFoldersOfTheOpenSite) {
   EXPECT_GE(mgr().FindPath(site_.path("style.css")), 0);
 }
 
-TEST(SiteProfilesWithoutADatabase, EveryOperationFails) {
-  SiteMgr mgr;
-  SiteProfile profile;
-  EXPECT_EQ(mgr.EnumSiteProf(), nullptr);
-  EXPECT_EQ(mgr.FindSiteProf("a"), -1);
-  EXPECT_EQ(mgr.GetSiteProf("a", profile), -1);
-  EXPECT_EQ(mgr.SetSiteProf("a", profile), -1);
-  EXPECT_EQ(mgr.AddSiteProf("a"), -1);
-  EXPECT_EQ(mgr.CopySiteProf("a", "b"), -1);
-  EXPECT_EQ(mgr.RenameSiteProf("a", "b"), -1);
-  EXPECT_EQ(mgr.DeleteSiteProf("a"), -1);
-  EXPECT_EQ(mgr.GetSiteProfDir(0, 0), nullptr);
-  EXPECT_EQ(mgr.SetSiteProfDir(0, "x", 0), -1);
-  EXPECT_EQ(mgr.SetSiteProfUseDocRoot(1, 0), -1);
-  EXPECT_EQ(mgr.SetSiteProfLinkRules(1, 0), -1);
-  EXPECT_EQ(mgr.SetSiteProfDefaultUrl("x"), -1);
-}
-
 }  // namespace
 }  // namespace zvrsit

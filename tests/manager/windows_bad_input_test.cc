@@ -103,6 +103,15 @@ TEST_F(BadInput, ALockedPageIsSkippedAndReadTheNextTime) {
   ExpectLinks();
 }
 
+TEST_F(BadInput, AFolderThatCannotBeListedIsSkipped) {
+  site.write("closed/c.html", "");
+  ASSERT_EQ(site.Open(), 0);
+  const Lock closed(site.native("closed"));
+  ASSERT_TRUE(closed.holds());
+  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_EQ(site.mgr->SkippedByRebuild(), std::vector<std::string>{site.path("closed") + "\\"});
+}
+
 TEST_F(BadInput, TablesThatCannotBeOpenedKeepWhatTheyHold) {
   Rebuild();
   for (const char* name : {"db/demo/UR", "db/demo/PS", "db/demo/LR"}) {
