@@ -70,15 +70,6 @@ TEST(SiteUrl, KnowsSevenSchemesInAnyCase) {
   EXPECT_EQ(SiteUrl("", "", "").HasFragment(), 0);
 }
 
-TEST(SiteUrl, LeavesDoubleByteCharactersWhole) {
-  const test::CodePageScope shiftJis(932);
-  const std::string name = "\x95\x5C";  // one character whose trail byte is a backslash
-  EXPECT_EQ(Resolve("d:\\s\\", "d:\\s\\a.htm", name + "/b.htm"), "d:\\s\\" + name + "\\b.htm");
-  EXPECT_EQ(Resolve("d:\\s\\", "d:\\s\\a.htm", name + "../b.htm"), "d:\\s\\" + name + "..\\b.htm");
-  EXPECT_EQ(Resolve("d:\\s\\", "d:\\s\\" + name + ".htm", "b.htm"), "d:\\s\\b.htm");
-  EXPECT_EQ(Resolve("d:\\" + name, "d:\\s\\a.htm", "/b.htm"), "d:\\" + name + "\\b.htm");
-}
-
 // The position of `wanted`, which begins with a single-byte character, at or after the start.
 std::size_t FindMB(const std::string& text, const std::string& wanted) {
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -240,20 +240,6 @@ TEST(Convert, MalformedPartsAreReplaced) {
   EXPECT_EQ(ToUtf8(out), "\u8868??");
 }
 
-TEST(Convert, BytesOfAnyKindEndInTextOfThePage) {
-  std::mt19937 random(1);
-  for (const char* label : {"utf-8", "shift_jis", "euc-jp", "iso-2022-jp", "gbk", "big5", "euc-kr",
-                            "utf-16le", "windows-1258"}) {
-    for (int round = 0; round < 50; ++round) {
-      std::string bytes(random() % 10000, '\0');
-      for (char& b : bytes) b = static_cast<char>(random() % 3 ? random() : 0x1B + random() % 40);
-      std::string out;
-      ASSERT_TRUE(ConvertToCodePage(bytes, label, out));
-      EXPECT_TRUE(IsValidUtf8(out)) << label;
-    }
-  }
-}
-
 TEST(Utf8, ValidityIsThatOfEveryEncodedCodePoint) {
   std::string all;
   for (char32_t c = 0; c < 0x110000; ++c) {

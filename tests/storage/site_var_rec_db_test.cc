@@ -90,28 +90,6 @@ class VariableFile : public test::RecordFile<SiteVarRecDB> {
 };
 INSTANTIATE_TEST_SUITE_P(Modes, VariableFile, testing::Bool(), test::ModeName);
 
-TEST_P(VariableFile, IsMadeWithAnEndOffsetBehindItsHeader) {
-  EXPECT_EQ(Closed(), Head({0, 0, 28}));
-}
-
-TEST_P(VariableFile, SharesEqualStringsUntilTheLastReferenceIsGivenBack) {
-  EXPECT_EQ(db_->AddString("a"), 0);
-  EXPECT_EQ(db_->AddString("A"), 1);
-  EXPECT_EQ(db_->AddString("a"), 0);
-  EXPECT_EQ(db_->FindString("a"), 0);
-  EXPECT_EQ(db_->FindString("A"), 1);
-  EXPECT_EQ(db_->FindString("b"), -1);
-  EXPECT_EQ(db_->ReleaseString(0), 0);
-  EXPECT_EQ(Text(0), "a");
-  EXPECT_EQ(db_->ReleaseString(0), 0);
-  EXPECT_EQ(db_->FindString("a"), -1);
-  EXPECT_EQ(Text(0), "(none)");
-  EXPECT_EQ(db_->ReleaseString(0), 0);
-  EXPECT_EQ(db_->AddString("new"), 0);
-  EXPECT_EQ(Closed(), Head({2, 3, 84}) + Entry(-1, 1, 1, "a\0"s) + Entry(1, 1, 1, "A\0"s) +
-                          Entry(0, 1, 1, "new\0"s));
-}
-
 TEST_P(VariableFile, KeepsBlocksApartFromStrings) {
   const std::string block = "ab\0"s;
   EXPECT_EQ(db_->AddData(block.data(), 3), 0);
@@ -154,24 +132,6 @@ TEST_P(VariableFile, RefusesWhatItCannotAnswer) {
   EXPECT_EQ(db_->FindString("a"), -1);
   EXPECT_EQ(db_->GetData(0, bytes), -1);
   EXPECT_EQ(db_->Pack(), -1);
-}
-
-TEST_P(VariableFile, PacksLiveEntriesInTheOrderOfTheirNumbers) {
-  for (const char* text : {"zero", "one", "two", "three"}) db_->AddString(text);
-  db_->AddString("three");
-  db_->AddData("block", 5);
-  db_->ReleaseString(0);
-  db_->AddString("later");
-  db_->ReleaseString(1);
-  db_->AddData("", 0);
-  db_->AddData("gone", 4);
-  db_->DeleteData(5);
-  ASSERT_EQ(db_->Pack(), 0);
-  EXPECT_EQ(Text(2), "two");
-  EXPECT_EQ(db_->FindString("three"), 3);
-  EXPECT_EQ(Closed(), Head({6, 4, 28 + 22 + 20 + 22 + 21}) + Entry(0, 1, 1, "later\0"s) +
-                          Entry(2, 1, 1, "two\0"s) + Entry(3, 2, 1, "three\0"s) +
-                          Entry(4, 0, 2, "block"));
 }
 
 TEST_P(VariableFile, FindsTheLaterOfTwoEqualStringsInAFile) {
