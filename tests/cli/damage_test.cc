@@ -1,8 +1,6 @@
 // Databases that something else has written into.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <functional>
 
 #include "cli/program.h"
@@ -97,30 +95,6 @@ TEST(Damage, ProfilesComeBackFromTheirBackup) {
     program.folder.write(file, std::string(500, '\x7f'));
     EXPECT_EQ(program.Ask({"sites"}).size(), 1u) << file;
     EXPECT_EQ(program.Run({"broken", "demo"}).code, 1) << file;
-  }
-}
-
-// A limit on the size of files stands for a full disk.
-TEST(Damage, AFullDiskIsToldAndGotOver) {
-  const Program program;
-  program.Page("index.html", "<a href=a.html>");
-  ASSERT_EQ(program.Build("demo").code, 0);
-  std::string page;
-  for (int i = 0; i < 300; ++i) page += "<a href=p" + std::to_string(i) + ".html>";
-  program.Page("index.html", page);
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit before;
-  getrlimit(RLIMIT_FSIZE, &before);
-  for (const Words& words : {Words{"save", "demo", "index.html"}, Words{"rebuild", "demo"}}) {
-    const rlimit full{4096, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full);
-    const Outcome outcome = program.Run(words);
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(outcome.code, 4) << words[0];
-    EXPECT_TRUE(outcome.complains("File too large")) << outcome.err;
-    EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0) << words[0];
-    EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 300u) << words[0];
-    program.Page("index.html", page + page);
   }
 }
 

@@ -111,13 +111,6 @@ class Program {
     EXPECT_EQ(Run({"legacy", "add", name, folder.native("site")}).code, 0);
     EXPECT_EQ(Run({"legacy", "rebuild", name}).code, 0);
   }
-  // The example site, with the page that lies beside it.
-  void CopyExample() const {
-    namespace fs = std::filesystem;
-    fs::copy(ZVRSIT_SOURCE_DIR "/examples/site", folder.native("site"),
-             fs::copy_options::recursive);
-    fs::copy(ZVRSIT_SOURCE_DIR "/examples/outside.htm", folder.native());
-  }
   void Page(const std::string& name, const std::string& html) const {
     folder.write("site/" + name, html);
   }
