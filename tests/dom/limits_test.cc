@@ -96,17 +96,6 @@ TEST(Limits, ALargePageIsGivenBackWhenItIsDeleted) {
   EXPECT_EQ(dom.createDocument("HTML")->text().data(), nullptr);
 }
 
-TEST(Limits, NamesAndValuesOfAnyLength) {
-  const std::string name(100'000, 'n');
-  const std::string value(1'000'000, 'v');
-  Page page("<" + name + " " + name + "=" + value + " id=1>");
-  const AttributeList attributes = page->element(0).attributes();
-  EXPECT_EQ(page->element(0).name().size(), name.size());
-  EXPECT_EQ(attributes.item(0).name().size(), name.size());
-  EXPECT_EQ(attributes.getNamedItem(name).value(), value);
-  EXPECT_TRUE(page->getElementsByTagName(name.c_str()).next());
-}
-
 TEST(Limits, BinaryBytesAreAPageToo) {
   std::string bytes;
   for (int i = 0; i < 1'000'000; ++i) bytes += static_cast<char>(i * 7 ^ i >> 8);
