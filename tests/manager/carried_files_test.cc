@@ -12,7 +12,7 @@ void MakeProfiles(SiteMgr& mgr) {
   SiteSiteProfDB& profiles = *mgr.GetSiteProf();
   profiles.Add("old");
   const int demo = profiles.Add("demo");
-  profiles.SetFolder(demo, SiteSiteRec::kSiteFolder, "site\\");
+  profiles.SetFolder(demo, kSlotSiteFolder, "site\\");
   profiles.SetText(demo, &SiteSiteRec::topFile, "site\\index.html");
   profiles.SetText(demo, &SiteSiteRec::defaultUrl, "index.html");
   profiles.SetNumber(demo, &SiteSiteRec::linkRules, static_cast<int>(LinkRules::Web));

@@ -7,7 +7,7 @@
 
 #include "dom/dom.h"
 #include "links/link_type.h"
-#include "manager_base/site_mgr_base.h"
+#include "manager_base/inside.h"
 #include "support/temp_folder.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
@@ -32,7 +32,7 @@ class OpenSite : public testing::Test {
     manager_.setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
     SiteSiteProfDB& profiles = *manager_.GetSiteProf();
     if (profiles.Find("s") < 0) profiles.Add("s");
-    ASSERT_EQ(profiles.SetFolder(0, SiteSiteRec::kSiteFolder, siteFolder_), 0);
+    ASSERT_EQ(profiles.SetFolder(0, kSlotSiteFolder, siteFolder_), 0);
     ASSERT_EQ(profiles.SetText(0, &SiteSiteRec::topFile, siteFolder_ + "index.htm"), 0);
     ASSERT_EQ(profiles.SetText(0, &SiteSiteRec::defaultUrl, defaultUrl), 0);
     ASSERT_EQ(profiles.SetNumber(0, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);
