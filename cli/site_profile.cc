@@ -8,6 +8,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "links/folder_documents.h"
 #include "links/live_address.h"
 #include "util/file_type.h"
 
@@ -133,15 +134,15 @@ bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
 }
 
 // Whether links anywhere in the site may lead elsewhere now. Which pages a new default document
-// concerns is known; where there is none any more, it is by the web rules only.
+// concerns is known; where there is none any more, only if links to folders still mean one.
 bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
-  const bool isWeb = after.linkRules == LinkRules::Web;
+  const RuleFlags& rules = FlagsOf(after.linkRules);
   return before.linkRules != after.linkRules || before.useDocumentRoot != after.useDocumentRoot ||
          !SameFolder(before, after, kSlotSiteFolder) ||
          !SameFolder(before, after, kSlotDocumentRoot) ||
-         (isWeb && !SameFolder(before, after, kSlotLiveUrl)) ||
-         (isWeb && PageTypesOf(before).list() != PageTypesOf(after).list()) ||
-         (!isWeb && after.defaultUrl.empty() && !before.defaultUrl.empty());
+         (rules.resolvesAsBrowser && !SameFolder(before, after, kSlotLiveUrl)) ||
+         (rules.readsOtherPageTypes && PageTypesOf(before).list() != PageTypesOf(after).list()) ||
+         (!rules.findsFolderDocuments && after.defaultUrl.empty() && !before.defaultUrl.empty());
 }
 
 // Reads the pages anew that a new default document concerns, and closes the site; their names.

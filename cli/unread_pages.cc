@@ -30,7 +30,7 @@ bool BeginsAsPage(const std::string& native) {
 
 void WarnOfUnreadPages(Session& session) {
   SiteMgr& manager = session.manager();
-  if (manager.GetLinkRules() != LinkRules::Web) return;
+  if (!FlagsOf(manager.GetLinkRules()).readsOtherPageTypes) return;
   const PageTypes types(Take(manager.GetSiteProfDir(kSlotPageTypes)));
   const PageTypes usual;
   const std::unique_ptr<vec<SiteRecCell>> files(manager.GetFilesByType(FT_OTHER));

@@ -11,30 +11,14 @@
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "dom/mapped_file.h"
-#include "links/ascii.h"
 #include "links/html_values.h"
 #include "links/page_file.h"
 
 namespace zvrsit {
 namespace {
 
-constexpr std::string_view kWhitespace = " \t\n\f\r";
-
 // Style links of a page that room is made for at once.
 constexpr std::size_t kUsualLinks = 8;
-
-constexpr std::string_view kStylesheet = "stylesheet";
-
-// Whether one of the words of a REL is STYLESHEET.
-bool HoldsStylesheet(std::string_view rel) {
-  for (size_t at = 0;;) {
-    at = rel.find_first_not_of(kWhitespace, at);
-    if (at == std::string_view::npos) return false;
-    const size_t end = std::min(rel.find_first_of(kWhitespace, at), rel.size());
-    if (EqualsLower(rel.substr(at, end - at), kStylesheet)) return true;
-    at = end;
-  }
-}
 
 // A STYLE or LINK element of another TYPE has something that is no style sheet.
 bool IsCss(const AttributeList& attributes, bool parameters) {
@@ -113,7 +97,7 @@ bool CCSSControl::DependsOnCharset(const std::string& path) {
 
 CCSSFileTree CCSSControl::GetFileTree(const std::string& path, Document* document) {
   auto tree = std::make_unique<CCSSFileTree::Sheets>(*reader_);
-  if (reader_->resolver.rules() == LinkRules::Classic) tree->pageCharset.emplace();
+  if (!reader_->resolver.rules().givesSheetsCharsetOfPage) tree->pageCharset.emplace();
   if (document != nullptr) {
     reader_->CollectPage(path, *document, *tree);
     return CCSSFileTree(std::move(tree));
@@ -161,7 +145,7 @@ std::vector<CssNode> CCSSControl::Reader::ReadSheet(const CssNode& sheet,
   for (const CssReference& reference : found_) {
     AddNode(reference.text, reference.offset, NodeTypeOf(reference.kind), references);
   }
-  if (resolver.rules() == LinkRules::Web) {
+  if (resolver.rules().givesSheetsCharsetOfPage) {
     for (CssNode& node : references) node.charset = charset;
   }
   EndSiblings(references);
@@ -198,7 +182,7 @@ void CCSSControl::Reader::CollectPart(const PagePart& part, CCSSFileTree::Sheets
   FindInStyles(*part.document);
   FindInStyleAttributes(*part.document);
   AddPageReferences(part, true, tree.ofThePage);
-  if (resolver.rules() == LinkRules::Classic) return;
+  if (!resolver.rules().readsSvgProperties) return;
   found_.clear();
   FindInPresentationAttributes(*part.document);
   AddPageReferences(part, false, tree.ofThePage);
@@ -206,13 +190,12 @@ void CCSSControl::Reader::CollectPart(const PagePart& part, CCSSFileTree::Sheets
 
 // Whether an element is one of the page by the rules at hand.
 bool CCSSControl::Reader::Counts(const Element& element) const {
-  return resolver.rules() == LinkRules::Web || !element.inShadow();
+  return resolver.rules().readsShadowRoots || !element.inShadow();
 }
 
 // A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
 // ordinary link of the page, but the sheet is read all the same.
 void CCSSControl::Reader::AddLinks(const PagePart& part, CCSSFileTree::Sheets& tree) {
-  const bool isWeb = resolver.rules() == LinkRules::Web;
   const std::span<const std::uint32_t> links = part.document->elementsOf(Tag::kLink);
   tree.ofThePage.reserve(std::min(links.size(), kUsualLinks));
   for (const std::uint32_t index : links) {
@@ -223,9 +206,9 @@ void CCSSControl::Reader::AddLinks(const PagePart& part, CCSSFileTree::Sheets& t
     if (!rel || !href || !Counts(element)) continue;
     rel_.clear();
     rel.appendValue(rel_);
-    const bool isStyleLink = EqualsLower(rel_, kStylesheet);
-    if (!isStyleLink && !HoldsStylesheet(rel_)) continue;
-    if (isWeb && !IsCss(attributes, true)) continue;
+    const bool isStyleLink = IsStyleSheetRel(rel_);
+    if (!isStyleLink && !HoldsStyleSheetRel(rel_)) continue;
+    if (resolver.rules().mindsTypes && !IsCss(attributes, true)) continue;
     std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage : tree.roots;
     const auto offset = static_cast<int>(part.OffsetInPage(href.valueOffset()));
     TurnToBase(part.BaseAt(href.valueOffset()));
@@ -249,9 +232,9 @@ void CCSSControl::Reader::FindInStyles(const Document& document) {
   }
 }
 
-// There markup is markup: the sheet is made of texts and CDATA sections, without the comments.
+// There markup is markup: the sheet is made of the element's own texts and CDATA sections.
 void CCSSControl::Reader::FindInSvgStyle(const Document& document, const Element& style) {
-  const std::vector<Text> texts = style.leadingTexts();
+  const std::vector<Text> texts = style.ownTexts();
   if (texts.empty()) return;
   const std::string_view first = texts.front().rawData();
   if (texts.size() == 1 && !HoldsCharacterReference(first)) {
@@ -267,7 +250,7 @@ void CCSSControl::Reader::FindInStyleAttributes(const Document& document) {
   bool hasBody = false;
   for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
     if (!Counts(style.element)) continue;
-    if (resolver.rules() == LinkRules::Web && style.element.tag() == Tag::kBody) {
+    if (resolver.rules().mendsTree && style.element.tag() == Tag::kBody) {
       // A browser gives the attributes of a second BODY to the first, where that lacks them.
       if (hasBody) continue;
       hasBody = true;
@@ -347,10 +330,8 @@ bool CCSSControl::Reader::AddNode(std::string_view declared, int offset, int typ
   return true;
 }
 
-// Under the web rules only what lies in the site is read.
 bool CCSSControl::Reader::IsReadable(const std::string& path) const {
-  if (resolver.rules() == LinkRules::Classic) return true;
-  return path.compare(0, siteFolder.size(), siteFolder) == 0;
+  return resolver.rules().readsSheetsOutside || path.starts_with(siteFolder);
 }
 
 }  // namespace zvrsit

@@ -3,6 +3,7 @@
 #include "dom/charset_prescan.h"
 #include "platform/code_page_text.h"
 #include "platform/utf8.h"
+#include "util/ascii.h"
 
 namespace zvrsit {
 namespace {
@@ -22,9 +23,7 @@ std::string_view LabelOfRule(std::string_view bytes) {
 // A sheet that could be read as ASCII is not UTF-16, whatever it says.
 std::string_view WithoutUtf16(std::string_view label) {
   std::string lower(label);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 0x20);
-  }
+  LowerAsciiLetters(lower);
   const size_t start = lower.find_first_not_of(" \t\n\f\r");
   if (start != std::string::npos && lower.compare(start, 6, "utf-16") == 0) return "utf-8";
   return label;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "css/css_tokenizer.h"
+#include "util/ascii.h"
 
 namespace zvrsit {
 namespace {
@@ -68,9 +69,7 @@ std::string_view WithoutPrefix(std::string_view name) {
 
 std::string LowerCaseValue(std::string_view value) {
   std::string lower = CssValue(value);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 0x20);
-  }
+  LowerAsciiLetters(lower);
   return lower;
 }
 

@@ -8,10 +8,11 @@
 
 namespace zvrsit {
 
+// The numbers are those of CCSSControl::Type_Other and its like.
 enum class CssReferenceKind : std::uint8_t {
-  kImport,  // the sheet that an @import names
-  kImage,   // the value of a property that takes an image
-  kOther,   // fonts, behaviours, filters, custom properties and the rest
+  kOther = 0,   // fonts, behaviours, filters, custom properties and the rest
+  kImport = 2,  // the sheet that an @import names
+  kImage = 3,   // the value of a property that takes an image
 };
 
 struct CssReference {

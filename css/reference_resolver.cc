@@ -3,14 +3,6 @@
 #include "util/mb_string.h"
 
 namespace zvrsit {
-namespace {
-
-std::string_view FolderOf(std::string_view path) {
-  return path.substr(0, FindLastBackslashMB(path) + 1);  // npos + 1 is 0
-}
-
-}  // namespace
-
 void ReferenceResolver::BeginFile(const std::string& root, const std::string& path) {
   const std::string_view folder = FolderOf(path);
   if (hasBase_ || folder != folder_ || root != root_) {

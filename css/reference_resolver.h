@@ -22,7 +22,7 @@ class ReferenceResolver {
   void SetLiveUrl(std::string_view url, std::string_view siteFolder);
   void SetBase(std::string_view baseHref);
   TargetKind Resolve(std::string_view reference, std::string& out);
-  LinkRules rules() const { return resolver_.rules(); }
+  const RuleFlags& rules() const { return resolver_.rules(); }
 
  private:
   struct Place {

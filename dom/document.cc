@@ -8,6 +8,7 @@
 #include "dom/html_text.h"
 #include "dom/html_tokenizer.h"
 #include "platform/code_page_text.h"
+#include "platform/single_byte.h"
 
 namespace zvrsit {
 namespace {
@@ -21,30 +22,33 @@ void ClearAndTrim(std::vector<T>& records) {
   records.clear();
 }
 
-bool EqualNoCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](char x, char y) { return lower(x) == lower(y); });
-}
-
-// A sink that takes texts up to the first tag. Their places are those in `source`.
-class TextSink {
+// A sink that takes the texts of one element of SVG or MathML, without those of elements in it. It
+// begins behind the start tag, and ends where the element does, or where another of its name
+// begins: so each byte of a page is read for one of them only. Places are those in `source`.
+class OwnTextSink {
  public:
-  TextSink(const char* source, std::string_view text) : source_(source), text_(text) {}
+  OwnTextSink(const char* source, std::string_view text, std::string_view name)
+      : source_(source), text_(text), name_(MakeNameKey(name)) {}
 
   void Characters(const char* begin, const char* end, TextKind kind) {
+    if (hasEnded_ || depth_ > 0) return;
     const auto offset = static_cast<std::size_t>(begin - source_);
-    if (!ended_)
-      texts.emplace_back(text_.substr(offset, static_cast<std::size_t>(end - begin)), kind);
+    texts.emplace_back(text_.substr(offset, static_cast<std::size_t>(end - begin)), kind);
   }
   void Attribute(const AttributeSlices&) {}
-  ContentModel StartTag(const TagSlices&) {
-    ended_ = true;
-    return ContentModel::kPlainText;
+  ContentModel StartTag(const TagSlices& slices) {
+    const NameKey name = NameOf(slices);
+    const bool isImage = ForeignTagOf(name) == Tag::kImage;
+    hasEnded_ |= name == name_ || (kBreakoutTags.contains(HtmlTagOf(name)) && !isImage);
+    if (!slices.selfClosing) ++depth_;
+    return hasEnded_ ? ContentModel::kPlainText : ContentModel::kData;
   }
   void AbandonTag() {}
   bool WantsEndTags() { return true; }
-  void EndTag(const TagSlices&) { ended_ = true; }
+  void EndTag(const TagSlices& slices) {
+    hasEnded_ |= depth_ == 0 || NameOf(slices) == name_;
+    if (depth_ > 0) --depth_;
+  }
   void Comment(const char*, const char*) {}
   void Doctype(const DoctypeToken&) {}
   bool InForeignContent() { return true; }
@@ -52,9 +56,15 @@ class TextSink {
   std::vector<Text> texts;
 
  private:
+  static NameKey NameOf(const TagSlices& slices) {
+    return MakeNameKey({slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name)});
+  }
+
   const char* source_;
   std::string_view text_;
-  bool ended_ = false;
+  const NameKey name_;
+  std::size_t depth_ = 0;
+  bool hasEnded_ = false;
 };
 
 }  // namespace
@@ -89,7 +99,8 @@ Attribute AttributeList::getNamedItem(std::string_view upperCaseName) const {
   const Attr known = AttrOf(upperCaseName);
   if (known != Attr::kOther) return find(known);
   for (std::size_t i = 0; i < size(); ++i) {
-    if (records_[i].attr == Attr::kOther && EqualNoCase(item(i).name(), upperCaseName)) {
+    if (records_[i].attr == Attr::kOther &&
+        platform::EqualButForCase(item(i).name(), upperCaseName)) {
       return item(i);
     }
   }
@@ -129,15 +140,15 @@ Node Element::firstChild() const {
   return text ? Node(text) : Node();
 }
 
-std::vector<Text> Element::leadingTexts() const {
-  return document_->arrays_->LeadingTexts(index_);
+std::vector<Text> Element::ownTexts() const {
+  return document_->arrays_->OwnTexts(index_, name());
 }
 
 Element NodeIterator::next() {
   while (!elements_.empty()) {
     const Element element = document_->element(elements_.front());
     elements_ = elements_.subspan(1);
-    if (name_.empty() || EqualNoCase(element.name(), name_)) return element;
+    if (name_.empty() || platform::EqualButForCase(element.name(), name_)) return element;
   }
   return {};
 }
@@ -203,7 +214,13 @@ void Document::Build(std::string_view text, bool decode, DocumentScope scope) {
     arrays_->masked.assign(text.size() + kTextPadding, '\0');
     MaskTrailBytes(text.data(), text.size(), arrays_->masked.data());
   }
-  DocumentBuilder(*this, *arrays_, scope).Build();
+  DocumentBuilder builder(*this, *arrays_, scope, false);
+  builder.Build();
+  if (builder.metShadowRoot()) {
+    arrays_->attributes.clear();
+    arrays_->rawTexts.clear();
+    DocumentBuilder(*this, *arrays_, scope, true).Build();
+  }
   NoteArrays();
 }
 
@@ -234,13 +251,11 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
   return found;
 }
 
-std::vector<Text> Document::Arrays::LeadingTexts(std::uint32_t index) const {
+std::vector<Text> Document::Arrays::OwnTexts(std::uint32_t index, std::string_view name) const {
   const ElementRecord& element = elements[index];
   if ((element.flags & ElementRecord::kSelfClosing) != 0) return {};
-  TextSink sink(source(), text);
-  // Up to the next element, so that a page is read once however many of these it has.
-  const std::size_t length = elements[index + 1].offset - element.end;
-  HtmlTokenizer<TextSink>(source() + element.end, length, sink).Run();
+  OwnTextSink sink(source(), text, name);
+  HtmlTokenizer<OwnTextSink>(source() + element.end, text.size() - element.end, sink).Run();
   return std::move(sink.texts);
 }
 

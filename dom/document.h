@@ -5,8 +5,9 @@
 // whether it lies in SVG or MathML, whether in the content of a TEMPLATE, and whether a browser
 // passes over it.
 //
-// A TEMPLATE whose SHADOWROOTMODE is "open" or "closed" declares a shadow root: its content is a
-// part of the page, and is told apart for those who want none of it.
+// A TEMPLATE whose SHADOWROOTMODE is "open" or "closed" declares a shadow root of the element that
+// it stands in, if that can have one and has none: its content is a part of the page, and is told
+// apart for those who want none of it.
 //
 // The handles (Element, Attribute, AttributeList, Node, Text, NodeIterator) are small values that
 // point into their Document. They are good until its next createNodes() or its deletion.
@@ -156,9 +157,9 @@ class ZVRSIT_API Element {
   // What follows the start tag directly: a text, an element, or an empty Node when the element ends
   // there, cannot have content, or goes on with a comment.
   class Node firstChild() const;
-  // The texts at the beginning of an SVG or MathML element, comments between them left out, up to
-  // its end or the first element in it.
-  std::vector<Text> leadingTexts() const;
+  // The texts of an SVG or MathML element, without comments and without those of elements in it.
+  // Where another element of its name begins in it, no text behind that is found.
+  std::vector<Text> ownTexts() const;
 
  private:
   ZVRSIT_LOCAL inline const ElementRecord& record() const;

@@ -24,11 +24,12 @@ struct Document::Arrays {
   const char* source() const { return masked.empty() ? text.data() : masked.data(); }
   const char* sourceEnd() const { return source() + text.size(); }
 
-  // The texts that an element begins with; `index` and `offset` are an element's and the end of its
+  // The text that an element begins with; `index` and `offset` are an element's and the end of its
   // start tag.
   Text RawTextOf(std::uint32_t index) const;
   Text TextAt(std::uint32_t offset, bool foreign) const;
-  std::vector<Text> LeadingTexts(std::uint32_t index) const;
+  // See Element::ownTexts(); `name` is the element's.
+  std::vector<Text> OwnTexts(std::uint32_t index, std::string_view name) const;
 
   // Each text is followed by zeros, see html_tokenizer.h.
   std::string_view text;  // in `copy`, or of the caller

@@ -66,11 +66,13 @@ ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
   const AttributeList attributes(&document_, std::span(arrays_.attributes).subspan(committed_));
   ForeignContent::StartTag start{NameOf(slices), slices.selfClosing};
   start.isCustom = IsCustom(slices);
+  start.isEmpty = arrays_.xml && slices.selfClosing;
   if (tag == Tag::kFont) {
     start.breaksOutFont = attributes.getNamedItem("color") || attributes.getNamedItem("face") ||
                           attributes.getNamedItem("size");
   } else if (tag == Tag::kTemplate) {
     start.declaresShadow = DeclaresShadow(attributes.find(Attr::kShadowrootmode));
+    metShadowRoot_ |= start.declaresShadow;
   } else if (BeginsWithNoCase(slices.name, slices.nameEnd, "annotation-xml")) {
     start.htmlAnnotation = NamesHtml(attributes.find(Attr::kEncoding));
   }

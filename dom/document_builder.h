@@ -12,16 +12,22 @@ namespace zvrsit {
 
 class DocumentBuilder {
  public:
-  // Fills the arrays of `document`, where only the text is there yet.
-  DocumentBuilder(const Document& document, Document::Arrays& arrays, DocumentScope scope)
+  // Fills the arrays of `document`, where only the text is there yet. `followsAll`: see
+  // ForeignContent.
+  DocumentBuilder(const Document& document, Document::Arrays& arrays, DocumentScope scope,
+                  bool followsAll)
       : document_(document),
         arrays_(arrays),
         source_(arrays.source()),
+        foreign_(followsAll),
         leftOutOfHtml_(scope == DocumentScope::kWhole ? AttrSet() : kWithoutReference),
-        leftOut_(leftOutOfHtml_) {}
+        leftOut_(followsAll ? AttrSet() : leftOutOfHtml_) {}
 
   // Reads all of the text.
   void Build();
+  // Whether a TEMPLATE declares a shadow root. Which element it would be that of is known only
+  // where all elements are followed, so such a page is read a second time.
+  bool metShadowRoot() const { return metShadowRoot_; }
 
   // The tokenizer's side.
   void Characters(const char*, const char* end, TextKind kind) {
@@ -129,6 +135,7 @@ class DocumentBuilder {
   AttrSet leftOut_;              // the same where the text is now
   std::uint32_t committed_ = 0;  // attributes of finished start tags
   bool formIsOpen_ = false;      // another FORM would be ignored
+  bool metShadowRoot_ = false;
   std::array<std::uint32_t, kTagCount> counts_{};
 };
 

@@ -4,46 +4,38 @@
 
 namespace zvrsit {
 
+namespace {
+
+struct TypePair {
+  std::uint32_t types;  // codes of the newer generation
+  int type;
+};
+
+constexpr TypePair kTypes[] = {
+    {LT_ANCHOR | LT_SELF_ANCHOR, kSitLinkAnchor},
+    {LT_IMG | LT_IMG_USEMAP | LT_IMG_ISMAP, kSitLinkImage},
+    {LT_IMG_MAPFILE, kSitLinkMapFile},
+    {LT_FRAME, kSitLinkFrame},
+    {LT_LINK, kSitLinkLink},
+    {LT_CSS_LINK, kSitLinkStyleSheet},
+    {LT_BODY_BACKGROUND | LT_TABLE_BACKGROUND | LT_TR_BACKGROUND | LT_TD_BACKGROUND |
+         LT_TH_BACKGROUND,
+     kSitLinkBackground},
+    {LT_INPUT, kSitLinkInput},
+    {LT_AREA, kSitLinkArea},
+    {LT_FORM, kSitLinkForm},
+    {LT_SCRIPT, kSitLinkScript},
+    {LT_EMBED | LT_APPLET | LT_APPLET_FILE, kSitLinkObject},
+    {LT_META_REFRESH, kSitLinkRefresh},
+};
+
+}  // namespace
+
 int SitLinkTypeOf(std::uint32_t linkTypeCode) {
-  switch (linkTypeCode) {
-    case LT_ANCHOR:
-    case LT_SELF_ANCHOR:
-      return kSitLinkAnchor;
-    case LT_IMG:
-    case LT_IMG_USEMAP:
-    case LT_IMG_ISMAP:
-      return kSitLinkImage;
-    case LT_IMG_MAPFILE:
-      return kSitLinkMapFile;
-    case LT_FRAME:
-      return kSitLinkFrame;
-    case LT_LINK:
-      return kSitLinkLink;
-    case LT_CSS_LINK:
-      return kSitLinkStyleSheet;
-    case LT_BODY_BACKGROUND:
-    case LT_TABLE_BACKGROUND:
-    case LT_TR_BACKGROUND:
-    case LT_TD_BACKGROUND:
-    case LT_TH_BACKGROUND:
-      return kSitLinkBackground;
-    case LT_INPUT:
-      return kSitLinkInput;
-    case LT_AREA:
-      return kSitLinkArea;
-    case LT_FORM:
-      return kSitLinkForm;
-    case LT_SCRIPT:
-      return kSitLinkScript;
-    case LT_EMBED:
-    case LT_APPLET:
-    case LT_APPLET_FILE:
-      return kSitLinkObject;
-    case LT_META_REFRESH:
-      return kSitLinkRefresh;
-    default:
-      return 0;
+  for (const TypePair& pair : kTypes) {
+    if ((pair.types & linkTypeCode) != 0) return pair.type;
   }
+  return 0;
 }
 
 }  // namespace zvrsit

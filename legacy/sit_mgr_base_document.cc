@@ -7,8 +7,10 @@
 #include "legacy/sit_mgr_base.h"
 #include "legacy/sit_pair_db.h"
 #include "legacy/sit_prof.h"
+#include "links/html_values.h"
 #include "platform/file.h"
 #include "platform/folder_search.h"
+#include "util/disk_name.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
 
@@ -18,27 +20,6 @@ namespace {
 
 constexpr std::int32_t kStatusOfDisk =
     kStatusFound | kStatusMissing | kStatusOutside | kStatusUnusable;
-
-// Everything up to the last "\".
-std::string FolderOf(const std::string& path) {
-  const std::size_t last = FindLastBackslashMB(path);
-  return last == std::string::npos ? std::string() : path.substr(0, last + 1);
-}
-
-bool IsSpelledSoOnDisk(const std::string& path) {
-  platform::FindData found;
-  platform::FindHandle handle = platform::FindFirst(path, found);
-  const bool same = handle != nullptr && path.substr(FolderOf(path).size()) == found.name;
-  platform::FindClose(handle);
-  return same;
-}
-
-bool IsStyleSheetRel(const Attribute& rel) {
-  if (!rel) return false;
-  std::string value = rel.value();
-  ToUpperMB(value);
-  return value == "STYLESHEET";
-}
 
 }  // namespace
 
@@ -52,7 +33,7 @@ void SitMgrBase::FillFromDisk(SitUrlRec& record) const {
   }
   record.status |= kStatusFound;
   if (!record.key.starts_with(SiteFolder())) record.status |= kStatusOutside;
-  if (!stat.isRegular() || !IsSpelledSoOnDisk(record.key)) record.status |= kStatusUnusable;
+  if (!stat.isRegular() || !IsSpelledAsOnDisk(record.key)) record.status |= kStatusUnusable;
   record.size = static_cast<std::int32_t>(stat.size);
   record.creationTime = stat.creationTime;
   record.modificationTime = stat.modificationTime;
@@ -163,7 +144,8 @@ int SitMgrBase::SaveRows(const UrlID& page, const Document& document) {
   for (const std::uint32_t index : document.elementsOf(Tag::kLink)) {
     const AttributeList attributes = document.element(index).attributes();
     const Attribute href = attributes.find(Attr::kHref);
-    if (!href || !IsStyleSheetRel(attributes.find(Attr::kRel))) continue;
+    const Attribute rel = attributes.find(Attr::kRel);
+    if (!href || !rel || !IsStyleSheetRel(rel.value())) continue;
     RegisterLink(page, kSitLinkStyleSheet, href.value(), {});
   }
   return Written(before);
@@ -213,7 +195,7 @@ int SitMgrBase::RegisterLinkTo(const UrlID& page, const UrlID& to, int type, std
 }
 
 int SitMgrBase::RegisterAppletFolder(const UrlID& page, const UrlID& applet) {
-  const std::string folder = FolderOf(urlDB_->Key(applet.id));
+  const std::string folder(FolderOf(urlDB_->Key(applet.id)));
   platform::FindData found;
   platform::FindHandle handle = platform::FindFirst(folder + "*.*", found);
   if (handle == nullptr) return Succeed();
@@ -229,7 +211,7 @@ int SitMgrBase::RegisterAppletFolder(const UrlID& page, const UrlID& applet) {
 int SitMgrBase::RegisterParents(const std::string& path, const UrlID& child) {
   const std::string root = SiteFolder();
   UrlID below = child;
-  std::string folder = FolderOf(path);
+  std::string folder(FolderOf(path));
   while (!root.empty() && folder.starts_with(root)) {
     const bool known = folderDB_->Find(folder) >= 0;
     const int parent = FolderAdd(folder);

@@ -6,6 +6,7 @@
 #include "legacy/sit_mgr_base.h"
 #include "legacy/sit_prof.h"
 #include "platform/file.h"
+#include "platform/single_byte.h"
 #include "util/site_name.h"
 
 namespace zvrsit {
@@ -74,7 +75,7 @@ bool SitMgrBase::IsFolderTaken(const std::string& folder) {
     SiteRec record;
     const auto taken = siteProf_->Read(i, record) == 0 ? siteProf_->GetString(record.urlDB)
                                                        : std::optional<std::string>();
-    if (taken && EqualIgnoringCase(*taken, urlDB)) return true;
+    if (taken && platform::EqualButForCase(*taken, urlDB)) return true;
   }
   platform::FileStat stat;
   return dbDir_ && platform::Stat(*dbDir_ + urlDB, stat) >= 0;

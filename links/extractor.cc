@@ -6,8 +6,8 @@
 
 #include "dom/document.h"
 #include "dom/html_text.h"
-#include "links/ascii.h"
 #include "links/html_values.h"
+#include "util/ascii.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -101,7 +101,7 @@ constexpr MetaName kMetaNames[] = {
 // One walk over a page, filling the rows.
 class Extraction {
  public:
-  Extraction(LinkRules rules, PageRows& rows) : web_(rules == LinkRules::Web), rows_(rows) {}
+  Extraction(LinkRules rules, PageRows& rows) : rules_(FlagsOf(rules)), rows_(rows) {}
 
   void Run() {
     part_ = &rows_.parts.parts().front();
@@ -127,7 +127,8 @@ class Extraction {
 
   // Whether an element is one by the rules at hand.
   bool Counts(const Element& element) const {
-    return web_ ? !element.isIgnored() : !element.inShadow();
+    return !(rules_.mendsTree && element.isIgnored()) &&
+           (rules_.readsShadowRoots || !element.inShadow());
   }
 
   std::string_view ValueOf(const AttributeList& attributes, Attr attr) {
@@ -149,7 +150,7 @@ class Extraction {
       if (!text || element.inShadow()) continue;
       std::string_view title = text.rawData();
       if (NeedsDecoding(title)) title = rows_.Keep(text.data(true));
-      if (web_) title = CollapseSpaces(title);
+      if (rules_.trimsTitle) title = CollapseSpaces(title);
       if (title.empty()) continue;
       rows_.hasTitle = true;
       rows_.title = title;
@@ -191,7 +192,7 @@ class Extraction {
     for (const MetaName& meta : kMetaNames) {
       if (folded != meta.name || key.size() != meta.name.size()) continue;
       std::string_view text = rows_.Decoded(content);
-      if (meta.key == MetaKey::kRefresh && web_) {
+      if (meta.key == MetaKey::kRefresh && rules_.parsesRefresh) {
         text = isEquiv ? RefreshTarget(text) : std::string_view();
       }
       const std::uint32_t offset = content.valueOffset();
@@ -214,7 +215,7 @@ class Extraction {
 
   void ReadAllReferences() {
     for (const Reference& reference : kReferences) {
-      if (reference.rules == In::kBoth || web_) ReadReferences(reference);
+      if (reference.rules == In::kBoth || rules_.readsNewTags) ReadReferences(reference);
     }
   }
 
@@ -223,14 +224,14 @@ class Extraction {
     for (const std::uint32_t index : ElementsOf(reference.tag)) {
       const Element element = ElementAt(index);
       const AttributeList attributes = element.attributes();
-      if (!Counts(element) || (web_ && !IsFollowed(reference, attributes))) continue;
+      if (!Counts(element) || !IsFollowed(reference, attributes)) continue;
       const Attribute value = ReferenceOf(reference, attributes);
       if (reference.shape == Shape::kApplet) {
         ReadApplet(attributes);
       } else if (value) {
         ReadReference(reference, attributes, value);
         // A browser gives the attributes of a second BODY to the first, where that lacks them.
-        if (web_ && reference.shape == Shape::kFirst) return;
+        if (rules_.mendsTree && reference.shape == Shape::kFirst) return;
       }
     }
   }
@@ -247,7 +248,7 @@ class Extraction {
     switch (reference.tag) {
       case Tag::kScript:
       case Tag::kSvgScript:
-        return IsScript(attributes);
+        return !rules_.mindsTypes || IsScript(attributes);
       case Tag::kIframe:
         return !attributes.find(Attr::kSrcdoc);  // which comes before SRC
       default:
@@ -299,9 +300,7 @@ class Extraction {
   }
 
   bool IsStyleSheet(const AttributeList& attributes) {
-    std::string rel(ValueOf(attributes, Attr::kRel).substr(0, 16));
-    ToUpperMB(rel);
-    return rel == "STYLESHEET";
+    return IsStyleSheetRel(ValueOf(attributes, Attr::kRel));
   }
 
   void ReadImage(const AttributeList& attributes, const Attribute& source) {
@@ -346,8 +345,9 @@ class Extraction {
     std::string_view target = rows_.Decoded(file);
     if (const Attribute codeBase = attributes.find(Attr::kCodebase)) {
       const std::string_view base = rows_.Decoded(codeBase);
-      // An empty one makes the file root-relative by the classic rules; a browser ignores it.
-      if (!web_ || !base.empty()) target = rows_.Keep(JoinCodeBase(base, target));
+      if (rules_.joinsEmptyCodeBase || !base.empty()) {
+        target = rows_.Keep(JoinCodeBase(base, target));
+      }
     }
     Add(LT_APPLET, file.valueOffset(), target);
   }
@@ -365,7 +365,7 @@ class Extraction {
 
   const PagePart* part_ = nullptr;
   When when_ = When::kLater;  // of the reference being read
-  const bool web_;
+  const RuleFlags& rules_;
   PageRows& rows_;
   std::vector<std::string_view> candidates_;
 };
@@ -433,7 +433,7 @@ std::string_view PageRows::Keep(std::string_view text) {
 
 void ExtractPage(const Document& document, LinkRules rules, PageRows& rows) {
   rows.Clear();
-  rows.parts.Read(document, rules);
+  rows.parts.Read(document, FlagsOf(rules));
   Extraction(rules, rows).Run();
 }
 

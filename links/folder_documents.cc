@@ -1,9 +1,10 @@
 #include "links/folder_documents.h"
 
+#include <algorithm>
 #include <iterator>
 
-#include "links/page_types.h"
 #include "platform/file.h"
+#include "platform/single_byte.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -21,6 +22,10 @@ bool IsFile(const std::string& path) {
 
 }  // namespace
 
+bool EndsAsFolder(std::string_view target) {
+  return target.ends_with('/') && FindLastCharMB(target, '/') == target.size() - 1;
+}
+
 FolderDocuments::FolderDocuments(const std::string* defaultName) {
   if (defaultName != nullptr && !defaultName->empty()) {
     names_ = {*defaultName};
@@ -29,7 +34,14 @@ FolderDocuments::FolderDocuments(const std::string* defaultName) {
   }
 }
 
-void FolderDocuments::Turn(std::string& path) {
+bool FolderDocuments::MayBe(std::string_view path) const {
+  const std::string_view name = NameInFolder(path);
+  return name.size() < path.size() && std::ranges::any_of(names_, [&](const std::string& known) {
+           return platform::EqualButForCase(known, name);
+         });
+}
+
+void FolderDocuments::ToDocument(std::string& path) {
   auto known = known_.find(path);
   if (known == known_.end()) known = known_.emplace(path, DocumentOf(path)).first;
   if (!known->second.empty()) path = known->second;
@@ -38,7 +50,7 @@ void FolderDocuments::Turn(std::string& path) {
 // Empty for a path that is no folder. One that ends in "\" is, there or not.
 std::string FolderDocuments::DocumentOf(const std::string& path) const {
   std::string folder = path;
-  if (FindLastBackslashMB(folder) + 1 != folder.size()) {  // npos + 1 is 0
+  if (FolderOf(folder) != folder) {
     if (!IsFolder(folder)) return "";
     folder.push_back('\\');
   }

@@ -1,4 +1,8 @@
-// What a link to a folder leads to under the web rules.
+// What a link to a folder leads to.
+//
+// By the web rules the document that stands for the folder (FolderDocuments); whether a target is a
+// folder, the disk says. By the classic rules a target is a folder's when it ends in "/"
+// (EndsAsFolder), and the name of the site's default document is put behind it, there or not.
 #pragma once
 
 #include <string>
@@ -8,9 +12,17 @@
 
 namespace zvrsit {
 
+// The usual names of the document that stands for its folder, likeliest first.
+inline constexpr std::string_view kDefaultDocuments[] = {
+    "index.html",  "index.htm", "default.htm", "default.html", "index.php", "index.xhtml",
+    "index.shtml", "index.jsp", "default.asp", "default.aspx", "index.asp"};
+
+// Whether a target, as it is written, ends in a "/" that is no trail byte.
+bool EndsAsFolder(std::string_view target);
+
 // The documents that stand for their folders: the default document of the site, where its profile
-// names one; else the first that is there of the usual names (kDefaultDocuments), else the first
-// of these. What the disk was asked is remembered.
+// names one; else the first that is there of the usual names, else the first of these. What the
+// disk was asked is remembered.
 class FolderDocuments {
  public:
   // `defaultName` as the site's profile has it; null or empty for none.
@@ -18,10 +30,12 @@ class FolderDocuments {
 
   // The names that such a document may have, the most wanted first.
   const std::vector<std::string>& names() const { return names_; }
+  // Whether a file of this path has one of these names, in any letter case.
+  bool MayBe(std::string_view path) const;
 
-  // Turns the path of a folder, with or without a `\` at its end, to that of its document, as a
+  // Makes the path of a folder, with or without a `\` at its end, that of its document, as a
   // server answers to both; leaves every other path alone.
-  void Turn(std::string& path);
+  void ToDocument(std::string& path);
 
  private:
   std::string DocumentOf(const std::string& path) const;

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
-#include "links/ascii.h"
+#include "util/ascii.h"
 
 namespace zvrsit {
 namespace {
 
 bool IsLetter(char c, char lower) {
-  return AsciiLower(c) == lower;
+  return LowerAscii(c) == lower;
 }
 
 template <class Predicate>
@@ -22,6 +22,10 @@ std::string_view TakeWhile(std::string_view& text, Predicate predicate) {
 
 void SkipSpaces(std::string_view& text) {
   TakeWhile(text, IsHtmlSpace);
+}
+
+std::string_view TakeWord(std::string_view& text) {
+  return TakeWhile(text, [](char c) { return !IsHtmlSpace(c); });
 }
 
 bool IsInteger(std::string_view number) {
@@ -151,8 +155,19 @@ std::string_view Trimmed(std::string_view text) {
 
 void AppendWords(std::string_view list, std::vector<std::string_view>& words) {
   for (SkipSpaces(list); !list.empty(); SkipSpaces(list)) {
-    words.push_back(TakeWhile(list, [](char c) { return !IsHtmlSpace(c); }));
+    words.push_back(TakeWord(list));
   }
+}
+
+bool IsStyleSheetRel(std::string_view rel) {
+  return EqualsLower(rel, "stylesheet");
+}
+
+bool HoldsStyleSheetRel(std::string_view rel) {
+  for (SkipSpaces(rel); !rel.empty(); SkipSpaces(rel)) {
+    if (IsStyleSheetRel(TakeWord(rel))) return true;
+  }
+  return false;
 }
 
 bool IsScriptType(std::string_view type) {
@@ -175,7 +190,7 @@ void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view
   for (;;) {
     TakeWhile(srcset, [](char c) { return IsHtmlSpace(c) || c == ','; });
     if (srcset.empty()) return;
-    std::string_view url = TakeWhile(srcset, [](char c) { return !IsHtmlSpace(c); });
+    std::string_view url = TakeWord(srcset);
     if (url.back() == ',') {  // a candidate without descriptors
       url.remove_suffix(url.size() - 1 - url.find_last_not_of(','));
       urls.push_back(url);

@@ -14,6 +14,11 @@ void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view
 // The words of a list that white space separates. Appends views of `list`.
 void AppendWords(std::string_view list, std::vector<std::string_view>& words);
 
+// Whether the REL of a LINK is STYLESHEET and nothing else, in any letter case.
+bool IsStyleSheetRel(std::string_view rel);
+// Whether one of its words is.
+bool HoldsStyleSheetRel(std::string_view rel);
+
 // Whether the TYPE of a SCRIPT, which is not empty, makes it one that runs: JavaScript under one of
 // its names, or a module.
 bool IsScriptType(std::string_view type);

@@ -1,4 +1,4 @@
-// The two sets of rules by which a site's links are read.
+// The two sets of rules by which a site's links are read, and everything that they differ in.
 #pragma once
 
 #include <cstdint>
@@ -13,5 +13,101 @@ enum class LinkRules : std::int32_t {
   // What a browser of today would load from the page.
   Web = 1,
 };
+
+// One difference each. Code that depends on the rules asks for one of these, never for the set.
+struct RuleFlags {
+  // Which files are read.
+  bool readsOtherPageTypes;  // PHP, XHTML, SVG and their like too, see links/page_types.h
+  bool readsSheetsAsPages;   // a style sheet is read once more, as if it were an HTML page
+  bool readsSheetsOutside;   // a style sheet outside of the site folder is read
+  // A page that the walk of a rebuild does not come to is read when something links to it, and
+  // counts as unread until then. Else every page that has an entry is read.
+  bool readsWhatIsLinked;
+
+  // What counts as a reference of a page.
+  bool readsNewTags;         // the rows of the extractor's table that say so: IFRAME, SRCSET
+  bool readsInnerDocuments;  // IFRAME SRCDOC, and BASE in any document
+  bool readsShadowRoots;     // what TEMPLATE SHADOWROOTMODE holds
+  bool readsSvgProperties;   // fill="url(...)" and its like in SVG
+  bool mindsTypes;           // SCRIPT and LINK with a TYPE that no browser loads are passed over
+  bool mendsTree;            // a FORM within a FORM is none; a second BODY adds to the first
+  bool parsesRefresh;        // the URL within a META refresh; else its whole CONTENT
+  bool joinsEmptyCodeBase;   // CODEBASE="" makes the file of an APPLET begin with "/"
+  bool trimsTitle;           // one space for each run of white space in TITLE
+  bool givesSheetsCharsetOfPage;  // a sheet without a charset has that of the page that links it
+
+  // What a target means.
+  bool resolvesAsBrowser;  // by the URL Standard, see links/target_resolver.h; else as a SiteUrl
+  // A folder means the document that stands for it, see links/folder_documents.h. Else the name of
+  // the site's default document is put behind every target that ends in "/".
+  bool findsFolderDocuments;
+  bool linksFoldersOfCodeBase;  // from an APPLET to the folders beside its file too
+
+  // What is registered.
+  // Files exist for the site below its folder. Else below the folder that "/" names.
+  bool knowsFilesBySiteFolder;
+  bool registersFilesOutside;  // a file outside of the site is an entry like any other
+  // A reference that cannot be registered is left out alone. Else the rest of the page is lost, and
+  // with an image its map file.
+  bool goesOnAfterFailure;
+  // A file that a sheet refers to is looked at again when it has an entry, and at the spelling of
+  // its name; it has an entry even where it could not be added in full.
+  bool looksAgainAtSheetTargets;
+  bool storesOffsets;  // where in the file the reference stands
+};
+
+inline constexpr RuleFlags kClassicFlags{
+    .readsOtherPageTypes = false,
+    .readsSheetsAsPages = true,
+    .readsSheetsOutside = true,
+    .readsWhatIsLinked = false,
+    .readsNewTags = false,
+    .readsInnerDocuments = false,
+    .readsShadowRoots = false,
+    .readsSvgProperties = false,
+    .mindsTypes = false,
+    .mendsTree = false,
+    .parsesRefresh = false,
+    .joinsEmptyCodeBase = true,
+    .trimsTitle = false,
+    .givesSheetsCharsetOfPage = false,
+    .resolvesAsBrowser = false,
+    .findsFolderDocuments = false,
+    .linksFoldersOfCodeBase = true,
+    .knowsFilesBySiteFolder = false,
+    .registersFilesOutside = false,
+    .goesOnAfterFailure = false,
+    .looksAgainAtSheetTargets = false,
+    .storesOffsets = false,
+};
+
+inline constexpr RuleFlags kWebFlags{
+    .readsOtherPageTypes = true,
+    .readsSheetsAsPages = false,
+    .readsSheetsOutside = false,
+    .readsWhatIsLinked = true,
+    .readsNewTags = true,
+    .readsInnerDocuments = true,
+    .readsShadowRoots = true,
+    .readsSvgProperties = true,
+    .mindsTypes = true,
+    .mendsTree = true,
+    .parsesRefresh = true,
+    .joinsEmptyCodeBase = false,
+    .trimsTitle = true,
+    .givesSheetsCharsetOfPage = true,
+    .resolvesAsBrowser = true,
+    .findsFolderDocuments = true,
+    .linksFoldersOfCodeBase = false,
+    .knowsFilesBySiteFolder = true,
+    .registersFilesOutside = true,
+    .goesOnAfterFailure = true,
+    .looksAgainAtSheetTargets = true,
+    .storesOffsets = true,
+};
+
+constexpr const RuleFlags& FlagsOf(LinkRules rules) {
+  return rules == LinkRules::Web ? kWebFlags : kClassicFlags;
+}
 
 }  // namespace zvrsit

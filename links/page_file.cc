@@ -8,7 +8,7 @@
 
 namespace zvrsit {
 
-bool PageFile::Read(const std::string& path, LinkRules rules, Document& document) {
+bool PageFile::Read(const std::string& path, const RuleFlags& rules, Document& document) {
   Forget();
   if (!file_.open(path, 0)) return false;
   if (!text_.Import(file_.top(), file_.size(), 0)) return true;
@@ -17,8 +17,8 @@ bool PageFile::Read(const std::string& path, LinkRules rules, Document& document
   return true;
 }
 
-void PageFile::Parse(const std::string& path, LinkRules rules, Document& document) {
-  const PageSyntax syntax = rules == LinkRules::Web ? PageSyntaxOf(path) : PageSyntax::kHtml;
+void PageFile::Parse(const std::string& path, const RuleFlags& rules, Document& document) {
+  const PageSyntax syntax = rules.readsOtherPageTypes ? PageSyntaxOf(path) : PageSyntax::kHtml;
   const int length = static_cast<int>(text_.length());
   holdsServerCode_ = syntax == PageSyntax::kServer;
   if (holdsServerCode_) {

@@ -18,7 +18,7 @@ class PageFile {
   // Reads the file into `document`, as links are collected from it: by the web rules the name says
   // how the text is read. The document is good until the next call. A file that cannot be opened
   // gives false and leaves the document alone.
-  [[nodiscard]] bool Read(const std::string& path, LinkRules rules, Document& document);
+  [[nodiscard]] bool Read(const std::string& path, const RuleFlags& rules, Document& document);
   // From here on the page is one that the caller has read: its text is taken for the whole file.
   void Forget();
 
@@ -33,7 +33,7 @@ class PageFile {
   std::int32_t OffsetInFile(std::int64_t offsetInText) const;
 
  private:
-  void Parse(const std::string& path, LinkRules rules, Document& document);
+  void Parse(const std::string& path, const RuleFlags& rules, Document& document);
 
   MappedFile file_;
   CodeConv text_;

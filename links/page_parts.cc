@@ -25,10 +25,10 @@ void PageParts::Clear() {
   inner_.clear();
 }
 
-void PageParts::Read(const Document& document, LinkRules rules) {
+void PageParts::Read(const Document& document, const RuleFlags& rules) {
   Clear();
   parts_.push_back({&document});
-  if (rules == LinkRules::Classic) return;
+  if (!rules.readsInnerDocuments) return;
   ReadBase(parts_.front());
   std::size_t read = 0;
   for (int depth = 0; depth < kDeepest; ++depth) {

@@ -49,7 +49,7 @@ class PageParts {
 
   // Takes the parts of `document`, which comes first; by the classic rules it is the only one, and
   // there are no bases. Documents within documents are followed a few steps deep.
-  void Read(const Document& document, LinkRules rules);
+  void Read(const Document& document, const RuleFlags& rules);
   void Clear();
 
   const std::vector<PagePart>& parts() const { return parts_; }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "links/ascii.h"
+#include "util/ascii.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
 
@@ -10,7 +10,7 @@ namespace zvrsit {
 namespace {
 
 bool IsOfExtension(char c) {
-  return IsAsciiAlpha(c) || IsAsciiDigit(c) || c == '-' || c == '_';
+  return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '-' || c == '_';
 }
 
 // The extensions of a list, in lower case; none where the text is no list.
@@ -20,7 +20,7 @@ std::vector<std::string> Split(std::string_view list) {
     if (c == ' ' || c == ',') {
       extensions.emplace_back();
     } else if (IsOfExtension(c)) {
-      extensions.back().push_back(AsciiLower(c));
+      extensions.back().push_back(LowerAscii(c));
     } else {
       return {};
     }
@@ -58,7 +58,7 @@ std::string ExtensionOf(std::string_view path) {
   if (dot == std::string_view::npos) return {};
   std::string extension(path.substr(dot + 1));
   if (!std::all_of(extension.begin(), extension.end(), IsOfExtension)) return {};
-  std::transform(extension.begin(), extension.end(), extension.begin(), AsciiLower);
+  LowerAsciiLetters(extension);
   return extension;
 }
 

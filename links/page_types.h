@@ -45,9 +45,4 @@ ZVRSIT_API std::string ExtensionOf(std::string_view path);
 // How a page of that path or name is read; kHtml for one of type FT_HTML.
 ZVRSIT_API PageSyntax PageSyntaxOf(std::string_view path);
 
-// The usual names of the document that stands for its folder, likeliest first.
-inline constexpr std::string_view kDefaultDocuments[] = {
-    "index.html",  "index.htm", "default.htm", "default.html", "index.php", "index.xhtml",
-    "index.shtml", "index.jsp", "default.asp", "default.aspx", "index.asp"};
-
 }  // namespace zvrsit

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "links/ascii.h"
+#include "util/ascii.h"
 
 namespace zvrsit {
 namespace {
@@ -15,7 +15,7 @@ constexpr auto kNpos = std::string_view::npos;
 constexpr std::size_t kLongest = 1000;
 
 bool IsOfName(char c) {
-  return IsAsciiAlpha(c) || IsAsciiDigit(c) || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+  return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 
 // The end of `mark` from `at` on, or the end of the text.
@@ -95,7 +95,7 @@ std::size_t AfterLibraryTag(std::string_view text, std::size_t at) {
   while (colon < text.size() && IsOfName(text[colon])) ++colon;
   const std::string_view prefix = text.substr(name, colon - name);
   if (prefix.empty() || prefix == "svg" || colon + 1 >= text.size() || text[colon] != ':' ||
-      !IsAsciiAlpha(text[colon + 1])) {
+      !IsAsciiLetter(text[colon + 1])) {
     return at;
   }
   for (std::size_t i = colon; i < text.size(); ++i) {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "links/ascii.h"
 #include "links/classic_target.h"
 #include "platform/code_page_text.h"
+#include "util/ascii.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -19,15 +19,12 @@ constexpr std::string_view kSchemes[] = {"http",   "ftp",  "mailto", "file",
 bool TargetPrefix(std::string_view siteRoot, std::string_view pagePath, std::string& target,
                   std::string_view& prefix) {
   if (!target.empty() && target.front() == '/') {
-    const auto last = FindLastBackslashMB(siteRoot);
-    if (last != std::string::npos && last + 1 == siteRoot.size()) target.erase(0, 1);
+    if (!siteRoot.empty() && FolderOf(siteRoot) == siteRoot) target.erase(0, 1);
     prefix = siteRoot;
     return true;
   }
-  const auto last = FindLastBackslashMB(pagePath);
-  if (last == std::string::npos) return false;
-  prefix = pagePath.substr(0, last + 1);
-  return true;
+  prefix = FolderOf(pagePath);
+  return !prefix.empty();
 }
 
 // The segments of a "\" path in one pass. A separator is a "\" that is no trail byte.

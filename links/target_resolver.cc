@@ -7,10 +7,11 @@
 #include <array>
 #include <iterator>
 
-#include "links/ascii.h"
 #include "links/classic_target.h"
 #include "links/url_text.h"
 #include "platform/code_page_text.h"
+#include "platform/utf8.h"
+#include "util/ascii.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -74,24 +75,6 @@ bool BeginsWithHost(std::string_view target) {
   return target.size() >= 2 && IsSlash(target[0]) && IsSlash(target[1]);
 }
 
-bool IsValidUtf8(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i]);
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    if (length == 0 || length > text.size() - i) return false;
-    for (std::size_t k = 1; k < length; ++k) {
-      if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80) return false;
-    }
-    i += length;
-  }
-  return true;
-}
-
 // Whether a lead byte stands at the end, where it would take the separator after it as its trail.
 bool EndsInHalfCharacter(std::string_view text) {
   if (!platform::HasLeadBytes()) return false;
@@ -126,7 +109,7 @@ bool AppendDecodedName(std::string_view segment, std::string& out) {
   std::string converted;
   const std::string_view decoded = std::string_view(out).substr(begin);
   // Browsers write names outside of ASCII as percent-encoded UTF-8, whatever the page's charset.
-  if (decodedHigh && platform::CodePage() != platform::kUtf8 && IsValidUtf8(decoded) &&
+  if (decodedHigh && platform::CodePage() != platform::kUtf8 && platform::IsValidUtf8(decoded) &&
       platform::ConvertToCodePage(decoded, "utf-8", converted)) {
     out.replace(begin, std::string::npos, converted);
   }
@@ -184,8 +167,7 @@ void TargetResolver::BeginPage(std::string_view siteRoot, std::string_view pageP
   siteRoot_ = siteRoot;
   pagePath_ = pagePath;
   externalBase_.clear();
-  if (rules_ == LinkRules::Web &&
-      FindLastBackslashMB(siteRoot_) + 1 != siteRoot_.size()) {  // npos + 1 is 0
+  if (rules_.resolvesAsBrowser && FolderOf(siteRoot_) != siteRoot_) {
     siteRoot_.push_back('\\');
   }
   rootClimb_.assign(1, siteRoot_.size());
@@ -193,16 +175,16 @@ void TargetResolver::BeginPage(std::string_view siteRoot, std::string_view pageP
 }
 
 void TargetResolver::SetLiveUrl(std::string_view url, std::string_view siteFolder) {
-  live_ = rules_ == LinkRules::Web ? LiveAddress(url) : LiveAddress();
+  live_ = rules_.resolvesAsBrowser ? LiveAddress(url) : LiveAddress();
   liveFolder_ = siteFolder;
 }
 
 void TargetResolver::SetBaseFile(std::string_view path) {
   baseFile_ = path;
-  const std::size_t folder = FindLastBackslashMB(path) + 1;  // npos + 1 is 0
+  const std::size_t folder = FolderOf(path).size();
   baseText_ = path.substr(0, folder);
   climb_.clear();
-  if (rules_ == LinkRules::Classic) return;
+  if (!rules_.resolvesAsBrowser) return;
   // A page below the root climbs to the root; any other one to the top of its drive.
   const bool below = path.substr(0, siteRoot_.size()) == siteRoot_;
   std::size_t top = below ? siteRoot_.size() : 0;
@@ -224,7 +206,7 @@ void TargetResolver::SetFolderUrl() {
 }
 
 void TargetResolver::SetBase(std::string_view baseHref) {
-  if (rules_ == LinkRules::Classic) return;
+  if (!rules_.resolvesAsBrowser) return;
   std::string place;
   const TargetKind kind = ResolveWeb(baseHref, place);
   if (kind == TargetKind::kLocal) {
@@ -249,7 +231,7 @@ void TargetResolver::SetBasePlace(std::string_view place) {
 }
 
 TargetKind TargetResolver::Resolve(std::string_view target, std::string& out) {
-  if (rules_ == LinkRules::Web) return ResolveWeb(target, out);
+  if (rules_.resolvesAsBrowser) return ResolveWeb(target, out);
   if (ClassicIsExternal(target)) {
     out = target;
     return TargetKind::kExternal;
@@ -295,7 +277,7 @@ bool TargetResolver::IsSchemeOfBase(std::string_view scheme) const {
   if (ofBase.empty()) return EqualsLower(scheme, "http") || EqualsLower(scheme, "https");
   return IsWebScheme(scheme) && scheme.size() == ofBase.size() &&
          std::equal(scheme.begin(), scheme.end(), ofBase.begin(),
-                    [](char a, char b) { return AsciiLower(a) == AsciiLower(b); });
+                    [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
 }
 
 // A target that is relative to `base`, a URL.
@@ -322,17 +304,17 @@ TargetKind TargetResolver::ResolveUrl(std::string_view url, std::string& out) {
 TargetKind TargetResolver::ResolveNames(std::string_view path, unsigned traits, std::string& out) {
   const TargetKind kind = ResolveWebPath(path, traits, out);
   if (kind != TargetKind::kUnresolvable || EndsInHalfCharacter(path)) return kind;
-  const std::string folder = baseFile_.substr(0, FindLastBackslashMB(baseFile_) + 1);
+  const std::string_view folder = FolderOf(baseFile_);
   const bool isBelow = folder.starts_with(siteRoot_);
-  const std::string& top = isBelow || IsSlash(path.front()) ? siteRoot_ : folder;
+  const std::string_view top = isBelow || IsSlash(path.front()) ? siteRoot_ : folder;
   constexpr std::string_view kServer = "http://site";
   std::string base = std::string(kServer) + "/";
-  if (isBelow) AppendFolders(std::string_view(folder).substr(siteRoot_.size()), base);
+  if (isBelow) AppendFolders(folder.substr(siteRoot_.size()), base);
   std::string url;
   if (top.empty() || !JoinToUrl(base, path, url)) return kind;
   ReplaceCharMB(url, '/', '\\');
   if (url.back() != '\\') url.push_back('\\');
-  out = top.substr(0, top.size() - 1).append(url, kServer.size());
+  out.assign(top.substr(0, top.size() - 1)).append(url, kServer.size());
   return TargetKind::kUnservable;
 }
 

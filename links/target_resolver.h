@@ -30,7 +30,7 @@ bool IsTargetOfFolder(std::string_view target);
 // to page, it allocates nothing in the long run.
 class TargetResolver {
  public:
-  explicit TargetResolver(LinkRules rules = LinkRules::Classic) : rules_(rules) {}
+  explicit TargetResolver(LinkRules rules = LinkRules::Classic) : rules_(FlagsOf(rules)) {}
 
   // Says where the folder `siteFolder` (which ends in "\") is served: URLs of that place name files
   // of it, and what leads out of a folder below the root of the server is a URL. A `url` that a
@@ -48,7 +48,7 @@ class TargetResolver {
   // joined to an external base when there is one.
   TargetKind Resolve(std::string_view target, std::string& out);
 
-  LinkRules rules() const { return rules_; }
+  const RuleFlags& rules() const { return rules_; }
   // What all targets of one base share: two pages with the same base text resolve a target of
   // which IsTargetOfFolder holds to the same place.
   const std::string& baseText() const { return baseText_; }
@@ -66,7 +66,7 @@ class TargetResolver {
   void SetBasePlace(std::string_view place);
   void SetFolderUrl();
 
-  LinkRules rules_;
+  RuleFlags rules_;
   std::string siteRoot_;  // ends in "\" under Web
   std::string pagePath_;
   std::string baseText_;

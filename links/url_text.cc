@@ -39,10 +39,8 @@ bool SplitHttp(std::string_view url, HttpParts& parts) {
   const std::size_t colon = authority.rfind(':');
   const bool hasPort = colon != std::string_view::npos && authority.back() != ']';
   const std::string_view port = hasPort ? authority.substr(colon + 1) : std::string_view();
-  parts.host.clear();
-  for (const char c : authority.substr(0, hasPort ? colon : authority.size())) {
-    parts.host.push_back(AsciiLower(c));
-  }
+  parts.host = authority.substr(0, hasPort ? colon : authority.size());
+  LowerAsciiLetters(parts.host);
   if (parts.host.empty()) return false;
   // Without a scheme it is that of the page, which may be either.
   const bool isDefault = port.empty() || (!isHttps && port == "80") || (!isHttp && port == "443");
@@ -99,11 +97,11 @@ std::string RemoveDotSegments(std::string_view path) {
 }  // namespace
 
 std::string_view SchemeOf(std::string_view target) {
-  if (target.empty() || !IsAsciiAlpha(target.front())) return {};
+  if (target.empty() || !IsAsciiLetter(target.front())) return {};
   for (std::size_t i = 1; i < target.size(); ++i) {
     const char c = target[i];
     if (c == ':') return target.substr(0, i);
-    if (!IsAsciiAlpha(c) && !IsAsciiDigit(c) && c != '+' && c != '-' && c != '.') return {};
+    if (!IsAsciiLetter(c) && !IsAsciiDigit(c) && c != '+' && c != '-' && c != '.') return {};
   }
   return {};
 }
@@ -116,7 +114,7 @@ int DotsOf(std::string_view segment) {
   int dots = 0;
   while (!segment.empty()) {
     const bool encoded = segment.size() >= 3 && segment[0] == '%' && segment[1] == '2' &&
-                         AsciiLower(segment[2]) == 'e';
+                         LowerAscii(segment[2]) == 'e';
     if (!encoded && segment.front() != '.') return 0;
     segment.remove_prefix(encoded ? 3 : 1);
     if (++dots > 2) return 0;

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "links/ascii.h"
 #include "platform/code_page_text.h"
+#include "util/ascii.h"
 
 namespace zvrsit {
 
@@ -33,7 +33,7 @@ std::size_t FindMB(std::string_view text, std::size_t from, Predicate matches) {
 // The value of a hexadecimal digit, else -1.
 inline int HexValue(char c) {
   if (IsAsciiDigit(c)) return c - '0';
-  const char lower = AsciiLower(c);
+  const char lower = LowerAscii(c);
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 

@@ -15,7 +15,6 @@
 #include "manager/record_access.h"
 #include "manager/work.h"
 #include "util/mb_string.h"
-#include "util/site_name.h"
 
 namespace zvrsit {
 
@@ -56,7 +55,7 @@ class WebLinks {
     if (manager.GetLiveUrl() != nullptr) resolver_.SetLiveUrl(*manager.GetLiveUrl(), siteDir);
   }
 
-  const std::vector<std::string>& documentNames() const { return documents_.names(); }
+  bool MayBeDocument(std::string_view path) const { return documents_.MayBe(path); }
 
   // Whether the link of a page to a file would lead elsewhere now. True also where that cannot be
   // told, as in a page with a BASE.
@@ -69,12 +68,17 @@ class WebLinks {
       page_ = link.from;
       resolver_.BeginPage(root_, paths_.NameView(page_.id));
     }
-    if (resolver_.Resolve(links_.TextView(link.text), place_) != TargetKind::kLocal) return true;
+    const std::string_view text = links_.TextView(link.text);
+    if (resolver_.Resolve(text, place_) != TargetKind::kLocal) return true;
     const std::string_view target = paths_.NameView(link.to.id);
+    // "#x" names the page itself, or what stands for its folder where that is its BASE.
+    if (link.from == link.to && !IsTargetOfFolder(text) && documents_.MayBe(target)) {
+      place_ = FolderOf(target);
+    }
     const int number = place_ == target ? link.to.id : paths_.Find(place_);
     std::int32_t exists = 0;
     if (number >= 0) paths_.GetNumber(number, &SitePathRec::exists, exists);
-    if (exists == 0) documents_.Turn(place_);
+    if (exists == 0) documents_.ToDocument(place_);
     return place_ != target;
   }
 
@@ -83,7 +87,7 @@ class WebLinks {
   void AddFolderReferrers(const std::string& folder, bool otherDocument, Sources& sources) {
     AddReferrers(folder, sources);
     std::string document = folder;
-    documents_.Turn(document);
+    documents_.ToDocument(document);
     if (document != folder && !otherDocument) return;
     for (const std::string& name : documents_.names()) {
       const std::string other = folder + '\\' + name;
@@ -114,22 +118,9 @@ class WebLinks {
 };
 
 // The folder of a file or a folder, without a `\` at its end; empty when there is none.
-std::string_view FolderOf(std::string_view path) {
-  const std::size_t backslash = FindLastBackslashMB(path);
-  return backslash == std::string_view::npos ? std::string_view() : path.substr(0, backslash);
-}
-
-// Whether a file may stand for its folder by its name.
-bool IsDocument(const std::vector<std::string>& documentNames, std::string_view path) {
+std::string_view FolderAbove(std::string_view path) {
   const std::string_view folder = FolderOf(path);
-  return !folder.empty() && std::ranges::any_of(documentNames, [&](const std::string& name) {
-    return EqualIgnoringCase(name, path.substr(folder.size() + 1));
-  });
-}
-
-// By the classic rules a link to a folder is one whose text ends in "/".
-bool IsFolderLink(std::string_view text) {
-  return !text.empty() && FindLastCharMB(text, '/') == text.size() - 1;
+  return folder.substr(0, folder.empty() ? 0 : folder.size() - 1);
 }
 
 }  // namespace
@@ -140,7 +131,7 @@ int SiteMgr::ReflectDefaultUrl(const std::string&) {
   Work work(*this);
   std::string siteDir;
   if (!HasFiles(linkDB) || !HasFiles(pathDB) ||
-      (defaultUrl == nullptr && GetLinkRules() == LinkRules::Classic) ||
+      (defaultUrl == nullptr && !FlagsOf(GetLinkRules()).findsFolderDocuments) ||
       !work.ReadSiteFolder(siteDir)) {
     return -1;
   }
@@ -158,8 +149,8 @@ std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
   ForEachNumber(*linkDB, [&](int number) {
     SiteLinkRec link;
     if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
-    if (GetLinkRules() == LinkRules::Web ? web.LeadElsewhere(link)
-                                         : IsFolderLink(linkDB->TextView(link.text))) {
+    if (FlagsOf(GetLinkRules()).findsFolderDocuments ? web.LeadElsewhere(link)
+                                                     : EndsAsFolder(linkDB->TextView(link.text))) {
       sources.Add(link.from);
     }
   });
@@ -168,16 +159,16 @@ std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
 
 void SiteMgr::Work::FollowFolderLinks(const std::string& path) {
   std::string siteDir;
-  if (m_.GetLinkRules() != LinkRules::Web || m_.dom == nullptr || !HasFiles(m_.linkDB) ||
-      !ReadSiteFolder(siteDir)) {
+  if (!FlagsOf(m_.GetLinkRules()).findsFolderDocuments || m_.dom == nullptr ||
+      !HasFiles(m_.linkDB) || !ReadSiteFolder(siteDir)) {
     return;
   }
   WebLinks web(m_, RootOf(m_, siteDir), siteDir);
   Sources sources(*m_.pathDB);
-  std::string folder(FolderOf(path));
-  web.AddFolderReferrers(folder, IsDocument(web.documentNames(), path), sources);
+  std::string folder(FolderAbove(path));
+  web.AddFolderReferrers(folder, web.MayBeDocument(path), sources);
   for (;;) {
-    folder.resize(FolderOf(folder).size());
+    folder.resize(FolderAbove(folder).size());
     if (!folder.starts_with(siteDir)) break;
     web.AddFolderReferrers(folder, false, sources);
   }

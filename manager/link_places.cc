@@ -126,14 +126,18 @@ class WantedLinks {
 // Looks through one file after another, under the rules of a site.
 class PlaceFinder {
  public:
-  PlaceFinder(DOM& dom, CCSSControl& css, LinkRules rules)
-      : css_(css), rules_(rules), document_(dom.createDocument("HTML"), GiveBack{&dom}) {}
+  // Of the open site of `manager`.
+  PlaceFinder(SiteMgr& manager, DOM& dom, CCSSControl& css)
+      : css_(css),
+        rules_(manager.GetLinkRules()),
+        styles_(&manager, {}),
+        document_(dom.createDocument("HTML"), GiveBack{&dom}) {}
 
-  void LookThrough(const std::string& path, WantedLinks& wanted) {
+  // `number` in the path table.
+  void LookThrough(int number, const std::string& path, WantedLinks& wanted) {
     const bool isSheet = ClassifyFileType(path) == FT_CSS;
-    if (isSheet) LookThroughSheet(path, wanted);
-    // The classic rules read a sheet as if it were a page too.
-    if (!isSheet || rules_ == LinkRules::Classic) LookThroughPage(path, isSheet, wanted);
+    if (isSheet) LookThroughSheet(number, path, wanted);
+    if (!isSheet || FlagsOf(rules_).readsSheetsAsPages) LookThroughPage(path, isSheet, wanted);
   }
 
   // Whether the file is still the one of which the tables know.
@@ -147,7 +151,7 @@ class PlaceFinder {
   void LookThroughPage(const std::string& path, bool isSheet, WantedLinks& wanted) {
     if (document_ == nullptr) return;
     document_->clear();
-    if (!page_.Read(path, rules_, *document_)) return;
+    if (!page_.Read(path, FlagsOf(rules_), *document_)) return;
     ExtractPage(*document_, rules_, rows_);
     for (const LinkRow& row : rows_.links) {
       const bool isHidden = page_.holdsServerCode() && HoldsServerCode(row.alternative);
@@ -171,12 +175,10 @@ class PlaceFinder {
     }
   }
 
-  void LookThroughSheet(const std::string& path, WantedLinks& wanted) {
+  void LookThroughSheet(int number, const std::string& path, WantedLinks& wanted) {
     if (!sheet_.open(path, 0)) return;
     const std::string_view bytes(sheet_.top(), sheet_.size());
-    // The encoding of what refers to it is not known here: references that are not ASCII in a sheet
-    // that needs it get no place.
-    const std::string_view text = DecodeSheet(bytes, {}, sheetText_);
+    const std::string_view text = DecodeSheet(bytes, styles_.CharsetOf(number, path), sheetText_);
     const bool isInFile = text.data() != sheetText_.data();
     references_.clear();
     CollectCssReferences(text, CssSource::kSheet, references_);
@@ -189,6 +191,7 @@ class PlaceFinder {
 
   CCSSControl& css_;
   const LinkRules rules_;
+  const SiteCSSUtil styles_;
   PageFile page_;
   MappedFile sheet_;
   OwnedDocument document_;
@@ -209,7 +212,7 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
     if (linkDB->Get(links[i], recs[i]) == 0) bySource.emplace_back(recs[i].from.id, i);
   }
   std::sort(bySource.begin(), bySource.end());
-  PlaceFinder finder(*dom, *cssCtrl, GetLinkRules());
+  PlaceFinder finder(*this, *dom, *cssCtrl);
   for (auto next = bySource.begin(); next != bySource.end();) {
     const int source = next->first;
     WantedLinks wanted;
@@ -226,7 +229,7 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
     SitePathRec page;
     std::string path;
     if (pathDB->Get(source, page) < 0 || pathDB->Text(page.name, path) < 0) continue;
-    finder.LookThrough(path, wanted);
+    finder.LookThrough(source, path, wanted);
     // Asked last: a file that was changed while it was read is another one too.
     if (PlaceFinder::IsOf(path, page)) continue;
     for (auto known = first; known != next; ++known) places[known->second].clear();

@@ -184,9 +184,10 @@ int SiteMgr::Rebuild::CollectFound(int count) {
     if (memo.registeredSheets.contains(number) || manager_.pathDB->Get(number, rec) < 0) continue;
     if (rec.exists == 0 || manager_.pathDB->Text(rec.name, path) < 0) continue;
     if (!HoldsLinks(path, rec, manager_.inside->types())) continue;
-    if (manager_.GetLinkRules() == LinkRules::Classic ? number >= count : !IsToBeReadAs(path)) {
+    const bool readsIt = FlagsOf(manager_.GetLinkRules()).readsWhatIsLinked;
+    if (readsIt ? !IsToBeReadAs(path) : number >= count) {
       Skip(number, path);
-    } else if (manager_.GetLinkRules() == LinkRules::Web) {
+    } else if (readsIt) {
       CollectLinksOf(number, true);
     }
   }
@@ -208,7 +209,7 @@ bool SiteMgr::Rebuild::IsToBeReadAs(const std::string& path) {
   platform::FileStat found;
   if (platform::Stat(path, found) < 0) return false;
   if (found.file != 0 && ++names_[{found.device, found.file}] > kMostNames) return false;
-  const std::string folder = path.substr(0, FindLastBackslashMB(path) + 1);
+  const std::string folder(FolderOf(path));
   const auto [known, isNew] = circles_.try_emplace(folder, false);
   if (isNew) known->second = GoesInCircles(folder);
   return !known->second;
@@ -223,7 +224,7 @@ bool SiteMgr::Rebuild::GoesInCircles(const std::string& folder) const {
     if (platform::Stat(name, found) < 0) return false;
     if (found.file != 0 && !passed.insert({found.device, found.file}).second) return true;
     name.pop_back();
-    name.resize(FindLastBackslashMB(name) + 1);  // npos + 1 is 0
+    name.resize(FolderOf(name).size());
   }
   return false;
 }
@@ -253,7 +254,7 @@ void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
 bool SiteMgr::Rebuild::IsToBeRead(int number, const std::string& path,
                                   const SitePathRec& rec) const {
   if (!HoldsLinks(path, rec, manager_.inside->types())) return false;
-  return manager_.GetLinkRules() == LinkRules::Classic || HasWalked(number);
+  return !FlagsOf(manager_.GetLinkRules()).readsWhatIsLinked || HasWalked(number);
 }
 
 // Drops the entries whose file is gone, that nothing links to and that the user has not marked.

@@ -147,14 +147,13 @@ void SiteMgr::Work::SetUnread(int pathNumber, bool unread) {
   m_.pathDB->Update(rec);
 }
 
-// Notes, under the web rules, what the page number `saved` is the first to link to: nobody has had
-// it read.
+// Notes what the page number `saved` is the first to link to: nobody has had it read.
 void SiteMgr::Work::MarkFound(int saved) {
   std::vector<std::int32_t>& found = m_.inside->operationMemo->foundFiles;
   for (const int number : found) {
     const bool isRead =
         number == saved || m_.inside->operationMemo->registeredSheets.contains(number);
-    if (m_.GetLinkRules() == LinkRules::Web && !isRead) SetUnread(number, true);
+    if (FlagsOf(m_.GetLinkRules()).readsWhatIsLinked && !isRead) SetUnread(number, true);
   }
   found.clear();
 }
@@ -169,11 +168,10 @@ int SiteMgr::Work::Traverse(const std::string& siteDir, const std::string& path,
     if (m_.dom == nullptr) return -1;
     document.reset(m_.dom->createDocument("HTML"));
     if (document == nullptr) return -1;
-    unread = !m_.inside->operationMemo->page.Read(path, m_.GetLinkRules(), *document);
+    unread = !m_.inside->operationMemo->page.Read(path, FlagsOf(m_.GetLinkRules()), *document);
   }
   const bool isSheet = ClassifyFileType(path) == FT_CSS;
-  // The classic rules read a sheet as if it were a page too, on purpose.
-  const bool isPage = !isSheet || m_.GetLinkRules() == LinkRules::Classic;
+  const bool isPage = !isSheet || FlagsOf(m_.GetLinkRules()).readsSheetsAsPages;
   if (isPage && CollectPageLinks(siteDir, path, document.get()) < 0) return -1;
 
   SiteCSSUtil styles(&m_, siteDir);

@@ -5,6 +5,7 @@
 #include "manager/cells.h"
 #include "manager/work.h"
 #include "platform/file.h"
+#include "platform/single_byte.h"
 #include "util/mb_string.h"
 #include "util/site_name.h"
 
@@ -38,15 +39,11 @@ bool ReadTableNames(const SiteSiteProfDB& profiles, int number, SiteTableNames& 
   return isRead;
 }
 
-std::string FolderOf(const std::string& path) {
-  return path.substr(0, FindLastBackslashMB(path) + 1);
-}
-
 void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
   for (const std::string& name : names) {
     if (name.empty()) continue;
     ForEachFileOfTable(dbDir + name, [](const std::string& path) { platform::Unlink(path); });
-    platform::RemoveFolder(FolderOf(dbDir + name));
+    platform::RemoveFolder(std::string(FolderOf(dbDir + name)));
   }
 }
 
@@ -74,7 +71,8 @@ bool MoveTables(const std::string& dbDir, const SiteTableNames& from, const Site
     }
   }
   for (const std::string& name : from) {
-    if (!name.empty()) platform::RemoveFolder(FolderOf(dbDir + name));  // when it is now empty
+    if (!name.empty())
+      platform::RemoveFolder(std::string(FolderOf(dbDir + name)));  // when it is now empty
   }
   return moved;
 }
@@ -178,7 +176,7 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   }
   if (newNames == oldNames) return -1;  // the tables follow what stands in the profile
   // Where only the letter case differs, the new names may be those of the tables themselves.
-  if (!EqualIgnoringCase(from, to)) RemoveTables(*dbDir, newNames);
+  if (!platform::EqualButForCase(from, to)) RemoveTables(*dbDir, newNames);
   if (MoveTables(*dbDir, oldNames, newNames)) return 0;
   MoveTables(*dbDir, newNames, oldNames);
   siteProf->Rename(number, from);

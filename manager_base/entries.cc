@@ -4,25 +4,19 @@
 
 #include "manager_base/inside.h"
 #include "platform/file.h"
-#include "platform/folder_search.h"
 #include "storage/records.h"
 #include "tables/site_folder_db.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
 #include "tables/site_rel_db.h"
 #include "tables/site_url_db.h"
+#include "util/disk_name.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
 
 namespace {
-
-// The part of `path` up to and including its last `\`; empty when there is none.
-std::string_view FolderPart(std::string_view path) {
-  const auto backslash = FindLastBackslashMB(path);
-  return backslash == std::string_view::npos ? std::string_view{} : path.substr(0, backslash + 1);
-}
 
 // Cuts a folder name to that of its parent; false at a root.
 bool CutToParent(std::string& folder) {
@@ -33,15 +27,6 @@ bool CutToParent(std::string& folder) {
   if (above == std::string::npos) return false;
   folder.erase(above + 1);
   return true;
-}
-
-bool IsSpelledAsOnDisk(const std::string& path) {
-  platform::FindData found;
-  const platform::FindHandle search = platform::FindFirst(path, found);
-  const std::string_view name = std::string_view(path).substr(FolderPart(path).size());
-  const bool same = search != nullptr && name == found.name;
-  platform::FindClose(search);  // also when nothing was found, on purpose
-  return same;
 }
 
 // Takes the existence flag away from a file whose name is spelled differently on disk.
@@ -134,13 +119,13 @@ void SiteMgrBase::Work::StoreFileFacts(const std::string& path, const std::strin
 
 int SiteMgrBase::Work::RelateToFolder(const std::string& path, int number) {
   if (base_.folderDB == nullptr) return -1;
-  const std::string folder(FolderPart(path));
+  const std::string folder(FolderOf(path));
   int folderNumber = base_.folderDB->Find(folder);
   if (folderNumber < 0) folderNumber = base_.AddFolder(folder, 1);
-  // Under the web rules a file outside of the site is an entry like any other, although its
-  // folders climb up to a root.
-  if (folderNumber < 0 && base_.GetLinkRules() == LinkRules::Web)
+  // The folders of a file outside of the site climb up to a root.
+  if (folderNumber < 0 && FlagsOf(base_.GetLinkRules()).registersFilesOutside) {
     folderNumber = base_.folderDB->Find(folder);
+  }
   if (folderNumber < 0) return -1;
   return base_.AddRel(UrlID(kKindFolder, folderNumber), UrlID(kKindPath, number));
 }

@@ -175,7 +175,7 @@ void SiteMgrBase::Work::KeepSite(const SiteSiteRec& rec) {
   std::string text;
   if (use.ReadText(rec.folders[kSlotSiteFolder], text)) kept.siteFolder = text;
   if (use.ReadText(rec.folders[kSlotLiveUrl], text)) kept.liveUrl = text;
-  if (kept.linkRules == LinkRules::Classic) return;
+  if (!FlagsOf(kept.linkRules).readsOtherPageTypes) return;
   text.clear();
   use.ReadText(rec.folders[kSlotPageTypes], text);
   kept.pageTypes.emplace(text);

@@ -1,11 +1,11 @@
 #include "registration/site_css_util.h"
 
+#include <iterator>
 #include <unordered_set>
 #include <vector>
 
 #include "css/css_control.h"
 #include "links/link_type.h"
-#include "links/server_code.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
 #include "storage/records.h"
@@ -27,34 +27,25 @@ bool HasStores(const SiteTable* table) {
 }  // namespace
 
 std::uint32_t StyleLinkType(int nodeType) {
-  switch (nodeType) {
-    case CCSSControl::Type_Link:
-      return LT_CSS_LINK;
-    case CCSSControl::Type_Import:
-      return LT_CSS_IMPORT;
-    case CCSSControl::Type_Image:
-      return LT_CSS_IMAGE;
-    default:
-      return LT_CSS_OTHER;
-  }
+  constexpr std::uint32_t kTypes[] = {LT_CSS_OTHER, LT_CSS_LINK, LT_CSS_IMPORT, LT_CSS_IMAGE};
+  static_assert(CCSSControl::Type_Other == 0 && CCSSControl::Type_Link == 1 &&
+                CCSSControl::Type_Import == 2 && CCSSControl::Type_Image == 3);
+  const bool isKnown = nodeType >= 0 && nodeType < static_cast<int>(std::size(kTypes));
+  return isKnown ? kTypes[nodeType] : LT_CSS_OTHER;
 }
 
 SiteCSSUtil::SiteCSSUtil(SiteMgrBase* manager, const std::string& siteRoot)
-    : manager_(manager), siteRoot_(siteRoot) {
-  if (manager_ == nullptr) return;
-  cssControl_ = manager_->GetCssCtrl();
-  pathTable_ = manager_->GetPathDB();
-  urlTable_ = manager_->GetUrlDB();
-  linkTable_ = manager_->GetLinkDB();
-}
+    : manager_(manager),
+      cssControl_(manager != nullptr ? manager->GetCssCtrl() : nullptr),
+      pathTable_(manager != nullptr ? manager->GetPathDB() : nullptr),
+      urlTable_(manager != nullptr ? manager->GetUrlDB() : nullptr),
+      linkTable_(manager != nullptr ? manager->GetLinkDB() : nullptr),
+      registrar_(manager, pathTable_, urlTable_),
+      siteRoot_(siteRoot) {}
 
 bool SiteCSSUtil::IsReady() const {
   return manager_ != nullptr && HasStores(pathTable_) && HasStores(urlTable_) &&
          HasStores(linkTable_);
-}
-
-bool SiteCSSUtil::IsWeb() const {
-  return manager_->GetLinkRules() == LinkRules::Web;
 }
 
 int SiteCSSUtil::CollectPage(const std::string& path, Document* document) {
@@ -79,7 +70,7 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
   Registered().erase(number);
   sheet_ = number;
   std::string charset;
-  if (IsWeb() && CCSSControl::DependsOnCharset(path)) {
+  if (DependsOnCharset(path)) {
     charset = CharsetOfReferrer(number);
     if (charset.empty() && WaitsForPage(number)) return 0;
   }
@@ -88,8 +79,14 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
   return 0;
 }
 
-// The label of the encoding that a sheet has from the first page or sheet that refers to it as to
-// a sheet, or from what refers to that one; empty without.
+bool SiteCSSUtil::DependsOnCharset(const std::string& path) const {
+  return registrar_.rules().givesSheetsCharsetOfPage && CCSSControl::DependsOnCharset(path);
+}
+
+std::string SiteCSSUtil::CharsetOf(int sheet, const std::string& path) const {
+  return DependsOnCharset(path) ? CharsetOfReferrer(sheet) : std::string();
+}
+
 std::string SiteCSSUtil::CharsetOfReferrer(int sheet) const {
   std::vector<int> sheets{sheet};
   std::unordered_set<int> known{sheet};
@@ -140,11 +137,44 @@ void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
 
 // False when the sheet needs no second look in this operation, or has no place in the tables.
 bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
-  if (IsHidden(*sheet)) return false;
+  if (registrar_.IsHidden(*sheet)) return false;
   const int number = AddTarget(*sheet, siteRoot_);
   if (number < 0 || !Registered().insert(number).second) return false;
-  if (tree.hasChildren(sheet) && !HasStyleLinks(number)) RegisterTreeNode(sheet, tree, siteRoot_);
+  if (HasStyleLinks(number)) {
+    RegisterIfMisread(*sheet, number);
+  } else if (tree.hasChildren(sheet)) {
+    RegisterTreeNode(sheet, tree, siteRoot_);
+  }
   return true;
+}
+
+// Saved before anything referred to it, a sheet was read in the code page.
+void SiteCSSUtil::RegisterIfMisread(const std::string& path, int sheet) {
+  if (!DependsOnCharset(path)) return;
+  CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path, CharsetOfReferrer(sheet));
+  std::set<std::string> texts;
+  for (const std::string* child = tree.getFirstChild(tree.getRoot()); child != nullptr;
+       child = tree.getNextSibling(child)) {
+    const std::string* const declared = tree.getDeclaredText(child);
+    texts.insert(declared != nullptr ? *declared : *child);
+  }
+  if (texts == ListStyleTexts(sheet)) return;
+  DeleteStyleLinks(sheet);
+  RegisterTreeNode(tree.getRoot(), tree, siteRoot_);
+}
+
+std::set<std::string> SiteCSSUtil::ListStyleTexts(int sheet) const {
+  std::set<std::string> texts;
+  for (const SiteLinkRec& link : ListStyleLinks(sheet)) {
+    texts.emplace(linkTable_->TextView(link.text));
+  }
+  return texts;
+}
+
+void SiteCSSUtil::DeleteStyleLinks(int sheet) {
+  for (const SiteLinkRec& link : ListStyleLinks(sheet)) {
+    for (std::int32_t i = 0; i < link.count; ++i) manager_->DelLink(link.id);
+  }
 }
 
 int SiteCSSUtil::RegisterTreeNode(const std::string* node, CCSSFileTree& tree,
@@ -163,14 +193,18 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
                                 const std::string& siteRoot) {
   const std::string* const declared = tree.getDeclaredText(child);
   const std::string& text = declared != nullptr ? *declared : *child;
-  if (IsHidden(text) || IsHidden(*child)) return;
+  if (registrar_.IsHidden(text) || registrar_.IsHidden(*child)) return;
   const bool isExternal = tree.isExternal(child);
-  const int target = isExternal ? AddUrl(*child) : AddTarget(*child, siteRoot);
-  if (target < 0) return;
+  UrlID to(kKindPath, -1);
+  if (isExternal) {
+    registrar_.AddUrl(*child, to);
+  } else {
+    to.id = AddTarget(*child, siteRoot);
+  }
+  if (to.id < 0) return;
   const UrlID from(kKindPath, source);
-  const UrlID to(isExternal ? kKindUrl : kKindPath, target);
   const int type = static_cast<int>(StyleLinkType(tree.getType(child)));
-  if (IsWeb()) {
+  if (registrar_.rules().storesOffsets) {
     linkTable_->Add(text, from, to, "", type, OffsetInFile(tree.getOffset(child)));
   } else {
     manager_->AddLink(text, from, to, type);
@@ -179,21 +213,9 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   if (memo != nullptr && !isExternal && !inPage_ && source != sheet_) memo->linkedFromBelow = true;
 }
 
-// Whether what a text of the page says is known only once the server has run the page's code.
-bool SiteCSSUtil::IsHidden(const std::string& text) const {
-  const OperationMemo* const memo = manager_->GetOperationMemo();
-  return memo != nullptr && memo->page.holdsServerCode() && HoldsServerCode(text);
-}
-
 // A reference of the page is placed in the page's text, one of a sheet in the sheet's file.
 int SiteCSSUtil::OffsetInFile(int offset) const {
-  const OperationMemo* const memo = manager_->GetOperationMemo();
-  return inPage_ && memo != nullptr ? memo->page.OffsetInFile(offset) : offset;
-}
-
-int SiteCSSUtil::AddUrl(const std::string& url) {
-  const int known = urlTable_->Find(url);
-  return known >= 0 ? known : manager_->AddUrl(url);
+  return inPage_ ? registrar_.OffsetInFile(offset) : offset;
 }
 
 // AddFile() for a file that many pages may refer to: once an operation is enough.
@@ -206,29 +228,26 @@ int SiteCSSUtil::AddTarget(const std::string& path, const std::string& siteRoot)
   return number;
 }
 
-// The classic rules take a known file as its record has it, and give up one that could not be
-// added in full. The web rules look again at one that was missing, as they do for every other
-// link, and at its spelling.
 int SiteCSSUtil::AddFile(const std::string& path, const std::string& siteRoot) {
-  const int known = pathTable_->Find(path);
-  if (!IsWeb()) return known >= 0 ? known : manager_->AddPath(path, siteRoot, 0);
-  if (known >= 0) {
-    manager_->CheckPath(path, siteRoot);
-  } else {
-    manager_->AddPath(path, siteRoot, 1);
-  }
-  return known >= 0 ? known : pathTable_->Find(path);
+  UrlID place;
+  const Outcome outcome = registrar_.AddFile(path, siteRoot, TargetRegistrar::From::kSheet, place);
+  return outcome == Outcome::kDone ? place.id : -1;
 }
 
-bool SiteCSSUtil::HasStyleLinks(int pathNumber) const {
+std::vector<SiteLinkRec> SiteCSSUtil::ListStyleLinks(int pathNumber) const {
   std::vector<int> links;
   linkTable_->Query(UrlID(kKindPath, pathNumber), kAnyUrlID, links);
+  std::vector<SiteLinkRec> styles;
   for (const int number : links) {
     SiteLinkRec link;
     if (linkTable_->Get(number, link) < 0) continue;
-    if ((static_cast<std::uint32_t>(link.type) & kStyleTypes) != 0) return true;
+    if ((static_cast<std::uint32_t>(link.type) & kStyleTypes) != 0) styles.push_back(link);
   }
-  return false;
+  return styles;
+}
+
+bool SiteCSSUtil::HasStyleLinks(int pathNumber) const {
+  return !ListStyleLinks(pathNumber).empty();
 }
 
 std::unordered_set<std::int32_t>& SiteCSSUtil::Registered() {

@@ -2,8 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <unordered_set>
+#include <vector>
+
+#include "registration/target_registrar.h"
 
 namespace zvrsit {
 
@@ -14,6 +18,7 @@ class SiteLinkDB;
 class SiteMgrBase;
 class SitePathDB;
 class SiteUrlDB;
+struct SiteLinkRec;
 
 // The LT_ code of what a style sheet refers to, for a Type_ constant of CCSSControl.
 std::uint32_t StyleLinkType(int nodeType);
@@ -23,7 +28,8 @@ std::uint32_t StyleLinkType(int nodeType);
 //
 // A page is registered as it stands now. A sheet below it is registered from itself, at most once
 // an operation of the manager, and only when no style link leads from it yet: sheets that many
-// pages share are looked at once, and saving a page does not double the links of its sheets.
+// pages share are looked at once, and saving a page does not double the links of its sheets. One
+// that was registered before the page that it has its encoding from is registered anew.
 class SiteCSSUtil {
  public:
   // `siteRoot` is the site folder: files outside of it do not count as existing.
@@ -38,6 +44,11 @@ class SiteCSSUtil {
   // The sheet at `path`; one that cannot be read refers to nothing. Results as above.
   int CollectSheet(const std::string& path);
 
+  // The label of the encoding in which the sheet at `path`, number `sheet` of the path table, is
+  // read: where it says none and needs one that of the first page or sheet that refers to it as to
+  // a sheet, or of what refers to that one. Empty: its own, or the code page.
+  std::string CharsetOf(int sheet, const std::string& path) const;
+
   // Registers one node, and a link to each of its children; does not descend. 0, or -1 when a
   // table or the node is missing or the node cannot be registered. A child that cannot be
   // registered is left out.
@@ -45,26 +56,29 @@ class SiteCSSUtil {
 
  private:
   bool IsReady() const;
-  bool IsWeb() const;
+  bool DependsOnCharset(const std::string& path) const;
   std::string CharsetOfReferrer(int sheet) const;
   bool WaitsForPage(int sheet);
   void RegisterSheets(CCSSFileTree& tree, const std::string* first);
   bool RegisterSheet(CCSSFileTree& tree, const std::string* sheet);
+  void RegisterIfMisread(const std::string& path, int sheet);
+  std::set<std::string> ListStyleTexts(int sheet) const;
+  void DeleteStyleLinks(int sheet);
   void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                      const std::string& siteRoot);
-  int AddUrl(const std::string& url);
   int AddTarget(const std::string& path, const std::string& siteRoot);
   int AddFile(const std::string& path, const std::string& siteRoot);
+  std::vector<SiteLinkRec> ListStyleLinks(int pathNumber) const;
   bool HasStyleLinks(int pathNumber) const;
   std::unordered_set<std::int32_t>& Registered();
-  bool IsHidden(const std::string& text) const;
   int OffsetInFile(int offset) const;
 
   SiteMgrBase* manager_;
-  CCSSControl* cssControl_ = nullptr;
-  SitePathDB* pathTable_ = nullptr;
-  SiteUrlDB* urlTable_ = nullptr;
-  SiteLinkDB* linkTable_ = nullptr;
+  CCSSControl* cssControl_;
+  SitePathDB* pathTable_;
+  SiteUrlDB* urlTable_;
+  SiteLinkDB* linkTable_;
+  TargetRegistrar registrar_;
   std::string siteRoot_;
   bool inPage_ = false;  // the references being registered are the page's own
   int sheet_ = -1;       // the path number of the sheet that is collected for its own sake

@@ -6,7 +6,6 @@
 
 #include "dom/document.h"
 #include "links/classic_target.h"
-#include "links/server_code.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
 #include "platform/file.h"
@@ -14,7 +13,6 @@
 #include "registration/link_memo.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
-#include "tables/site_url_db.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -35,11 +33,6 @@ constexpr std::int32_t SitePathRec::*kPropertyWords[kMetaProperties] = {
     &SitePathRec::keywords,     &SitePathRec::description, &SitePathRec::contentType,
 };
 
-bool EndsInSlash(std::string_view target) {
-  return !target.empty() && target.back() == '/' &&
-         FindLastCharMB(target, '/') == target.size() - 1;
-}
-
 }  // namespace
 
 // How a target is looked up among those that were registered before.
@@ -54,7 +47,7 @@ SiteDOMUtil::MemoKey SiteDOMUtil::MemoKeyOf(std::string_view target) const {
   if ((hash != 0 && !IsTargetOfFolder(target)) || target.size() > TargetMemo::kLongest) return {};
   if (hash == std::string_view::npos) return {target};
   // By the classic rules a ".." in a fragment takes part.
-  if (!web_ && target.find_first_of("/\\", hash) != std::string_view::npos) {
+  if (!rules_.resolvesAsBrowser && target.find_first_of("/\\", hash) != std::string_view::npos) {
     return hash == 0 ? MemoKey() : MemoKey{target};
   }
   return {target.substr(0, hash), hash == 0, hash == 0};
@@ -66,12 +59,13 @@ SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* th
     : manager(theManager),
       parser(theParser),
       pathTable(thePathTable),
-      urlTable(theUrlTable),
       linkTable(theLinkTable),
       pagePath(thePagePath),
       pathStrings(thePathTable != nullptr ? thePathTable->strings() : nullptr),
-      web_(theManager != nullptr && theManager->GetLinkRules() == LinkRules::Web),
-      memo_(MemoOf(theManager, web_ ? LinkRules::Web : LinkRules::Classic)) {
+      linkRules_(theManager != nullptr ? theManager->GetLinkRules() : LinkRules::Classic),
+      rules_(FlagsOf(linkRules_)),
+      registrar_(theManager, thePathTable, theUrlTable),
+      memo_(MemoOf(theManager, linkRules_)) {
   if (pathStrings == nullptr) return;
   const int found = pathTable->Find(pagePath);
   if (found >= 0 && pathTable->Get(found, pageRecord) == 0) pageId = found;
@@ -95,12 +89,10 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   if (theDocument == nullptr || parser == nullptr || pagePath.empty()) return -1;
   if (manager == nullptr || pageId < 0) return -1;
   document = theDocument;
-  // By the classic rules files are the site's below `siteRoot`, on purpose: with a document root
-  // that is not the site folder.
   siteRoot_ = siteRoot;
-  siteFolder_ = web_ ? siteFolder : siteRoot;
+  siteFolder_ = rules_.knowsFilesBySiteFolder ? siteFolder : siteRoot;
   PageRows& rows = memo_->rows;
-  ExtractPage(*document, web_ ? LinkRules::Web : LinkRules::Classic, rows);
+  ExtractPage(*document, linkRules_, rows);
   const std::string* const live = manager->GetLiveUrl();
   if (live != nullptr) memo_->resolver.SetLiveUrl(*live, siteFolder_);
   TurnToBase(rows.parts.parts().front().base);
@@ -139,7 +131,7 @@ void SiteDOMUtil::LookAhead() {
 
 // A title that cannot be stored is passed over.
 int SiteDOMUtil::StoreTitle() {
-  if (!memo_->rows.hasTitle || IsHidden(memo_->rows.title)) return 0;
+  if (!memo_->rows.hasTitle || registrar_.IsHidden(memo_->rows.title)) return 0;
   if (StoreProperty(pageRecord.title, memo_->rows.title) == 0) pathTable->Update(pageRecord);
   return 0;
 }
@@ -149,7 +141,7 @@ int SiteDOMUtil::StoreTitle() {
 int SiteDOMUtil::StoreMetas() {
   std::array<const MetaRow*, kMetaProperties> last{};
   for (const MetaRow& meta : memo_->rows.metas) {
-    if (meta.key != MetaKey::kRefresh && !IsHidden(meta.content))
+    if (meta.key != MetaKey::kRefresh && !registrar_.IsHidden(meta.content))
       last[static_cast<std::size_t>(meta.key)] = &meta;
   }
   for (const MetaRow& meta : memo_->rows.metas) {
@@ -185,7 +177,7 @@ int SiteDOMUtil::StoreAnchors() {
   std::vector<std::int32_t> names;
   names.reserve(memo_->rows.anchors.size());
   for (const std::string_view anchor : memo_->rows.anchors) {
-    if (IsHidden(anchor)) continue;
+    if (registrar_.IsHidden(anchor)) continue;
     const int added = pathStrings->AddString(anchor);
     if (added < 0) return -1;
     names.push_back(added);
@@ -199,7 +191,7 @@ int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
   Outcome last = Outcome::kDone;
   for (std::size_t i = begin; i < end; ++i) {
     const FoundString& expected = ahead.ExpectedOf(i);
-    if (rows[i].ofSameElement && last != Outcome::kDone && !web_) continue;
+    if (rows[i].ofSameElement && last != Outcome::kDone && !rules_.goesOnAfterFailure) continue;
     last = AddRow(rows[i], expected);
     if (last == Outcome::kFailed) return -1;
   }
@@ -219,9 +211,9 @@ void SiteDOMUtil::TurnToBase(std::int32_t base) {
 // Registers the target of one reference and adds the link. Most references of a site stand in a
 // page with the same base word by word, and cost one look-up more than their text. `expected` is
 // what to expect of looking for the target among the texts of the link table.
-SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& expected) {
+Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& expected) {
   if (row.base != base_) TurnToBase(row.base);
-  if (IsHidden(row.target)) return Outcome::kSkipped;
+  if (registrar_.IsHidden(row.target)) return Outcome::kSkipped;
   FoundString text;
   if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, expected);
   const bool takesName = TakesDefaultName(row);
@@ -237,13 +229,12 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& 
   if (outcome == Outcome::kDone && row.type == LT_APPLET && target.kind == kKindPath) {
     outcome = AddCodeBase(row, target);
   }
-  // A page goes on after what it could not enter, but for the classic rules.
-  return outcome == Outcome::kFailed && web_ ? Outcome::kSkipped : outcome;
+  return outcome == Outcome::kFailed && rules_.goesOnAfterFailure ? Outcome::kSkipped : outcome;
 }
 
 // A link whose text was not met before in a page of the same base. Sets `target`.
-SiteDOMUtil::Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesName,
-                                               FoundString& text, UrlID& target) {
+Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesName, FoundString& text,
+                                  UrlID& target) {
   const MemoKey key = MemoKeyOf(row.target);
   Outcome outcome = FindTarget(row, key, takesName, target);
   if (outcome == Outcome::kDone) outcome = AddLink(row, target, text);
@@ -253,29 +244,15 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesNam
   return outcome;
 }
 
-// Whether what the text says is known only once the server has run the code of the page.
-bool SiteDOMUtil::IsHidden(std::string_view text) const {
-  const OperationMemo* const operation = manager->GetOperationMemo();
-  return operation != nullptr && operation->page.holdsServerCode() && HoldsServerCode(text);
-}
-
-// Where the reference stands in the page's file; -1 when the page was converted to be read.
-int SiteDOMUtil::OffsetInFile(const LinkRow& row) const {
-  const OperationMemo* const operation = manager->GetOperationMemo();
-  return operation != nullptr ? operation->page.OffsetInFile(row.offset)
-                              : static_cast<std::int32_t>(row.offset);
-}
-
 // `text` is what looking for the row's target among the texts of the link table found.
-SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target,
-                                          FoundString& text) {
+Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, FoundString& text) {
   const UrlID page(kKindPath, pageId);
   std::uint32_t type = row.type;
   if (type == LT_ANCHOR && target == page && HasFragment(row.target)) type = LT_SELF_ANCHOR;
   const int code = static_cast<int>(type);
-  const int offset = web_ ? OffsetInFile(row) : -1;
+  const int offset = rules_.storesOffsets ? registrar_.OffsetInFile(row.offset) : -1;
   const std::string_view alternative =
-      IsHidden(row.alternative) ? std::string_view() : row.alternative;
+      registrar_.IsHidden(row.alternative) ? std::string_view() : row.alternative;
   if (linkTable != nullptr &&
       linkTable->Add(row.target, text, page, target, alternative, code, offset) >= 0) {
     return Outcome::kDone;
@@ -283,14 +260,13 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& targe
   return target.kind == kKindUrl ? Outcome::kFailed : Outcome::kSkipped;
 }
 
-// Links to every entry of the folder that the applet's file lies in, folders among them by the
-// classic rules. An entry that cannot be registered is skipped.
-SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBase(const LinkRow& applet, const UrlID& target) {
+// Links to every entry of the folder that the applet's file lies in. An entry that cannot be
+// registered is skipped.
+Outcome SiteDOMUtil::AddCodeBase(const LinkRow& applet, const UrlID& target) {
   std::string folder;
   if (pathTable->Name(target.id, folder) < 0) return Outcome::kDone;
-  const auto last = FindLastBackslashMB(folder);
-  if (last == std::string::npos) return Outcome::kDone;
-  folder.resize(last + 1);
+  folder.resize(FolderOf(folder).size());
+  if (folder.empty()) return Outcome::kDone;
   std::vector<std::string> names;
   platform::FindData found;
   const platform::FindHandle search = platform::FindFirst(folder + "*.*", found);
@@ -302,32 +278,36 @@ SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBase(const LinkRow& applet, const UrlID
   return Outcome::kDone;
 }
 
-SiteDOMUtil::Outcome SiteDOMUtil::AddCodeBaseFile(const LinkRow& applet, const std::string& path) {
+Outcome SiteDOMUtil::AddCodeBaseFile(const LinkRow& applet, const std::string& path) {
   platform::FileStat stat;
-  if (web_ && (platform::Stat(path, stat) < 0 || !stat.isRegular())) return Outcome::kSkipped;
+  const bool isFile = platform::Stat(path, stat) == 0 && stat.isRegular();
+  if (!isFile && !rules_.linksFoldersOfCodeBase) return Outcome::kSkipped;
   UrlID target;
-  if (RegisterPath(path, target) != Outcome::kDone) return Outcome::kSkipped;
+  if (registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, target) !=
+      Outcome::kDone) {
+    return Outcome::kSkipped;
+  }
   LinkRow row;
   row.type = LT_APPLET_FILE;
   row.offset = applet.offset;
-  row.target = std::string_view(path).substr(FindLastBackslashMB(path) + 1);
+  row.target = NameInFolder(path);
   FoundString text;
   if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target);
   return AddLink(row, target, text);
 }
 
 bool SiteDOMUtil::TakesDefaultName(const LinkRow& row) const {
-  if (web_) return false;
+  if (rules_.findsFolderDocuments) return false;
   const std::string* const name = manager->GetDefaultUrl();
   // External targets take it too, refreshes and applets do not, on purpose.
   return name != nullptr && !name->empty() && row.type != LT_META_REFRESH &&
-         row.type != LT_APPLET && EndsInSlash(row.target);
+         row.type != LT_APPLET && EndsAsFolder(row.target);
 }
 
 // The entry of a target: from memory where the target was met before.
-SiteDOMUtil::Outcome SiteDOMUtil::FindTarget(const LinkRow& row, const MemoKey& key, bool takesName,
-                                             UrlID& target) {
-  if (web_ && row.target.empty()) return Outcome::kSkipped;
+Outcome SiteDOMUtil::FindTarget(const LinkRow& row, const MemoKey& key, bool takesName,
+                                UrlID& target) {
+  if (rules_.resolvesAsBrowser && row.target.empty()) return Outcome::kSkipped;
   if (key.isOfPage && self_.id >= 0) {
     target = self_;
     return Outcome::kDone;
@@ -352,47 +332,23 @@ SiteDOMUtil::Outcome SiteDOMUtil::FindTarget(const LinkRow& row, const MemoKey& 
   return outcome;
 }
 
-SiteDOMUtil::Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID& place) {
+Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID& place) {
   std::string& path = memo_->path;
   switch (memo_->resolver.Resolve(target, path)) {
     case TargetKind::kExternal:
-      if (IsHidden(path)) return Outcome::kSkipped;
-      return RegisterUrl(path, place);
+      if (registrar_.IsHidden(path)) return Outcome::kSkipped;
+      return registrar_.AddUrl(path, place);
     case TargetKind::kUnservable:
-      return RegisterPath(path, place);
+      return registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, place);
     case TargetKind::kLocal:
-      if (path.empty() || IsHidden(path)) return Outcome::kSkipped;
+      if (path.empty() || registrar_.IsHidden(path)) return Outcome::kSkipped;
       place = UrlID(kKindPath, pathTable->Find(path));
       if (IsKnownFile(place.id)) return Outcome::kDone;
-      if (web_) memo_->folderDocuments.Turn(path);
-      return RegisterPath(path, place);
+      if (rules_.findsFolderDocuments) memo_->folderDocuments.ToDocument(path);
+      return registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, place);
     default:
       return Outcome::kSkipped;
   }
-}
-
-SiteDOMUtil::Outcome SiteDOMUtil::RegisterPath(const std::string& path, UrlID& place) {
-  int number = pathTable->Find(path);
-  if (number >= 0) {
-    const int checked = manager->CheckPath(path, siteFolder_);
-    if (checked < 0 && !web_) return Outcome::kSkipped;
-  } else {
-    const int added = manager->AddPath(path, siteFolder_, 1);
-    if (added < 0 && !web_) return Outcome::kFailed;
-    number = pathTable->Find(path);
-    if (number < 0) return Outcome::kFailed;
-  }
-  place = UrlID(kKindPath, number);
-  return Outcome::kDone;
-}
-
-SiteDOMUtil::Outcome SiteDOMUtil::RegisterUrl(const std::string& url, UrlID& place) {
-  if (urlTable == nullptr) return Outcome::kFailed;
-  int number = urlTable->Find(url);
-  if (number < 0) number = urlTable->Add(url);
-  if (number < 0) return Outcome::kFailed;
-  place = UrlID(kKindUrl, number);
-  return Outcome::kDone;
 }
 
 // Whether CheckPath would leave this entry as it is.

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "links/extractor.h"
+#include "registration/target_registrar.h"
 #include "storage/records.h"
 #include "storage/site_var_rec_db.h"
 #include "util/url_id.h"
@@ -44,8 +45,6 @@ class SiteDOMUtil {
   int CollectLinks(const std::string& siteRoot, Document* document, const std::string& siteFolder);
 
  private:
-  // Of registering one reference.
-  enum class Outcome { kDone, kSkipped, kFailed };
   struct MemoKey;
 
   void LookAhead();
@@ -58,23 +57,18 @@ class SiteDOMUtil {
   Outcome AddRow(const LinkRow& row, const FoundString& expected);
   Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text, UrlID& target);
   Outcome AddLink(const LinkRow& row, const UrlID& target, FoundString& text);
-  bool IsHidden(std::string_view text) const;
-  int OffsetInFile(const LinkRow& row) const;
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);
 
   MemoKey MemoKeyOf(std::string_view target) const;
   Outcome FindTarget(const LinkRow& row, const MemoKey& key, bool takesName, UrlID& target);
   Outcome RegisterTarget(std::string_view target, UrlID& place);
-  Outcome RegisterPath(const std::string& path, UrlID& place);
-  Outcome RegisterUrl(const std::string& url, UrlID& place);
   bool IsKnownFile(int pathNumber) const;
   bool TakesDefaultName(const LinkRow& row) const;
 
   SiteMgrBase* manager;
   DOM* parser;
   SitePathDB* pathTable;
-  SiteUrlDB* urlTable;
   SiteLinkDB* linkTable;
   Document* document = nullptr;
   std::string pagePath;
@@ -85,7 +79,9 @@ class SiteDOMUtil {
   UrlID self_;                         // what a target that is only a fragment names, once known
   std::int32_t base_ = -1;             // what targets are taken from now
 
-  const bool web_;
+  const LinkRules linkRules_;
+  const RuleFlags& rules_;  // of these
+  TargetRegistrar registrar_;
   std::string siteRoot_;            // what "/" names
   std::string siteFolder_;          // what AddPath and CheckPath are given
   std::shared_ptr<LinkMemo> memo_;  // the operation's, or one for this page

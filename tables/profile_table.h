@@ -7,8 +7,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "platform/single_byte.h"
 #include "tables/named_table.h"
-#include "util/site_name.h"
 
 namespace zvrsit {
 
@@ -47,7 +47,7 @@ class ProfileTable : public NamedTable<Rec> {
   };
   struct SameButForCase {
     bool operator()(const std::string& a, const std::string& b) const {
-      return EqualIgnoringCase(a, b);
+      return platform::EqualButForCase(a, b);
     }
   };
   // Numbers by name. A file of another's making may hold several that differ in case only.

@@ -38,6 +38,13 @@ std::size_t FindLastBackslashMB(std::string_view text) {
   return FindLastCharMB(text, '\\');
 }
 
+std::string_view FolderOf(std::string_view path) {
+  return path.substr(0, FindLastBackslashMB(path) + 1);  // npos + 1 is 0
+}
+std::string_view NameInFolder(std::string_view path) {
+  return path.substr(FolderOf(path).size());
+}
+
 int ToUpperMB(std::string& text) {
   ChangeSingleBytes(text, UpperAscii);
   return 0;

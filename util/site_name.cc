@@ -15,18 +15,14 @@ bool IsDeviceName(std::string_view name) {
   std::string_view stem = name.substr(0, name.find('.'));
   while (stem.ends_with(' ')) stem.remove_suffix(1);
   for (const std::string_view device : kDevices) {
-    if (EqualIgnoringCase(stem, device)) return true;
+    if (platform::EqualButForCase(stem, device)) return true;
   }
   const bool port = stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9';
-  return port && (EqualIgnoringCase(stem.substr(0, 3), "com") ||
-                  EqualIgnoringCase(stem.substr(0, 3), "lpt"));
+  return port && (platform::EqualButForCase(stem.substr(0, 3), "com") ||
+                  platform::EqualButForCase(stem.substr(0, 3), "lpt"));
 }
 
 }  // namespace
-
-bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  return platform::EqualButForCase(a, b);
-}
 
 bool IsSiteName(std::string_view name) {
   if (name.empty() || name == "." || name == ".." || IsDeviceName(name)) return false;

@@ -9,7 +9,4 @@ namespace zvrsit {
 // ".", "..", device names, a dot or space at the end, control characters and \ / : * ? " < > |.
 bool IsSiteName(std::string_view name);
 
-// Equal but for the case of single-byte ASCII letters.
-bool EqualIgnoringCase(std::string_view a, std::string_view b);
-
 }  // namespace zvrsit

@@ -89,12 +89,14 @@ TEST_F(CssFileTree, OfAPageHoldsItsLinksStylesAndStyleAttributes) {
             "import css/b.css, image i/2.gif, image i/3.cur, image i/4.gif");
 }
 
-// An SVG style is made of its texts and CDATA sections; comments are no part of it.
+// An SVG style is made of its own texts and CDATA sections; comments and elements are no part of
+// it.
 TEST_F(CssFileTree, OfAPageHoldsWhatItsSvgRefersTo) {
   const std::string html =
       "<p fill='url(no.svg)'><svg mask='url(0)'><style>\n<![CDATA[ p{cursor:url(1)} ]]>"
       "<!-- p{cursor:url(no)} --> p{cursor:url(2&amp;)}</style><style type=x>p{cursor:url(no)}"
-      "</style><style><!-- x -->p{cursor:url(3)}</style><rect FILL='url(a.svg#b)' mask=url(4) "
+      "</style><style><!-- x --><g>p{cursor:url(no)}</g>p{cursor:url(3)}</style>p{cursor:url(no)}"
+      "<rect FILL='url(a.svg#b)' mask=url(4) "
       "clip-path='url(&quot;c&quot;)' stroke='url(#no)' filter='url(no);' marker='url(no)'/></svg>";
   const std::string styles = "image 1, image 2&, image 3";
   EXPECT_EQ(OfPage(html), styles);

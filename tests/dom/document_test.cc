@@ -91,14 +91,15 @@ TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
       {"<svg><foreignObject><a></a></foreignObject><a></svg><a>", 2, 1},
       {"<svg><foreignObject></svg><a>", 1, 0},
       {"<svg><foreignObject><svg></foreignObject><a>", 0, 1},
-      {"<svg><title><a></title><a>", 1, 1},
+      {"<svg><title><a></title><a>", 2, 0},
+      {"<svg><title><a></a></title><a>", 1, 1},
       {"<svg><svg></svg><a></svg><a>", 1, 1},
       {"<svg><title/><a>", 0, 1},
       {"<svg><font><a>", 0, 1},
       {"<svg><font color=red><a>", 1, 0},
       {"<svg><![CDATA[<a>]]><a></svg><![CDATA[<a>]]><a>", 1, 1},
       {"<svg><title><![CDATA[</title><a>]]></title></svg><p><![CDATA[<a>]]>", 0, 0},
-      {"<math><mi><a></mi><a></math><a>", 2, 0},
+      {"<math><mi><a></a></mi><a></math><a>", 2, 0},
       {"<math><annotation-xml><a></math>", 0, 0},
       {"<math><annotation-xml encoding='Text/HTML'><a></math>", 1, 0},
       {"<svg><script><a></script></svg><script><a></script>", 0, 1},
@@ -110,6 +111,17 @@ TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
       {"<svg><template><a></a></template><a></svg><a>", 1, 2},
       {"<div><template><svg><template></template></template><a>", 1, 0},
       {"<svg><form><![CDATA[<a>]]></form><a>", 0, 1},
+      // MathML has an `svg` of its own.
+      {"<math><svg><a></a></svg><mi><a>", 1, 0},
+      {"<math><annotation-xml><svg><a></annotation-xml><svg><a></math><a>", 1, 1},
+      // An HTML element that is open keeps its part of SVG open; its end tag may be missing.
+      {"<svg><desc><p></desc><a>", 1, 0},
+      {"<svg><desc><p>1<p>2</p></desc><a>", 0, 1},
+      {"<svg><desc><b><p></b></desc><a>", 1, 0},
+      {"<svg><foreignObject><ul><li><li></ul></foreignObject><a>", 0, 1},
+      {"<svg><foreignObject><table><tr><td><td><tr></table><a></svg><svg><a>", 1, 1},
+      {"<svg><foreignObject><div><svg></div></foreignObject><a>", 0, 1},
+      {"<svg><desc><div></span></p></desc></svg></div></desc><a>", 0, 1},
   };
   for (const ForeignCase& row : cases) {
     Page page(row.html);

@@ -18,6 +18,8 @@ TEST(DoubleByte, TrailBytesAreNoMarkupInShiftJis) {
   EXPECT_EQ(page.Values("A", "HREF"), (Strings{"\x83\x5C.htm", "\x81\x5B&\x81\x5D", "2"}));
   EXPECT_EQ(page.Values("A", "NAME")[0], "\x83\x41");
   EXPECT_EQ(page.FirstText("A"), "\x83\x41");
+  Page names("<b \x83\x61=1 \x83\x41=2>");
+  EXPECT_EQ(names.First("B").attributes().getNamedItem("\x83\x41").value(), "2");
 }
 
 TEST(DoubleByte, ANameEndsBeforeADoubleByteCharacter) {

@@ -211,10 +211,19 @@ TEST_F(Extractor, LeavesOutWhatABrowserDoesNotFollow) {
        "<script type=' ' src=no></script><svg><script type=x/y href=no /></svg>",
        ""},
       {"<div><template shadowrootmode=open><img src=1><base href=no><a name=no><title>no</title>"
-       "<template><img src=no></template></template><template shadowrootmode=OPEN><img src=2>"
+       "<template><img src=no></template></template><template shadowrootmode=open><img src=no>"
        "</template></div><template><p><template shadowrootmode=open><img src=no></template>"
        "</template><template shadowrootmode=x><img src=no></template>",
-       "IMG 1 []\nIMG 2 []\n"},
+       "IMG 1 []\n"},
+      // Of which elements a template can be the shadow root, one of each.
+      {"<head><template shadowrootmode=open><img src=no></template><body>"
+       "<ul><li><template shadowrootmode=open><img src=no></template></ul>"
+       "<a><template shadowrootmode=open><img src=no></template></a>"
+       "<my-el class=x><b>x</b><template shadowrootmode=OPEN><img src=1></template></my-el>"
+       "<div><p>x<ul></ul><template shadowrootmode=closed><img src=2></template></div>"
+       "<table><td><template shadowrootmode=open><img src=no></template></table>"
+       "<template shadowrootmode=open><img src=3></template>",
+       "IMG 1 []\nIMG 2 []\nIMG 3 []\n"},
   };
   for (const auto& [html, rows] : cases) {
     EXPECT_EQ(Links(html), rows) << html;

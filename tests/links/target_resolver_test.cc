@@ -246,6 +246,8 @@ TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
   // A lead byte alone would swallow the separator after it.
   EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
   EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);
+  // Half of a surrogate pair is no character in UTF-8: these are the bytes of the name.
+  EXPECT_EQ(Place(resolver_, "%ED%A0%80.htm"), "\\s\\" + name + "\\\xED\xA0\x80.htm");
 }
 
 TEST_F(TargetResolverTest, TakesLinearTime) {

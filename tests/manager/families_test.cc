@@ -203,6 +203,19 @@ TEST(FolderLinks, FollowTheDocumentOfTheirFolderByTheWebRules) {
   EXPECT_NE(site.Links().find("-> home.htm ../ 40 "), std::string::npos);
 }
 
+// "#x" is taken from the BASE too, be it the page's own folder.
+TEST(FolderLinks, FollowTheDocumentOfTheBaseOfTheirPage) {
+  TestSite site(LinkRules::Web);
+  site.write("index.html", "");
+  site.write("sub/index.htm", "<base href=./><a href='#x'>x</a>");
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  EXPECT_EQ(site.Links(), "sub\\index.htm -> sub\\index.htm #x 1000000 1\n");
+  site.write("sub/index.html", "");
+  EXPECT_EQ(site.mgr->Save(site.path("sub/index.html"), nullptr), 0);
+  EXPECT_EQ(site.Links(), "sub\\index.htm -> sub\\index.html #x 40 1\n");
+}
+
 // Where a BASE hides what a link leads to, its page is read from the disk to be sure; but not the
 // page whose document the application has just handed over.
 TEST(FolderLinks, LeaveTheSavedPageWithTheDocumentThatItWasSavedFrom) {

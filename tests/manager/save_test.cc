@@ -212,6 +212,25 @@ TEST(SavingByTheWebRules, ReadsASheetInTheEncodingOfItsPage) {
   expectLinks("saved alone");
 }
 
+// The same for a sheet that was saved before the page; and its reference is found in the file.
+TEST(SavingByTheWebRules, ReadsASheetAnewInTheEncodingOfItsPage) {
+  TestSite site(LinkRules::Web);
+  site.write("a.css", "p { content: url(\x95\x5C.gif) }");
+  site.write("index.html", "<meta charset=shift_jis><link rel=stylesheet href=a.css>");
+  ASSERT_EQ(site.Open(), 0);
+  for (const char* name : {"a.css", "index.html", "index.html", "a.css"}) {
+    EXPECT_EQ(site.mgr->Save(site.path(name), nullptr), 0);
+  }
+  const std::string links = site.Links();
+  EXPECT_NE(links.find("a.css -> \u8868.gif \u8868.gif 800000 1\n"), std::string::npos) << links;
+  EXPECT_EQ(std::count(links.begin(), links.end(), '\n'), 2) << links;
+  const UrlID sheet(kKindPath, site.Number("a.css"));
+  std::vector<std::vector<LinkPlace>> places;
+  const int link = site.mgr->GetLinkDB()->First(sheet, kAnyUrlID);
+  ASSERT_EQ(site.mgr->FindLinkPlaces({link}, places), 0);
+  EXPECT_EQ(places[0].size(), 1u);
+}
+
 // By the web rules a link knows where it stands in the file, mark and all; not in a page that had
 // to be converted.
 TEST(SavingByTheWebRules, KeepsTheOffsetInTheFile) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/single_byte.h"
 #include "support/code_page_scope.h"
 #include "util/elf_hash.h"
 #include "util/file_type.h"
@@ -45,12 +46,12 @@ TEST(MbString, ChangesLeaveDoubleByteCharactersAlone) {
 
 // The trail bytes of some characters are letters; those are no two cases of one letter.
 TEST(SiteName, ComparesDoubleByteCharactersWhole) {
-  EXPECT_TRUE(EqualIgnoringCase("Home-\xE9", "hOME-\xE9"));
-  EXPECT_FALSE(EqualIgnoringCase("home", "homes"));
+  EXPECT_TRUE(platform::EqualButForCase("Home-\xE9", "hOME-\xE9"));
+  EXPECT_FALSE(platform::EqualButForCase("home", "homes"));
   const CodePageScope page(932);
-  EXPECT_TRUE(EqualIgnoringCase("\203AB", "\203Ab"));
-  EXPECT_FALSE(EqualIgnoringCase("\203A", "\203a"));
-  EXPECT_FALSE(EqualIgnoringCase("a\x83", "a\x84"));
+  EXPECT_TRUE(platform::EqualButForCase("\203AB", "\203Ab"));
+  EXPECT_FALSE(platform::EqualButForCase("\203A", "\203a"));
+  EXPECT_FALSE(platform::EqualButForCase("a\x83", "a\x84"));
   EXPECT_TRUE(IsSiteName("\x83\\"));
   EXPECT_FALSE(IsSiteName("\x83\\\\"));
 }

@@ -1,0 +1,59 @@
+// Which HTML elements are open, where that has to be known: in the parts of SVG and MathML whose
+// content is HTML, and everywhere in a page that declares a shadow root.
+//
+// Tags that are missing are added as browsers do (the tree construction section of the WHATWG HTML
+// standard) for the cases that pages have: P, list items, headings, tables, OPTION, BUTTON, A. What
+// browsers do about formatting elements that end in the wrong order is done in part: the element
+// ends, and none is opened anew.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "dom/name_table.h"
+
+namespace zvrsit {
+
+class OpenElements {
+ public:
+  void Clear() { open_.clear(), bodyHasBegun_ = bodyHasRoot_ = false; }
+  std::size_t size() const { return open_.size(); }
+  // Forgets all but the first `size`.
+  void Cut(std::size_t size) { open_.resize(size); }
+
+  // A tag. The elements from number `from` on are those that it can close.
+  struct StartTag {
+    NameKey name;
+    bool hasContent;  // false: void, or its content is no markup
+    bool isCustom;
+  };
+  void Start(const StartTag& start, std::size_t from);
+  void End(const NameKey& name, std::size_t from);
+
+  // Whether the innermost open element, from number `from` on, can be given a shadow root; it is
+  // given one. Where none is open, that is the body if `inBody`.
+  bool TakeShadowRoot(std::size_t from, bool inBody);
+
+ private:
+  struct Element {
+    NameKey name;
+    std::uint16_t traits = 0;
+    bool hasRoot = false;
+  };
+
+  // The number of the outermost element that is looked at.
+  std::size_t Deepest() const;
+  void CloseP(std::size_t from);
+  void Remove(const NameKey& name, std::size_t from);
+  void CloseBefore(const StartTag& start, std::uint16_t traits, std::size_t from);
+  bool CloseTableParts(std::uint16_t traits, std::size_t from);
+  template <class Wanted>
+  bool CloseNearest(Wanted wanted, std::uint16_t barriers, std::size_t from);
+
+  std::vector<Element> open_;
+  bool bodyHasBegun_ = false;
+  bool bodyHasRoot_ = false;
+};
+
+}  // namespace zvrsit
