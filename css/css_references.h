@@ -8,11 +8,10 @@
 
 namespace zvrsit {
 
-// The numbers are those of CCSSControl::Type_Other and its like.
 enum class CssReferenceKind : std::uint8_t {
-  kOther = 0,   // fonts, behaviours, filters, custom properties and the rest
-  kImport = 2,  // the sheet that an @import names
-  kImage = 3,   // the value of a property that takes an image
+  kImport,  // the sheet that an @import names
+  kImage,   // the value of a property that takes an image
+  kOther,   // fonts, behaviours, filters, custom properties and the rest
 };
 
 struct CssReference {

@@ -12,7 +12,7 @@ namespace {
 std::string Listed(const std::vector<CssReference>& found) {
   std::string listed;
   for (const CssReference& reference : found) {
-    constexpr const char* kNames[] = {"other ", "", "import ", "image "};
+    constexpr const char* kNames[] = {"import ", "image ", "other "};
     if (!listed.empty()) listed += ", ";
     listed += kNames[static_cast<int>(reference.kind)] + reference.text;
   }
