@@ -67,9 +67,9 @@ int NamedTableBase::Delete(int number) {
   std::string name;
   if (number < 0 || !isOpen() || records_->Get(number, &record) < 0) return -1;
   if (record.name < 0 || Text(record.name, name) < 0) return -1;
-  if (records_->Delete(number) < 0 || strings_->ReleaseString(record.name) < 0) return -1;
+  if (records_->Delete(number) < 0) return -1;
   if (index_ != nullptr) index_->Remove(name);
-  return 0;
+  return strings_->ReleaseString(record.name);
 }
 
 int NamedTableBase::Clear() {

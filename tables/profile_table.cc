@@ -75,9 +75,10 @@ int ProfileTable<Rec>::Delete(int number) {
   Rec record;
   std::string name;
   if (this->Get(number, record) < 0 || this->Name(number, name) < 0) return -1;
-  if (NamedTableBase::Delete(number) < 0) return -1;
+  int result = NamedTableBase::Delete(number);
+  Rec left;
+  if (result < 0 && this->Get(number, left) == 0) return -1;
   ForgetName(name, number);
-  int result = 0;
   ForEachText(record, [this, &result](std::int32_t word) {
     if (this->ReleaseText(word) < 0) result = -1;
   });
