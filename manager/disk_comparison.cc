@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "manager/record_access.h"
+#include "manager/recorded_files.h"
 #include "manager/site_walk.h"
 #include "manager/work.h"
 #include "platform/file.h"
@@ -11,16 +12,13 @@ namespace zvrsit {
 
 namespace {
 
-bool IsAsRecorded(const SitePathRec& rec, const platform::FileStat& found) {
-  return static_cast<std::int32_t>(found.size) == rec.size &&
-         found.modificationTime == rec.modificationTime;
-}
-
 // One comparison.
 class Comparison {
  public:
-  Comparison(const SitePathDB& paths, const PageTypes* types, SiteChanges& changes)
+  Comparison(const SitePathDB& paths, bool isAsWritten, const PageTypes* types,
+             SiteChanges& changes)
       : paths_(paths),
+        recorded_(paths, isAsWritten),
         types_(types),
         changes_(changes),
         met_(static_cast<std::size_t>(paths.Count())) {}
@@ -70,7 +68,7 @@ class Comparison {
 
   void Compare(const std::string& path, const SitePathRec& rec, const platform::FileStat& found) {
     if (!HoldsLinks(path, rec, types_)) return;
-    if (!IsAsRecorded(rec, found)) {
+    if (!recorded_.Has(rec, found)) {
       changes_.changed.push_back(path);
     } else if (rec.unread != SitePathRec::kRead) {
       changes_.unread.push_back(path);
@@ -86,6 +84,7 @@ class Comparison {
   }
 
   const SitePathDB& paths_;
+  const RecordedFiles recorded_;
   const PageTypes* const types_;  // null for none
   SiteChanges& changes_;
   std::vector<bool> met_;  // by path number
@@ -96,7 +95,7 @@ class Comparison {
 int SiteMgr::CompareWithDisk(SiteChanges& changes) {
   changes = {};
   if (!inside->siteFolder || !HasFiles(pathDB)) return -1;
-  Comparison comparison(*pathDB, inside->types(), changes);
+  Comparison comparison(*pathDB, inside->onlyAsks(), inside->types(), changes);
   SiteWalk(comparison.Steps(), inside->types(), inside->ignoreHook, inside->ignoreContext)
       .Run(*inside->siteFolder, 0);
   comparison.MeetOthers();

@@ -13,7 +13,9 @@
 #include "links/server_code.h"
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
+#include "manager/recorded_files.h"
 #include "manager/site_mgr.h"
+#include "manager_base/inside.h"
 #include "platform/code_page.h"
 #include "platform/code_page_text.h"
 #include "platform/file.h"
@@ -140,13 +142,6 @@ class PlaceFinder {
     if (!isSheet || FlagsOf(rules_).readsSheetsAsPages) LookThroughPage(path, isSheet, wanted);
   }
 
-  // Whether the file is still the one of which the tables know.
-  static bool IsOf(const std::string& path, const SitePathRec& rec) {
-    platform::FileStat now;
-    return platform::Stat(path, now) == 0 && static_cast<std::int32_t>(now.size) == rec.size &&
-           now.modificationTime == rec.modificationTime;
-  }
-
  private:
   void LookThroughPage(const std::string& path, bool isSheet, WantedLinks& wanted) {
     if (document_ == nullptr) return;
@@ -212,6 +207,7 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
     if (linkDB->Get(links[i], recs[i]) == 0) bySource.emplace_back(recs[i].from.id, i);
   }
   std::sort(bySource.begin(), bySource.end());
+  const RecordedFiles recorded(*pathDB, inside->onlyAsks());
   PlaceFinder finder(*this, *dom, *cssCtrl);
   for (auto next = bySource.begin(); next != bySource.end();) {
     const int source = next->first;
@@ -231,7 +227,8 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
     if (pathDB->Get(source, page) < 0 || pathDB->Text(page.name, path) < 0) continue;
     finder.LookThrough(source, path, wanted);
     // Asked last: a file that was changed while it was read is another one too.
-    if (PlaceFinder::IsOf(path, page)) continue;
+    platform::FileStat now;
+    if (platform::Stat(path, now) == 0 && recorded.Has(page, now)) continue;
     for (auto known = first; known != next; ++known) places[known->second].clear();
   }
   return 0;

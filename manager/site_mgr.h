@@ -127,7 +127,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   const std::vector<std::string>& SkippedByRebuild() const;
 
   // Compares the tables of the open site with the disk, where files are looked up as in a rebuild
-  // but not read: a file that was written anew with its old size and time is not noticed.
+  // but not read: a file that was written anew with its old size and time is not noticed; nor is
+  // one of the old size and the second of its old time, unless the manager only asks (SetLocking)
+  // and the file is younger than the tables.
   // (disk_comparison.cc) 0, or -1 without a site.
   int CompareWithDisk(SiteChanges& changes);
 

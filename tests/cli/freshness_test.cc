@@ -49,6 +49,16 @@ TEST(Freshness, AStaleAnswerSaysSo) {
          fs::last_write_time(file, fs::last_write_time(p.folder.native("site/b.html")));
        },
        "changed", "", Json()},
+      {"another text in the same second", "1 file has changed",
+       [&](const Program& p) {
+         using std::chrono::milliseconds;
+         p.Page("index.html", "<a href=gone.html>\n\n<a href=b.html><img src=i.gif>");
+         const auto read = std::chrono::floor<std::chrono::seconds>(
+             fs::last_write_time(p.folder.native("site/b.html")));
+         fs::last_write_time(p.folder.native("db/demo/PR"), read + milliseconds(400));
+         fs::last_write_time(p.folder.native("site/index.html"), read + milliseconds(800));
+       },
+       "changed", "index.html", Json()},
       {"another page", "1 file has changed", [](const Program& p) { p.Page("b.html", "<p>"); },
        "changed", "b.html", 3},
       {"a sheet", "1 file has changed", [](const Program& p) { p.Page("s.css", "/* */"); },
@@ -109,7 +119,9 @@ TEST(Freshness, PagesThatTheWalkPassesByAreReadWhenLinksLeadThere) {
   const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
   Words expected{"c#.html no3.html", "d#/e.html no4.html", "linked/deep/a.html no1.html",
                  "linked/deep/b.html no2.html", "linked/s.css no.gif"};
-  EXPECT_EQ(Texts(broken.json()["broken"]), expected) << built.err;
+  EXPECT_EQ(Texts(broken.json()["broken"]), expected);
+  EXPECT_TRUE(built.complains("round/index.html: not read, as it is index.html by another name"))
+      << built.err;
   const Json unread = broken.json()["unread"];
   EXPECT_EQ(unread, Json({"round/index.html", "alone#.html", "d#"}));
   EXPECT_NE(broken.err.find("alone#.html"), std::string::npos);
