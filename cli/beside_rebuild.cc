@@ -15,9 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kFailed = 1;
-constexpr int kRebuilt = 2;
-
 fs::path NewFolder(const std::string& tables) {
   return PathOf(tables) / "new";
 }
@@ -63,10 +60,7 @@ void FinishRebuild(SiteMgr& manager, int number, const std::string& tables) {
   const fs::path done = DoneFolder(tables);
   if (fs::exists(done, error)) {
     MoveFiles(done, PathOf(tables));
-    if (manager.SetSiteProfRebuildState(kRebuilt, number) != 0) {
-      ThrowIfSystemFailed(tables);
-      throw Failure(kDatabase, tables + ": the profile of the site cannot be written");
-    }
+    if (manager.SetSiteProfRebuildState(kRebuilt, number) != 0) FailToWriteProfile("the site");
     RemoveAll(done);
   }
   RemoveAll(NewFolder(tables));
@@ -94,10 +88,13 @@ void BesideRebuild::OpenCopy() {
   const std::string folder = copy_->FolderOfTables(name_);
   const bool areThere = HasTables(tables_);
   if (areThere) CopyTables(tables_, folder);
-  if ((areThere || profile_.rebuildState == 0) && copy_->OpenIfSound(name_)) return;
+  if ((areThere || profile_.rebuildState == kNeverRebuilt) && copy_->OpenIfSound(name_)) return;
   Warn(tables_ + ": a table of the site was damaged; all are made anew");
   RemoveTables(folder);
-  copy_->manager().SetSiteProfRebuildState(0, copy_->manager().FindSiteProf(name_));
+  SiteMgr& manager = copy_->manager();
+  if (manager.SetSiteProfRebuildState(kNeverRebuilt, manager.FindSiteProf(name_)) != 0) {
+    FailToWriteProfile("\"" + name_ + "\"");
+  }
   copy_->Open(name_);
 }
 
@@ -107,7 +104,7 @@ BesideRebuild::~BesideRebuild() {
   fs::remove_all(NewFolder(tables_), ignored);
   if (done_ || profile_.rebuildState == kRebuilt) return;
   SiteMgr& manager = session_.manager();
-  manager.SetSiteProfRebuildState(kFailed, manager.FindSiteProf(name_));
+  manager.SetSiteProfRebuildState(kNotWhole, manager.FindSiteProf(name_));
 }
 
 void BesideRebuild::Commit() {

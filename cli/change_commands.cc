@@ -28,7 +28,7 @@ int RunSave(const Options& options, const std::string& site,
   session.Open(site);
   std::vector<std::string> paths;
   for (const std::string& file : files) {
-    paths.push_back(session.FileOf(file));
+    paths.push_back(session.names().FileOf(file));
     // The library takes a page that it cannot read for an empty one.
     if (!std::ifstream(NativePath(paths.back()))) {
       throw Failure(kFileSystem, NativePath(paths.back()) + ": cannot be read");
@@ -37,9 +37,9 @@ int RunSave(const Options& options, const std::string& site,
   std::vector<std::string> saved;
   for (const std::string& path : paths) {
     if (session.manager().Save(path, nullptr) != 0) {
-      throw Failure(kFileSystem, NativePath(path) + ": cannot be registered");
+      throw Failure(kFileSystem, NativePath(path) + ": cannot be registered" + SystemReason());
     }
-    saved.push_back(session.Shown(path));
+    saved.push_back(session.names().Shown(path));
   }
   session.Close();
   Report(options, "saved", saved);
@@ -66,9 +66,11 @@ int RunRemove(const Options& options, const std::string& site,
   std::vector<std::string> removed;
   for (const std::string& path : paths) {
     if (session.manager().Remove(path, 0) != 0) {
-      throw Failure(kDatabase, NativePath(path) + ": cannot be taken out of the tables");
+      const std::string what = NativePath(path) + ": cannot be taken out of the tables";
+      ThrowIfSystemFailed(what);
+      throw Failure(kDatabase, what);
     }
-    removed.push_back(session.Shown(path));
+    removed.push_back(session.names().Shown(path));
   }
   session.Close();
   Report(options, "removed", removed);
@@ -80,12 +82,13 @@ int RunMove(const Options& options, const std::string& site, const std::string& 
   Session session(options, Database::kMustExist);
   session.Open(site);
   const std::string before = GonePath(session, from);
-  const std::string after = session.FileOf(to);
+  const std::string after = session.names().FileOf(to);
   if (session.manager().Move(before, after) != 0) {
+    ThrowIfSystemFailed(from + ": cannot be moved in the tables");
     throw Failure(kDatabase, from + ": cannot be moved in the tables");
   }
   session.Close();
-  Report(options, "moved", {session.Shown(before), session.Shown(after)});
+  Report(options, "moved", {session.names().Shown(before), session.names().Shown(after)});
   return kClean;
 }
 

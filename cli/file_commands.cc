@@ -71,11 +71,11 @@ int RunQuery(const Options& options, const std::string& site, Query query) {
   JsonRows rows;
   for (const SiteRecCell& cell : *cells) {
     const std::string name =
-        cell.GetID().kind == kKindPath ? session.Shown(cell.GetName()) : cell.GetName();
+        cell.GetID().kind == kKindPath ? session.names().Shown(cell.GetName()) : cell.GetName();
     if (options.json) {
       rows.Add(CellAsJson(name, cell));
     } else {
-      PrintCell(name, cell, session.IsInSite(cell.GetName()));
+      PrintCell(name, cell, session.names().AreOf(cell.GetName()));
     }
   }
   if (options.json) rows.End();

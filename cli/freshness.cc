@@ -7,20 +7,21 @@ namespace {
 
 constexpr std::size_t kNamed = 5;
 
-void AddShown(const Session& session, const std::vector<std::string>& paths, Words& names) {
-  for (const std::string& path : paths) names.push_back(session.Shown(path));
+void AddShown(const Session& session, const std::vector<std::string>& paths, Strings& names) {
+  for (const std::string& path : paths) names.push_back(session.names().Shown(path));
 }
 
-Words Unread(const Session& session, const SiteChanges& changes) {
-  Words names;
+Strings Unread(const Session& session, const SiteChanges& changes) {
+  Strings names;
   AddShown(session, changes.unread, names);
   AddShown(session, changes.unlisted, names);
-  for (const std::string& native : changes.leftOut) names.push_back(session.ShownNative(native));
+  for (const std::string& native : changes.leftOut)
+    names.push_back(session.names().ShownNative(native));
   return names;
 }
 
 // The first few of them, and how many there are beside.
-std::string Named(const Words& names) {
+std::string Named(const Strings& names) {
   std::string text;
   for (std::size_t i = 0; i < names.size() && i < kNamed; ++i) {
     text += (i == 0 ? "" : ", ") + names[i];
@@ -34,14 +35,14 @@ void AddCount(std::size_t count, const char* one, const char* many, std::string&
   text += (text.empty() ? "" : ", ") + Counted(static_cast<long>(count), one, many);
 }
 
-Json AsJson(const Words& names) {
+Json AsJson(const Strings& names) {
   Json array = Json::array();
   for (const std::string& name : names) array.push_back(JsonText(name));
   return array;
 }
 
 Json AsJson(const Session& session, const std::vector<std::string>& paths) {
-  Words names;
+  Strings names;
   AddShown(session, paths, names);
   return AsJson(names);
 }
@@ -61,7 +62,7 @@ void TellChanges(const Session& session, const SiteChanges& changes, const std::
   AddCount(changes.gone.size(), "file is gone", "files are gone", counts);
   AddCount(changes.added.size(), "file is new", "files are new", counts);
   if (!counts.empty()) {
-    Words names;
+    Strings names;
     for (const auto* paths : {&changes.changed, &changes.gone, &changes.added}) {
       AddShown(session, *paths, names);
     }
@@ -72,7 +73,7 @@ void TellChanges(const Session& session, const SiteChanges& changes, const std::
 }
 
 void TellUnread(const Session& session, const SiteChanges& changes) {
-  const Words names = Unread(session, changes);
+  const Strings names = Unread(session, changes);
   if (names.empty()) return;
   Warn("not read, so that not all links are known: " + Named(names));
 }

@@ -69,7 +69,7 @@ int RunSites(const Options& options) {
   LegacySession session(options, Database::kAsk);
   SitMgr& manager = session.manager();
   Json rows = Json::array();
-  std::vector<Words> lines;
+  std::vector<Strings> lines;
   manager.EnumSiteProf(1);
   while (std::string* next = manager.EnumSiteProf(0)) {
     const std::string name = Take(next);
@@ -221,14 +221,14 @@ int RunPeek(const Options& options, const std::string& asked) {
 
 // --- undo ----------------------------------------------------------------------------------
 
-Words SplitWords(const std::string& line) {
+Strings SplitWords(const std::string& line) {
   std::istringstream stream(line);
-  Words words;
+  Strings words;
   for (std::string word; stream >> std::quoted(word);) words.push_back(word);
   return words;
 }
 
-void Perform(LegacySession& session, const Words& words) {
+void Perform(LegacySession& session, const Strings& words) {
   SitMgr& manager = session.manager();
   const std::string& verb = words.front();
   int result = -1;
@@ -236,11 +236,11 @@ void Perform(LegacySession& session, const Words& words) {
     result = manager.UndoWithAlternatives();
     if (manager.GetLastError() != kSitOk) session.FailToWrite();
   } else if (verb == "save" && words.size() == 2) {
-    result = manager.Save(session.FileOf(words[1]));
+    result = manager.Save(session.names().FileOf(words[1]));
   } else if (verb == "rm" && words.size() == 2) {
     result = manager.Remove(session.EntryOf(words[1]));
   } else if (verb == "mv" && words.size() == 3) {
-    result = manager.Move(session.EntryOf(words[1]), session.FileOf(words[2]));
+    result = manager.Move(session.EntryOf(words[1]), session.names().FileOf(words[2]));
   } else {
     throw Failure(kUsage, "\"" + verb + "\" is not save FILE, rm FILE, mv FROM TO or undo");
   }
@@ -261,7 +261,7 @@ void PerformLines(LegacySession& session, std::vector<Step>& steps) {
   try {
     for (std::string line; std::getline(std::cin, line);) {
       ++number;
-      const Words words = SplitWords(line);
+      const Strings words = SplitWords(line);
       if (words.empty()) continue;
       Perform(session, words);
       steps.push_back({line, Count(session)});

@@ -64,7 +64,8 @@ LegacySession::LegacySession(const Options& options, Database database)
   }
   manager_.emplace();
   if (manager_->setDB(folder_, kSites, kServers) != 0) {
-    throw Failure(kDatabase, Told(kSites) + ": this file, or another beside it, cannot be opened");
+    throw Failure(kDatabase,
+                  Native(kSites) + ": this file, or another beside it, cannot be opened");
   }
 }
 
@@ -83,13 +84,15 @@ void LegacySession::Share(SitMgrBase& other) const {
   other.setDB(folder_, kSites, kServers);
 }
 
-// The native path of a file of the older database, and how it is told to the user.
+// The native path of a file of the older database.
 std::string LegacySession::Native(const std::string& file) const {
-  return NativePath(folder_ + file);
+  return NativePath(database_ + file);
 }
 
-std::string LegacySession::Told(const std::string& file) const {
-  return NativePath(database_ + file);
+// Has these files of the database in the copy, if the session has one.
+void LegacySession::Bring(const std::vector<std::string>& files) {
+  if (copy_ == nullptr) return;
+  for (const std::string& file : files) copy_->Bring(PathOf(NativePath(file)));
 }
 
 SitSiteProperty LegacySession::Profile(const std::string& name) {
@@ -129,9 +132,10 @@ void LegacySession::NeedFiles(const std::string& name) {
 
 void LegacySession::NeedToPeep(SitPeeper& peeper, const std::string& name) {
   NeedFiles(name);
+  Bring({FilesOf(name).back()});
   if (peeper.IsWhole(name)) return;
   throw Failure(kDatabase,
-                Told(FilesOf(name).back()) + ": this file is missing or damaged" + MendOf(name));
+                Native(FilesOf(name).back()) + ": this file is missing or damaged" + MendOf(name));
 }
 
 void LegacySession::NeedWhole(const std::string& name) {
@@ -139,22 +143,21 @@ void LegacySession::NeedWhole(const std::string& name) {
   NeedFiles(name);
   for (const std::string& file : FilesOf(name)) {
     if (!IsThere(Native(file))) {
-      throw Failure(kDatabase, Told(file) + ": this file is missing" + mend);
+      throw Failure(kDatabase, Native(file) + ": this file is missing" + mend);
     }
   }
+  Bring(FilesOf(name));
   if (manager_->SiteOpen(name) != 0) {
-    throw Failure(kDatabase, Told(name) + ": a file of the site cannot be opened" + mend);
+    throw Failure(kDatabase, Native(name) + ": a file of the site cannot be opened" + mend);
   }
   if (!manager_->IsSiteWhole()) {
-    throw Failure(kDatabase, Told(name) + ": a file of the site is damaged" + mend);
+    throw Failure(kDatabase, Native(name) + ": a file of the site is damaged" + mend);
   }
 }
 
 void LegacySession::KnowFolder(const std::string& name) {
   site_ = name;
-  siteFolder_ = Profile(name).dir[1];
-  if (PathOf(NativePath(siteFolder_)).has_filename()) siteFolder_ += '\\';
-  nativeSiteFolder_ = NativePath(siteFolder_);
+  names_ = SiteNames(Profile(name).dir[kSlotSiteFolder]);
 }
 
 void LegacySession::Open(const std::string& name) {
@@ -179,8 +182,8 @@ void LegacySession::OpenToRebuild(const std::string& name) {
 
 void LegacySession::NeedFolder() const {
   std::error_code error;
-  if (!fs::is_directory(PathOf(nativeSiteFolder_), error)) {
-    throw Failure(kFileSystem, nativeSiteFolder_ + ": the site folder is not there");
+  if (!fs::is_directory(PathOf(names_.nativeFolder()), error)) {
+    throw Failure(kFileSystem, names_.nativeFolder() + ": the site folder is not there");
   }
 }
 
@@ -191,33 +194,13 @@ void LegacySession::Close() {
 void LegacySession::FailToWrite() {
   const std::error_code error(manager_->lastErrno(), std::generic_category());
   const std::string reason = error ? ": " + error.message() : std::string();
-  throw Failure(kFileSystem, Told(site_) + ": the files here cannot be written" + reason);
-}
-
-std::string LegacySession::Shown(const std::string& path) const {
-  const bool isInSite =
-      !siteFolder_.empty() && path.size() > siteFolder_.size() && path.starts_with(siteFolder_);
-  return isInSite ? NativePath(path).substr(nativeSiteFolder_.size()) : NativePath(path);
-}
-
-// The `\` paths that `native` may stand for, likeliest first.
-std::array<std::string, 2> LegacySession::Candidates(const std::string& native) const {
-  return {AbsolutePath(native), AbsolutePath(NameOf(PathOf(nativeSiteFolder_) / PathOf(native)))};
-}
-
-std::string LegacySession::FileOf(const std::string& native) const {
-  for (const std::string& path : Candidates(native)) {
-    std::error_code error;
-    if (path.starts_with(siteFolder_) && fs::is_regular_file(PathOf(NativePath(path)), error))
-      return path;
-  }
-  throw Failure(kFileSystem, native + ": no such file in the site");
+  throw Failure(kFileSystem, Native(site_) + ": the files here cannot be written" + reason);
 }
 
 std::string LegacySession::EntryOf(const std::string& native) {
   UrlID id;
   if (manager_->UrlFind(native, id) == 0) return native;
-  for (const std::string& path : Candidates(native)) {
+  for (const std::string& path : names_.Candidates(native)) {
     if (manager_->UrlFind(path, id) == 0) return path;
   }
   throw Failure(kUsage, native + ": the site knows no such file or URL");
@@ -227,9 +210,9 @@ bool LegacySession::ReadLink(int number, LegacyLink& link) {
   UrlID from;
   UrlID to;
   if (manager_->LinkBothSides(number, from, to) != 0) return false;
-  link.from = Shown(Take(manager_->UrlUrl(from)));
+  link.from = names_.Shown(Take(manager_->UrlUrl(from)));
   const std::string target = Take(manager_->UrlUrl(to));
-  link.to = to.kind == kKindPath ? Shown(target) : target;
+  link.to = to.kind == kKindPath ? names_.Shown(target) : target;
   link.kind = to.kind;
   link.type = manager_->GetLinkType(number);
   link.text = Take(manager_->GetLinkAsIsUrl(number));
@@ -246,6 +229,7 @@ void LegacySession::ForEachLink(const std::string& from, const std::string& to,
   if (!from.empty()) manager_->UrlFind(EntryOf(from), source);
   if (!to.empty()) manager_->UrlFind(EntryOf(to), target);
   for (const int number : manager_->LinksBetween(source, target)) {
+    Interrupts::Check();
     LegacyLink link;
     if (ReadLink(number, link)) each(link);
   }

@@ -2,7 +2,6 @@
 // of the database and has a lock of its own.
 #pragma once
 
-#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,7 +16,7 @@
 
 namespace zvrsit::cli {
 
-// One link of an older site. Names are shown as Session::Shown shows them.
+// One link of an older site, with the names as they are shown.
 struct LegacyLink {
   std::string from;
   std::string to;
@@ -62,14 +61,13 @@ class LegacySession {
   void Close();
   // The same failure, for an operation of the manager that has failed.
   [[noreturn]] void FailToWrite();
-  // Ends everything but Shown before an answer is printed: others can change the database then.
+  // Ends everything but names() before an answer is printed: others can change the database then.
   void LetGo();
 
-  std::string Shown(const std::string& path) const;
-  // What the user means by `native`, relative to the working folder or to the site folder: a file
-  // that is there, else Failure(kFileSystem); or an entry of the site, a URL among them, else
-  // Failure(kUsage).
-  std::string FileOf(const std::string& native) const;
+  // Of the site that was opened.
+  const SiteNames& names() const { return names_; }
+  // The path, or the URL, of the entry that the user means by `native` (SiteNames::Candidates);
+  // throws Failure(kUsage) when the site does not know it.
   std::string EntryOf(const std::string& native);
 
   // Calls `each` for every link, or for those from or to an entry; an empty text means any.
@@ -79,11 +77,10 @@ class LegacySession {
  private:
   std::vector<std::string> FilesOf(const std::string& name);
   std::string Native(const std::string& file) const;
-  std::string Told(const std::string& file) const;
+  void Bring(const std::vector<std::string>& files);
   void NeedFiles(const std::string& name);
   void NeedWhole(const std::string& name);
   void KnowFolder(const std::string& name);
-  std::array<std::string, 2> Candidates(const std::string& native) const;
   bool ReadLink(int number, LegacyLink& link);
 
   std::unique_ptr<Session> newer_;
@@ -92,8 +89,7 @@ class LegacySession {
   std::string folder_;    // the same of the copy, if there is one
   std::optional<SitMgr> manager_;
   std::string site_;  // the name of the site that was opened
-  std::string siteFolder_;
-  std::string nativeSiteFolder_;
+  SiteNames names_;
 };
 
 }  // namespace zvrsit::cli

@@ -35,8 +35,7 @@ int Complain(const std::string& message, int code) {
 int Perform(const Run& run) {
   try {
     const int code = run();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-      return Complain("the output cannot be written", kFileSystem);
+    FinishOutput();
     return code;
   } catch (const Failure& failure) {
     return Complain(failure.what(), failure.code());

@@ -1,7 +1,10 @@
 #include "cli/output.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 
+#include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "platform/code_page.h"
 
@@ -13,6 +16,8 @@ constexpr bool kEscapesBackslash = false;
 #else
 constexpr bool kEscapesBackslash = true;
 #endif
+
+int outputError = 0;  // of the first failure on stdout
 
 bool IsUtf8(std::string_view text) {
   return platform::ToUtf8(text) == text;
@@ -104,7 +109,15 @@ std::string LineOfJson(const Json& text) {
 
 void PrintBytes(std::FILE* file, fmt::string_view format, fmt::format_args args) {
   const std::string text = fmt::vformat(format, args);
-  std::fwrite(text.data(), 1, text.size(), file);
+  const bool isWhole = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+  if (!isWhole && file == stdout && outputError == 0) outputError = errno;
+}
+
+void FinishOutput() {
+  if (std::fflush(stdout) != 0 && outputError == 0) outputError = errno;
+  if (outputError == 0) return;
+  throw Failure(kFileSystem,
+                "the output cannot be written: " + std::generic_category().message(outputError));
 }
 
 void Warn(std::string_view message) {
@@ -126,15 +139,15 @@ void JsonRows::End() {
 
 namespace {
 
-void PrintColumns(const std::vector<Words>& rows) {
+void PrintColumns(const std::vector<Strings>& rows) {
   std::vector<std::size_t> widths;
-  for (const Words& row : rows) {
+  for (const Strings& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); ++i) {
       widths[i] = std::max(widths[i], LineText(row[i]).size());
     }
   }
-  for (const Words& row : rows) {
+  for (const Strings& row : rows) {
     std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
       line += fmt::format("{:<{}}  ", LineText(row[i]), widths[i]);
@@ -157,7 +170,7 @@ void PrintObject(const Json& object, bool json) {
   json ? PrintJson(object) : PrintFields(object);
 }
 
-void PrintList(const Json& rows, const std::vector<Words>& lines, bool json) {
+void PrintList(const Json& rows, const std::vector<Strings>& lines, bool json) {
   json ? PrintJson(rows) : PrintColumns(lines);
 }
 

@@ -35,6 +35,10 @@ void Print(fmt::format_string<T...> format, T&&... values) {
   PrintBytes(stdout, format, fmt::make_format_args(values...));
 }
 
+// Hands all that was printed to the system. Throws Failure(kFileSystem), with what the system says,
+// when not all of it could be.
+void FinishOutput();
+
 // Says on stderr, in one line, what the user should know.
 void Warn(std::string_view message);
 
@@ -51,11 +55,11 @@ class JsonRows {
   bool empty_ = true;
 };
 
-using Words = std::vector<std::string>;
+using Strings = std::vector<std::string>;
 // Prints an object: as JSON, or its fields, a line each, but for those that are empty texts.
 void PrintObject(const Json& object, bool json);
 // Prints a list: its rows as JSON, or a line a row, with the cells of `lines` in columns.
-void PrintList(const Json& rows, const std::vector<Words>& lines, bool json);
+void PrintList(const Json& rows, const std::vector<Strings>& lines, bool json);
 // "1 page", "2 pages".
 std::string Counted(long count, std::string_view one, std::string_view many);
 

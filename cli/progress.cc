@@ -1,6 +1,5 @@
 #include "cli/progress.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -19,24 +18,6 @@
 
 namespace zvrsit::cli {
 namespace {
-
-volatile std::int32_t* cancelFlag = nullptr;
-volatile std::sig_atomic_t lastSignal = 0;
-
-// The second one ends the program at once.
-void OnInterrupt(int signal) {
-  lastSignal = signal;
-  if (cancelFlag != nullptr) *cancelFlag = 1;
-  std::signal(signal, SIG_DFL);
-}
-
-void Handle(void (*handler)(int)) {
-  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, handler);
-#if !defined(_WIN32)
-  // The end of the terminal, unless the user wants it to be outlived.
-  if (std::signal(SIGHUP, handler) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
-#endif
-}
 
 // The texts that the rebuild asks for by number.
 int LoadProgressText(unsigned id, char* buffer, int size) {
@@ -119,21 +100,15 @@ class ProgressLine {
 
 TerminalProgress::TerminalProgress() {
   platform::SetStringLoader(&LoadProgressText);
-  cancelFlag = &dialog_.cancel;
-  Handle(&OnInterrupt);
+  Interrupts::SetFlag(&dialog_.cancel);
   if (isatty(fileno(stderr))) {
     line_ = std::make_unique<ProgressLine>();
     line_->Attach(dialog_);
   }
 }
 
-int TerminalProgress::signal() const {
-  return lastSignal;
-}
-
 TerminalProgress::~TerminalProgress() {
-  Handle(SIG_DFL);
-  cancelFlag = nullptr;
+  Interrupts::SetFlag(nullptr);
   platform::SetStringLoader(nullptr);
 }
 

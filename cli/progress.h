@@ -5,14 +5,15 @@
 #include <memory>
 #include <string>
 
+#include "cli/interrupts.h"
 #include "platform/window.h"
 
 namespace zvrsit::cli {
 
 class ProgressLine;
 
-// While it lives, Ctrl-C and the end of the terminal set the dialog's cancel flag (a second one
-// ends the program), and the bar is drawn on stderr when that is a terminal. One at a time.
+// While it lives, an interrupt sets the dialog's cancel flag, and the bar is drawn on stderr when
+// that is a terminal. One at a time.
 class TerminalProgress {
  public:
   TerminalProgress();
@@ -21,11 +22,9 @@ class TerminalProgress {
   TerminalProgress& operator=(const TerminalProgress&) = delete;
 
   CZvrSiteRebuildProgressDlg* dialog() { return &dialog_; }
-  bool cancelled() const { return dialog_.cancel != 0; }
-  // The number of the signal that did it.
-  int signal() const;
 
  private:
+  const Interrupts interrupts_;
   CZvrSiteRebuildProgressDlg dialog_;
   std::unique_ptr<ProgressLine> line_;  // null when stderr is no terminal
 };

@@ -12,11 +12,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Why a page or a folder was not read. By the web rules that is also one that folders which are
+// links give a second name, where they lead round in circles.
+std::string WhyNotRead(Session& session, const std::string& path) {
+  if (path.back() == '\\') return "this folder cannot be read";
+  std::error_code error;
+  const std::string real = NameOf(fs::canonical(PathOf(NativePath(path)), error));
+  const std::string known = error ? path : AbsolutePath(real);
+  if (session.manager().GetLinkRules() == LinkRules::Classic || known == path ||
+      session.manager().FindPath(known) < 0) {
+    return "its links cannot be read, or not all";
+  }
+  return "not read, as it is " + session.names().Shown(known) + " by another name";
+}
+
 // What the rebuild could not do; the rest of the site is as it should be.
 void NameSkipped(Session& session) {
   for (const std::string& path : session.manager().SkippedByRebuild()) {
-    Warn(NativePath(path) + (path.back() == '\\' ? ": this folder cannot be read"
-                                                 : ": its links cannot be read, or not all"));
+    Warn(NativePath(path) + ": " + WhyNotRead(session, path));
   }
 }
 
@@ -46,10 +59,8 @@ int RebuildSite(Session& session, bool complete, const std::string& database) {
   TerminalProgress progress;
   const DatabaseLeftOut leftOut(session, database);
   const int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
-  if (progress.cancelled()) {
-    throw Failure(ExitCode(kSignal + progress.signal()), "interrupted before the end");
-  }
-  if (stored != 0 || manager.GetSiteProfRebuildState() != 2) {
+  Interrupts::Check();
+  if (stored != 0 || manager.GetSiteProfRebuildState() != kRebuilt) {
     ThrowIfSystemFailed("the rebuild failed");
     throw Failure(kDatabase, "the rebuild failed: the tables of the site cannot be written");
   }

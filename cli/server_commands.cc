@@ -86,7 +86,7 @@ int Show(const Options& options, Session& session, const std::string& name) {
 int RunList(const Options& options) {
   Session session(options, Database::kAsk);
   Json rows = Json::array();
-  std::vector<Words> lines;
+  std::vector<Strings> lines;
   for (const std::string& name : TakeList(session.manager().EnumServProf())) {
     const ServProfile server = ReadServer(session, name);
     rows.push_back(ServerAsJson(name, server));
@@ -139,7 +139,7 @@ std::vector<std::string> SitesOf(Session& session, const std::string& server) {
 }
 
 // Without `force` a server that sites name stays; with it they name none.
-void LetGo(Session& session, const std::string& server, bool force) {
+void TakeOutOfSites(Session& session, const std::string& server, bool force) {
   SiteMgr& manager = session.manager();
   std::string names;
   for (const std::string& site : SitesOf(session, server)) {
@@ -157,7 +157,7 @@ void LetGo(Session& session, const std::string& server, bool force) {
 int RunDelete(const Options& options, const std::string& name, bool force) {
   Session session(options, Database::kMustExist);
   ReadServer(session, name);
-  LetGo(session, name, force);
+  TakeOutOfSites(session, name, force);
   if (session.manager().DeleteServProf(name) != 0) {
     FailToWriteProfile("the server \"" + name + "\"");
   }

@@ -9,20 +9,15 @@
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/table_files.h"
-#include "platform/native_path.h"
 
 namespace zvrsit::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kSiteProfiles = "sites.R";
-constexpr const char* kServerProfiles = "servers.R";
 // The profiles are opened with a backup, which is taken when they cannot be read.
 constexpr int kWithBackup = 3;
 constexpr int kWithoutBackup = 0;
-constexpr int kRebuilt = 2;
-constexpr int kNotWhole = 1;
 
 std::string DefaultDatabase() {
 #if defined(_WIN32)
@@ -43,41 +38,18 @@ std::string DatabaseFolder(const Options& options) {
   return options.database.empty() ? DefaultDatabase() : options.database;
 }
 
-std::string AbsolutePath(const std::string& native) {
-  std::error_code error;
-  const fs::path absolute = AsOnDisk(fs::absolute(PathOf(native), error).lexically_normal());
-  std::string path;
-  if (error || !platform::FromNativePath(NameOf(absolute), path)) {
-    throw Failure(kUsage, native + ": a name with this character cannot be used");
+std::string SystemReason() {
+  const int error = SiteMgr::LastSystemError();
+  // Links are looked up on the disk, whatever they say, and locks are waited for.
+  for (const int harmless : {0, ENOENT, ENOTDIR, EEXIST, EAGAIN, ELOOP, ENAMETOOLONG}) {
+    if (error == harmless) return std::string();
   }
-  return path;
-}
-
-std::string FolderPath(const std::string& native) {
-  return AbsolutePath(NameOf(PathOf(native) / ""));
-}
-
-std::string PathBelow(const std::string& folder, const std::string& native) {
-  std::string path = AbsolutePath(native);
-  if (path.starts_with(folder)) return path;
-  const fs::path site = PathOf(NativePath(folder));
-  std::error_code error;
-  const fs::path root = fs::canonical(site, error);
-  const fs::path below = fs::weakly_canonical(PathOf(native), error).lexically_relative(root);
-  if (error || below.empty() || *below.begin() == "..") return std::string();
-  return AbsolutePath(NameOf(site / below));
-}
-
-std::string NativePath(const std::string& path) {
-  std::string native;
-  return platform::ToNativePath(path, native) ? native : path;
+  return ": " + std::generic_category().message(error);
 }
 
 void ThrowIfSystemFailed(const std::string& what) {
-  const int error = SiteMgr::LastSystemError();
-  // These are met with on the way of what succeeds.
-  if (error == 0 || error == ENOENT || error == EEXIST || error == EAGAIN) return;
-  throw Failure(kFileSystem, what + ": " + std::generic_category().message(error));
+  const std::string reason = SystemReason();
+  if (!reason.empty()) throw Failure(kFileSystem, what + reason);
 }
 
 void FailToWriteProfile(const std::string& whose) {
@@ -232,18 +204,17 @@ bool Session::OpenIfSound(const std::string& name) {
   if (manager_->GetSiteProf(name, profile) != 0) {
     throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
   }
-  siteFolder_ = profile.folders[kSlotSiteFolder];
-  nativeSiteFolder_ = NativePath(siteFolder_);
+  names_ = SiteNames(profile.folders[kSlotSiteFolder]);
   // Opening would make what is missing, and all answers would be empty.
   if (profile.rebuildState != 0 && !HasTables(FolderOfTables(site_))) return false;
   const int result = manager_->SiteOpen(name, 0);
   LetProfilesGo();
   if (result == -2) {
     std::error_code error;
-    const bool folderIsThere = fs::is_directory(PathOf(nativeSiteFolder_), error);
+    const bool folderIsThere = fs::is_directory(PathOf(names_.nativeFolder()), error);
     throw Failure(kFileSystem,
                   folderIsThere ? NativePath(profile.topFile) + ": the site's top file is not there"
-                                : nativeSiteFolder_ + ": the site folder is not there");
+                                : names_.nativeFolder() + ": the site folder is not there");
   }
   if (result != 0) throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
   if (manager_->GetPathDB() != nullptr) return true;
@@ -273,65 +244,33 @@ void Session::OpenToAsk(const std::string& name) {
 // The tables are marked as not whole for as long as they are being written.
 void Session::Close() {
   const bool isWhole = !onlyAsks_ && manager_->GetSiteProfRebuildState() == kRebuilt;
-  if (isWhole) manager_->SetSiteProfRebuildState(kNotWhole, -1);
+  if (isWhole) SetRebuildState(kNotWhole);
   if (!onlyAsks_ && manager_->FlushSite() != 0) FailToWrite();
-  if (isWhole) manager_->SetSiteProfRebuildState(kRebuilt, -1);
-  if (manager_->SiteClose() != 0) FailToWrite();
+  if (isWhole) SetRebuildState(kRebuilt);
+  manager_->SiteClose();
+}
+
+// What cannot be marked is left as it is: changed tables without the mark would be asked.
+void Session::SetRebuildState(int state) {
+  if (manager_->SetSiteProfRebuildState(state, number_) != 0) FailToWrite();
 }
 
 void Session::FailToWrite() {
   const std::string what = FolderOfTables(site_) + ": the tables cannot be written";
   const std::string then = "when they can: zvrsit rebuild " + site_;
-  const std::string reason = std::generic_category().message(SiteMgr::LastSystemError());
-  manager_->SetSiteProfRebuildState(kNotWhole, number_);
+  const std::string reason = SystemReason();
   Discard();
-  throw Failure(kFileSystem, what + ": " + reason + "; " + then);
-}
-
-std::string Session::Shown(const std::string& path) const {
-  return ShownNative(NativePath(path));
-}
-
-std::string Session::ShownNative(const std::string& native) const {
-  const bool isBelow =
-      native.size() > nativeSiteFolder_.size() && native.starts_with(nativeSiteFolder_);
-  return isBelow ? native.substr(nativeSiteFolder_.size()) : native;
+  throw Failure(kFileSystem, what + reason + "; " + then);
 }
 
 std::string Session::ShownEntry(const UrlID& id) {
   if (id.kind == kKindUrl) return Take(manager_->UrlUrl(id.id));
-  return Shown(
+  return names_.Shown(
       Take(id.kind == kKindFolder ? manager_->FolderName(id.id) : manager_->UrlPath(id.id)));
 }
 
-// The `\` paths that `native` may stand for, likeliest first.
-std::vector<std::string> Session::Candidates(const std::string& native) const {
-  std::vector<std::string> paths{AbsolutePath(native)};
-  const std::string below = PathBelow(siteFolder_, native);
-  if (!below.empty()) paths.push_back(below);
-  paths.push_back(AbsolutePath(NameOf(PathOf(nativeSiteFolder_) / PathOf(native))));
-  return paths;
-}
-
-std::string Session::FileOf(const std::string& native) const {
-  const char* what = ": no such file";
-  ExitCode code = kFileSystem;
-  for (const std::string& path : Candidates(native)) {
-    std::error_code error;
-    const fs::file_status status = fs::status(PathOf(NativePath(path)), error);
-    if (!fs::is_regular_file(status)) {
-      if (fs::is_directory(status) && code == kFileSystem) what = ": this is a folder";
-      continue;
-    }
-    if (IsInSite(path)) return path;
-    what = ": this file lies outside of the site";
-    code = kUsage;
-  }
-  throw Failure(code, native + what);
-}
-
 int Session::FindEntry(const std::string& native) {
-  for (const std::string& path : Candidates(native)) {
+  for (const std::string& path : names_.Candidates(native)) {
     const int number = manager_->FindPath(path);
     if (number >= 0) return number;
   }

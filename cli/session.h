@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/site_names.h"
 #include "dom/dom.h"
 #include "manager/site_mgr.h"
 
@@ -23,8 +24,16 @@ enum class Database { kAsk, kMustExist, kMake };
 // The native folder of the database. Throws Failure(kUsage) when no home folder is known.
 std::string DatabaseFolder(const Options& options);
 
+// The files of the profiles in the folder of a database.
+inline constexpr const char* kSiteProfiles = "sites.R";
+inline constexpr const char* kServerProfiles = "servers.R";
+// The states of a profile.
+inline constexpr int kNeverRebuilt = 0;
+inline constexpr int kNotWhole = 1;  // the last rebuild or change did not come to its end
+inline constexpr int kRebuilt = 2;
+
 // The number, of no site, under which the database of the older generation is locked.
-constexpr int kOlderDatabase = 1 << 26;
+inline constexpr int kOlderDatabase = 1 << 26;
 // Throws the Failure for a lock that was not had, on `what` of the database in that native folder.
 [[noreturn]] void FailToLock(const SiteMgr& manager, const std::string& database,
                              const std::string& what);
@@ -47,7 +56,7 @@ class Session {
   // be read and written, kDatabase when its tables are damaged or in use.
   void Open(const std::string& name);
   // The same, but false for damaged tables.
-  bool OpenIfSound(const std::string& name);
+  [[nodiscard]] bool OpenIfSound(const std::string& name);
   // The same for questions: kDatabase also when no rebuild or change of the site came to its end.
   void OpenToAsk(const std::string& name);
   // Gives back every lock before an answer is printed: an open site answers on from memory.
@@ -55,7 +64,7 @@ class Session {
   // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. A
   // site whose tables are not written to the end is one to be rebuilt.
   void Close();
-  // The same failure, for tables that could not be written otherwise.
+  // Lets go of the site and the database, and throws the same failure.
   [[noreturn]] void FailToWrite();
   // Lets go of the site and the database; what was not written is lost.
   void Discard();
@@ -73,22 +82,12 @@ class Session {
   // The native folder of the tables of a site.
   std::string FolderOfTables(const std::string& name) const;
 
-  // How a `\` path is shown: the native path, relative to the site folder when it lies below it.
-  std::string Shown(const std::string& path) const;
-  // The same of a native path.
-  std::string ShownNative(const std::string& native) const;
+  // Of the site that was opened.
+  const SiteNames& names() const { return names_; }
   // The name of an entry, shown: a path as above, a URL as it stands.
   std::string ShownEntry(const UrlID& id);
-  // Whether a `\` path lies below the folder of the open site.
-  bool IsInSite(const std::string& path) const { return path.starts_with(siteFolder_); }
-
-  // What the user means by `native`, which is relative to the working folder or to the site folder,
-  // or leads to a file of the site through links of the file system.
-  //
-  // The `\` path of a file of the site that is there; throws Failure: kFileSystem when it is not,
-  // kUsage when it lies elsewhere.
-  std::string FileOf(const std::string& native) const;
-  // An entry of the path table; throws Failure(kUsage) when there is none.
+  // The file that the user means by `native` (SiteNames::Candidates); throws Failure(kUsage) when
+  // the site does not know it.
   UrlID EntryOf(const std::string& native);
   // The same, but external URLs are looked at too.
   UrlID TargetOf(const std::string& nativeOrUrl);
@@ -98,7 +97,7 @@ class Session {
   bool OpenProfiles();
   void NeedProfiles(bool areHeld);
   void LockSite(const std::string& name);
-  std::vector<std::string> Candidates(const std::string& native) const;
+  void SetRebuildState(int state);
   int FindEntry(const std::string& native);
 
   std::string database_;  // native
@@ -108,22 +107,13 @@ class Session {
   DOM dom_;
   std::unique_ptr<SiteMgr> manager_;
   std::string site_;  // the name of the site that was opened
-  std::string siteFolder_;
-  std::string nativeSiteFolder_;
+  SiteNames names_;
 };
 
-// The `\` path of a native path made absolute; on Windows in the letter case of the disk, otherwise
-// not looked up there. Throws Failure(kUsage) for a name that cannot be held.
-std::string AbsolutePath(const std::string& native);
-// The same of a folder: it ends in `\`.
-std::string FolderPath(const std::string& native);
-// The `\` path, below the `\` path `folder`, of a native name that leads into it, also through
-// links of the file system; empty when it leads elsewhere.
-std::string PathBelow(const std::string& folder, const std::string& native);
-// The native form of a `\` path.
-std::string NativePath(const std::string& path);
-// Throws Failure(kFileSystem) when what failed last was the system's doing, such as a full disk:
-// with `what` and what the system says.
+// What the system said when a call to it failed last, such as ": No space left on device"; empty
+// for what is met with on the way of what succeeds.
+std::string SystemReason();
+// Throws Failure(kFileSystem) with `what` and that reason, if there is one.
 void ThrowIfSystemFailed(const std::string& what);
 // Throws the Failure for a profile that cannot be written; `whose` stands in the message.
 [[noreturn]] void FailToWriteProfile(const std::string& whose);

@@ -20,7 +20,7 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
 int RunSites(const Options& options) {
   Session session(options, Database::kAsk);
   Json rows = Json::array();
-  std::vector<Words> lines;
+  std::vector<Strings> lines;
   for (const std::string& name : TakeList(session.manager().EnumSiteProf())) {
     const SiteProfile profile = ReadProfile(session, name);
     rows.push_back(ProfileAsJson(name, profile));

@@ -123,11 +123,6 @@ CLI::Validator IsLiveUrl() {
       "");
 }
 
-// States of a profile.
-constexpr std::int32_t kNeverRebuilt = 0;
-constexpr std::int32_t kNotWhole = 1;
-constexpr std::int32_t kRebuilt = 2;
-
 bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
   const auto at = static_cast<std::size_t>(slot);
   return a.folders[at] == b.folders[at];
@@ -149,11 +144,13 @@ bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
 std::vector<std::string> ReadFolderLinksAnew(Session& session) {
   std::vector<std::string> names;
   for (const std::string& path : session.manager().ListFolderLinkSources()) {
-    names.push_back(session.Shown(path));
+    names.push_back(session.names().Shown(path));
   }
   if (session.manager().ReflectDefaultUrl("") != 0) session.FailToWrite();
   session.Close();
-  session.manager().SetSiteProfRebuildState(kRebuilt, session.number());
+  if (session.manager().SetSiteProfRebuildState(kRebuilt, session.number()) != 0) {
+    FailToWriteProfile("the site");
+  }
   return names;
 }
 
@@ -262,7 +259,7 @@ const char* RulesName(LinkRules rules) {
 
 const char* RebuildState(const SiteProfile& profile) {
   if (profile.rebuildState == kRebuilt) return "rebuilt";
-  return profile.rebuildState == 1 ? "last rebuild failed" : "to be rebuilt";
+  return profile.rebuildState == kNotWhole ? "last rebuild failed" : "to be rebuilt";
 }
 
 Json ProfileAsJson(const std::string& name, const SiteProfile& profile) {

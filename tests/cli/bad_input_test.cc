@@ -160,5 +160,30 @@ TEST(BadInput, ACheckLeavesNothingBehind) {
   EXPECT_TRUE(fs::is_empty(program.folder.native("db")));
 }
 
+// What is copied or made in the temporary folder is gone, however early a question is interrupted.
+TEST(BadInput, AnInterruptLeavesNothingBehind) {
+  const Program program;
+  std::string page;
+  for (int i = 0; i < 2000; ++i) page += "<a href=none" + std::to_string(i) + ".html>";
+  program.Page("index.html", page);
+  program.BuildOlder("demo");
+  program.folder.makeFolder("tmp");
+  setenv("TMPDIR", program.folder.native("tmp").c_str(), 1);
+  for (const Words& words : {Words{"legacy", "links", "demo", "--db", program.folder.native("db")},
+                             Words{"check", program.folder.native("site")}}) {
+    int interrupted = 0;
+    for (int wait = 0; wait < 60; wait += 2) {
+      Process asking(program.folder, words);
+      std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+      asking.Interrupt();
+      const int code = asking.Wait().code;
+      if (code == -1 || code == 130) ++interrupted;
+      EXPECT_TRUE(fs::is_empty(program.folder.native("tmp"))) << words[0] << wait;
+    }
+    EXPECT_GT(interrupted, 0);
+  }
+  unsetenv("TMPDIR");
+}
+
 }  // namespace
 }  // namespace zvrsit::test

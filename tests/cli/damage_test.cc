@@ -98,5 +98,52 @@ TEST(Damage, ProfilesComeBackFromTheirBackup) {
   }
 }
 
+// Where not even the mark can be written that the tables are being changed, they are not.
+TEST(Damage, WhatCannotBeMarkedIsNotChanged) {
+  const Program program;
+  program.Page("index.html", "<a href=a.html>");
+  ASSERT_EQ(program.Build("demo").code, 0);
+  program.Page("index.html", "<a href=b.html><a href=c.html>");
+  EXPECT_EQ(program.RunOnFullDisk({"save", "demo", "index.html"}, 24).code, 4);
+  EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 1u);
+}
+
+// A profile is changed or it is not: there is none without a name, and no tables without one.
+TEST(Damage, AFullDiskLeavesWholeProfiles) {
+  const struct {
+    Words words;
+    rlim_t size;
+    int code;
+  } rows[] = {
+      {{"site", "delete", "demo"}, 0, 4},
+      {{"site", "delete", "demo"}, 24, 4},
+      {{"site", "delete", "demo"}, 100, 4},
+      {{"site", "delete", "demo"}, 150, 0},  // but for its texts
+      {{"site", "rename", "demo", "new"}, 24, 4},
+      {{"site", "rename", "demo", "new"}, 200, 4},
+      {{"server", "delete", "host"}, 24, 4},
+      {{"server", "delete", "host"}, 60, 4},
+      {{"server", "delete", "host", "--force"}, 24, 4},
+      {{"server", "delete", "host", "--force"}, 100, 4},
+  };
+  for (const auto& row : rows) {
+    const Program program;
+    program.Page("index.html", "<a href=a.html>");
+    ASSERT_EQ(program.Build("demo").code, 0);
+    ASSERT_EQ(program.Run({"server", "set", "host"}).code, 0);
+    if (row.words.size() == 4) program.Run({"site", "set", "demo", "--server", "host"});
+    const Outcome outcome = program.RunOnFullDisk(row.words, row.size);
+    EXPECT_EQ(outcome.code, row.code) << Json(row.words) << row.size;
+    // Less is too little for the message, too, which goes to a file.
+    EXPECT_TRUE(row.code == 0 || row.size < 100 || outcome.complains("File too large"))
+        << outcome.err;
+    const Json sites = program.Ask({"sites"});
+    for (const Json& site : sites) EXPECT_EQ(site["name"], "demo") << Json(row.words) << row.size;
+    EXPECT_EQ(program.folder.has("db/demo"), row.code != 0) << Json(row.words) << row.size;
+    EXPECT_TRUE(!sites.empty() || program.Build("demo").code == 0) << Json(row.words) << row.size;
+    EXPECT_EQ(program.Run({"broken", "demo"}).code, 1) << Json(row.words) << row.size;
+  }
+}
+
 }  // namespace
 }  // namespace zvrsit::test

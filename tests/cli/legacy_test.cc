@@ -1,8 +1,5 @@
 // The commands of the older generation.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "cli/program.h"
 #include "legacy/sit_mgr.h"
@@ -159,14 +156,8 @@ TEST_F(OlderSite, AFullDiskIsToldAndGotOver) {
   std::string page;
   for (int i = 0; i < 300; ++i) page += "<a href=p" + std::to_string(i) + ".html>";
   program.Page("index.html", page);
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit before;
-  getrlimit(RLIMIT_FSIZE, &before);
   for (const Words& words : {Words{"legacy", "undo", "demo"}, Words{"legacy", "rebuild", "demo"}}) {
-    const rlimit full{4096, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full);
-    const Outcome outcome = program.Run(words, "save index.html\n");
-    setrlimit(RLIMIT_FSIZE, &before);
+    const Outcome outcome = program.RunOnFullDisk(words, 4096, "save index.html\n");
     EXPECT_EQ(outcome.code, 4) << words[1];
     EXPECT_TRUE(outcome.complains("cannot be written: File too large")) << outcome.err;
     EXPECT_EQ(outcome.out, "") << words[1];
@@ -175,6 +166,15 @@ TEST_F(OlderSite, AFullDiskIsToldAndGotOver) {
     }
     EXPECT_EQ(program.Run({"legacy", "rebuild", "demo"}).code, 0) << words[1];
     EXPECT_EQ(program.Ask({"legacy", "broken", "demo"}).size(), 300u) << words[1];
+  }
+}
+
+// Of the other sites nothing is copied: here they would not fit.
+TEST_F(OlderSite, IsAskedFromACopyOfItsOwnFiles) {
+  program.folder.write("db/legacy/other/Url.db", std::string(1 << 20, 'x'));
+  for (const Words& words : {Words{"legacy", "links", "demo"}, Words{"legacy", "peek", "demo"}}) {
+    const Outcome outcome = program.RunOnFullDisk(words, 1 << 19);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
   }
 }
 

@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -94,6 +96,17 @@ class Program {
   Outcome Run(Words words, const std::string& input = "") const {
     words.insert(words.end(), {"--db", folder.native("db")});
     return Process(folder, words, input).Wait();
+  }
+  // The same where no file may become larger than `size`, which stands for a full disk.
+  Outcome RunOnFullDisk(const Words& words, rlim_t size, const std::string& input = "") const {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before;
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{size, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    const Outcome outcome = Run(words, input);
+    setrlimit(RLIMIT_FSIZE, &before);
+    return outcome;
   }
   Json Ask(Words words) const {
     words.insert(words.end(), {"--format", "json"});
