@@ -6,22 +6,19 @@
 //   20      4     second header word, likewise
 //   24      ...   body, owned by the class above
 //
-// Two modes, chosen at construction. Whole-file: Open reads the file into a buffer, Close writes
-// it back if it changed: in one piece, or only the changed parts of a large file that nobody else
-// has written meanwhile. Direct: every read and write goes to the file at once.
+// There are two modes, chosen at construction. Whole-file: Open reads the file into memory, and
+// Close writes it back if it has changed. file_image.h says how, and when only parts of it are
+// written. Direct: every read and write goes to the file at once.
 //
-// Every operation gives a negative number (-1) on failure, also for want of memory, and throws
-// nothing but the std::out_of_range that some say. One thread at a time.
+// Every operation gives a negative number (-1) when it fails, also when it gets no memory. Nothing
+// is thrown but std::out_of_range, and only where it is said. One thread at a time.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
 
-#include "platform/file.h"
-#include "platform/large_memory.h"
-#include "storage/changed_blocks.h"
+#include "storage/file_image.h"
 
 namespace zvrsit {
 
@@ -41,12 +38,6 @@ class SiteDB {
     return size < kHeaderSize ? size + 4 : size;
   }
 
-  // The bytes of a file, which outlive its closing.
-  struct Image {
-    platform::LargeBuffer bytes;
-    std::uint32_t size = 0;  // of the file
-  };
-
   SiteDB(std::string filePath, bool wholeFile);
   // Whole-file mode: closes without writing, on purpose: only an explicit Close saves. Direct mode:
   // leaves the descriptor alone.
@@ -54,8 +45,9 @@ class SiteDB {
   SiteDB(const SiteDB&) = delete;
   SiteDB& operator=(const SiteDB&) = delete;
 
-  // From then on nothing is written: opening makes no file and mends no header, but gives -1 where
-  // that would be needed. Changes of a whole file stay in memory; Flush and Close then give -1.
+  // From now on nothing is written. Opening makes no file and completes no header: where that would
+  // be needed it gives -1. Changes of a whole file stay in memory, and Flush and Close then give
+  // -1.
   void SetReadOnly() { readOnly_ = true; }
 
   // Opens the file, making it when it is missing. 0 or -1; a failed open leaves it closed. An open
@@ -64,9 +56,9 @@ class SiteDB {
   // Writes what is due and closes. 0 or -1; 0 when not open. A failure in whole-file mode still
   // closes the file; in direct mode it leaves it open. Whole-file mode: `kept`, when given, takes
   // over what was in memory.
-  int Close(Image* kept = nullptr);
-  // Writes a changed buffer to the file (whole-file mode) or flushes the streams (direct mode),
-  // and stays open. 0 or -1.
+  int Close(FileImage* kept = nullptr);
+  // Writes what has changed in memory (whole-file mode) or flushes the streams (direct mode), and
+  // stays open. 0 or -1.
   int Flush();
 
   // Read and write at an absolute offset: the number of bytes, or -1. A read past the end is all
@@ -97,44 +89,28 @@ class SiteDB {
   const std::string& filePath() const { return path; }
 
  protected:
-  // Whole-file mode: the bytes [offset, offset + length) of the file, good until the next write;
-  // null in direct mode, while closed, or when they are not all in memory.
+  // Whole-file mode: as those of FileImage. They give null in direct mode and while closed.
   const char* Bytes(std::int64_t offset, std::int64_t length) const {
-    return offset < 0 || length < 0 || offset + length > size ? nullptr : buffer.get() + offset;
+    return image.Bytes(offset, length);
   }
-  // The same for changing them in place; the file counts as changed from then on.
   char* ChangeBytes(std::int64_t offset, std::int64_t length) {
-    const char* const bytes = Bytes(offset, length);
-    if (bytes == nullptr) return nullptr;
-    dirty = true;
-    changed_.Mark(offset, length);
-    return const_cast<char*>(bytes);
+    return image.ChangeBytes(offset, length);
   }
-  // Whole-file mode: makes the file reach to `offset` + `length` and gives the bytes from `offset`
-  // on, to be filled by the caller; null when it cannot grow so far.
   char* MakeRoom(std::int32_t offset, std::int32_t length) {
-    const std::int64_t end = std::int64_t{offset} + length;
-    if (offset < 0 || length < 0 || offset > static_cast<std::int64_t>(size) || end > capacity ||
-        static_cast<std::size_t>(end) > buffer.length()) {
-      return Extend(offset, length);
-    }
-    size = std::max(size, static_cast<std::uint32_t>(end));
-    dirty = true;
-    changed_.Mark(offset, length);
-    return buffer.get() + offset;
+    return image.MakeRoom(offset, length);
   }
   // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
   // was changed in memory is written only where the file could not be removed. Whole-file mode:
   // `kept`, when given, takes over what was in memory.
-  int ReplaceBy(const std::string& other, Image* kept = nullptr);
-  // Whole-file mode: opens the file, of which `image` is known to be what it holds but for the two
-  // words of the header, and takes it over instead of reading; 0 or -1.
-  int OpenOn(Image image);
+  int ReplaceBy(const std::string& other, FileImage* kept = nullptr);
+  // Whole-file mode: opens the file without reading it, where it is known to hold the first `size`
+  // bytes of `known`, with the header words of this object in its header; 0 or -1.
+  int OpenOn(FileImage known, std::uint32_t size);
   // The header of a file with these words.
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Closes without writing anything: after an open that failed further up.
   void Abandon();
-  // The length of the file: of the buffer, or (direct mode) on disk; -1 on failure, and for a file
+  // The length of the file: in memory, or (direct mode) on disk; -1 on failure, and for a file
   // that is too long for its offsets.
   std::int64_t Length() const;
 
@@ -144,38 +120,26 @@ class SiteDB {
   std::int32_t headerWord1 = 0;
   std::int32_t headerWord2 = 0;
   const bool inMemory;
-  bool dirty = false;            // whole-file mode: the buffer differs from the file
-  platform::LargeBuffer buffer;  // whole-file mode, null while closed; it grows by doubling
-  std::uint32_t size = 0;        // length of the file, 0 while closed and in direct mode
-  std::uint32_t capacity = 0;    // what it may grow to for now, in steps of 4096; 0 while closed
+  FileImage image;  // whole-file mode, while open
 
  private:
-  char* Extend(std::int32_t offset, std::int32_t length);
-  // What the buffer alone does not answer.
+  // What the image alone does not answer.
   int ReadFile(void* destination, std::int32_t offset, std::int32_t length);
   int WriteFile(const void* source, std::int32_t offset, std::int32_t length);
   int OpenWhole();
   int OpenDirect();
   void CompleteHeader();
-  int CloseWhole(Image* kept);
+  int CloseWhole(FileImage* kept);
   int CloseDirect();
   int ReadHeader();
   int ReadHeaderWord(std::int32_t& word, int offset);
   int WriteHeader();
-  void FollowChanges(const platform::FileStat& onDisk);
-  void FollowWritten();
-  bool IsAsLeft() const;
-  int WriteImage();
-  int WriteBytes(std::size_t from, std::size_t to);
-  bool Reserve(std::uint32_t end);
+  int SaveImage();
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
 
   int OpenDescriptor() const;
 
   bool readOnly_ = false;
-  // Whole-file mode: what changed since the file was read or written, and how it was left then.
-  ChangedBlocks changed_;
-  platform::FileStat onDisk_;
 };
 
 }  // namespace zvrsit

@@ -221,8 +221,8 @@ int SiteFixRecDB::PackSlots() {
   StoreHeader(head, headerWord1, slots);
   if (packed.Finish({head, kHeaderSize}) < 0) return -1;
   if (!isInOrder || packed.hasTail()) return ReplaceBy(packed.path()) < 0 ? -1 : Open();
-  Image image;
-  return ReplaceBy(packed.path(), &image) < 0 ? -1 : OpenPacked(std::move(image), slots);
+  FileImage kept;
+  return ReplaceBy(packed.path(), &kept) < 0 ? -1 : OpenPacked(std::move(kept), slots);
 }
 
 // `isInOrder` becomes false where the slots do not lie in the order of their numbers.
@@ -249,21 +249,21 @@ int SiteFixRecDB::AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder)
   return hasFailed ? -1 : 0;
 }
 
-// Opens the packed file without reading it: its slots are those of `image`, moved together.
-int SiteFixRecDB::OpenPacked(Image image, int slots) {
+// Opens the packed file without reading it: its slots are those of `kept`, moved together.
+int SiteFixRecDB::OpenPacked(FileImage kept, int slots) {
   const auto length = static_cast<std::size_t>(recordLength);
-  char* const bytes = image.bytes.get();
-  image.size = kHeaderSize;
+  char* const bytes = kept.ChangeBytes(0, kept.size());
+  std::int32_t end = kHeaderSize;
   slotIndex.ForEachSet([&](std::int32_t& offset) {
-    const std::int32_t from = std::exchange(offset, static_cast<std::int32_t>(image.size));
+    const std::int32_t from = std::exchange(offset, end);
     if (from != offset) std::memmove(bytes + offset, bytes + from, length);
-    image.size += static_cast<std::uint32_t>(length);
+    end += recordLength;
   });
   headerWord2 = slots;
   freed_ = {};
   cursor_ = 0;
   sources_.Follow(0);
-  return OpenOn(std::move(image));
+  return OpenOn(std::move(kept), static_cast<std::uint32_t>(end));
 }
 
 }  // namespace zvrsit

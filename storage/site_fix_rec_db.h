@@ -254,7 +254,7 @@ class SiteFixRecDB : public SiteDB {
   int ChooseId();
   int WriteCounts();
   int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);
-  int OpenPacked(Image image, int slots);
+  int OpenPacked(FileImage kept, int slots);
 
   const int recordLength;
   const int recordType;

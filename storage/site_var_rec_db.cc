@@ -1,7 +1,6 @@
 #include "storage/site_var_rec_db.h"
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 #include <utility>
 
@@ -87,7 +86,7 @@ int SiteVarRecDB::WriteEnd() {
   return 0;
 }
 
-int SiteVarRecDB::Close(Image* kept) {
+int SiteVarRecDB::Close(FileImage* kept) {
   if (!isOpen()) return 0;
   // Only where it differs: a file that was only read is not to be written.
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
@@ -289,7 +288,7 @@ int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
 }
 
 int SiteVarRecDB::WriteEntry(const Head& head, std::string_view data) {
-  if (IsOwnBytes(data)) return WriteEntry(head, std::string(data));
+  if (image.HasInMemory(data)) return WriteEntry(head, std::string(data));
   if (char* const entry = MakeRoom(end_, kHeadSize + head.length)) {
     StoreHead(entry, head);
     std::copy(data.begin(), data.end(), entry + kHeadSize);
@@ -302,13 +301,6 @@ int SiteVarRecDB::WriteEntry(const Head& head, std::string_view data) {
   if (bytes > 0 && WriteAt(data.data(), at, bytes) != bytes) return -1;
   if (head.kind != kString) return 0;
   return WriteAt("", at + bytes, 1) == 1 ? 0 : -1;
-}
-
-// Whether a text lies in the buffer of this file, which moves when it grows.
-bool SiteVarRecDB::IsOwnBytes(std::string_view data) const {
-  const std::less_equal<const char*> before;
-  return buffer.get() != nullptr && !data.empty() && before(buffer.get(), data.data()) &&
-         before(data.data(), buffer.get() + buffer.length());
 }
 
 int SiteVarRecDB::WriteCounts(int newEnd) {

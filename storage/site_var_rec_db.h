@@ -41,7 +41,7 @@ class SiteVarRecDB : public SiteDB {
   // entries that there are does not, as writes that failed leave one: the end offset ends them.
   int Open();
   // Writes the end offset where it differs, and closes; 0 or -1. `kept` as in SiteDB.
-  int Close(Image* kept = nullptr);
+  int Close(FileImage* kept = nullptr);
   int Flush();
 
   // Adds a string, or one reference to the equal one; its number, or -1 (an empty string). A
@@ -65,7 +65,7 @@ class SiteVarRecDB : public SiteDB {
   std::string_view ViewData(int id);
   // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text keeps
   // its place in it until the next Pack, also one that was released.
-  std::string_view WholeFile() const { return {buffer.get(), size}; }
+  std::string_view WholeFile() const { return image.view(); }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
   int ReleaseString(int id);
@@ -203,7 +203,6 @@ class SiteVarRecDB : public SiteDB {
   int AddEntry(int kind, std::string_view data);
   static void StoreHead(char* bytes, const Head& head);
   int WriteEntry(const Head& head, std::string_view data);
-  bool IsOwnBytes(std::string_view data) const;
   int WriteCounts(int newEnd);
   int AddReference(int offset);
   int Release(int id, int offset, bool isNamed);

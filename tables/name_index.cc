@@ -25,7 +25,7 @@ NameIndex::NameIndex(const SiteVarRecDB& store, int count)
 
 std::string_view NameIndex::Texts() const {
   if (store_ != nullptr) return store_->WholeFile();
-  if (closed_.bytes.get() != nullptr) return {closed_.bytes.get(), closed_.size};
+  if (closed_.isHeld()) return closed_.view();
   return texts_;
 }
 
@@ -94,7 +94,7 @@ void NameIndex::CopyNames() {
   if (Texts().data() != texts_.data()) Rewrite();
 }
 
-void NameIndex::Keep(SiteDB::Image bytes) {
+void NameIndex::Keep(FileImage bytes) {
   if (store_ == nullptr) return;
   store_ = nullptr;
   closed_ = std::move(bytes);

@@ -49,7 +49,7 @@ class NameIndex {
   // Copies all names, before the store moves them.
   void CopyNames();
   // Goes on with the bytes of the store, which is closed.
-  void Keep(SiteDB::Image bytes);
+  void Keep(FileImage bytes);
 
  private:
   struct Name {
@@ -77,7 +77,7 @@ class NameIndex {
   ProbeTable<Name> names_;
   // Where the texts lie: in an open store, or in the bytes of a closed one, or in `texts_`.
   const SiteVarRecDB* store_;
-  SiteDB::Image closed_;
+  FileImage closed_;
   std::string texts_;
   std::size_t removed_ = 0;  // bytes of `texts_` that no name refers to
 };

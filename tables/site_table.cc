@@ -66,7 +66,7 @@ int SiteTable::Close() {
 // The names that the index knows lie in the bytes of the store, so it takes those over.
 int SiteTable::CloseStrings() {
   if (index_ == nullptr) return strings_->Close();
-  SiteDB::Image bytes;
+  FileImage bytes;
   const int result = strings_->Close(&bytes);
   if (!strings_->isOpen()) index_->Keep(std::move(bytes));
   return result;
