@@ -48,7 +48,7 @@ int SiteVarRecDB::OpenEntries() {
     walked = std::int64_t{offset} + kHeadSize + head.length;
     if (!IsAcceptable(head.id)) {
       isSound_ = isSound_ && head.id < 0;
-      dead_ += kHeadSize + head.length;
+      dead_ += std::int64_t{kHeadSize} + head.length;
       return 0;
     }
     std::int32_t& known = offsets_.slot(static_cast<std::size_t>(head.id));
@@ -60,7 +60,9 @@ int SiteVarRecDB::OpenEntries() {
   if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
   isSound_ = isSound_ && walked == end_;
   if (!isSound_) search_.GiveTagsUp();
-  return result;
+  // Behind an entry that reaches past the end offset no later walk finds its way once the end
+  // offset has grown.
+  return result == 0 && walked > end_ ? MakeStringIndex() : result;
 }
 
 bool SiteVarRecDB::CountsAreSound() const {
@@ -75,7 +77,8 @@ int SiteVarRecDB::ReadEnd() {
     end_ = kFirstEntry;
     if (WriteEnd() < 0) return -1;
   }
-  return end_ >= kFirstEntry && end_ <= Length() ? 0 : -1;
+  lengthAtOpen_ = Length();
+  return end_ >= kFirstEntry && end_ <= lengthAtOpen_ ? 0 : -1;
 }
 
 int SiteVarRecDB::WriteEnd() {
@@ -136,8 +139,7 @@ int SiteVarRecDB::ReadEntry(int id, Head& head) {
 }
 
 bool SiteVarRecDB::HasData(int offset, const Head& head) const {
-  return head.id >= 0 && head.id < headerWord1 && head.length >= 1 &&
-         std::int64_t{offset} + kHeadSize + head.length <= end_;
+  return head.id >= 0 && head.id < headerWord1 && head.length >= 1 && IsInFile(offset, head.length);
 }
 
 int SiteVarRecDB::GetData(int id, void* destination) {
@@ -159,6 +161,7 @@ std::string_view SiteVarRecDB::DataAt(int offset, int length, std::string& scrat
     return bytes == nullptr ? std::string_view()
                             : std::string_view(bytes, static_cast<std::size_t>(length));
   }
+  if (!IsInFile(offset, length)) return {};
   const auto makeRoom = [&] {
     scratch.resize(static_cast<std::size_t>(length));
     return 0;
@@ -354,7 +357,7 @@ int SiteVarRecDB::DeleteData(int id) {
 
 int SiteVarRecDB::MarkEntryDead(int offset, const Head& head) {
   if (WriteHeadWord(offset, 0, -1) < 0) return -1;
-  if (head.id >= 0) dead_ += kHeadSize + head.length;
+  if (head.id >= 0) dead_ += std::int64_t{kHeadSize} + head.length;
   return 0;
 }
 
@@ -380,6 +383,7 @@ int SiteVarRecDB::PackEntries() {
   if (!inMemory || !isAsWritten) return UseOpened();
   ForgetEntries();
   end_ = endInFile_ = static_cast<std::int32_t>(packed.end());
+  lengthAtOpen_ = Length();
   isSound_ = true;
   offsets_ = std::move(offsets);
   return 0;

@@ -36,9 +36,10 @@ class SiteVarRecDB : public SiteDB {
  public:
   SiteVarRecDB(std::string filePath, bool wholeFile);
 
-  // Opens the file and reads which number lies where; 0 or -1. A negative count, an id count above
-  // 2^26, an end offset or an entry beyond the end of the file give -1. An entry count above the
-  // entries that there are does not, as writes that failed leave one: the end offset ends them.
+  // Opens the file and reads which number lies where; 0 or -1. A negative count or length, an id
+  // count above 2^26, an end offset or a string beyond the end of the file give -1. Other damage
+  // does not: the walk over the entries stops where it reaches the end offset, so an entry count
+  // that is too high, as failed writes leave one, loses nothing.
   int Open();
   // Writes the end offset where it differs, and closes; 0 or -1. `kept` as in SiteDB.
   int Close(FileImage* kept = nullptr);
@@ -142,7 +143,7 @@ class SiteVarRecDB : public SiteDB {
     for (int k = 0; k < headerWord2 && at < end_; ++k) {
       Head head;
       if (ReadHead(static_cast<int>(at), head) < 0) return -1;
-      if (head.length < 0 || at + kHeadSize + head.length > end_) return -1;
+      if (head.length < 0) return -1;
       if (visit(static_cast<int>(at), head) < 0) return -1;
       at += kHeadSize + head.length;
     }
@@ -177,6 +178,9 @@ class SiteVarRecDB : public SiteDB {
   }
   int ReadEntry(int id, Head& head);
   bool HasData(int offset, const Head& head) const;
+  bool IsInFile(int offset, int length) const {
+    return std::int64_t{offset} + kHeadSize + length <= std::max<std::int64_t>(end_, lengthAtOpen_);
+  }
   std::string_view DataAt(int offset, int length, std::string& scratch);
   // The data of a string without its terminating zero.
   static std::string_view TextOf(std::string_view data) {
@@ -209,8 +213,9 @@ class SiteVarRecDB : public SiteDB {
   int MarkEntryDead(int offset, const Head& head);
   int AppendLiveEntries(PackFile& packed, int& entries, IdTable<std::int32_t>& offsets);
 
-  std::int32_t end_ = 0;        // end offset
-  std::int32_t endInFile_ = 0;  // as it stands at 24
+  std::int32_t end_ = 0;           // end offset
+  std::int32_t endInFile_ = 0;     // as it stands at 24
+  std::int64_t lengthAtOpen_ = 0;  // of the file
   std::int64_t dead_ = 0;
   // At open: the entries reached to the end offset, each live one with a number of its own that was
   // handed out.

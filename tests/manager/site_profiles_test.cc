@@ -85,6 +85,26 @@ TEST_F(SiteProfiles, ANewProfileStartsEmptyEvenWhereTablesWereLeft) {
   EXPECT_EQ(Tables("new"), 0);
 }
 
+// Whichever call fails, and fails again, as on a full disk: once there is room, a profile is added,
+// and the next session has it and all that there were.
+TEST_F(SiteProfiles, AreNotLostWhereAddingOneHasFailed) {
+  int added = 0;
+  const auto add = [&] { return mgr().AddSiteProf("new" + std::to_string(++added)); };
+  const int calls = test::FailEachCall(
+      [] {}, add,
+      [&](const test::FailedRun& run) {
+        {
+          test::FileFault again(run.call);
+          add();
+        }
+        ASSERT_GE(add(), 0) << run.call;
+        site_.Start();
+        EXPECT_EQ(Profile("demo").topFile, site_.path("index.html")) << run.call;
+        EXPECT_GE(mgr().GetSiteProf()->Find("new" + std::to_string(added)), 0) << run.call;
+      });
+  EXPECT_GT(calls, 20);
+}
+
 TEST_F(SiteProfiles, NamesThatNoFolderCanHaveAreRefused) {
   const SiteProfile profile = Profile("demo");
   for (const char* name : {"", ".", "..", "nul", "a.", "a ", "a/b", "..\\a", "a:b", "a*", "DEMO"}) {

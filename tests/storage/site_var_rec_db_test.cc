@@ -254,6 +254,27 @@ TEST_P(VariableFile, FindsStringsWithoutAskingTheFile) {
   }
 }
 
+// As a damaged length makes it. What it claims is its own as far as the file goes; a text must be
+// all there, a block is only missed when it is asked for.
+TEST_P(VariableFile, OpensToItsEndOffsetWhateverItsLastEntryClaims) {
+  const std::string a = Entry(0, 1, 1, "a\0"s), last = Entry(1, 1, 1, "0123456789\0"s);
+  for (const int end : {28 + 18 + 1, 28 + 18 + 16, 28 + 18 + 26}) {
+    OpenOn(Head({2, 2, end}) + a + last);
+    EXPECT_EQ(db_->FindString("0123456789"), 1) << end;
+    EXPECT_EQ(Text(0), "a");
+    EXPECT_EQ(db_->AddString("new"), 2);
+    EXPECT_EQ(db_->FindString("a"), 0);
+    EXPECT_EQ(Closed().substr(static_cast<std::size_t>(end), 20), Entry(2, 1, 1, "new\0"s));
+  }
+  for (const int kind : {1, 2}) {
+    folder_.write("t", Head({2, 2, 28 + 18 + 17}) + a + test::Words({1, INT32_MAX, 1, kind}) + "x");
+    EXPECT_EQ(db_->Open(), kind == 1 ? -1 : 0);
+    EXPECT_EQ(db_->DataLength(1), -1);
+    EXPECT_EQ(Text(0), kind == 1 ? "(none)" : "a");
+    db_->Close();
+  }
+}
+
 // Each count that could not be written leaves one entry more claimed than there are.
 TEST_P(VariableFile, OpensAgainAfterWritesFailedManyTimes) {
   const auto prepare = [&] { OpenOn(Head({1, 1, 46}) + Entry(0, 1, 1, "a\0"s)); };
