@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -13,8 +14,9 @@
 #include "links/target_resolver.h"
 #include "manager_base/operation_memo.h"
 #include "storage/id_table.h"
-#include "storage/probe_table.h"
+#include "storage/text_map.h"
 #include "tables/site_link_db.h"
+#include "util/hash.h"
 #include "util/prefetch.h"
 #include "util/url_id.h"
 
@@ -25,29 +27,34 @@ namespace zvrsit {
 // no entry is deleted.
 class TargetMemo {
  public:
-  // Turns to the targets of pages whose base and root are these. Targets known by a number of the
-  // link table are forgotten where `links` has freed one since, which may be another text by now.
-  void TurnTo(std::string_view base, std::string_view root, const SiteLinkDB* links);
+  // From now on targets are those of pages with this base and root. Targets that are known by a
+  // number of the link table are forgotten where `links` has freed a number since: it may stand for
+  // another text by now.
+  void SetBase(std::string_view base, std::string_view root, const SiteLinkDB* links);
   // Forgets all targets.
   void Clear();
 
   // What `target` stands for; an id of -1 is a target without a link. Null when it is not known.
-  // `variant` tells apart targets that read the same and are resolved in two ways.
-  const UrlID* Find(std::string_view target, bool variant) const;
+  // `takesName`: the name of the default document is put behind it before it is resolved.
+  const UrlID* Find(std::string_view target, bool takesName) const {
+    return targets_[takesName ? 1 : 0].Find(target, HashOf(target));
+  }
   // Remembers a target that Find did not find.
-  void Put(std::string_view target, bool variant, const UrlID& place);
+  void Put(std::string_view target, bool takesName, const UrlID& place) {
+    targets_[takesName ? 1 : 0].Insert(target, HashOf(target), place);
+  }
 
   // The same for a target whose text is a string of the link table, by its number there.
-  const UrlID* FindText(int text, bool variant) const {
+  const UrlID* FindText(int text, bool takesName) const {
     const auto at = static_cast<std::size_t>(text);
-    const auto& texts = texts_[variant ? 1 : 0];
+    const auto& texts = texts_[takesName ? 1 : 0];
     if (at >= texts.size()) return nullptr;
     const TextEntry& entry = texts.at(at);
-    return entry.turn == turn_ ? &entry.place : nullptr;
+    return entry.round == round_ ? &entry.place : nullptr;
   }
-  void PutText(int text, bool variant, const UrlID& place);
-  // Brings near what FindText without a variant will read.
-  void ExpectText(int text) const {
+  void PutText(int text, bool takesName, const UrlID& place);
+  // Fetches what FindText of a target that takes no name will read.
+  void FetchText(int text) const {
     const auto at = static_cast<std::size_t>(text);
     if (at < texts_[0].size()) PrefetchMemory(&texts_[0].at(at));
   }
@@ -56,32 +63,26 @@ class TargetMemo {
   static constexpr std::size_t kLongest = 1024;
 
  private:
-  struct Entry {
-    std::uint32_t hash = 0;
-    std::uint32_t offset = 0;  // of the target in bytes_
-    std::uint32_t length = 0;
-    bool variant = false;
-    UrlID place;
-  };
   struct TextEntry {
-    std::uint32_t turn = 0;  // when it was put
+    std::uint32_t round = 0;  // in which it was put
     UrlID place;
   };
 
-  static std::uint32_t HashOf(std::string_view target, bool variant);
+  static std::uint32_t HashOf(std::string_view target) {
+    return static_cast<std::uint32_t>(HashBytes(target));
+  }
 
   std::string base_;                         // base and root
-  std::uint32_t releases_ = 0;               // of the link table when this turn was begun
-  std::uint32_t turn_ = 1;                   // what was put in others is forgotten
-  std::array<IdTable<TextEntry>, 2> texts_;  // by variant, then number; as long as the largest
-  ProbeTable<Entry> entries_;
-  std::string bytes_;
-  std::string key_;  // scratch
+  std::uint32_t releases_ = 0;               // of the link table when this round began
+  std::uint32_t round_ = 1;                  // what was put in an earlier one is forgotten
+  std::array<IdTable<TextEntry>, 2> texts_;  // by `takesName`, then number; as long as the largest
+  std::array<TextMap<UrlID>, 2> targets_;    // by `takesName`
+  std::string key_;                          // scratch
 };
 
-// Goes ahead of the rows that are being registered, some at a time, and brings near what looking
-// for their targets will read: first the slot of each text's hash, then, when those have come, its
-// string.
+// Looking for the target of a row waits for memory twice: for the slot of the text's hash, then for
+// the string. This goes some rows ahead of those that are being registered and fetches both, so
+// that the waits of several rows overlap.
 class RowsAhead {
  public:
   // The rows before `end` of `rows`. `texts` are the strings of the link table, or null.
@@ -89,10 +90,12 @@ class RowsAhead {
             const TargetMemo& targets)
       : rows_(rows), texts_(texts), targets_(targets), end_(end) {}
 
-  // What is expected of looking for the target of a row; to be asked for one row after another.
-  const FoundString& ExpectedOf(std::size_t row) {
+  // What looking for the target of a row will most likely find; to be asked for one row after
+  // another.
+  const FoundString& GuessFor(std::size_t row) {
+    assert(row < end_ && row + kRows >= passed_);
     if (row >= passed_) GoAhead(row);
-    return expected_[row % kRows];
+    return guesses_[row % kRows];
   }
 
  private:
@@ -104,8 +107,8 @@ class RowsAhead {
   const SiteVarRecDB* const texts_;
   const TargetMemo& targets_;
   const std::size_t end_;
-  std::size_t passed_ = 0;                     // all rows before it
-  std::array<FoundString, kRows> expected_{};  // by row, in turn
+  std::size_t passed_ = 0;                    // all rows before it
+  std::array<FoundString, kRows> guesses_{};  // of the last rows, each at its number modulo kRows
 };
 
 struct LinkMemo {

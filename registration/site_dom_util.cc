@@ -190,9 +190,9 @@ int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
   RowsAhead ahead(rows, end, linkTexts_, memo_->targets);
   Outcome last = Outcome::kDone;
   for (std::size_t i = begin; i < end; ++i) {
-    const FoundString& expected = ahead.ExpectedOf(i);
+    const FoundString& guess = ahead.GuessFor(i);
     if (rows[i].ofSameElement && last != Outcome::kDone && !rules_.goesOnAfterFailure) continue;
-    last = AddRow(rows[i], expected);
+    last = AddRow(rows[i], guess);
     if (last == Outcome::kFailed) return -1;
   }
   return 0;
@@ -203,19 +203,19 @@ void SiteDOMUtil::TurnToBase(std::int32_t base) {
   TargetResolver& resolver = memo_->resolver;
   resolver.BeginPage(siteRoot_, pagePath);
   memo_->rows.parts.ForEachBase(base, [&](const std::string& href) { resolver.SetBase(href); });
-  memo_->targets.TurnTo(resolver.baseText(), siteRoot_, linkTable);
+  memo_->targets.SetBase(resolver.baseText(), siteRoot_, linkTable);
   self_ = UrlID();
   base_ = base;
 }
 
 // Registers the target of one reference and adds the link. Most references of a site stand in a
-// page with the same base word by word, and cost one look-up more than their text. `expected` is
-// what to expect of looking for the target among the texts of the link table.
-Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& expected) {
+// page with the same base word by word, and cost one look-up more than their text. `guess` is what
+// looking for the target among the texts of the link table will most likely find.
+Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& guess) {
   if (row.base != base_) TurnToBase(row.base);
   if (registrar_.IsHidden(row.target)) return Outcome::kSkipped;
   FoundString text;
-  if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, expected);
+  if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, guess);
   const bool takesName = TakesDefaultName(row);
   const UrlID* const known = text.id < 0 ? nullptr : memo_->targets.FindText(text.id, takesName);
   UrlID target;

@@ -54,7 +54,7 @@ class SiteDOMUtil {
   int StoreAnchors();
   int AddRows(std::size_t begin, std::size_t end);
   void TurnToBase(std::int32_t base);
-  Outcome AddRow(const LinkRow& row, const FoundString& expected);
+  Outcome AddRow(const LinkRow& row, const FoundString& guess);
   Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text, UrlID& target);
   Outcome AddLink(const LinkRow& row, const UrlID& target, FoundString& text);
   Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);

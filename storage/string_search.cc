@@ -60,7 +60,6 @@ void StringSearch::Forget() {
 
 void StringSearch::ForgetAsked() {
   asked_.Clear();
-  askedTexts_.clear();
   released_.clear();
   tags_.Reset(0);
   passesLeft_ = 0;
@@ -149,10 +148,7 @@ void StringSearch::EnterTagged(std::span<const std::string_view> texts) {
     if (isWanted(text, hash)) Enter(text, hash, head.id, offset);
   }
   TakeReleasedOut(isWanted);
-  wanted.ForEach([this](const Wanted& each) {
-    asked_.Insert(each.hash, {0, askedTexts_.size(), each.text.size()});
-    askedTexts_.append(each.text);
-  });
+  wanted.ForEach([this](const Wanted& each) { asked_.Insert(each.text, each.hash, {}); });
 }
 
 // Where the live entries with these tags lie, in the order of the file. Few have one of them, so
@@ -174,13 +170,6 @@ std::vector<std::int32_t> StringSearch::OffsetsOf(const TagSet& wanted) const {
   });
   std::sort(offsets.begin(), offsets.end());
   return offsets;
-}
-
-bool StringSearch::WasAsked(std::string_view text, std::uint32_t hash) const {
-  const Asked* const found = asked_.Find(hash, [this, text](const Asked& asked) {
-    return std::string_view(askedTexts_).substr(asked.offset, asked.length) == text;
-  });
-  return found != nullptr;
 }
 
 StringSearch::Name* StringSearch::FindName(std::string_view text, std::uint32_t hash) {

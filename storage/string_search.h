@@ -28,6 +28,7 @@
 
 #include "storage/id_table.h"
 #include "storage/probe_table.h"
+#include "storage/text_map.h"
 #include "util/prefetch.h"
 
 namespace zvrsit {
@@ -70,7 +71,7 @@ class StringSearch {
   int MakeIndex();
   bool isIndexMade() const { return indexMade_; }
   bool IsKnown(std::string_view text, std::uint32_t hash) const {
-    return indexMade_ || (!asked_.empty() && WasAsked(text, hash));
+    return indexMade_ || (!asked_.empty() && asked_.Find(text, hash) != nullptr);
   }
 
   // Gets the memory that Enter will need for a string whose entry lies at `offset`.
@@ -87,11 +88,7 @@ class StringSearch {
     std::int32_t id;
     std::int32_t offset;
   };
-  struct Asked {
-    std::uint32_t hash;
-    std::size_t offset;  // of the text in askedTexts_
-    std::size_t length;
-  };
+  struct Nothing {};
   struct Wanted {
     std::uint32_t hash;
     std::string_view text;
@@ -104,7 +101,6 @@ class StringSearch {
   };
   using TagSet = std::bitset<1 << 16>;
 
-  bool WasAsked(std::string_view text, std::uint32_t hash) const;
   void ForgetAsked();
   int EnterAll();
   void EnterTagged(std::span<const std::string_view> texts);
@@ -120,8 +116,7 @@ class StringSearch {
   ProbeTable<Name> names_;
   bool indexMade_ = false;
   std::unordered_map<std::int32_t, std::string> copies_;  // by offset
-  ProbeTable<Asked> asked_;  // texts that were asked for before the index was made
-  std::string askedTexts_;
+  TextMap<Nothing> asked_;              // texts that were asked for before the index was made
   std::vector<std::int32_t> released_;  // offsets of entries
   IdTable<std::uint16_t> tags_;         // by number; 0 for none
   int passesLeft_ = 0;

@@ -1,6 +1,7 @@
 #include "tables/name_index.h"
 
 #include <algorithm>
+#include <cassert>
 #include <functional>
 #include <utility>
 
@@ -10,6 +11,9 @@ namespace zvrsit {
 
 namespace {
 
+// So many bytes of copies may lie there unused.
+constexpr std::size_t kUnusedBytes = 4096;
+
 bool LiesIn(std::string_view whole, std::string_view text) {
   const std::less_equal<const char*> before;
   return before(whole.data(), text.data()) &&
@@ -18,27 +22,47 @@ bool LiesIn(std::string_view whole, std::string_view text) {
 
 }  // namespace
 
+std::string_view NameTexts::view() const {
+  if (store_ != nullptr) return store_->WholeFile();
+  return closed_.isHeld() ? closed_.view() : copies_;
+}
+
+bool NameTexts::HoldsStored(std::string_view text) const {
+  return store_ != nullptr && LiesIn(view(), text);
+}
+
+std::size_t NameTexts::Place(std::string_view text) {
+  assert(areCopies() || HoldsStored(text));
+  if (store_ != nullptr) return static_cast<std::size_t>(text.data() - view().data());
+  copies_.append(text);
+  return copies_.size() - text.size();
+}
+
+void NameTexts::MakeRoom(std::size_t length) {
+  const std::size_t wanted = copies_.size() + length;
+  if (wanted > copies_.capacity()) copies_.reserve(std::max(wanted, copies_.size() * 2));
+}
+
+void NameTexts::TakeCopies(std::string copies) {
+  copies_ = std::move(copies);
+  store_ = nullptr;
+  closed_.Drop();
+}
+
+void NameTexts::Keep(FileImage bytes) {
+  if (store_ == nullptr) return;
+  store_ = nullptr;
+  closed_ = std::move(bytes);
+}
+
 NameIndex::NameIndex(const SiteVarRecDB& store, int count)
-    : store_(store.isInMemory() ? &store : nullptr) {
+    : names_(NameTexts(store.isInMemory() ? &store : nullptr)) {
   names_.Reserve(static_cast<std::size_t>(count));
 }
 
-std::string_view NameIndex::Texts() const {
-  if (store_ != nullptr) return store_->WholeFile();
-  if (closed_.isHeld()) return closed_.view();
-  return texts_;
-}
-
-auto NameIndex::HasText(std::string_view text) const {
-  return [texts = Texts(), text](const Name& name) {
-    return name.length == text.size() && name.offset <= texts.size() &&
-           texts.substr(name.offset, name.length) == text;
-  };
-}
-
 int NameIndex::Find(std::string_view text) const {
-  const Name* name = names_.Find(SiteVarRecDB::HashOf(text), HasText(text));
-  return name == nullptr || name->number < 0 ? -1 : name->number;
+  const std::int32_t* const number = names_.Find(text, SiteVarRecDB::HashOf(text));
+  return number == nullptr || *number < 0 ? -1 : *number;
 }
 
 void NameIndex::Put(std::string_view text, int number) {
@@ -46,75 +70,40 @@ void NameIndex::Put(std::string_view text, int number) {
 }
 
 void NameIndex::Put(std::string_view text, int number, std::uint32_t hash) {
-  if (Name* known = names_.Find(hash, HasText(text))) {
-    known->number = number;
+  if (std::int32_t* const known = names_.Find(text, hash)) {
+    *known = number;
     return;
   }
-  const std::uint32_t offset = Place(text);
-  names_.Insert(hash, {0, number, offset, static_cast<std::uint32_t>(text.size())});
-}
-
-// Where a text lies that is to be entered.
-std::uint32_t NameIndex::Place(std::string_view text) {
-  const std::string_view whole = Texts();
-  if (store_ != nullptr && LiesIn(whole, text)) {
-    return static_cast<std::uint32_t>(text.data() - whole.data());
-  }
-  CopyNames();
-  texts_.append(text);
-  return static_cast<std::uint32_t>(texts_.size() - text.size());
+  if (!names_.texts().HoldsStored(text)) CopyNames();
+  names_.Insert(text, hash, number);
 }
 
 void NameIndex::Remove(std::string_view text) {
-  Name* name = names_.Find(SiteVarRecDB::HashOf(text), HasText(text));
-  if (name == nullptr) return;
-  const std::size_t length = name->length;
-  names_.Erase(name);
-  if (Texts().data() != texts_.data()) return;
-  removed_ += length;
-  if (removed_ <= kKeptBytes || removed_ <= texts_.size() / 2) return;
+  if (!names_.Remove(text, SiteVarRecDB::HashOf(text)) || !names_.texts().areCopies()) return;
+  removed_ += text.size();
+  if (removed_ <= kUnusedBytes || removed_ <= names_.texts().view().size() / 2) return;
   Guarded([&] {  // without memory they stay
-    Rewrite();
+    CopyAnew();
     return 0;
   });
 }
 
-void NameIndex::MakeRoom(std::size_t length) {
-  names_.Reserve(names_.size() + 1);
-  if (Texts().data() == texts_.data()) GrowTexts(length);
+void NameIndex::Clear() {
+  names_.Clear();
+  removed_ = 0;
 }
 
-// Makes room for a text of that length behind the others, in linear time for many.
-void NameIndex::GrowTexts(std::size_t length) {
-  const std::size_t wanted = texts_.size() + length;
-  if (wanted > texts_.capacity()) texts_.reserve(std::max(wanted, texts_.size() * 2));
+void NameIndex::MakeRoom(std::size_t length) {
+  names_.Reserve(names_.size() + 1);
+  if (names_.texts().areCopies()) names_.texts().MakeRoom(length);
 }
 
 void NameIndex::CopyNames() {
-  if (Texts().data() != texts_.data()) Rewrite();
+  if (!names_.texts().areCopies()) CopyAnew();
 }
 
-void NameIndex::Keep(FileImage bytes) {
-  if (store_ == nullptr) return;
-  store_ = nullptr;
-  closed_ = std::move(bytes);
-}
-
-// Copies the texts of all names, and no others, from where they lie.
-void NameIndex::Rewrite() {
-  const std::string_view texts = Texts();
-  std::size_t length = 0;
-  names_.ForEach([&length](const Name& name) { length += name.length; });
-  std::string copied;
-  copied.reserve(length);
-  names_.ForEach([&](Name& name) {
-    const std::size_t offset = copied.size();
-    if (name.offset <= texts.size()) copied.append(texts.substr(name.offset, name.length));
-    name.offset = static_cast<std::uint32_t>(offset);
-  });
-  texts_ = std::move(copied);
-  store_ = nullptr;
-  closed_ = {};
+void NameIndex::CopyAnew() {
+  names_.texts().TakeCopies(names_.Move());
   removed_ = 0;
 }
 

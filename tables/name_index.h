@@ -11,11 +11,36 @@
 #include <string_view>
 
 #include "storage/batch.h"
-#include "storage/probe_table.h"
 #include "storage/site_var_rec_db.h"
+#include "storage/text_map.h"
 #include "util/prefetch.h"
 
 namespace zvrsit {
+
+// Where the names of an index lie: in an open store, in the bytes of a closed one, or in copies.
+class NameTexts {
+ public:
+  // `store` is null where names are copied from the begin.
+  explicit NameTexts(const SiteVarRecDB* store) : store_(store) {}
+
+  std::string_view view() const;
+  bool areCopies() const { return store_ == nullptr && !closed_.isHeld(); }
+  // Whether this lies in `view()` of an open store, and so need not be copied.
+  bool HoldsStored(std::string_view text) const;
+  // A text that lies there, or is a copy from now on.
+  std::size_t Place(std::string_view text);
+  void Clear() { copies_.clear(); }
+
+  // Makes room for one more copy of that length, in linear time for many.
+  void MakeRoom(std::size_t length);
+  void TakeCopies(std::string copies);
+  void Keep(FileImage bytes);
+
+ private:
+  const SiteVarRecDB* store_;
+  FileImage closed_;
+  std::string copies_;
+};
 
 class NameIndex {
  public:
@@ -35,7 +60,7 @@ class NameIndex {
   template <class Names>
   void PutAll(Names names) {
     const auto put = [this](const NewName& name) { Put(name.text, name.number, name.hash); };
-    auto batch = MakeBatch<NewName>(put, store_ != nullptr);
+    auto batch = MakeBatch<NewName>(put, !names_.texts().areCopies());
     names([this, &batch](std::string_view text, int number) {
       const std::uint32_t hash = SiteVarRecDB::HashOf(text);
       batch.Add(names_.Home(hash), {hash, number, text});
@@ -44,42 +69,25 @@ class NameIndex {
   }
   // Forgets a text; one that is not there is ignored. It needs no memory, nor does Clear.
   void Remove(std::string_view text);
-  void Clear() { names_.Clear(); }
+  void Clear();
 
   // Copies all names, before the store moves them.
   void CopyNames();
   // Goes on with the bytes of the store, which is closed.
-  void Keep(FileImage bytes);
+  void Keep(FileImage bytes) { names_.texts().Keep(std::move(bytes)); }
 
  private:
-  struct Name {
-    std::uint32_t hash;
-    std::int32_t number;
-    std::uint32_t offset;  // in what Texts() gives
-    std::uint32_t length;
-  };
-
   struct NewName {
     std::uint32_t hash;
     std::int32_t number;
     std::string_view text;
   };
 
-  static constexpr std::size_t kKeptBytes = 4096;
-
   void Put(std::string_view text, int number, std::uint32_t hash);
-  std::string_view Texts() const;
-  auto HasText(std::string_view text) const;
-  std::uint32_t Place(std::string_view text);
-  void Rewrite();
-  void GrowTexts(std::size_t length);
+  void CopyAnew();
 
-  ProbeTable<Name> names_;
-  // Where the texts lie: in an open store, or in the bytes of a closed one, or in `texts_`.
-  const SiteVarRecDB* store_;
-  FileImage closed_;
-  std::string texts_;
-  std::size_t removed_ = 0;  // bytes of `texts_` that no name refers to
+  TextMap<std::int32_t, NameTexts> names_;
+  std::size_t removed_ = 0;  // bytes of copies that no name refers to
 };
 
 }  // namespace zvrsit
