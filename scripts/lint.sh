@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What a compiler does not see:  scripts/lint.sh [format|tidy|includes|words]...  (all without a word)
+# What a compiler does not see:  scripts/lint.sh [format|tidy|includes|words|virtual]...  (all without a word)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -21,6 +21,10 @@ lint_tidy() {
 # The rooms include downwards only.
 lint_includes() { python3 scripts/check_includes.py; }
 
+# A record file, a table or a record has one virtual function, its destructor: an application is built
+# against that.
+lint_virtual() { ! git grep -nw virtual -- 'storage/*.h' 'tables/*.h' | grep -v 'virtual ~'; }
+
 # No path of one machine, and no talk of papers that a reader of this tree does not have.
 lint_words() {
   local ok=0
@@ -31,7 +35,7 @@ lint_words() {
 }
 
 require_packages "${BUILD_PACKAGES[@]}" "${LINT_PACKAGES[@]}"
-[ $# -gt 0 ] || set -- words includes format tidy
+[ $# -gt 0 ] || set -- words includes virtual format tidy
 for check in "$@"; do
   echo "lint: $check"
   "lint_$check"
