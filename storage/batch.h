@@ -1,6 +1,6 @@
-// Batch: many items on their way to be worked on, each with memory that lies anywhere. The memory
-// of several is asked for, to be read or written, before the first of them is worked on, so that
-// they wait for it together.
+// Batch: a loop over items of which each needs some memory that lies anywhere. Working on them one
+// by one would wait for memory at every item. A batch collects some items first. It asks for the
+// memory of each when it is added, and works on them when it is full, so that their waits overlap.
 #pragma once
 
 #include <array>
@@ -10,15 +10,15 @@
 
 namespace zvrsit {
 
-// `work(item)` is called for each in the order in which they were added, some time after that, at
-// the latest in Finish.
+// Calls `work(item)` for each item, in the order in which they were added, at the latest in Finish.
 template <class Item, class Work>
 class Batch {
  public:
-  // Without `mayWait` each item is worked on at once, for items that the next one spoils.
+  // Without `mayWait` each item is worked on at once: for items that are no longer good when the
+  // next one is made.
   Batch(Work work, bool mayWait) : work_(work), atOnce_(mayWait ? kMost : 1) {}
 
-  // `place` is what the work will look at first; null for nothing.
+  // `place` is the memory that the work will need first; null for none.
   void Add(const void* place, const Item& item) {
     PrefetchMemory(place);
     items_[count_++] = item;

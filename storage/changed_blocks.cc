@@ -1,6 +1,7 @@
 #include "storage/changed_blocks.h"
 
 #include <new>
+#include <tuple>
 
 namespace zvrsit {
 
@@ -25,7 +26,7 @@ std::size_t ChangedBlocks::Skip(std::size_t at, std::uint32_t size, bool changed
 // A call of the system costs about as much as writing four blocks.
 bool ChangedBlocks::AreFew(std::uint32_t size) const {
   std::size_t bytes = 0;
-  ForEachPart(size, [&bytes](std::size_t from, std::size_t to) {
+  std::ignore = ForEachPart(size, [&bytes](std::size_t from, std::size_t to) {
     bytes += to - from + 4 * kBlock;
     return 0;
   });

@@ -1,5 +1,6 @@
 #include "storage/file_image.h"
 
+#include <cassert>
 #include <chrono>
 #include <cstring>
 #include <functional>
@@ -92,6 +93,7 @@ bool FileImage::IsAsNoted(int fd) const {
 }
 
 int FileImage::Save(int fd) {
+  assert(isHeld());
   const auto write = [this, fd](std::size_t from, std::size_t to) { return Write(fd, from, to); };
   const bool inParts = changed_.AreFew(size_) && IsAsNoted(fd);
   const int result = inParts ? changed_.ForEachPart(size_, write) : write(0, size_);
@@ -115,6 +117,7 @@ void FileImage::Drop() {
 }
 
 void FileImage::CutToSaved(std::uint32_t size) {
+  assert(isHeld() && size <= size_);
   isChanged_ = false;
   size_ = size;
   capacity_ = CapacityFor(size);

@@ -1,5 +1,6 @@
-// IdTable: one small value for each number, zero until set, in pieces that are made when first
-// written. Memory follows the numbers in use, not the largest one that a file claims to have.
+// IdTable: one small value for each number, zero until set. The values lie in pieces, and a piece
+// is made when something in it is first set. So memory follows the numbers that are in use, not the
+// count that the header of a damaged file claims.
 #pragma once
 
 #include <algorithm>
@@ -45,7 +46,8 @@ class IdTable {
   }
 
   // Calls isWanted(id, value) for each id whose value differs from zero, in ascending order, until
-  // one gives true; whether one did. Whether it sees its own changes of the table is open.
+  // one gives true; whether one did. If isWanted changes the table, it may or may not be called for
+  // what it changed.
   template <class IsWanted>
   bool FindSet(IsWanted isWanted) const {
     for (std::size_t id = 0; id < count_; id += kPiece) {

@@ -1,10 +1,11 @@
 // PackFile: the file beside a database file that a compaction writes and then puts in its place.
 //
-// What comes of it is what a SiteDB in whole-file mode would make of that path. One that is there
-// is opened as it is, not emptied, on purpose: what it held beyond the packed part stays behind
-// that; and one that is shorter than a header gets the length that opening gives to such a file.
+// It ends up as if a SiteDB in whole-file mode had written it. A file that is there already is not
+// emptied, on purpose: what it held beyond the packed part stays. One that is shorter than a header
+// first gets the length that opening gives to such a file.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -23,11 +24,12 @@ class PackFile {
   PackFile& operator=(const PackFile&) = delete;
   const std::string& path() const { return path_; }
 
-  // 0 or -1, as all of these. The first `headBytes` bytes are left for Finish.
-  int Open(int headBytes);
+  // All of these give 0 or -1. The first `headBytes` bytes are left for Finish.
+  [[nodiscard]] int Open(int headBytes);
   // Puts bytes at the end. Those that lie in memory must stay there until Finish; others were read
   // from a file, and are copied.
-  int Append(std::string_view bytes, bool liesInMemory) {
+  [[nodiscard]] int Append(std::string_view bytes, bool liesInMemory) {
+    assert(fd_ >= 0);
     end_ += static_cast<std::int64_t>(bytes.size());
     if (!liesInMemory || run_.data() + run_.size() != bytes.data()) {
       return Begin(bytes, liesInMemory);
@@ -40,7 +42,7 @@ class PackFile {
   // Whether the file will hold something behind the packed part.
   bool hasTail() const { return end_ < sizeAtOpen_; }
   // Writes what is due, then the head, as long as Open was told, and closes the file.
-  int Finish(std::string_view head);
+  [[nodiscard]] int Finish(std::string_view head);
 
  private:
   static constexpr std::size_t kPiece = std::size_t{1} << 18;

@@ -1,7 +1,10 @@
 // ProbeTable: a growing hash table with linear probing. The caller brings the hash and says what
-// equals what, so that an entry can stand for a text that lies elsewhere.
+// equals what, so that an entry can stand for a text that lies elsewhere. It beside the hash tables
+// of the standard library: no memory of its own for each entry, and the caller can have the memory
+// that a look-up will need fetched beforehand.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -54,6 +57,7 @@ class ProbeTable {
 
   // Takes away an entry that Find gave.
   void Erase(Entry* entry) {
+    assert(entry->hash != 0 && used_ > 0);
     std::size_t hole = static_cast<std::size_t>(entry - slots_.data());
     for (std::size_t at = (hole + 1) & mask(); slots_[at].hash != 0; at = (at + 1) & mask()) {
       const std::size_t home = slots_[at].hash & mask();

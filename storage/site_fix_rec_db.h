@@ -199,7 +199,7 @@ class SiteFixRecDB : public SiteDB {
   static bool HoldsEnds(int type) {
     return type == SiteRelRec::kRecordType || type == SiteLinkRec::kRecordType;
   }
-  // Whether a record holds more than its id.
+  // Whether records hold words behind their id.
   bool HasWords() const { return recordType >= 2 && recordType <= 8; }
   bool HoldsWordsOf(int classType) const {
     return !HasWords() || classType == recordType || IsBaseOfRecords(classType);

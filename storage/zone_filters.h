@@ -1,12 +1,17 @@
-// ZoneFilters: which values one word of the records may have in each zone (a fixed number of bytes)
-// of a file, so that a walk that looks for one value passes over most of a large file.
+// ZoneFilters: where in a large file a record with a given number in one of its words may lie.
 //
-// Each zone has a Bloom filter (B. Bloom, Space/time trade-offs in hash coding with allowable
-// errors, CACM 13, 1970). A filter may say "perhaps" of a value that its zone does not have, but it
-// never says "no" of one that was added. A value sets two bits: one for its low digit, one for its
-// high digit. So a false "perhaps" needs one value of the zone with the same low digit and one with
-// the same high digit, which is rare for numbers that lie in order. Bit n of all filters lies side
-// by side, so that a search for one value reads few bytes.
+// One saved page looks for its own links among all links of the site. An index over all of them
+// would cost more than the rest of the save. So the file is divided into zones of equal length, and
+// each zone has a filter that tells of a number whether a record of the zone may have it. The links
+// of one page mostly lie side by side, so a walk that asks the filters first reads very few zones.
+//
+// The filter is a Bloom filter (B. Bloom, Space/time trade-offs in hash coding with allowable
+// errors, CACM 13, 1970). It never says "no" of a number that was added, but it may say "perhaps"
+// of one that was not. A number is written with two digits, and sets one bit for each. A wrong
+// "perhaps" needs another number of the zone with the same first digit and one with the same
+// second, which is rare where the numbers of a zone are close to each other. The filters are stored
+// bit by bit, not zone by zone: all first bits, then all second bits. So a search for one number
+// reads two rows only.
 #pragma once
 
 #include <algorithm>
@@ -42,7 +47,8 @@ class ZoneFilters {
       rows_[row + zone / 64] |= std::uint64_t{1} << zone % 64;
     }
   }
-  // The same for record after record from the begin on, in less time where many have one word.
+  // The same, told of one record after another from the first on: quicker, as many records in a row
+  // have the same word.
   void AddNext(std::int32_t offset, std::int32_t word) {
     if (word == runWord_ && offset < runEnd_) return;
     Add(offset, word);
@@ -66,7 +72,7 @@ class ZoneFilters {
 
  private:
   static constexpr std::int32_t kZone = 32 << 10;    // bytes
-  static constexpr std::uint32_t kDigits = 1024;     // that a number has
+  static constexpr std::uint32_t kDigits = 1024;     // values of one digit
   static constexpr std::size_t kBits = 2 * kDigits;  // of a filter
 
   static std::size_t ZoneOf(std::int32_t offset) {
@@ -81,7 +87,7 @@ class ZoneFilters {
   std::vector<std::uint64_t> rows_;  // by bit of the filters, one bit for each zone
   std::size_t rowWords_ = 0;
   std::int32_t end_ = 0;
-  // Up to there records with this word need not be added: the last that AddNext was told had it.
+  // Records before this offset with this word need not be added: AddNext has just added it there.
   std::int64_t runEnd_ = 0;
   std::int32_t runWord_ = 0;
 };

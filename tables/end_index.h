@@ -13,10 +13,11 @@
 
 namespace zvrsit {
 
-// The records of one UrlID are a doubly linked chain through one table of neighbours, so that
-// adding and removing cost the same for a hub as for a page with one link. Chains are found by kind
-// and id without a search; those of ids that are large for so few records, as only a damaged file
-// has them, by a hash.
+// The records of one UrlID are a chain: a table has the neighbours of each record in it. So adding
+// and removing a record cost the same for a page that everybody links to as for one with a single
+// link. The chain of a UrlID is found by its kind and id, without a search. Only a damaged file has
+// ids that are large for so few records; their chains are found by a hash, so that they cost no
+// memory.
 class EndIndex {
  public:
   bool isMade() const { return made_; }

@@ -39,15 +39,17 @@ class PairTableBase : public SiteTable {
   template <class Visit>
   void ForEachMatch(const UrlID& from, const UrlID& to, Visit visit);
 
-  // An index costs as much as five walks over all records. So it is made after the walk that begins
-  // when four are behind.
+  // An index costs as much as five walks over all records. So the first questions are answered by
+  // walks, and the index is made when those together have looked at each record four times: then
+  // the walks and the index cost at most about twice of what the better of the two alone would
+  // have.
   bool MayWalk(const EndIndex& index) const {
-    return !index.isMade() && walked_ <= kWalksBehind * records_->liveCount();
+    return !index.isMade() && walked_ <= kWalksBeforeIndex * records_->liveCount();
   }
   bool ComesFrom(int number, const UrlID& from) const;
   bool GoesTo(int number, const UrlID& to) const;
 
-  static constexpr std::int64_t kWalksBehind = 4;
+  static constexpr std::int64_t kWalksBeforeIndex = 4;
 
   EndIndex fromIndex_;
   EndIndex toIndex_;

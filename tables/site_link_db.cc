@@ -12,14 +12,14 @@ namespace zvrsit {
 
 namespace {
 
-std::uint64_t Words(std::int32_t high, std::int32_t low) {
+std::uint64_t JoinWords(std::int32_t high, std::int32_t low) {
   return std::uint64_t{static_cast<std::uint32_t>(high)} << 32 | static_cast<std::uint32_t>(low);
 }
 
 // Over all that makes two links of one source equal.
 std::uint32_t HashLink(const SiteLinkRec& link) {
-  const std::uint64_t texts = Words(link.text, link.alternative);
-  return static_cast<std::uint32_t>(HashWords(HashWords(Words(link.to.kind, link.to.id), texts),
+  const std::uint64_t texts = JoinWords(link.text, link.alternative);
+  return static_cast<std::uint32_t>(HashWords(HashWords(JoinWords(link.to.kind, link.to.id), texts),
                                               static_cast<std::uint32_t>(link.type)));
 }
 
