@@ -29,9 +29,9 @@ class SiteDB {
   // No file hands out more numbers than this.
   static constexpr int kMostIds = 1 << 26;
 
-  // How long a file of `size` bytes is once opening has given it what it lacks of the header. Each
-  // part is added to the size as it stands, on purpose: a file of 1 to 15 bytes stays that much
-  // longer than its new magic.
+  // How long a file of `size` bytes is after it was opened. The length of each part of the header
+  // that is missing is added to the size as it stands, on purpose: a file of 5 bytes gets 16 more
+  // for its magic, and so keeps 5 bytes behind it.
   static constexpr std::uint32_t SizeWithHeader(std::uint32_t size) {
     if (size < kMagicSize) size += kMagicSize;
     if (size < kHeaderSize - 4) size += 4;

@@ -1,8 +1,9 @@
 // NameIndex: from a text to the number of the record that has it.
 //
-// The texts are compared where they lie in the string store of the table; when that is closed, its
-// bytes are handed over, so that the index still answers. Copies of the texts are kept where the
-// store has no bytes in memory (direct mode), and once they are to be moved.
+// Texts are compared where they lie in the string store of the table, so they need no memory of
+// their own. When the store is closed it hands its bytes over, so that the index still answers.
+// Texts are copied in direct mode, where the store has no bytes in memory, and before a Pack moves
+// them.
 #pragma once
 
 #include <cstddef>
