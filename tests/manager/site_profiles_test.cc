@@ -85,23 +85,29 @@ TEST_F(SiteProfiles, ANewProfileStartsEmptyEvenWhereTablesWereLeft) {
   EXPECT_EQ(Tables("new"), 0);
 }
 
-// Whichever call fails, and fails again, as on a full disk: once there is room, a profile is added,
+// Whichever call fails, and fails often, as on a full disk: once there is room, a profile is added,
 // and the next session has it and all that there were.
 TEST_F(SiteProfiles, AreNotLostWhereAddingOneHasFailed) {
   int added = 0;
   const auto add = [&] { return mgr().AddSiteProf("new" + std::to_string(++added)); };
-  const int calls = test::FailEachCall(
-      [] {}, add,
-      [&](const test::FailedRun& run) {
-        {
-          test::FileFault again(run.call);
-          add();
-        }
-        ASSERT_GE(add(), 0) << run.call;
-        site_.Start();
-        EXPECT_EQ(Profile("demo").topFile, site_.path("index.html")) << run.call;
-        EXPECT_GE(mgr().GetSiteProf()->Find("new" + std::to_string(added)), 0) << run.call;
-      });
+  const std::string records = site_.folder().read("db/sites.R");
+  const std::string texts = site_.folder().read("db/sites.S");
+  const auto prepare = [&] {
+    site_.mgr.reset();
+    site_.folder().write("db/sites.R", records);
+    site_.folder().write("db/sites.S", texts);
+    site_.Start();
+  };
+  const int calls = test::FailEachCall(prepare, add, [&](const test::FailedRun& run) {
+    for (int again = 0; again < 24; ++again) {
+      test::FileFault fault(run.call);
+      add();
+    }
+    ASSERT_GE(add(), 0) << run.call;
+    site_.Start();
+    EXPECT_EQ(Profile("demo").topFile, site_.path("index.html")) << run.call;
+    EXPECT_GE(mgr().GetSiteProf()->Find("new" + std::to_string(added)), 0) << run.call;
+  });
   EXPECT_GT(calls, 20);
 }
 
