@@ -53,8 +53,7 @@ TEST(Freshness, AStaleAnswerSaysSo) {
        [&](const Program& p) {
          using std::chrono::milliseconds;
          p.Page("index.html", "<a href=gone.html>\n\n<a href=b.html><img src=i.gif>");
-         const auto read = std::chrono::floor<std::chrono::seconds>(
-             fs::last_write_time(p.folder.native("site/b.html")));
+         const auto read = fs::last_write_time(p.folder.native("site/b.html"));
          fs::last_write_time(p.folder.native("db/demo/PR"), read + milliseconds(400));
          fs::last_write_time(p.folder.native("site/index.html"), read + milliseconds(800));
        },
@@ -77,12 +76,12 @@ TEST(Freshness, AStaleAnswerSaysSo) {
     program.Page("b.html", "");
     program.Page("i.gif", "");
     program.Page("s.css", "");
+    const auto read = std::chrono::floor<std::chrono::seconds>(fs::file_time_type::clock::now()) -
+                      std::chrono::hours(2);
     for (const char* name : {"index.html", "b.html", "s.css"}) {
       const fs::path file = program.folder.native(std::string("site/") + name);
-      fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(2));
+      fs::last_write_time(file, read);
     }
-    const fs::path site = program.folder.native("site");
-    fs::last_write_time(site / "index.html", fs::last_write_time(site / "b.html"));
     ASSERT_EQ(program.Build("demo").code, 0);
     row.change(program);
     const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
