@@ -56,33 +56,6 @@ TEST_F(Entries, AKnownFileIsLeftAloneAndOnlyAMissingOneCheckedAgain) {
   EXPECT_EQ(Check(site.path("never.html")), -1);
 }
 
-// The folder chain of an outside file ends at a root that nobody registered: the entry is there,
-// but is reported as failed. Once the chain is known, the file is an entry with flag 0.
-TEST_F(Entries, AFileOutsideFailsOnceAndHasFlagZeroThen) {
-  site.folder().write("outside.html", "xyz");
-  const std::string outside = site.folder().path("outside.html");
-  EXPECT_EQ(Add(outside), -1);
-  ASSERT_GE(site.mgr->GetPathDB()->Find(outside), 0);
-  const int number = Check(outside);
-  ASSERT_GE(number, 0);
-  SitePathRec rec;
-  site.mgr->GetPathDB()->Get(number, rec);
-  EXPECT_EQ(rec.exists, 0);
-  EXPECT_EQ(rec.size, 3);
-  EXPECT_EQ(site.mgr->GetRelDB()->CountTo(UrlID(kKindPath, number)), 1);
-}
-
-TEST_F(Entries, TheCaseCheckTakesTheFlagFromAnotherSpelling) {
-  site.write("Logo.GIF", "gif");
-  const int number = Add(site.path("logo.gif"), 1);
-  ASSERT_GE(number, 0);
-  EXPECT_EQ(site.Record("logo.gif").exists, 0);
-  EXPECT_EQ(Check(site.path("logo.gif")), number);
-  EXPECT_EQ(site.Record("logo.gif").exists, 0);
-  EXPECT_GE(Add(site.path("Logo.GIF"), 1), 0);
-  EXPECT_EQ(site.Record("Logo.GIF").exists, 1);
-}
-
 TEST_F(Entries, AFolderClimbsToAKnownParentOrFailsAtARoot) {
   EXPECT_EQ(site.mgr->AddFolder("C:\\", 1), -1);
   const int root = site.mgr->GetFolderDB()->Find("C:\\");

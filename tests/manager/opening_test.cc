@@ -79,22 +79,6 @@ TEST(SiteOpen, SucceedsWithoutTablesWhenOneIsDamaged) {
   EXPECT_EQ(site.mgr->SiteClose(), 0);
 }
 
-TEST(SiteOpen, TakesDefaultUrlRulesAndDocumentRootFromTheProfile) {
-  TestSite site(LinkRules::Web);
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(site.mgr->GetDefaultUrl(), nullptr);
-  EXPECT_EQ(site.mgr->GetLinkRules(), LinkRules::Web);
-  site.mgr->SiteClose();
-
-  SiteSiteProfDB& profiles = *site.mgr->GetSiteProf();
-  profiles.SetText(0, &SiteSiteRec::defaultUrl, "home.html");
-  profiles.SetNumber(0, &SiteSiteRec::linkRules, 0);
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(*site.mgr->GetDefaultUrl(), "home.html");
-  EXPECT_EQ(site.mgr->GetLinkRules(), LinkRules::Classic);
-  site.mgr->SiteClose();
-}
-
 // A profile whose default URL cannot be read counts as not open although its tables are there; the
 // next opening starts afresh.
 TEST(SiteOpen, KeepsTablesButNoSiteWhenTheDefaultUrlIsUnreadable) {
@@ -107,22 +91,6 @@ TEST(SiteOpen, KeepsTablesButNoSiteWhenTheDefaultUrlIsUnreadable) {
   EXPECT_EQ(site.mgr->SiteClose(), -1);
   profiles.SetNumber(0, &SiteSiteRec::defaultUrl, -1);
   EXPECT_EQ(site.Open(), 0);
-}
-
-// Closing writes the tables; a manager that is destroyed while a site is open loses what came
-// after.
-TEST(SiteClose, SavesWhatWasRegistered) {
-  TestSite site;
-  ASSERT_EQ(site.Open(), 0);
-  ASSERT_GE(site.mgr->AddUrl("http://a.example/"), 0);
-  site.mgr->SiteClose();
-  ASSERT_EQ(site.Open(), 0);
-  ASSERT_GE(site.mgr->AddUrl("http://b.example/"), 0);
-  site.mgr = nullptr;
-  site.Start();
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://a.example/"), 0);
-  EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://b.example/"), -1);
 }
 
 // The copy is never destroyed: the original owns what both hold.

@@ -87,16 +87,6 @@ TYPED_TEST(TableByName, DeletesARecordWithItsName) {
   EXPECT_EQ(table.Add("d"), 0);
 }
 
-TYPED_TEST(TableByName, FlushSavesWhatDestructionWouldLose) {
-  this->table_->Add("kept");
-  ASSERT_EQ(this->table_->Flush(), 0);
-  this->table_->Add("lost");
-  this->table_ = std::make_unique<TypeParam>();
-  ASSERT_EQ(this->table_->Open(this->folder_.path("TR")), 0);
-  EXPECT_EQ(this->table_->Find("kept"), 0);
-  EXPECT_EQ(this->table_->Find("lost"), -1);
-}
-
 TYPED_TEST(TableByName, ClearLeavesTheBytesThatSingleDeletesLeave) {
   if constexpr (!std::is_same_v<TypeParam, SitePathDB>) {
     std::string left[2];

@@ -46,18 +46,6 @@ TEST_F(PathTable, KeepsAListOfAnchorNames) {
   EXPECT_EQ(table_.GetList(record_, ids), -1);
 }
 
-TEST_F(PathTable, GivesBackEveryTextButTheName) {
-  record_.title = Text("title");
-  record_.metaText = Text("meta");
-  ASSERT_EQ(table_.SetList(record_, {Text("anchor")}), 0);
-  ASSERT_EQ(table_.ReleaseTexts(record_), 0);
-  for (const char* text : {"title", "meta", "anchor"}) EXPECT_FALSE(Has(text)) << text;
-  EXPECT_TRUE(Has("\\s\\a.htm"));
-  EXPECT_EQ(record_.title, -1);
-  EXPECT_EQ(record_.metaText, -1);
-  EXPECT_EQ(record_.listCount, 0);
-}
-
 // Only the block goes with the record; what a record without a block claims is cleared first.
 TEST_F(PathTable, DeletesTheListBlockWithTheRecord) {
   const int anchor = Text("anchor");
