@@ -167,6 +167,7 @@ void Document::Arrays::Clear() {
   ClearAndTrim(masked);
   ClearAndTrim(elements);
   ClearAndTrim(attributes);
+  ClearAndTrim(ids);
   ClearAndTrim(rawTexts);
   if (byTag.capacity() * sizeof(byTag[0]) > kKeptBytes) byTag = {};
   tagStart.fill(0);
@@ -219,9 +220,14 @@ void Document::Build(std::string_view text, bool decode, DocumentScope scope) {
   if (builder.metShadowRoot()) {
     arrays_->attributes.clear();
     arrays_->rawTexts.clear();
+    arrays_->ids.clear();
     DocumentBuilder(*this, *arrays_, scope, true).Build();
   }
   NoteArrays();
+}
+
+std::span<const TextRange> Document::ids() const {
+  return arrays_->ids;
 }
 
 NodeIterator Document::getElementsByTagName(const char* upperCaseName) const {

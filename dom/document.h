@@ -217,6 +217,13 @@ enum class DocumentScope {
   // without attributes whose content is ordinary: most of a page. An element that is left out is
   // not counted, and is nobody's first child.
   kReferences,
+  kReferencesAndIds,  // the same, and where the IDs stand
+};
+
+// A part of a document's text.
+struct TextRange {
+  std::uint32_t offset;
+  std::uint32_t length;
 };
 
 // As what the text of a document is read.
@@ -255,6 +262,10 @@ class ZVRSIT_API Document {
   // Every attribute of that number that counts (the first of its element, none in the content of a
   // TEMPLATE), in document order. One pass over all attributes of the page.
   std::vector<ElementAttribute> attributesNamed(Attr attr) const;
+
+  // The values of all ID attributes, but for those in the content of a TEMPLATE, in document order.
+  // Empty but in DocumentScope::kReferencesAndIds.
+  std::span<const TextRange> ids() const;
 
   // Every element of the page, 0 to elementCount() - 1, those in the content of a TEMPLATE too.
   Element element(std::uint32_t index) const { return {this, index}; }

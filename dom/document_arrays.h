@@ -38,6 +38,7 @@ struct Document::Arrays {
   bool xml = false;
   std::vector<ElementRecord> elements;  // and one more, where the last one's attributes end
   std::vector<AttributeRecord> attributes;
+  std::vector<TextRange> ids;                           // see Document::ids
   std::vector<RawTextEnd> rawTexts;                     // ascending by element
   std::vector<std::uint32_t> byTag;                     // element indexes, grouped by tag; may be
                                                         // longer than it is filled

@@ -20,6 +20,7 @@ class DocumentBuilder {
         arrays_(arrays),
         source_(arrays.source()),
         foreign_(followsAll),
+        keepsIds_(scope == DocumentScope::kReferencesAndIds),
         leftOutOfHtml_(scope == DocumentScope::kWhole ? AttrSet() : kWithoutReference),
         leftOut_(followsAll ? AttrSet() : leftOutOfHtml_) {}
 
@@ -43,6 +44,7 @@ class DocumentBuilder {
     const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
     const Attr attr =
         slices.known != Attr::kOther ? slices.known : AttrOfPadded(slices.name, nameLength);
+    if (attr == Attr::kId && keepsIds_) AddId(slices);
     if (leftOut_.contains(attr)) return;
     arrays_.attributes.push_back({Offset(slices.name), Offset(slices.value),
                                   static_cast<std::uint32_t>(slices.valueEnd - slices.value), attr,
@@ -115,6 +117,13 @@ class DocumentBuilder {
     committed_ = static_cast<std::uint32_t>(arrays_.attributes.size());
   }
 
+  // A second ID of one tag is taken too, though it names nothing.
+  void AddId(const AttributeSlices& slices) {
+    if (foreign_.InTemplate() || foreign_.InShadow()) return;
+    arrays_.ids.push_back(
+        {Offset(slices.value), static_cast<std::uint32_t>(slices.valueEnd - slices.value)});
+  }
+
   std::uint32_t Offset(const char* p) const { return static_cast<std::uint32_t>(p - source_); }
 
   static NameKey NameOf(const TagSlices& slices) {
@@ -131,6 +140,7 @@ class DocumentBuilder {
   Document::Arrays& arrays_;
   const char* const source_;
   ForeignContent foreign_;
+  const bool keepsIds_;
   const AttrSet leftOutOfHtml_;  // the attributes that are not kept
   AttrSet leftOut_;              // the same where the text is now
   std::uint32_t committed_ = 0;  // attributes of finished start tags

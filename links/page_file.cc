@@ -8,16 +8,18 @@
 
 namespace zvrsit {
 
-bool PageFile::Read(const std::string& path, const RuleFlags& rules, Document& document) {
+bool PageFile::Read(const std::string& path, const RuleFlags& rules, Document& document,
+                    DocumentScope scope) {
   Forget();
   if (!file_.open(path, 0)) return false;
   if (!text_.Import(file_.top(), file_.size(), 0)) return true;
-  Parse(path, rules, document);
+  Parse(path, rules, document, scope);
   textStart_ = text_.borrowed() ? static_cast<std::int64_t>(text_.textOffset()) : -1;
   return true;
 }
 
-void PageFile::Parse(const std::string& path, const RuleFlags& rules, Document& document) {
+void PageFile::Parse(const std::string& path, const RuleFlags& rules, Document& document,
+                     DocumentScope scope) {
   const PageSyntax syntax = rules.readsOtherPageTypes ? PageSyntaxOf(path) : PageSyntax::kHtml;
   const int length = static_cast<int>(text_.length());
   holdsServerCode_ = syntax == PageSyntax::kServer;
@@ -28,7 +30,7 @@ void PageFile::Parse(const std::string& path, const RuleFlags& rules, Document& 
     return;
   }
   document.createNodesInPlace(
-      text_.text(), length, true, DocumentScope::kReferences,
+      text_.text(), length, true, scope,
       syntax == PageSyntax::kHtml ? DocumentSyntax::kHtml : DocumentSyntax::kXml);
 }
 

@@ -5,20 +5,21 @@
 #include <string>
 
 #include "dom/code_conv.h"
+#include "dom/document.h"
 #include "dom/mapped_file.h"
 #include "links/link_rules.h"
 
 namespace zvrsit {
-
-class Document;
 
 // Reads one page after the other; the memory of one serves the next.
 class PageFile {
  public:
   // Reads the file into `document`, as links are collected from it: by the web rules the name says
   // how the text is read. The document is good until the next call. A file that cannot be opened
-  // gives false and leaves the document alone.
-  [[nodiscard]] bool Read(const std::string& path, const RuleFlags& rules, Document& document);
+  // gives false and leaves the document alone. `scope` says how much of it the document keeps; a
+  // page with server code is kept whole.
+  [[nodiscard]] bool Read(const std::string& path, const RuleFlags& rules, Document& document,
+                          DocumentScope scope = DocumentScope::kReferences);
   // From here on the page is one that the caller has read: its text is taken for the whole file.
   void Forget();
 
@@ -33,7 +34,8 @@ class PageFile {
   std::int32_t OffsetInFile(std::int64_t offsetInText) const;
 
  private:
-  void Parse(const std::string& path, const RuleFlags& rules, Document& document);
+  void Parse(const std::string& path, const RuleFlags& rules, Document& document,
+             DocumentScope scope);
 
   MappedFile file_;
   CodeConv text_;

@@ -15,9 +15,8 @@
 #include "manager/record_access.h"
 #include "manager/recorded_files.h"
 #include "manager/site_mgr.h"
+#include "manager/text_places.h"
 #include "manager_base/inside.h"
-#include "platform/code_page.h"
-#include "platform/code_page_text.h"
 #include "platform/file.h"
 #include "registration/site_css_util.h"
 
@@ -33,33 +32,6 @@ struct WantedLink {
   int offset;  // of its first occurrence in the file; -1 not known
   std::vector<std::size_t> found;
   std::vector<LinkPlace>* answer;
-};
-
-// Lines and columns of places in a text, asked for from front to back.
-class TextPlaces {
- public:
-  explicit TextPlaces(std::string_view text) : text_(text) {}
-
-  LinkPlace Of(std::size_t offset) {
-    const std::array<bool, 256>& isLead = platform::LeadBytes();
-    while (seen_ < offset) {
-      const auto byte = static_cast<unsigned char>(text_[seen_]);
-      seen_ += isLead[byte] ? 2 : 1;
-      if (byte == '\n') {
-        ++place_.line;
-        place_.column = 1;
-      } else if (!isUtf8_ || (byte & 0xC0) != 0x80) {
-        ++place_.column;
-      }
-    }
-    return place_;
-  }
-
- private:
-  const std::string_view text_;
-  const bool isUtf8_ = platform::CodePage() == platform::kUtf8;
-  std::size_t seen_ = 0;
-  LinkPlace place_{1, 1};
 };
 
 // The links of one file that are looked for.

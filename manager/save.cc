@@ -164,15 +164,20 @@ int SiteMgr::Work::Traverse(const std::string& siteDir, const std::string& path,
   const Operation operation(m_);
   OwnedDocument document(doc, GiveBack{m_.dom});
   m_.inside->operationMemo->page.Forget();
-  if (document == nullptr) {
+  const bool isRead = document == nullptr;
+  if (isRead) {
     if (m_.dom == nullptr) return -1;
     document.reset(m_.dom->createDocument("HTML"));
     if (document == nullptr) return -1;
-    unread = !m_.inside->operationMemo->page.Read(path, FlagsOf(m_.GetLinkRules()), *document);
+    const DocumentScope scope = m_.inside->pageIds != nullptr ? DocumentScope::kReferencesAndIds
+                                                              : DocumentScope::kReferences;
+    unread =
+        !m_.inside->operationMemo->page.Read(path, FlagsOf(m_.GetLinkRules()), *document, scope);
   }
   const bool isSheet = ClassifyFileType(path) == FT_CSS;
   const bool isPage = !isSheet || FlagsOf(m_.GetLinkRules()).readsSheetsAsPages;
   if (isPage && CollectPageLinks(siteDir, path, document.get()) < 0) return -1;
+  if (isPage) NoteIds(path, isRead ? document.get() : nullptr);
 
   SiteCSSUtil styles(&m_, siteDir);
   return isSheet ? styles.CollectSheet(path) : styles.CollectPage(path, document.get());

@@ -30,4 +30,17 @@ struct LinkPlace {
   int column = 0;  // in characters of the line, counted from 1
 };
 
+// A link whose fragment names nothing in the page that it leads to.
+struct MissingFragment {
+  int link = -1;         // number of the link record
+  std::string fragment;  // percent-decoded
+};
+
+// A name that a fragment can lead to: the ID of an element, or the NAME of an A.
+struct PageId {
+  std::string text;  // character references decoded
+  bool isName = false;
+  LinkPlace place;  // where the value begins
+};
+
 }  // namespace zvrsit

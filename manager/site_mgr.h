@@ -191,6 +191,26 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // of EnumPath by record number; but flag is how many links there are to the file.
   vec<SiteRecCell>* GetBrokenLinks();
 
+  // ---- Fragments (fragments.cc) ----
+  //
+  // A fragment leads to the element with that ID, or to the A with that NAME, as it is written or
+  // percent-decoded. Empty ones, "top" and text fragments (":~:") lead nowhere else in any page,
+  // and those that begin with "/" or "!" are taken for routes of scripts. The IDs of a page that
+  // holds server code, and of what is no page, are not known: nothing is missing there.
+
+  // From now on (true) the IDs of each page that is read for links are kept in memory, eight bytes
+  // an ID, so that the next two need not read it again; false forgets them.
+  void KeepPageIds(bool keep);
+  // The links to files of the site whose fragment names nothing there, by number. Reads each such
+  // file once, unless its IDs are kept. 0, or -1 without a site.
+  int FindMissingFragments(std::vector<MissingFragment>& missing);
+  // The numbers of the pages in which one ID stands twice, ascending. Reads each page of the site,
+  // unless its IDs are kept. Null without a site.
+  std::vector<int>* EnumPageOfSameIds();
+  // The IDs and anchor names of the page `path` as it is now, in the order of the file: 0, or -1
+  // when it cannot be read.
+  int ListPageIds(const std::string& path, std::vector<PageId>& ids);
+
   // ---- Files, folders and URLs (queries.cc) ----
   //
   // Cells come in the order of their record numbers, which is that of registration. An answer

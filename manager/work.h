@@ -37,6 +37,12 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   // had it read.
   void MarkFound(int saved);
 
+  // Keeps the IDs of a page whose links are collected, where they are kept at all; of one that was
+  // not read from its file (null) they are read when they are asked for (fragments.cc).
+  void NoteIds(const std::string& path, const Document* document);
+  // Has the IDs of a file in `ids`; false when it is no page of the site, or cannot be read.
+  bool ReadIds(int pathNumber, PageIds& ids);
+
   // The number of the open site's top file in the path table: kNoTopFile when the profile has none,
   // -1 when it cannot be read or is not registered (families.cc).
   static constexpr int kNoTopFile = -2;

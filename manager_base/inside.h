@@ -12,6 +12,7 @@
 #include "links/link_rules.h"
 #include "links/page_types.h"
 #include "manager_base/operation_memo.h"
+#include "manager_base/page_ids.h"
 #include "manager_base/site_locks.h"
 #include "manager_base/site_mgr_base.h"
 #include "platform/file.h"
@@ -37,11 +38,14 @@ struct SiteMgrBase::Inside {
     siteFolder.reset();
     liveUrl.reset();
     pageTypes.reset();
+    if (pageIds != nullptr) pageIds->ForgetAll();
   }
 
   std::unique_ptr<SiteLocks> locks;              // null where locking is off
   std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
 
+  // Of SiteMgr: the IDs of the pages that were read; null where they are not kept.
+  std::unique_ptr<PageIds> pageIds;
   // Of SiteMgr: what the application wants left out of a site, and what the last rebuild could not
   // read.
   bool (*ignoreHook)(const std::string& path, void* context) = nullptr;

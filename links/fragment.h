@@ -1,0 +1,20 @@
+// The fragments of links, after "scrolling to a fragment" of the HTML standard.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zvrsit {
+
+// What stands behind the first "#" of a link's text, as a browser takes it: without tabs and line
+// ends, without white space at its end, and without a text fragment (":~:" and what follows).
+std::string FragmentOf(std::string_view text);
+
+// Whether a fragment leads to an element of its page: the empty one and "top" always lead
+// somewhere, and one that begins with "/" or "!" is a route, for a script to follow.
+bool NamesAnElement(std::string_view fragment);
+
+// A fragment with its percent-encoded bytes decoded.
+std::string DecodedFragment(std::string_view fragment);
+
+}  // namespace zvrsit

@@ -1,0 +1,136 @@
+// Which fragments of links name nothing, and what pages have for them to name.
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "links/fragment.h"
+#include "links/page_file.h"
+#include "manager/cells.h"
+#include "manager/owned_document.h"
+#include "manager/record_access.h"
+#include "manager/text_places.h"
+#include "manager/work.h"
+
+namespace zvrsit {
+
+namespace {
+
+// The IDs that are kept, or `own` where none are.
+PageIds& KeptOr(PageIds& own, const std::unique_ptr<PageIds>& kept) {
+  return kept != nullptr ? *kept : own;
+}
+
+}  // namespace
+
+void SiteMgr::KeepPageIds(bool keep) {
+  inside->pageIds = keep ? std::make_unique<PageIds>() : nullptr;
+}
+
+void SiteMgr::Work::NoteIds(const std::string& path, const Document* document) {
+  PageIds* const ids = m_.inside->pageIds.get();
+  const int number = ids != nullptr ? m_.pathDB->Find(path) : -1;
+  if (number < 0) return;
+  if (document == nullptr) {
+    ids->Forget(number);
+  } else if (m_.inside->operationMemo->page.holdsServerCode()) {
+    ids->NoteAny(number);
+  } else {
+    ids->Note(number, *document);
+  }
+}
+
+bool SiteMgr::Work::ReadIds(int pathNumber, PageIds& ids) {
+  if (ids.IsKnown(pathNumber)) return true;
+  SitePathRec rec;
+  if (m_.pathDB->Get(pathNumber, rec) < 0 || rec.exists == 0) return false;
+  const std::string path(m_.pathDB->TextView(rec.name));
+  if (rec.fileType == FT_CSS || !HoldsLinks(path, rec, m_.inside->types())) return false;
+  const OwnedDocument document(m_.dom->createDocument("HTML"), GiveBack{m_.dom});
+  PageFile page;
+  if (document == nullptr ||
+      !page.Read(path, FlagsOf(m_.GetLinkRules()), *document, DocumentScope::kReferencesAndIds)) {
+    return false;
+  }
+  if (page.holdsServerCode()) {
+    ids.NoteAny(pathNumber);
+  } else {
+    ids.Note(pathNumber, *document);
+  }
+  return true;
+}
+
+int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
+  missing.clear();
+  if (!HasFiles(linkDB) || !HasFiles(pathDB) || dom == nullptr) return -1;
+  PageIds own;
+  PageIds& ids = KeptOr(own, inside->pageIds);
+  Work work(*this);
+  ForEachNumber(*linkDB, [&](int number) {
+    SiteLinkRec link;
+    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
+    const std::string_view text = linkDB->TextView(link.text);
+    if (text.find('#') == text.npos) return;
+    const std::string fragment = FragmentOf(text);
+    if (!NamesAnElement(fragment) || !work.ReadIds(link.to.id, ids)) return;
+    if (ids.Has(link.to.id, fragment)) return;
+    std::string decoded = DecodedFragment(fragment);
+    if (!ids.Has(link.to.id, decoded)) missing.push_back({number, std::move(decoded)});
+  });
+  return 0;
+}
+
+std::vector<int>* SiteMgr::EnumPageOfSameIds() {
+  if (!HasFiles(pathDB) || dom == nullptr) return nullptr;
+  PageIds own;
+  PageIds& ids = KeptOr(own, inside->pageIds);
+  Work work(*this);
+  auto numbers = std::make_unique<std::vector<int>>();
+  std::vector<PageId> names;
+  ForEachNumber(*pathDB, [&](int number) {
+    SitePathRec rec;
+    if (!work.ReadIds(number, ids) || !ids.MayRepeat(number) || pathDB->Get(number, rec) < 0)
+      return;
+    // A second ID of one tag was noted too, and is none.
+    if (ListPageIds(std::string(pathDB->TextView(rec.name)), names) < 0) return;
+    std::erase_if(names, [](const PageId& name) { return name.isName; });
+    std::sort(names.begin(), names.end(),
+              [](const PageId& a, const PageId& b) { return a.text < b.text; });
+    const auto same = [](const PageId& a, const PageId& b) { return a.text == b.text; };
+    if (std::adjacent_find(names.begin(), names.end(), same) != names.end()) {
+      numbers->push_back(number);
+    }
+  });
+  return numbers.release();
+}
+
+int SiteMgr::ListPageIds(const std::string& path, std::vector<PageId>& ids) {
+  ids.clear();
+  if (dom == nullptr) return -1;
+  const OwnedDocument document(dom->createDocument("HTML"), GiveBack{dom});
+  PageFile page;
+  if (document == nullptr ||
+      !page.Read(path, FlagsOf(GetLinkRules()), *document, DocumentScope::kWhole)) {
+    return -1;
+  }
+  std::vector<std::pair<std::uint32_t, PageId>> found;
+  const auto add = [&](const Attribute& attribute, bool isName) {
+    found.push_back({attribute.valueOffset(), {attribute.value(), isName, {}}});
+  };
+  for (const ElementAttribute& named : document->attributesNamed(Attr::kId)) {
+    if (!named.element.inShadow()) add(named.attribute, false);
+  }
+  for (const std::uint32_t index : document->elementsOf(Tag::kA)) {
+    const Attribute name = document->element(index).attributes().find(Attr::kName);
+    if (name) add(name, true);
+  }
+  std::sort(found.begin(), found.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  TextPlaces places(document->text());
+  for (auto& [offset, id] : found) {
+    id.place = places.Of(offset);
+    ids.push_back(std::move(id));
+  }
+  return 0;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,41 @@
+// Places in a text as people count them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "manager/site_link.h"
+#include "platform/code_page.h"
+#include "platform/code_page_text.h"
+
+namespace zvrsit {
+
+// Lines and columns of places in a text, asked for from front to back.
+class TextPlaces {
+ public:
+  explicit TextPlaces(std::string_view text) : text_(text) {}
+
+  LinkPlace Of(std::size_t offset) {
+    const std::array<bool, 256>& isLead = platform::LeadBytes();
+    while (seen_ < offset) {
+      const auto byte = static_cast<unsigned char>(text_[seen_]);
+      seen_ += isLead[byte] ? 2 : 1;
+      if (byte == '\n') {
+        ++place_.line;
+        place_.column = 1;
+      } else if (!isUtf8_ || (byte & 0xC0) != 0x80) {
+        ++place_.column;
+      }
+    }
+    return place_;
+  }
+
+ private:
+  const std::string_view text_;
+  const bool isUtf8_ = platform::CodePage() == platform::kUtf8;
+  std::size_t seen_ = 0;
+  LinkPlace place_{1, 1};
+};
+
+}  // namespace zvrsit
