@@ -1,0 +1,31 @@
+// Finds what is wrong with a site that is open.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "findings/finding.h"
+#include "findings/rules.h"
+
+namespace zvrsit {
+
+class SiteMgr;
+
+struct FoundSite {
+  // `\` paths.
+  std::string folder;  // ends in `\`
+  std::string top;     // may be empty
+  // What there is on disk under a native path.
+  std::function<std::filesystem::file_type(const std::string& native)> typeOf;
+};
+
+// Fills `report` but for its time and prefix. `site` names the site folder and its
+// home page; without one no page is an orphan. Asks the
+// tables, and reads the pages that fragments lead to unless their IDs are kept
+// (SiteMgr::KeepPageIds), those that have findings, for places, and for kDuplicateId all. Rules
+// that are off cost nothing. 0, or -1 when a table cannot be read.
+int CollectFindings(SiteMgr& manager, const FoundSite& site, const Severities& severities,
+                    FindingReport& report);
+
+}  // namespace zvrsit

@@ -1,0 +1,48 @@
+// The files of a site as users name them.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "findings/suggestions.h"
+#include "manager/site_mgr.h"
+
+namespace zvrsit {
+
+class KnownFiles {
+ public:
+  // Reads the names of all files that the open site knows. `folder` is its site folder, a `\` path.
+  KnownFiles(SiteMgr& manager, const std::string& folder);
+  KnownFiles(const KnownFiles&) = delete;
+  KnownFiles& operator=(const KnownFiles&) = delete;
+
+  // A file by its number: relative to the site folder where it lies below it; native.
+  const std::string& Of(int number) const;
+  // Whether it is there, below the site folder.
+  bool IsThere(int number) const;
+  const std::vector<int>& numbers() const { return numbers_; }
+
+  // The file that is there under this name in other letter case; empty for none.
+  std::string SameButForCase(const std::string& name);
+  // The file that is likely meant by a name that is not there: one of a similar name in the same
+  // folder, else the only one of that name in another folder; empty for none.
+  std::string Likeliest(const std::string& name);
+
+ private:
+  void Index();
+
+  struct File {
+    std::string name;
+    bool isThere = false;
+  };
+  std::vector<File> files_;  // by number
+  std::vector<int> numbers_;
+  // Made when they are first needed:
+  std::vector<std::string> there_;
+  std::unique_ptr<NameSuggestions> near_;
+  std::unordered_map<std::string, int> byLastName_;  // index in there_; -1 for several
+};
+
+}  // namespace zvrsit

@@ -1,0 +1,79 @@
+#include "findings/output.h"
+
+#include <fmt/core.h>
+
+#include <array>
+
+#include "findings/formats.h"
+
+namespace zvrsit {
+namespace {
+
+constexpr std::array<std::string_view, 8> kFormatNames{"text",  "json",  "jsonl",  "csv",
+                                                       "junit", "sarif", "github", "markdown"};
+
+}  // namespace
+
+std::string Counted(std::size_t count, const char* one) {
+  return fmt::format("{} {}{}", count, one, count == 1 ? "" : "s");
+}
+
+std::optional<FindingFormat> FormatOfName(std::string_view name) {
+  for (std::size_t i = 0; i < kFormatNames.size(); ++i) {
+    if (kFormatNames[i] == name) return static_cast<FindingFormat>(i);
+  }
+  return std::nullopt;
+}
+
+std::string FormatFindings(const FindingReport& report, FindingFormat format,
+                           const TextStyle& style) {
+  std::string out;
+  switch (format) {
+    case FindingFormat::kText:
+      AppendText(report, style, out);
+      break;
+    case FindingFormat::kJson:
+      AppendJson(report, out);
+      break;
+    case FindingFormat::kJsonl:
+      AppendJsonl(report, out);
+      break;
+    case FindingFormat::kCsv:
+      AppendCsv(report, out);
+      break;
+    case FindingFormat::kJunit:
+      AppendJunit(report, out);
+      break;
+    case FindingFormat::kSarif:
+      AppendSarif(report, out);
+      break;
+    case FindingFormat::kGithub:
+      AppendGithub(report, out);
+      break;
+    case FindingFormat::kMarkdown:
+      AppendMarkdown(report, out);
+      break;
+  }
+  return out;
+}
+
+std::string PlaceText(const FindingReport& report, const FindingPlace& place) {
+  const std::string file = report.prefix + place.file;
+  return place.line > 0 ? fmt::format("{}:{}:{}", file, place.line, place.column) : file;
+}
+
+std::string CountedFindings(const FindingReport& report) {
+  const std::size_t errors = report.Count(Severity::kError);
+  const std::size_t warnings = report.Count(Severity::kWarning);
+  if (errors + warnings == 0) return "nothing found";
+  std::string text = errors > 0 ? Counted(errors, "error") : "";
+  if (warnings > 0) text += (errors > 0 ? " and " : "") + Counted(warnings, "warning");
+  return text + " in " + Counted(report.CountPlaces(), "place");
+}
+
+std::string FullMessage(const Finding& finding) {
+  if (finding.suggestion.empty() || finding.rule == Rule::kWrongCase) return finding.message;
+  return finding.message + "; did you mean " + finding.suggestion + "?";
+}
+
+}  // namespace zvrsit

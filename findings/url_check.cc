@@ -1,0 +1,71 @@
+#include "findings/url_check.h"
+
+#include <algorithm>
+#include <array>
+
+namespace zvrsit {
+namespace {
+
+// What no host may hold: the forbidden domain code points of the standard that are printable.
+constexpr std::string_view kForbidden = " #%/:<>?@[\\]^|";
+
+bool IsHex(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+std::string LowerScheme(std::string_view url) {
+  const auto colon = url.find(':');
+  std::string scheme(url.substr(0, colon == url.npos ? 0 : colon));
+  std::ranges::transform(scheme, scheme.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+  });
+  return scheme;
+}
+
+std::string FaultOfPort(std::string_view port) {
+  if (!std::ranges::all_of(port, [](char c) { return c >= '0' && c <= '9'; })) {
+    return "its port is no number";
+  }
+  port.remove_prefix(std::min(port.find_first_not_of('0'), port.size()));
+  const bool fits = port.size() < 5 || (port.size() == 5 && port <= "65535");
+  return fits ? "" : "its port is above 65535";
+}
+
+std::string FaultOfHost(std::string_view host) {
+  if (host.empty()) return "it has no host";
+  if (host.front() == '[') {
+    const auto isOfAddress = [](char c) { return IsHex(c) || c == ':' || c == '.'; };
+    const bool isAddress = host.size() > 3 && host.back() == ']' &&
+                           std::ranges::all_of(host.substr(1, host.size() - 2), isOfAddress);
+    return isAddress ? "" : "its host is no address in brackets";
+  }
+  for (std::size_t i = 0; i < host.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(host[i]);
+    if (host[i] == '%' && i + 2 < host.size() && IsHex(host[i + 1]) && IsHex(host[i + 2])) continue;
+    if (byte < ' ' || byte == 0x7F || kForbidden.find(host[i]) != kForbidden.npos) {
+      return "its host holds a character that no host has";
+    }
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string FaultOfUrl(std::string_view url) {
+  constexpr std::array<std::string_view, 5> kSchemes{"http", "https", "ws", "wss", "ftp"};
+  const std::string scheme = LowerScheme(url);
+  const bool hasScheme = std::ranges::find(kSchemes, scheme) != kSchemes.end();
+  if (!hasScheme && !url.starts_with("//")) return "";
+  if (hasScheme) url.remove_prefix(scheme.size() + 1);
+  // Any number of slashes, of either kind, is taken for two.
+  url.remove_prefix(std::min(url.find_first_not_of("/\\"), url.size()));
+  std::string_view place = url.substr(0, url.find_first_of("/\\?#"));
+  if (const auto at = place.rfind('@'); at != place.npos) place.remove_prefix(at + 1);
+  const auto bracket = place.rfind(']');
+  const auto colon = place.find(':', bracket == place.npos ? 0 : bracket);
+  const std::string fault = FaultOfHost(place.substr(0, colon));
+  if (!fault.empty() || colon == place.npos) return fault;
+  return FaultOfPort(place.substr(colon + 1));
+}
+
+}  // namespace zvrsit
