@@ -94,7 +94,7 @@ class Ours:
                             "--top", self.top, "--rules", "web"], (0, 1, 4))
         answer = json.loads(run.output)
         self.table.add_run("check", run,
-                           f"{answer['links']} links, {len(answer['broken'])} broken")
+                           f"{answer['links']} links, {answer['places']} places")
 
 
 class Rivals:

@@ -1,76 +1,78 @@
+#include <chrono>
 #include <memory>
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/finding_options.h"
 #include "cli/freshness.h"
-#include "cli/link_report.h"
 #include "cli/native_name.h"
 #include "cli/private_folder.h"
 #include "cli/rebuild.h"
+#include "cli/selection.h"
 #include "cli/site_profile.h"
+#include "findings/collect.h"
 
 namespace zvrsit::cli {
 namespace {
 
 constexpr const char* kName = "checked";
 
-struct Findings {
-  int code = kClean;  // of the rebuild
-  SiteTotals totals;
-  std::vector<BrokenLink> broken;
-  Json unread;
-};
-
-// The database is gone before anything is printed, so that an early end of whoever reads the
-// output leaves nothing behind.
-Findings Examine(const Options& options, const GivenSite& site) {
+// Fills `report`; the exit code of the rebuild. The database is gone before anything is printed, so
+// that an early end of whoever reads the output leaves nothing behind.
+int Examine(const Options& options, const GivenSite& site, const FindingOptions& wanted,
+            FindingReport& report) {
+  const auto begin = std::chrono::steady_clock::now();
   PrivateFolder folder(PathOf(options.database));
   Options own = options;
   own.database = NameOf(folder.path());
   Session session(own, Database::kMake);
   AddSite(session, kName, site);
   session.Open(kName);
-  Findings findings;
-  findings.code = RebuildSite(session, true);
+  session.manager().KeepPageIds(true);
+  const int code = RebuildSite(session, true);
+  const std::string top = Take(session.manager().GetSiteProfTopFile());
   folder.Remove();  // from here on an interrupt ends the program
-  findings.totals = CountSite(session);
-  findings.broken = BrokenLinks(session);
+  FindAll(session, top, wanted, report);
   const SiteChanges changes = CompareSite(session);
-  findings.unread = ChangesAsJson(session, changes)["unread"];
   TellUnread(session, changes);
+  NoteChanges(session, changes, report);
   session.Discard();
-  return findings;
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+  report.seconds = taken.count();
+  return code;
 }
 
-int RunCheck(const Options& options, const GivenSite& site, bool all) {
-  const Findings findings = Examine(options, site);
-  if (options.json) {
-    Json head = TotalsAsJson(findings.totals);
-    head["unread"] = findings.unread;
-    PrintBrokenAsJson(head, findings.broken);
-  } else {
-    PrintTotals(findings.totals);
-    PrintBroken(findings.broken, all);
-    Print("{}\n", CountedBroken(findings.broken));
-  }
-  if (findings.code != kClean) return findings.code;
-  return findings.broken.empty() ? kClean : kFindings;
+int RunCheck(const Options& options, GivenSite site, const GivenPaths& given,
+             const FindingOptions& wanted) {
+  const Selection selection(given);
+  site.folder = selection.root();
+  FindingReport report;
+  const int code = Examine(options, site, wanted, report);
+  selection.Narrow(report);
+  PrintFindings(report, wanted);
+  if (code != kClean) return code;
+  return report.Count(Severity::kError) == 0 ? kClean : kFindings;
 }
 
 }  // namespace
 
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
   const auto site = std::make_shared<GivenSite>();
-  CLI::App* check =
-      app.add_subcommand("check", "Check a folder for broken links, nothing to set up");
-  AddGiven(*check, "FOLDER", site->folder, "the folder of the site")->option_text(" ")->required();
+  const auto given = std::make_shared<GivenPaths>();
+  const auto wanted = std::make_shared<FindingOptions>();
+  CLI::App* check = app.add_subcommand("check", "Check a folder of pages, nothing to set up");
+  AddSelectionOptions(*check, *given);
+  AddFindingOptions(*check, *wanted);
   AddSiteOptions(*check, *site);
-  check->footer("With --db the temporary database is made below that folder.\n" +
-                check->get_footer());
-  const auto all = std::make_shared<bool>(false);
-  AddAllPlaces(*check, *all);
-  check->callback([&options, &run, site, all] {
-    run = [&options, site, all] { return RunCheck(options, *site, *all); };
+  check->footer(
+      "Findings of PATH only, but held against the whole site.\n"
+      "With --db the temporary database is made below that folder.\n" +
+      check->get_footer());
+  check->callback([&options, &run, site, given, wanted] {
+    run = [&options, site, given, wanted] {
+      wanted->format = options.format;
+      return RunCheck(options, *site, *given, *wanted);
+    };
   });
 }
 

@@ -41,8 +41,6 @@ struct LinkQuery {
   std::string from;  // empty: of any file
   std::string to;    // likewise
 };
-// The option --all of a report of broken links.
-void AddAllPlaces(CLI::App& command, bool& all);
 // The command `links` with NAME, --from and --to, and the command `broken` with NAME, below `app`.
 using AskLinks = std::function<int(const LinkQuery&)>;
 void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLinks& broken);

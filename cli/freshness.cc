@@ -35,18 +35,6 @@ void AddCount(std::size_t count, const char* one, const char* many, std::string&
   text += (text.empty() ? "" : ", ") + Counted(static_cast<long>(count), one, many);
 }
 
-Json AsJson(const Strings& names) {
-  Json array = Json::array();
-  for (const std::string& name : names) array.push_back(JsonText(name));
-  return array;
-}
-
-Json AsJson(const Session& session, const std::vector<std::string>& paths) {
-  Strings names;
-  AddShown(session, paths, names);
-  return AsJson(names);
-}
-
 }  // namespace
 
 SiteChanges CompareSite(Session& session) {
@@ -78,11 +66,11 @@ void TellUnread(const Session& session, const SiteChanges& changes) {
   Warn("not read, so that not all links are known: " + Named(names));
 }
 
-Json ChangesAsJson(const Session& session, const SiteChanges& changes) {
-  return {{"changed", AsJson(session, changes.changed)},
-          {"gone", AsJson(session, changes.gone)},
-          {"new", AsJson(session, changes.added)},
-          {"unread", AsJson(Unread(session, changes))}};
+void NoteChanges(const Session& session, const SiteChanges& changes, FindingReport& report) {
+  AddShown(session, changes.changed, report.changed);
+  AddShown(session, changes.gone, report.gone);
+  AddShown(session, changes.added, report.added);
+  report.unread = Unread(session, changes);
 }
 
 }  // namespace zvrsit::cli

@@ -5,6 +5,7 @@
 
 #include "cli/output.h"
 #include "cli/session.h"
+#include "findings/finding.h"
 #include "manager/site_changes.h"
 
 namespace zvrsit::cli {
@@ -16,7 +17,7 @@ SiteChanges CompareSite(Session& session);
 void TellChanges(const Session& session, const SiteChanges& changes, const std::string& site);
 // The second of these lines.
 void TellUnread(const Session& session, const SiteChanges& changes);
-// An object of arrays of names: changed, gone, new; and unread, those of the second line.
-Json ChangesAsJson(const Session& session, const SiteChanges& changes);
+// Puts all of them into a report.
+void NoteChanges(const Session& session, const SiteChanges& changes, FindingReport& report);
 
 }  // namespace zvrsit::cli

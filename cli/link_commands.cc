@@ -1,7 +1,9 @@
+#include <chrono>
 #include <memory>
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/finding_options.h"
 #include "cli/freshness.h"
 #include "cli/link_report.h"
 
@@ -36,26 +38,23 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   return kClean;
 }
 
-int RunBroken(const Options& options, const LinkQuery& query, bool all) {
+int RunBroken(const Options& options, const LinkQuery& query, const FindingOptions& wanted) {
+  const auto begin = std::chrono::steady_clock::now();
   Session session(options, Database::kAsk);
   session.OpenToAsk(query.site);
-  const std::vector<BrokenLink> broken = BrokenLinks(session);
+  FindingReport report;
+  FindAll(session, Take(session.manager().GetSiteProfTopFile()), wanted, report);
   session.LetGo();
   const SiteChanges changes = CompareSite(session);
   TellChanges(session, changes, query.site);
-  if (options.json) {
-    PrintBrokenAsJson(ChangesAsJson(session, changes), broken);
-  } else {
-    PrintBroken(broken, all);
-  }
-  return broken.empty() ? kClean : kFindings;
+  NoteChanges(session, changes, report);
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+  report.seconds = taken.count();
+  PrintFindings(report, wanted);
+  return report.Count(Severity::kError) == 0 ? kClean : kFindings;
 }
 
 }  // namespace
-
-void AddAllPlaces(CLI::App& command, bool& all) {
-  command.add_flag("--all", all, "a line for each place where a page has a broken link");
-}
 
 void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLinks& broken) {
   const auto query = std::make_shared<LinkQuery>();
@@ -75,11 +74,15 @@ void AddLinkQueries(CLI::App& app, Run& run, const AskLinks& links, const AskLin
 }
 
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run) {
-  const auto all = std::make_shared<bool>(false);
+  const auto wanted = std::make_shared<FindingOptions>();
+  wanted->severities.KeepLinks();
   AddLinkQueries(
       app, run, [&options](const LinkQuery& query) { return RunLinks(options, query); },
-      [&options, all](const LinkQuery& query) { return RunBroken(options, query, *all); });
-  AddAllPlaces(*app.get_subcommand("broken"), *all);
+      [&options, wanted](const LinkQuery& query) {
+        wanted->format = options.format;
+        return RunBroken(options, query, *wanted);
+      });
+  AddFindingOptions(*app.get_subcommand("broken"), *wanted);
 }
 
 }  // namespace zvrsit::cli

@@ -77,15 +77,20 @@ int Main(int argc, char** argv) {
   CLI::App app("Manages web sites: their files, the links between them, what is broken.", "zvrsit");
   Options options;
   Run run;
-  std::string format = "text";
   app.get_formatter()->label("REQUIRED", "");
   app.get_formatter()->column_width(34);
   app.add_option("--db", options.database, "the folder of the database, by default the user's own")
       ->option_text("FOLDER")
       ->check(NotEmpty());
-  app.add_option("--format", format, "how answers are printed; text by default")
-      ->option_text("text|json")
-      ->check(CLI::IsMember({"text", "json"}));
+  std::string format = "text";
+  app.add_option(
+         "--format", format,
+         "how answers are printed: text or json; findings also as jsonl, csv, junit, sarif, "
+         "github, markdown")
+      ->option_text("FORMAT")
+      ->check([](const std::string& name) {
+        return FormatOfName(name) ? std::string() : "\"" + name + "\" is no format";
+      });
   app.set_version_flag("--version", std::string("zvrsit ") + Version());
   app.require_subcommand(1);
   app.fallthrough();
@@ -107,6 +112,7 @@ int Main(int argc, char** argv) {
     return ComplainOfUsage(app, error);
   }
   options.json = format == "json";
+  options.format = *FormatOfName(format);
   return Perform(run);
 }
 

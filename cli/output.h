@@ -10,18 +10,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "findings/escapes.h"
+
 namespace zvrsit::cli {
 
 using Json = nlohmann::ordered_json;
 
-// A string for JSON, in UTF-8. A text with bytes that are no UTF-8 has each of them as \xE9, two
-// upper-case hex digits, and each `\` as \\; so has one that holds such an escape by itself. What
-// JSON holds is turned back where it holds an escape, and is as it was where it holds none.
-std::string JsonText(std::string_view text);
-// A string for one line of text: control characters as escapes (\n, \t, \x1b), and `\` as \\ but on
-// Windows, where it separates folders and no name holds a control character.
-std::string LineText(std::string_view text);
-// The same of a string that JsonText made, turned back.
+// What LineText makes of a string that JsonText made.
 std::string LineOfJson(const Json& text);
 
 // As fmt::print, but the bytes are written as they are: names are in the code page.

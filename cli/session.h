@@ -7,6 +7,7 @@
 
 #include "cli/site_names.h"
 #include "dom/dom.h"
+#include "findings/output.h"
 #include "manager/site_mgr.h"
 
 namespace zvrsit::cli {
@@ -15,6 +16,7 @@ namespace zvrsit::cli {
 struct Options {
   std::string database;  // native folder; empty for the user's own
   bool json = false;
+  FindingFormat format = FindingFormat::kText;  // of findings; others know text and JSON only
 };
 
 // What a command does with the database: asks it, changes it, or also makes it when it is missing.

@@ -23,6 +23,7 @@ class SiteNames {
   // `folder` is the `\` path of the site folder; one without a `\` at its end is given one.
   explicit SiteNames(std::string folder);
 
+  const std::string& folder() const { return folder_; }  // the `\` path
   const std::string& nativeFolder() const { return native_; }
   // Whether a `\` path lies below the folder.
   bool AreOf(const std::string& path) const { return path.starts_with(folder_); }

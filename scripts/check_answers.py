@@ -69,8 +69,9 @@ class Site:
         if kind == "to":
             return {row["from"] for row in self.run("links", "pages", "--to", name)}
         if kind == "broken":
-            rows = self.run("broken", "pages")["broken"]
-            return {row["to"] for row in rows if name in ("", row["from"])}
+            findings = self.run("broken", "pages", "--rule", "missing-fragment=off")["findings"]
+            return {finding["target"] for finding in findings
+                    if any(name in ("", place["file"]) for place in finding["places"])}
         return {row["name"] for row in self.run(kind, "pages") if row["name"].startswith(name)}
 
 

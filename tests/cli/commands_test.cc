@@ -42,7 +42,7 @@ TEST(Commands, SayInOneLineWhatIsWrong) {
       {{"add", "new", site, "--top", "nix.htm"}, 4, "nix.htm"},
       {{"add", "new", site, "--top", program.folder.native("db/sites.R")}, 2, "outside"},
       {{"add", "new", site, "--doc-root", "/nix"}, 4, "/nix"},
-      {{"check", site + "/index.html"}, 4, "index.html"},
+      {{"check", site + "/none.html"}, 4, "none.html"},
       {{"save", "demo", "nix.html"}, 4, "nix.html"},
       {{"save", "demo", site}, 4, "folder"},
       {{"save", "demo", program.folder.native("db/sites.R")}, 2, "outside"},
@@ -111,12 +111,10 @@ TEST(Commands, AnswerInJson) {
 
   const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
   EXPECT_EQ(broken.code, 1);
-  ASSERT_EQ(broken.json()["broken"].size(), 1u);
-  const Json row = broken.json()["broken"][0];
+  ASSERT_EQ(Rows(broken.json()).size(), 1u);
+  const Json row = Rows(broken.json())[0];
   EXPECT_EQ(row["to"], "no.gif");
-  EXPECT_EQ(row["alt"], "No");
   EXPECT_EQ(row["line"], 3);
-  EXPECT_EQ(row["exists"], false);
 
   EXPECT_EQ(program.Ask({"unused", "demo"})[0]["name"], "alone.html");
   EXPECT_EQ(program.Ask({"unused", "demo"}).size(), 1u);
@@ -127,7 +125,11 @@ TEST(Commands, AnswerInJson) {
   const Outcome check = program.Run({"check", program.folder.native("site"), "--format", "json"});
   EXPECT_EQ(check.code, 1);
   EXPECT_EQ(check.json()["pages"], 3);
-  EXPECT_EQ(check.json()["broken"], broken.json()["broken"]);
+  const Json found = Rows(check.json());
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[0]["from"].get<std::string>() + found[0]["rule"].get<std::string>(),
+            "alone.htmlorphan-page");
+  EXPECT_EQ(found[1], row);
 }
 
 // Only what is not there is broken, also where links lead out of the site.
@@ -140,10 +142,12 @@ TEST(Commands, LinksOutOfTheSite) {
   ASSERT_EQ(links.size(), 3u);
   EXPECT_EQ(links[1]["to"], program.folder.native("there.html"));
   EXPECT_EQ(links[1]["exists"], true);
-  const Json broken = program.Ask({"broken", "demo"})["broken"];
-  ASSERT_EQ(broken.size(), 1u) << broken;
-  EXPECT_EQ(broken[0]["to"], program.folder.native("none.html"));
-  EXPECT_EQ(broken[0]["outside"], true);
+  const Json broken = program.Broken();
+  ASSERT_EQ(broken.size(), 3u) << broken;
+  EXPECT_EQ(broken[0]["rule"], "outside-site");
+  EXPECT_EQ(broken[1]["rule"], "outside-site");
+  EXPECT_EQ(broken[2]["rule"], "missing-file");
+  EXPECT_EQ(broken[2]["to"], program.folder.native("none.html"));
 }
 
 // What links say that the server only knows is no finding; everything else is.
@@ -171,10 +175,10 @@ TEST(Commands, ReadPagesOfEveryType) {
   ASSERT_EQ(program.Build("demo").code, 0);
   EXPECT_EQ(program.Ask({"site", "show", "demo"})["top"], program.folder.native("site/index.php"));
   Words broken;
-  const Json found = program.Ask({"broken", "demo"})["broken"];
+  const Json found = program.Broken();
   for (const Json& link : found) {
     broken.push_back(link["from"].get<std::string>() + ":" + link["line"].dump() + " " +
-                     link["to"].get<std::string>() + link["alt"].get<std::string>());
+                     link["to"].get<std::string>());
   }
   EXPECT_EQ(broken, (Words{"a.jsp:1 no10.html", "a.php:1 no3.html", "b.asp:1 no11.html",
                            "index.php:2 no.gif", "index.php:2 no.png", "x.svg:1 no6.html",
@@ -247,7 +251,7 @@ TEST(Commands, LinksToTheLiveAddress) {
   const Words change{"site", "set", "demo", "--live-url", "https://example.org/docs"};
   EXPECT_EQ(program.Ask(change)["state"], "to be rebuilt");
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  const Json broken = program.Ask({"broken", "demo"})["broken"];
+  const Json broken = program.Broken();
   ASSERT_EQ(broken.size(), 2u) << broken;
   EXPECT_EQ(broken[0]["to"], "none.html");
   EXPECT_EQ(broken[1]["to"], "none.png");

@@ -83,7 +83,7 @@ TEST(Damage, LostTablesComeBackWithARebuild) {
       EXPECT_TRUE(damaged.complains(tables)) << damaged.err;
     }
     EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-    EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 1u);
+    EXPECT_EQ(program.Broken().size(), 1u);
   }
 }
 
@@ -105,7 +105,7 @@ TEST(Damage, WhatCannotBeMarkedIsNotChanged) {
   ASSERT_EQ(program.Build("demo").code, 0);
   program.Page("index.html", "<a href=b.html><a href=c.html>");
   EXPECT_EQ(program.RunOnFullDisk({"save", "demo", "index.html"}, 24).code, 4);
-  EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 1u);
+  EXPECT_EQ(program.Broken().size(), 1u);
 }
 
 // A profile is changed or it is not: there is none without a name, and no tables without one.

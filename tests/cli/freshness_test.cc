@@ -90,7 +90,7 @@ TEST(Freshness, AStaleAnswerSaysSo) {
     EXPECT_NE(broken.err.find(row.told), std::string::npos) << row.what << broken.err;
     EXPECT_EQ(broken.json()[row.list], row.name.empty() ? Json::array() : Json::array({row.name}))
         << row.what;
-    EXPECT_EQ(broken.json()["broken"][0]["line"], row.line) << row.what;
+    EXPECT_EQ(Rows(broken.json())[0]["line"], row.line) << row.what;
     for (const char* question : {"links", "files", "unused", "family", "urls"}) {
       EXPECT_EQ(program.Run({question, "demo"}).err, broken.err) << row.what;
     }
@@ -118,7 +118,7 @@ TEST(Freshness, PagesThatTheWalkPassesByAreReadWhenLinksLeadThere) {
   const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
   Words expected{"c#.html no3.html", "d#/e.html no4.html", "linked/deep/a.html no1.html",
                  "linked/deep/b.html no2.html", "linked/s.css no.gif"};
-  EXPECT_EQ(Texts(broken.json()["broken"]), expected);
+  EXPECT_EQ(Texts(Rows(broken.json())), expected);
   EXPECT_TRUE(built.complains("round/index.html: not read, as it is index.html by another name"))
       << built.err;
   const Json unread = broken.json()["unread"];
@@ -136,9 +136,9 @@ TEST(Freshness, WhatNoServerHasIsBroken) {
   program.Page("d/a%2Fb", "");
   ASSERT_EQ(program.Build("demo", {"--top", program.folder.native("site/d/index.html")}).code, 0);
   std::map<std::string, std::string> found;
-  const Json broken = program.Ask({"broken", "demo"})["broken"];
+  const Json broken = program.Broken();
   for (const Json& row : broken) {
-    EXPECT_EQ(row["unservable"], true) << row;
+    EXPECT_EQ(row["rule"], "unservable-name") << row;
     EXPECT_EQ(row["line"], 1) << row;
     found[row["text"]] = row["to"];
   }
@@ -191,7 +191,7 @@ TEST(Freshness, ASavedPageMayLeadToOneThatWasNeverRead) {
   EXPECT_EQ(save("new.html"), 0);
   const Json broken = program.Ask({"broken", "demo"});
   EXPECT_EQ(broken["unread"], Json::array());
-  EXPECT_EQ(Texts(broken["broken"]), Words{"new.html no.html"});
+  EXPECT_EQ(Texts(Rows(broken)), Words{"new.html no.html"});
 }
 
 }  // namespace

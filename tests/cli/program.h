@@ -90,6 +90,29 @@ class Process {
   pid_t pid_ = -1;
 };
 
+// The places of the findings of a report, a row each: rule, from, line, column, text and to; by
+// from, line and column.
+inline Json Rows(const Json& report) {
+  std::vector<Json> rows;
+  for (const Json& finding : report["findings"]) {
+    for (const Json& place : finding["places"]) {
+      rows.push_back({{"rule", finding["rule"]},
+                      {"from", place["file"]},
+                      {"line", place["line"]},
+                      {"column", place["column"]},
+                      {"text", place["reference"]},
+                      {"to", finding["target"]}});
+    }
+  }
+  std::stable_sort(rows.begin(), rows.end(), [](const Json& a, const Json& b) {
+    for (const char* key : {"from", "line", "column"}) {
+      if (a[key] != b[key]) return a[key] < b[key];
+    }
+    return false;
+  });
+  return rows;
+}
+
 // A folder with a site to be written in `site`, a database in `db`, and the program over both.
 class Program {
  public:
@@ -112,6 +135,8 @@ class Program {
     words.insert(words.end(), {"--format", "json"});
     return Run(std::move(words)).json();
   }
+  // What is broken in the site "demo".
+  Json Broken() const { return Rows(Ask({"broken", "demo"})); }
   // Registers the site as `name` and rebuilds it.
   Outcome Build(const std::string& name, Words options = {}) const {
     Words words{"add", name, folder.native("site")};

@@ -85,7 +85,7 @@ TEST(Sharing, AnAnswerThatIsNotReadBlocksNobody) {
   program.Page("index.html", page);
   ASSERT_EQ(program.Build("demo").code, 0);
   program.BuildOlder("demo");
-  for (const Words& question : {Words{"links", "demo"}, Words{"broken", "demo"},
+  for (const Words& question : {Words{"links", "demo"}, Words{"broken", "demo", "--format", "csv"},
                                 Words{"files", "demo"}, Words{"legacy", "links", "demo"}}) {
     const std::string whole = program.Run(question).out;
     const std::string pipe = program.folder.native("pipe");

@@ -49,7 +49,7 @@ TEST(Whole, AKilledRebuildLeavesOneOrTheOther) {
   program.Page("index.html", BrokenLinks(1));
   for (int i = 0; i < 400; ++i) program.Page("p" + std::to_string(i) + ".html", BrokenLinks(20));
   ASSERT_EQ(program.Build("demo").code, 0);
-  std::size_t before = program.Ask({"broken", "demo"})["broken"].size();
+  std::size_t before = program.Broken().size();
   int killed = 0;
   for (int wait = 5; wait < 400 && killed < 12; wait += wait / 3) {
     program.Page("index.html", BrokenLinks(1 + wait));
@@ -59,7 +59,7 @@ TEST(Whole, AKilledRebuildLeavesOneOrTheOther) {
     if (rebuild.Wait().code == -1) ++killed;
     const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
     EXPECT_EQ(broken.code, 1) << wait << broken.err;
-    const std::size_t rows = broken.json()["broken"].size();
+    const std::size_t rows = Rows(broken.json()).size();
     EXPECT_TRUE(rows == before || rows == 8000u + 1 + static_cast<std::size_t>(wait)) << rows;
     before = rows;
   }
@@ -94,7 +94,7 @@ TEST(Whole, AFinishedRebuildIsPutInPlace) {
       if (next == std::string("save")) words.push_back("index.html");
       EXPECT_LE(program.Run(words).code, 1) << next << moved;
       EXPECT_FALSE(program.folder.has("db/demo/done")) << next << moved;
-      EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 500u) << next << moved;
+      EXPECT_EQ(program.Broken().size(), 500u) << next << moved;
     }
   }
 }
@@ -117,11 +117,11 @@ TEST(Whole, KilledWhileTheTablesAreWritten) {
   };
   kill({"rebuild", "demo"});
   EXPECT_TRUE(program.folder.has("db/demo/new"));
-  EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 3u);
+  EXPECT_EQ(program.Broken().size(), 3u);
   kill({"save", "demo", "index.html"});
   ExpectNoAnswers(program, " after a save that was killed");
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 500u);
+  EXPECT_EQ(program.Broken().size(), 500u);
 }
 
 // What a killed rebuild left is of no site that gets the name later.
@@ -153,7 +153,7 @@ TEST(Whole, AFullDiskKeepsTheAnswersThatThereWere) {
   const Outcome rebuilt = program.Run({"rebuild", "demo"});
   EXPECT_EQ(rebuilt.code, 4);
   EXPECT_TRUE(rebuilt.complains("No space left on device")) << rebuilt.err;
-  EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 10u);
+  EXPECT_EQ(program.Broken().size(), 10u);
   EXPECT_EQ(program.Ask({"sites"})[0]["state"], "rebuilt");
   const Outcome saved = program.Run({"save", "demo", "index.html"});
   EXPECT_EQ(saved.code, 4);
@@ -161,7 +161,7 @@ TEST(Whole, AFullDiskKeepsTheAnswersThatThereWere) {
   ExpectNoAnswers(program, " after a save that could not be written");
   disk.Empty();
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  EXPECT_EQ(program.Ask({"broken", "demo"})["broken"].size(), 2000u);
+  EXPECT_EQ(program.Broken().size(), 2000u);
 }
 
 // With and without its lock file. What is made meanwhile in the temporary folder is gone

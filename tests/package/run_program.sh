@@ -10,7 +10,7 @@ cd "$work"
 printf '<title>表紙</title><a href="予定.htm">plan</a><a href="no.htm">' | iconv -t cp932 >表/index.htm
 printf '<title>表</title><img src="表/no.gif">' | iconv -t cp932 >表/予定.htm
 
-run() { "$@" 2>&1 | tr -d '\r' | iconv -f cp932; }
+run() { "$@" 2>&1 | tr -d '\r' | iconv -f cp932 | sed 's/ in [0-9.]* s$//'; }
 zvrsit() { run "${emulator[@]}" "$program" --db db "$@"; }
 emulator=("$@")
 native=$(printf 'Z:%s' "$work" | tr / '\\')
@@ -33,10 +33,9 @@ index.htm -> 予定.htm  LT_ANCHOR
 index.htm -> no.htm  LT_ANCHOR  missing
 END
 expect zvrsit broken 図表 <<'END'
-index.htm
-     1:52: no.htm -> no.htm  LT_ANCHOR
-予定.htm
-     1:27: 表/no.gif -> 表\no.gif  LT_IMG
+index.htm:1:52: error: no.htm is not there [missing-file]
+予定.htm:1:27: error: 表\no.gif is not there (表/no.gif) [missing-file]
+2 errors in 2 places; 2 pages, 0 style sheets and 3 links looked at
 END
 expect zvrsit save 図表 予定.htm </dev/null
 expect zvrsit sites <<END

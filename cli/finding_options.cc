@@ -1,0 +1,81 @@
+#include "cli/finding_options.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+
+#include "cli/exit_code.h"
+#include "cli/native_name.h"
+#include "cli/output.h"
+#include "cli/terminal.h"
+#include "findings/collect.h"
+
+namespace zvrsit::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// NAME=SEVERITY; gives what is wrong with it.
+std::string SetSeverity(const std::string& text, Severities& severities) {
+  const std::size_t sign = text.find('=');
+  const auto rule = RuleOfName(text.substr(0, sign));
+  if (!rule) return "there is no rule named \"" + text.substr(0, sign) + "\"";
+  const auto severity =
+      sign == text.npos ? std::nullopt : SeverityOfName(std::string_view(text).substr(sign + 1));
+  if (!severity) return "a rule is error, warning or off, such as " + text.substr(0, sign) + "=off";
+  severities.Set(*rule, *severity);
+  return "";
+}
+
+// How files of that folder are named from the working folder.
+std::string PrefixOf(const std::string& folder) {
+  std::error_code error;
+  const fs::path below = PathOf(folder).lexically_relative(fs::current_path(error));
+  if (error || below.empty() || *below.begin() == "..") return folder;
+  return below == "." ? "" : NameOf(below / "");
+}
+
+}  // namespace
+
+void AddFindingOptions(CLI::App& command, FindingOptions& options) {
+  command.add_flag("--all", options.all, "a line for each place, not only the first of a finding");
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--rule",
+          [&options](const std::vector<std::string>& rules) {
+            for (const std::string& rule : rules) {
+              const std::string fault = SetSeverity(rule, options.severities);
+              if (!fault.empty()) throw CLI::ValidationError("--rule", fault);
+            }
+          },
+          "makes a rule error, warning or off; docs/rules.md has the names")
+      ->option_text("RULE=SEVERITY ...");
+  command.add_option("--color", options.color, "colours; auto: on a terminal")
+      ->option_text("auto|always|never")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
+}
+
+void FindAll(Session& session, const std::string& top, const FindingOptions& options,
+             FindingReport& report) {
+  const auto typeOf = [](const std::string& native) {
+    std::error_code error;
+    return fs::status(PathOf(native), error).type();
+  };
+  const FoundSite site{session.names().folder(), top, typeOf};
+  if (CollectFindings(session.manager(), site, options.severities, report) != 0) {
+    throw Failure(kDatabase, "the tables of the site cannot be read");
+  }
+  report.prefix = PrefixOf(report.folder);
+}
+
+void PrintFindings(const FindingReport& report, const FindingOptions& options) {
+  TextStyle style;
+  style.all = options.all;
+  style.colors = WantsColors(options.color);
+  style.hyperlinks = style.colors && IsTerminal(stdout);
+  const std::string text = FormatFindings(report, options.format, style);
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+}  // namespace zvrsit::cli
