@@ -63,7 +63,7 @@ std::string FaultOfUrl(std::string_view url) {
   if (const auto at = place.rfind('@'); at != place.npos) place.remove_prefix(at + 1);
   const auto bracket = place.rfind(']');
   const auto colon = place.find(':', bracket == place.npos ? 0 : bracket);
-  const std::string fault = FaultOfHost(place.substr(0, colon));
+  std::string fault = FaultOfHost(place.substr(0, colon));
   if (!fault.empty() || colon == place.npos) return fault;
   return FaultOfPort(place.substr(colon + 1));
 }

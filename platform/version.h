@@ -4,7 +4,7 @@
 #include "platform/api.h"
 
 #define ZVRSIT_VERSION_MAJOR 0
-#define ZVRSIT_VERSION_MINOR 1
+#define ZVRSIT_VERSION_MINOR 2
 #define ZVRSIT_VERSION_PATCH 0
 
 // For #if: 100 is 0.1.0, and 10203 is 1.2.3.
