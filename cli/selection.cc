@@ -96,8 +96,8 @@ bool IsBelow(const fs::path& path, const fs::path& folder) {
 fs::path RootOf(const GivenPaths& given, const std::vector<std::string>& names) {
   if (!given.root.empty()) return Absolute(given.root);
   const fs::path here = fs::current_path();
-  std::vector<fs::path> paths;
-  for (const std::string& name : names) paths.push_back(Absolute(name));
+  std::vector<fs::path> paths(names.size());
+  std::ranges::transform(names, paths.begin(), &Absolute);
   if (paths.size() == 1 && fs::is_directory(paths.front())) return paths.front();
   const bool isHere =
       std::ranges::all_of(paths, [&](const fs::path& path) { return IsBelow(path, here); });

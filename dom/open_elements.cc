@@ -120,7 +120,6 @@ constexpr NameKey kP = MakeNameKey("p");
 constexpr NameKey kButton = MakeNameKey("button");
 constexpr NameKey kOption = MakeNameKey("option");
 constexpr NameKey kA = MakeNameKey("a");
-constexpr NameKey kBr = MakeNameKey("br");
 
 // Nothing is looked for further up, so that pages of open elements take linear time. No page is as
 // deep but to cost time.

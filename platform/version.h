@@ -7,13 +7,13 @@
 #define ZVRSIT_VERSION_MINOR 2
 #define ZVRSIT_VERSION_PATCH 0
 
-// For #if: 100 is 0.1.0, and 10203 is 1.2.3.
+// For #if: 200 is 0.2.0, and 10203 is 1.2.3.
 #define ZVRSIT_VERSION_NUMBER \
   (ZVRSIT_VERSION_MAJOR * 10000 + ZVRSIT_VERSION_MINOR * 100 + ZVRSIT_VERSION_PATCH)
 
 namespace zvrsit {
 
-// The version of the library that runs, as "0.1.0". The macros are that of the headers, which the
+// The version of the library that runs, as "0.2.0". The macros are that of the headers, which the
 // application was compiled with.
 ZVRSIT_API const char* Version();
 

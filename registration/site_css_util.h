@@ -18,7 +18,7 @@ class SiteLinkDB;
 class SiteMgrBase;
 class SitePathDB;
 class SiteUrlDB;
-struct SiteLinkRec;
+class SiteLinkRec;
 
 // The LT_ code of what a style sheet refers to, for a Type_ constant of CCSSControl.
 std::uint32_t StyleLinkType(int nodeType);
