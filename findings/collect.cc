@@ -217,30 +217,17 @@ class Collector {
 
   bool AddRepeatedIds() {
     if (!severities_.IsOn(Rule::kDuplicateId)) return true;
-    const Numbers pages(manager_.EnumPageOfSameIds());
-    if (pages == nullptr) return false;
-    for (const int page : *pages) AddRepeatedIdsOf(page);
-    return true;
-  }
-
-  void AddRepeatedIdsOf(int page) {
-    std::vector<PageId> ids;
-    std::string* const path = manager_.UrlPath(page);
-    if (path != nullptr) manager_.ListPageIds(*path, ids);
-    SiteMgr::DeleteString(path);
-    std::map<std::string, std::vector<LinkPlace>> places;
-    for (const PageId& id : ids) {
-      if (!id.isName) places[id.text].push_back(id.place);
-    }
-    for (const auto& [id, all] : places) {
-      if (all.size() < 2) continue;
+    std::vector<RepeatedId> repeated;
+    if (manager_.FindRepeatedIds(repeated) != 0) return false;
+    for (const RepeatedId& one : repeated) {
       bool isNew = false;
-      Finding* const finding = FindingOf(Rule::kDuplicateId, "#" + id, isNew);
-      finding->message = "the ID \"" + id + "\" stands more than once in this page";
-      for (const LinkPlace& place : all) {
-        finding->places.push_back({names_.Of(page), place.line, place.column, ""});
+      Finding* const finding = FindingOf(Rule::kDuplicateId, "#" + one.id, isNew);
+      finding->message = "the ID \"" + one.id + "\" stands more than once in this page";
+      for (const LinkPlace& place : one.places) {
+        finding->places.push_back({names_.Of(one.page), place.line, place.column, ""});
       }
     }
+    return true;
   }
 
   // A link whose places cannot be told has one without a line, as often as it occurs.

@@ -1,6 +1,6 @@
 // Which fragments of links name nothing, and what pages have for them to name.
 #include <algorithm>
-#include <iterator>
+#include <unordered_map>
 #include <utility>
 
 #include "links/fragment.h"
@@ -18,6 +18,13 @@ namespace {
 // The IDs that are kept, or `own` where none are.
 PageIds& KeptOr(PageIds& own, const std::unique_ptr<PageIds>& kept) {
   return kept != nullptr ? *kept : own;
+}
+
+// The IDs of a page, but for those that no fragment leads to.
+std::vector<ElementAttribute> NamingIds(const Document& document) {
+  std::vector<ElementAttribute> ids = document.attributesNamed(Attr::kId);
+  std::erase_if(ids, [](const ElementAttribute& named) { return named.element.inShadow(); });
+  return ids;
 }
 
 }  // namespace
@@ -79,28 +86,41 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
   return 0;
 }
 
-std::vector<int>* SiteMgr::EnumPageOfSameIds() {
-  if (!HasFiles(pathDB) || dom == nullptr) return nullptr;
+int SiteMgr::FindRepeatedIds(std::vector<RepeatedId>& repeated) {
+  repeated.clear();
+  if (!HasFiles(pathDB) || dom == nullptr) return -1;
   PageIds own;
   PageIds& ids = KeptOr(own, inside->pageIds);
   Work work(*this);
-  auto numbers = std::make_unique<std::vector<int>>();
-  std::vector<PageId> names;
   ForEachNumber(*pathDB, [&](int number) {
-    SitePathRec rec;
-    if (!work.ReadIds(number, ids) || !ids.MayRepeat(number) || pathDB->Get(number, rec) < 0)
-      return;
-    // A second ID of one tag was noted too, and is none.
-    if (ListPageIds(std::string(pathDB->TextView(rec.name)), names) < 0) return;
-    std::erase_if(names, [](const PageId& name) { return name.isName; });
-    std::sort(names.begin(), names.end(),
-              [](const PageId& a, const PageId& b) { return a.text < b.text; });
-    const auto same = [](const PageId& a, const PageId& b) { return a.text == b.text; };
-    if (std::adjacent_find(names.begin(), names.end(), same) != names.end()) {
-      numbers->push_back(number);
-    }
+    if (work.ReadIds(number, ids) && ids.MayRepeat(number)) work.AddRepeatedIds(number, repeated);
   });
-  return numbers.release();
+  return 0;
+}
+
+// A second ID of one tag was noted too, and is none.
+void SiteMgr::Work::AddRepeatedIds(int pathNumber, std::vector<RepeatedId>& repeated) {
+  SitePathRec rec;
+  std::string path;
+  if (m_.pathDB->Get(pathNumber, rec) < 0 || m_.pathDB->Text(rec.name, path) < 0) return;
+  const OwnedDocument document(m_.dom->createDocument("HTML"), GiveBack{m_.dom});
+  PageFile page;
+  if (document == nullptr ||
+      !page.Read(path, FlagsOf(m_.GetLinkRules()), *document, DocumentScope::kWhole)) {
+    return;
+  }
+  const std::vector<ElementAttribute> all = NamingIds(*document);
+  std::unordered_map<std::string, int> counts;
+  for (const ElementAttribute& named : all) ++counts[named.attribute.value()];
+  std::unordered_map<std::string, std::size_t> indexes;
+  TextPlaces places(document->text());
+  for (const ElementAttribute& named : all) {
+    const std::string id = named.attribute.value();
+    if (counts[id] < 2) continue;
+    const auto [entry, isNew] = indexes.try_emplace(id, repeated.size());
+    if (isNew) repeated.push_back({pathNumber, id, {}});
+    repeated[entry->second].places.push_back(places.Of(named.attribute.valueOffset()));
+  }
 }
 
 int SiteMgr::ListPageIds(const std::string& path, std::vector<PageId>& ids) {
@@ -116,9 +136,7 @@ int SiteMgr::ListPageIds(const std::string& path, std::vector<PageId>& ids) {
   const auto add = [&](const Attribute& attribute, bool isName) {
     found.push_back({attribute.valueOffset(), {attribute.value(), isName, {}}});
   };
-  for (const ElementAttribute& named : document->attributesNamed(Attr::kId)) {
-    if (!named.element.inShadow()) add(named.attribute, false);
-  }
+  for (const ElementAttribute& named : NamingIds(*document)) add(named.attribute, false);
   for (const std::uint32_t index : document->elementsOf(Tag::kA)) {
     const Attribute name = document->element(index).attributes().find(Attr::kName);
     if (name) add(name, true);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "util/url_id.h"
 
@@ -41,6 +42,13 @@ struct PageId {
   std::string text;  // character references decoded
   bool isName = false;
   LinkPlace place;  // where the value begins
+};
+
+// An ID that stands in one page more than once.
+struct RepeatedId {
+  int page = -1;  // number of its path
+  std::string id;
+  std::vector<LinkPlace> places;  // in the order of the page
 };
 
 }  // namespace zvrsit

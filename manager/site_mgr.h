@@ -204,9 +204,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // The links to files of the site whose fragment names nothing there, by number. Reads each such
   // file once, unless its IDs are kept. 0, or -1 without a site.
   int FindMissingFragments(std::vector<MissingFragment>& missing);
-  // The numbers of the pages in which one ID stands twice, ascending. Reads each page of the site,
-  // unless its IDs are kept. Null without a site.
-  std::vector<int>* EnumPageOfSameIds();
+  // The IDs that stand in one page more than once, by page and first place. Reads each page of the
+  // site, unless its IDs are kept, and those that have such IDs. 0, or -1 without a site.
+  int FindRepeatedIds(std::vector<RepeatedId>& repeated);
   // The IDs and anchor names of the page `path` as it is now, in the order of the file: 0, or -1
   // when it cannot be read.
   int ListPageIds(const std::string& path, std::vector<PageId>& ids);
