@@ -58,6 +58,7 @@ TEST(BadInput, PagesAndFoldersThatCannotBeRead) {
 
   chmod(inside.c_str(), 0);
   const Outcome again = program.Run({"rebuild", "demo"});
+  EXPECT_EQ(program.Ask({"broken", "demo"})["unread"], Json::array({"in/"}));
   chmod(inside.c_str(), 0700);
   EXPECT_EQ(again.code, 4);
   EXPECT_TRUE(again.complains(inside)) << again.err;

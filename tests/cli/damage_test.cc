@@ -77,8 +77,9 @@ TEST(Damage, LostTablesComeBackWithARebuild) {
   };
   for (const auto& lose : losses) {
     lose();
-    for (int i = 0; i < 2; ++i) {
-      const Outcome damaged = program.Run({"broken", "demo"});
+    for (const Words& words :
+         {Words{"broken", "demo"}, Words{"save", "demo", "index.html"}, Words{"broken", "demo"}}) {
+      const Outcome damaged = program.Run(words);
       EXPECT_EQ(damaged.code, 3);
       EXPECT_TRUE(damaged.complains(tables)) << damaged.err;
     }

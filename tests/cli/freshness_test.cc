@@ -35,9 +35,16 @@ TEST(Freshness, AStaleAnswerSaysSo) {
   const Row rows[] = {
       {"longer", "1 file has changed", [&](const Program& p) { p.Page("index.html", "\n" + page); },
        "changed", "index.html", Json()},
-      {"another time", "1 file has changed",
+      {"longer of the same time", "1 file has changed",
        [&](const Program& p) {
-         p.Page("index.html", "<a href=gone.html>\n\n<a href=b.html><img src=i.gif>");
+         p.Page("index.html", "\n" + page);
+         const fs::path file = p.folder.native("site/index.html");
+         fs::last_write_time(file, fs::last_write_time(p.folder.native("site/b.html")));
+       },
+       "changed", "index.html", Json()},
+      {"another time, and other lines before the link", "1 file has changed",
+       [&](const Program& p) {
+         p.Page("index.html", "  <a href=gone.html><a href=b.html><img src=i.gif>");
          const fs::path file = p.folder.native("site/index.html");
          fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1));
        },

@@ -119,6 +119,7 @@ TEST(Whole, KilledWhileTheTablesAreWritten) {
   EXPECT_TRUE(program.folder.has("db/demo/new"));
   EXPECT_EQ(program.Broken().size(), 3u);
   kill({"save", "demo", "index.html"});
+  EXPECT_EQ(program.Ask({"sites"})[0]["state"], "last rebuild failed");
   ExpectNoAnswers(program, " after a save that was killed");
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
   EXPECT_EQ(program.Broken().size(), 500u);

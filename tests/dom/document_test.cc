@@ -110,6 +110,7 @@ TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
       {"<svg><section></section><a></svg><a>", 1, 1},
       {"<svg><template><a></a></template><a></svg><a>", 1, 2},
       {"<div><template><svg><template></template></template><a>", 1, 0},
+      {"<template><svg><template></template><a></svg></template><a>", 1, 0},
       {"<svg><form><![CDATA[<a>]]></form><a>", 0, 1},
       // MathML has an `svg` of its own.
       {"<math><svg><a></a></svg><mi><a>", 1, 0},
@@ -121,6 +122,7 @@ TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
       {"<svg><foreignObject><ul><li><li></ul></foreignObject><a>", 0, 1},
       {"<svg><foreignObject><table><tr><td><td><tr></table><a></svg><svg><a>", 1, 1},
       {"<svg><foreignObject><div><svg></div></foreignObject><a>", 0, 1},
+      {"<svg><foreignObject><div><svg></div><a>", 1, 0},
       {"<svg><desc><div></span></p></desc></svg></div></desc><a>", 0, 1},
   };
   for (const ForeignCase& row : cases) {
