@@ -275,7 +275,7 @@ int SiteVarRecDB::ChooseId() {
 
 int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
   const std::int64_t length = static_cast<std::int64_t>(data.size()) + (kind == kString ? 1 : 0);
-  const std::int64_t newEnd = end_ + kHeadSize + length;
+  const std::int64_t newEnd = std::int64_t{end_} + kHeadSize + length;
   if (newEnd > std::numeric_limits<std::int32_t>::max()) return -1;
   const int id = ChooseId();
   if (id >= kMostIds) return -1;

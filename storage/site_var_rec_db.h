@@ -145,7 +145,7 @@ class SiteVarRecDB : public SiteDB {
       if (ReadHead(static_cast<int>(at), head) < 0) return -1;
       if (head.length < 0) return -1;
       if (visit(static_cast<int>(at), head) < 0) return -1;
-      at += kHeadSize + head.length;
+      at += std::int64_t{kHeadSize} + head.length;
     }
     return 0;
   }

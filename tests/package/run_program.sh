@@ -33,8 +33,8 @@ index.htm -> 予定.htm  LT_ANCHOR
 index.htm -> no.htm  LT_ANCHOR  missing
 END
 expect zvrsit broken 図表 <<'END'
-index.htm:1:52: error: no.htm is not there [missing-file]
-予定.htm:1:27: error: 表\no.gif is not there (表/no.gif) [missing-file]
+表\index.htm:1:52: error: no.htm is not there [missing-file]
+表\予定.htm:1:27: error: 表\no.gif is not there (表/no.gif) [missing-file]
 2 errors in 2 places; 2 pages, 0 style sheets and 3 links looked at
 END
 expect zvrsit save 図表 予定.htm </dev/null
