@@ -71,7 +71,7 @@ def faults(headers, symbols, node):
             yield f"exported, but not marked: {symbol}"
         if member in headers.private:
             yield f"exported, but private: {symbol}"
-        if f"@{node}" not in symbol:
+        if not symbol.endswith(f"@{node}"):
             yield f"without the version {node}: {symbol}"
     for name in sorted((headers.marked | headers.declared) - found):
         yield f"in a header, but not exported: {name}"
