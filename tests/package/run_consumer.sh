@@ -56,6 +56,7 @@ abi=${version%%.*}
 if [ "$abi" = 0 ]; then abi=${version%.*}; fi
 expect "$(dynamic "$library/libzvrsit40.so" SONAME)" "libzvrsit40.so.$abi"
 expect "$(dynamic "$library/libzvrsit40.so" RUNPATH)" ""
+expect "$(pkg-config --cflags zvrsit40 | grep -e -std || true)" ""  # which would be the last word
 if [ -e "$prefix/bin/zvrsit" ]; then
   expect "$("$prefix/bin/zvrsit" --version)" "zvrsit $version"
   expect "$(dynamic "$prefix/bin/zvrsit" RUNPATH)" \
