@@ -35,6 +35,7 @@ TEST_F(Profiles, ServerFieldsStandInTheFileWhereTheyBelong) {
   EXPECT_NE(folder.read("db/servers_S").find("SQD^"), std::string::npos);
   EXPECT_EQ(Text(mgr.GetServProfPassword(0)), "abc");
   EXPECT_EQ(mgr.GetServProfLockDir(0), 6);
+  EXPECT_EQ(mgr.ServProfAdd("second"), 0) << "not its number";
 }
 
 TEST_F(Profiles, FailuresOfFieldsSetTheirLastErrors) {
