@@ -3,7 +3,6 @@
 #include <iostream>
 
 #if defined(_WIN32)
-#include <io.h>
 #include <windows.h>
 #else
 #include <termios.h>
@@ -12,6 +11,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/output.h"
+#include "cli/terminal.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -30,10 +30,6 @@ class NoEcho {
   HANDLE console_;
   DWORD before_ = 0;
 };
-
-bool IsTerminal() {
-  return _isatty(_fileno(stdin)) != 0;
-}
 #else
 class NoEcho {
  public:
@@ -48,17 +44,13 @@ class NoEcho {
  private:
   termios before_{};
 };
-
-bool IsTerminal() {
-  return isatty(STDIN_FILENO) != 0;
-}
 #endif
 
 }  // namespace
 
 std::string AskPassword(const std::string& prompt) {
   std::string password;
-  if (IsTerminal()) {
+  if (IsTerminal(stdin)) {
     PrintTo(stderr, "{}: ", prompt);
     const NoEcho silent;
     std::getline(std::cin, password);

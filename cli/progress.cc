@@ -1,19 +1,11 @@
 #include "cli/progress.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
-#if defined(_WIN32)
-#include <io.h>
-#define isatty _isatty
-#define fileno _fileno
-#else
-#include <unistd.h>
-#endif
-
-#include <algorithm>
-
 #include "cli/output.h"
+#include "cli/terminal.h"
 #include "platform/code_page.h"
 
 namespace zvrsit::cli {
@@ -101,7 +93,7 @@ class ProgressLine {
 TerminalProgress::TerminalProgress() {
   platform::SetStringLoader(&LoadProgressText);
   Interrupts::SetFlag(&dialog_.cancel);
-  if (isatty(fileno(stderr))) {
+  if (IsTerminal(stderr)) {
     line_ = std::make_unique<ProgressLine>();
     line_->Attach(dialog_);
   }
