@@ -27,7 +27,7 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   session.LetGo();
   TellChanges(session, CompareSite(session), query.site);
   JsonRows rows;
-  ForEachLink(session, *numbers, [&](int, const ShownLink& link) {
+  ForEachLink(session, *numbers, [&](const ShownLink& link) {
     if (options.json) {
       rows.Add(LinkAsJson(link));
     } else {

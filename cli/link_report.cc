@@ -49,7 +49,7 @@ std::string NoteOf(const SiteLink& link) {
 }  // namespace
 
 void ForEachLink(Session& session, const std::vector<int>& numbers,
-                 const std::function<void(int, const ShownLink&)>& each) {
+                 const std::function<void(const ShownLink&)>& each) {
   Entries entries(session);
   ShownLink shown;
   for (const int number : numbers) {
@@ -57,7 +57,7 @@ void ForEachLink(Session& session, const std::vector<int>& numbers,
     shown.from = entries.NameOf(shown.link.from);
     shown.to = entries.NameOf(shown.link.to);
     if (shown.link.outside) shown.link.exists = entries.IsOnDisk(shown.link.to);
-    each(number, shown);
+    each(shown);
   }
 }
 

@@ -111,16 +111,14 @@ class Collector {
   };
 
   const Verdict& VerdictOf(const SiteLink& link) {
-    std::string* const text = manager_.UrlPath(link.to.id);
-    const std::string path = text != nullptr ? *text : "";
-    SiteMgr::DeleteString(text);
-    const bool isOfFolder = !link.unservable && IsOfFolder(link, path);
-    const auto [entry, isNew] = verdicts_.try_emplace({link.to.id, isOfFolder});
-    if (isNew) entry->second = Judge(link, path, isOfFolder);
+    const std::string path = PathOf(link.to.id);
+    const bool namesNoFile = !link.unservable && NamesNoFile(link, path);
+    const auto [entry, isNew] = verdicts_.try_emplace({link.to.id, namesNoFile});
+    if (isNew) entry->second = Judge(link, path, namesNoFile);
     return entry->second;
   }
 
-  Verdict Judge(const SiteLink& link, const std::string& path, bool isOfFolder) {
+  Verdict Judge(const SiteLink& link, const std::string& path, bool namesNoFile) {
     const std::string& target = names_.Of(link.to.id);
     if (link.unservable) {
       return {Rule::kUnservableName, target, target + ": no server has a file of such a name", ""};
@@ -128,7 +126,8 @@ class Collector {
     if (link.outside && TypeOnDisk(path) == fs::file_type::regular) {
       return {Rule::kOutsideSite, target, target + " lies outside of the site", ""};
     }
-    if (isOfFolder) {
+    if (namesNoFile &&
+        TypeOnDisk(path.substr(0, path.rfind('\\') + 1)) == fs::file_type::directory) {
       const std::string folder = target.substr(0, target.find_last_of("/\\") + 1);
       return {Rule::kFolderWithoutIndex, folder, folder + " has no document to show", ""};
     }
@@ -146,14 +145,21 @@ class Collector {
     return platform::ToNativePath(path, native) ? site_.typeOf(native) : fs::file_type::none;
   }
 
-  // Whether a link means a folder that is there: the name of a document was added to it.
-  bool IsOfFolder(const SiteLink& link, const std::string& path) const {
+  // Whether a link does not end in the name of its file: that of a document was added to a folder.
+  static bool NamesNoFile(const SiteLink& link, const std::string& path) {
     const std::size_t separator = path.rfind('\\');
     if (separator == path.npos) return false;
     const std::string written = link.text.substr(0, link.text.find_first_of("?#"));
     const std::string name = path.substr(separator + 1);
-    if (name.empty() || written.ends_with(name)) return false;
-    return TypeOnDisk(path.substr(0, separator + 1)) == fs::file_type::directory;
+    return !name.empty() && !written.ends_with(name);
+  }
+
+  // The `\` path of a file by its number; empty for none.
+  std::string PathOf(int number) {
+    std::string* const text = manager_.UrlPath(number);
+    std::string path = text != nullptr ? *text : "";
+    SiteMgr::DeleteString(text);
+    return path;
   }
 
   bool AddMissingFragments() {
@@ -180,9 +186,7 @@ class Collector {
     Ids& ids = entry->second;
     if (isNew) {
       std::vector<PageId> found;
-      std::string* const path = manager_.UrlPath(page);
-      if (path != nullptr) manager_.ListPageIds(*path, found);
-      SiteMgr::DeleteString(path);
+      manager_.ListPageIds(PathOf(page), found);
       for (PageId& id : found) ids.names.push_back(std::move(id.text));
       ids.near = std::make_unique<NameSuggestions>(ids.names);
     }
@@ -293,7 +297,7 @@ class Collector {
   FindingReport& report_;
   KnownFiles names_;
   std::map<std::pair<Rule, std::string>, std::size_t> known_;
-  std::map<std::pair<int, bool>, Verdict> verdicts_;  // by target, and whether its folder is meant
+  std::map<std::pair<int, bool>, Verdict> verdicts_;  // by target and NamesNoFile
   std::unordered_map<int, Ids> idsOfPages_;
   std::vector<int> links_;
   std::vector<Row> rows_;  // of links_

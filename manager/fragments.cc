@@ -20,6 +20,14 @@ PageIds& KeptOr(PageIds& own, const std::unique_ptr<PageIds>& kept) {
   return kept != nullptr ? *kept : own;
 }
 
+// The document of a page, good for as long as `page` is; null when it cannot be read.
+OwnedDocument ReadInto(PageFile& page, const std::string& path, DocumentScope scope,
+                       LinkRules rules, DOM* dom) {
+  OwnedDocument document(dom->createDocument("HTML"), GiveBack{dom});
+  if (document != nullptr && !page.Read(path, FlagsOf(rules), *document, scope)) document.reset();
+  return document;
+}
+
 // The IDs of a page, but for those that no fragment leads to.
 std::vector<ElementAttribute> NamingIds(const Document& document) {
   std::vector<ElementAttribute> ids = document.attributesNamed(Attr::kId);
@@ -52,12 +60,10 @@ bool SiteMgr::Work::ReadIds(int pathNumber, PageIds& ids) {
   if (m_.pathDB->Get(pathNumber, rec) < 0 || rec.exists == 0) return false;
   const std::string path(m_.pathDB->TextView(rec.name));
   if (rec.fileType == FT_CSS || !HoldsLinks(path, rec, m_.inside->types())) return false;
-  const OwnedDocument document(m_.dom->createDocument("HTML"), GiveBack{m_.dom});
   PageFile page;
-  if (document == nullptr ||
-      !page.Read(path, FlagsOf(m_.GetLinkRules()), *document, DocumentScope::kReferencesAndIds)) {
-    return false;
-  }
+  const OwnedDocument document =
+      ReadInto(page, path, DocumentScope::kReferencesAndIds, m_.GetLinkRules(), m_.dom);
+  if (document == nullptr) return false;
   if (page.holdsServerCode()) {
     ids.NoteAny(pathNumber);
   } else {
@@ -103,12 +109,10 @@ void SiteMgr::Work::AddRepeatedIds(int pathNumber, std::vector<RepeatedId>& repe
   SitePathRec rec;
   std::string path;
   if (m_.pathDB->Get(pathNumber, rec) < 0 || m_.pathDB->Text(rec.name, path) < 0) return;
-  const OwnedDocument document(m_.dom->createDocument("HTML"), GiveBack{m_.dom});
   PageFile page;
-  if (document == nullptr ||
-      !page.Read(path, FlagsOf(m_.GetLinkRules()), *document, DocumentScope::kWhole)) {
-    return;
-  }
+  const OwnedDocument document =
+      ReadInto(page, path, DocumentScope::kWhole, m_.GetLinkRules(), m_.dom);
+  if (document == nullptr) return;
   const std::vector<ElementAttribute> all = NamingIds(*document);
   std::unordered_map<std::string, int> counts;
   for (const ElementAttribute& named : all) ++counts[named.attribute.value()];
@@ -126,12 +130,9 @@ void SiteMgr::Work::AddRepeatedIds(int pathNumber, std::vector<RepeatedId>& repe
 int SiteMgr::ListPageIds(const std::string& path, std::vector<PageId>& ids) {
   ids.clear();
   if (dom == nullptr) return -1;
-  const OwnedDocument document(dom->createDocument("HTML"), GiveBack{dom});
   PageFile page;
-  if (document == nullptr ||
-      !page.Read(path, FlagsOf(GetLinkRules()), *document, DocumentScope::kWhole)) {
-    return -1;
-  }
+  const OwnedDocument document = ReadInto(page, path, DocumentScope::kWhole, GetLinkRules(), dom);
+  if (document == nullptr) return -1;
   std::vector<std::pair<std::uint32_t, PageId>> found;
   const auto add = [&](const Attribute& attribute, bool isName) {
     found.push_back({attribute.valueOffset(), {attribute.value(), isName, {}}});
