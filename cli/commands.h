@@ -27,13 +27,31 @@ void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 void AddProfileCommands(CLI::App& app, const Options& options, Run& run);
 // server list, show, set, delete
 void AddServerCommands(CLI::App& app, const Options& options, Run& run);
-// legacy add, rebuild, links, broken, peek, undo, import
+// legacy add, sites, rebuild, import, links, broken, peek, undo
 void AddLegacyCommands(CLI::App& app, const Options& options, Run& run);
 
 // The positional NAME of a site.
 void AddSiteName(CLI::App& command, std::string& name);
 // Refuses an empty name, such as an unset variable of a script gives.
 CLI::Validator NotEmpty();
+
+struct GivenSite;  // site_profile.h
+
+// What the commands `add`, `sites` and `rebuild` of one generation do.
+struct SiteCommands {
+  std::function<int(const std::string& name, const GivenSite& site)> add;
+  std::function<int()> list;
+  std::function<int(const std::string& name, bool diff)> rebuild;
+};
+// What their help says.
+struct SiteCommandHelp {
+  const char* add;
+  const char* list;
+  const char* diff;
+};
+// The three commands below `app`. `addOptions` gives `add` what it takes beside NAME and FOLDER.
+void AddSiteCommands(CLI::App& app, Run& run, const SiteCommands& commands,
+                     const SiteCommandHelp& help, void (*addOptions)(CLI::App&, GivenSite&));
 
 // The site and one end of the links that are asked for.
 struct LinkQuery {

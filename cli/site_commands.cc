@@ -57,27 +57,40 @@ void AddSiteName(CLI::App& command, std::string& name) {
   command.add_option("NAME", name, "the name of the site")->option_text(" ")->required();
 }
 
-void AddSiteCommands(CLI::App& app, const Options& options, Run& run) {
+void AddSiteCommands(CLI::App& app, Run& run, const SiteCommands& commands,
+                     const SiteCommandHelp& help, void (*addOptions)(CLI::App&, GivenSite&)) {
   const auto name = std::make_shared<std::string>();
   const auto site = std::make_shared<GivenSite>();
-  CLI::App* add = app.add_subcommand("add", "Register a folder as a site");
+  CLI::App* add = app.add_subcommand("add", help.add);
   AddSiteName(*add, *name);
   AddGiven(*add, "FOLDER", site->folder, "the folder of the site")->option_text(" ")->required();
-  AddSiteOptions(*add, *site);
-  add->callback([&options, &run, name, site] {
-    run = [&options, name, site] { return RunAdd(options, *name, *site); };
+  addOptions(*add, *site);
+  add->callback([&run, name, site, command = commands.add] {
+    run = [name, site, command] { return command(*name, *site); };
   });
 
-  CLI::App* sites = app.add_subcommand("sites", "List the sites");
-  sites->callback([&options, &run] { run = [&options] { return RunSites(options); }; });
+  CLI::App* list = app.add_subcommand("sites", help.list);
+  list->callback([&run, command = commands.list] { run = command; });
 
   const auto diff = std::make_shared<bool>(false);
   CLI::App* rebuild = app.add_subcommand("rebuild", "Read a whole site anew from disk");
   AddSiteName(*rebuild, *name);
-  rebuild->add_flag("--diff", *diff, "also drop what has vanished from disk");
-  rebuild->callback([&options, &run, name, diff] {
-    run = [&options, name, diff] { return RunRebuild(options, *name, *diff); };
+  rebuild->add_flag("--diff", *diff, help.diff);
+  rebuild->callback([&run, name, diff, command = commands.rebuild] {
+    run = [name, diff, command] { return command(*name, *diff); };
   });
+}
+
+void AddSiteCommands(CLI::App& app, const Options& options, Run& run) {
+  AddSiteCommands(
+      app, run,
+      {[&options](const std::string& name, const GivenSite& site) {
+         return RunAdd(options, name, site);
+       },
+       [&options] { return RunSites(options); },
+       [&options](const std::string& name, bool diff) { return RunRebuild(options, name, diff); }},
+      {"Register a folder as a site", "List the sites", "also drop what has vanished from disk"},
+      AddSiteOptions);
 }
 
 }  // namespace zvrsit::cli

@@ -1,7 +1,6 @@
 #include "cli/site_profile.h"
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
 #include <filesystem>
 #include <tuple>
@@ -10,6 +9,8 @@
 #include "cli/native_name.h"
 #include "links/folder_documents.h"
 #include "links/live_address.h"
+#include "platform/code_page.h"
+#include "platform/single_byte.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -60,10 +61,11 @@ std::string TopPath(const fs::path& folder, const fs::path& top) {
   return below;
 }
 
-bool EqualButForCase(const std::string& a, const std::string& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-    return std::tolower(x) == std::tolower(y);
-  });
+// Whether a system that ignores letter case takes two names for one. In UTF-8 no part of a longer
+// character looks like a letter.
+bool AreOneName(const std::string& a, const std::string& b) {
+  return std::ranges::equal(platform::ToUtf8(a), platform::ToUtf8(b), {}, platform::LowerAscii,
+                            platform::LowerAscii);
 }
 
 // Moves `path` along when it lies below the folder that moved.
@@ -162,9 +164,13 @@ CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<
       name, [&value](const std::string& given) { value = given; }, help);
 }
 
-void AddSiteOptions(CLI::App& command, GivenSite& site) {
+void AddTopOption(CLI::App& command, GivenSite& site) {
   AddGiven(command, "--top", site.top, "the home page; by default index.html and its like")
       ->option_text("FILE");
+}
+
+void AddSiteOptions(CLI::App& command, GivenSite& site) {
+  AddTopOption(command, site);
   AddGiven(command, "--default-url", site.defaultUrl,
            "the name of the document that stands for its folder")
       ->option_text("NAME");
@@ -200,14 +206,14 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
 
 void NeedNewName(Session& session, const std::string& name, const std::string& except) {
   for (const char* own : {"legacy", "lock", "sites.R", "sites.S", "servers.R", "servers.S"}) {
-    if (EqualButForCase(own, name)) {
+    if (AreOneName(own, name)) {
       throw Failure(kUsage, "\"" + name +
                                 "\" cannot be the name of a site: the database has a file "
                                 "or folder of that name");
     }
   }
   for (const std::string& taken : TakeList(session.manager().EnumSiteProf())) {
-    if (taken != except && EqualButForCase(taken, name)) {
+    if (taken != except && AreOneName(taken, name)) {
       throw Failure(kUsage, "there is a site named \"" + taken + "\" already");
     }
   }

@@ -29,6 +29,8 @@ struct GivenSite {
 // An option whose value stays unset unless it is given.
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
                       const std::string& help);
+// --top.
+void AddTopOption(CLI::App& command, GivenSite& site);
 // --top, --default-url, --doc-root, --live-url, --page-types and --rules.
 void AddSiteOptions(CLI::App& command, GivenSite& site);
 

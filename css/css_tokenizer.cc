@@ -1,5 +1,8 @@
 #include "css/css_tokenizer.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "platform/code_page_text.h"
 
 namespace zvrsit {
@@ -92,6 +95,19 @@ size_t AppendEscape(std::string& out, std::string_view value, size_t position,
   }
   return escape.end;
 }
+
+// Characters that are tokens of their own; every other one is a delimiter.
+struct Symbol {
+  char character;
+  CssTokenType type;
+};
+constexpr Symbol kSymbols[] = {
+    {':', CssTokenType::kColon},       {';', CssTokenType::kSemicolon},
+    {',', CssTokenType::kComma},       {'[', CssTokenType::kOpenSquare},
+    {']', CssTokenType::kCloseSquare}, {'(', CssTokenType::kOpenParen},
+    {')', CssTokenType::kCloseParen},  {'{', CssTokenType::kOpenCurly},
+    {'}', CssTokenType::kCloseCurly},
+};
 
 }  // namespace
 
@@ -330,39 +346,8 @@ CssToken CssTokenizer::UnicodeRangeToken() {
 }
 
 CssToken CssTokenizer::SymbolToken(int symbol) {
-  CssTokenType type = CssTokenType::kDelim;
-  switch (symbol) {
-    case ':':
-      type = CssTokenType::kColon;
-      break;
-    case ';':
-      type = CssTokenType::kSemicolon;
-      break;
-    case ',':
-      type = CssTokenType::kComma;
-      break;
-    case '[':
-      type = CssTokenType::kOpenSquare;
-      break;
-    case ']':
-      type = CssTokenType::kCloseSquare;
-      break;
-    case '(':
-      type = CssTokenType::kOpenParen;
-      break;
-    case ')':
-      type = CssTokenType::kCloseParen;
-      break;
-    case '{':
-      type = CssTokenType::kOpenCurly;
-      break;
-    case '}':
-      type = CssTokenType::kCloseCurly;
-      break;
-    default:
-      break;
-  }
-  return Finish(type, position_ + 1);
+  const auto known = std::ranges::find(kSymbols, symbol, &Symbol::character);
+  return Finish(known == std::end(kSymbols) ? CssTokenType::kDelim : known->type, position_ + 1);
 }
 
 CssToken CssTokenizer::Next() {

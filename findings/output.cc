@@ -9,8 +9,19 @@
 namespace zvrsit {
 namespace {
 
-constexpr std::array<std::string_view, 8> kFormatNames{"text",  "json",  "jsonl",  "csv",
-                                                       "junit", "sarif", "github", "markdown"};
+struct Format {
+  std::string_view name;
+  void (*append)(const FindingReport& report, std::string& out);
+};
+// In the order of FindingFormat. The text alone has a style, and stands first.
+constexpr std::array<Format, 8> kFormats{{{"text", nullptr},
+                                          {"json", AppendJson},
+                                          {"jsonl", AppendJsonl},
+                                          {"csv", AppendCsv},
+                                          {"junit", AppendJunit},
+                                          {"sarif", AppendSarif},
+                                          {"github", AppendGithub},
+                                          {"markdown", AppendMarkdown}}};
 
 }  // namespace
 
@@ -19,8 +30,8 @@ std::string Counted(std::size_t count, const char* one) {
 }
 
 std::optional<FindingFormat> FormatOfName(std::string_view name) {
-  for (std::size_t i = 0; i < kFormatNames.size(); ++i) {
-    if (kFormatNames[i] == name) return static_cast<FindingFormat>(i);
+  for (std::size_t i = 0; i < kFormats.size(); ++i) {
+    if (kFormats[i].name == name) return static_cast<FindingFormat>(i);
   }
   return std::nullopt;
 }
@@ -28,31 +39,10 @@ std::optional<FindingFormat> FormatOfName(std::string_view name) {
 std::string FormatFindings(const FindingReport& report, FindingFormat format,
                            const TextStyle& style) {
   std::string out;
-  switch (format) {
-    case FindingFormat::kText:
-      AppendText(report, style, out);
-      break;
-    case FindingFormat::kJson:
-      AppendJson(report, out);
-      break;
-    case FindingFormat::kJsonl:
-      AppendJsonl(report, out);
-      break;
-    case FindingFormat::kCsv:
-      AppendCsv(report, out);
-      break;
-    case FindingFormat::kJunit:
-      AppendJunit(report, out);
-      break;
-    case FindingFormat::kSarif:
-      AppendSarif(report, out);
-      break;
-    case FindingFormat::kGithub:
-      AppendGithub(report, out);
-      break;
-    case FindingFormat::kMarkdown:
-      AppendMarkdown(report, out);
-      break;
+  if (format == FindingFormat::kText) {
+    AppendText(report, style, out);
+  } else {
+    kFormats[static_cast<std::size_t>(format)].append(report, out);
   }
   return out;
 }

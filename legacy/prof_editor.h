@@ -3,12 +3,12 @@
 
 #include <array>
 #include <bit>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "legacy/sit_error.h"
 #include "legacy/sit_hist.h"
+#include "legacy/sit_mgr_base.h"
 #include "legacy/sit_prof.h"
 #include "util/scramble.h"
 
@@ -16,16 +16,23 @@ namespace zvrsit {
 
 enum class ProfText { kPlain, kScrambled };
 
-// The word of a record that stands at a byte offset.
-constexpr int WordAt(std::size_t offset) {
-  return static_cast<int>(offset / 4);
-}
-
 // The operations on one profile store, made for one call of the manager. Each sets the manager's
-// last error. A field is named by its word in the record.
+// last error.
 template <class Rec>
 class ProfEditor {
  public:
+  // A field, named by its member in the record or by its word.
+  using Field = std::int32_t Rec::*;
+  struct Place {
+    Place(int number) : word(number) {}
+    Place(Field field) : word(WordOf(field)) {}
+    int word;
+  };
+  static int WordOf(Field field) {
+    const Rec record;
+    return static_cast<int>(&(record.*field) - reinterpret_cast<const std::int32_t*>(&record));
+  }
+
   // `store` may be null.
   ProfEditor(SitProf<Rec>* store, SitHist& history, int& lastError)
       : store_(store), history_(history), lastError_(lastError) {}
@@ -103,22 +110,23 @@ class ProfEditor {
     return store_->Write(number, record) < 0 ? Fail(kSitWriteFailed) : Succeed();
   }
 
-  std::string* GetText(int number, int word, ProfText kind = ProfText::kPlain) {
+  std::string* GetText(int number, Place field, ProfText kind = ProfText::kPlain) {
     Rec record;
     if (!ReadChecked(number, record)) return nullptr;
-    const auto text = store_->GetString(Word(record, word));
+    const auto text = store_->GetString(Word(record, field.word));
     if (!text) return FailText(kSitNoValue);
     lastError_ = kSitOk;
     return new std::string(kind == ProfText::kScrambled ? Unscramble(*text) : *text);
   }
 
-  int GetNumber(int number, int word) {
+  int GetNumber(int number, Place field) {
     Rec record;
-    return ReadChecked(number, record) ? Succeed(Word(record, word)) : -1;
+    return ReadChecked(number, record) ? Succeed(Word(record, field.word)) : -1;
   }
 
   // 0 once the record has been read, also when the last write fails. Meant.
-  int SetText(int number, int word, const std::string& text, ProfText kind = ProfText::kPlain) {
+  int SetText(int number, Place field, const std::string& text, ProfText kind = ProfText::kPlain) {
+    const int word = field.word;
     if (text.empty() || !HasWord(word)) return Fail(kSitBadArgument);
     Rec record;
     if (!ReadChecked(number, record)) return -1;
@@ -129,11 +137,11 @@ class ProfEditor {
     return Succeed();
   }
 
-  int SetNumber(int number, int word, int value) {
+  int SetNumber(int number, Place field, int value) {
     Rec record;
     if (!ReadChecked(number, record)) return -1;
     history_.NewStep();
-    SetWord(record, word, value);
+    SetWord(record, field.word, value);
     store_->Write(number, record);
     return Succeed();
   }
@@ -179,6 +187,16 @@ class ProfEditor {
   SitProf<Rec>* store_;
   SitHist& history_;
   int& lastError_;
+};
+
+class SitMgrBase::ServEditor : public ProfEditor<ServRec> {
+ public:
+  using ProfEditor::ProfEditor;
+};
+
+class SitMgrBase::SiteEditor : public ProfEditor<SiteRec> {
+ public:
+  using ProfEditor::ProfEditor;
 };
 
 }  // namespace zvrsit

@@ -367,6 +367,12 @@ class ZVRSIT_API SitMgrBase {
   // Registers the folders above a file or folder up to the site folder, each with its relation.
   ZVRSIT_LOCAL int RegisterParents(const std::string& path, const UrlID& child);
 
+  // The operations on the profile stores.
+  class ZVRSIT_LOCAL ServEditor;
+  class ZVRSIT_LOCAL SiteEditor;
+  ZVRSIT_LOCAL ServEditor Servers();
+  ZVRSIT_LOCAL SiteEditor Sites();
+
   // The profile of the open site as it is now.
   ZVRSIT_LOCAL SiteRec SiteNow() const;
   // Empty while none is open or the slot is not set.
@@ -390,14 +396,10 @@ class ZVRSIT_API SitMgrBase {
 
  private:
   struct ZVRSIT_LOCAL PageReader;
-  class ZVRSIT_LOCAL ServEditor;
-  class ZVRSIT_LOCAL SiteEditor;
 
   ZVRSIT_LOCAL void UndoCells(HistProc* step);
   ZVRSIT_LOCAL void UndoCell(HistProc* step, HistCell* cell);
 
-  ZVRSIT_LOCAL ServEditor Servers();
-  ZVRSIT_LOCAL SiteEditor Sites();
   ZVRSIT_LOCAL int NameSiteFiles(const std::string& name);
   ZVRSIT_LOCAL bool IsFolderTaken(const std::string& folder);
   ZVRSIT_LOCAL bool OpenStores(const std::array<std::string, 5>& paths);

@@ -1,17 +1,10 @@
 // Server profiles.
-#include <cstddef>
-
 #include "legacy/prof_editor.h"
 #include "legacy/sit_hist.h"
 #include "legacy/sit_mgr_base.h"
 #include "legacy/sit_prof.h"
 
 namespace zvrsit {
-
-class SitMgrBase::ServEditor : public ProfEditor<ServRec> {
- public:
-  using ProfEditor::ProfEditor;
-};
 
 SitMgrBase::ServEditor SitMgrBase::Servers() {
   return {servProf_.get(), *history_, lastError_};
@@ -47,110 +40,108 @@ int SitMgrBase::ServProfGetID(const std::string& name) {
 }
 
 int SitMgrBase::SetServProfHost(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, host)), text);
+  return Servers().SetText(number, &ServRec::host, text);
 }
 std::string* SitMgrBase::GetServProfHost(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, host)));
+  return Servers().GetText(number, &ServRec::host);
 }
 
 int SitMgrBase::SetServProfUser(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, user)), text);
+  return Servers().SetText(number, &ServRec::user, text);
 }
 std::string* SitMgrBase::GetServProfUser(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, user)));
+  return Servers().GetText(number, &ServRec::user);
 }
 
 int SitMgrBase::SetServProfPassword(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, password)), text, ProfText::kScrambled);
+  return Servers().SetText(number, &ServRec::password, text, ProfText::kScrambled);
 }
 std::string* SitMgrBase::GetServProfPassword(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, password)), ProfText::kScrambled);
+  return Servers().GetText(number, &ServRec::password, ProfText::kScrambled);
 }
 
 int SitMgrBase::SetServProfDir(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, dir)), text);
+  return Servers().SetText(number, &ServRec::dir, text);
 }
 std::string* SitMgrBase::GetServProfDir(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, dir)));
+  return Servers().GetText(number, &ServRec::dir);
 }
 
 int SitMgrBase::SetServProfFirewallHost(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, firewallHost)), text);
+  return Servers().SetText(number, &ServRec::firewallHost, text);
 }
 std::string* SitMgrBase::GetServProfFirewallHost(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, firewallHost)));
+  return Servers().GetText(number, &ServRec::firewallHost);
 }
 
 int SitMgrBase::SetServProfFirewallUser(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, firewallUser)), text);
+  return Servers().SetText(number, &ServRec::firewallUser, text);
 }
 std::string* SitMgrBase::GetServProfFirewallUser(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, firewallUser)));
+  return Servers().GetText(number, &ServRec::firewallUser);
 }
 
 int SitMgrBase::SetServProfFirewallPassword(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, firewallPassword)), text,
-                           ProfText::kScrambled);
+  return Servers().SetText(number, &ServRec::firewallPassword, text, ProfText::kScrambled);
 }
 std::string* SitMgrBase::GetServProfFirewallPassword(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, firewallPassword)),
-                           ProfText::kScrambled);
+  return Servers().GetText(number, &ServRec::firewallPassword, ProfText::kScrambled);
 }
 
 int SitMgrBase::SetServProfInitRemoteDir(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, initRemoteDir)), text);
+  return Servers().SetText(number, &ServRec::initRemoteDir, text);
 }
 std::string* SitMgrBase::GetServProfInitRemoteDir(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, initRemoteDir)));
+  return Servers().GetText(number, &ServRec::initRemoteDir);
 }
 
 int SitMgrBase::SetServProfMRUDirRemote(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, mruDirRemote)), text);
+  return Servers().SetText(number, &ServRec::mruDirRemote, text);
 }
 std::string* SitMgrBase::GetServProfMRUDirRemote(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, mruDirRemote)));
+  return Servers().GetText(number, &ServRec::mruDirRemote);
 }
 
 int SitMgrBase::SetServProfMRUDirLocal(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, mruDirLocal)), text);
+  return Servers().SetText(number, &ServRec::mruDirLocal, text);
 }
 std::string* SitMgrBase::GetServProfMRUDirLocal(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, mruDirLocal)));
+  return Servers().GetText(number, &ServRec::mruDirLocal);
 }
 
 int SitMgrBase::SetServProfAsciiSuffix(int number, const std::string& text) {
-  return Servers().SetText(number, WordAt(offsetof(ServRec, asciiSuffix)), text);
+  return Servers().SetText(number, &ServRec::asciiSuffix, text);
 }
 std::string* SitMgrBase::GetServProfAsciiSuffix(int number) {
-  return Servers().GetText(number, WordAt(offsetof(ServRec, asciiSuffix)));
+  return Servers().GetText(number, &ServRec::asciiSuffix);
 }
 
 int SitMgrBase::SetServProfFirewall(int number, int value) {
-  return Servers().SetNumber(number, WordAt(offsetof(ServRec, firewall)), value);
+  return Servers().SetNumber(number, &ServRec::firewall, value);
 }
 int SitMgrBase::GetServProfFirewall(int number) {
-  return Servers().GetNumber(number, WordAt(offsetof(ServRec, firewall)));
+  return Servers().GetNumber(number, &ServRec::firewall);
 }
 
 int SitMgrBase::SetServProfFxferType(int number, int value) {
-  return Servers().SetNumber(number, WordAt(offsetof(ServRec, fxferType)), value);
+  return Servers().SetNumber(number, &ServRec::fxferType, value);
 }
 int SitMgrBase::GetServProfFxferType(int number) {
-  return Servers().GetNumber(number, WordAt(offsetof(ServRec, fxferType)));
+  return Servers().GetNumber(number, &ServRec::fxferType);
 }
 
 int SitMgrBase::SetServProfInitDirMode(int number, int value) {
-  return Servers().SetNumber(number, WordAt(offsetof(ServRec, initDirMode)), value);
+  return Servers().SetNumber(number, &ServRec::initDirMode, value);
 }
 int SitMgrBase::GetServProfInitDirMode(int number) {
-  return Servers().GetNumber(number, WordAt(offsetof(ServRec, initDirMode)));
+  return Servers().GetNumber(number, &ServRec::initDirMode);
 }
 
 int SitMgrBase::SetServProfLockDir(int number, int value) {
-  return Servers().SetNumber(number, WordAt(offsetof(ServRec, lockDir)), value);
+  return Servers().SetNumber(number, &ServRec::lockDir, value);
 }
 int SitMgrBase::GetServProfLockDir(int number) {
-  return Servers().GetNumber(number, WordAt(offsetof(ServRec, lockDir)));
+  return Servers().GetNumber(number, &ServRec::lockDir);
 }
 
 }  // namespace zvrsit

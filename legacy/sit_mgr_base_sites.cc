@@ -16,17 +16,12 @@ namespace {
 // The word of a folder slot; -1 outside of the record. The slots are ten, but an index that leads
 // to another word of the record is meant to reach it.
 int DirWord(int folder) {
-  constexpr int kFirst = WordAt(offsetof(SiteRec, dir));
-  constexpr int kWords = WordAt(sizeof(SiteRec));
+  constexpr int kFirst = static_cast<int>(offsetof(SiteRec, dir) / 4);
+  constexpr int kWords = static_cast<int>(sizeof(SiteRec) / 4);
   return folder >= -kFirst && folder < kWords - kFirst ? kFirst + folder : -1;
 }
 
 }  // namespace
-
-class SitMgrBase::SiteEditor : public ProfEditor<SiteRec> {
- public:
-  using ProfEditor::ProfEditor;
-};
 
 SitMgrBase::SiteEditor SitMgrBase::Sites() {
   return {siteProf_.get(), *history_, lastError_};
@@ -104,66 +99,66 @@ std::string* SitMgrBase::GetSiteProfDir(int number, int folder) {
 }
 
 int SitMgrBase::SetSiteProfTopFile(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, topFile)), text);
+  return Sites().SetText(number, &SiteRec::topFile, text);
 }
 std::string* SitMgrBase::GetSiteProfTopFile(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, topFile)));
+  return Sites().GetText(number, &SiteRec::topFile);
 }
 
 int SitMgrBase::SetSiteProfServProf(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, servProf)), text);
+  return Sites().SetText(number, &SiteRec::servProf, text);
 }
 std::string* SitMgrBase::GetSiteProfServProf(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, servProf)));
+  return Sites().GetText(number, &SiteRec::servProf);
 }
 
 int SitMgrBase::SetSiteProfUrlDB(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, urlDB)), text);
+  return Sites().SetText(number, &SiteRec::urlDB, text);
 }
 std::string* SitMgrBase::GetSiteProfUrlDB(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, urlDB)));
+  return Sites().GetText(number, &SiteRec::urlDB);
 }
 
 int SitMgrBase::SetSiteProfJunkDB(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, junkDB)), text);
+  return Sites().SetText(number, &SiteRec::junkDB, text);
 }
 std::string* SitMgrBase::GetSiteProfJunkDB(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, junkDB)));
+  return Sites().GetText(number, &SiteRec::junkDB);
 }
 
 int SitMgrBase::SetSiteProfLinkDB(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, linkDB)), text);
+  return Sites().SetText(number, &SiteRec::linkDB, text);
 }
 std::string* SitMgrBase::GetSiteProfLinkDB(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, linkDB)));
+  return Sites().GetText(number, &SiteRec::linkDB);
 }
 
 int SitMgrBase::SetSiteProfFolderDB(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, folderDB)), text);
+  return Sites().SetText(number, &SiteRec::folderDB, text);
 }
 std::string* SitMgrBase::GetSiteProfFolderDB(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, folderDB)));
+  return Sites().GetText(number, &SiteRec::folderDB);
 }
 
 int SitMgrBase::SetSiteProfRelDB(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, relDB)), text);
+  return Sites().SetText(number, &SiteRec::relDB, text);
 }
 std::string* SitMgrBase::GetSiteProfRelDB(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, relDB)));
+  return Sites().GetText(number, &SiteRec::relDB);
 }
 
 int SitMgrBase::SetSiteProfLastUsedDir(int number, const std::string& text) {
-  return Sites().SetText(number, WordAt(offsetof(SiteRec, lastUsedDir)), text);
+  return Sites().SetText(number, &SiteRec::lastUsedDir, text);
 }
 std::string* SitMgrBase::GetSiteProfLastUsedDir(int number) {
-  return Sites().GetText(number, WordAt(offsetof(SiteRec, lastUsedDir)));
+  return Sites().GetText(number, &SiteRec::lastUsedDir);
 }
 
 int SitMgrBase::SetSiteProfUseDocRoot(int number, int value) {
-  return Sites().SetNumber(number, WordAt(offsetof(SiteRec, useDocRoot)), value);
+  return Sites().SetNumber(number, &SiteRec::useDocRoot, value);
 }
 int SitMgrBase::GetSiteProfUseDocRoot(int number) {
-  return Sites().GetNumber(number, WordAt(offsetof(SiteRec, useDocRoot)));
+  return Sites().GetNumber(number, &SiteRec::useDocRoot);
 }
 
 }  // namespace zvrsit

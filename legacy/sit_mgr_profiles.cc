@@ -1,105 +1,92 @@
 // Whole profiles at once.
 #include <memory>
+#include <type_traits>
+#include <vector>
 
-#include "legacy/sit_mgr.h"
-
+#include "legacy/prof_editor.h"
 #include "legacy/sit_hist.h"
+#include "legacy/sit_mgr.h"
+#include "util/server_fields.h"
 
 namespace zvrsit {
 
 namespace {
 
-using TextGetter = std::string* (SitMgrBase::*)(int);
-using TextSetter = int (SitMgrBase::*)(int, const std::string&);
-using NumberGetter = int (SitMgrBase::*)(int);
-using NumberSetter = int (SitMgrBase::*)(int, int);
-
-template <class Property>
+template <class Rec, class Property>
 struct TextField {
+  std::int32_t Rec::*word;
   std::string Property::*member;
-  TextGetter get;
-  TextSetter set;
+  ProfText kind = ProfText::kPlain;
 };
 
-template <class Property>
+template <class Rec, class Property>
 struct NumberField {
+  std::int32_t Rec::*word;
   int Property::*member;
-  NumberGetter get;
-  NumberSetter set;
 };
 
-constexpr TextField<SitSiteProperty> kSiteTexts[] = {
-    {&SitSiteProperty::topFile, &SitMgrBase::GetSiteProfTopFile, &SitMgrBase::SetSiteProfTopFile},
-    {&SitSiteProperty::servProf, &SitMgrBase::GetSiteProfServProf,
-     &SitMgrBase::SetSiteProfServProf},
-    {&SitSiteProperty::lastUsedDir, &SitMgrBase::GetSiteProfLastUsedDir,
-     &SitMgrBase::SetSiteProfLastUsedDir},
+// All fields of a profile. The texts are written before the numbers.
+template <class Rec, class Property>
+struct Fields {
+  std::vector<TextField<Rec, Property>> texts;
+  std::vector<NumberField<Rec, Property>> numbers;
 };
 
-constexpr NumberField<SitSiteProperty> kSiteNumbers[] = {
-    {&SitSiteProperty::useDocRoot, &SitMgrBase::GetSiteProfUseDocRoot,
-     &SitMgrBase::SetSiteProfUseDocRoot},
-};
+const Fields<SiteRec, SitSiteProperty>& SiteFields() {
+  static const Fields<SiteRec, SitSiteProperty> fields{
+      {{&SiteRec::topFile, &SitSiteProperty::topFile},
+       {&SiteRec::servProf, &SitSiteProperty::servProf},
+       {&SiteRec::lastUsedDir, &SitSiteProperty::lastUsedDir}},
+      {{&SiteRec::useDocRoot, &SitSiteProperty::useDocRoot}}};
+  return fields;
+}
 
-constexpr TextField<SitServProperty> kServTexts[] = {
-    {&SitServProperty::host, &SitMgrBase::GetServProfHost, &SitMgrBase::SetServProfHost},
-    {&SitServProperty::user, &SitMgrBase::GetServProfUser, &SitMgrBase::SetServProfUser},
-    {&SitServProperty::password, &SitMgrBase::GetServProfPassword,
-     &SitMgrBase::SetServProfPassword},
-    {&SitServProperty::dir, &SitMgrBase::GetServProfDir, &SitMgrBase::SetServProfDir},
-    {&SitServProperty::firewallHost, &SitMgrBase::GetServProfFirewallHost,
-     &SitMgrBase::SetServProfFirewallHost},
-    {&SitServProperty::firewallUser, &SitMgrBase::GetServProfFirewallUser,
-     &SitMgrBase::SetServProfFirewallUser},
-    {&SitServProperty::firewallPassword, &SitMgrBase::GetServProfFirewallPassword,
-     &SitMgrBase::SetServProfFirewallPassword},
-    {&SitServProperty::initRemoteDir, &SitMgrBase::GetServProfInitRemoteDir,
-     &SitMgrBase::SetServProfInitRemoteDir},
-    {&SitServProperty::mruDirRemote, &SitMgrBase::GetServProfMRUDirRemote,
-     &SitMgrBase::SetServProfMRUDirRemote},
-    {&SitServProperty::mruDirLocal, &SitMgrBase::GetServProfMRUDirLocal,
-     &SitMgrBase::SetServProfMRUDirLocal},
-    {&SitServProperty::asciiSuffix, &SitMgrBase::GetServProfAsciiSuffix,
-     &SitMgrBase::SetServProfAsciiSuffix},
-};
-
-constexpr NumberField<SitServProperty> kServNumbers[] = {
-    {&SitServProperty::firewall, &SitMgrBase::GetServProfFirewall,
-     &SitMgrBase::SetServProfFirewall},
-    {&SitServProperty::fxferType, &SitMgrBase::GetServProfFxferType,
-     &SitMgrBase::SetServProfFxferType},
-    {&SitServProperty::initDirMode, &SitMgrBase::GetServProfInitDirMode,
-     &SitMgrBase::SetServProfInitDirMode},
-    {&SitServProperty::lockDir, &SitMgrBase::GetServProfLockDir, &SitMgrBase::SetServProfLockDir},
-};
+const Fields<ServRec, SitServProperty>& ServFields() {
+  static const auto fields = [] {
+    Fields<ServRec, SitServProperty> result;
+    ForEachServerField<ServRec, SitServProperty>([&](ServerField kind, auto word, auto member) {
+      if constexpr (std::is_same_v<decltype(member), int SitServProperty::*>) {
+        result.numbers.push_back({word, member});
+      } else {
+        const bool isPassword = kind == ServerField::kPassword;
+        result.texts.push_back(
+            {word, member, isPassword ? ProfText::kScrambled : ProfText::kPlain});
+      }
+    });
+    return result;
+  }();
+  return fields;
+}
 
 std::string Taken(std::string* text) {
   const std::unique_ptr<std::string> owned(text);
   return owned ? *owned : std::string();
 }
 
-template <class Property, std::size_t kTexts, std::size_t kNumbers>
-void GetFields(SitMgrBase& manager, int number, Property& property,
-               const TextField<Property> (&texts)[kTexts],
-               const NumberField<Property> (&numbers)[kNumbers]) {
-  for (const auto& field : texts) property.*field.member = Taken((manager.*field.get)(number));
-  for (const auto& field : numbers) property.*field.member = (manager.*field.get)(number);
+template <class Rec, class Property>
+void GetFields(ProfEditor<Rec> profiles, int number, Property& property,
+               const Fields<Rec, Property>& fields) {
+  for (const auto& field : fields.texts) {
+    property.*field.member = Taken(profiles.GetText(number, field.word, field.kind));
+  }
+  for (const auto& field : fields.numbers) {
+    property.*field.member = profiles.GetNumber(number, field.word);
+  }
 }
 
-// Writes the fields that differ; false when a setter has failed.
-template <class Property, std::size_t kTexts, std::size_t kNumbers>
-bool SetFields(SitMgrBase& manager, int number, const Property& wanted, const Property& present,
-               const TextField<Property> (&texts)[kTexts],
-               const NumberField<Property> (&numbers)[kNumbers]) {
-  for (const auto& field : texts) {
+// Writes the fields that differ; false when one could not be written.
+template <class Rec, class Property>
+bool SetFields(ProfEditor<Rec> profiles, int number, const Property& wanted,
+               const Property& present, const Fields<Rec, Property>& fields) {
+  for (const auto& field : fields.texts) {
     const std::string& text = wanted.*field.member;
     if (text.empty() || text == present.*field.member) continue;
-    if ((manager.*field.set)(number, text) < 0) return false;
+    if (profiles.SetText(number, field.word, text, field.kind) < 0) return false;
   }
-  for (const auto& field : numbers) {
+  for (const auto& field : fields.numbers) {
     const int value = wanted.*field.member;
     if (value == present.*field.member) continue;
-    if ((manager.*field.set)(number, value) < 0) return false;
+    if (profiles.SetNumber(number, field.word, value) < 0) return false;
   }
   return true;
 }
@@ -109,7 +96,7 @@ bool SetFields(SitMgrBase& manager, int number, const Property& wanted, const Pr
 int SitMgr::GetSiteProf(const std::string& name, SitSiteProperty& property) {
   const int number = SiteProfGetID(name);
   if (number < 0) return -1;
-  GetFields(*this, number, property, kSiteTexts, kSiteNumbers);
+  GetFields<SiteRec>(Sites(), number, property, SiteFields());
   for (int i = 0; i < 10; ++i) {
     property.dir[static_cast<std::size_t>(i)] = Taken(GetSiteProfDir(number, i));
   }
@@ -123,7 +110,7 @@ int SitMgr::SetSiteProf(const std::string& name, const SitSiteProperty& property
   const int number = SiteProfGetID(name);
   SitSiteProperty present;
   if (number < 0 || GetSiteProf(name, present) < 0) return -1;
-  if (!SetFields(*this, number, property, present, kSiteTexts, kSiteNumbers)) return -1;
+  if (!SetFields<SiteRec>(Sites(), number, property, present, SiteFields())) return -1;
   for (int i = 0; i < 10; ++i) {
     const std::string& folder = property.dir[static_cast<std::size_t>(i)];
     if (folder.empty() || folder == present.dir[static_cast<std::size_t>(i)]) continue;
@@ -135,7 +122,7 @@ int SitMgr::SetSiteProf(const std::string& name, const SitSiteProperty& property
 int SitMgr::GetServProf(const std::string& name, SitServProperty& property) {
   const int number = ServProfGetID(name);
   if (number < 0) return -1;
-  GetFields(*this, number, property, kServTexts, kServNumbers);
+  GetFields<ServRec>(Servers(), number, property, ServFields());
   return Succeed();
 }
 
@@ -146,7 +133,7 @@ int SitMgr::SetServProf(const std::string& name, const SitServProperty& property
   const int number = ServProfGetID(name);
   SitServProperty present;
   if (number < 0 || GetServProf(name, present) < 0) return -1;
-  const bool set = SetFields(*this, number, property, present, kServTexts, kServNumbers);
+  const bool set = SetFields<ServRec>(Servers(), number, property, present, ServFields());
   return set ? Written(before) : -1;
 }
 

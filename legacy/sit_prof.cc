@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "legacy/word_record.h"
+#include "util/server_fields.h"
 
 namespace zvrsit {
 
@@ -29,9 +30,12 @@ std::array<std::int32_t*, 19> SiteRec::strings() {
 }
 
 std::array<std::int32_t*, 12> ServRec::strings() {
-  return {&name,          &host,         &user,         &password,
-          &dir,           &firewallHost, &firewallUser, &firewallPassword,
-          &initRemoteDir, &mruDirRemote, &mruDirLocal,  &asciiSuffix};
+  std::array<std::int32_t*, 12> texts{&name};
+  std::size_t count = 1;
+  ForEachServerField<ServRec>([&](ServerField kind, std::int32_t ServRec::*field) {
+    if (kind != ServerField::kNumber) texts[count++] = &(this->*field);
+  });
+  return texts;
 }
 
 template <class Rec>

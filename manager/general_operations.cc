@@ -1,5 +1,6 @@
 // Operations that are there for the application's sake and leave the tables alone.
 #include <cstring>
+#include <iterator>
 
 #include "manager/site_mgr.h"
 
@@ -7,14 +8,24 @@ namespace zvrsit {
 
 namespace {
 
-// What GeneralOperation is asked to do.
-constexpr int kDelete = 0;
-constexpr int kCopy = 1;
-constexpr int kMove = 2;
-constexpr int kRename = 3;
+using Texts = std::vector<std::string>;
 
-std::vector<std::string> Split(const char* multiString) {
-  std::vector<std::string> texts;
+// By the number that GeneralOperation is given.
+constexpr int (*kOperations[])(SiteMgr& manager, const Texts& from, const Texts& to) = {
+    [](SiteMgr& manager, const Texts& from, const Texts&) { return manager.GeneralDelete(from); },
+    [](SiteMgr& manager, const Texts& from, const Texts& to) {
+      return manager.GeneralCopy(from, to);
+    },
+    [](SiteMgr& manager, const Texts& from, const Texts& to) {
+      return manager.GeneralMove(from, to);
+    },
+    [](SiteMgr& manager, const Texts& from, const Texts& to) {
+      return manager.GeneralRename(from, to);
+    },
+};
+
+Texts Split(const char* multiString) {
+  Texts texts;
   if (multiString == nullptr) return texts;
   for (const char* text = multiString; *text != '\0'; text += std::strlen(text) + 1) {
     texts.emplace_back(text);
@@ -25,35 +36,23 @@ std::vector<std::string> Split(const char* multiString) {
 }  // namespace
 
 int SiteMgr::GeneralOperation(const char* fromList, const char* toList, int op) {
-  const std::vector<std::string> from = Split(fromList);
-  const std::vector<std::string> to = Split(toList);
-  switch (op) {
-    case kDelete:
-      return GeneralDelete(from);
-    case kCopy:
-      return GeneralCopy(from, to);
-    case kMove:
-      return GeneralMove(from, to);
-    case kRename:
-      return GeneralRename(from, to);
-    default:
-      return 0;
-  }
+  if (op < 0 || op >= static_cast<int>(std::size(kOperations))) return 0;
+  return kOperations[op](*this, Split(fromList), Split(toList));
 }
 
-int SiteMgr::GeneralDelete(const std::vector<std::string>&) {
+int SiteMgr::GeneralDelete(const Texts&) {
   return pathDB == nullptr || folderDB == nullptr || relDB == nullptr ? -1 : 0;
 }
 
-int SiteMgr::GeneralCopy(const std::vector<std::string>&, const std::vector<std::string>&) {
+int SiteMgr::GeneralCopy(const Texts&, const Texts&) {
   return 0;
 }
 
-int SiteMgr::GeneralMove(const std::vector<std::string>&, const std::vector<std::string>&) {
+int SiteMgr::GeneralMove(const Texts&, const Texts&) {
   return 0;
 }
 
-int SiteMgr::GeneralRename(const std::vector<std::string>&, const std::vector<std::string>&) {
+int SiteMgr::GeneralRename(const Texts&, const Texts&) {
   return 0;
 }
 

@@ -1,10 +1,11 @@
 // The profiles of servers.
-#include <algorithm>
 #include <memory>
+#include <type_traits>
 
 #include "manager/cells.h"
 #include "manager/work.h"
 #include "tables/site_serv_prof_db.h"
+#include "util/server_fields.h"
 
 namespace zvrsit {
 
@@ -12,65 +13,54 @@ namespace {
 
 using Word = std::int32_t SiteServRec::*;
 
-// The fields of the record, and where a ServProfile has them.
-struct TextField {
-  Word word;
-  std::string ServProfile::*text;
-};
-struct NumberField {
-  Word word;
-  std::int32_t ServProfile::*number;
-};
-constexpr TextField kTexts[] = {
-    {&SiteServRec::host, &ServProfile::host},
-    {&SiteServRec::user, &ServProfile::user},
-    {&SiteServRec::dir, &ServProfile::dir},
-    {&SiteServRec::firewallHost, &ServProfile::firewallHost},
-    {&SiteServRec::firewallUser, &ServProfile::firewallUser},
-    {&SiteServRec::initRemoteDir, &ServProfile::initRemoteDir},
-    {&SiteServRec::mruDirRemote, &ServProfile::mruDirRemote},
-    {&SiteServRec::mruDirLocal, &ServProfile::mruDirLocal},
-    {&SiteServRec::asciiSuffix, &ServProfile::asciiSuffix},
-};
-constexpr TextField kPasswords[] = {
-    {&SiteServRec::password, &ServProfile::password},
-    {&SiteServRec::firewallPassword, &ServProfile::firewallPassword},
-};
-constexpr NumberField kNumbers[] = {
-    {&SiteServRec::firewall, &ServProfile::firewall},
-    {&SiteServRec::fxferType, &ServProfile::transferType},
-    {&SiteServRec::initDirMode, &ServProfile::initDirMode},
-    {&SiteServRec::lockDir, &ServProfile::lockDir},
-};
+bool IsPassword(Word wanted) {
+  bool isPassword = false;
+  ForEachServerField<SiteServRec>([&](ServerField kind, Word word) {
+    if (word == wanted) isPassword = kind == ServerField::kPassword;
+  });
+  return isPassword;
+}
 
-bool IsPassword(Word word) {
-  return std::ranges::any_of(kPasswords,
-                             [=](const TextField& field) { return field.word == word; });
+int ReadText(const SiteServProfDB& servers, int number, Word word, std::string& text) {
+  return IsPassword(word) ? servers.GetPassword(number, word, text)
+                          : servers.GetText(number, word, text);
+}
+
+int WriteText(SiteServProfDB& servers, int number, Word word, const std::string& text) {
+  return IsPassword(word) ? servers.SetPassword(number, word, text)
+                          : servers.SetText(number, word, text);
 }
 
 int ReadProfile(const SiteServProfDB& servers, int number, ServProfile& profile) {
   SiteServRec rec;
   if (servers.Get(number, rec) < 0) return -1;
   profile = ServProfile{};
-  for (const TextField& field : kTexts) servers.Text(rec.*field.word, profile.*field.text);
-  for (const TextField& field : kPasswords) {
-    servers.GetPassword(number, field.word, profile.*field.text);
-  }
-  for (const NumberField& field : kNumbers) profile.*field.number = rec.*field.word;
+  ForEachServerField<SiteServRec, ServProfile>([&](ServerField, Word word, auto field) {
+    if constexpr (std::is_same_v<decltype(field), std::string ServProfile::*>) {
+      ReadText(servers, number, word, profile.*field);
+    } else {
+      profile.*field = rec.*word;
+    }
+  });
   return 0;
 }
 
+// Texts come first, then passwords, then numbers: so the texts lie in the file in the order that
+// they always had.
 int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile) {
-  for (const TextField& field : kTexts) {
-    if (servers.SetText(number, field.word, profile.*field.text) < 0) return -1;
+  int result = 0;
+  for (const ServerField turn :
+       {ServerField::kText, ServerField::kPassword, ServerField::kNumber}) {
+    ForEachServerField<SiteServRec, ServProfile>([&](ServerField kind, Word word, auto field) {
+      if (kind != turn || result < 0) return;
+      if constexpr (std::is_same_v<decltype(field), std::string ServProfile::*>) {
+        result = WriteText(servers, number, word, profile.*field);
+      } else {
+        result = servers.SetNumber(number, word, profile.*field);
+      }
+    });
   }
-  for (const TextField& field : kPasswords) {
-    if (servers.SetPassword(number, field.word, profile.*field.text) < 0) return -1;
-  }
-  for (const NumberField& field : kNumbers) {
-    if (servers.SetNumber(number, field.word, profile.*field.number) < 0) return -1;
-  }
-  return 0;
+  return result < 0 ? -1 : 0;
 }
 
 }  // namespace
@@ -140,20 +130,14 @@ int SiteMgr::DeleteServProf(const std::string& name) {
 
 std::string* SiteMgr::Work::ServText(const std::string& name, ServField field) {
   auto text = std::make_unique<std::string>();
-  const int result = WithServProf([&](SiteServProfDB& servers) {
-    const int number = servers.Find(name);
-    return IsPassword(field) ? servers.GetPassword(number, field, *text)
-                             : servers.GetText(number, field, *text);
-  });
+  const int result = WithServProf(
+      [&](SiteServProfDB& servers) { return ReadText(servers, servers.Find(name), field, *text); });
   return result < 0 ? nullptr : text.release();
 }
 
 int SiteMgr::Work::SetServText(const std::string& name, ServField field, const std::string& text) {
-  return WithServProf([&](SiteServProfDB& servers) {
-    const int number = servers.Find(name);
-    return IsPassword(field) ? servers.SetPassword(number, field, text)
-                             : servers.SetText(number, field, text);
-  });
+  return WithServProf(
+      [&](SiteServProfDB& servers) { return WriteText(servers, servers.Find(name), field, text); });
 }
 
 int SiteMgr::Work::ServNumber(const std::string& name, ServField field) {

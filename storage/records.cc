@@ -1,6 +1,7 @@
 #include "storage/records.h"
 
 #include "util/little_endian.h"
+#include "util/server_fields.h"
 
 namespace zvrsit {
 
@@ -82,21 +83,8 @@ void ForEachOwnWord(auto& record, const SiteSiteRec*, Word word) {
 
 template <class Word>
 void ForEachOwnWord(auto& record, const SiteServRec*, Word word) {
-  word(record.host);
-  word(record.user);
-  word(record.password);
-  word(record.dir);
-  word(record.firewall);
-  word(record.firewallHost);
-  word(record.firewallUser);
-  word(record.firewallPassword);
-  word(record.fxferType);
-  word(record.initDirMode);
-  word(record.lockDir);
-  word(record.initRemoteDir);
-  word(record.mruDirRemote);
-  word(record.mruDirLocal);
-  word(record.asciiSuffix);
+  ForEachServerField<SiteServRec>(
+      [&](ServerField, std::int32_t SiteServRec::*field) { word(record.*field); });
 }
 
 // Writes or reads the own words of `record` behind the `offset` bytes of its base, and gives the

@@ -5,6 +5,7 @@
 #include "storage/guarded.h"
 #include "tables/table_files.h"
 #include "util/hash.h"
+#include "util/server_fields.h"
 
 namespace zvrsit {
 
@@ -17,26 +18,14 @@ void ForEachText(SiteSiteRec& record, Text text) {
   text(record.defaultUrl);
   text(record.servProf);
   for (std::int32_t& folder : record.folders) text(folder);
-  text(record.urlFile);
-  text(record.pathFile);
-  text(record.linkFile);
-  text(record.folderFile);
-  text(record.relFile);
+  for (const SiteTableFile& file : kSiteTableFiles) text(record.*file.word);
 }
 
 template <class Text>
 void ForEachText(SiteServRec& record, Text text) {
-  text(record.host);
-  text(record.user);
-  text(record.password);
-  text(record.dir);
-  text(record.firewallHost);
-  text(record.firewallUser);
-  text(record.firewallPassword);
-  text(record.initRemoteDir);
-  text(record.mruDirRemote);
-  text(record.mruDirLocal);
-  text(record.asciiSuffix);
+  ForEachServerField<SiteServRec>([&](ServerField kind, std::int32_t SiteServRec::*field) {
+    if (kind != ServerField::kNumber) text(record.*field);
+  });
 }
 
 }  // namespace

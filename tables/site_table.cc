@@ -3,19 +3,15 @@
 #include <utility>
 
 #include "platform/native_path.h"
+#include "platform/single_byte.h"
 #include "storage/guarded.h"
 #include "tables/table_files.h"
-#include "util/mb_string.h"
 
 namespace zvrsit {
 namespace {
 
-bool IsOneFile(std::string path, std::string other) {
-  if (platform::kNamesIgnoreCase) {
-    ToLowerMB(path);
-    ToLowerMB(other);
-  }
-  return path == other;
+bool IsOneFile(std::string_view path, std::string_view other) {
+  return platform::kNamesIgnoreCase ? platform::EqualButForCase(path, other) : path == other;
 }
 
 }  // namespace
