@@ -22,51 +22,6 @@ void ClearAndTrim(std::vector<T>& records) {
   records.clear();
 }
 
-// A sink that takes the texts of one element of SVG or MathML, without those of elements in it. It
-// begins behind the start tag, and ends where the element does, or where another of its name
-// begins: so each byte of a page is read for one of them only. Places are those in `source`.
-class OwnTextSink {
- public:
-  OwnTextSink(const char* source, std::string_view text, std::string_view name)
-      : source_(source), text_(text), name_(MakeNameKey(name)) {}
-
-  void Characters(const char* begin, const char* end, TextKind kind) {
-    if (hasEnded_ || depth_ > 0) return;
-    const auto offset = static_cast<std::size_t>(begin - source_);
-    texts.emplace_back(text_.substr(offset, static_cast<std::size_t>(end - begin)), kind);
-  }
-  void Attribute(const AttributeSlices&) {}
-  ContentModel StartTag(const TagSlices& slices) {
-    const NameKey name = NameOf(slices);
-    const bool isImage = ForeignTagOf(name) == Tag::kImage;
-    hasEnded_ |= name == name_ || (kBreakoutTags.contains(HtmlTagOf(name)) && !isImage);
-    if (!slices.selfClosing) ++depth_;
-    return hasEnded_ ? ContentModel::kPlainText : ContentModel::kData;
-  }
-  void AbandonTag() {}
-  bool WantsEndTags() { return true; }
-  void EndTag(const TagSlices& slices) {
-    hasEnded_ |= depth_ == 0 || NameOf(slices) == name_;
-    if (depth_ > 0) --depth_;
-  }
-  void Comment(const char*, const char*) {}
-  void Doctype(const DoctypeToken&) {}
-  bool InForeignContent() { return true; }
-
-  std::vector<Text> texts;
-
- private:
-  static NameKey NameOf(const TagSlices& slices) {
-    return MakeNameKey({slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name)});
-  }
-
-  const char* source_;
-  std::string_view text_;
-  const NameKey name_;
-  std::size_t depth_ = 0;
-  bool hasEnded_ = false;
-};
-
 }  // namespace
 
 // Attribute, AttributeList, Text.
@@ -141,7 +96,7 @@ Node Element::firstChild() const {
 }
 
 std::vector<Text> Element::ownTexts() const {
-  return document_->arrays_->OwnTexts(index_, name());
+  return document_->arrays_->OwnTexts(index_);
 }
 
 Element NodeIterator::next() {
@@ -169,6 +124,7 @@ void Document::Arrays::Clear() {
   ClearAndTrim(attributes);
   ClearAndTrim(ids);
   ClearAndTrim(rawTexts);
+  ClearAndTrim(styleTexts);
   if (byTag.capacity() * sizeof(byTag[0]) > kKeptBytes) byTag = {};
   tagStart.fill(0);
   elements.push_back({0, 0, 0, Tag::kOther, 0});
@@ -217,9 +173,10 @@ void Document::Build(std::string_view text, bool decode, DocumentScope scope) {
   }
   DocumentBuilder builder(*this, *arrays_, scope, false);
   builder.Build();
-  if (builder.metShadowRoot()) {
+  if (builder.lacksHtml()) {
     arrays_->attributes.clear();
     arrays_->rawTexts.clear();
+    arrays_->styleTexts.clear();
     arrays_->ids.clear();
     DocumentBuilder(*this, *arrays_, scope, true).Build();
   }
@@ -257,12 +214,11 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
   return found;
 }
 
-std::vector<Text> Document::Arrays::OwnTexts(std::uint32_t index, std::string_view name) const {
-  const ElementRecord& element = elements[index];
-  if ((element.flags & ElementRecord::kSelfClosing) != 0) return {};
-  OwnTextSink sink(source(), text, name);
-  HtmlTokenizer<OwnTextSink>(source() + element.end, text.size() - element.end, sink).Run();
-  return std::move(sink.texts);
+std::vector<Text> Document::Arrays::OwnTexts(std::uint32_t index) const {
+  std::vector<Text> texts;
+  for (const StyleText& part : std::ranges::equal_range(styleTexts, index, {}, &StyleText::element))
+    texts.emplace_back(text.substr(part.begin, part.end - part.begin), part.kind);
+  return texts;
 }
 
 Text Document::Arrays::RawTextOf(std::uint32_t index) const {

@@ -157,8 +157,8 @@ class ZVRSIT_API Element {
   // What follows the start tag directly: a text, an element, or an empty Node when the element ends
   // there, cannot have content, or goes on with a comment.
   class Node firstChild() const;
-  // The texts of an SVG or MathML element, without comments and without those of elements in it.
-  // Where another element of its name begins in it, no text behind that is found.
+  // The texts of an SVG STYLE, without comments and without those of elements in it; of any other
+  // element none.
   std::vector<Text> ownTexts() const;
 
  private:

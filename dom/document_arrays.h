@@ -16,6 +16,13 @@ struct Document::Arrays {
     std::uint32_t element;
     std::uint32_t end;
   };
+  // A text that stands in an SVG STYLE itself.
+  struct StyleText {
+    std::uint32_t element;
+    std::uint32_t begin;
+    std::uint32_t end;
+    TextKind kind;
+  };
 
   // Empties them and keeps their memory, but for what an exceptionally large page took.
   void Clear();
@@ -28,8 +35,8 @@ struct Document::Arrays {
   // start tag.
   Text RawTextOf(std::uint32_t index) const;
   Text TextAt(std::uint32_t offset, bool foreign) const;
-  // See Element::ownTexts(); `name` is the element's.
-  std::vector<Text> OwnTexts(std::uint32_t index, std::string_view name) const;
+  // See Element::ownTexts().
+  std::vector<Text> OwnTexts(std::uint32_t index) const;
 
   // Each text is followed by zeros, see html_tokenizer.h.
   std::string_view text;  // in `copy`, or of the caller
@@ -40,6 +47,7 @@ struct Document::Arrays {
   std::vector<AttributeRecord> attributes;
   std::vector<TextRange> ids;                           // see Document::ids
   std::vector<RawTextEnd> rawTexts;                     // ascending by element
+  std::vector<StyleText> styleTexts;                    // the same
   std::vector<std::uint32_t> byTag;                     // element indexes, grouped by tag; may be
                                                         // longer than it is filled
   std::array<std::uint32_t, kTagCount + 1> tagStart{};  // where each group begins in byTag

@@ -50,6 +50,8 @@ void DocumentBuilder::Build() {
                               static_cast<std::uint32_t>(arrays_.text.size()), committed_,
                               Tag::kOther, 0});
   IndexTags();
+  // Behind a STYLE that lies in another, text of the outer one may follow.
+  std::ranges::stable_sort(arrays_.styleTexts, {}, &Document::Arrays::StyleText::element);
 }
 
 // It holds a "-", as a few of SVG and MathML do too.
@@ -64,7 +66,8 @@ bool DocumentBuilder::IsCustom(const TagSlices& slices) {
 
 ContentModel DocumentBuilder::Place(const TagSlices& slices, Tag tag) {
   const AttributeList attributes(&document_, std::span(arrays_.attributes).subspan(committed_));
-  ForeignContent::StartTag start{NameOf(slices), slices.selfClosing};
+  ForeignContent::StartTag start{
+      NameOf(slices), static_cast<std::uint32_t>(arrays_.elements.size()), slices.selfClosing};
   start.isCustom = IsCustom(slices);
   start.isEmpty = arrays_.xml && slices.selfClosing;
   if (tag == Tag::kFont) {

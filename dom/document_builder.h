@@ -26,19 +26,19 @@ class DocumentBuilder {
 
   // Reads all of the text.
   void Build();
-  // Whether a TEMPLATE declares a shadow root. Which element it would be that of is known only
-  // where all elements are followed, so such a page is read a second time.
-  bool metShadowRoot() const { return metShadowRoot_; }
+  // Whether the page is to be read again with all elements followed. Only then it is known which
+  // element a TEMPLATE declares a shadow root for, and what an end tag in SVG ends around it.
+  bool lacksHtml() const { return metShadowRoot_ || foreign_.LacksHtml(); }
 
   // The tokenizer's side.
-  void Characters(const char*, const char* end, TextKind kind) {
-    if (kind != TextKind::kRcdata && kind != TextKind::kRawText) return;
+  void Characters(const char* begin, const char* end, TextKind kind) {
+    if (kind == TextKind::kData || kind == TextKind::kCdata) return AddStyleText(begin, end, kind);
     const auto element = static_cast<std::uint32_t>(arrays_.elements.size() - 1);
     arrays_.rawTexts.push_back({element, Offset(end)});
   }
   void Comment(const char*, const char*) {}
   void Doctype(const DoctypeToken&) {}
-  bool InForeignContent() { return arrays_.xml || foreign_.CdataAllowed(); }
+  bool InForeignContent() { return arrays_.xml || foreign_.IsInnermost(); }
 
   void Attribute(const AttributeSlices& slices) {
     const auto nameLength = static_cast<std::size_t>(slices.nameEnd - slices.name);
@@ -81,7 +81,7 @@ class DocumentBuilder {
       formIsOpen_ = foreign_.InTemplate() || foreign_.InShadow();
     }
     if (foreign_.Idle()) return;
-    foreign_.End(name, IsCustom(slices));
+    foreign_.End(name);
     ChooseLeftOut();
   }
 
@@ -122,6 +122,12 @@ class DocumentBuilder {
     if (foreign_.InTemplate() || foreign_.InShadow()) return;
     arrays_.ids.push_back(
         {Offset(slices.value), static_cast<std::uint32_t>(slices.valueEnd - slices.value)});
+  }
+
+  void AddStyleText(const char* begin, const char* end, TextKind kind) {
+    const std::uint32_t style = foreign_.SvgStyle();
+    if (style == ForeignContent::kNone) return;
+    arrays_.styleTexts.push_back({style, Offset(begin), Offset(end), kind});
   }
 
   std::uint32_t Offset(const char* p) const { return static_cast<std::uint32_t>(p - source_); }

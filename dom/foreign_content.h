@@ -1,15 +1,14 @@
 // Where SVG and MathML begin and end, and the content of TEMPLATE, told from the tags alone.
 //
-// Kept is a stack of the few elements that change how names are read: `svg`, `math`, the elements
-// in them whose content is HTML again (integration points), and `template`. Beside it the HTML
-// elements that are open in integration points, which keep their end tags from ending them; where
-// all are followed, those of the whole page. Else an end tag of an HTML element ends the SVG or
-// MathML that it stands in, as if that element had been open around it; in a browser a stray one
-// does not. A tag looks at a bounded number of elements, however deep it is.
+// Kept is a stack of the open elements of SVG and MathML and of the open TEMPLATEs. Beside it the
+// HTML elements that are open in integration points, the parts of SVG and MathML whose content is
+// HTML again; where all are followed, those of the whole page. An end tag in SVG or MathML that
+// ends nothing there may end an HTML element around it: a page that has such a one is to be read
+// again with all followed. A tag looks at a bounded number of elements, however deep it is.
 #pragma once
 
-#include <array>
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 #include "dom/open_elements.h"
@@ -29,11 +28,21 @@ class ForeignContent {
   bool InTemplate() const { return templates_ > 0; }
   // Within a template that declares a shadow root.
   bool InShadow() const { return shadows_ > 0; }
-  // Whether a CDATA section is one here: the innermost open element is SVG or MathML.
-  bool CdataAllowed() const;
+  // Whether a tag came whose meaning HTML elements around it decide that were not followed.
+  bool LacksHtml() const { return lacksHtml_; }
+  // The number of the SVG STYLE that text is now content of; kNone when of none.
+  std::uint32_t SvgStyle() const {
+    const bool inStyle = !stack_.empty() && stack_.back().tag == Tag::kSvgStyle;
+    return inStyle ? stack_.back().element : kNone;
+  }
+  // Whether the innermost open element is SVG or MathML, so that a CDATA section is one.
+  bool IsInnermost() const;
+
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
   struct StartTag {
     NameKey name;
+    std::uint32_t element;  // its number
     bool selfClosing = false;
     bool breaksOutFont = false;   // a FONT with COLOR, FACE or SIZE
     bool htmlAnnotation = false;  // an annotation-xml whose ENCODING names HTML
@@ -50,39 +59,42 @@ class ForeignContent {
 
   // A start tag; where its element lies.
   Placed Start(const StartTag& start);
-  void End(const NameKey& name, bool isCustom);
+  void End(const NameKey& name);
 
  private:
   enum class Kind : std::uint8_t { kSvg, kMath, kIntegrationPoint, kTemplate, kShadow };
-  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
-  // The tags of SVG and MathML that are kept.
-  static constexpr std::array kOnStack{Tag::kSvg,     Tag::kMath,         Tag::kForeignObject,
-                                       Tag::kSvgDesc, Tag::kSvgTitle,     Tag::kMi,
-                                       Tag::kMo,      Tag::kMn,           Tag::kMs,
-                                       Tag::kMtext,   Tag::kAnnotationXml};
-  static std::size_t PlaceOf(Tag tag);
+
+  struct NameHash {
+    std::size_t operator()(const NameKey& name) const {
+      return static_cast<std::size_t>((name.head ^ name.tail) * 0x9E3779B97F4A7C15 >> 32);
+    }
+  };
 
   struct Entry {
     Kind kind;
     Tag tag;
-    // Elements of SVG and MathML begun in it and not ended whose names are otherwise HTML's alone.
-    std::uint32_t likeHtml;
+    std::uint32_t element;          // its number
     std::size_t htmlAround;         // HTML elements that were open when it began
     std::uint32_t nearestHtml;      // the nearest entry whose content is HTML, itself included
     std::uint32_t nearestTemplate;  // the nearest template of either kind, itself included
     // The first entry of those in a row that no HTML element stands between.
     std::uint32_t runBegin;
-    std::array<std::uint32_t, kOnStack.size()> nearest;  // the nearest of each tag, itself included
+    // In innermost_, and what stands there without this entry; null for a template.
+    std::uint32_t* innermost;
+    std::uint32_t nextOfName;
   };
 
   bool InForeign() const { return !stack_.empty() && IsForeign(stack_.back().kind); }
   static bool IsForeign(Kind kind) { return kind == Kind::kSvg || kind == Kind::kMath; }
   // What the innermost content of HTML is that of; kNone for the page.
   std::uint32_t NearestHtml() const { return stack_.empty() ? kNone : stack_.back().nearestHtml; }
-  // The first HTML element that is open in it.
-  std::size_t FirstHtml() const {
-    const std::uint32_t nearest = NearestHtml();
-    return nearest == kNone ? 0 : stack_[nearest].htmlAround;
+  // The first HTML elements that a tag can close: those in it, but the parts of a table in all of
+  // the innermost template.
+  OpenElements::Reach HtmlReach() const {
+    return {HtmlIn(NearestHtml()), HtmlIn(stack_.empty() ? kNone : stack_.back().nearestTemplate)};
+  }
+  std::size_t HtmlIn(std::uint32_t entry) const {
+    return entry == kNone ? 0 : stack_[entry].htmlAround;
   }
   bool FollowsHtml() const;
   static bool IsTemplate(Kind kind) { return kind == Kind::kTemplate || kind == Kind::kShadow; }
@@ -90,18 +102,23 @@ class ForeignContent {
   Placed StartHtml(Tag tag, const StartTag& start);
   Placed StartForeign(const StartTag& start);
   bool DeclaresShadow(const StartTag& start);
-  bool EndElementOfStack(Tag tag);
+  bool EndNearest(const NameKey& name);
+  void EndTemplate();
   void EndHtml(const NameKey& name);
-  void EndForeign(const NameKey& name, Tag htmlTag, bool isHtmlOnly);
-  void Push(Kind kind, Tag tag);
+  void DropEnded();
+  void EndForeign(const NameKey& name);
+  void Push(Kind kind, Tag tag, const StartTag& start);
   void PopTo(std::size_t size);
   void LeaveForeign();
 
   const bool followsAll_;
   std::vector<Entry> stack_;
+  // Where on the stack the innermost element of each name is.
+  std::unordered_map<NameKey, std::uint32_t, NameHash> innermost_;
   OpenElements html_;
   std::uint32_t templates_ = 0;  // on the stack
   std::uint32_t shadows_ = 0;
+  bool lacksHtml_ = false;
 };
 
 }  // namespace zvrsit

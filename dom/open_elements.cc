@@ -23,6 +23,7 @@ enum Trait : std::uint16_t {
   kTable = 0x1000,
   kPage = 0x2000,    // HTML, HEAD, BODY: there is one of each
   kOfHead = 0x4000,  // does not begin the body
+  kList = 0x8000,    // no end tag of a list item reaches beyond it
 };
 constexpr std::uint16_t kBlock = kSpecial | kEndsP;
 constexpr std::uint16_t kTableParts = kCell | kRow | kRows;
@@ -87,7 +88,7 @@ constexpr TraitTable kTraits(std::to_array<TraitTable::Entry>({
     Of("noframes", kOfHead),
     Of("noscript", kSpecial | kOfHead),
     Of("object", kSpecial | kScope),
-    Of("ol", kBlock),
+    Of("ol", kBlock | kList),
     Of("p", kBlock | kThin | kHost),
     Of("plaintext", kBlock),
     Of("pre", kBlock),
@@ -112,13 +113,14 @@ constexpr TraitTable kTraits(std::to_array<TraitTable::Entry>({
     Of("tr", kSpecial | kRow),
     Of("tt", kFormatting),
     Of("u", kFormatting),
-    Of("ul", kBlock),
+    Of("ul", kBlock | kList),
     Of("xmp", kBlock),
 }));
 
 constexpr NameKey kP = MakeNameKey("p");
 constexpr NameKey kButton = MakeNameKey("button");
 constexpr NameKey kOption = MakeNameKey("option");
+constexpr NameKey kForm = MakeNameKey("form");
 constexpr NameKey kA = MakeNameKey("a");
 
 // Nothing is looked for further up, so that pages of open elements take linear time. No page is as
@@ -155,15 +157,29 @@ void OpenElements::CloseP(std::size_t from) {
   }
 }
 
-// Takes out one element, and leaves open what is in it.
-void OpenElements::Remove(const NameKey& name, std::size_t from) {
+// Takes out one element, and leaves open what is in it. It leaves a place without a name, so that
+// what counts the elements below it goes on to be right.
+bool OpenElements::Remove(const NameKey& name, std::size_t from) {
   for (std::size_t i = open_.size(); i > std::max(from, Deepest()); --i) {
-    const Element& element = open_[i - 1];
-    if ((element.traits & kScope) != 0) return;
+    Element& element = open_[i - 1];
+    if ((element.traits & kScope) != 0) return false;
     if (element.name != name) continue;
-    open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(i - 1));
-    return;
+    element = {};
+    return true;
   }
+  return false;
+}
+
+// Takes out a formatting element. SVG and MathML that no special element in it holds end with it;
+// formatting elements that end so begin anew with what follows, so they stay.
+void OpenElements::EndFormatting(const NameKey& name, std::size_t from) {
+  std::size_t keep = open_.size();
+  while (keep > std::max(from, Deepest()) && (open_[keep - 1].traits & kSpecial) == 0) --keep;
+  if (Remove(name, from)) foreignLimit_ = keep;
+}
+
+void OpenElements::DropRemoved(std::size_t from) {
+  while (open_.size() > from && open_.back().name == NameKey()) open_.pop_back();
 }
 
 // What goes on only until such an element begins.
@@ -182,7 +198,7 @@ void OpenElements::CloseBefore(const StartTag& start, std::uint16_t traits, std:
     const bool isHeading = (traits & last.traits & kHeading) != 0;
     if (isHeading || (last.name == kOption && start.name == kOption)) open_.pop_back();
   }
-  if (start.name == kA || start.name == kButton) End(start.name, from);
+  if (start.name == kA || start.name == kButton) End(start.name, {from, from});
 }
 
 // Closes the parts of the innermost table that such a part cannot lie in; false outside of one.
@@ -201,34 +217,49 @@ bool OpenElements::CloseTableParts(std::uint16_t traits, std::size_t from) {
   return false;
 }
 
-void OpenElements::Start(const StartTag& start, std::size_t from) {
+bool OpenElements::IsTable(const Element& element) {
+  return (element.traits & kTable) != 0;
+}
+
+bool OpenElements::Start(const StartTag& start, const Reach& reach) {
+  foreignLimit_ = kNoLimit;
   const std::uint16_t traits = kTraits.Find(start.name, 0);
   if ((traits & kOfHead) == 0) bodyHasBegun_ = true;
-  if ((traits & kPage) != 0) return;
-  if ((traits & kTableParts) != 0) {
-    if (!CloseTableParts(traits, from)) return;
-  } else {
-    CloseBefore(start, traits, from);
-  }
-  if (!start.hasContent) return;
+  if ((traits & kTableParts) != 0) return CloseTableParts(traits, reach.tables);
+  // A table lies in a cell or caption of another, or ends it.
+  if ((traits & kTable) != 0) CloseNearest(IsTable, kScope, reach.tables);
+  if ((traits & kPage) == 0) CloseBefore(start, traits, reach.all);
+  return true;
+}
+
+void OpenElements::Push(const StartTag& start) {
+  const std::uint16_t traits = kTraits.Find(start.name, 0);
+  if (!start.hasContent || (traits & kPage) != 0) return;
   const auto host = static_cast<std::uint16_t>(start.isCustom ? kHost : 0);
   open_.push_back({start.name, static_cast<std::uint16_t>(traits | host)});
 }
 
-void OpenElements::End(const NameKey& name, std::size_t from) {
-  if (name == kP) return CloseP(from);
+bool OpenElements::End(const NameKey& name, const Reach& reach) {
+  foreignLimit_ = kNoLimit;
   const std::uint16_t traits = kTraits.Find(name, 0);
   const auto isNamed = [&](const Element& element) { return element.name == name; };
-  if ((traits & kHeading) != 0) {
+  if ((traits & (kTableParts | kTable)) != 0) return CloseNearest(isNamed, kTable, reach.tables);
+  if (name == kP) {
+    CloseP(reach.all);
+  } else if (name == kForm) {
+    Remove(name, reach.all);
+  } else if ((traits & kHeading) != 0) {
     CloseNearest([](const Element& element) { return (element.traits & kHeading) != 0; }, kScope,
-                 from);
-  } else if ((traits & (kTableParts | kTable)) != 0) {
-    CloseNearest(isNamed, kTable, from);
+                 reach.all);
   } else if ((traits & kFormatting) != 0) {
-    if (!CloseNearest(isNamed, kSpecial, from)) Remove(name, from);
+    if (!CloseNearest(isNamed, kSpecial, reach.all)) EndFormatting(name, reach.all);
   } else {
-    CloseNearest(isNamed, (traits & kSpecial) != 0 ? kScope : kSpecial, from);
+    const std::uint16_t barriers = (traits & kListItem) != 0  ? kScope | kList
+                                   : (traits & kSpecial) != 0 ? kScope
+                                                              : kSpecial;
+    CloseNearest(isNamed, barriers, reach.all);
   }
+  return true;
 }
 
 bool OpenElements::TakeShadowRoot(std::size_t from, bool inBody) {

@@ -22,14 +22,28 @@ class OpenElements {
   // Forgets all but the first `size`.
   void Cut(std::size_t size) { open_.resize(size); }
 
-  // A tag. The elements from number `from` on are those that it can close.
+  // The first elements that a tag can close: any tag, and one of a table or of a part of one.
+  struct Reach {
+    std::size_t all;
+    std::size_t tables;
+  };
   struct StartTag {
     NameKey name;
     bool hasContent;  // false: void, or its content is no markup
     bool isCustom;
   };
-  void Start(const StartTag& start, std::size_t from);
-  void End(const NameKey& name, std::size_t from);
+  // Closes what a start tag ends. False: a part of a table that lies in none.
+  bool Start(const StartTag& start, const Reach& reach);
+  // Then opens its element.
+  void Push(const StartTag& start);
+  // False: the end of a table, or of a part of one, that is not open.
+  bool End(const NameKey& name, const Reach& reach);
+
+  // The last tag ended all SVG and MathML that began where at least so many elements were open.
+  std::size_t foreignLimit() const { return foreignLimit_; }
+  // Forgets what was taken out of the middle, where nothing is left in it; to be called after each
+  // tag, with the first number that nobody else knows.
+  void DropRemoved(std::size_t from);
 
   // Whether the innermost open element, from number `from` on, can be given a shadow root; it is
   // given one. Where none is open, that is the body if `inBody`.
@@ -42,16 +56,21 @@ class OpenElements {
     bool hasRoot = false;
   };
 
+  static bool IsTable(const Element& element);
   // The number of the outermost element that is looked at.
   std::size_t Deepest() const;
   void CloseP(std::size_t from);
-  void Remove(const NameKey& name, std::size_t from);
+  bool Remove(const NameKey& name, std::size_t from);
+  void EndFormatting(const NameKey& name, std::size_t from);
   void CloseBefore(const StartTag& start, std::uint16_t traits, std::size_t from);
   bool CloseTableParts(std::uint16_t traits, std::size_t from);
   template <class Wanted>
   bool CloseNearest(Wanted wanted, std::uint16_t barriers, std::size_t from);
 
+  static constexpr std::size_t kNoLimit = static_cast<std::size_t>(-1);
+
   std::vector<Element> open_;
+  std::size_t foreignLimit_ = kNoLimit;
   bool bodyHasBegun_ = false;
   bool bodyHasRoot_ = false;
 };

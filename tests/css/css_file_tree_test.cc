@@ -96,9 +96,10 @@ TEST_F(CssFileTree, OfAPageHoldsWhatItsSvgRefersTo) {
       "<p fill='url(no.svg)'><svg mask='url(0)'><style>\n<![CDATA[ p{cursor:url(1)} ]]>"
       "<!-- p{cursor:url(no)} --> p{cursor:url(2&amp;)}</style><style type=x>p{cursor:url(no)}"
       "</style><style><!-- x --><g>p{cursor:url(no)}</g>p{cursor:url(3)}</style>p{cursor:url(no)}"
+      "<style>p{cursor:url(5)} <style>p{cursor:url(6)}</style> p{cursor:url(7)}</style>"
       "<rect FILL='url(a.svg#b)' mask=url(4) "
       "clip-path='url(&quot;c&quot;)' stroke='url(#no)' filter='url(no);' marker='url(no)'/></svg>";
-  const std::string styles = "image 1, image 2&, image 3";
+  const std::string styles = "image 1, image 2&, image 3, image 5, image 7, image 6";
   EXPECT_EQ(OfPage(html), styles);
   Configure(LinkRules::Web);
   EXPECT_EQ(OfPage(html), styles + ", image 0, other a.svg, image 4, other c");
