@@ -26,21 +26,4 @@ bool NamesAnElement(std::string_view fragment) {
   return !EqualsLower(fragment, "top");
 }
 
-std::string DecodedFragment(std::string_view fragment) {
-  std::string decoded;
-  for (std::size_t i = 0; i < fragment.size(); ++i) {
-    if (fragment[i] == '%' && i + 2 < fragment.size()) {
-      const int high = HexValue(fragment[i + 1]);
-      const int low = HexValue(fragment[i + 2]);
-      if (high >= 0 && low >= 0) {
-        decoded += static_cast<char>(high * 16 + low);
-        i += 2;
-        continue;
-      }
-    }
-    decoded += fragment[i];
-  }
-  return decoded;
-}
-
 }  // namespace zvrsit

@@ -14,7 +14,4 @@ std::string FragmentOf(std::string_view text);
 // somewhere, and one that begins with "/" or "!" is a route, for a script to follow.
 bool NamesAnElement(std::string_view fragment);
 
-// A fragment with its percent-encoded bytes decoded.
-std::string DecodedFragment(std::string_view fragment);
-
 }  // namespace zvrsit

@@ -10,7 +10,6 @@
 #include "links/classic_target.h"
 #include "links/url_text.h"
 #include "platform/code_page_text.h"
-#include "platform/utf8.h"
 #include "util/ascii.h"
 #include "util/mb_string.h"
 
@@ -94,25 +93,7 @@ bool IsName(std::string_view name) {
 // Appends the name that a segment stands for; false when no file can bear it.
 bool AppendDecodedName(std::string_view segment, std::string& out) {
   const std::size_t begin = out.size();
-  bool decodedHigh = false;
-  for (std::size_t i = 0; i < segment.size(); ++i) {
-    const int high = segment[i] == '%' && segment.size() - i > 2 ? HexValue(segment[i + 1]) : -1;
-    const int low = high >= 0 ? HexValue(segment[i + 2]) : -1;
-    if (low < 0) {
-      out.push_back(segment[i]);
-      continue;
-    }
-    out.push_back(static_cast<char>(high * 16 + low));
-    decodedHigh |= high >= 8;
-    i += 2;
-  }
-  std::string converted;
-  const std::string_view decoded = std::string_view(out).substr(begin);
-  // Browsers write names outside of ASCII as percent-encoded UTF-8, whatever the page's charset.
-  if (decodedHigh && platform::CodePage() != platform::kUtf8 && platform::IsValidUtf8(decoded) &&
-      platform::ConvertToCodePage(decoded, "utf-8", converted)) {
-    out.replace(begin, std::string::npos, converted);
-  }
+  AppendPercentDecoded(segment, out);
   return IsName(std::string_view(out).substr(begin));
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "links/live_address.h"
+#include "platform/utf8.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -120,6 +121,35 @@ int DotsOf(std::string_view segment) {
     if (++dots > 2) return 0;
   }
   return dots;
+}
+
+bool AppendPercentDecoded(std::string_view part, std::string& out) {
+  const bool isUtf8 = platform::CodePage() == platform::kUtf8;
+  const std::size_t begin = out.size();
+  std::string utf8;      // the part, where the code page is another
+  std::size_t rest = 0;  // what of the part is not in it yet
+  bool decodedHigh = false;
+  for (std::size_t i = 0; i < part.size(); ++i) {
+    const int high = part[i] == '%' && part.size() - i > 2 ? HexValue(part[i + 1]) : -1;
+    const int low = high >= 0 ? HexValue(part[i + 2]) : -1;
+    if (low < 0) {
+      out.push_back(part[i]);
+      continue;
+    }
+    out.push_back(static_cast<char>(high * 16 + low));
+    if (!isUtf8) (utf8 += platform::ToUtf8(part.substr(rest, i - rest))) += out.back();
+    decodedHigh |= high >= 8;
+    i += 2;
+    rest = i + 1;
+  }
+  if (!decodedHigh) return true;
+  if (isUtf8) return platform::IsValidUtf8(std::string_view(out).substr(begin));
+  utf8 += platform::ToUtf8(part.substr(rest));
+  std::string converted;
+  if (!platform::IsValidUtf8(utf8)) return false;
+  if (!platform::ConvertToCodePage(utf8, "utf-8", converted)) return false;
+  out.replace(begin, std::string::npos, converted);
+  return true;
 }
 
 bool JoinToUrl(std::string_view base, std::string_view target, std::string& out) {

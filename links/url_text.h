@@ -43,6 +43,10 @@ std::string_view WithoutQueryAndFragment(std::string_view target);
 // How many dots a segment stands for: "." is 1, ".." is 2, each also written as "%2e"; else 0.
 int DotsOf(std::string_view segment);
 
+// Appends a part of a URL with its percent-encoded bytes decoded. They are UTF-8, as in browsers,
+// whatever the code page. False where the part is none: its bytes are appended as they are.
+bool AppendPercentDecoded(std::string_view part, std::string& out);
+
 // A relative target joined to the absolute URL (or "//host" URL) `base`; false when that has no
 // path to join to.
 bool JoinToUrl(std::string_view base, std::string_view target, std::string& out);

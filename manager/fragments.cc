@@ -5,6 +5,7 @@
 
 #include "links/fragment.h"
 #include "links/page_file.h"
+#include "links/url_text.h"
 #include "manager/cells.h"
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
@@ -86,8 +87,9 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
     const std::string fragment = FragmentOf(text);
     if (!NamesAnElement(fragment) || !work.ReadIds(link.to.id, ids)) return;
     if (ids.Has(link.to.id, fragment)) return;
-    std::string decoded = DecodedFragment(fragment);
-    if (!ids.Has(link.to.id, decoded)) missing.push_back({number, std::move(decoded)});
+    std::string decoded;
+    const bool isText = AppendPercentDecoded(fragment, decoded);
+    if (!isText || !ids.Has(link.to.id, decoded)) missing.push_back({number, std::move(decoded)});
   });
   return 0;
 }

@@ -243,6 +243,7 @@ TEST_F(TargetResolverTest, LeavesDoubleByteCharactersWhole) {
   EXPECT_EQ(Place(resolver_, "%95%5C.htm"), "\\s\\" + name + "\\" + name + ".htm");
   // The same character in UTF-8, as a browser sends it.
   EXPECT_EQ(Place(resolver_, "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + ".htm");
+  EXPECT_EQ(Place(resolver_, name + "%E8%A1%A8.htm"), "\\s\\" + name + "\\" + name + name + ".htm");
   // A lead byte alone would swallow the separator after it.
   EXPECT_EQ(Place(resolver_, "%95/b.htm"), kNoFile);
   EXPECT_EQ(Place(resolver_, "a%5Cb.htm"), kNoFile);

@@ -6,6 +6,7 @@
 #include "links/link_type.h"
 #include "manager/answers.h"
 #include "manager/family_marks.h"
+#include "support/code_page_scope.h"
 #include "support/test_site.h"
 #include "util/file_type.h"
 
@@ -191,6 +192,21 @@ TEST_F(Queries, NumbersAndNamesThatAreNotThere) {
   EXPECT_EQ(Take(mgr().UrlUrl(0)), "http://h/x.pdf");
   EXPECT_EQ(mgr().FindPath(site_.path("orphan.html")), site_.Number("orphan.html"));
   EXPECT_EQ(mgr().FindPath(""), -1);
+}
+
+// Percent-encoded they are UTF-8, whatever the code page; other bytes name nothing.
+TEST(Fragments, AreComparedAsText) {
+  const test::CodePageScope latin(1252);
+  test::TestSite site(LinkRules::Web);
+  site.write("a.html",
+             "<meta charset=utf-8><p id=\u00E9><a href=#%C3%A9>1</a><a href=#\u00E9>2</a>"
+             "<a href=#%E9>3</a>");
+  ASSERT_EQ(site.Open(), 0);
+  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
+  std::vector<MissingFragment> missing;
+  EXPECT_EQ(site.mgr->FindMissingFragments(missing), 0);
+  ASSERT_EQ(missing.size(), 1u);
+  EXPECT_EQ(missing[0].fragment, "\xE9");
 }
 
 }  // namespace
