@@ -3,8 +3,8 @@
 //
 // Tags that are missing are added as browsers do (the tree construction section of the WHATWG HTML
 // standard) for the cases that pages have: P, list items, headings, tables, OPTION, BUTTON, A. What
-// browsers do about formatting elements that end in the wrong order is done in part: the element
-// ends, and none is opened anew.
+// browsers do about formatting elements that end in the wrong order is done in part: the element is
+// taken out, what is in it goes on, and none is opened anew.
 #pragma once
 
 #include <cstddef>

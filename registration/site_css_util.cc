@@ -97,8 +97,9 @@ std::string SiteCSSUtil::CharsetOfReferrer(int sheet) const {
       SiteLinkRec link;
       std::string path;
       if (linkTable_->Get(number, link) < 0 || pathTable_->Name(link.from.id, path) < 0) continue;
+      // LT_LINK is what an alternate style sheet has.
       const auto type = static_cast<std::uint32_t>(link.type);
-      if ((type & (LT_CSS_LINK | LT_CSS_IMPORT)) == 0) continue;
+      if ((type & (LT_CSS_LINK | LT_CSS_IMPORT | LT_LINK)) == 0) continue;
       const bool isPage = ClassifyFileType(path) != FT_CSS;
       std::string charset =
           isPage ? CCSSControl::CharsetOfPage(path) : CCSSControl::CharsetOfSheet(path);

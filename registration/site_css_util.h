@@ -45,8 +45,8 @@ class SiteCSSUtil {
   int CollectSheet(const std::string& path);
 
   // The label of the encoding in which the sheet at `path`, number `sheet` of the path table, is
-  // read: where it says none and needs one that of the first page or sheet that refers to it as to
-  // a sheet, or of what refers to that one. Empty: its own, or the code page.
+  // read: where it says none and needs one that of the first page or sheet that refers to it by
+  // LINK or @import, or of what refers to that one. Empty: its own, or the code page.
   std::string CharsetOf(int sheet, const std::string& path) const;
 
   // Registers one node, and a link to each of its children; does not descend. 0, or -1 when a

@@ -191,14 +191,16 @@ TEST(SavingByTheWebRules, ReadsASheetInTheEncodingOfItsPage) {
   site.write("e.css", "p { content: url(\xC3\xA9.gif) }");
   site.write("index.html",
              "<meta charset=shift_jis><link rel=stylesheet href=a.css><link rel=stylesheet "
-             "href=c.css>");
+             "href=c.css><link rel='alternate stylesheet' href=f.css>");
+  site.write("f.css", "p { content: url(\x83\x5C.jpg) }");
   const auto expectLinks = [&](const char* when) {
     const std::string links = site.Links();
-    for (const char* link : {"a.css -> \u8868.gif ", "b.css -> \u30BD.gif ", "c.css -> \u0446.gif ",
-                             "d.css -> \u0434.gif ", "e.css -> \u00E9.gif "}) {
+    for (const char* link :
+         {"a.css -> \u8868.gif ", "b.css -> \u30BD.gif ", "c.css -> \u0446.gif ",
+          "d.css -> \u0434.gif ", "e.css -> \u00E9.gif ", "f.css -> \u30BD.jpg "}) {
       EXPECT_NE(links.find(link), std::string::npos) << when << ": " << link << "\n" << links;
     }
-    EXPECT_EQ(std::count(links.begin(), links.end(), '\n'), 9) << links;
+    EXPECT_EQ(std::count(links.begin(), links.end(), '\n'), 11) << links;
   };
   ASSERT_EQ(site.Open(), 0);
   ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
@@ -206,7 +208,7 @@ TEST(SavingByTheWebRules, ReadsASheetInTheEncodingOfItsPage) {
   const std::string dump = site.Dump();
   ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
   EXPECT_EQ(site.Dump(), dump);
-  for (const char* name : {"a.css", "b.css", "d.css", "e.css"}) {
+  for (const char* name : {"a.css", "b.css", "d.css", "e.css", "f.css"}) {
     EXPECT_EQ(site.mgr->Save(site.path(name), nullptr), 0);
   }
   expectLinks("saved alone");
