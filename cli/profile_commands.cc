@@ -7,16 +7,16 @@
 namespace zvrsit::cli {
 namespace {
 
-int Show(const Options& options, Session& session, const std::string& name) {
+int ShowSite(const Options& options, Session& session, const std::string& name) {
   const SiteProfile profile = ReadProfile(session, name);
   session.LetGo();
   PrintObject(ProfileAsJson(name, profile), options.json);
   return kClean;
 }
 
-int RunShow(const Options& options, const std::string& name) {
+int RunShowSite(const Options& options, const std::string& name) {
   Session session(options, Database::kAsk);
-  return Show(options, session, name);
+  return ShowSite(options, session, name);
 }
 
 int RunSet(const Options& options, const std::string& name, const GivenSite& site) {
@@ -43,7 +43,7 @@ int RunRename(const Options& options, const std::string& name, const std::string
     ThrowIfSystemFailed("\"" + name + "\" cannot be renamed");
     throw Failure(kUsage, "\"" + newName + "\" cannot be the name of a site");
   }
-  return Show(options, session, newName);
+  return ShowSite(options, session, newName);
 }
 
 int RunDelete(const Options& options, const std::string& name) {
@@ -54,7 +54,7 @@ int RunDelete(const Options& options, const std::string& name) {
   return kClean;
 }
 
-void AddSet(CLI::App& site, const Options& options, Run& run) {
+void AddSiteSet(CLI::App& site, const Options& options, Run& run) {
   const auto name = std::make_shared<std::string>();
   const auto given = std::make_shared<GivenSite>();
   CLI::App* set = site.add_subcommand("set", "Change what is given; an empty value unsets");
@@ -80,9 +80,9 @@ void AddProfileCommands(CLI::App& app, const Options& options, Run& run) {
   CLI::App* show = site->add_subcommand("show", "Show the profile of a site");
   AddSiteName(*show, *name);
   show->callback(
-      [&options, &run, name] { run = [&options, name] { return RunShow(options, *name); }; });
+      [&options, &run, name] { run = [&options, name] { return RunShowSite(options, *name); }; });
 
-  AddSet(*site, options, run);
+  AddSiteSet(*site, options, run);
 
   const auto newName = std::make_shared<std::string>();
   CLI::App* rename = site->add_subcommand("rename", "Give a site another name");

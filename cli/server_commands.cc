@@ -76,7 +76,7 @@ Json ServerAsJson(const std::string& name, const ServProfile& server) {
   return row;
 }
 
-int Show(const Options& options, Session& session, const std::string& name) {
+int ShowServer(const Options& options, Session& session, const std::string& name) {
   const ServProfile server = ReadServer(session, name);
   session.LetGo();
   PrintObject(ServerAsJson(name, server), options.json);
@@ -97,9 +97,9 @@ int RunList(const Options& options) {
   return kClean;
 }
 
-int RunShow(const Options& options, const std::string& name) {
+int RunShowServer(const Options& options, const std::string& name) {
   Session session(options, Database::kAsk);
-  return Show(options, session, name);
+  return ShowServer(options, session, name);
 }
 
 int RunSet(const Options& options, const std::string& name, const Given& given) {
@@ -127,7 +127,7 @@ int RunSet(const Options& options, const std::string& name, const Given& given) 
   if (session.manager().SetServProf(name, server) != 0) {
     FailToWriteProfile("the server \"" + name + "\"");
   }
-  return Show(options, session, name);
+  return ShowServer(options, session, name);
 }
 
 // The sites that are published to the server.
@@ -169,7 +169,7 @@ void AddName(CLI::App& command, std::string& name) {
   command.add_option("NAME", name, "the name of the server")->option_text(" ")->required();
 }
 
-void AddSet(CLI::App& server, const Options& options, Run& run) {
+void AddServerSet(CLI::App& server, const Options& options, Run& run) {
   const auto name = std::make_shared<std::string>();
   const auto given = std::make_shared<Given>();
   CLI::App* set =
@@ -213,9 +213,9 @@ void AddServerCommands(CLI::App& app, const Options& options, Run& run) {
   CLI::App* show = server->add_subcommand("show", "Show the profile of a server");
   AddName(*show, *name);
   show->callback(
-      [&options, &run, name] { run = [&options, name] { return RunShow(options, *name); }; });
+      [&options, &run, name] { run = [&options, name] { return RunShowServer(options, *name); }; });
 
-  AddSet(*server, options, run);
+  AddServerSet(*server, options, run);
 
   const auto force = std::make_shared<bool>(false);
   CLI::App* remove = server->add_subcommand("delete", "Forget a server that no site names");

@@ -7,7 +7,7 @@
 namespace zvrsit {
 namespace {
 
-constexpr auto kNames = std::to_array<AttrNameTable::Entry>({
+constexpr auto kAttrNames = std::to_array<AttrNameTable::Entry>({
     {"action", Attr::kAction},
     {"alt", Attr::kAlt},
     {"archive", Attr::kArchive},
@@ -68,14 +68,14 @@ constexpr auto kNames = std::to_array<AttrNameTable::Entry>({
 
 }  // namespace
 
-constinit const AttrNameTable kAttrNameTable(kNames);
+constinit const AttrNameTable kAttrNameTable(kAttrNames);
 
 Attr AttrOf(std::string_view name) {
   return kAttrNameTable.Find(MakeNameKey(name), Attr::kOther);
 }
 
 std::string_view AttrName(Attr attr) {
-  for (const auto& entry : kNames) {
+  for (const auto& entry : kAttrNames) {
     if (entry.value == attr) return entry.name;
   }
   return {};

@@ -23,29 +23,29 @@ constexpr NamedReference kNamed[] = {
 constexpr std::size_t kNamedCount = std::size(kNamed);
 
 // All names one after the other, each with a terminator.
-constexpr char kNames[] =
+constexpr char kReferenceNames[] =
 #define R(name, first, second, withoutSemicolon) name "\0"
 #include "dom/named_references.inc"
 #undef R
     ;
 
-// Where each name begins in kNames; one more for the end.
+// Where each name begins in kReferenceNames; one more for the end.
 constexpr auto kNameStart = [] {
   std::array<std::uint16_t, kNamedCount + 1> starts{};
   std::size_t at = 0;
   for (std::size_t i = 0; i < kNamedCount; ++i) {
     starts[i] = static_cast<std::uint16_t>(at);
-    while (kNames[at] != '\0') ++at;
+    while (kReferenceNames[at] != '\0') ++at;
     ++at;
   }
   starts[kNamedCount] = static_cast<std::uint16_t>(at);
   return starts;
 }();
-static_assert(sizeof(kNames) <= 0x10000);
+static_assert(sizeof(kReferenceNames) <= 0x10000);
 
 // Byte `depth` of name `index`; the terminator where the name ends there.
 unsigned char NameByte(std::size_t index, std::size_t depth) {
-  return static_cast<unsigned char>(kNames[kNameStart[index] + depth]);
+  return static_cast<unsigned char>(kReferenceNames[kNameStart[index] + depth]);
 }
 
 bool IsAsciiAlnum(char c) {

@@ -12,7 +12,7 @@
 namespace zvrsit {
 namespace {
 
-constexpr std::size_t kLargest = 0x7FFFFFFF;
+constexpr std::size_t kLargestText = 0x7FFFFFFF;
 
 // The labels that pages use for the code pages; the first of each page names it to the platform.
 struct PageLabel {
@@ -110,7 +110,7 @@ bool CodeConv::Import(const char* top, std::size_t size, int charset) {
   length_ = textOffset_ = 0;
   borrowed_ = false;
   charset_.clear();
-  if (top == nullptr || size > kLargest || charset < 0) return false;
+  if (top == nullptr || size > kLargestText || charset < 0) return false;
   const std::string_view page(top, size);
   if (charset != 0) {
     const auto codePage = static_cast<unsigned>(charset);
@@ -153,7 +153,7 @@ bool CodeConv::ImportUndeclared(std::string_view page) {
 bool CodeConv::Convert(std::string_view bytes, std::string_view label) {
   converted_.clear();
   if (label.empty() || !platform::ConvertToCodePage(bytes, label, converted_)) return false;
-  if (converted_.size() > kLargest) return false;
+  if (converted_.size() > kLargestText) return false;
   length_ = converted_.size();
   converted_.append(kTextPadding, '\0');
   text_ = converted_.data();

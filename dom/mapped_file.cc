@@ -10,9 +10,9 @@
 namespace zvrsit {
 namespace {
 
-constexpr std::uint32_t kLargest = 0x7FFFFFFF;
+constexpr std::uint32_t kLargestFile = 0x7FFFFFFF;
 // A buffer beyond this size is given back when its file is closed.
-constexpr std::size_t kKeptBytes = std::size_t{4} << 20;
+constexpr std::size_t kKeptBufferBytes = std::size_t{4} << 20;
 
 }  // namespace
 
@@ -33,7 +33,8 @@ bool MappedFile::ReadAndClose(int fd) {
 
 bool MappedFile::Read(int fd) {
   platform::FileStat stat;
-  if (platform::StatOpen(fd, stat) != 0 || !stat.isRegular() || stat.size > kLargest) return false;
+  if (platform::StatOpen(fd, stat) != 0 || !stat.isRegular() || stat.size > kLargestFile)
+    return false;
   const std::size_t wanted = std::size_t{stat.size} + kTextPadding;
   if (wanted > buffer_->length()) {
     buffer_->reset();
@@ -50,7 +51,7 @@ bool MappedFile::Read(int fd) {
 void MappedFile::close() {
   top_ = nullptr;
   size_ = 0;
-  if (buffer_->length() > kKeptBytes) buffer_->reset();
+  if (buffer_->length() > kKeptBufferBytes) buffer_->reset();
 }
 
 }  // namespace zvrsit

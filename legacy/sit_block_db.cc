@@ -15,7 +15,7 @@ namespace {
 constexpr char kMagic[] = "ZVSITBLK";
 constexpr std::size_t kMagicSize = 8;
 constexpr std::int32_t kVersion = 1;
-constexpr std::int64_t kHeaderSize = 24;
+constexpr std::int64_t kBlockHeaderSize = 24;
 constexpr std::int64_t kHeadSize = 12;
 // Records grow a little when a page is edited; blocks leave room for it.
 constexpr std::size_t kRoomUnit = 32;
@@ -89,7 +89,7 @@ int SitBlockDB::Open(const std::string& path, int kind, int bucketCount) {
   keys_.Reset(bucketCount);
   entries_.clear();
   live_ = 0;
-  end_ = kHeaderSize;
+  end_ = kBlockHeaderSize;
   deadBytes_ = 0;
   whole_ = false;
   counted_ = {};
@@ -103,7 +103,7 @@ int SitBlockDB::Open(const std::string& path, int kind, int bucketCount) {
 }
 
 bool SitBlockDB::LoadHeader() {
-  unsigned char header[kHeaderSize];
+  unsigned char header[kBlockHeaderSize];
   if (file_.Size() == 0) {
     StoreCounts(header);
     return file_.WriteAt(0, header, sizeof header);
@@ -124,7 +124,7 @@ void SitBlockDB::StoreCounts(unsigned char* header) const {
 
 void SitBlockDB::Load() {
   const std::int64_t size = file_.Size();
-  SitFileScan scan(file_, kHeaderSize);
+  SitFileScan scan(file_, kBlockHeaderSize);
   unsigned char head[kHeadSize];
   std::string bytes;
   bool good = true;
@@ -172,7 +172,7 @@ int SitBlockDB::Close() {
   bool written = true;
   // The count of a file that is not whole tells that it is not.
   if (whole_ && counted_ != std::array{Num(), live_}) {
-    unsigned char header[kHeaderSize];
+    unsigned char header[kBlockHeaderSize];
     StoreCounts(header);
     written = file_.WriteAt(0, header, sizeof header);
   }
@@ -331,9 +331,9 @@ int SitBlockDB::Pack(bool reopen) {
   const int kept = live_;
   const std::string target = path();
   if (deadBytes_ == 0) return !reopen && Close() < 0 ? -1 : kept;
-  SitPackWriter copy(target, kHeaderSize);
+  SitPackWriter copy(target, kBlockHeaderSize);
   if (!copy.IsOpen() || !CopyBlocks(copy)) return -1;
-  unsigned char header[kHeaderSize];
+  unsigned char header[kBlockHeaderSize];
   StoreCounts(header);
   if (!copy.Finish(header, sizeof header)) return -1;
   CloseFile();

@@ -10,7 +10,7 @@ namespace zvrsit {
 
 namespace {
 
-constexpr std::int64_t kHeaderSize = 8;
+constexpr std::int64_t kPairHeaderSize = 8;
 constexpr std::int64_t kRecordSize = sizeof(SitPairRec);
 static_assert(kRecordSize == 36);
 constexpr std::int64_t kLargestFile = 0x7FFFFFFF;
@@ -20,13 +20,13 @@ constexpr std::int32_t kMostLostSlots = 1000;
 PairQuery lastQuery;
 
 std::int64_t SlotOffset(std::int32_t id) {
-  return kHeaderSize + kRecordSize * id;
+  return kPairHeaderSize + kRecordSize * id;
 }
 
 // The whole slots of a file of that size.
 std::int32_t SlotsIn(std::int64_t size) {
-  const std::int64_t bytes = std::clamp<std::int64_t>(size, kHeaderSize, kLargestFile);
-  return static_cast<std::int32_t>((bytes - kHeaderSize) / kRecordSize);
+  const std::int64_t bytes = std::clamp<std::int64_t>(size, kPairHeaderSize, kLargestFile);
+  return static_cast<std::int32_t>((bytes - kPairHeaderSize) / kRecordSize);
 }
 
 }  // namespace
@@ -64,7 +64,7 @@ int SitPairDB::Load() {
   liveCount_ = live;
   if (slots < 0 || live < 0) return -1;
   hidden_ = 0;
-  SitFileScan scan(file_, kHeaderSize);
+  SitFileScan scan(file_, kPairHeaderSize);
   WordBytes<SitPairRec> bytes;
   std::int32_t loaded = 0;
   for (; scan.Take(bytes.data(), bytes.size()); ++loaded) {
@@ -234,7 +234,7 @@ bool SitPairDB::CopyLiveRecords(SitPackWriter& copy, std::vector<std::int32_t>& 
                                 std::int32_t& kept) {
   const std::int64_t size = file_.Size();
   if (size < 0) return false;
-  SitFileScan scan(file_, kHeaderSize);
+  SitFileScan scan(file_, kPairHeaderSize);
   WordBytes<SitPairRec> bytes;
   for (std::int32_t slots = SlotsIn(size); slots > 0; --slots) {
     if (!scan.Take(bytes.data(), bytes.size())) return false;
@@ -249,11 +249,11 @@ bool SitPairDB::CopyLiveRecords(SitPackWriter& copy, std::vector<std::int32_t>& 
 
 int SitPairDB::Pack(bool reopen) {
   if (!file_.IsOpen() || !whole_) return -1;
-  SitPackWriter copy(path_, kHeaderSize);
+  SitPackWriter copy(path_, kPairHeaderSize);
   std::vector<std::int32_t> numbers;
   std::int32_t kept = 0;
   if (!copy.IsOpen() || !CopyLiveRecords(copy, numbers, kept)) return -1;
-  unsigned char header[kHeaderSize];
+  unsigned char header[kPairHeaderSize];
   StoreLE32(header, kept);
   StoreLE32(header + 4, kept);
   if (!copy.Finish(header, sizeof header)) return -1;

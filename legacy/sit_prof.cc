@@ -10,7 +10,7 @@ namespace zvrsit {
 
 namespace {
 
-constexpr std::int64_t kHeaderSize = 8;
+constexpr std::int64_t kProfileHeaderSize = 8;
 static_assert(sizeof(SiteRec) == 88 && sizeof(ServRec) == 68);
 
 template <class Rec>
@@ -18,7 +18,7 @@ constexpr std::uint32_t kProfTag = std::is_same_v<Rec, SiteRec> ? kTagSiteProf :
 
 template <class Rec>
 std::int64_t SlotOffset(int number) {
-  return kHeaderSize + static_cast<std::int64_t>(sizeof(Rec)) * number;
+  return kProfileHeaderSize + static_cast<std::int64_t>(sizeof(Rec)) * number;
 }
 
 }  // namespace
@@ -60,7 +60,8 @@ int SitProf<Rec>::Num() {
 
 template <class Rec>
 int SitProf<Rec>::Slots() {
-  const std::int64_t inFile = (file_.Size() - kHeaderSize) / static_cast<std::int64_t>(sizeof(Rec));
+  const std::int64_t inFile =
+      (file_.Size() - kProfileHeaderSize) / static_cast<std::int64_t>(sizeof(Rec));
   return static_cast<int>(std::clamp<std::int64_t>(Num(), 0, std::max<std::int64_t>(inFile, 0)));
 }
 

@@ -11,7 +11,7 @@ namespace zvrsit {
 
 namespace {
 
-constexpr std::int64_t kHeaderSize = 8;
+constexpr std::int64_t kStringHeaderSize = 8;
 constexpr std::int64_t kHeadSize = 12;
 // How often a damaged file is gone back in; hostile ones would take long to read otherwise.
 constexpr int kMostReturns = 100;
@@ -57,7 +57,7 @@ int SitStrDB::Open(const std::string& path) {
     Discard();
     return -1;
   }
-  end_ = std::max(size, kHeaderSize);
+  end_ = std::max(size, kStringHeaderSize);
   Load(size);
   return 0;
 }
@@ -78,12 +78,12 @@ void SitStrDB::Load(std::int64_t size) {
 
 // The length of all bodies.
 std::int64_t SitStrDB::LoadEntries(std::int64_t size) {
-  SitFileScan scan(file_, kHeaderSize);
+  SitFileScan scan(file_, kStringHeaderSize);
   Head head;
   Entry dead{};
   Entry* last = nullptr;  // the entry before, which may be `dead`
   std::int64_t bodyBytes = 0;
-  std::int64_t at = kHeaderSize;
+  std::int64_t at = kStringHeaderSize;
   bool lost = false;
   int losses = 0;
   for (; TakeHead(scan, head); at = scan.offset()) {
@@ -194,7 +194,7 @@ int SitStrDB::Update(int id, const char* text) {
 }
 
 bool SitStrDB::CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes) {
-  SitFileScan scan(file_, kHeaderSize);
+  SitFileScan scan(file_, kStringHeaderSize);
   Head head;
   std::string body;
   while (scan.offset() < end_) {
@@ -217,10 +217,10 @@ bool SitStrDB::CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes) {
 
 int SitStrDB::Pack(bool reopen) {
   if (!file_.IsOpen() || !whole_) return -1;
-  SitPackWriter copy(path(), kHeaderSize);
+  SitPackWriter copy(path(), kStringHeaderSize);
   std::int64_t bodyBytes = 0;
   if (!copy.IsOpen() || !CopyLiveEntries(copy, bodyBytes)) return -1;
-  unsigned char header[kHeaderSize];
+  unsigned char header[kStringHeaderSize];
   StoreLE32(header, static_cast<std::int32_t>(bodyBytes));
   StoreLE32(header + 4, 0);
   if (!copy.Finish(header, sizeof header)) return -1;

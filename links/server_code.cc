@@ -9,7 +9,7 @@
 namespace zvrsit {
 namespace {
 
-constexpr auto kNpos = std::string_view::npos;
+constexpr auto kNotFound = std::string_view::npos;
 
 // No tag or expression is longer, so that pages full of beginnings take linear time.
 constexpr std::size_t kLongest = 1000;
@@ -21,7 +21,7 @@ bool IsOfName(char c) {
 // The end of `mark` from `at` on, or the end of the text.
 std::size_t After(std::string_view text, std::string_view mark, std::size_t at) {
   const std::size_t found = text.find(mark, at);
-  return found == kNpos ? text.size() : found + mark.size();
+  return found == kNotFound ? text.size() : found + mark.size();
 }
 
 // The end of a quoted text that begins at `at`; a backslash takes the byte after it along.
@@ -42,15 +42,15 @@ std::size_t AfterQuoted(std::string_view text, std::size_t at) {
 std::size_t AfterHereDocument(std::string_view text, std::size_t at) {
   const std::size_t none = at + 3;
   std::size_t begin = text.find_first_not_of(" \t", none);
-  if (begin == kNpos) return text.size();
+  if (begin == kNotFound) return text.size();
   if (text[begin] == '"' || text[begin] == '\'') ++begin;
   std::size_t end = begin;
   while (end < text.size() && IsOfName(text[end])) ++end;
   const std::string_view label = text.substr(begin, end - begin);
   if (label.empty() || IsAsciiDigit(label.front())) return none;
-  for (std::size_t line = text.find('\n', end); line != kNpos; line = text.find('\n', line)) {
+  for (std::size_t line = text.find('\n', end); line != kNotFound; line = text.find('\n', line)) {
     line = text.find_first_not_of(" \t", line + 1);
-    if (line == kNpos) break;
+    if (line == kNotFound) break;
     const std::size_t after = line + label.size();
     if (text.substr(line, label.size()) == label &&
         (after == text.size() || !IsOfName(text[after]))) {
@@ -102,7 +102,7 @@ std::size_t AfterLibraryTag(std::string_view text, std::size_t at) {
     if (text[i] == '>') return i + 1;
     if (text[i] == '"' || text[i] == '\'') {
       const std::size_t end = text.find(text[i], i + 1);
-      if (end == kNpos) return at;
+      if (end == kNotFound) return at;
       i = end;
     }
   }
@@ -123,7 +123,7 @@ std::size_t AfterExpression(std::string_view text, std::size_t at) {
     // On one line, so that braces of scripts and styles do not take what follows along.
     const std::string_view line = rest.substr(0, rest.find('\n'));
     const std::size_t end = line.find(marks.end, marks.begin.size());
-    if (end != kNpos) return at + end + marks.end.size();
+    if (end != kNotFound) return at + end + marks.end.size();
   }
   return at;
 }
@@ -142,7 +142,7 @@ std::size_t AfterCode(std::string_view text, std::size_t at) {
 
 void HideServerCode(std::string& page) {
   constexpr std::string_view kBeginnings = "<$#{";
-  for (std::size_t at = 0; (at = page.find_first_of(kBeginnings, at)) != kNpos;) {
+  for (std::size_t at = 0; (at = page.find_first_of(kBeginnings, at)) != kNotFound;) {
     const std::size_t end = AfterCode(page, at);
     std::fill(page.begin() + static_cast<std::ptrdiff_t>(at),
               page.begin() + static_cast<std::ptrdiff_t>(end), kServerCode);

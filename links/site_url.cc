@@ -11,8 +11,8 @@
 namespace zvrsit {
 namespace {
 
-constexpr std::string_view kSchemes[] = {"http",   "ftp",  "mailto", "file",
-                                         "telnet", "news", "gopher"};
+constexpr std::string_view kSiteSchemes[] = {"http",   "ftp",  "mailto", "file",
+                                             "telnet", "news", "gopher"};
 
 // The folder of `path` with its "\", or `siteRoot` up to its separator: what a target is put
 // behind. False when the page has no folder.
@@ -91,7 +91,7 @@ bool ClassicIsExternal(std::string_view target) {
   const auto colon = target.find(':');
   if (colon == std::string_view::npos || target.find('#') < colon) return false;
   const std::string_view scheme = target.substr(0, colon);
-  return std::any_of(std::begin(kSchemes), std::end(kSchemes),
+  return std::any_of(std::begin(kSiteSchemes), std::end(kSiteSchemes),
                      [scheme](std::string_view known) { return EqualsLower(scheme, known); });
 }
 

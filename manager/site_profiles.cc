@@ -18,9 +18,9 @@ struct ProfileText {
   std::int32_t SiteSiteRec::*word;
   std::string SiteProfile::*text;
 };
-constexpr ProfileText kTexts[] = {{&SiteSiteRec::topFile, &SiteProfile::topFile},
-                                  {&SiteSiteRec::defaultUrl, &SiteProfile::defaultUrl},
-                                  {&SiteSiteRec::servProf, &SiteProfile::server}};
+constexpr ProfileText kSiteTexts[] = {{&SiteSiteRec::topFile, &SiteProfile::topFile},
+                                      {&SiteSiteRec::defaultUrl, &SiteProfile::defaultUrl},
+                                      {&SiteSiteRec::servProf, &SiteProfile::server}};
 
 // Whether a stored file name leads into a folder of the database folder, and nowhere else.
 bool IsTableName(std::string_view name) {
@@ -97,7 +97,7 @@ int SiteMgr::GetSiteProf(const std::string& name, SiteProfile& profile) {
   for (std::size_t slot = 0; slot < profile.folders.size(); ++slot) {
     siteProf->Text(rec.folders[slot], profile.folders[slot]);
   }
-  for (const ProfileText& field : kTexts) {
+  for (const ProfileText& field : kSiteTexts) {
     siteProf->Text(rec.*field.word, profile.*field.text);
   }
   profile.useDocumentRoot = rec.useDocRoot != 0;
@@ -119,7 +119,7 @@ int SiteMgr::Work::StoreProfile(int number, const SiteProfile& profile) {
     const std::string& folder = profile.folders[static_cast<std::size_t>(slot)];
     if (m_.siteProf->SetFolder(number, slot, folder) < 0) return -1;
   }
-  for (const ProfileText& field : kTexts) {
+  for (const ProfileText& field : kSiteTexts) {
     if (m_.siteProf->SetText(number, field.word, profile.*field.text) < 0) return -1;
   }
   SiteSiteRec rec;

@@ -9,7 +9,7 @@ namespace {
 using enum CharsetKind;
 
 constexpr Charset kCharsets[] = {
-    {kUtf8, "UTF-8", 65001,
+    {kUtf8Bytes, "UTF-8", 65001,
      "utf-8 utf8 unicode-1-1-utf-8 unicode11utf8 unicode20utf8 x-unicode20utf8"},
     {kSingleByte, "CP1252", 1252,
      "iso-8859-1 windows-1252 us-ascii ascii latin1 ansi_x3.4-1968 cp1252 cp819 csisolatin1 ibm819 "

@@ -6,7 +6,7 @@
 namespace zvrsit::platform {
 
 enum class CharsetKind {
-  kUtf8,
+  kUtf8Bytes,
   kUtf16LittleEndian,
   kUtf16BigEndian,
   kUserDefined,  // bytes from 0x80 on are U+F780 and so on

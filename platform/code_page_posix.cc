@@ -70,10 +70,10 @@ struct State {
   std::array<bool, 256> isLead{};
   std::unique_ptr<std::uint16_t[]> encoded;
 };
-constinit State state;
+constinit State current;
 
 bool IsUtf8() {
-  return !state.encoded;
+  return !current.encoded;
 }
 
 // The bytes of one code point as a number; 0 where there are none. What iconv would give as ASCII
@@ -119,14 +119,14 @@ void AppendEncoded(std::string& out, char32_t c) {
     out += static_cast<char>(c);
     return;
   }
-  const std::uint16_t bytes = c < kBmpSize ? state.encoded[c] : 0;
+  const std::uint16_t bytes = c < kBmpSize ? current.encoded[c] : 0;
   if (bytes > 0xFF) out += static_cast<char>(bytes >> 8);
   out += bytes != 0 ? static_cast<char>(bytes & 0xFF) : '?';
 }
 
 // The system reads the `\` of page 1361, which looks like a won sign in its fonts, as that sign.
 bool IsBackslashOfPage(char32_t c) {
-  return c == kWonSign && state.page->number == 1361;
+  return c == kWonSign && current.page->number == 1361;
 }
 
 void AppendCodePoints(std::string& out, std::u32string_view codePoints) {
@@ -205,7 +205,7 @@ const ByteMeanings& UserDefinedMeanings() {
 bool Decode(const Charset& charset, std::string_view bytes, std::string& out) {
   const PageWriter write{out};
   switch (charset.kind) {
-    case CharsetKind::kUtf8:
+    case CharsetKind::kUtf8Bytes:
       if (IsUtf8()) {
         AppendUtf8Repaired(out, bytes);
       } else {
@@ -248,20 +248,20 @@ int SetCodePage(unsigned codePage) {
     next.encoded = std::make_unique<std::uint16_t[]>(kBmpSize);
     if (!(next.hasLeadBytes ? FillDoubleByte(next) : FillSingleByte(next))) return -1;
   }
-  state = std::move(next);
+  current = std::move(next);
   return 0;
 }
 
 unsigned CodePage() {
-  return state.page->number;
+  return current.page->number;
 }
 
 const std::array<bool, 256>& LeadBytes() {
-  return state.isLead;
+  return current.isLead;
 }
 
 bool HasLeadBytes() {
-  return state.hasLeadBytes;
+  return current.hasLeadBytes;
 }
 
 void AppendCodePoint(std::string& out, char32_t codePoint) {
@@ -282,7 +282,7 @@ bool ConvertToCodePage(std::string_view bytes, std::string_view label, std::stri
 
 bool IsCodePageUtf8(std::string_view label) {
   const Charset* charset = IsUtf8() ? FindCharset(label) : nullptr;
-  return charset && charset->kind == CharsetKind::kUtf8;
+  return charset && charset->kind == CharsetKind::kUtf8Bytes;
 }
 
 std::string ToUtf8(std::string_view text) {
@@ -292,11 +292,11 @@ std::string ToUtf8(std::string_view text) {
   if (IsUtf8()) {
     AppendUtf8Repaired(out, text);
   } else if (HasLeadBytes()) {
-    DecodeByIconv(state.page->systemName, text, [&write](std::u32string_view piece) {
+    DecodeByIconv(current.page->systemName, text, [&write](std::u32string_view piece) {
       for (const char32_t c : piece) write(IsBackslashOfPage(c) ? U'\\' : c);
     });
   } else {
-    DecodeSingleByte(text, MeaningsOf(state.page->systemName), write);
+    DecodeSingleByte(text, MeaningsOf(current.page->systemName), write);
   }
   return out;
 }

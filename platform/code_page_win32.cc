@@ -161,7 +161,7 @@ std::wstring WideInPage(const Charset& charset, std::string_view bytes) {
 
 std::wstring WideOf(const Charset& charset, std::string_view bytes) {
   switch (charset.kind) {
-    case CharsetKind::kUtf8:
+    case CharsetKind::kUtf8Bytes:
       return ToWide(bytes, kUtf8);
     case CharsetKind::kUtf16LittleEndian:
       return WideOfUtf16(bytes, false);
@@ -235,7 +235,7 @@ bool ConvertToCodePage(std::string_view bytes, std::string_view label, std::stri
   const Charset* charset = FindCharset(label);
   if (!charset || !IsKnownHere(*charset)) return false;
   out.clear();
-  if (charset->kind == CharsetKind::kUtf8 && CodePage() == kUtf8) {
+  if (charset->kind == CharsetKind::kUtf8Bytes && CodePage() == kUtf8) {
     AppendUtf8Repaired(out, bytes);
   } else if (!bytes.empty()) {
     AppendNarrow(out, WideOf(*charset, bytes), CodePage());
@@ -245,7 +245,7 @@ bool ConvertToCodePage(std::string_view bytes, std::string_view label, std::stri
 
 bool IsCodePageUtf8(std::string_view label) {
   const Charset* charset = CodePage() == kUtf8 ? FindCharset(label) : nullptr;
-  return charset && charset->kind == CharsetKind::kUtf8;
+  return charset && charset->kind == CharsetKind::kUtf8Bytes;
 }
 
 std::string ToUtf8(std::string_view text) {

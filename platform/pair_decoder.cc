@@ -9,7 +9,7 @@
 namespace zvrsit::platform {
 namespace {
 
-constexpr std::size_t kCodePointsAtOnce = 4096;
+constexpr std::size_t kPairsAtOnce = 4096;
 constexpr char32_t kHalfWidthKatakana = 0xFF61;  // where they begin
 constexpr unsigned kShiftJis = 932, kGb18030 = 936, kBig5 = 950;
 constexpr const char* kJis0212Charset = "EUC-JP-MS";
@@ -33,7 +33,7 @@ char32_t CharacterOfRow(const PairTable& shiftJis, unsigned row, unsigned cell) 
 class PairDecoder {
  public:
   PairDecoder(std::string_view bytes, const CodePointSink& sink) : rest_(bytes), sink_(sink) {
-    out_.reserve(kCodePointsAtOnce);
+    out_.reserve(kPairsAtOnce);
   }
   ~PairDecoder() { sink_(out_); }
   PairDecoder(const PairDecoder&) = delete;
@@ -105,7 +105,7 @@ class PairDecoder {
   }
 
   void Put(char32_t codePoint, std::size_t taken) {
-    if (out_.size() == kCodePointsAtOnce) {
+    if (out_.size() == kPairsAtOnce) {
       sink_(out_);
       out_.clear();
     }

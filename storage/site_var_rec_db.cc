@@ -14,7 +14,7 @@ namespace zvrsit {
 
 namespace {
 
-constexpr int kIdCountAt = 16;
+constexpr int kStringIdCountAt = 16;
 constexpr int kEntryCountAt = 20;
 constexpr int kEndAt = 24;
 constexpr int kBlock = 2;
@@ -310,7 +310,8 @@ int SiteVarRecDB::WriteCounts(int newEnd) {
   char words[8];
   StoreLE32(words, headerWord1);
   StoreLE32(words + 4, headerWord2);
-  if (WriteAt(words, kIdCountAt, 4) != 4 || WriteAt(words + 4, kEntryCountAt, 4) != 4) return -1;
+  if (WriteAt(words, kStringIdCountAt, 4) != 4 || WriteAt(words + 4, kEntryCountAt, 4) != 4)
+    return -1;
   end_ = newEnd;
   return WriteEnd();
 }

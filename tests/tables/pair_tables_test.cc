@@ -115,8 +115,8 @@ TEST_P(QueriedLinkTable, AnswersQueriesAsAPlainListDoes) {
   std::map<int, Pair> model;  // the live ones
   const auto end = [&] {
     // Some share bits of a zone's filter; the last two are as damaged files have them.
-    constexpr int kIds[] = {0, 2, 3, 40, 2050, 2088, 1 << 30, -7};
-    return UrlID(random() % 2 ? kKindPath : 9, kIds[random() % 8]);
+    constexpr int kSomeIds[] = {0, 2, 3, 40, 2050, 2088, 1 << 30, -7};
+    return UrlID(random() % 2 ? kKindPath : 9, kSomeIds[random() % 8]);
   };
   for (int number = 0; number < GetParam(); ++number) {
     const Pair pair{Page(number / 30), Page(number % 7)};
