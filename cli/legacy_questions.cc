@@ -11,22 +11,22 @@ namespace zvrsit::cli {
 namespace {
 
 // By type, from 1.
-constexpr const char* kTypeNames[] = {"anchor",     "image",      "map_file", "frame", "link",
+constexpr const char* kLegacyTypeNames[] = {"anchor",     "image",      "map_file", "frame", "link",
                                       "stylesheet", "background", "input",    "area",  "form",
                                       "script",     "object",     "refresh"};
 
-const char* TypeName(int type) {
-  return type >= kSitLinkFirst && type <= kSitLinkLast ? kTypeNames[type - kSitLinkFirst] : "?";
+const char* LegacyTypeName(int type) {
+  return type >= kSitLinkFirst && type <= kSitLinkLast ? kLegacyTypeNames[type - kSitLinkFirst] : "?";
 }
 
 Json LinkRow(const LegacyLink& link) {
   return {{"from", JsonText(link.from)}, {"to", JsonText(link.to)}, {"kind", link.kind},
-          {"type", TypeName(link.type)}, {"code", link.type},       {"text", JsonText(link.text)},
+          {"type", LegacyTypeName(link.type)}, {"code", link.type},       {"text", JsonText(link.text)},
           {"alt", JsonText(link.alt)},   {"exists", link.exists}};
 }
 
 void PrintRow(const LegacyLink& link) {
-  Print("{} -> {}  {}{}\n", LineText(link.from), LineText(link.to), TypeName(link.type),
+  Print("{} -> {}  {}{}\n", LineText(link.from), LineText(link.to), LegacyTypeName(link.type),
         link.exists ? "" : "  missing");
 }
 

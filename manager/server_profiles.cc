@@ -13,7 +13,6 @@ namespace {
 
 using Word = std::int32_t SiteServRec::*;
 
-<<<<<<< HEAD
 bool IsPassword(Word wanted) {
   bool isPassword = false;
   ForEachServerField<SiteServRec>([&](ServerField kind, Word word) {
@@ -21,38 +20,6 @@ bool IsPassword(Word wanted) {
   });
   return isPassword;
 }
-=======
-// The fields of the record, and where a ServProfile has them.
-struct TextField {
-  Word word;
-  std::string ServProfile::*text;
-};
-struct NumberField {
-  Word word;
-  std::int32_t ServProfile::*number;
-};
-constexpr TextField kServerTexts[] = {
-    {&SiteServRec::host, &ServProfile::host},
-    {&SiteServRec::user, &ServProfile::user},
-    {&SiteServRec::dir, &ServProfile::dir},
-    {&SiteServRec::firewallHost, &ServProfile::firewallHost},
-    {&SiteServRec::firewallUser, &ServProfile::firewallUser},
-    {&SiteServRec::initRemoteDir, &ServProfile::initRemoteDir},
-    {&SiteServRec::mruDirRemote, &ServProfile::mruDirRemote},
-    {&SiteServRec::mruDirLocal, &ServProfile::mruDirLocal},
-    {&SiteServRec::asciiSuffix, &ServProfile::asciiSuffix},
-};
-constexpr TextField kPasswords[] = {
-    {&SiteServRec::password, &ServProfile::password},
-    {&SiteServRec::firewallPassword, &ServProfile::firewallPassword},
-};
-constexpr NumberField kNumbers[] = {
-    {&SiteServRec::firewall, &ServProfile::firewall},
-    {&SiteServRec::fxferType, &ServProfile::transferType},
-    {&SiteServRec::initDirMode, &ServProfile::initDirMode},
-    {&SiteServRec::lockDir, &ServProfile::lockDir},
-};
->>>>>>> f96e26e (cmake: all presets but debug compile a dozen sources of a room as one, in a third of the time)
 
 int ReadText(const SiteServProfDB& servers, int number, Word word, std::string& text) {
   return IsPassword(word) ? servers.GetPassword(number, word, text)
@@ -68,7 +35,6 @@ int ReadProfile(const SiteServProfDB& servers, int number, ServProfile& profile)
   SiteServRec rec;
   if (servers.Get(number, rec) < 0) return -1;
   profile = ServProfile{};
-<<<<<<< HEAD
   ForEachServerField<SiteServRec, ServProfile>([&](ServerField, Word word, auto field) {
     if constexpr (std::is_same_v<decltype(field), std::string ServProfile::*>) {
       ReadText(servers, number, word, profile.*field);
@@ -76,20 +42,12 @@ int ReadProfile(const SiteServProfDB& servers, int number, ServProfile& profile)
       profile.*field = rec.*word;
     }
   });
-=======
-  for (const TextField& field : kServerTexts) servers.Text(rec.*field.word, profile.*field.text);
-  for (const TextField& field : kPasswords) {
-    servers.GetPassword(number, field.word, profile.*field.text);
-  }
-  for (const NumberField& field : kNumbers) profile.*field.number = rec.*field.word;
->>>>>>> f96e26e (cmake: all presets but debug compile a dozen sources of a room as one, in a third of the time)
   return 0;
 }
 
 // Texts come first, then passwords, then numbers: so the texts lie in the file in the order that
 // they always had.
 int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile) {
-<<<<<<< HEAD
   int result = 0;
   for (const ServerField turn :
        {ServerField::kText, ServerField::kPassword, ServerField::kNumber}) {
@@ -101,10 +59,6 @@ int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile
         result = servers.SetNumber(number, word, profile.*field);
       }
     });
-=======
-  for (const TextField& field : kServerTexts) {
-    if (servers.SetText(number, field.word, profile.*field.text) < 0) return -1;
->>>>>>> f96e26e (cmake: all presets but debug compile a dozen sources of a room as one, in a third of the time)
   }
   return result < 0 ? -1 : 0;
 }
