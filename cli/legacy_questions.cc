@@ -12,16 +12,18 @@ namespace {
 
 // By type, from 1.
 constexpr const char* kLegacyTypeNames[] = {"anchor",     "image",      "map_file", "frame", "link",
-                                      "stylesheet", "background", "input",    "area",  "form",
-                                      "script",     "object",     "refresh"};
+                                            "stylesheet", "background", "input",    "area",  "form",
+                                            "script",     "object",     "refresh"};
 
 const char* LegacyTypeName(int type) {
-  return type >= kSitLinkFirst && type <= kSitLinkLast ? kLegacyTypeNames[type - kSitLinkFirst] : "?";
+  return type >= kSitLinkFirst && type <= kSitLinkLast ? kLegacyTypeNames[type - kSitLinkFirst]
+                                                       : "?";
 }
 
 Json LinkRow(const LegacyLink& link) {
-  return {{"from", JsonText(link.from)}, {"to", JsonText(link.to)}, {"kind", link.kind},
-          {"type", LegacyTypeName(link.type)}, {"code", link.type},       {"text", JsonText(link.text)},
+  return {{"from", JsonText(link.from)}, {"to", JsonText(link.to)},
+          {"kind", link.kind},           {"type", LegacyTypeName(link.type)},
+          {"code", link.type},           {"text", JsonText(link.text)},
           {"alt", JsonText(link.alt)},   {"exists", link.exists}};
 }
 
@@ -52,7 +54,7 @@ std::size_t PrintLinks(const Options& options, const LinkQuery& query, Wanted wa
   return links.size();
 }
 
-int RunLinks(const Options& options, const LinkQuery& query) {
+int RunLegacyLinks(const Options& options, const LinkQuery& query) {
   PrintLinks(options, query, [](const LegacyLink&) { return true; });
   return kClean;
 }
@@ -111,7 +113,7 @@ int RunPeek(const Options& options, const std::string& asked) {
 
 void AddLegacyQuestions(CLI::App& legacy, const Options& options, Run& run) {
   AddLinkQueries(
-      legacy, run, [&options](const LinkQuery& query) { return RunLinks(options, query); },
+      legacy, run, [&options](const LinkQuery& query) { return RunLegacyLinks(options, query); },
       [&options](const LinkQuery& query) { return RunBroken(options, query); });
 
   const auto asked = std::make_shared<std::string>();

@@ -13,7 +13,7 @@ Json SiteRow(const std::string& name, const SitSiteProperty& site) {
           {"top", JsonText(NativePath(site.topFile))}};
 }
 
-int RunAdd(const Options& options, const std::string& name, const GivenSite& site) {
+int RunLegacyAdd(const Options& options, const std::string& name, const GivenSite& site) {
   LegacySession session(options, Database::kMake);
   SitMgr& manager = session.manager();
   if (manager.SiteProfGetID(name) >= 0) {
@@ -32,7 +32,7 @@ int RunAdd(const Options& options, const std::string& name, const GivenSite& sit
   return kClean;
 }
 
-int RunSites(const Options& options) {
+int RunLegacySites(const Options& options) {
   LegacySession session(options, Database::kAsk);
   SitMgr& manager = session.manager();
   Json rows = Json::array();
@@ -49,7 +49,7 @@ int RunSites(const Options& options) {
   return kClean;
 }
 
-int RunRebuild(const Options& options, const std::string& name, bool diff) {
+int RunLegacyRebuild(const Options& options, const std::string& name, bool diff) {
   LegacySession session(options, Database::kMustExist);
   session.OpenToRebuild(name);
   session.NeedFolder();
@@ -68,16 +68,17 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
 }  // namespace
 
 void AddLegacySites(CLI::App& legacy, const Options& options, Run& run) {
-  AddSiteCommands(
-      legacy, run,
-      {[&options](const std::string& name, const GivenSite& site) {
-         return RunAdd(options, name, site);
-       },
-       [&options] { return RunSites(options); },
-       [&options](const std::string& name, bool diff) { return RunRebuild(options, name, diff); }},
-      {"Register a folder as an older site", "List the older sites",
-       "let the entries of files keep their numbers"},
-      AddTopOption);
+  AddSiteCommands(legacy, run,
+                  {[&options](const std::string& name, const GivenSite& site) {
+                     return RunLegacyAdd(options, name, site);
+                   },
+                   [&options] { return RunLegacySites(options); },
+                   [&options](const std::string& name, bool diff) {
+                     return RunLegacyRebuild(options, name, diff);
+                   }},
+                  {"Register a folder as an older site", "List the older sites",
+                   "let the entries of files keep their numbers"},
+                  AddTopOption);
 }
 
 }  // namespace zvrsit::cli

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void Need(const fs::path& path, const std::error_code& error) {
+void NeedCopied(const fs::path& path, const std::error_code& error) {
   if (error) throw Failure(kFileSystem, NameOf(path) + ": cannot be copied: " + error.message());
 }
 
@@ -28,7 +28,7 @@ OlderCopy::OlderCopy(const std::string& database, const std::string& older)
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     Bring(entry->path().filename());
   }
-  Need(original_, error);
+  NeedCopied(original_, error);
 }
 
 // The copies can be written, whatever the files can.
@@ -44,7 +44,7 @@ void OlderCopy::Bring(const fs::path& file) {
   fs::create_directories(copy.parent_path(), error);
   if (!error) error = CopyFile(original_ / name, copy);
   if (!error) fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, error);
-  Need(original_ / name, error);
+  NeedCopied(original_ / name, error);
 }
 
 }  // namespace zvrsit::cli

@@ -16,7 +16,7 @@ constexpr char kMagic[] = "ZVSITBLK";
 constexpr std::size_t kMagicSize = 8;
 constexpr std::int32_t kVersion = 1;
 constexpr std::int64_t kBlockHeaderSize = 24;
-constexpr std::int64_t kHeadSize = 12;
+constexpr std::int64_t kBlockHeadSize = 12;
 // Records grow a little when a page is edited; blocks leave room for it.
 constexpr std::size_t kRoomUnit = 32;
 
@@ -125,7 +125,7 @@ void SitBlockDB::StoreCounts(unsigned char* header) const {
 void SitBlockDB::Load() {
   const std::int64_t size = file_.Size();
   SitFileScan scan(file_, kBlockHeaderSize);
-  unsigned char head[kHeadSize];
+  unsigned char head[kBlockHeadSize];
   std::string bytes;
   bool good = true;
   while (scan.Take(head, sizeof head)) {
@@ -133,7 +133,7 @@ void SitBlockDB::Load() {
     const Block block{static_cast<std::int32_t>(end_), LoadLE32(head + 4), LoadLE32(head + 8)};
     const std::int64_t next = scan.offset() + block.capacity;
     if (block.capacity < 0 || next > size) break;
-    const bool inRange = index >= 0 && index < size / kHeadSize;
+    const bool inRange = index >= 0 && index < size / kBlockHeadSize;
     good = inRange && LoadBlock(scan, index, block, bytes) && good;
     scan.Skip(next - scan.offset());
     end_ = next;
@@ -157,7 +157,7 @@ bool SitBlockDB::LoadBlock(SitFileScan& scan, std::int32_t index, const Block& b
     return block.length == -1;
   }
   if (At(index).offset >= 0) {
-    deadBytes_ += kHeadSize + At(index).capacity;
+    deadBytes_ += kBlockHeadSize + At(index).capacity;
     keys_.Erase(index);
     --live_;
   }
@@ -192,12 +192,12 @@ int SitBlockDB::State(int index) const {
 }
 
 bool SitBlockDB::WriteBlock(int index, const Block& block, const std::string& bytes) {
-  std::string all(kHeadSize, '\0');
+  std::string all(kBlockHeadSize, '\0');
   StoreHead(reinterpret_cast<unsigned char*>(all.data()), index, block.capacity, Length(bytes));
   all += bytes;
   // A block at the end of the file is written in full, so that the next one begins behind it.
-  if (block.offset + kHeadSize + block.capacity >= end_) {
-    all.resize(static_cast<std::size_t>(kHeadSize + block.capacity), '\0');
+  if (block.offset + kBlockHeadSize + block.capacity >= end_) {
+    all.resize(static_cast<std::size_t>(kBlockHeadSize + block.capacity), '\0');
   }
   return file_.WriteAt(block.offset, all.data(), all.size());
 }
@@ -211,7 +211,7 @@ bool SitBlockDB::Store(int index, const std::string& bytes) {
   }
   if (!whole_) return file_.RefuseWrite(EIO);
   const std::size_t capacity = (bytes.size() / kRoomUnit + 1) * kRoomUnit;
-  if (end_ + kHeadSize + static_cast<std::int64_t>(capacity) >
+  if (end_ + kBlockHeadSize + static_cast<std::int64_t>(capacity) >
       std::numeric_limits<std::int32_t>::max()) {
     return file_.RefuseWrite(EFBIG);
   }
@@ -220,13 +220,13 @@ bool SitBlockDB::Store(int index, const std::string& bytes) {
   if (!WriteBlock(index, block, bytes)) return false;
   if (entry.offset >= 0) Kill(index);
   entry = block;
-  end_ += kHeadSize + block.capacity;
+  end_ += kBlockHeadSize + block.capacity;
   return true;
 }
 
 bool SitBlockDB::Kill(int index) {
   Block& entry = At(index);
-  unsigned char head[kHeadSize];
+  unsigned char head[kBlockHeadSize];
   StoreHead(head, index, entry.capacity, -1);
   if (!file_.WriteAt(entry.offset, head, sizeof head)) return false;
   deadBytes_ += entry.capacity;
@@ -253,7 +253,7 @@ int SitBlockDB::Read(int index, SitUrlRec& record) {
   if (state != kSitOk) return state;
   const Block& entry = At(index);
   std::string bytes(static_cast<std::size_t>(entry.length), '\0');
-  if (!file_.ReadAt(entry.offset + kHeadSize, bytes.data(), bytes.size()) ||
+  if (!file_.ReadAt(entry.offset + kBlockHeadSize, bytes.data(), bytes.size()) ||
       !DecodeUrlRec(bytes.data(), bytes.size(), record)) {
     return kSitNotFound;
   }
@@ -317,8 +317,9 @@ bool SitBlockDB::CopyBlocks(SitPackWriter& copy) {
     const Block& entry = At(index);
     bytes.assign(static_cast<std::size_t>(std::max(entry.length, 0)), '\0');
     const bool live = entry.offset >= 0;
-    if (live && !file_.ReadAt(entry.offset + kHeadSize, bytes.data(), bytes.size())) return false;
-    unsigned char head[kHeadSize];
+    if (live && !file_.ReadAt(entry.offset + kBlockHeadSize, bytes.data(), bytes.size()))
+      return false;
+    unsigned char head[kBlockHeadSize];
     StoreHead(head, index, Length(bytes), live ? Length(bytes) : -1);
     copy.Append(head, sizeof head);
     copy.Append(bytes.data(), bytes.size());

@@ -17,8 +17,8 @@ namespace {
 // to another word of the record is meant to reach it.
 int DirWord(int folder) {
   constexpr int kFirst = static_cast<int>(offsetof(SiteRec, dir) / 4);
-  constexpr int kWords = static_cast<int>(sizeof(SiteRec) / 4);
-  return folder >= -kFirst && folder < kWords - kFirst ? kFirst + folder : -1;
+  constexpr int kSiteWords = static_cast<int>(sizeof(SiteRec) / 4);
+  return folder >= -kFirst && folder < kSiteWords - kFirst ? kFirst + folder : -1;
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t kPairHeaderSize = 8;
 constexpr std::int64_t kRecordSize = sizeof(SitPairRec);
 static_assert(kRecordSize == 36);
-constexpr std::int64_t kLargestFile = 0x7FFFFFFF;
+constexpr std::int64_t kLargestPairFile = 0x7FFFFFFF;
 constexpr std::int32_t kMostLostSlots = 1000;
 
 // Meant to be one for all stores: an enumeration of one store restarts with a query of another.
@@ -25,7 +25,7 @@ std::int64_t SlotOffset(std::int32_t id) {
 
 // The whole slots of a file of that size.
 std::int32_t SlotsIn(std::int64_t size) {
-  const std::int64_t bytes = std::clamp<std::int64_t>(size, kPairHeaderSize, kLargestFile);
+  const std::int64_t bytes = std::clamp<std::int64_t>(size, kPairHeaderSize, kLargestPairFile);
   return static_cast<std::int32_t>((bytes - kPairHeaderSize) / kRecordSize);
 }
 

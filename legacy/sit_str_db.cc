@@ -12,7 +12,7 @@ namespace zvrsit {
 namespace {
 
 constexpr std::int64_t kStringHeaderSize = 8;
-constexpr std::int64_t kHeadSize = 12;
+constexpr std::int64_t kStringHeadSize = 12;
 // How often a damaged file is gone back in; hostile ones would take long to read otherwise.
 constexpr int kMostReturns = 100;
 
@@ -29,7 +29,7 @@ void StoreHead(const Head& head, unsigned char* bytes) {
 }
 
 bool TakeHead(SitFileScan& scan, Head& head) {
-  unsigned char bytes[kHeadSize];
+  unsigned char bytes[kStringHeadSize];
   if (!scan.Take(bytes, sizeof bytes)) return false;
   head = {LoadLE32(bytes), LoadLE32(bytes + 4), LoadLE32(bytes + 8)};
   return true;
@@ -37,7 +37,7 @@ bool TakeHead(SitFileScan& scan, Head& head) {
 
 // Whether a head, read at `at`, begins an entry that ends within `size` bytes.
 bool IsEntry(const Head& head, std::int64_t at, std::int64_t size) {
-  return head.offset == at && head.length >= 0 && at + kHeadSize + head.length <= size;
+  return head.offset == at && head.length >= 0 && at + kStringHeadSize + head.length <= size;
 }
 
 std::int32_t AddClamped(std::int32_t counter, std::int64_t length) {
@@ -90,13 +90,13 @@ std::int64_t SitStrDB::LoadEntries(std::int64_t size) {
     if (!IsEntry(head, at, size)) {
       // The length before it may be what is damaged: the next entry is looked for from there.
       const bool goBack = !lost && last != nullptr && ++losses <= kMostReturns;
-      scan.Skip((goBack ? last->offset + kHeadSize : at + 1) - scan.offset());
+      scan.Skip((goBack ? last->offset + kStringHeadSize : at + 1) - scan.offset());
       lost = true;
       whole_ = false;
       continue;
     }
-    if (lost && last != nullptr && last->offset + kHeadSize + last->length > at) {
-      last->length = static_cast<std::int32_t>(at - last->offset - kHeadSize);
+    if (lost && last != nullptr && last->offset + kStringHeadSize + last->length > at) {
+      last->length = static_cast<std::int32_t>(at - last->offset - kStringHeadSize);
     }
     lost = false;
     last = &(head.id >= 0 ? entries_[head.id] : dead);
@@ -125,7 +125,7 @@ std::optional<std::string> SitStrDB::Get(int id) {
   const auto found = entries_.find(id);
   if (found == entries_.end() || found->second.length < 1) return std::nullopt;
   std::string body(static_cast<std::size_t>(found->second.length), '\0');
-  if (!file_.ReadAt(found->second.offset + kHeadSize, body.data(), body.size())) {
+  if (!file_.ReadAt(found->second.offset + kStringHeadSize, body.data(), body.size())) {
     return std::nullopt;
   }
   body.resize(std::min(body.find('\0'), body.size()));
@@ -133,7 +133,7 @@ std::optional<std::string> SitStrDB::Get(int id) {
 }
 
 bool SitStrDB::WriteEntry(const Entry& entry, int id, const std::string& body) {
-  std::string bytes(kHeadSize, '\0');
+  std::string bytes(kStringHeadSize, '\0');
   StoreHead({entry.offset, id, entry.length}, reinterpret_cast<unsigned char*>(bytes.data()));
   bytes += body;
   bytes += '\0';
@@ -148,7 +148,7 @@ int SitStrDB::Add(const char* text, int wanted) {
   }
   const std::string body = text;
   const std::int64_t length = static_cast<std::int64_t>(body.size()) + 1;
-  if (end_ + kHeadSize + length > std::numeric_limits<std::int32_t>::max()) {
+  if (end_ + kStringHeadSize + length > std::numeric_limits<std::int32_t>::max()) {
     file_.RefuseWrite(EFBIG);
     return -1;
   }
@@ -160,7 +160,7 @@ int SitStrDB::Add(const char* text, int wanted) {
     return -1;
   }
   entries_[id] = entry;
-  end_ += kHeadSize + length;
+  end_ += kStringHeadSize + length;
   liveBytes_ = AddClamped(liveBytes_, length);
   return id;
 }
@@ -170,7 +170,7 @@ int SitStrDB::Delete(int id) {
   if (found == entries_.end()) return -1;
   const Entry entry = found->second;
   if (entry.length < 1) {
-    unsigned char head[kHeadSize];
+    unsigned char head[kStringHeadSize];
     StoreHead({entry.offset, -1, entry.length}, head);
     file_.WriteAt(entry.offset, head, sizeof head);
   } else {
@@ -206,7 +206,7 @@ bool SitStrDB::CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes) {
     }
     body.resize(static_cast<std::size_t>(head.length));
     if (!scan.Take(body.data(), body.size())) return false;
-    unsigned char bytes[kHeadSize];
+    unsigned char bytes[kStringHeadSize];
     StoreHead({static_cast<std::int32_t>(copy.offset()), head.id, head.length}, bytes);
     copy.Append(bytes, sizeof bytes);
     copy.Append(body.data(), body.size());

@@ -9,23 +9,23 @@
 namespace zvrsit::platform {
 namespace {
 
-struct Correction {
+struct PairCorrection {
   unsigned short bytes;
   char16_t meaning;  // 0: no character
 };
 
-constexpr Correction kBig5Corrections[] = {
+constexpr PairCorrection kBig5Corrections[] = {
 #include "platform/big5_corrections.inc"
 };
 
 // Those of makers have stayed where they were; the standard of 2022 moved others.
-constexpr Correction kGb18030Corrections[] = {
+constexpr PairCorrection kGb18030Corrections[] = {
     {0xA3A0, 0x3000}, {0xFE51, 0xE816}, {0xFE52, 0xE817}, {0xFE53, 0xE818},
     {0xFE6C, 0xE831}, {0xFE76, 0xE83B}, {0xFE91, 0xE855},
 };
 
 // Behind the prefix of JIS X 0212.
-constexpr Correction kJis0212Corrections[] = {{0xA2C3, 0x00A6}};
+constexpr PairCorrection kJis0212Corrections[] = {{0xA2C3, 0x00A6}};
 constexpr unsigned kFirstRowOfMakers = 0xEE;  // no row of it is one of JIS X 0212
 
 // Runs of four-byte characters, by number, of which the system knows some in two bytes only.
@@ -74,7 +74,7 @@ void PairTable::Correct(unsigned bytes, char32_t meaning) {
 
 void PairTable::CorrectAll(std::string_view charset, std::string_view prefix) {
   const auto correct = [this](const auto& corrections) {
-    for (const Correction& c : corrections) Correct(c.bytes, c.meaning);
+    for (const PairCorrection& c : corrections) Correct(c.bytes, c.meaning);
   };
   if (charset == "BIG5-HKSCS") correct(kBig5Corrections);
   if (charset == "GB18030") correct(kGb18030Corrections);

@@ -16,7 +16,7 @@ for package in GTest CLI11 fmt nlohmann_json Python3 PkgConfig; do
   without+=("-DCMAKE_DISABLE_FIND_PACKAGE_$package=ON")
 done
 "$cmake" -S "$source" -B "$work/build" -G Ninja "${without[@]}" -DBUILD_SHARED_LIBS=OFF \
-  -DBUILD_TESTING=OFF -DZVRSIT_BUILD_CLI=OFF -DZVRSIT_BUILD_EXAMPLES=OFF \
+  -DBUILD_TESTING=OFF -DZVRSIT_BUILD_CLI=OFF -DZVRSIT_BUILD_EXAMPLES=OFF -DCMAKE_UNITY_BUILD=ON \
   -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_PREFIX="$work/prefix" \
   -DCMAKE_INSTALL_LIBDIR="$absolute/lib" -DCMAKE_INSTALL_INCLUDEDIR="$absolute/headers" \
   --no-warn-unused-cli >/dev/null
