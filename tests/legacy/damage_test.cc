@@ -5,11 +5,6 @@
 #include <filesystem>
 #include <functional>
 
-#if defined(__linux__)
-#include <stdlib.h>
-#include <unistd.h>
-#endif
-
 #include "legacy/legacy_site.h"
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_peeper.h"
@@ -37,17 +32,7 @@ bool IsOfSite(std::size_t file) {
   return file >= 2;
 }
 
-class ManyFiles : public ::testing::Test {
- protected:
-  // Files are replaced thousands of times here, for which some disks take a millisecond each.
-  static void SetUpTestSuite() {
-#if defined(__linux__)
-    if (access("/dev/shm", R_OK | W_OK | X_OK) == 0) setenv("TMPDIR", "/dev/shm", 0);
-#endif
-  }
-};
-
-class DamagedSite : public ManyFiles {
+class DamagedSite : public ::testing::Test {
  protected:
   DamagedSite() {
     site.write("index.html", "<title>T</title><a href=b.html>b</a><img src=c.gif alt=A>");
@@ -168,7 +153,7 @@ bool Holds(const std::string& bytes, const std::string& part) {
 }
 
 // A site with dead bytes in every store, open: closing it packs.
-class SiteToPack : public ManyFiles {
+class SiteToPack : public ::testing::Test {
  protected:
   SiteToPack() {
     site.Open();
@@ -293,7 +278,7 @@ TEST_F(SiteToPack, ALinkOfAWrongNumberOrWithoutAnEndIsDamage) {
   }
 }
 
-class FailingWrites : public ManyFiles {};
+class FailingWrites : public ::testing::Test {};
 
 TEST_F(FailingWrites, AreToldWhereTheStringsCannotBeOpened) {
   LegacySite site;
