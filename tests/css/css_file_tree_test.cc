@@ -167,20 +167,6 @@ TEST_F(CssFileTree, ReferencesTellWhereTheyStand) {
   EXPECT_EQ(tree.getOffset(tree.getFirstChild(node)), -1);  // the sheet had to be converted
 }
 
-// Such a LINK is an ordinary link of the page; what its sheet refers to is found all the same.
-TEST_F(CssFileTree, SheetOfALinkWithMoreWordsIsASiblingOfTheRoot) {
-  folder_.write("site/a.css", "p { background: url(1.gif) }");
-  const std::string html =
-      "<link rel='alternate stylesheet' href=a.css><link rel=stylesheets href=b>";
-  EXPECT_EQ(OfPage(html), "");
-  folder_.write("site/p.htm", html);
-  CCSSFileTree tree = control_.GetFileTree(folder_.path("site/p.htm"), nullptr);
-  const std::string* sheet = tree.getNextSibling(tree.getRoot());
-  ASSERT_NE(sheet, nullptr);
-  EXPECT_EQ(Relative(*sheet) + ": " + Children(tree, sheet), "a.css: image 1.gif");
-  EXPECT_EQ(tree.getNextSibling(sheet), nullptr);
-}
-
 // By the web rules the name of a page says how its text is read, also when the tree reads it.
 TEST_F(CssFileTree, PagesFromTheDiskAreReadByTheirNames) {
   Configure(LinkRules::Web);

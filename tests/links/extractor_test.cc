@@ -157,15 +157,6 @@ TEST_F(Extractor, ReadsMetaProperties) {
   EXPECT_EQ(metas(), "3 one\n3 two\n5 t\n6 r.htm\n");
 }
 
-TEST_F(Extractor, TellsWhereAReferenceStands) {
-  const std::string page = "<p><a href='x.htm'><img srcset='a.png, b.png 2x'><base href=d/>";
-  Extract(page);
-  ASSERT_EQ(rows_.links.size(), 3U);
-  EXPECT_EQ(rows_.links[0].offset, page.find("x.htm"));
-  EXPECT_EQ(rows_.links[1].offset, page.find("a.png"));
-  EXPECT_EQ(rows_.links[2].offset, page.find("b.png"));
-}
-
 // "IMG a.gif" with the bases that the target is taken from behind it, the outermost first.
 TEST_F(Extractor, TellsWhatAReferenceIsTakenFrom) {
   const auto links = [this](const std::string& html) {

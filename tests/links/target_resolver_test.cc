@@ -93,6 +93,7 @@ TEST_F(TargetResolverTest, DecodesAFileNameOnce) {
                            {"%E3%81%82.htm", "\\site\\docs\\\xE3\x81\x82.htm"},
                            {"100%.htm", "\\site\\docs\\100%.htm"},
                            {"%4", "\\site\\docs\\%4"},
+                           {"%41", "\\site\\docs\\A"},
                            {"%4g", "\\site\\docs\\%4g"},
                            {"a%00b", kNoFile},
                            {"a%2fb", kNoFile},
@@ -111,6 +112,8 @@ TEST_F(TargetResolverTest, TellsOtherPlacesApart) {
                            {"ftp:b.htm", "ftp:b.htm"},
                            {"mailto:a@b", "mailto:a@b"},
                            {"c:\\x.htm", "c:\\x.htm"},
+                           {"x+y-1.z:b", "x+y-1.z:b"},
+                           {"x_y:b", "\\site\\docs\\x_y:b"},
                            {"javascript:x()", kNothing},
                            {" jav\nascript:x()", kNothing},
                            {"DATA:,x", kNothing},
@@ -214,13 +217,13 @@ TEST_F(TargetResolverTest, TakesTheFolderOfTheLiveAddressForTheSite) {
 }
 
 TEST(LiveAddress, IsAnAbsoluteUrlOfAFolder) {
-  for (const char* url : {"http://h", "HTTPS://h:8/x/y/", "http://[::1]/", "http://h/x%20y"}) {
+  for (const char* url : {"http://h", "HTTPS://h:65535/x/y/", "http://[::1]/", "http://h/x%20y"}) {
     EXPECT_TRUE(LiveAddress(url).isSet()) << url;
   }
   for (const char* url :
        {"", "foo", "h.org/x", "//h/x", "http:", "http://", "http:///x", "http:/h/", "ftp://h/",
         "http://me@h/", "http://h/?q", "http://h/#x", "http://:80/", "http://h:x/", "http://h:0/",
-        "http://h:70000/", "http://h/x y"}) {
+        "http://h:65536/", "http://h/x y"}) {
     EXPECT_FALSE(LiveAddress(url).isSet()) << url;
   }
 }

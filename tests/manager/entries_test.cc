@@ -22,19 +22,6 @@ class Entries : public testing::Test {
   TestSite site;
 };
 
-TEST_F(Entries, AFileIsRegisteredWithItsFoldersAndFacts) {
-  site.write("a/b/page.html", "12345");
-  const int number = Add(site.path("a/b/page.html"));
-  ASSERT_GE(number, 0);
-  const SitePathRec rec = site.Record("a/b/page.html");
-  EXPECT_EQ(rec.exists, 1);
-  EXPECT_EQ(rec.size, 5);
-  EXPECT_GT(rec.modificationTime, 0);
-  EXPECT_EQ(rec.fileType, 2);
-  EXPECT_EQ(site.Dump().substr(site.Dump().find("\n") + 1),
-            "\na\\b\\\na\\\n > a\\\na\\ > a\\b\\\na\\b\\ > a\\b\\page.html\n");
-}
-
 TEST_F(Entries, AKnownFileIsLeftAloneAndOnlyAMissingOneCheckedAgain) {
   const int page = Add(site.path("index.html"));
   const int gone = Add(site.path("gone.html"));

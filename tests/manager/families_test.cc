@@ -170,39 +170,6 @@ TEST(ReflectDefaultUrl, ResolvesFolderLinksAnew) {
   EXPECT_EQ(site.mgr->Save(site.path("index.html"), nullptr), -1);
 }
 
-// By the web rules: what each text leads to, before and after.
-TEST(FolderLinks, FollowTheDocumentOfTheirFolderByTheWebRules) {
-  TestSite site(LinkRules::Web);
-  site.write("index.html", PageTo({"sub/index.htm", "sub", "sub/#x", "sub/?q", "late", "late/"}));
-  site.write("sub/p.html", PageTo({".", "../"}));
-  for (const char* name : {"sub/index.htm", "sub/home.htm"}) site.write(name, "");
-  ASSERT_EQ(site.Open(), 0);
-  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  const auto expect = [&](const std::string& sub, const std::string& late, const char* when) {
-    const std::string links = site.Links();
-    for (const char* text : {"sub", "sub/#x", "sub/?q", "."}) {
-      EXPECT_NE(links.find("-> " + sub + " " + text + " 40 "), std::string::npos) << when << links;
-    }
-    EXPECT_NE(links.find("-> " + late + " late 40 "), std::string::npos) << when << links;
-    EXPECT_NE(links.find("-> sub\\index.htm sub/index.htm 40 "), std::string::npos) << links;
-  };
-  expect("sub\\index.htm", "late", "rebuilt");
-  site.write("sub/index.html", "");
-  site.mgr->SetLinksChanged(0);
-  EXPECT_EQ(site.mgr->Save(site.path("sub/index.html"), nullptr), 0);
-  expect("sub\\index.html", "late", "one more wanted has come");
-  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
-  std::filesystem::remove(site.native("sub/index.html"));
-  EXPECT_EQ(site.mgr->Remove(site.path("sub/index.html"), 0), 0);
-  site.write("late/index.html", "");
-  EXPECT_EQ(site.mgr->Save(site.path("late/index.html"), nullptr), 0);
-  expect("sub\\index.htm", "late\\index.html", "one has gone, one has come");
-  ASSERT_EQ(site.mgr->SetSiteProfDefaultUrl("home.htm"), 0);
-  EXPECT_EQ(site.mgr->ReflectDefaultUrl(""), 0);
-  expect("sub\\home.htm", "late\\home.htm", "all have another name");
-  EXPECT_NE(site.Links().find("-> home.htm ../ 40 "), std::string::npos);
-}
-
 // "#x" is taken from the BASE too, be it the page's own folder.
 TEST(FolderLinks, FollowTheDocumentOfTheBaseOfTheirPage) {
   TestSite site(LinkRules::Web);

@@ -12,30 +12,23 @@
 namespace zvrsit::test {
 namespace {
 
-TEST(SetDB, MakesTheMissingFoldersOfADirThatEndsInABackslash) {
+// The names are joined as they stand: only the part before the last separator is a folder, which is
+// made.
+TEST(SetDB, OpensTheProfilesBelowItsFolder) {
   TempFolder folder;
-  SiteMgr mgr;
-  mgr.setDB((folder.path("a/b/db") + "\\").c_str(), "sites.R", "servers.R", 0);
-  ASSERT_NE(mgr.GetSiteProf(), nullptr);
-  EXPECT_GE(mgr.GetSiteProf()->Add("one"), 0);
-  EXPECT_TRUE(folder.has("a/b/db/sites.R"));
-  EXPECT_TRUE(folder.has("a/b/db/servers.R"));
-}
-
-// The names are joined as they stand: only the part before the last separator is a folder.
-TEST(SetDB, JoinsWithoutASeparator) {
-  TempFolder folder;
-  SiteMgr mgr;
-  mgr.setDB(folder.path("db").c_str(), "sites.R", "servers.R", 0);
-  EXPECT_TRUE(folder.has("dbsites.R"));
-}
-
-TEST(SetDB, LeavesNoTablesWithoutADatabaseFolder) {
-  SiteMgr mgr;
-  mgr.setDB("relative", "sites.R", "servers.R", 0);
-  EXPECT_EQ(mgr.GetSiteProf(), nullptr);
-  mgr.setDB(nullptr, "sites.R", "servers.R", 0);
-  EXPECT_EQ(mgr.GetServProf(), nullptr);
+  for (const char* name : {"a/b/db/", "db"}) {
+    SiteMgr mgr;
+    mgr.setDB(folder.path(name).c_str(), "sites.R", "servers.R", 0);
+    ASSERT_NE(mgr.GetSiteProf(), nullptr) << name;
+    EXPECT_GE(mgr.GetSiteProf()->Add("one"), 0);
+    EXPECT_TRUE(folder.has(std::string(name) + "sites.R"));
+  }
+  for (const char* none : {"relative", static_cast<const char*>(nullptr)}) {
+    SiteMgr mgr;
+    mgr.setDB(none, "sites.R", "servers.R", 0);
+    EXPECT_EQ(mgr.GetSiteProf(), nullptr);
+    EXPECT_EQ(mgr.GetServProf(), nullptr);
+  }
 }
 
 TEST(SiteOpen, IsRefusedForWhatCannotBeOpened) {
@@ -145,14 +138,6 @@ TEST(NoDatabase, EveryCallSaysSo) {
   ExpectAll(nullptr, mgr.EnumSiteProf(), mgr.EnumServProf(), mgr.GetSiteProfDir(0, 0),
             mgr.GetServProfHost("a"), mgr.EnumPathInSite("a"), mgr.EnumSiteHasPath("\\a"),
             mgr.GetSiteProf(), mgr.GetServProf());
-}
-
-TEST(NotifyCss, NeedsTheSiteFolder) {
-  TestSite site;
-  SiteSiteRec rec;
-  EXPECT_EQ(site.mgr->NotifyCss(rec), -1);
-  site.mgr->GetSiteProf()->Get(0, rec);
-  EXPECT_EQ(site.mgr->NotifyCss(rec), 0);
 }
 
 }  // namespace

@@ -166,20 +166,6 @@ TEST_F(Saving, ASheetIsReadAnewByEveryOperation) {
   EXPECT_TRUE(holds("3.gif"));
 }
 
-// Pages of a site that was never rebuilt: its folder is registered with the first of them.
-TEST(SavingInANewSite, RegistersTheSiteFolderFirst) {
-  for (const LinkRules rules : {LinkRules::Classic, LinkRules::Web}) {
-    TestSite site(rules);
-    ASSERT_EQ(site.Open(), 0);
-    site.write("sub/page.html", "<a href=../index.html>x</a>");
-    EXPECT_EQ(site.mgr->Save(site.path("sub/page.html"), nullptr), 0);
-    EXPECT_TRUE(
-        site.Dump().ends_with("\n > sub\\\nsub\\ > sub\\page.html\n > index.html\n"
-                              "sub\\page.html -> index.html ../index.html 40 1\n"))
-        << site.Dump();
-  }
-}
-
 // A sheet that does not say its encoding has that of the page or sheet that refers to it, whichever
 // of the two is read first, in a rebuild or alone.
 TEST(SavingByTheWebRules, ReadsASheetInTheEncodingOfItsPage) {
@@ -278,19 +264,6 @@ TEST(LinkChanged, ComparesAsSetsAndMarksWhatBothHold) {
   }
   int one = 1;
   EXPECT_EQ(SiteMgr::LinkChanged(nullptr, &one, 0, -3), 0);
-}
-
-TEST(Results, AreGivenBack) {
-  EXPECT_EQ(SiteMgr::DeleteVecRecCell(nullptr), 0);
-  EXPECT_EQ(SiteMgr::DeleteVecRecCell(new vec<SiteRecCell>(3)), 0);
-  EXPECT_EQ(SiteMgr::DeleteString(nullptr), 0);
-  EXPECT_EQ(SiteMgr::DeleteStrings(nullptr), -1);
-  std::string* text = new std::string("still there");
-  std::vector<std::string*> list{text};
-  EXPECT_EQ(SiteMgr::DeleteStrings(&list), 0);
-  EXPECT_TRUE(list.empty());
-  EXPECT_EQ(*text, "still there");
-  EXPECT_EQ(SiteMgr::DeleteString(text), 0);
 }
 
 }  // namespace

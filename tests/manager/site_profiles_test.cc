@@ -230,15 +230,6 @@ TEST_F(SiteProfiles, SingleFieldsOfTheOpenSiteAndOfAnyOther) {
   EXPECT_EQ(mgr().GetSiteProfUseDocRoot(1 << 30), -1);
 }
 
-TEST_F(SiteProfiles, TheFamilyFollowsTheTopFileOfTheOpenSite) {
-  ASSERT_EQ(site_.Open(), 0);
-  ASSERT_EQ(mgr().UpdateLinkFamily(), 0);
-  EXPECT_EQ(Take(mgr().GetFtpMember(), site_.dir()), (Names{"a.html 1", "index.html 1"}));
-  ASSERT_EQ(mgr().SetSiteProfTopFile(site_.path("a.html")), 0);
-  ASSERT_EQ(mgr().UpdateLinkFamily(), 0);
-  EXPECT_EQ(Take(mgr().GetFtpMember(), site_.dir()), Names{"a.html 1"});
-}
-
 // A page of the site whose sheet lies under the document root: it is found once the root is set.
 TEST_F(SiteProfiles, StyleSheetsHearOfTheFoldersOfTheOpenSite) {
   site_.folder().write("root/style.css", "body { background: url(dot.gif) }");

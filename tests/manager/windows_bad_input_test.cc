@@ -57,16 +57,6 @@ TEST_F(BadInput, WhatTheCodePageHasNoNameForIsLeftOutOfARebuild) {
   EXPECT_TRUE(std::filesystem::exists(folder / L"\u0E01\\x.html"));
 }
 
-TEST_F(BadInput, ALinkToANameThatIsTooLongIsABrokenOne) {
-  const std::string name = std::string(300, 'x') + ".html";
-  site.write("a.html", "<a href=" + name + ">long</a>");
-  Rebuild();
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(site.Links(),
-            "a.html -> " + name + " " + name + " 40 1\n" + "index.html -> a.html a.html 40 1\n");
-  EXPECT_EQ(site.Record(name).exists, 0);
-}
-
 // Some systems take such a path, most do not: then it is an entry without a file.
 TEST_F(BadInput, AFileAtTheEndOfALongPathIsThereOrIsNot) {
   std::string path = site.dir();
@@ -171,20 +161,6 @@ TEST_F(BadInput, ProfilesThatCannotBeOpenedKeepWhatTheyHold) {
   SetReadOnly("db/sites.R", false);
   site.Start();
   EXPECT_EQ(site.Open(), 0);
-}
-
-TEST_F(BadInput, ADriveThatIsNotThereHoldsNoSiteAndNoProfiles) {
-  site.mgr->GetSiteProf()->SetFolder(0, kSlotSiteFolder, "Q:\\site\\");
-  EXPECT_EQ(site.Open(), -2);
-  SiteMgr elsewhere;
-  elsewhere.setDB("Q:\\db\\", "sites.R", "servers.R", 0);
-  EXPECT_EQ(elsewhere.GetSiteProf(), nullptr);
-  EXPECT_EQ(elsewhere.SiteOpen("demo", 0), -1);
-  EXPECT_EQ(elsewhere.AddServProf("www"), -1);
-  site.mgr->GetSiteProf()->SetFolder(0, kSlotSiteFolder, site.dir());
-  ASSERT_EQ(site.Open(), 0);
-  site.write("a.html", "<a href='file:///Q:/x.html'>x</a>");
-  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
 }
 
 }  // namespace

@@ -41,26 +41,6 @@ TEST(WindowsFile, PathsReachTheSystemAsTheyAre) {
   EXPECT_FALSE(ToNativePath(std::string("C:\\a\0b", 6), native));
 }
 
-TEST(WindowsFile, StatTellsKindsTimesAndIdentity) {
-  const TempFolder folder;
-  folder.write("a", "12345");
-  folder.write("b", "");
-  FileStat a, b, again, dir;
-  ASSERT_EQ(Stat(folder.path("a"), a), 0);
-  ASSERT_EQ(Stat(folder.path("b"), b), 0);
-  ASSERT_EQ(Stat(folder.path("A"), again), 0);
-  ASSERT_EQ(Stat(folder.path() + "\\", dir), 0);
-  EXPECT_TRUE(a.isRegular());
-  EXPECT_EQ(a.size, 5u);
-  EXPECT_TRUE(dir.isFolder());
-  EXPECT_EQ(a.file, again.file);
-  EXPECT_NE(a.file, b.file);
-  EXPECT_NEAR(static_cast<double>(a.modificationTime), static_cast<double>(std::time(nullptr)), 60);
-  EXPECT_EQ(a.modificationNanoseconds / 1'000'000'000, a.modificationTime);
-  EXPECT_EQ(Stat(folder.path("none"), a), -1);
-  EXPECT_EQ(Stat("Q:\\a", a), -1);
-}
-
 // A name too long for any system, in a folder that is there, and a drive that is not there.
 TEST(WindowsFile, NoFileIsMadeWhereThereCanBeNone) {
   const TempFolder folder;
@@ -81,22 +61,6 @@ TEST(WindowsFile, NoFileIsMadeWhereThereCanBeNone) {
   }
   EXPECT_EQ(MakeFolderOfPath("Q:\\a\\b"), -1);
   EXPECT_EQ(MakeFolderOfPath(longName + "\\z"), -1);
-}
-
-TEST(WindowsFile, AReadOnlyFileKeepsWhatItHolds) {
-  const TempFolder folder;
-  folder.write("a", "kept");
-  ::SetFileAttributesA(folder.native("a").c_str(), FILE_ATTRIBUTE_READONLY);
-  for (const int flags : {kOpenDatabase, kOpenExisting, kOpenPack}) {
-    EXPECT_EQ(Open(folder.path("a"), flags), -1);
-    EXPECT_EQ(LastError(), EACCES);
-  }
-  EXPECT_EQ(Unlink(folder.path("a")), -1);
-  const int fd = Open(folder.path("a"), kOpenReadOnly);
-  EXPECT_GE(fd, 0);
-  Close(fd);
-  EXPECT_EQ(folder.read("a"), "kept");
-  ::SetFileAttributesA(folder.native("a").c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST(WindowsFile, ALockedFileKeepsWhatItHolds) {
@@ -134,23 +98,6 @@ TEST(WindowsFile, ASearchTellsTheSpellingOnDisk) {
   FindData found;
   EXPECT_FALSE(FindNext(nullptr, found));
   FindClose(nullptr);
-}
-
-// The system spells such a name with "?", and no call finds the file under that.
-TEST(WindowsFile, ANameOutsideOfTheCodePageIsListedButCannotBeReached) {
-  const TempFolder folder;
-  const std::filesystem::path wide = std::filesystem::path(folder.native()) / L"a\u0E01.htm";
-  const HANDLE made =
-      ::CreateFileW(wide.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-  ASSERT_NE(made, INVALID_HANDLE_VALUE);
-  ::CloseHandle(made);
-  const std::vector<std::string> listed = Find(folder.path() + "\\*.*");
-  ASSERT_EQ(listed.size(), 3u);
-  if (listed[2] != "a?.htm") GTEST_SKIP() << "code page " << ::GetACP() << " holds the name";
-  FileStat status;
-  EXPECT_EQ(Stat(folder.path("a?.htm"), status), -1);
-  EXPECT_EQ(Open(folder.path("a?.htm"), kOpenReadOnly), -1);
-  EXPECT_TRUE(Find(folder.path("a?.htm")).empty());
 }
 
 // In Shift_JIS U+8868 is 95 5C and U+30BD 83 5C: trail bytes that look like separators.

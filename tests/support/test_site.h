@@ -22,7 +22,6 @@ namespace zvrsit::test {
 // A manager that lets a test look at what it keeps.
 class OpenMgr : public SiteMgr {
  public:
-  using SiteMgr::NotifyCss;
   void SetLinksChanged(int value) { linksChanged = value; }
 };
 
