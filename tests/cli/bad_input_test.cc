@@ -116,24 +116,6 @@ TEST(BadInput, NamesThatAreNotUtf8) {
   }
 }
 
-TEST(BadInput, PagesOfEveryShape) {
-  const Program program;
-  const std::string link = "<a href=last.html>";
-  std::string binary;
-  for (int i = 0; i < 100000; ++i) binary += static_cast<char>(i * 37 >> 3);
-  program.Page("index.html", link);
-  program.Page("last.html", "");
-  program.Page("binary.html", binary);
-  program.Page("large.html", std::string(20 << 20, 'x') + link);
-  program.Page("text.html", "<a href='last.html?" + std::string(1 << 20, 'x') + "'>");
-  program.Page("unclosed.html", link + "<!-- <a href=no>");
-  const Outcome rebuilt = program.Build("demo");
-  EXPECT_EQ(rebuilt.code, 0) << rebuilt.err;
-  const Json links = program.Ask({"links", "demo", "--to", "last.html"});
-  ASSERT_EQ(links.size(), 4u);
-  EXPECT_EQ(links[2]["text"].get_ref<const std::string&>().size(), 10u + (1 << 20));
-}
-
 // The program's own database is no part of a site that it lies in.
 TEST(BadInput, ADatabaseInTheSite) {
   const Program program;

@@ -33,17 +33,6 @@ class OlderSite : public ::testing::Test {
   Program program;
 };
 
-TEST_F(OlderSite, ListsTheSitesThatAreLeft) {
-  WithManager([](SitMgr& manager) {
-    for (const char* name : {"second", "third"}) EXPECT_EQ(manager.SiteProfAdd(name), 0);
-    EXPECT_EQ(manager.SiteProfDel("second"), 0);
-  });
-  const Json sites = program.Ask({"legacy", "sites"});
-  ASSERT_EQ(sites.size(), 2u) << sites;
-  EXPECT_EQ(sites[0]["name"], "demo");
-  EXPECT_EQ(sites[1]["name"], "third");
-}
-
 TEST_F(OlderSite, AnswersAboutLinksAndFiles) {
   const Json links = program.Ask({"legacy", "links", "demo"});
   EXPECT_EQ(links.size(), 5u);
@@ -85,22 +74,6 @@ TEST_F(OlderSite, TakesBackChangesOfOneRun) {
             "undo: 2 files, 5 links, 2 broken, 1 external URL\n")
       << outcome.err;
   EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}), before);
-}
-
-TEST_F(OlderSite, BringsAlternativeTextsBack) {
-  program.Page("b.html", "<a href=index.html><img src=y.gif alt=Y>");
-  EXPECT_EQ(program.Run({"legacy", "rebuild", "demo"}).code, 0);
-  EXPECT_EQ(program.Run({"legacy", "undo", "demo"}, "rm index.html\nrm b.html\nundo\n").code, 0);
-  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "b.html"})[1]["alt"], "Y");
-}
-
-// After a crash the link file holds deleted records, which closing would have packed away.
-TEST_F(OlderSite, AnswersAfterACrash) {
-  const std::string links = "db/legacy/demo/Link.db";
-  std::string bytes = program.folder.read(links);
-  bytes.replace(8 + 36, 4, "\xff\xff\xff\xff");
-  program.folder.write(links, bytes);
-  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}).size(), 3u);
 }
 
 TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {

@@ -198,33 +198,6 @@ TEST(Document, WithoutDecodingValuesAreAsWritten) {
   EXPECT_EQ(page.Values("A", "HREF"), Strings{"&amp;"});
 }
 
-TEST(Document, KeepsOnlyWhatMayHoldReferencesWhenAsked) {
-  const std::string html =
-      "<p class=a id=b><b>x</b><a class=c href=1 title=t data-x=2>y</a><title lang=en>T</title>"
-      "<div style='x' hidden><svg class=s><g id=g /><title>U</title></svg><p id=d>"
-      "<template><i class=e></i></template><u id=f><script></script><td nowrap background=3>";
-  const std::string padded = Padded(html);
-  Page page("");
-  ASSERT_EQ(page->createNodesInPlace(padded.data(), static_cast<int>(html.size()), true,
-                                     DocumentScope::kReferences),
-            0);
-  std::string kept;
-  for (std::uint32_t i = 0; i < page->elementCount(); ++i) {
-    const Element element = page->element(i);
-    kept += element.name();
-    for (std::size_t k = 0; k < element.attributes().size(); ++k) {
-      kept += ' ' + std::string(element.attributes().item(k).name());
-    }
-    kept += '\n';
-  }
-  EXPECT_EQ(kept,
-            "a href\ntitle lang\ndiv style\nsvg\ng id\ntitle\n"
-            "template\ni class\nscript\ntd background\n");
-  EXPECT_EQ(page.FirstText("TITLE"), "T");
-  EXPECT_EQ(page.Values("A", "HREF"), Strings{"1"});
-  EXPECT_EQ(page->attributesNamed(Attr::kStyle).size(), 1u);
-}
-
 TEST(Dom, HandsTheMemoryOfADeletedDocumentToTheNext) {
   DOM dom;
   EXPECT_EQ(dom.createDocument("XML"), nullptr);

@@ -280,14 +280,6 @@ TEST_F(SiteToPack, ALinkOfAWrongNumberOrWithoutAnEndIsDamage) {
 
 class FailingWrites : public ::testing::Test {};
 
-TEST_F(FailingWrites, AreToldWhereTheStringsCannotBeOpened) {
-  LegacySite site;
-  site.write("page.html", "<a href=a.html>a</a>");
-  site.folder().makeFolder("db/demo/Link.dS");
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(Error(*site.mgr, site.mgr->Save(site.path("page.html"))), kSitWriteFailed);
-}
-
 // Nothing is added to a damaged file of entries, so a page cannot get links to new ones.
 TEST_F(FailingWrites, AreToldWhereATargetHasNoRoom) {
   LegacySite site;

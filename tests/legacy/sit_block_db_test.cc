@@ -18,24 +18,6 @@ SitUrlRec Entry(const std::string& key, const std::string& title = "") {
   return record;
 }
 
-TEST(BlockFile, AnEntryIsStoredByteForByte) {
-  TempFolder folder;
-  SitBlockDB db;
-  ASSERT_EQ(db.Open(folder.path("url"), SitBlockDB::kUrlFile, 3), 0);
-  SitUrlRec record = Entry("ab", "T");
-  record.size = 9;
-  record.status = kStatusFound;
-  EXPECT_EQ(db.Add(record), 0);
-  ASSERT_EQ(db.Close(), 0);
-  const std::string text =
-      Word(2) + "ab" + Word(1) + "T" + Word(0) + Word(0) + Word(0) + Word(0) + Word(0) + Word(0);
-  EXPECT_EQ(ToHex(folder.read("url")),
-            ToHex("ZVSITBLK" + Word(1) + Word(0) + Word(1) + Word(1) +  // header
-                  Word(0) + Word(96) + Word(67) +                       // head of the block
-                  Word(1) + Word(9) + Word(0) + Word(0) + Word(0) + Word(1) + Word(0) + Word(0) +
-                  text + std::string(96 - 67, '\0')));
-}
-
 TEST(BlockFile, DeletedEntriesAreToldFromTheEnd) {
   TempFolder folder;
   SitBlockDB db;

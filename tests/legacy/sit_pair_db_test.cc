@@ -26,23 +26,6 @@ class PairFile : public ::testing::Test {
   SitPairDB db;
 };
 
-TEST_F(PairFile, ANewPairIsStoredByteForByte) {
-  EXPECT_EQ(db.Add(kA, kC), 0);
-  EXPECT_EQ(db.storeTag(), 2u);
-  EXPECT_EQ(db.Count(), 1);
-  db.Close();
-  EXPECT_EQ(ToHex(folder.read("links.dat")),
-            ToHex(FromHex("01000000 01000000"
-                          "00000000 01000000 ffffffff ffffffff"
-                          "02000000 00000000 03000000 05000000 01000000")));
-  EXPECT_EQ(folder.read("links.daS").size(), 8u);
-}
-
-TEST_F(PairFile, NullEndsAreRefused) {
-  EXPECT_EQ(db.Add(kAnyUrlID, kA), -1);
-  EXPECT_EQ(db.Add(kA, kAnyUrlID), -1);
-}
-
 TEST_F(PairFile, AddingAgainRaisesTheCountUnlessThePairWasTheLastQuery) {
   EXPECT_EQ(db.Add(kA, kB), 0);
   AskForSomethingElse();

@@ -5,6 +5,7 @@
 
 #include "dom/dom.h"
 #include "legacy/legacy_site.h"
+#include "platform/code_page.h"
 
 namespace zvrsit::test {
 namespace {
@@ -27,6 +28,7 @@ TEST(OlderRebuild, RegistersFilesFoldersAndEveryKindOfLink) {
   site.write("classes/B.class", "");
   site.write("style.css", "body { background: url(unseen.gif) }");
   site.write("x#y.html", "");
+  site.write("sjis.html", "<meta charset=shift_jis><title>\x95\x5C</title>");
   site.Open();
   ASSERT_EQ(site.mgr->SiteRebuildDB(1), 0);
   EXPECT_EQ(site.Links(), (Rows{
@@ -60,7 +62,9 @@ TEST(OlderRebuild, RegistersFilesFoldersAndEveryKindOfLink) {
   EXPECT_EQ(site.Status("late.html"), kStatusMissing);
   EXPECT_EQ(site.Status("x#y.html"), -1);
   EXPECT_EQ(Text(site.mgr->GetRel(site.path("classes/A.class"))), site.path("classes/"));
-  SitUrlRec frames;
+  SitUrlRec frames, sjis;
+  site.mgr->GetUrlProperty(site.path("sjis.html"), sjis);
+  EXPECT_EQ(platform::ToUtf8(sjis.title), "\u8868");
   site.mgr->GetUrlProperty(site.path("frames.html"), frames);
   EXPECT_EQ(frames.ftpMember, 0) << "no link leads there";
 }

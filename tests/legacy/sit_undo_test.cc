@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "legacy/legacy_site.h"
 
 namespace zvrsit::test {
@@ -34,34 +36,26 @@ TEST_F(Undo, SetsTheLastErrorAlsoWithNothingToTakeBack) {
   EXPECT_EQ(fresh.GetLastError(), 0);
 }
 
-TEST_F(Undo, AFamilyThatCannotBeMadeIsAStepToo) {
+// A link that was added is marked deleted, and its slot stays; one that was deleted comes back as
+// an anchor, or whole if it has a target text.
+TEST_F(Undo, LinksGoAndComeBack) {
   mgr.LinkAdd(a, b);
-  EXPECT_EQ(mgr.UpdateLinkFamily(), -1);
+  EXPECT_EQ(mgr.UpdateLinkFamily(), -1) << "a step too, though it cannot be made";
   mgr.Undo();
   EXPECT_EQ(site.Links().size(), 1u);
-}
-
-TEST_F(Undo, AnAddedLinkIsMarkedDeleted) {
-  mgr.LinkAdd(a, b);
   mgr.Undo();
   EXPECT_TRUE(site.Links().empty());
-  EXPECT_EQ(mgr.LinkNum(), 1) << "its slot stays";
-}
-
-TEST_F(Undo, ADeletedLinkWithoutStringsComesBackAsAnAnchor) {
+  EXPECT_EQ(mgr.LinkNum(), 1);
   mgr.LinkAdd(a, b);
-  mgr.SetLinkType(0, 5);
-  mgr.LinkDel(0, 0);
+  mgr.SetLinkType(1, 5);
+  mgr.LinkDel(1, 0);
   mgr.Undo();
   EXPECT_EQ(site.Links(), (std::multiset<std::string>{"a > b 1 - - 1"}));
-}
-
-TEST_F(Undo, ADeletedLinkWithATargetTextComesBackWhole) {
-  mgr.LinkAdd(a, b);
-  mgr.SetLinkType(0, 2);
-  mgr.SetLinkAsIsUrl(0, "b.gif");
-  mgr.SetLinkImgAlt(0, "alternative");
-  mgr.LinkDel(0, 0);
+  const int link = Numbered(a, b);
+  mgr.SetLinkType(link, 2);
+  mgr.SetLinkAsIsUrl(link, "b.gif");
+  mgr.SetLinkImgAlt(link, "alternative");
+  mgr.LinkDel(link, 0);
   mgr.Undo();
   EXPECT_EQ(site.Links(), (std::multiset<std::string>{"a > b 2 b.gif alternative 1"}));
 }
@@ -184,7 +178,7 @@ class UndoOfFiles : public ::testing::Test {
   }
 
   void UndoAndCompare() {
-    EXPECT_NE(site.Links(), links);
+    EXPECT_NE(site.Entries(), entries);
     EXPECT_EQ(mgr.Undo(), 0);
     EXPECT_EQ(site.Links(), links);
     EXPECT_EQ(site.Entries(), entries);
@@ -196,12 +190,34 @@ class UndoOfFiles : public ::testing::Test {
   std::multiset<std::string> entries;
 };
 
-TEST_F(UndoOfFiles, Save) {
-  site.write("page.html", "<a href=new.html>n</a><a href=http://example.net/>n</a>");
-  ASSERT_EQ(mgr.Save(site.path("page.html")), 0);
-  UndoAndCompare();
-  ASSERT_EQ(mgr.Save(site.path("page.html")), 0);
-  UndoAndCompare();
+TEST_F(UndoOfFiles, EveryChangeIsOneStep) {
+  const std::string page = site.path("page.html"), deep = site.path("sub/deep.html");
+  SitUrlRec property;
+  property.title = "Other";
+  const std::function<int()> changes[] = {
+      [&] {
+        site.write("page.html", "<a href=new.html>n</a><a href=http://example.net/>n</a>");
+        return mgr.Save(page);
+      },
+      [&] { return mgr.Save(page); },
+      [&] { return mgr.Remove(page); },
+      [&] { return mgr.Remove(deep); },
+      [&] {
+        site.write("sub/moved.html", "<a href=../index.html>up</a>");
+        return mgr.Move(page, site.path("sub/moved.html"));
+      },
+      [&] { return mgr.SetUrlProperty(page, property); },
+  };
+  for (const auto& change : changes) {
+    SCOPED_TRACE("change " + std::to_string(&change - changes));
+    EXPECT_EQ(change(), 0);
+    UndoAndCompare();
+  }
+  EXPECT_EQ(mgr.Remove(page), 0);
+  EXPECT_EQ(site.Status("page.html"), kStatusMissing) << "others link to it";
+  EXPECT_EQ(mgr.Remove(deep), 0);
+  EXPECT_EQ(site.Status("sub/deep.html"), -1);
+  EXPECT_EQ(Error(mgr, mgr.Remove(site.path("sub/unknown.html"))), 15);
 }
 
 TEST_F(UndoOfFiles, TwoSavesOfOnePage) {
@@ -211,32 +227,6 @@ TEST_F(UndoOfFiles, TwoSavesOfOnePage) {
   mgr.Save(site.path("page.html"));
   mgr.Undo();
   UndoAndCompare();
-}
-
-TEST_F(UndoOfFiles, RemoveOfALinkedAndOfAnUnlinkedFile) {
-  ASSERT_EQ(mgr.Remove(site.path("page.html")), 0);
-  EXPECT_EQ(site.Status("page.html"), kStatusMissing);
-  UndoAndCompare();
-  ASSERT_EQ(mgr.Remove(site.path("sub/deep.html")), 0);
-  EXPECT_EQ(site.Status("sub/deep.html"), -1);
-  UndoAndCompare();
-  EXPECT_EQ(Error(mgr, mgr.Remove(site.path("sub/unknown.html"))), 15);
-}
-
-TEST_F(UndoOfFiles, Move) {
-  site.write("sub/moved.html", "<a href=../index.html>up</a>");
-  ASSERT_EQ(mgr.Move(site.path("page.html"), site.path("sub/moved.html")), 0);
-  EXPECT_EQ(Text(mgr.GetForeLinks(site.path("sub/moved.html"))), site.path("index.html"));
-  UndoAndCompare();
-}
-
-TEST_F(UndoOfFiles, SetUrlProperty) {
-  SitUrlRec property;
-  property.title = "Other";
-  ASSERT_EQ(mgr.SetUrlProperty(site.path("page.html"), property), 0);
-  EXPECT_NE(site.Entries(), entries);
-  mgr.Undo();
-  EXPECT_EQ(site.Entries(), entries);
 }
 
 }  // namespace

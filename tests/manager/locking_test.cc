@@ -51,33 +51,6 @@ TEST(Locking, IsOffUnlessAskedFor) {
   EXPECT_FALSE(site.mgr->FoundInUse());
 }
 
-TEST(Locking, AnOpenSiteIsOneManagersAlone) {
-  const SharedSite site;
-  Other first(site, Locking::kChange);
-  Other second(site, Locking::kChange);
-  ASSERT_EQ(first.Open(), 0);
-  ASSERT_EQ(first.mgr.SiteRebuildDB(1, nullptr), 0);
-  EXPECT_EQ(second.Open(), -1);
-  EXPECT_TRUE(second.mgr.FoundInUse());
-  EXPECT_EQ(second.mgr.DeleteSiteProf("demo"), -1);
-  EXPECT_EQ(second.mgr.RenameSiteProf("demo", "other"), -1);
-  EXPECT_EQ(second.mgr.EnumPathInSite("demo"), nullptr);
-  EXPECT_EQ(second.mgr.EnumSiteHasPath(site.path("a.html")), nullptr);
-  EXPECT_EQ(Other(site, Locking::kAsk).Open(), -1);
-
-  site.write("a.html", "<a href=index.html>");
-  EXPECT_EQ(first.mgr.Save(site.path("a.html"), nullptr), 0);
-  first.mgr.SiteClose();
-  ASSERT_EQ(second.Open(), 0);
-  EXPECT_FALSE(second.mgr.FoundInUse());
-  site.write("b.html", "<a href=index.html>");
-  EXPECT_EQ(second.mgr.Save(site.path("b.html"), nullptr), 0);
-  second.mgr.SiteClose();
-  ASSERT_EQ(first.Open(), 0);
-  const std::unique_ptr<std::vector<int>> links(first.mgr.EnumLink());
-  EXPECT_EQ(links->size(), 2u);
-}
-
 TEST(Locking, ProfilesOfTwoManagersAreAllKept) {
   const SharedSite site;
   Other first(site, Locking::kChange);
