@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <functional>
-#include <map>
 
 #include "cli/program.h"
 
@@ -131,29 +130,6 @@ TEST(Freshness, PagesThatTheWalkPassesByAreReadWhenLinksLeadThere) {
   const Json unread = broken.json()["unread"];
   EXPECT_EQ(unread, Json({"round/index.html", "alone#.html", "d#"}));
   EXPECT_NE(broken.err.find("alone#.html"), std::string::npos);
-}
-
-// A name that no server can look up is a finding, whatever file there is.
-TEST(Freshness, WhatNoServerHasIsBroken) {
-  const Program program;
-  program.Page("d/index.html",
-               "<a href='a%2Fb'><a href='a%00b'><a href='../a%5cb#x'><a href='/x/../a%2fb/c?q'>"
-               "<a href='../../a%2Fb'><a href=a%252Fb><p style='background: url(i%2Fj.gif)'>");
-  program.Page("d/a/b", "");
-  program.Page("d/a%2Fb", "");
-  ASSERT_EQ(program.Build("demo", {"--top", program.folder.native("site/d/index.html")}).code, 0);
-  std::map<std::string, std::string> found;
-  const Json broken = program.Broken();
-  for (const Json& row : broken) {
-    EXPECT_EQ(row["rule"], "unservable-name") << row;
-    EXPECT_EQ(row["line"], 1) << row;
-    found[row["text"]] = row["to"];
-  }
-  const std::map<std::string, std::string> expected{
-      {"a%2Fb", "d/a%2Fb/"},           {"a%00b", "d/a%00b/"},     {"../a%5cb#x", "a%5cb/"},
-      {"/x/../a%2fb/c?q", "a%2fb/c/"}, {"../../a%2Fb", "a%2Fb/"}, {"i%2Fj.gif", "d/i%2Fj.gif/"}};
-  EXPECT_EQ(found, expected);
-  EXPECT_EQ(program.Ask({"links", "demo"}).size(), 7u);
 }
 
 // What could not be read is remembered until it is.

@@ -123,15 +123,9 @@ TEST(Whole, KilledWhileTheTablesAreWritten) {
   ExpectNoAnswers(program, " after a save that was killed");
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
   EXPECT_EQ(program.Broken().size(), 500u);
-}
-
-// What a killed rebuild left is of no site that gets the name later.
-TEST(Whole, NothingIsLeftOfADeletedSite) {
-  const Program program;
-  program.Page("index.html", BrokenLinks(1));
-  ASSERT_EQ(program.Build("demo").code, 0);
-  program.folder.write("db/demo/new/demo/PR", "unfinished");
-  ASSERT_EQ(program.Run({"site", "delete", "demo"}).code, 0);
+  // What was left unfinished is of no site that gets the name later.
+  kill({"rebuild", "demo"});
+  EXPECT_EQ(program.Run({"site", "delete", "demo"}).code, 0);
   EXPECT_FALSE(program.folder.has("db/demo"));
 }
 

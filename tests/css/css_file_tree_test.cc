@@ -196,19 +196,6 @@ TEST_F(CssFileTree, StaysLinearInItsSheets) {
   EXPECT_LT(OfSheet("site/0.css").size(), 2000u);
 }
 
-TEST_F(CssFileTree, ShowsASheetAsItIsNow) {
-  folder_.write("site/a.css", "p { content: url(1.gif) }");
-  EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
-  const auto written = std::filesystem::last_write_time(folder_.native("site/a.css"));
-  folder_.write("site/a.css", "p { content: url(2.gif) }");
-  std::filesystem::last_write_time(folder_.native("site/a.css"), written);
-  EXPECT_EQ(OfSheet("site/a.css"), "image 2.gif");
-  std::filesystem::remove(folder_.native("site/a.css"));
-  EXPECT_EQ(OfSheet("site/a.css"), "");
-  folder_.makeFolder("site/a.css");
-  EXPECT_EQ(OfSheet("site/a.css"), "");
-}
-
 TEST_F(CssFileTree, RulesDecideWhatIsExternalAndWhatIsRead) {
   folder_.write("out.css", "p { content: url(1.gif) }");
   const std::string html =
@@ -251,15 +238,6 @@ TEST_F(CssFileTree, AReferenceIsTakenFromThePageAtHand) {
   }
   EXPECT_EQ(OfPage(self), "image p.htm, image p.htm, image a.css");
   EXPECT_EQ(OfPage(self, "site/q.htm"), "image q.htm, image q.htm, image a.css");
-}
-
-TEST_F(CssFileTree, DocumentRootIsWhatASlashNames) {
-  folder_.write("site/a.css", "p { content: url(/1.gif) }");
-  EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
-  control_.SetSiteDocumentRoot(folder_.path("root"));
-  EXPECT_EQ(OfSheet("site/a.css"), "image ../root/1.gif");
-  control_.SetSiteDocumentRoot("");
-  EXPECT_EQ(OfSheet("site/a.css"), "image 1.gif");
 }
 
 TEST_F(CssFileTree, SheetsAreDecodedIntoTheCodePage) {

@@ -52,32 +52,31 @@ TEST(Limits, AMillionAttributesOnOneTag) {
 
 // Each of these begins something that never ends, again and again.
 TEST(Limits, UnfinishedMarkupIsReadOnce) {
-  const char* const pieces[] = {"<",
-                                "</",
-                                "<!--",
-                                "<!--->",
-                                "--!",
-                                "<![CDATA[",
-                                "]]>",
-                                "<!doctype ",
-                                "&",
-                                "&#",
-                                "&#x1",
-                                "&CounterClockwise",
-                                "<a b='",
-                                "<a b=",
-                                "<script><!--<script>",
-                                "</script",
-                                "<title></titl",
-                                "<svg><![CDATA[]]",
-                                "<textarea>",
-                                "<font ",
-                                "\r",
-                                "-->",
-                                "<plaintext"};
-  for (const char* piece : pieces) {
+  for (const std::string piece : {"<",
+                                  "</",
+                                  "<!--",
+                                  "<!--->",
+                                  "--!",
+                                  "<![CDATA[",
+                                  "]]>",
+                                  "<!doctype ",
+                                  "&",
+                                  "&#",
+                                  "&#x1",
+                                  "&CounterClockwise",
+                                  "<a b='",
+                                  "<a b=",
+                                  "<script><!--<script>",
+                                  "</script",
+                                  "<title></titl",
+                                  "<svg><![CDATA[]]",
+                                  "<textarea>",
+                                  "<font ",
+                                  "\r",
+                                  "-->",
+                                  "<plaintext"}) {
     Stopwatch watch;
-    Page page(Repeat(piece, 2'000'000 / std::string_view(piece).size()));
+    Page page(Repeat(piece, 2'000'000 / piece.size()));
     EXPECT_EQ(page.result, 0);
     for (const ElementAttribute& found : page->attributesNamed(Attr::kOther)) {
       found.attribute.value();

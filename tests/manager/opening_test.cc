@@ -6,7 +6,6 @@
 #include <new>
 
 #include "css/css_control.h"
-#include "support/expect_all.h"
 #include "support/test_site.h"
 
 namespace zvrsit::test {
@@ -95,6 +94,17 @@ TEST(SiteMgrCopy, WorksOnTheTablesOfItsOriginal) {
   EXPECT_EQ(copy->GetUrlDB(), site.mgr->GetUrlDB());
   EXPECT_EQ(copy->AddUrl("http://a.example/"), 0);
   EXPECT_EQ(site.mgr->AddUrl("http://a.example/"), 0);
+}
+
+// Calls that all have one answer.
+template <class Expected, class... Results>
+void ExpectAll(Expected expected, Results... results) {
+  int number = 0;
+  const auto expect = [&](const auto& result) {
+    EXPECT_EQ(result, expected) << "result " << number;
+    ++number;
+  };
+  (expect(results), ...);
 }
 
 // What every call says without a site, to a manager that has closed one and to one that has not

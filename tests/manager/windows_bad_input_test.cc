@@ -57,24 +57,6 @@ TEST_F(BadInput, WhatTheCodePageHasNoNameForIsLeftOutOfARebuild) {
   EXPECT_TRUE(std::filesystem::exists(folder / L"\u0E01\\x.html"));
 }
 
-// Some systems take such a path, most do not: then it is an entry without a file.
-TEST_F(BadInput, AFileAtTheEndOfALongPathIsThereOrIsNot) {
-  std::string path = site.dir();
-  while (path.size() < 400) path += std::string(60, 'd') + "\\";
-  path += "page.html";
-  const bool made = platform::MakeFolderOfPath(path) == 0;
-  const int fd = platform::Open(path, platform::kOpenDatabase);
-  EXPECT_EQ(fd >= 0, made);
-  EXPECT_EQ(platform::Close(fd) == 0, made);
-  Rebuild();
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_EQ(site.mgr->GetPathDB()->Find(path) >= 0, made);
-  EXPECT_EQ(site.mgr->Save(path, nullptr), 0);
-  SitePathRec rec;
-  ASSERT_EQ(site.mgr->GetPathDB()->Get(site.mgr->GetPathDB()->Find(path), rec), 0);
-  EXPECT_EQ(rec.exists != 0, made);
-}
-
 TEST_F(BadInput, ALockedPageIsSkippedAndReadTheNextTime) {
   Rebuild();
   ASSERT_EQ(site.Open(), 0);

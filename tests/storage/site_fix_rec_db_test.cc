@@ -212,14 +212,5 @@ TEST_P(FixedFile, PacksOverACutFileAsItOpensOne) {
   PackOverLeftovers(Head({0, 0}));
 }
 
-TEST_P(FixedFile, HasItsCountsInItsBytesFromEachAddOn) {
-  for (int count = 1; count < 4; ++count) {
-    Add(10);
-    std::string words(8, 'x');
-    ASSERT_EQ(db_->ReadAt(words.data(), 16, 8), 8);
-    EXPECT_EQ(words, Words({count, count}));
-  }
-}
-
 }  // namespace
 }  // namespace zvrsit

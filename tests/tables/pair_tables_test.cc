@@ -149,6 +149,9 @@ TEST_P(QueriedLinkTable, AnswersQueriesAsAPlainListDoes) {
       ASSERT_EQ(table->IsTarget(target), std::ranges::any_of(model, leadsThere));
     } else if (choice == 98) {
       ASSERT_EQ(table->Pack(), 0);
+      if (step % 5 != 0) continue;
+      ASSERT_EQ(table->Clear(), 0);
+      model.clear();
     } else {
       ASSERT_EQ(table->Close(), 0);
       table = std::make_unique<SiteLinkDB>();
@@ -201,17 +204,6 @@ TEST(ClearedTables, HaveTheBytesThatSingleDeletesLeave) {
     ASSERT_EQ(links.Flush(), 0);
     ASSERT_EQ(rels.Flush(), 0);
     for (const char* name : {"LR", "LS", "RR", "RS"}) left[atOnce] += folder.read(name);
-    // What lives goes on living when the dead part before it is taken away.
-    links.Add("other", Page(7), Page(8), 1);
-    ASSERT_EQ(links.Pack(), 0);
-    EXPECT_EQ(Query(links, Page(7), kAnyUrlID).size(), 1u);
-    const int number = links.Add("third", Page(7), Page(9), 1);
-    ASSERT_EQ(links.Close(), 0);
-    SiteLinkDB again;
-    ASSERT_EQ(again.Open(folder.path("LR")), 0);
-    EXPECT_EQ(again.records()->slotCount(), 3);
-    EXPECT_EQ(Query(again, Page(7), Page(9)), Numbers{number});
-    EXPECT_EQ(Query(again, Page(0), Page(1)).size(), 1u);
   }
   EXPECT_TRUE(left[0] == left[1]);
 }

@@ -25,7 +25,8 @@ class SiteProfiles : public testing::Test {
 
 TEST_F(SiteProfiles, RefuseNamesThatNoFolderCanHaveAndThoseThatAreTaken) {
   ASSERT_EQ(table_.Add("Home"), 0);
-  for (const char* name : {"a/b", "Home", "hOME"}) {
+  for (const char* name :
+       {"", ".", "..", "nul", "a.", "a ", "a/b", "..\\a", "a:b", "a*", "Home", "hOME"}) {
     EXPECT_EQ(table_.Add(name), -1) << name;
     EXPECT_EQ(table_.Copy(0, name), -1) << name;
   }

