@@ -159,6 +159,11 @@ TEST(Whole, AFullDiskKeepsTheAnswersThatThereWere) {
   EXPECT_EQ(program.Broken().size(), 2000u);
 }
 
+// An answer but for how long it took.
+std::string WithoutTime(const std::string& answer) {
+  return answer.substr(0, answer.rfind(" looked at in "));
+}
+
 // With and without its lock file. What is made meanwhile in the temporary folder is gone
 // afterwards.
 TEST(Whole, AReadOnlyMediumCanBeAsked) {
@@ -190,7 +195,7 @@ TEST(Whole, AReadOnlyMediumCanBeAsked) {
     ASSERT_TRUE(disk.SetReadOnly(true));
     for (std::size_t i = 0; i < asked.size(); ++i) {
       const Outcome outcome = program.Run(questions[i]);
-      EXPECT_EQ(outcome.out, asked[i].out) << outcome.err;
+      EXPECT_EQ(WithoutTime(outcome.out), WithoutTime(asked[i].out)) << outcome.err;
       EXPECT_EQ(outcome.code, asked[i].code) << Json(questions[i]);
       EXPECT_EQ(outcome.code == 2, questions[i].back() == "none") << Json(questions[i]);
     }
