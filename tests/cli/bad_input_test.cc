@@ -170,11 +170,10 @@ Words FilesBelow(const std::string& folder) {
 // The bytes cut short at telling places, and with words spoiled all over.
 Words Damages(const std::string& bytes) {
   Words damaged;
-  for (const std::size_t length :
-       {std::size_t{0}, std::size_t{5}, std::size_t{24}, bytes.size() / 2, bytes.size() - 1}) {
+  for (const std::size_t length : {std::size_t{0}, std::size_t{24}, bytes.size() - 1}) {
     damaged.push_back(bytes.substr(0, std::min(length, bytes.size())));
   }
-  const std::size_t step = std::max<std::size_t>(bytes.size() / 6, 4) & ~std::size_t{3};
+  const std::size_t step = std::max<std::size_t>(bytes.size() / 4, 4) & ~std::size_t{3};
   std::uint32_t word = 0xFFFFFFFF;
   for (std::size_t at = 16; at + 4 <= bytes.size(); at += step) {
     damaged.push_back(bytes);

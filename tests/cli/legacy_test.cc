@@ -20,16 +20,6 @@ class OlderSite : public ::testing::Test {
               R"({"files":2,"links":5,"broken":2,"urls":1})");
   }
 
-  // Calls `use` with a manager of the library over the same database.
-  template <class Use>
-  void WithManager(Use use) const {
-    std::string db;
-    ASSERT_TRUE(platform::FromNativePath(program.folder.native("db/legacy"), db));
-    SitMgr manager;
-    ASSERT_EQ(manager.setDB(db + "\\", "sites", "servers"), 0);
-    use(manager);
-  }
-
   Program program;
 };
 
@@ -152,7 +142,11 @@ TEST_F(OlderSite, IsAskedFromACopyOfItsOwnFiles) {
 }
 
 TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
-  WithManager([this](SitMgr& manager) {
+  std::string db;
+  ASSERT_TRUE(platform::FromNativePath(program.folder.native("db/legacy"), db));
+  {
+    SitMgr manager;
+    ASSERT_EQ(manager.setDB(db + "\\", "sites", "servers"), 0);
     SitServProperty server;
     server.host = "ftp.example.org";
     server.password = "made up";
@@ -169,7 +163,7 @@ TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
     ASSERT_EQ(manager.UrlFind(page, id), 0);
     ASSERT_EQ(manager.SetUrlFtpMember(id, kMemberMarked), 0);
     ASSERT_EQ(manager.SiteClose(), 0);
-  });
+  }
   const Outcome outcome = program.Run({"legacy", "import", "demo"});
   EXPECT_EQ(outcome.code, 0) << outcome.err;
   const Json site = program.Ask({"site", "show", "demo"});

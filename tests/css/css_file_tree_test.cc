@@ -220,12 +220,6 @@ TEST_F(CssFileTree, AReferenceIsTakenFromThePageAtHand) {
   const std::string link = "<link rel=stylesheet href=a.css><p style='content:url(/b.gif)'>";
   const std::string self = "<p style='content:url(?q),url(\" #x\"),url(a.css)'>";
   const std::string base = "<base href='x/y'>";
-  std::string many, listed;
-  for (int i = 0; i < 60; ++i) {
-    const std::string name = std::to_string(i % 20);
-    many += "<link rel=stylesheet href=" + name + ">";
-    listed += (i == 0 ? "link " : ", link ") + name;
-  }
   for (const LinkRules rules : {LinkRules::Classic, LinkRules::Web}) {
     Configure(rules);
     const bool isWeb = rules == LinkRules::Web;
@@ -234,7 +228,6 @@ TEST_F(CssFileTree, AReferenceIsTakenFromThePageAtHand) {
     EXPECT_EQ(OfPage(link, "site/sub/p.htm"), "link sub/a.css, image b.gif");
     EXPECT_EQ(OfPage(base + link), isWeb ? "link x/a.css, image b.gif" : "link a.css, image b.gif");
     EXPECT_EQ(OfPage(link), "link a.css, image b.gif");
-    EXPECT_EQ(OfPage(many), listed);
   }
   EXPECT_EQ(OfPage(self), "image p.htm, image p.htm, image a.css");
   EXPECT_EQ(OfPage(self, "site/q.htm"), "image q.htm, image q.htm, image a.css");

@@ -1,6 +1,5 @@
 // From a file on disk to text in the code page.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -18,15 +17,6 @@ class MappedFileTest : public testing::Test {
   std::string Write(const char* name, const std::string& content) {
     folder_.write(name, content);
     return folder_.path(name);
-  }
-  // The `\` path of what can be opened but is no file.
-  std::string Pipe() {
-#if defined(_WIN32)
-    return "NUL";
-#else
-    EXPECT_EQ(mkfifo(folder_.native("pipe.htm").c_str(), 0600), 0);
-    return folder_.path("pipe.htm");
-#endif
   }
 
   TempFolder folder_;
@@ -51,8 +41,7 @@ TEST_F(MappedFileTest, HoldsTheWholeFileUntilItIsClosed) {
 TEST_F(MappedFileTest, WhatIsNoReadableFileFailsAndClosesTheOneBefore) {
   const std::string good = Write("a.htm", "x");
   MappedFile file;
-  for (const std::string& bad :
-       {folder_.path("missing.htm"), Pipe(), folder_.path(""), std::string()}) {
+  for (const std::string& bad : {folder_.path("missing.htm"), folder_.path(""), std::string()}) {
     ASSERT_TRUE(file.open(good, 0));
     EXPECT_FALSE(file.open(bad, 0)) << bad;
     EXPECT_EQ(file.top(), nullptr);

@@ -21,10 +21,8 @@ const std::vector<std::string> kFiles = {"db/sites",        "db/sites_S",       
 // On Windows, where a file call takes many times as long, one run in so many is made.
 #if defined(_WIN32)
 constexpr int kOneIn = 4;  // has no part in the counts of ways to spoil a word or a byte
-constexpr int kStep = 10;  // where each run makes many files
 #else
 constexpr int kOneIn = 1;
-constexpr int kStep = 1;
 #endif
 
 // The first files are the profiles, which lead to a site.
@@ -232,7 +230,7 @@ TEST_F(SiteToPack, AFlippedByteCostsOneTextAndNotThoseBehindIt) {
   for (const std::size_t file : {0u, 1u, 4u}) {
     const std::string word = file == 1 ? "text number " : "entry ";
     FlipEveryByte(bytes[file], [&](const std::string& damaged, std::size_t offset) {
-      if (offset > 60 && flips++ % (7 * kStep) != 0) return;
+      if (offset > 60 && flips++ % (7 * kOneCallIn) != 0) return;
       Restore(file, damaged);
       if (site.mgr->OpenSite() < 0) return;  // no store any more
       site.mgr->SiteClose();
@@ -357,7 +355,7 @@ TEST_F(FailingWrites, AreToldByTheOperation) {
       EXPECT_NE(mgr->lastErrno(), 0) << run.call;
     };
     FailEachCall(
-        start, [&] { result = operation(); }, check, kStep);
+        start, [&] { result = operation(); }, check, kOneCallIn);
   }
 }
 

@@ -53,13 +53,6 @@ TEST_F(Profiles, FailuresOfFieldsSetTheirLastErrors) {
   EXPECT_EQ(Error(bare, bare.SetServProfHost(0, "x")), 7);
 }
 
-TEST_F(Profiles, NamesAreFoundByTheirExactBytes) {
-  mgr.ServProfAdd("Home");
-  EXPECT_EQ(mgr.ServProfGetID("Home"), 0);
-  EXPECT_EQ(Error(mgr, mgr.ServProfGetID("home")), 14);
-  EXPECT_EQ(Error(mgr, mgr.ServProfAdd("Home")), 11);
-}
-
 TEST_F(Profiles, ADeletedProfileKeepsItsSlot) {
   for (const char* name : {"one", "two", "three"}) mgr.SiteProfAdd(name);
   EXPECT_EQ(mgr.SiteProfDel("two"), 0);

@@ -287,14 +287,5 @@ TEST(HtmlValues, FindsTheTargetOfARefresh) {
   for (const auto& [content, target] : cases) EXPECT_EQ(RefreshTarget(content), target) << content;
 }
 
-TEST(LinkType, HasOneNameForEachBit) {
-  for (int bit = 0; bit < 31; ++bit) {
-    const std::uint32_t type = 1U << bit;
-    EXPECT_EQ(LinkTypeOfName(LinkTypeName(type)), type) << type;
-  }
-  EXPECT_STREQ(LinkTypeName(LT_ANCHOR | LT_IMG), "LT_UNKNOWN");
-  EXPECT_EQ(LinkTypeOfName("LT_UNKNOWN"), 0U);
-}
-
 }  // namespace
 }  // namespace zvrsit

@@ -99,7 +99,7 @@ TEST_F(SiteProfiles, AreNotLostWhereAddingOneHasFailed) {
     site_.folder().write("db/sites.S", texts);
     site_.Start();
   };
-  const int calls = test::FailEachCall(prepare, add, [&](const test::FailedRun& run) {
+  const auto check = [&](const test::FailedRun& run) {
     for (int again = 0; again < 24; ++again) {
       test::FileFault fault(run.call);
       add();
@@ -108,8 +108,8 @@ TEST_F(SiteProfiles, AreNotLostWhereAddingOneHasFailed) {
     site_.Start();
     EXPECT_EQ(Profile("demo").topFile, site_.path("index.html")) << run.call;
     EXPECT_GE(mgr().GetSiteProf()->Find("new" + std::to_string(added)), 0) << run.call;
-  });
-  EXPECT_GT(calls, 20);
+  };
+  EXPECT_GT(test::FailEachCall(prepare, add, check, test::kOneCallIn), 20 / test::kOneCallIn);
 }
 
 TEST_F(SiteProfiles, RenamingKeepsTheTables) {

@@ -200,24 +200,6 @@ TEST_F(Rebuilding, WalksOnlyRealFoldersOfTheSite) {
   EXPECT_EQ(found, files);
 }
 
-// Tables are in memory while the rebuild runs: the first file that it opens is a page.
-bool FailFirstOpen(platform::FileCall call, void* context) {
-  return call == platform::FileCall::kOpen && (*static_cast<int*>(context))++ == 0;
-}
-
-TEST_F(Rebuilding, GoesOnAfterAPageThatCannotBeRead) {
-  site.write("a.html", "<a href=b.html>x</a>");
-  site.write("b.html", "<a href=a.html>x</a>");
-  int opens = 0;
-  platform::SetFileFaultHook(FailFirstOpen, &opens);
-  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  platform::SetFileFaultHook(nullptr, nullptr);
-  EXPECT_EQ(site.mgr->SkippedByRebuild(), std::vector<std::string>{site.path("a.html")});
-  EXPECT_EQ(site.Links(), "b.html -> a.html a.html 40 1\n");
-  EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  EXPECT_TRUE(site.mgr->SkippedByRebuild().empty());
-}
-
 TEST_F(Rebuilding, MendsAPageWhoseAnchorListIsDamaged) {
   site.write("a.html", "<a name=x></a><a href=b.html>b</a>");
   ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);

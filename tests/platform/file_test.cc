@@ -187,16 +187,6 @@ TEST(File, RenameMovesReplaceReplacesAndUnlinkRemoves) {
   EXPECT_EQ(LastError(), ENOENT);
 }
 
-TEST(MakeFolderOfPath, MakesTheWholeChainAboveTheLastSeparator) {
-  const TempFolder folder;
-  EXPECT_EQ(MakeFolderOfPath(folder.path("x/y/z/file")), 0);
-  EXPECT_TRUE(folder.has("x/y/z"));
-  EXPECT_FALSE(folder.has("x/y/z/file"));
-  EXPECT_EQ(MakeFolderOfPath(folder.path("x/y/z/file")), 0);
-  EXPECT_EQ(MakeFolderOfPath(folder.path("w") + "\\"), 0);
-  EXPECT_TRUE(folder.has("w"));
-}
-
 TEST(MakeFolderOfPath, FailsWhereNoFolderCanBe) {
   const TempFolder folder;
   EXPECT_EQ(MakeFolderOfPath("name"), -1);

@@ -269,9 +269,9 @@ TEST_F(SiteDOMUtilTest, RefusesAPageThatIsNotRegistered) {
   const std::string page = siteFolder_ + "index.htm";
   Document document;
   const auto collect = [&](DOM* dom, const std::string& path, Document* read) {
-    return SiteDOMUtil(&manager_, dom, manager_.GetPathDB(), manager_.GetUrlDB(),
-                       manager_.GetLinkDB(), path)
-        .CollectLinks(siteFolder_, read);
+    SiteMgrBase& m = manager_;
+    SiteDOMUtil util(&m, dom, m.GetPathDB(), m.GetUrlDB(), m.GetLinkDB(), path);
+    return util.CollectLinks(siteFolder_, read);
   };
   EXPECT_EQ(collect(&dom_, page, &document), -1);
   manager_.AddPath(page, siteFolder_, 0);

@@ -39,6 +39,13 @@ struct FailedRun {
   platform::FileCall failedCall;  // and its kind
 };
 
+// On Windows, where a file call takes many times as long, so many calls work before one fails.
+#if defined(_WIN32)
+inline constexpr int kOneCallIn = 10;
+#else
+inline constexpr int kOneCallIn = 1;
+#endif
+
 // For N = 1, 2, 3 ...: `prepare()`, then `operate()` with its Nth file call failing, then
 // `check(run)`, with working calls again. Ends after the first run that makes fewer than N calls,
 // which is not handed to `check`. Gives the number of failed runs: the calls of the operation. With

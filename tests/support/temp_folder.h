@@ -68,10 +68,13 @@ inline std::string Word(std::uint32_t value) {
 // Where temporary folders are made: in memory where it has room, as the tests replace files many
 // thousand times, for which some disks take a millisecond each.
 inline std::filesystem::path TemporaryPlace() {
+#if !defined(_WIN32)
   const std::filesystem::path memory = "/dev/shm";
   std::error_code missing;
   const bool hasRoom = std::filesystem::space(memory, missing).available >> 30 > 0;
-  return !missing && hasRoom ? memory : std::filesystem::temp_directory_path();
+  if (!missing && hasRoom) return memory;
+#endif
+  return std::filesystem::temp_directory_path();
 }
 
 // An empty folder of its own, removed with all that is in it at the end.

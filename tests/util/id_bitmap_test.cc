@@ -19,19 +19,6 @@ TEST(IdBitmap, AFullBlockGivesWayToTheFirstWithRoomThenToANewOne) {
   EXPECT_EQ(ids.Allocate(4000), 4000);
 }
 
-TEST(IdBitmap, OnlyAskingMakesNoBlock) {
-  IdBitmap ids;
-  EXPECT_EQ(ids.IsUsed(10), -1);
-  EXPECT_EQ(ids.SetFree(10), 0);
-  EXPECT_EQ(ids.IsUsed(10), 0);
-  EXPECT_EQ(ids.SetUsed(6400), 1);
-  EXPECT_EQ(ids.IsUsed(6400), 1);
-  EXPECT_EQ(ids.IsUsed(3200), -1);
-  ids.Clear();
-  EXPECT_EQ(ids.IsUsed(10), -1);
-  EXPECT_EQ(ids.Allocate(10), 10);
-}
-
 TEST(IdBitmap, IdsThatNoBlockCanHoldAreRefused) {
   IdBitmap ids;
   for (const std::int32_t id : {-1, INT32_MIN, INT32_MAX}) {

@@ -1,7 +1,6 @@
-// Tables that get no memory: whatever comes of an operation, nothing is thrown, and what a table
-// answers from its indexes is what its records say.
-#include "support/memory_fault.h"
-
+// Tables that get no memory, and tables over files that are cut or changed anywhere: whatever comes
+// of an operation, nothing is thrown and nothing breaks, and what a table answers from its indexes
+// is what its records say.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -9,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/damage.h"
+#include "support/memory_fault.h"
 #include "support/temp_folder.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
@@ -38,6 +39,13 @@ int Open(auto& table, const std::string& path) {
 
 void Fill(auto& table) {
   ASSERT_EQ(table.Add(kFirst), 0);
+}
+void Fill(SitePathDB& table) {
+  SitePathRec record;
+  ASSERT_EQ(table.Get(table.Add(kFirst), record), 0);
+  ASSERT_EQ(table.SetList(record, {table.strings()->AddString(kSecond)}), 0);
+  record.title = table.strings()->AddString(kText);
+  ASSERT_EQ(table.Update(record), 0);
 }
 void Fill(SiteLinkDB& table) {
   for (int i = 0; i < 5; ++i) ASSERT_EQ(table.Add(kText, kPage, {kKindPath, i}, 1), i);
@@ -130,12 +138,12 @@ void Check(SiteLinkDB& table) {
 }
 
 template <class Table>
-class TableWithoutMemory : public testing::Test {};
+class FaultyTable : public testing::Test {};
 using Tables = testing::Types<SiteUrlDB, SitePathDB, SiteLinkDB, SiteSiteProfDB, SiteServProfDB>;
-TYPED_TEST_SUITE(TableWithoutMemory, Tables);
+TYPED_TEST_SUITE(FaultyTable, Tables);
 
 // Also when it was opened again.
-TYPED_TEST(TableWithoutMemory, AnswersWhatItsRecordsSay) {
+TYPED_TEST(FaultyTable, WithoutMemoryAnswersWhatItsRecordsSay) {
   const test::TempFolder folder;
   const std::string path = folder.path("TR");
   std::unique_ptr<TypeParam> table;
@@ -167,6 +175,31 @@ TYPED_TEST(TableWithoutMemory, AnswersWhatItsRecordsSay) {
     Check(*table);
   };
   EXPECT_GT(test::FailEachAllocation(prepare, operate, check), 10);
+}
+
+TYPED_TEST(FaultyTable, WhoseFilesAreDamagedNeverBreaks) {
+  const test::TempFolder folder;
+  TypeParam whole;
+  ASSERT_EQ(Open(whole, folder.path("TR")), 0);
+  Fill(whole);
+  ASSERT_EQ(whole.Close(), 0);
+  const std::string bytes[] = {folder.read("TR"), folder.read("TS")};
+  for (const bool first : {true, false}) {
+    const auto use = [&](std::string_view damaged, std::size_t = 0) {
+      folder.write("TR", first ? damaged : std::string_view(bytes[0]));
+      folder.write("TS", first ? std::string_view(bytes[1]) : damaged);
+      for (const char* name : {"TR_bak", "TS_bak"}) std::filesystem::remove(folder.native(name));
+      TypeParam table;
+      if (Open(table, folder.path("TR")) < 0) return;
+      Use(table);
+      for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) table.Delete(i);
+      Use(table);
+      EXPECT_EQ(table.Pack(), 0);
+      EXPECT_EQ(table.Close(), 0);
+    };
+    test::CutAtEveryByte(bytes[first ? 0 : 1], use);
+    test::SpoilEveryWord(bytes[first ? 0 : 1], use);
+  }
 }
 
 }  // namespace
