@@ -37,7 +37,7 @@ int RunSave(const Options& options, const std::string& site,
   std::vector<std::string> saved;
   for (const std::string& path : paths) {
     if (session.manager().Save(path, nullptr) != 0) {
-      throw Failure(kFileSystem, NativePath(path) + ": cannot be registered" + SystemReason());
+      session.FailToChange(NativePath(path) + ": cannot be registered");
     }
     saved.push_back(session.names().Shown(path));
   }
@@ -66,9 +66,7 @@ int RunRemove(const Options& options, const std::string& site,
   std::vector<std::string> removed;
   for (const std::string& path : paths) {
     if (session.manager().Remove(path, 0) != 0) {
-      const std::string what = NativePath(path) + ": cannot be taken out of the tables";
-      ThrowIfSystemFailed(what);
-      throw Failure(kDatabase, what);
+      session.FailToChange(NativePath(path) + ": cannot be taken out of the tables");
     }
     removed.push_back(session.names().Shown(path));
   }
@@ -84,8 +82,7 @@ int RunMove(const Options& options, const std::string& site, const std::string& 
   const std::string before = GonePath(session, from);
   const std::string after = session.names().FileOf(to);
   if (session.manager().Move(before, after) != 0) {
-    ThrowIfSystemFailed(from + ": cannot be moved in the tables");
-    throw Failure(kDatabase, from + ": cannot be moved in the tables");
+    session.FailToChange(from + ": cannot be moved in the tables");
   }
   session.Close();
   Report(options, "moved", {session.names().Shown(before), session.names().Shown(after)});

@@ -263,6 +263,13 @@ void Session::FailToWrite() {
   throw Failure(kFileSystem, what + reason + "; " + then);
 }
 
+void Session::FailToChange(const std::string& what) {
+  const std::string reason = SystemReason();
+  if (manager_->GetSiteProfRebuildState() == kRebuilt) SetRebuildState(kNotWhole);
+  throw Failure(reason.empty() ? kDatabase : kFileSystem,
+                what + reason + ": zvrsit rebuild " + site_);
+}
+
 std::string Session::ShownEntry(const UrlID& id) {
   if (id.kind == kKindUrl) return Take(manager_->UrlUrl(id.id));
   return names_.Shown(

@@ -68,6 +68,9 @@ class Session {
   void Close();
   // Lets go of the site and the database, and throws the same failure.
   [[noreturn]] void FailToWrite();
+  // Marks the site as one to be rebuilt, and throws the failure of a change that the tables were
+  // left in the middle of: `what`, with what the system said.
+  [[noreturn]] void FailToChange(const std::string& what);
   // Lets go of the site and the database; what was not written is lost.
   void Discard();
 

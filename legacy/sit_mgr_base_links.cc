@@ -80,8 +80,6 @@ int SitMgrBase::LinkMove(int link, const UrlID& from, const UrlID& to) {
 
 int SitMgrBase::SetLinkFields(int link, int type, const std::string& asIsUrl,
                               const std::string& imgAlt) {
-  // The text first, so that Undo comes to it last: what it brings back has a new number, which an
-  // older record that is written after it would not have.
   if (!asIsUrl.empty() && SetLinkAsIsUrl(link, asIsUrl) < 0) return -1;
   if (!imgAlt.empty() && SetLinkImgAlt(link, imgAlt) < 0) return -1;
   return SetLinkType(link, type);

@@ -66,6 +66,13 @@ TEST_F(OlderSite, TakesBackChangesOfOneRun) {
   EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}), before);
 }
 
+// The numbers that the other page's texts had are free then, and lower.
+TEST_F(OlderSite, BringsAlternativeTextsBack) {
+  const std::string changes = "rm b.html\nrm index.html\nundo\n";
+  EXPECT_EQ(program.Run({"legacy", "undo", "demo"}, changes).code, 0);
+  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"})[3]["alt"], "X");
+}
+
 TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {
   const struct {
     const char* file;
@@ -116,6 +123,7 @@ TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {
 
 // A limit on the size of files stands for a full disk.
 TEST_F(OlderSite, AFullDiskIsToldAndGotOver) {
+  EXPECT_EQ(program.RunOnFullDisk({"legacy", "undo", "demo"}, 64).code, 4) << "the closing writes";
   std::string page;
   for (int i = 0; i < 300; ++i) page += "<a href=p" + std::to_string(i) + ".html>";
   program.Page("index.html", page);
