@@ -107,5 +107,13 @@ TEST(Places, AreToldInEveryEncodingUnderBothRuleSets) {
   }
 }
 
+TEST(Places, AreCountedBesideTheErrors) {
+  const Program program;
+  program.Page("index.html", "<a href=gone.html></a><a href=no.html></a><img src=gone.html>");
+  const std::string site = program.folder.native("site");
+  const std::string out = program.Run({"check", site}).out;
+  EXPECT_NE(out.find("2 errors in 3 places;"), std::string::npos) << out;
+}
+
 }  // namespace
 }  // namespace zvrsit::test
