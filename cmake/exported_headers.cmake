@@ -26,6 +26,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   manager/profiles.h
   manager/site_changes.h
   manager/site_link.h
+  links/link_place.h
   manager/site_mgr.h
   manager/site_totals.h
   platform/api.h

@@ -53,9 +53,14 @@ class DocumentBuilder {
                                       : AttributeRecord::kLongName});
   }
 
-  void AbandonTag() { arrays_.attributes.resize(committed_); }
+  void AbandonTag() {
+    arrays_.attributes.resize(committed_);
+    if (tagHasId_) arrays_.ids.pop_back();
+    tagHasId_ = false;
+  }
 
   ContentModel StartTag(const TagSlices& slices) {
+    tagHasId_ = false;
     const Tag tag =
         HtmlTagOfPadded(slices.name, static_cast<std::size_t>(slices.nameEnd - slices.name));
     if (!leftOut_.empty() && arrays_.attributes.size() == committed_ &&
@@ -117,9 +122,10 @@ class DocumentBuilder {
     committed_ = static_cast<std::uint32_t>(arrays_.attributes.size());
   }
 
-  // A second ID of one tag is taken too, though it names nothing.
+  // A second ID of one tag names nothing.
   void AddId(const AttributeSlices& slices) {
-    if (foreign_.InTemplate() || foreign_.InShadow()) return;
+    if (tagHasId_ || foreign_.InTemplate() || foreign_.InShadow()) return;
+    tagHasId_ = true;
     arrays_.ids.push_back(
         {Offset(slices.value), static_cast<std::uint32_t>(slices.valueEnd - slices.value)});
   }
@@ -150,6 +156,7 @@ class DocumentBuilder {
   const AttrSet leftOutOfHtml_;  // the attributes that are not kept
   AttrSet leftOut_;              // the same where the text is now
   std::uint32_t committed_ = 0;  // attributes of finished start tags
+  bool tagHasId_ = false;        // in ids, of the start tag that is being read
   bool formIsOpen_ = false;      // another FORM would be ignored
   bool metShadowRoot_ = false;
   std::array<std::uint32_t, kTagCount> counts_{};

@@ -1,9 +1,11 @@
 #include "findings/collect.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -109,13 +111,19 @@ class Collector {
     std::string message;
     std::string suggestion;
   };
+  struct BrokenTarget {
+    std::string path;
+    std::array<std::optional<Verdict>, 2> verdicts;  // by NamesNoFile
+  };
 
   const Verdict& VerdictOf(const SiteLink& link) {
-    const std::string path = PathOf(link.to.id);
-    const bool namesNoFile = !link.unservable && NamesNoFile(link, path);
-    const auto [entry, isNew] = verdicts_.try_emplace({link.to.id, namesNoFile});
-    if (isNew) entry->second = Judge(link, path, namesNoFile);
-    return entry->second;
+    const auto [entry, isNew] = broken_.try_emplace(link.to.id);
+    BrokenTarget& target = entry->second;
+    if (isNew) target.path = PathOf(link.to.id);
+    const bool namesNoFile = !link.unservable && NamesNoFile(link, target.path);
+    std::optional<Verdict>& verdict = target.verdicts[namesNoFile];
+    if (!verdict) verdict = Judge(link, target.path, namesNoFile);
+    return *verdict;
   }
 
   Verdict Judge(const SiteLink& link, const std::string& path, bool namesNoFile) {
@@ -297,7 +305,7 @@ class Collector {
   FindingReport& report_;
   KnownFiles names_;
   std::map<std::pair<Rule, std::string>, std::size_t> known_;
-  std::map<std::pair<int, bool>, Verdict> verdicts_;  // by target and NamesNoFile
+  std::unordered_map<int, BrokenTarget> broken_;  // by number
   std::unordered_map<int, Ids> idsOfPages_;
   std::vector<int> links_;
   std::vector<Row> rows_;  // of links_

@@ -1,22 +1,34 @@
 #include "links/fragment.h"
 
+#include <algorithm>
+
 #include "links/url_text.h"
+#include "platform/code_page_text.h"
 #include "util/ascii.h"
 
 namespace zvrsit {
+namespace {
 
-std::string FragmentOf(std::string_view text) {
-  std::string fragment;
-  const std::size_t hash = FindMB(text, 0, [](char c) { return c == '#'; });
-  if (hash == text.size()) return fragment;
-  for (const char c : text.substr(hash + 1)) {
-    if (c != '\t' && c != '\n' && c != '\r') fragment += c;
+bool IsLeftOut(char c) {
+  return c == '\t' || c == '\n' || c == '\r';
+}
+
+}  // namespace
+
+std::string_view FragmentOf(std::string_view text, std::string& buffer) {
+  const std::size_t hash = platform::HasLeadBytes()
+                               ? FindMB(text, 0, [](char c) { return c == '#'; })
+                               : std::min(text.find('#'), text.size());
+  if (hash == text.size()) return {};
+  std::string_view fragment = text.substr(hash + 1);
+  if (std::ranges::any_of(fragment, &IsLeftOut)) {
+    buffer = fragment;
+    std::erase_if(buffer, &IsLeftOut);
+    fragment = buffer;
   }
-  if (const auto directive = fragment.find(":~:"); directive != fragment.npos) {
-    fragment.erase(directive);
-  }
+  fragment = fragment.substr(0, fragment.find(":~:"));
   while (!fragment.empty() && static_cast<unsigned char>(fragment.back()) <= ' ') {
-    fragment.pop_back();
+    fragment.remove_suffix(1);
   }
   return fragment;
 }

@@ -7,8 +7,9 @@
 namespace zvrsit {
 
 // What stands behind the first "#" of a link's text, as a browser takes it: without tabs and line
-// ends, without white space at its end, and without a text fragment (":~:" and what follows).
-std::string FragmentOf(std::string_view text);
+// ends, without white space at its end, and without a text fragment (":~:" and what follows). It is
+// good for as long as `text` and `buffer` are.
+std::string_view FragmentOf(std::string_view text, std::string& buffer);
 
 // Whether a fragment leads to an element of its page: the empty one and "top" always lead
 // somewhere, and one that begins with "/" or "!" is a route, for a script to follow.

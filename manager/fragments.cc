@@ -1,15 +1,14 @@
 // Which fragments of links name nothing, and what pages have for them to name.
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 #include "links/fragment.h"
 #include "links/page_file.h"
+#include "links/text_places.h"
 #include "links/url_text.h"
 #include "manager/cells.h"
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
-#include "manager/text_places.h"
 #include "manager/work.h"
 
 namespace zvrsit {
@@ -79,12 +78,13 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
   PageIds own;
   PageIds& ids = KeptOr(own, inside->pageIds);
   Work work(*this);
+  std::string buffer;
   ForEachNumber(*linkDB, [&](int number) {
     SiteLinkRec link;
     if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
     const std::string_view text = linkDB->TextView(link.text);
     if (text.find('#') == text.npos) return;
-    const std::string fragment = FragmentOf(text);
+    const std::string_view fragment = FragmentOf(text, buffer);
     if (!NamesAnElement(fragment) || !work.ReadIds(link.to.id, ids)) return;
     if (ids.Has(link.to.id, fragment)) return;
     std::string decoded;
@@ -101,32 +101,11 @@ int SiteMgr::FindRepeatedIds(std::vector<RepeatedId>& repeated) {
   PageIds& ids = KeptOr(own, inside->pageIds);
   Work work(*this);
   ForEachNumber(*pathDB, [&](int number) {
-    if (work.ReadIds(number, ids) && ids.MayRepeat(number)) work.AddRepeatedIds(number, repeated);
+    const auto* const found = work.ReadIds(number, ids) ? ids.FindRepeated(number) : nullptr;
+    if (found == nullptr) return;
+    for (const PageIds::Repeated& one : *found) repeated.push_back({number, one.id, one.places});
   });
   return 0;
-}
-
-// A second ID of one tag was noted too, and is none.
-void SiteMgr::Work::AddRepeatedIds(int pathNumber, std::vector<RepeatedId>& repeated) {
-  SitePathRec rec;
-  std::string path;
-  if (m_.pathDB->Get(pathNumber, rec) < 0 || m_.pathDB->Text(rec.name, path) < 0) return;
-  PageFile page;
-  const OwnedDocument document =
-      ReadInto(page, path, DocumentScope::kWhole, m_.GetLinkRules(), m_.dom);
-  if (document == nullptr) return;
-  const std::vector<ElementAttribute> all = NamingIds(*document);
-  std::unordered_map<std::string, int> counts;
-  for (const ElementAttribute& named : all) ++counts[named.attribute.value()];
-  std::unordered_map<std::string, std::size_t> indexes;
-  TextPlaces places(document->text());
-  for (const ElementAttribute& named : all) {
-    const std::string id = named.attribute.value();
-    if (counts[id] < 2) continue;
-    const auto [entry, isNew] = indexes.try_emplace(id, repeated.size());
-    if (isNew) repeated.push_back({pathNumber, id, {}});
-    repeated[entry->second].places.push_back(places.Of(named.attribute.valueOffset()));
-  }
 }
 
 int SiteMgr::ListPageIds(const std::string& path, std::vector<PageId>& ids) {

@@ -1,7 +1,10 @@
 // Where pages and sheets have their links: the files are read anew, and what they refer to is
 // matched with the links that are registered.
 #include <algorithm>
+#include <functional>
+#include <span>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -11,11 +14,11 @@
 #include "links/link_type.h"
 #include "links/page_file.h"
 #include "links/server_code.h"
+#include "links/text_places.h"
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
 #include "manager/recorded_files.h"
 #include "manager/site_mgr.h"
-#include "manager/text_places.h"
 #include "manager_base/inside.h"
 #include "platform/file.h"
 #include "registration/site_css_util.h"
@@ -23,6 +26,19 @@
 namespace zvrsit {
 
 namespace {
+
+// A link whose places are asked for.
+struct AskedLink {
+  SiteLinkRec rec;
+  std::string_view text;
+  std::string_view alternative;
+  std::vector<LinkPlace>* answer;
+
+  // Of the places in its file.
+  bool ComesBefore(const AskedLink& other) const {
+    return std::tie(rec.from.id, rec.offset) < std::tie(other.rec.from.id, other.rec.offset);
+  }
+};
 
 // A registered link of the file that is looked through, and where its text has been found.
 struct WantedLink {
@@ -97,6 +113,50 @@ class WantedLinks {
   std::vector<std::size_t> applets_;
 };
 
+// Answers with the registered places of all links of a page, when they were registered, and the
+// page still holds these texts there. It is read no further than to the last of them, and not as
+// HTML: a site whose pages all link to one missing script has a place in each of them.
+class RegisteredPlaces {
+ public:
+  // `links` by their offsets. False with nothing answered.
+  bool Answer(const std::string& path, std::span<const AskedLink> links) {
+    std::size_t length = 0;
+    for (const AskedLink& link : links) {
+      if (link.rec.offset < 0 || link.rec.count > 1 || link.text.empty()) return false;
+      length = std::max(length, static_cast<std::size_t>(link.rec.offset) + link.text.size());
+    }
+    if (!ReadBeginning(path, length)) return false;
+    const std::string_view bytes(buffer_.data(), length);
+    const std::size_t start = bytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    for (const AskedLink& link : links) {
+      const auto offset = static_cast<std::size_t>(link.rec.offset);
+      if (offset < start || bytes.compare(offset, link.text.size(), link.text) != 0) {
+        return false;
+      }
+    }
+    TextPlaces places(bytes.substr(start));
+    for (const AskedLink& link : links) {
+      link.answer->push_back(places.Of(static_cast<std::size_t>(link.rec.offset) - start));
+    }
+    return true;
+  }
+
+ private:
+  static constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+  // False for a file that has fewer bytes.
+  bool ReadBeginning(const std::string& path, std::size_t length) {
+    const int file = platform::Open(path, platform::kOpenReadOnly);
+    if (file < 0) return false;
+    if (buffer_.size() < length) buffer_.resize(length);
+    const std::int64_t count = platform::Read(file, buffer_.data(), length);
+    platform::Close(file);
+    return count == static_cast<std::int64_t>(length);
+  }
+
+  std::string buffer_;  // as long as the longest beginning so far
+};
+
 // Looks through one file after another, under the rules of a site.
 class PlaceFinder {
  public:
@@ -107,9 +167,19 @@ class PlaceFinder {
         styles_(&manager, {}),
         document_(dom.createDocument("HTML"), GiveBack{&dom}) {}
 
-  // `number` in the path table.
-  void LookThrough(int number, const std::string& path, WantedLinks& wanted) {
+  // The file has `number` in the path table; `links` are some of its own, by their offsets.
+  void Answer(int number, const std::string& path, std::span<const AskedLink> links) {
     const bool isSheet = ClassifyFileType(path) == FT_CSS;
+    if (!isSheet && registered_.Answer(path, links)) return;
+    WantedLinks wanted;
+    for (const AskedLink& link : links) {
+      wanted.Add(link.text, {static_cast<std::uint32_t>(link.rec.type),
+                             link.alternative,
+                             link.rec.count,
+                             link.rec.offset,
+                             {},
+                             link.answer});
+    }
     if (isSheet) LookThroughSheet(number, path, wanted);
     if (!isSheet || FlagsOf(rules_).readsSheetsAsPages) LookThroughPage(path, isSheet, wanted);
   }
@@ -159,6 +229,7 @@ class PlaceFinder {
   CCSSControl& css_;
   const LinkRules rules_;
   const SiteCSSUtil styles_;
+  RegisteredPlaces registered_;
   PageFile page_;
   MappedFile sheet_;
   OwnedDocument document_;
@@ -173,35 +244,31 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
                             std::vector<std::vector<LinkPlace>>& places) {
   places.assign(links.size(), {});
   if (!HasFiles(linkDB) || !HasFiles(pathDB) || dom == nullptr || cssCtrl == nullptr) return -1;
-  std::vector<std::pair<int, std::size_t>> bySource;  // path number, index in `links`
-  std::vector<SiteLinkRec> recs(links.size());
+  std::vector<AskedLink> asked;
+  asked.reserve(links.size());
   for (std::size_t i = 0; i < links.size(); ++i) {
-    if (linkDB->Get(links[i], recs[i]) == 0) bySource.emplace_back(recs[i].from.id, i);
+    SiteLinkRec rec;
+    if (linkDB->Get(links[i], rec) != 0) continue;
+    asked.push_back(
+        {rec, linkDB->TextView(rec.text), linkDB->TextView(rec.alternative), &places[i]});
   }
-  std::sort(bySource.begin(), bySource.end());
+  std::stable_sort(asked.begin(), asked.end(), std::mem_fn(&AskedLink::ComesBefore));
   const RecordedFiles recorded(*pathDB, inside->onlyAsks());
   PlaceFinder finder(*this, *dom, *cssCtrl);
-  for (auto next = bySource.begin(); next != bySource.end();) {
-    const int source = next->first;
-    WantedLinks wanted;
-    const auto first = next;
-    for (; next != bySource.end() && next->first == source; ++next) {
-      const SiteLinkRec& rec = recs[next->second];
-      wanted.Add(linkDB->TextView(rec.text), {static_cast<std::uint32_t>(rec.type),
-                                              linkDB->TextView(rec.alternative),
-                                              rec.count,
-                                              rec.offset,
-                                              {},
-                                              &places[next->second]});
-    }
+  const std::span<const AskedLink> all = asked;
+  for (std::size_t next = 0; next < all.size();) {
+    const std::size_t first = next;
+    const int source = all[first].rec.from.id;
+    while (next < all.size() && all[next].rec.from.id == source) ++next;
     SitePathRec page;
     std::string path;
     if (pathDB->Get(source, page) < 0 || pathDB->Text(page.name, path) < 0) continue;
-    finder.LookThrough(source, path, wanted);
+    const auto ofFile = all.subspan(first, next - first);
+    finder.Answer(source, path, ofFile);
     // Asked last: a file that was changed while it was read is another one too.
     platform::FileStat now;
     if (platform::Stat(path, now) == 0 && recorded.Has(page, now)) continue;
-    for (auto known = first; known != next; ++known) places[known->second].clear();
+    for (const AskedLink& link : ofFile) link.answer->clear();
   }
   return 0;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "links/link_place.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -22,13 +23,6 @@ struct SiteLink {
   bool exists = false;      // a URL, or a file of the site that is there
   bool outside = false;     // a file that does not lie below the site folder
   bool unservable = false;  // a file of a name that no server has: it holds %2F, %5C or %00
-};
-
-// One place where a file has a link: where the value of the attribute, or the address in the style
-// text, begins.
-struct LinkPlace {
-  int line = 0;    // counted from 1; a line ends with a line feed
-  int column = 0;  // in characters of the line, counted from 1
 };
 
 // A link whose fragment names nothing in the page that it leads to.

@@ -42,7 +42,6 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   void NoteIds(const std::string& path, const Document* document);
   // Has the IDs of a file in `ids`; false when it is no page of the site, or cannot be read.
   bool ReadIds(int pathNumber, PageIds& ids);
-  void AddRepeatedIds(int pathNumber, std::vector<RepeatedId>& repeated);
 
   // The number of the open site's top file in the path table: kNoTopFile when the profile has none,
   // -1 when it cannot be read or is not registered (families.cc).

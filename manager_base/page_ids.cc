@@ -4,46 +4,80 @@
 
 #include "dom/document.h"
 #include "dom/html_text.h"
+#include "links/text_places.h"
 #include "util/hash.h"
 
 namespace zvrsit {
+namespace {
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+}  // namespace
 
 void PageIds::Note(int number, const Document& document) {
   const std::size_t begin = hashes_.size();
-  const auto hashOf = [&](std::string_view raw) {
-    if (!NeedsDecoding(raw)) return HashBytes(raw);
-    scratch_.clear();
-    AppendAttributeValue(scratch_, raw);
-    return HashBytes(scratch_);
-  };
   for (const TextRange& id : document.ids()) {
-    hashes_.push_back(hashOf(document.text().substr(id.offset, id.length)));
+    hashes_.push_back(HashBytes(Decode(document.text().substr(id.offset, id.length))));
   }
   const auto first = hashes_.begin() + static_cast<std::ptrdiff_t>(begin);
   std::sort(first, hashes_.end());
-  const bool repeats = std::adjacent_find(first, hashes_.end()) != hashes_.end();
+  repeated_.erase(number);
+  if (std::adjacent_find(first, hashes_.end()) != hashes_.end()) {
+    repeated_[number] = RepeatedIn(document, {first, hashes_.end()});
+  }
   const std::size_t ids = hashes_.size();
   for (const std::uint32_t index : document.elementsOf(Tag::kA)) {
     const Attribute name = document.element(index).attributes().find(Attr::kName);
-    if (name) hashes_.push_back(hashOf(name.rawValue()));
+    if (name) hashes_.push_back(HashBytes(Decode(name.rawValue())));
   }
   if (hashes_.size() > ids) {
     std::sort(hashes_.begin() + static_cast<std::ptrdiff_t>(begin), hashes_.end());
   }
-  PageOf(number) = {begin, hashes_.size(), true, false, repeats};
+  PageOf(number) = {begin, hashes_.size(), true, false};
+}
+
+std::vector<PageIds::Repeated> PageIds::RepeatedIn(const Document& document,
+                                                   std::span<const std::uint64_t> hashes) {
+  std::unordered_map<std::uint64_t, std::size_t> indexes;  // in `repeated`
+  for (std::size_t i = 1; i < hashes.size(); ++i) {
+    if (hashes[i] == hashes[i - 1]) indexes.try_emplace(hashes[i], kNone);
+  }
+  std::vector<Repeated> repeated;
+  TextPlaces places(document.text());
+  for (const TextRange& range : document.ids()) {
+    const std::string_view id = Decode(document.text().substr(range.offset, range.length));
+    const auto entry = indexes.find(HashBytes(id));
+    if (entry == indexes.end()) continue;
+    if (entry->second == kNone) {
+      entry->second = repeated.size();
+      repeated.push_back({std::string(id), {}});
+    }
+    repeated[entry->second].places.push_back(places.Of(range.offset));
+  }
+  return repeated;
+}
+
+std::string_view PageIds::Decode(std::string_view raw) {
+  if (!NeedsDecoding(raw)) return raw;
+  scratch_.clear();
+  AppendAttributeValue(scratch_, raw);
+  return scratch_;
 }
 
 void PageIds::NoteAny(int number) {
-  PageOf(number) = {0, 0, true, true, false};
+  PageOf(number) = {0, 0, true, true};
+  repeated_.erase(number);
 }
 
 void PageIds::ForgetAll() {
   pages_.clear();
   hashes_.clear();
+  repeated_.clear();
 }
 
 void PageIds::Forget(int number) {
   PageOf(number) = {};
+  repeated_.erase(number);
 }
 
 bool PageIds::IsKnown(int number) const {
@@ -60,9 +94,9 @@ bool PageIds::Has(int number, std::string_view name) const {
                             HashBytes(name));
 }
 
-bool PageIds::MayRepeat(int number) const {
-  const Page* const page = Find(number);
-  return page != nullptr && page->repeats;
+const std::vector<PageIds::Repeated>* PageIds::FindRepeated(int number) const {
+  const auto found = repeated_.find(number);
+  return found != repeated_.end() ? &found->second : nullptr;
 }
 
 PageIds::Page& PageIds::PageOf(int number) {

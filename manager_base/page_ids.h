@@ -2,9 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
+
+#include "links/link_place.h"
 
 namespace zvrsit {
 
@@ -14,6 +18,12 @@ class Document;
 // a hash is taken for impossible: among a million IDs it has a chance of one in 37 million.
 class PageIds {
  public:
+  // An ID that stands in one page more than once.
+  struct Repeated {
+    std::string id;
+    std::vector<LinkPlace> places;  // in the order of the page
+  };
+
   // The names of `document`, read in DocumentScope::kReferencesAndIds, are those of page `number`.
   void Note(int number, const Document& document);
   // Page `number` may have any name.
@@ -24,8 +34,8 @@ class PageIds {
   bool IsKnown(int number) const;
   // Whether page `number`, which is known, has that name.
   bool Has(int number, std::string_view name) const;
-  // Whether page `number` may have an ID that stands in it twice.
-  bool MayRepeat(int number) const;
+  // Of page `number`, in the order of the page; null for none.
+  const std::vector<Repeated>* FindRepeated(int number) const;
 
  private:
   struct Page {
@@ -33,14 +43,18 @@ class PageIds {
     std::size_t end = 0;
     bool isKnown = false;
     bool hasAny = false;
-    bool repeats = false;
   };
 
   Page& PageOf(int number);
+  // `hashes`: those of all IDs of the page, ascending.
+  std::vector<Repeated> RepeatedIn(const Document& document, std::span<const std::uint64_t> hashes);
+  // The text of an attribute's value; good until the next call.
+  std::string_view Decode(std::string_view raw);
   const Page* Find(int number) const;
 
   std::vector<Page> pages_;  // by number
   std::vector<std::uint64_t> hashes_;
+  std::unordered_map<int, std::vector<Repeated>> repeated_;  // by page
   std::string scratch_;
 };
 

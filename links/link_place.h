@@ -1,0 +1,11 @@
+// Where a text has something, as people count.
+#pragma once
+
+namespace zvrsit {
+
+struct LinkPlace {
+  int line = 0;    // counted from 1; a line ends with a line feed
+  int column = 0;  // in characters of the line, counted from 1
+};
+
+}  // namespace zvrsit

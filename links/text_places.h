@@ -1,0 +1,77 @@
+// Places in a text as people count them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "links/link_place.h"
+#include "platform/code_page.h"
+#include "platform/code_page_text.h"
+
+namespace zvrsit {
+
+// Lines and columns of places in a text, asked for from front to back.
+class TextPlaces {
+ public:
+  explicit TextPlaces(std::string_view text) : text_(text) {}
+
+  LinkPlace Of(std::size_t offset) {
+    if (hasLeadBytes_) {
+      StepTo(offset);
+    } else {
+      SkipTo(offset);
+    }
+    return place_;
+  }
+
+ private:
+  void StepTo(std::size_t offset) {
+    const std::array<bool, 256>& isLead = platform::LeadBytes();
+    while (seen_ < offset) {
+      const auto byte = static_cast<unsigned char>(text_[seen_]);
+      seen_ += isLead[byte] ? 2 : 1;
+      if (byte == '\n') {
+        ++place_.line;
+        place_.column = 1;
+      } else {
+        ++place_.column;
+      }
+    }
+  }
+
+  // Columns count in the last line only.
+  void SkipTo(std::size_t offset) {
+    std::string_view skipped = text_.substr(seen_, offset - seen_);
+    seen_ = offset;
+    const int feeds = CountBytes(skipped, [](char c) { return c == '\n'; });
+    if (feeds > 0) {
+      skipped.remove_prefix(skipped.rfind('\n') + 1);
+      place_.line += feeds;
+      place_.column = 1;
+    }
+    place_.column += isUtf8_ ? CountBytes(skipped, [](char c) { return (c & 0xC0) != 0x80; })
+                             : static_cast<int>(skipped.size());
+  }
+
+  // In blocks whose counts fit into bytes: compilers count 16 of them at a time.
+  template <typename Wanted>
+  static int CountBytes(std::string_view text, Wanted isWanted) {
+    constexpr std::size_t kBlock = 240;
+    int count = 0;
+    for (std::size_t begin = 0; begin < text.size(); begin += kBlock) {
+      unsigned char inBlock = 0;
+      for (const char c : text.substr(begin, kBlock)) inBlock += isWanted(c) ? 1 : 0;
+      count += inBlock;
+    }
+    return count;
+  }
+
+  const std::string_view text_;
+  const bool hasLeadBytes_ = platform::HasLeadBytes();
+  const bool isUtf8_ = platform::CodePage() == platform::kUtf8;
+  std::size_t seen_ = 0;
+  LinkPlace place_{1, 1};
+};
+
+}  // namespace zvrsit
