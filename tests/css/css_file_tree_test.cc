@@ -233,14 +233,5 @@ TEST_F(CssFileTree, AReferenceIsTakenFromThePageAtHand) {
   EXPECT_EQ(OfPage(self, "site/q.htm"), "image q.htm, image q.htm, image a.css");
 }
 
-TEST_F(CssFileTree, SheetsAreDecodedIntoTheCodePage) {
-  folder_.write("site/a.css", "@charset \"shift_jis\"; p { content: url(\x83\x5C.gif) }");
-  EXPECT_EQ(OfSheet("site/a.css"), "image \xE3\x82\xBD.gif");
-  std::string utf16 = "\xFF\xFE";
-  for (const char c : std::string_view("@import 'a.css'")) utf16 += {c, '\0'};
-  folder_.write("site/b.css", utf16);
-  EXPECT_EQ(OfSheet("site/b.css"), "import a.css(image \xE3\x82\xBD.gif)");
-}
-
 }  // namespace
 }  // namespace zvrsit

@@ -259,6 +259,7 @@ TEST(HtmlValues, SplitsImageCandidates) {
       {"a.png f(1,2), b.png", "b.png|"},
       {"a.png 0w, b.png -1x, c.png 1e2x, d.png 5q, e.png 7h, f.png 1x 2w", "c.png|"},
       {"a.png 1x (", ""},
+      {"a.png 1zx, b.png 1e-1x", "b.png|"},
   };
   for (const auto& [srcset, expected] : cases) {
     std::vector<std::string_view> urls;

@@ -311,6 +311,7 @@ TEST_F(ServerProfiles, EachFieldIsSetOnItsOwn) {
 TEST_F(ServerProfiles, SitesFollowARenamedServer) {
   ASSERT_EQ(mgr().SetServProf("www", Sample()), 0);
   EXPECT_GE(mgr().CopyServProf("www", "spare"), 0);
+  EXPECT_EQ(mgr().CopyServProf("www", "spare"), -1);
   EXPECT_EQ(Profile("spare"), Sample());
   const int demo = mgr().FindSiteProf("demo");
   const int other = mgr().CopySiteProf("demo", "other");

@@ -200,7 +200,7 @@ TEST(Fragments, AreComparedAsText) {
   test::TestSite site(LinkRules::Web);
   site.write("a.html",
              "<meta charset=utf-8><p id=\u00E9><a href=#%C3%A9>1</a><a href=#\u00E9>2</a>"
-             "<a href=#%E9>3</a>");
+             "<a href=#%E9>3</a><a href=#/route>4</a><a href=#!route>5</a><a href=#Top>6</a>");
   ASSERT_EQ(site.Open(), 0);
   ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
   std::vector<MissingFragment> missing;

@@ -60,6 +60,7 @@ TYPED_TEST(TableByName, StillFindsAfterCloseAndIsNotOpenedAgain) {
   EXPECT_EQ(table.Open(this->folder_.path("TR")), -1);
   EXPECT_EQ(table.Add("b"), -1);
   EXPECT_EQ(table.Delete(0), -1);
+  EXPECT_EQ(table.Pack(), -1);
   EXPECT_EQ(table.Count(), -1);
   TypeParam fresh;
   EXPECT_EQ(fresh.Find("a"), -1);
@@ -185,6 +186,7 @@ TEST_F(PathTable, DeletesTheListBlockWithTheRecord) {
   record_.listCount = 5;
   record_.listData = 1000;
   ASSERT_EQ(table_.Update(record_), 0);
+  EXPECT_EQ(table_.ReleaseTexts(record_), -1);
   EXPECT_EQ(table_.Delete(worse), -1);
   EXPECT_EQ(table_.Find("c"), worse);
 }
