@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
 #include <random>
 
 #include "dom/html_text.h"

@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <functional>
-#include <memory>
 
 #include "legacy/legacy_site.h"
 #include "support/temp_folder.h"

@@ -1,8 +1,6 @@
 // Single entries go into the tables and out again.
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "support/test_site.h"
 
 namespace zvrsit::test {

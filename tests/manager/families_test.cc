@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
-#include <filesystem>
-#include <vector>
 
 #include "support/test_site.h"
 

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <new>
 
-#include "css/css_control.h"
 #include "support/test_site.h"
 
 namespace zvrsit::test {

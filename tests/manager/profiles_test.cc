@@ -1,7 +1,6 @@
 // Profiles of sites and of servers.
 #include <gtest/gtest.h>
 
-#include "css/css_control.h"
 #include "manager/answers.h"
 #include "support/file_fault.h"
 #include "support/test_site.h"

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "platform/utf8.h"
 #include "support/code_page_scope.h"
 

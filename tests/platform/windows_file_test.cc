@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <cerrno>
-#include <ctime>
 #include <vector>
 
 #include "platform/code_page.h"

@@ -139,8 +139,9 @@ void Check(SiteLinkDB& table) {
 
 template <class Table>
 class FaultyTable : public testing::Test {};
-using Tables = testing::Types<SiteUrlDB, SitePathDB, SiteLinkDB, SiteSiteProfDB, SiteServProfDB>;
-TYPED_TEST_SUITE(FaultyTable, Tables);
+using FaultyTables =
+    testing::Types<SiteUrlDB, SitePathDB, SiteLinkDB, SiteSiteProfDB, SiteServProfDB>;
+TYPED_TEST_SUITE(FaultyTable, FaultyTables);
 
 // Also when it was opened again.
 TYPED_TEST(FaultyTable, WithoutMemoryAnswersWhatItsRecordsSay) {
