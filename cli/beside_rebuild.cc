@@ -33,7 +33,7 @@ void RemoveAll(const fs::path& path) {
   Need(path, error);
 }
 
-// Listed first, as a folder that changes may be listed in part.
+// The names are listed first: of a folder that changes, the listing could be incomplete.
 void MoveFiles(const fs::path& from, const fs::path& to) {
   std::vector<fs::path> files;
   std::error_code error;
@@ -72,7 +72,7 @@ BesideRebuild::BesideRebuild(Session& session, const std::string& name, SiteProf
       tables_(session.FolderOfTables(name)),
       profile_(std::move(profile)) {}
 
-// Once the other constructor has come to its end, the destructor cleans up after a failure.
+// When the other constructor has finished, the destructor cleans up even if this one fails.
 BesideRebuild::BesideRebuild(Session& session, const std::string& name)
     : BesideRebuild(session, name, (session.HoldSite(name), ReadProfile(session, name))) {
   session.LetProfilesGo();

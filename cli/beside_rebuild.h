@@ -1,10 +1,10 @@
-// A rebuild beside the tables of a site, which it takes the place of only when it has come to its
-// end. Until then, and however it ends, the tables before are there and are asked.
+// A rebuild beside the tables of a site. It takes their place only when it has come to its end.
+// Until then, and also when it never ends, the old tables are there and answer questions.
 //
-// It lies in the folder `new` of the tables, a small database of its own. When all its files are
-// written, the folder with them becomes the folder `done`; this is the moment at which the rebuild
-// counts. Then they are moved to their places one by one, which whoever next holds the site ends if
-// this process does not.
+// It lies in the folder `new` of the tables, as a small database of its own. When all its files are
+// written, the folder with them is renamed to `done`; from this moment the rebuild counts. Then the
+// files are moved to their places one by one. If this process does not finish that, the next one
+// that holds the site does.
 #pragma once
 
 #include <memory>
@@ -17,9 +17,9 @@ namespace zvrsit::cli {
 class BesideRebuild {
  public:
   // Holds the site `name` of `session` and opens a copy of it. Throws as Session::Open. Damaged
-  // tables are not copied but made anew, and stderr says so.
+  // tables are not copied but made again, and stderr says so.
   BesideRebuild(Session& session, const std::string& name);
-  // A site that was never whole is marked as one whose rebuild failed, unless Commit was called.
+  // Unless Commit was called, a site that was never whole is marked as one whose rebuild failed.
   ~BesideRebuild();
   BesideRebuild(const BesideRebuild&) = delete;
   BesideRebuild& operator=(const BesideRebuild&) = delete;
@@ -41,10 +41,10 @@ class BesideRebuild {
   bool done_ = false;
 };
 
-// Whether a rebuild in the native folder `tables` waits for its files to be moved.
+// Whether a finished rebuild in the native folder `tables` still has files to be moved.
 bool HasFinishedRebuild(const std::string& tables);
-// Moves them, and marks the site of that number as rebuilt; removes a rebuild that was not
-// finished. The site is held by `manager`. Throws Failure(kFileSystem).
+// Moves these files and marks the site of that number as rebuilt; a rebuild that was not finished
+// is removed. `manager` holds the site. Throws Failure(kFileSystem).
 void FinishRebuild(SiteMgr& manager, int number, const std::string& tables);
 
 }  // namespace zvrsit::cli

@@ -17,8 +17,8 @@ namespace {
 
 constexpr const char* kName = "checked";
 
-// Fills `report`; the exit code of the rebuild. The database is gone before anything is printed, so
-// that an early end of whoever reads the output leaves nothing behind.
+// Fills `report` and gives the exit code of the rebuild. The database is removed before anything is
+// printed. So nothing is left behind when the reader of the output ends early.
 int Examine(const Options& options, const GivenSite& site, const FindingOptions& wanted,
             FindingReport& report) {
   const auto begin = std::chrono::steady_clock::now();

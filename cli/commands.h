@@ -1,6 +1,6 @@
-// The commands of the program, a family a file. Each function adds its commands to the command
-// line; the one that is asked for puts what is to be run into `run`, which gives the exit code or
-// throws Failure.
+// The commands of the program, one file for each family. Each function adds its commands to the
+// command line. The command that the user gives puts a function into `run`, which gives the exit
+// code or throws Failure.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -32,7 +32,7 @@ void AddLegacyCommands(CLI::App& app, const Options& options, Run& run);
 
 // The positional NAME of a site.
 void AddSiteName(CLI::App& command, std::string& name);
-// Refuses an empty name, such as an unset variable of a script gives.
+// Refuses an empty name. A script gives one when a variable is not set.
 CLI::Validator NotEmpty();
 
 struct GivenSite;  // site_profile.h

@@ -15,7 +15,7 @@ enum ExitCode : int {
   kSignal = 128,    // and the number of the signal that interrupted it, such as 130 for Ctrl-C
 };
 
-// What ends a command early: one line for the user, and the exit code. It never leaves main.
+// Ends a command early, with one line for the user and the exit code. It never leaves main.
 class Failure : public std::runtime_error {
  public:
   Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// NAME=SEVERITY; gives what is wrong with it.
+// Takes NAME=SEVERITY; gives what is wrong with it, empty for nothing.
 std::string SetSeverity(const std::string& text, Severities& severities) {
   const std::size_t sign = text.find('=');
   const auto rule = RuleOfName(text.substr(0, sign));

@@ -19,8 +19,8 @@ struct FindingOptions {
 // --rule, --all and --color.
 void AddFindingOptions(CLI::App& command, FindingOptions& options);
 
-// Looks for findings in the open site, whose home page is the `\` path `top`, and how its files are
-// named from the working folder. Throws Failure(kDatabase) when a table cannot be read.
+// Finds what is wrong in the open site and how its files are named from the working folder. `top`
+// is the `\` path of the home page. Throws Failure(kDatabase) when a table cannot be read.
 void FindAll(Session& session, const std::string& top, const FindingOptions& options,
              FindingReport& report);
 

@@ -20,7 +20,7 @@ Strings Unread(const Session& session, const SiteChanges& changes) {
   return names;
 }
 
-// The first few of them, and how many there are beside.
+// The first few names, and how many more there are.
 std::string Named(const Strings& names) {
   std::string text;
   for (std::size_t i = 0; i < names.size() && i < kNamed; ++i) {

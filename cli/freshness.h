@@ -1,4 +1,4 @@
-// What an answer may lack: how the disk differs from what the site knows of it.
+// How the disk differs from what the site knows, so that an answer may be incomplete.
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@ namespace zvrsit::cli {
 
 // Compares the open site with the disk, as it is now.
 SiteChanges CompareSite(Session& session);
-// Says in a line of stderr which files have changed since they were read, and in another of which
-// files the links are not known; `site` is the name for the command that mends it.
+// Says on stderr, in one line, which files have changed since they were read; and in another line,
+// of which files the links are not known. `site` is the name in the command that mends this.
 void TellChanges(const Session& session, const SiteChanges& changes, const std::string& site);
 // The second of these lines.
 void TellUnread(const Session& session, const SiteChanges& changes);

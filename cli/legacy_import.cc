@@ -13,7 +13,8 @@
 namespace zvrsit::cli {
 namespace {
 
-// The server profile of that name in the newer generation; a different one that is there is kept.
+// Copies the server profile of that name to the newer generation. If a different profile has the
+// name there, that one is kept.
 void CarryServer(LegacySession& session, const std::string& name) {
   SitServProperty old;
   if (session.manager().GetServProf(name, old) != 0) return;

@@ -23,7 +23,7 @@ bool IsThere(const std::string& native) {
   return !error && size != 0;
 }
 
-// Without the file of their texts, which opening would make anew, profiles have no names.
+// Without the file of their texts, profiles have no names; opening would make an empty one.
 void NeedTexts(const fs::path& profiles) {
   constexpr std::uintmax_t kHeaderSize = 8;
   std::error_code error;
@@ -33,8 +33,8 @@ void NeedTexts(const fs::path& profiles) {
   throw Failure(kDatabase, texts + ": this file is missing; put a copy of it here");
 }
 
-// The native folder of the older database, in which no file of the profiles is missing; with kMake
-// it may itself be missing.
+// The native folder of the older database. No file of the profiles is missing in it. With kMake the
+// folder itself may be missing.
 std::string OlderFolder(const Options& options, Database database) {
   std::error_code error;
   const fs::path folder = PathOf(DatabaseFolder(options)) / kFolder;
@@ -89,7 +89,7 @@ std::string LegacySession::Native(const std::string& file) const {
   return NativePath(database_ + file);
 }
 
-// Has these files of the database in the copy, if the session has one.
+// Copies these files of the database, if the session works on a copy.
 void LegacySession::Bring(const std::vector<std::string>& files) {
   if (copy_ == nullptr) return;
   for (const std::string& file : files) copy_->Bring(PathOf(NativePath(file)));
@@ -103,7 +103,7 @@ SitSiteProperty LegacySession::Profile(const std::string& name) {
   return profile;
 }
 
-// A site's files, in the database; the one that holds the user's marks stands last.
+// A site's files in the database. The one with the user's marks comes last.
 std::vector<std::string> LegacySession::FilesOf(const std::string& name) {
   Profile(name);
   const int number = manager_->SiteProfGetID(name);

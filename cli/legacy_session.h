@@ -29,7 +29,7 @@ struct LegacyLink {
 
 class LegacySession {
  public:
-  // As Session; kMake makes both databases. What is only asked is a copy.
+  // As Session; kMake makes both databases. With kAsk it works on a copy.
   LegacySession(const Options& options, Database database);
   // Closes the site if one is open, which packs its files.
   ~LegacySession();
@@ -37,9 +37,9 @@ class LegacySession {
   LegacySession& operator=(const LegacySession&) = delete;
 
   SitMgr& manager() { return *manager_; }
-  // The newer generation's side of the same database, unless that is only asked.
+  // The newer generation of the same database; not with kAsk.
   Session& newer() { return *newer_; }
-  // Lets another manager into the profiles.
+  // Gives another manager access to the profiles.
   void Share(SitMgrBase& other) const;
 
   // The profile of a site; throws Failure(kUsage) when there is none of that name.
@@ -49,19 +49,19 @@ class LegacySession {
   // Opens a site; throws Failure: kUsage as above, kDatabase when one of its files is missing, is
   // damaged or cannot be opened.
   void Open(const std::string& name);
-  // Throws Failure(kDatabase) when the list of a site's files cannot be peeped into, is not whole,
-  // or was never made.
+  // Throws Failure(kDatabase) when the list of a site's files cannot be read, is not whole, or was
+  // never made.
   void NeedToPeep(SitPeeper& peeper, const std::string& name);
-  // The same for a rebuild: missing files are made, and damaged ones that cannot be opened are
-  // made anew, which stderr tells.
+  // Opens a site for a rebuild. Missing files are made. Damaged files that cannot be opened are
+  // made again, and stderr says so.
   void OpenToRebuild(const std::string& name);
   // Throws Failure(kFileSystem) when the folder of the open site is not there.
   void NeedFolder() const;
   // Throws Failure(kFileSystem) when the files cannot be written.
   void Close();
-  // The same failure, for an operation of the manager that has failed.
+  // Throws the same failure, after an operation of the manager that has failed.
   [[noreturn]] void FailToWrite();
-  // Ends everything but names() before an answer is printed: others can change the database then.
+  // Ends everything but names(), before an answer is printed. Then others can change the database.
   void LetGo();
 
   // Of the site that was opened.
@@ -81,7 +81,7 @@ class LegacySession {
   void NeedFiles(const std::string& name);
   void NeedWhole(const std::string& name);
   void KnowFolder(const std::string& name);
-  bool ReadLink(int number, LegacyLink& link);
+  [[nodiscard]] bool ReadLink(int number, LegacyLink& link);
 
   std::unique_ptr<Session> newer_;
   std::unique_ptr<OlderCopy> copy_;

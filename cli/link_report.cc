@@ -10,7 +10,7 @@
 namespace zvrsit::cli {
 namespace {
 
-// What is asked of entries, each once.
+// The entries that links lead to; each is read only once.
 class Entries {
  public:
   explicit Entries(Session& session) : session_(session) {}
@@ -22,7 +22,8 @@ class Entries {
     return entry->second;
   }
 
-  // Whether a file is there that the tables know nothing of, as it lies outside of the site.
+  // Whether a file is there about which the tables know nothing, because it lies outside of the
+  // site.
   bool IsOnDisk(const UrlID& path) {
     const auto [entry, isNew] = onDisk_.try_emplace(path.id);
     if (isNew) {

@@ -16,7 +16,7 @@ struct ShownLink {
   SiteLink link;  // but `exists` is true also for a file that is there outside of the site
 };
 
-// Calls `each` with the link for each of these record numbers, in their order.
+// Calls `each` with the link of each of these record numbers, in their order.
 void ForEachLink(Session& session, const std::vector<int>& numbers,
                  const std::function<void(const ShownLink&)>& each);
 // An object: from, to, kind (2 a file, 3 a URL), type, code, text, alt, count, exists.

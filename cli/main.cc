@@ -17,8 +17,9 @@
 namespace zvrsit::cli {
 namespace {
 
-// Takes the numbers of standard streams that are not open, so that no table gets one of them and
-// is printed into. What is read or written there fails, as it would otherwise.
+// Opens something under the numbers of standard streams that are closed. Otherwise a table could
+// get such a number, and output would be written into it. Reads and writes of these streams fail,
+// as they would otherwise.
 void OccupyStandardStreams() {
 #if !defined(_WIN32)
   for (const int fd : {0, 1, 2}) {

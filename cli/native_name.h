@@ -1,6 +1,6 @@
-// Names of the system, as they stand in arguments, answers and the library's paths, and
-// std::filesystem. The standard library takes a narrow name for UTF-8 on Windows, where it is in
-// the ANSI code page; so no name goes to std::filesystem or comes from it but through these two.
+// Names of the system: in arguments, in answers and in the library's paths they are narrow texts in
+// the ANSI code page. On Windows the standard library takes a narrow text for UTF-8. So no name
+// goes to std::filesystem or comes from it except through these two functions.
 #pragma once
 
 #include <filesystem>
@@ -13,18 +13,19 @@ std::filesystem::path PathOf(const std::string& name);
 // A character that the code page lacks becomes "?", which no file of Windows has in its name.
 std::string NameOf(const std::filesystem::path& path);
 
-// UTF-8, as in JSON, in the bytes that names have.
+// The UTF-8 text of JSON, in the bytes that names have.
 std::string NarrowText(const std::string& utf8);
 
-// The path with the letter case of the disk, where the system finds a file by any; else `path`.
+// The path in the letter case of the disk, if the system ignores letter case; else `path`.
 std::filesystem::path AsOnDisk(const std::filesystem::path& path);
 
-// Whether every argument of this process came as it was given. On Windows the C runtime puts a
-// look-alike in the place of a character that the code page lacks: another file's name, perhaps.
+// Whether every argument of this process is as it was given. On Windows the C runtime replaces a
+// character that the code page lacks by one that looks like it, which may make the name of another
+// file.
 bool AreArgumentsWhole();
 
-// Runs the program with a console, if there is one, that shows and takes the bytes of the ANSI code
-// page; its result.
+// Runs the program and gives its result. If there is a console, it shows and takes bytes of the
+// ANSI code page while the program runs.
 int InAnsiConsole(const std::function<int()>& program);
 
 }  // namespace zvrsit::cli

@@ -31,7 +31,7 @@ OlderCopy::OlderCopy(const std::string& database, const std::string& older)
   NeedCopied(original_, error);
 }
 
-// The copies can be written, whatever the files can.
+// The copies are made writable, even if the files are not.
 void OlderCopy::Bring(const fs::path& file) {
   Interrupts::Check();
   const fs::path name = file.lexically_normal();

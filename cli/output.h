@@ -19,7 +19,7 @@ using Json = nlohmann::ordered_json;
 // What LineText makes of a string that JsonText made.
 std::string LineOfJson(const Json& text);
 
-// As fmt::print, but the bytes are written as they are: names are in the code page.
+// As fmt::print, but bytes are written unchanged: names are in the code page.
 void PrintBytes(std::FILE* file, fmt::string_view format, fmt::format_args args);
 template <class... T>
 void PrintTo(std::FILE* file, fmt::format_string<T...> format, T&&... values) {
@@ -30,8 +30,8 @@ void Print(fmt::format_string<T...> format, T&&... values) {
   PrintBytes(stdout, format, fmt::make_format_args(values...));
 }
 
-// Hands all that was printed to the system. Throws Failure(kFileSystem), with what the system says,
-// when not all of it could be.
+// Writes out all that was printed. Throws Failure(kFileSystem), with the system's reason, when not
+// all of it could be written.
 void FinishOutput();
 
 // Says on stderr, in one line, what the user should know.
@@ -51,9 +51,9 @@ class JsonRows {
 };
 
 using Strings = std::vector<std::string>;
-// Prints an object: as JSON, or its fields, a line each, but for those that are empty texts.
+// Prints an object as JSON; or its fields, one in a line, without those that are empty texts.
 void PrintObject(const Json& object, bool json);
-// Prints a list: its rows as JSON, or a line a row, with the cells of `lines` in columns.
+// Prints a list: its rows as JSON; or one line for each row, with the cells of `lines` in columns.
 void PrintList(const Json& rows, const std::vector<Strings>& lines, bool json);
 // "1 page", "2 pages".
 std::string Counted(long count, std::string_view one, std::string_view many);

@@ -5,8 +5,8 @@
 
 namespace zvrsit::cli {
 
-// Asks for a password: on a terminal with `prompt` and without showing it, else the next line of
-// stdin. Throws Failure(kUsage) when there is none.
+// Asks for a password. On a terminal it shows `prompt` and does not show what is typed; else it
+// reads the next line of stdin. Throws Failure(kUsage) when there is none.
 std::string AskPassword(const std::string& prompt);
 
 }  // namespace zvrsit::cli

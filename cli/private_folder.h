@@ -9,19 +9,19 @@
 
 namespace zvrsit::cli {
 
-// A folder that only this user can enter; removed, with what is in it, at the end of the object.
-// Interrupts are noted while it lives: whoever fills it calls Interrupts::Check now and then.
+// A folder that only this user can enter. The destructor removes it, with everything in it. While
+// it lives, interrupts are only noted: whoever fills it must call Interrupts::Check now and then.
 class PrivateFolder {
  public:
-  // Makes it in the native folder `parent`, and that if it is missing; by default in the temporary
-  // folder. Throws Failure(kFileSystem).
+  // Makes it in the native folder `parent`, which is made if it is missing; by default in the
+  // temporary folder. Throws Failure(kFileSystem).
   explicit PrivateFolder(const std::filesystem::path& parent = {});
   ~PrivateFolder() { Remove(); }
   PrivateFolder(const PrivateFolder&) = delete;
   PrivateFolder& operator=(const PrivateFolder&) = delete;
 
   const std::filesystem::path& path() const { return path_; }
-  // Removes it before the end, but for what the system does not let go of while it is open.
+  // Removes it now, except files that the system keeps because they are open.
   void Remove();
 
  private:

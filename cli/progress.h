@@ -12,8 +12,8 @@ namespace zvrsit::cli {
 
 class ProgressLine;
 
-// While it lives, an interrupt sets the dialog's cancel flag, and the bar is drawn on stderr when
-// that is a terminal. One at a time.
+// While it lives, an interrupt sets the dialog's cancel flag; and the bar is drawn on stderr if
+// that is a terminal. Only one at a time.
 class TerminalProgress {
  public:
   TerminalProgress();

@@ -12,8 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Why a page or a folder was not read. By the web rules that is also one that folders which are
-// links give a second name, where they lead round in circles.
+// Why a page or a folder was not read. With RuleFlags::readsWhatIsLinked one reason is that folders
+// which are links lead round in circles and give it a second name.
 std::string WhyNotRead(Session& session, const std::string& path) {
   if (path.back() == '\\') return "this folder cannot be read";
   std::error_code error;
@@ -26,7 +26,7 @@ std::string WhyNotRead(Session& session, const std::string& path) {
   return "not read, as it is " + session.names().Shown(known) + " by another name";
 }
 
-// What the rebuild could not do; the rest of the site is as it should be.
+// Names what the rebuild could not do. The rest of the site is right.
 void NameSkipped(Session& session) {
   for (const std::string& path : session.manager().SkippedByRebuild()) {
     Warn(NativePath(path) + ": " + WhyNotRead(session, path));

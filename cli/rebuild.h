@@ -10,9 +10,8 @@
 
 namespace zvrsit::cli {
 
-// Keeps the manager's walks through the site, for as long as this lives, out of the program's own
-// database, where that lies in the site: the native folder `database`, by default that of the
-// session.
+// While this lives, the manager's walks through the site leave out the program's own database, if
+// that lies in the site: the native folder `database`, by default that of the session.
 class DatabaseLeftOut {
  public:
   explicit DatabaseLeftOut(Session& session, const std::string& database = "");
@@ -27,11 +26,11 @@ class DatabaseLeftOut {
   std::filesystem::path folder_;
 };
 
-// Rebuilds the open site with a progress bar and brings its family up to date; names on stderr
-// each page and folder that could not be read. Gives kClean, or kFileSystem when some could not.
-// Throws Failure when the rebuild itself failed or was interrupted. A native folder `database` that
-// lies in the site is left out, by default that of the session.
-int RebuildSite(Session& session, bool complete, const std::string& database = "");
+// Rebuilds the open site with a progress bar and updates its family. Names on stderr each page and
+// folder that could not be read. Gives kClean, or kFileSystem when there were such. Throws Failure
+// when the rebuild itself failed or was interrupted. A native folder `database` in the site is left
+// out, by default that of the session.
+[[nodiscard]] int RebuildSite(Session& session, bool complete, const std::string& database = "");
 SiteTotals CountSite(Session& session);
 
 void PrintTotals(const SiteTotals& totals);

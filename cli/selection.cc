@@ -47,7 +47,8 @@ std::vector<std::string> ReadList(const std::string& name) {
   return SplitList({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
 }
 
-// The text in quotes, as one word for the shell. Throws for what cannot be quoted everywhere.
+// The text in quotes, as one word for the shell. Throws for a text that cannot be quoted on every
+// system.
 std::string Quoted(const std::string& text) {
   if (text.find_first_of("'\"%!\n") != text.npos) {
     throw Failure(kUsage, text + ": git cannot be asked about a name with quotes, % or !");
@@ -59,7 +60,7 @@ std::string Quoted(const std::string& text) {
 #endif
 }
 
-// What git prints; false when it fails.
+// Makes `answer` what git prints; false when git fails.
 bool AskGit(const std::string& arguments, std::string& answer) {
 #if defined(_WIN32)
   std::FILE* const pipe = popen(("git " + arguments + " 2>NUL").c_str(), "rb");
@@ -74,7 +75,7 @@ bool AskGit(const std::string& arguments, std::string& answer) {
   return pclose(pipe) == 0;
 }
 
-// The folder that all of these lie in or are.
+// The innermost folder that all of these are or lie in.
 fs::path CommonFolder(const std::vector<fs::path>& paths) {
   fs::path common = fs::is_directory(paths.front()) ? paths.front() : paths.front().parent_path();
   for (const fs::path& path : paths) {
@@ -149,7 +150,7 @@ void Selection::Add(const std::string& name) {
   }
 }
 
-// What differs from the revision, and what git does not keep yet.
+// Asks which files differ from the revision, and which files git does not know yet.
 void Selection::AskWhatChanged(const std::string& revision) {
   std::string names;
   const std::string git = "-C " + Quoted(root_.substr(0, root_.size() - 1));

@@ -29,11 +29,11 @@ class Selection {
   // for one outside of the root or a revision that git does not know.
   explicit Selection(const GivenPaths& given);
 
-  // The folder of the site, native: the root that was given; else the one folder that is all that
-  // was given; else the working folder where everything lies below it, or the nearest folder where
-  // it does.
+  // The folder of the site, native. It is the given root, if there is one. Else it is the one
+  // folder that was given alone; else the working folder, if everything lies below it; else the
+  // nearest folder that everything lies below.
   const std::string& root() const { return root_; }
-  // Leaves only what stands in the files that were asked about.
+  // Removes from the report what is not in the files that were asked about.
   void Narrow(FindingReport& report) const;
 
  private:

@@ -38,7 +38,7 @@ struct NumberField {
   std::int32_t largest;  // from 0
   const char* help;
 };
-// Kinds and ways are numbers of the application that publishes.
+// The meaning of these numbers belongs to the program that publishes.
 constexpr std::int32_t kAnyNumber = std::numeric_limits<std::int32_t>::max();
 constexpr NumberField kNumbers[] = {
     {"--firewall", "firewall", &ServProfile::firewall, kAnyNumber,
@@ -66,7 +66,7 @@ ServProfile ReadServer(Session& session, const std::string& name) {
   return server;
 }
 
-// Of a password only whether there is one.
+// A password is not shown, only whether there is one.
 Json ServerAsJson(const std::string& name, const ServProfile& server) {
   Json row{{"name", JsonText(name)}};
   for (const TextField& field : kTexts) row[field.key] = JsonText(server.*field.text);
@@ -138,7 +138,7 @@ std::vector<std::string> SitesOf(Session& session, const std::string& server) {
   return sites;
 }
 
-// Without `force` a server that sites name stays; with it they name none.
+// Without `force` it is a failure when sites name the server. With it, they name none afterwards.
 void TakeOutOfSites(Session& session, const std::string& server, bool force) {
   SiteMgr& manager = session.manager();
   std::string names;

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The profiles are opened with a backup, which is taken when they cannot be read.
+// The profiles are opened with a backup, which is used when they cannot be read.
 constexpr int kWithBackup = 3;
 constexpr int kWithoutBackup = 0;
 
@@ -40,7 +40,8 @@ std::string DatabaseFolder(const Options& options) {
 
 std::string SystemReason() {
   const int error = SiteMgr::LastSystemError();
-  // Links are looked up on the disk, whatever they say, and locks are waited for.
+  // These are no failures: targets of links are looked for on the disk, whatever they are, and
+  // locks are waited for.
   for (const int harmless : {0, ENOENT, ENOTDIR, EEXIST, EAGAIN, ELOOP, ENAMETOOLONG}) {
     if (error == harmless) return std::string();
   }
@@ -85,7 +86,7 @@ Session::Session(const Options& options, Database database)
   }
   database_ = NameOf(folder);
   if (OpenProfiles()) return;
-  // Profiles that only their backup can mend.
+  // These profiles can be repaired only from their backup.
   if (onlyAsks_) {
     LetProfilesGo();
     const Session mending(options, Database::kMustExist);
@@ -152,8 +153,8 @@ void Session::LetProfilesGo() {
   holdsProfiles_ = false;
 }
 
-// Locks the site, and then the profiles, so that no two processes wait for each other. Until it is
-// locked, the site may get another name.
+// Locks the site, and then the profiles; all processes do it in this order, so no two of them wait
+// for each other. Before it is locked, the site may get another name.
 void Session::LockSite(const std::string& name) {
   site_ = name;
   for (;;) {
@@ -241,7 +242,7 @@ void Session::OpenToAsk(const std::string& name) {
   Open(name);
 }
 
-// The tables are marked as not whole for as long as they are being written.
+// While the tables are being written, they are marked as not whole.
 void Session::Close() {
   const bool isWhole = !onlyAsks_ && manager_->GetSiteProfRebuildState() == kRebuilt;
   if (isWhole) SetRebuildState(kNotWhole);
@@ -250,7 +251,8 @@ void Session::Close() {
   manager_->SiteClose();
 }
 
-// What cannot be marked is left as it is: changed tables without the mark would be asked.
+// If the mark cannot be written, the tables are not written either. Otherwise changed tables
+// without the mark would be asked.
 void Session::SetRebuildState(int state) {
   if (manager_->SetSiteProfRebuildState(state, number_) != 0) FailToWrite();
 }

@@ -19,8 +19,9 @@ struct Options {
   FindingFormat format = FindingFormat::kText;  // of findings; others know text and JSON only
 };
 
-// What a command does with the database: asks it, changes it, or also makes it when it is missing.
-// Only asked, it may lie where nothing can be written, and others can ask it at the same time.
+// What a command does with the database: it asks it; it changes it; or it also makes it when it is
+// missing. With kAsk the database may lie where nothing can be written, and others can ask it at
+// the same time.
 enum class Database { kAsk, kMustExist, kMake };
 
 // The native folder of the database. Throws Failure(kUsage) when no home folder is known.
@@ -34,9 +35,10 @@ inline constexpr int kNeverRebuilt = 0;
 inline constexpr int kNotWhole = 1;  // the last rebuild or change did not come to its end
 inline constexpr int kRebuilt = 2;
 
-// The number, of no site, under which the database of the older generation is locked.
+// The number under which the database of the older generation is locked. No site has it.
 inline constexpr int kOlderDatabase = 1 << 26;
-// Throws the Failure for a lock that was not had, on `what` of the database in that native folder.
+// Throws the Failure for a lock that was refused. The message names `what` of the database in that
+// native folder.
 [[noreturn]] void FailToLock(const SiteMgr& manager, const std::string& database,
                              const std::string& what);
 
@@ -45,7 +47,7 @@ class Session {
   // Opens the database and locks its profiles until a site is opened. Throws Failure: kDatabase
   // when it is missing, damaged or in use, kFileSystem when it cannot be made or written.
   Session(const Options& options, Database database);
-  // Closes the site if one is open; what a failed command did stays done.
+  // Closes the site if one is open. What a failed command has done by then stays.
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -53,18 +55,18 @@ class Session {
   SiteMgr& manager() { return *manager_; }
   const std::string& database() const { return database_; }  // its native folder
 
-  // Opens the site `name`, to itself unless the database is only asked. Throws Failure: kUsage when
-  // there is none of that name, kFileSystem when its folder or top file is gone or a table may not
-  // be read and written, kDatabase when its tables are damaged or in use.
+  // Opens the site `name`; no other process can use it then, except with kAsk. Throws Failure:
+  // kUsage when no site has that name; kFileSystem when its folder or top file is gone, or a table
+  // may not be read and written; kDatabase when its tables are damaged or in use.
   void Open(const std::string& name);
   // The same, but false for damaged tables.
   [[nodiscard]] bool OpenIfSound(const std::string& name);
-  // The same for questions: kDatabase also when no rebuild or change of the site came to its end.
+  // The same for questions: also kDatabase when no rebuild or change of the site came to its end.
   void OpenToAsk(const std::string& name);
-  // Gives back every lock before an answer is printed: an open site answers on from memory.
+  // Gives back every lock before an answer is printed. The open site then answers from memory.
   void LetGo();
   // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. A
-  // site whose tables are not written to the end is one to be rebuilt.
+  // site whose tables were not written to their end must be rebuilt.
   void Close();
   // Lets go of the site and the database, and throws the same failure.
   [[noreturn]] void FailToWrite();
@@ -74,8 +76,9 @@ class Session {
   // Lets go of the site and the database; what was not written is lost.
   void Discard();
 
-  // Keeps others from the site without opening it, and from the profiles; puts in place what a
-  // rebuild had finished when it was killed, and removes what it had not. Throws as Open.
+  // Keeps others from the site, without opening it, and from the profiles. If a rebuild had
+  // finished when it was killed, its files are put in place; one that had not finished is removed.
+  // Throws as Open.
   void HoldSite(const std::string& name);
   // Keeps others from the profiles, or lets them in again.
   void HoldProfiles();
@@ -89,7 +92,7 @@ class Session {
 
   // Of the site that was opened.
   const SiteNames& names() const { return names_; }
-  // The name of an entry, shown: a path as above, a URL as it stands.
+  // The name of an entry as it is shown: a path as above, a URL unchanged.
   std::string ShownEntry(const UrlID& id);
   // The file that the user means by `native` (SiteNames::Candidates); throws Failure(kUsage) when
   // the site does not know it.
@@ -99,7 +102,7 @@ class Session {
 
  private:
   void OpenDatabase();
-  bool OpenProfiles();
+  [[nodiscard]] bool OpenProfiles();
   void NeedProfiles(bool areHeld);
   void LockSite(const std::string& name);
   void SetRebuildState(int state);
@@ -115,8 +118,8 @@ class Session {
   SiteNames names_;
 };
 
-// What the system said when a call to it failed last, such as ": No space left on device"; empty
-// for what is met with on the way of what succeeds.
+// The system's message for the last call that failed, such as ": No space left on device". Empty
+// for failures that also happen on the way to success.
 std::string SystemReason();
 // Throws Failure(kFileSystem) with `what` and that reason, if there is one.
 void ThrowIfSystemFailed(const std::string& what);

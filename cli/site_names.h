@@ -6,13 +6,13 @@
 
 namespace zvrsit::cli {
 
-// The `\` path of a native path made absolute; on Windows in the letter case of the disk, otherwise
-// not looked up there. Throws Failure(kUsage) for a name that cannot be held.
+// The `\` path of a native path, made absolute. On Windows it has the letter case of the disk;
+// elsewhere the disk is not asked. Throws Failure(kUsage) for a name that no path can have.
 std::string AbsolutePath(const std::string& native);
-// The same of a folder: it ends in `\`.
+// The same for a folder: it ends in `\`.
 std::string FolderPath(const std::string& native);
-// The `\` path, below the `\` path `folder`, of a native name that leads into it, also through
-// links of the file system; empty when it leads elsewhere.
+// The `\` path below the `\` path `folder` that a native name leads to, also through links of the
+// file system. Empty when it leads elsewhere.
 std::string PathBelow(const std::string& folder, const std::string& native);
 // The native form of a `\` path.
 std::string NativePath(const std::string& path);
@@ -30,11 +30,11 @@ class SiteNames {
 
   // How a `\` path is shown: the native path, relative to the site folder when it lies below it.
   std::string Shown(const std::string& path) const { return ShownNative(NativePath(path)); }
-  // The same of a native path.
+  // The same for a native path.
   std::string ShownNative(const std::string& native) const;
 
-  // What the user may mean by `native`, which is relative to the working folder or to the site
-  // folder, or leads to a file of the site through links of the file system.
+  // What the user may mean by `native`. It is relative to the working folder or to the site folder,
+  // or leads to a file of the site through links of the file system.
   //
   // The `\` paths, likeliest first.
   std::vector<std::string> Candidates(const std::string& native) const;

@@ -27,8 +27,8 @@ std::string ExistingFolder(const std::string& native) {
   return FolderPath(native);
 }
 
-// The page of a folder that is most likely its home page: as high up as there is one, by the usual
-// names first, then by name. Empty when there is no page at all.
+// The page of a folder that is most likely its home page: the one that lies highest; of several,
+// one with a usual name; of several, the first by name. Empty when there is no page at all.
 fs::path LookForTop(const fs::path& folder, const GivenSite& site) {
   const bool isWeb = site.rules.value_or("web") == "web";
   const PageTypes types(site.pageTypes.value_or(""));
@@ -68,7 +68,7 @@ bool AreOneName(const std::string& a, const std::string& b) {
                             platform::LowerAscii);
 }
 
-// Moves `path` along when it lies below the folder that moved.
+// Changes `path` when it lies below the folder that was moved.
 void Rebase(std::string& path, const std::string& from, const std::string& to) {
   if (!from.empty() && path.starts_with(from)) path = to + path.substr(from.size());
 }
@@ -80,7 +80,7 @@ void ChangeFolder(SiteProfile& profile, const std::string& folder) {
   Rebase(profile.topFile, before, folder);
 }
 
-// Puts what is given into the profile. The folder comes first: the others lie below it.
+// Puts what is given into the profile. The folder comes first, because the others lie below it.
 void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
   if (site.folder) ChangeFolder(profile, ExistingFolder(*site.folder));
   const fs::path folder = PathOf(NativePath(profile.folders[kSlotSiteFolder]));
@@ -130,8 +130,9 @@ bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
   return a.folders[at] == b.folders[at];
 }
 
-// Whether links anywhere in the site may lead elsewhere now. Which pages a new default document
-// concerns is known; where there is none any more, only if links to folders still mean one.
+// Whether links anywhere in the site may lead elsewhere now. For a new default document the
+// affected pages are known, so it does not count here. When the default document is taken away, it
+// counts only if links to folders still mean a document.
 bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
   const RuleFlags& rules = FlagsOf(after.linkRules);
   return before.linkRules != after.linkRules || before.useDocumentRoot != after.useDocumentRoot ||
@@ -142,7 +143,8 @@ bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
          (!rules.findsFolderDocuments && after.defaultUrl.empty() && !before.defaultUrl.empty());
 }
 
-// Reads the pages anew that a new default document concerns, and closes the site; their names.
+// Reads again the pages that a new default document affects, and closes the site; gives their
+// names.
 std::vector<std::string> ReadFolderLinksAnew(Session& session) {
   std::vector<std::string> names;
   for (const std::string& path : session.manager().ListFolderLinkSources()) {
@@ -239,7 +241,7 @@ std::vector<std::string> ChangeSite(Session& session, const std::string& name,
   const bool reflect = profile.rebuildState == kRebuilt && profile.defaultUrl != before.defaultUrl;
   if (reflect) session.Open(name);
   if (reflect) profile.rebuildState = kNotWhole;  // until the pages are read
-  // Every path in the tables is one of the folder before.
+  // Every path in the tables belongs to the old folder.
   const bool moves = !SameFolder(before, profile, kSlotSiteFolder);
   if ((moves && manager.DeleteSiteProf(name) != 0) || manager.SetSiteProf(name, profile) < 0) {
     FailToWriteProfile("\"" + name + "\"");

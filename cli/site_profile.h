@@ -1,4 +1,4 @@
-// The profile of a site as the user gives it and as it is shown; shared by `add`, `check`, `sites`
+// The profile of a site as the user gives it and as it is shown. Used by `add`, `check`, `sites`
 // and `site`.
 #pragma once
 
@@ -14,7 +14,8 @@
 
 namespace zvrsit::cli {
 
-// What the command line says of a site; what it does not say is not set. Names are native.
+// What the command line says about a site. Fields that it does not give are not set. Names are
+// native.
 struct GivenSite {
   std::optional<std::string> folder;
   std::optional<std::string> top;         // absolute, or relative to the folder
@@ -34,19 +35,21 @@ void AddTopOption(CLI::App& command, GivenSite& site);
 // --top, --default-url, --doc-root, --live-url, --page-types and --rules.
 void AddSiteOptions(CLI::App& command, GivenSite& site);
 
-// The profile of a new site, not yet stored: `folder` has to be given, the rules are those of the
-// web unless given, and the home page is looked for. Throws Failure(kFileSystem) when a folder or
-// the top file is not there.
+// The profile of a new site, not stored yet. `folder` must be given. Without `rules` they are the
+// web rules; without `top` the home page is searched for. Throws Failure(kFileSystem) when a folder
+// or the top file is not there.
 SiteProfile NewProfile(Session& session, const GivenSite& site);
-// Throws Failure(kUsage) when the database has a file of its own by this name, or a site other than
-// `except`, in whatever letter case: some systems would take their folders for one.
+// Throws Failure(kUsage) when the database has a file of its own with this name, or a site other
+// than `except` has it. Letter case is ignored, because on some systems both would have the same
+// folder.
 void NeedNewName(Session& session, const std::string& name, const std::string& except);
-// Stores it; throws Failure(kUsage) too, when the name is not allowed or taken.
+// Stores the profile of a new site. Throws as NewProfile, and Failure(kUsage) when the name is not
+// allowed or taken.
 void AddSite(Session& session, const std::string& name, const GivenSite& site);
-// Changes what is given. Where the folder changes, what lay below it moves along, and the tables
-// begin anew. What all links depend on makes the site one to be rebuilt; after a new default
-// document the pages that it concerns are read anew, and their names given, as they are shown.
-// Failures as above.
+// Changes the fields that are given. When the folder changes, paths below it change too, and the
+// tables begin empty. When something changes on which all links depend, the site must be rebuilt.
+// After a new default document, the affected pages are read again; gives their names, as they are
+// shown. Failures as above.
 std::vector<std::string> ChangeSite(Session& session, const std::string& name,
                                     const GivenSite& site);
 

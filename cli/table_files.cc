@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 std::vector<std::string> TableNames() {
   std::vector<std::string> names;
   for (const SiteTableFile& table : kSiteTableFiles) {
-    names.emplace_back(table.suffix.substr(1));  // behind the separator
+    names.emplace_back(table.suffix.substr(1));  // after the separator
     names.push_back(TextFileOf(names.back()));
   }
   return names;
@@ -45,7 +45,7 @@ std::error_code CopyFile(const fs::path& from, const fs::path& to) {
   std::error_code error;
   errno = 0;
   fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
-  // What the standard library makes of a disk that becomes full.
+  // The standard library gives this error when a disk becomes full.
   if (error == std::errc::io_error && errno != 0) error.assign(errno, std::generic_category());
   return error;
 }

@@ -18,7 +18,8 @@ bool HasTables(const std::string& folder);
 void CopyTables(const std::string& folder, const std::string& to);
 // Removes them, and makes the folder if it is missing.
 void RemoveTables(const std::string& folder);
-// What is missing is no failure; one that may not be read, or else not read and written, is.
+// Throws when a file may not be read (or, unless `onlyToRead`, not read and written). A missing
+// file is no failure.
 void NeedAccess(const std::string& file, bool onlyToRead);
 void NeedAccessToTables(const std::string& folder, bool onlyToRead);
 

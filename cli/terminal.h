@@ -7,9 +7,9 @@
 namespace zvrsit::cli {
 
 bool IsTerminal(std::FILE* stream);
-// Whether stdout gets colours: `choice` is "always", "never" or "auto". With "auto" NO_COLOR (set
-// and not empty) says no, CLICOLOR_FORCE (set and neither empty nor 0) yes; else a terminal gets
-// them unless TERM is "dumb".
+// Whether stdout gets colours. `choice` is "always", "never" or "auto". With "auto", no colours if
+// NO_COLOR is set and not empty. Else colours if CLICOLOR_FORCE is set and neither empty nor 0.
+// Else colours on a terminal, unless TERM is "dumb".
 bool WantsColors(const std::string& choice);
 
 }  // namespace zvrsit::cli

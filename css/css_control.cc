@@ -17,16 +17,16 @@
 namespace zvrsit {
 namespace {
 
-// Style links of a page that room is made for at once.
+// Room is made for so many style links of a page at once.
 constexpr std::size_t kUsualLinks = 8;
 
-// A STYLE or LINK element of another TYPE has something that is no style sheet.
+// The content of a STYLE or LINK element of another TYPE is no style sheet.
 bool IsCss(const AttributeList& attributes, bool parameters) {
   const Attribute type = attributes.find(Attr::kType);
   return !type || IsCssType(type.value(), parameters);
 }
 
-// The attributes of SVG elements that are the properties of their names and may hold addresses.
+// Attributes of SVG elements that are CSS properties of the same names and may hold addresses.
 constexpr AttrSet kPresentationAttributes{Attr::kClipPath,    Attr::kCursor,    Attr::kFill,
                                           Attr::kFilter,      Attr::kMarkerEnd, Attr::kMarkerMid,
                                           Attr::kMarkerStart, Attr::kMask,      Attr::kStroke};
@@ -157,7 +157,7 @@ void CCSSControl::Reader::BeginFile(const std::string& path) {
   base_ = kPageItself;
 }
 
-void CCSSControl::Reader::TurnToBase(std::int32_t base) {
+void CCSSControl::Reader::UseBase(std::int32_t base) {
   if (base == base_) return;
   BeginFile(page_);
   parts_.ForEachBase(base, [this](const std::string& href) { resolver.SetBase(href); });
@@ -188,7 +188,7 @@ void CCSSControl::Reader::CollectPart(const PagePart& part, CCSSFileTree::Sheets
   AddPageReferences(part, false, tree.ofThePage);
 }
 
-// Whether an element is one of the page by the rules at hand.
+// Whether the rules let an element count.
 bool CCSSControl::Reader::Counts(const Element& element) const {
   return resolver.rules().readsShadowRoots || !element.inShadow();
 }
@@ -211,7 +211,7 @@ void CCSSControl::Reader::AddLinks(const PagePart& part, CCSSFileTree::Sheets& t
     if (resolver.rules().mindsTypes && !IsCss(attributes, true)) continue;
     std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage : tree.roots;
     const auto offset = static_cast<int>(part.OffsetInPage(href.valueOffset()));
-    TurnToBase(part.BaseAt(href.valueOffset()));
+    UseBase(part.BaseAt(href.valueOffset()));
     href_.clear();
     href.appendValue(href_);
     const bool isAdded = AddNode(href_, offset, Type_Link, nodes);
@@ -232,7 +232,8 @@ void CCSSControl::Reader::FindInStyles(const Document& document) {
   }
 }
 
-// There markup is markup: the sheet is made of the element's own texts and CDATA sections.
+// In SVG a STYLE is no raw text. So the sheet is made of the element's own texts and CDATA
+// sections.
 void CCSSControl::Reader::FindInSvgStyle(const Document& document, const Element& style) {
   const std::vector<Text> texts = style.ownTexts();
   if (texts.empty()) return;
@@ -259,7 +260,7 @@ void CCSSControl::Reader::FindInStyleAttributes(const Document& document) {
   }
 }
 
-// Of a style attribute, or of one that is the value of a property.
+// For a style attribute, or an attribute that is the value of a property.
 void CCSSControl::Reader::FindInAttribute(const Document& document, const Attribute& attribute,
                                           std::string_view property) {
   const std::string_view raw = attribute.rawValue();
@@ -283,8 +284,8 @@ void CCSSControl::Reader::FindInPresentationAttributes(const Document& document)
   }
 }
 
-// `raw` is a part of the document's text, and `decoded` what it stands for, or the same. Offsets
-// in decoded text would be off, so there the whole part is where its references stand.
+// `raw` is a part of the document's text, and `decoded` is its meaning, or equal to it. Offsets in
+// decoded text would be wrong. So then all its references have the place of the whole part.
 void CCSSControl::Reader::FindInPage(const Document& document, std::string_view raw,
                                      std::string_view decoded, CssSource source,
                                      std::string_view property) {
@@ -305,7 +306,7 @@ void CCSSControl::Reader::AddPageReferences(const PagePart& part, bool atOnce,
                                             std::vector<CssNode>& nodes) {
   for (const CssReference& reference : found_) {
     const auto place = static_cast<std::uint32_t>(reference.offset);
-    TurnToBase(atOnce ? part.BaseAt(place) : part.base);
+    UseBase(atOnce ? part.BaseAt(place) : part.base);
     const auto offset = static_cast<int>(part.OffsetInPage(place));
     AddNode(reference.text, offset, NodeTypeOf(reference.kind), nodes);
   }

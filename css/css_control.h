@@ -13,8 +13,8 @@ namespace zvrsit {
 class DOM;
 class Document;
 
-// Nothing that was read is kept beyond its tree: a tree shows pages and sheets as they are on the
-// disk. One thread at a time uses a control and its trees.
+// What was read is kept in its tree only, so a tree shows pages and sheets as they are on the disk.
+// One thread at a time uses a control and its trees.
 class ZVRSIT_API CCSSControl {
  public:
   // What CCSSFileTree::getType gives.
@@ -33,29 +33,30 @@ class ZVRSIT_API CCSSControl {
 
   // Forgets the folders and goes back to the classic link rules.
   void ClearSiteOption();
-  // The folders of the open site: the site folder, which ends in `\`, and those where the
-  // application saves parts of a page (slots 7 and 3 of its profile), which are not used: no
-  // reference is resolved through them.
+  // The folders of the open site. `siteFolder` ends in `\`. The other two are where the application
+  // saves parts of a page (slots 7 and 3 of the profile). They are not used: no reference is
+  // resolved through them.
   void SetSiteSaveDir(const std::string& siteFolder, const std::string& slot7,
                       const std::string& slot3);
   // The folder that "/" names; the site folder where this is not called or `folder` is empty.
   void SetSiteDocumentRoot(const std::string& folder);
-  // How references are resolved, and whether sheets outside of the site folder are read (under
-  // the classic rules only).
+  // How references are resolved, and (RuleFlags::readsSheetsOutside) whether sheets outside of the
+  // site folder are read.
   void SetLinkRules(LinkRules rules);
-  // The URL under which the site folder is served, for the web rules; to be said after the folders
-  // and the rules. One that is no absolute http or https URL is as none.
+  // The URL under which the site folder is served, for the web rules. To be called after the
+  // folders and the rules. A text that is no absolute http or https URL means none.
   void SetLiveUrl(const std::string& url);
 
-  // The tree of a page: its linked sheets, what its STYLE elements import and the addresses in
-  // them, then those in style attributes. A null document is read from the file at `path`; when
-  // that fails, the tree has no root. By the web rules a sheet that does not say its encoding has
-  // that of the sheet that imports it, or of the page in its file.
+  // The tree of a page. First its linked sheets; then what its STYLE elements import, and the
+  // addresses in them; then the addresses in style attributes. If `document` is null, the file at
+  // `path` is read; when this fails, the tree has no root. With
+  // RuleFlags::givesSheetsCharsetOfPage, a sheet that does not say its encoding has that of the
+  // sheet that imports it, or of the page's file.
   CCSSFileTree GetFileTree(const std::string& path, Document* document);
   // The tree of a sheet. One that cannot be read is a root without children.
   CCSSFileTree GetFileTreeFromCSS(const std::string& path);
-  // The same for a sheet of a page or sheet in another encoding than the code page: `charset` is
-  // its label, and counts for sheets that do not say their own. Empty: the code page.
+  // The same for a sheet that a page or sheet in another encoding refers to. `charset` is the label
+  // of that encoding, or empty for the code page. It counts for sheets that do not say their own.
   CCSSFileTree GetFileTreeFromCSS(const std::string& path, const std::string& charset);
 
   // The label of the encoding of the page at `path`; empty when it has none or cannot be read.

@@ -11,12 +11,12 @@ namespace zvrsit {
 // it says none.
 std::string_view DeclaredCharset(std::string_view bytes);
 
-// Decodes by what the sheet says, then by `charset`, a label that may be empty, and then takes the
-// bytes for the code page. The result is a slice of `bytes` where nothing had to be converted, else
+// Decodes a sheet. Its encoding is the one that the sheet says; else `charset`, a label that may be
+// empty; else the code page. The result is a part of `bytes` if nothing had to be converted, else
 // all of `buffer`. Malformed input becomes the code page's replacement character.
 std::string_view DecodeSheet(std::string_view bytes, std::string_view charset, std::string& buffer);
 
-// Whether that takes another encoding than the sheet itself says: it says none and is not ASCII.
+// Whether the encoding must come from elsewhere: the sheet says none, and is not ASCII.
 bool DependsOnCharset(std::string_view bytes);
 
 }  // namespace zvrsit

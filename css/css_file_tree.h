@@ -14,20 +14,20 @@ class CCSSControl;
 // that file refers to, in the order of the file. A reference that stands twice is two nodes. A
 // node is handed out as a pointer to its string, which is the tree's and lives as long as it.
 //
-// The root is the page or sheet that the tree was asked for. Its siblings are sheets that the page
-// reads without referring to them as to a style sheet: those of a LINK whose REL holds more than
-// the word.
+// The root is the page or sheet that the tree was made for. Its siblings are sheets of LINKs whose
+// REL has other words beside STYLESHEET: the page reads them, but does not refer to them as style
+// sheets.
 //
-// Sheets are read when they are first asked about. Each file bears children once in a tree, at the
-// node where it is asked about first; so import cycles end, and a tree is no larger than its sheets
-// together. A tree must not outlive its CCSSControl.
+// Sheets are read when they are first asked about. Each file has children only once in a tree: at
+// the node that is asked about first. So cycles of imports end, and a tree is not larger than all
+// its sheets together. A tree must not outlive its CCSSControl.
 class ZVRSIT_API CCSSFileTree {
  public:
   CCSSFileTree(CCSSFileTree&&) noexcept;
   CCSSFileTree& operator=(CCSSFileTree&&) noexcept;
   ~CCSSFileTree();
 
-  // All of these accept null, as for a node that is not there. Nodes must be of this tree.
+  // All of these accept null, which means a node that is not there. Nodes must be of this tree.
 
   // Null when the page could not be read.
   const std::string* getRoot() const;

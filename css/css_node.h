@@ -6,8 +6,8 @@
 
 namespace zvrsit {
 
-// One reference, resolved. It is a string because that is what callers of the tree hold: a node's
-// address is its string's.
+// One reference, resolved. It derives from string because callers of the tree hold strings: the
+// address of a node is that of its string.
 struct CssNode : std::string {
   std::string declared;      // as written; empty for a root
   std::int32_t offset = -1;  // of the reference in its file, in bytes; -1 not known

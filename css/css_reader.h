@@ -1,5 +1,5 @@
-// What stands behind CCSSControl and CCSSFileTree: the reading of pages and sheets, and what a tree
-// has read so far.
+// The inside of CCSSControl and CCSSFileTree: it reads pages and sheets, and keeps what a tree has
+// read so far.
 #pragma once
 
 #include <cstdint>
@@ -33,7 +33,7 @@ constexpr int NodeTypeOf(CssReferenceKind kind) {
 // Finds the references of one page or sheet after another, and resolves them.
 class CCSSControl::Reader {
  public:
-  // What the control was told.
+  // The settings of the control.
   DOM* dom = nullptr;
   std::string siteFolder;
   std::string documentRoot;
@@ -58,11 +58,12 @@ class CCSSControl::Reader {
   void FindInPage(const Document& document, std::string_view raw, std::string_view decoded,
                   CssSource source, std::string_view property = {});
 
-  // References are taken from the file at `path` from here on.
+  // From here on references are resolved from the file at `path`.
   void BeginFile(const std::string& path);
-  // The same for the page at hand and one of its bases.
-  void TurnToBase(std::int32_t base);
-  // Those of found_, in a part of the page. `atOnce`: a BASE behind them does not count.
+  // The same from one of the bases of this page.
+  void UseBase(std::int32_t base);
+  // Adds the references in found_, which stand in a part of the page. `atOnce`: a BASE after them
+  // does not count.
   void AddPageReferences(const PagePart& part, bool atOnce, std::vector<CssNode>& nodes);
   bool AddNode(std::string_view declared, int offset, int type, std::vector<CssNode>& nodes);
   bool IsReadable(const std::string& path) const;
@@ -75,7 +76,7 @@ class CCSSControl::Reader {
   std::string href_;                 // scratch
 };
 
-// The nodes of a tree. They stay where they are for as long as it lives: callers hold pointers.
+// The nodes of a tree. They do not move while it lives, because callers hold pointers to them.
 struct CCSSFileTree::Sheets {
   explicit Sheets(CCSSControl::Reader& reads) : reader(reads) {}
 

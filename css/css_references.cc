@@ -12,7 +12,7 @@ namespace {
 
 using Type = CssTokenType;
 
-// Properties whose addresses are images; sorted, and without the prefix of a maker.
+// Properties whose addresses are images; sorted, without vendor prefixes.
 constexpr std::string_view kImageProperties[] = {
     "background",
     "background-image",
@@ -34,8 +34,8 @@ constexpr std::string_view kImageProperties[] = {
 };
 static_assert(std::is_sorted(std::begin(kImageProperties), std::end(kImageProperties)));
 
-// The at-rules behind which an @import no longer counts; sorted. One that is not known is skipped
-// by readers and changes nothing.
+// After one of these at-rules an @import no longer counts; sorted. A rule that is not known is
+// skipped by browsers and changes nothing.
 constexpr std::string_view kRulesBehindImports[] = {
     "container",
     "counter-style",
@@ -77,7 +77,7 @@ bool IsCustomProperty(std::string_view name) {
   return name.substr(0, 2) == "--";
 }
 
-// What is open at a place in the text.
+// The kinds of brackets and blocks that are open at a place in the text.
 enum class Open : std::uint8_t {
   kRules,     // the block of a rule
   kParen,     // (, or the arguments of a function
@@ -217,7 +217,7 @@ class Collector {
     }
   }
 
-  // What has been read was the prelude of a rule, which refers to nothing.
+  // The text so far was the part of a rule before its block. It refers to nothing.
   void OpenBlock() {
     found_.resize(firstReference_);
     const bool isKnownRule =

@@ -27,15 +27,15 @@ enum class CssSource : std::uint8_t {
 
 // Appends to `found`, in the order of the text, what a reader of the sheet would fetch:
 //   - the address of each @import that stands where imports may stand: outside of every block,
-//     behind nothing but @charset, the names of layers and other imports;
+//     after nothing but @charset, the names of layers and other imports;
 //   - each url() and src() in a declaration, and each string of an image-set().
-// Other addresses are names, not references: those in the preludes of @namespace, @document and
-// @supports, in selectors, and in the conditions behind the address of an @import.
-// `text` is in the code page; linear in its length, without recursion.
+// Other addresses are names, not references: those in the parts before the block of @namespace,
+// @document and @supports, in selectors, and in the conditions after the address of an @import.
+// `text` is in the code page. The time is linear in its length, and nothing is recursive.
 void CollectCssReferences(std::string_view text, CssSource source,
                           std::vector<CssReference>& found);
-// The same for the value of one property, as an attribute of SVG has it; `property` is in lower
-// case. A value that is none, for it holds a ";", refers to nothing.
+// The same for the value of one property, given as an attribute of SVG; `property` is in lower
+// case. A text with a ";" is no value, and refers to nothing.
 void CollectCssReferencesOfValue(std::string_view value, std::string_view property,
                                  std::vector<CssReference>& found);
 

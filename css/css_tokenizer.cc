@@ -9,8 +9,8 @@ namespace zvrsit {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-// The lowest second byte of a double-byte character in any of the code pages. A lead byte before
-// something lower stands alone, so that a damaged character does not swallow a quote or a line end.
+// The lowest second byte of a double-byte character in any of the code pages. A lead byte before a
+// lower byte is a character by itself. So a damaged character does not hide a quote or a line end.
 constexpr int kLowestTrailByte = 0x31;
 constexpr int kMostHexDigits = 6;
 
@@ -53,7 +53,7 @@ size_t CharacterLength(std::string_view text, size_t position,
 }
 
 struct Escape {
-  size_t end;          // behind the escape
+  size_t end;          // after the escape
   bool isHex;          // else the character that follows the backslash stands for itself
   char32_t codePoint;  // of a hexadecimal escape
 };
@@ -77,7 +77,7 @@ Escape ReadEscape(std::string_view text, size_t position, const std::array<bool,
   return {at, true, codePoint};
 }
 
-// Appends what the escape at `position` stands for; the position behind it.
+// Appends what the escape at `position` stands for; the position after it.
 size_t AppendEscape(std::string& out, std::string_view value, size_t position,
                     const std::array<bool, 256>& leadBytes) {
   const size_t next = position + 1;
@@ -202,7 +202,7 @@ size_t CssTokenizer::SkipWhitespace(size_t position) const {
   return position;
 }
 
-// Steps behind the ")" that ends a URL in which something forbidden was found.
+// Steps after the ")" that ends a URL in which something forbidden was found.
 size_t CssTokenizer::SkipBadUrl(size_t position) const {
   while (At(position) >= 0) {
     if (At(position) == ')') return position + 1;

@@ -1,9 +1,9 @@
 // Splits the text of a style sheet into tokens, after section 4 of CSS Syntax Module Level 3.
 //
-// The text is in the code page. Nothing is copied: a token holds slices of the text, and escapes
-// are decoded when a value is asked for. Line ends (CR, FF, CR LF) and NUL count as the
-// preprocessing of the standard would have them. One pass, linear in the text; parse errors show
-// only as the two bad token types.
+// The text is in the code page. Nothing is copied: a token holds parts of the text, and escapes are
+// decoded when a value is asked for. Line ends (CR, FF, CR LF) and NUL are treated as after the
+// preprocessing of the standard. There is one pass, in linear time. Parse errors appear only as the
+// two bad token types.
 #pragma once
 
 #include <array>
@@ -50,8 +50,8 @@ struct CssToken {
   bool flag = false;
   // The whole token as written.
   std::string_view raw;
-  // Undecoded: the name of an identifier, function, at-keyword or hash, the content of a string or
-  // URL, the unit of a dimension.
+  // Not decoded: the name of an identifier, function, at-keyword or hash; the content of a string
+  // or URL; the unit of a dimension.
   std::string_view value;
 };
 
@@ -66,7 +66,7 @@ bool CssValueIs(std::string_view value, std::string_view lowerCase);
 class CssTokenizer {
  public:
   // With `unicodeRanges`, U+26 and the like are single tokens, as in the value of a unicode-range
-  // descriptor; without, they are an identifier and numbers.
+  // descriptor. Without it they are an identifier and numbers.
   explicit CssTokenizer(std::string_view text, bool unicodeRanges = false);
 
   // The next token; kEnd, again and again, at the end of the text. Comments are stepped over.
@@ -82,7 +82,7 @@ class CssTokenizer {
   bool StartsNumber(size_t position) const;
   bool StartsUnicodeRange(size_t position) const;
 
-  // Each gives the position behind what begins at `position`.
+  // Each gives the position after the thing that begins at `position`.
   size_t SkipCharacter(size_t position) const;
   size_t SkipEscape(size_t position) const;
   size_t SkipName(size_t position) const;
@@ -91,7 +91,7 @@ class CssTokenizer {
   size_t SkipBadUrl(size_t position) const;
   void SkipComments();
 
-  // Each makes the token that begins at position_ and moves behind it.
+  // Each makes the token that begins at position_, and moves past it.
   CssToken Finish(CssTokenType type, size_t end);
   CssToken FinishValue(CssTokenType type, size_t from, size_t to, size_t end);
   CssToken NumericToken();

@@ -26,7 +26,7 @@ void ReferenceResolver::SetBase(std::string_view baseHref) {
   hasBase_ = true;
 }
 
-// Most files never come to this: all their references are known.
+// For most files this is never called: all their references are known already.
 TargetResolver& ReferenceResolver::Begun() {
   if (!isBegun_) resolver_.BeginPage(root_, file_);
   isBegun_ = true;

@@ -10,15 +10,15 @@
 
 namespace zvrsit {
 
-// A TargetResolver that remembers what the last references stood for: the pages of one folder name
-// the same few sheets.
+// A TargetResolver that remembers the results for the last references: the pages of one folder
+// refer to the same few sheets.
 class ReferenceResolver {
  public:
   explicit ReferenceResolver(LinkRules rules = LinkRules::Classic) : resolver_(rules) {}
 
-  // Begins a page or a sheet: references are taken from `path`; "/" is `root`.
+  // Begins a page or a sheet: references are resolved from `path`, and "/" is `root`.
   void BeginFile(const std::string& root, const std::string& path);
-  // These as of TargetResolver; a live URL is said before files are begun.
+  // As those of TargetResolver. A live URL must be set before files are begun.
   void SetLiveUrl(std::string_view url, std::string_view siteFolder);
   void SetBase(std::string_view baseHref);
   TargetKind Resolve(std::string_view reference, std::string& out);

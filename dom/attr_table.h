@@ -13,7 +13,7 @@ namespace zvrsit {
 using AttrNameTable = NameTable<Attr, 128>;
 extern const AttrNameTable kAttrNameTable;
 
-// Of a name in a text that goes on for at least eight readable bytes.
+// The number of a name in a text with at least eight readable bytes from there on.
 inline Attr AttrOfPadded(const char* name, std::size_t length) {
   return kAttrNameTable.FindPadded(name, length, Attr::kOther);
 }

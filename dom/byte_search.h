@@ -1,7 +1,7 @@
 // The searches of the HTML tokenizer.
 //
-// They work on text that ends in zeros: kTextPadding of them are readable from `end` on. Each gives
-// the first byte that it looks for, or `end`.
+// They work on text that is followed by zeros: kTextPadding bytes from `end` on are readable. Each
+// gives the first byte that it looks for, or `end`.
 #pragma once
 
 #include <array>
@@ -49,8 +49,9 @@ inline bool IsByte(char byte, ByteClass which) {
   return (kByteClasses[static_cast<unsigned char>(byte)] & which) != 0;
 }
 
-// The first byte of one class. Names and values without quotes are short: where a loop ends, a
-// processor foresees and reads on; for the result of a vector it waits.
+// The first byte of one class. Names and values without quotes are short. A processor predicts
+// where such a loop ends, and reads on at once; for the result of a vector instruction it would
+// wait.
 inline const char* FindClass(const char* from, const char* end, ByteClass which) {
   const auto stop = static_cast<ByteClass>(which | kZeroByte);
   for (;; ++from) {
@@ -59,7 +60,8 @@ inline const char* FindClass(const char* from, const char* end, ByteClass which)
   }
 }
 
-// The first `byte`, which is not zero. Runs of text and quoted values are long enough for a vector.
+// The first `byte`, which must not be zero. Runs of text and quoted values are long enough for
+// vector instructions.
 struct PortableSearch {
   static const char* Byte(const char* from, const char* end, char byte) {
     const void* found = std::memchr(from, byte, static_cast<std::size_t>(end - from));
@@ -70,7 +72,7 @@ struct PortableSearch {
 #if defined(__SSE2__)
 struct Sse2Search {
   static const char* Byte(const char* from, const char* end, char byte) {
-    // The zeros behind the end make a hit there impossible.
+    // The bytes after the end are zeros, so nothing is found there.
     for (; from < end; from += 16) {
       if (const unsigned hits = Bits(Equal(Load(from), byte))) {
         return from + First(hits);

@@ -76,7 +76,7 @@ struct NameRange {
   }
 };
 
-// The longest name that `text`, behind the "&", begins with.
+// The longest name that `text`, after the "&", begins with.
 CharacterReference MatchNamed(std::string_view text, bool inAttribute) {
   CharacterReference best;
   bool semicolon = false;
@@ -109,7 +109,7 @@ int HexDigit(char c) {
   return 16;
 }
 
-// What a number means: the C1 controls are those of windows-1252.
+// The character of a number. The C1 controls mean the characters of windows-1252.
 char32_t CodePointOf(char32_t number) {
   static constexpr std::uint16_t kC1[32] = {
       0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,

@@ -27,7 +27,7 @@ std::string Lower(std::string_view text) {
   return lower;
 }
 
-// `text` up to its first space or one of `ends`, or inside its quotes.
+// `text` up to its first space or one of `ends`; or what is inside its quotes.
 std::string_view FirstValue(std::string_view text, std::string_view ends) {
   text = TrimSpace(text);
   if (!text.empty() && (text.front() == '"' || text.front() == '\'')) {
@@ -49,7 +49,7 @@ std::string_view CharsetOfContent(std::string_view content) {
   return {};
 }
 
-// How a MetaSink reads on behind a tag.
+// How a MetaSink reads on after a tag.
 enum class Reading {
   kPrescan,  // raw text is not told from markup
   kHead,     // it is, and the first tag that has no place in a head is the end
@@ -86,7 +86,7 @@ class MetaSink {
     if (attr == Attr::kCharset && charset_.empty()) charset_ = value;
   }
 
-  // With the label found, the rest is passed over.
+  // When the label is found, the rest is skipped.
   ContentModel StartTag(const TagSlices& slices) {
     const Tag tag = TagOf(slices);
     isOver_ |= EndsHead(tag);
@@ -105,7 +105,7 @@ class MetaSink {
   }
   bool EndsHead(Tag tag) const { return reading_ == Reading::kHead && !kHeadTags.contains(tag); }
 
-  // A label that nobody knows is none.
+  // An unknown label does not count.
   void TakeLabel() {
     label_ = TrimSpace(Lower(charset_));
     if (label_.empty() && Lower(httpEquiv_) == "content-type") {
@@ -144,7 +144,8 @@ std::string LabelInFront(std::string_view page) {
   return sink.label();
 }
 
-// Of the whole head, which is short as a rule: what is read grows from try to try.
+// The label in the whole head. A head is usually short, so a small part is read first, and more
+// with each try.
 std::string LabelInHead(std::string_view page) {
   std::string padded;
   for (std::size_t size = kPrescanned;; size *= kGrowth) {

@@ -24,8 +24,8 @@ class ZVRSIT_API CodeConv {
   // not known; then text() is null.
   bool Import(const char* top, std::size_t size, int charset);
 
-  // The text, good until the next Import. Where nothing had to be converted it lies in the bytes
-  // given to Import, to their very end, and those must be there as long as it is used; else
+  // The text, good until the next Import. If nothing had to be converted, it lies in the bytes
+  // given to Import and ends where they end; these bytes must be kept as long as it is used. Else
   // kTextPadding zeros follow it.
   const char* text() const { return text_; }
   std::size_t length() const { return length_; }
@@ -33,8 +33,8 @@ class ZVRSIT_API CodeConv {
   // The label of the encoding that the page was read in; "" for a code page that has none.
   const std::string& charset() const { return charset_; }
 
-  // The text is a part of the page as it stands: a byte offset in the text plus textOffset() is
-  // one in the page.
+  // Whether the text is an unchanged part of the page. Then a byte offset in the text plus
+  // textOffset() is an offset in the page.
   bool borrowed() const { return borrowed_; }
   std::size_t textOffset() const { return textOffset_; }
 

@@ -1,13 +1,13 @@
 // A page in memory: its elements and attributes, as flat arrays over its text.
 //
 // There is no tree. Every start tag is one element, in document order; nothing is repaired, moved
-// or implied. What a browser's tree decides beyond that and matters here is kept with the element:
-// whether it lies in SVG or MathML, whether in the content of a TEMPLATE, and whether a browser
-// passes over it.
+// or implied. A browser's tree decides more, and three of its decisions are kept with each element:
+// whether it lies in SVG or MathML, whether it lies in the content of a TEMPLATE, and whether a
+// browser ignores it.
 //
-// A TEMPLATE whose SHADOWROOTMODE is "open" or "closed" declares a shadow root of the element that
-// it stands in, if that can have one and has none: its content is a part of the page, and is told
-// apart for those who want none of it.
+// A TEMPLATE whose SHADOWROOTMODE is "open" or "closed" declares a shadow root of the element
+// around it, if that element can have one and has none yet. The content of such a TEMPLATE belongs
+// to the page. It is marked, for callers who do not want it.
 //
 // The handles (Element, Attribute, AttributeList, Node, Text, NodeIterator) are small values that
 // point into their Document. They are good until its next createNodes() or its deletion.
@@ -81,7 +81,7 @@ class ZVRSIT_API Attribute {
 };
 
 // The attributes of one element in the order of the page. A name that is written twice is listed
-// twice; looking it up gives the first, the one that counts.
+// twice. Looking it up gives the first, which is the one that counts.
 class ZVRSIT_API AttributeList {
  public:
   AttributeList() = default;
@@ -144,17 +144,17 @@ class ZVRSIT_API Element {
   Tag tag() const { return record().tag; }
   std::string_view name() const;  // as written
   bool isHtml() const { return (record().flags & ElementRecord::kForeign) == 0; }
-  // In the content of a TEMPLATE that declares no shadow root, be it at one remove.
+  // Whether it lies in the content of a TEMPLATE that declares no shadow root, at any depth.
   bool inTemplate() const { return (record().flags & ElementRecord::kInTemplate) != 0; }
-  // In a shadow root that the page declares.
+  // Whether it lies in a shadow root that the page declares.
   bool inShadow() const { return (record().flags & ElementRecord::kInShadow) != 0; }
-  // A FORM within a FORM: a browser has no such element.
+  // Whether it is a FORM within a FORM: in a browser there is no such element.
   bool isIgnored() const { return (record().flags & ElementRecord::kIgnored) != 0; }
   inline AttributeList attributes() const;
   std::uint32_t offset() const { return record().offset; }  // of its "<" in the text
   std::uint32_t index() const { return index_; }            // counts all elements of the document
 
-  // What follows the start tag directly: a text, an element, or an empty Node when the element ends
+  // What directly follows the start tag: a text or an element. An empty Node when the element ends
   // there, cannot have content, or goes on with a comment.
   class Node firstChild() const;
   // The texts of an SVG STYLE, without comments and without those of elements in it; of any other
@@ -212,10 +212,10 @@ struct ElementAttribute {
 // What a document keeps of its page.
 enum class DocumentScope {
   kWhole,
-  // Outside of SVG, MathML and TEMPLATE, attributes that hold no reference by themselves nor say
-  // anything about one (CLASS, ID, TITLE and all without a number) are left out, and then elements
-  // without attributes whose content is ordinary: most of a page. An element that is left out is
-  // not counted, and is nobody's first child.
+  // Keeps little of the page. Attributes that hold no reference and say nothing about one (CLASS,
+  // ID, TITLE and all without a number) are left out, except in SVG, MathML and TEMPLATE. Then
+  // elements without attributes and with ordinary content are left out, which is most of a page.
+  // Such an element is not counted, and no firstChild() gives it.
   kReferences,
   kReferencesAndIds,  // the same, and where the IDs stand
 };
@@ -226,7 +226,7 @@ struct TextRange {
   std::uint32_t length;
 };
 
-// As what the text of a document is read.
+// How the text of a document is read.
 enum class DocumentSyntax {
   kHtml,
   // XHTML and SVG: a SCRIPT, STYLE, TITLE and their like that end in "/>" are empty, and CDATA
@@ -241,30 +241,30 @@ class ZVRSIT_API Document {
   Document(const Document&) = delete;
   Document& operator=(const Document&) = delete;
 
-  // Reads `length` bytes of HTML in the code page; what the document held before is gone. The text
-  // is copied, so the caller may free it at once. `parent` must be null: the text is a whole page.
-  // `decode` says whether Attribute::value() decodes character references. 0, or -1 (the document
-  // is empty then) for a null text, a negative length or a parent.
+  // Reads `length` bytes of HTML in the code page, in place of what the document held. The text is
+  // copied, so the caller may free it at once. `parent` must be null: the text is a whole page.
+  // `decode` says whether Attribute::value() decodes character references. 0; or -1 for a null
+  // text, a negative length or a parent, and the document is then empty.
   int createNodes(const char* text, int length, Node* parent, bool decode);
-  // The same without a copy, for a text that kTextPadding zeros follow: it must stay as it is until
+  // The same without a copy. kTextPadding zeros must follow the text, and it must not change until
   // the document is cleared.
   int createNodesInPlace(const char* text, int length, bool decode,
                          DocumentScope scope = DocumentScope::kWhole,
                          DocumentSyntax syntax = DocumentSyntax::kHtml);
 
-  // The elements of one name in document order, without those in the content of a TEMPLATE; of a
-  // name that both HTML and SVG have, the HTML elements only. Found without a walk for every name
-  // that has a Tag. `upperCaseName` may be in any ASCII case.
+  // The elements of one name in document order, without those in the content of a TEMPLATE. For a
+  // name that both HTML and SVG have, only the HTML elements. A name that has a Tag is found
+  // without a walk. `upperCaseName` may be in any ASCII case.
   NodeIterator getElementsByTagName(const char* upperCaseName) const;
   // Indexes for element(), in document order, without those in the content of a TEMPLATE.
   inline std::span<const std::uint32_t> elementsOf(Tag tag) const;
 
-  // Every attribute of that number that counts (the first of its element, none in the content of a
-  // TEMPLATE), in document order. One pass over all attributes of the page.
+  // Every attribute of that number that counts, in document order: the first one of its element,
+  // and none in the content of a TEMPLATE. One pass over all attributes of the page.
   std::vector<ElementAttribute> attributesNamed(Attr attr) const;
 
-  // The values of all ID attributes, but for those in the content of a TEMPLATE, in document order.
-  // Empty but in DocumentScope::kReferencesAndIds.
+  // The values of all ID attributes in document order, except those in the content of a TEMPLATE.
+  // Empty unless the scope is DocumentScope::kReferencesAndIds.
   std::span<const TextRange> ids() const;
 
   // Every element of the page, 0 to elementCount() - 1, those in the content of a TEMPLATE too.
@@ -275,8 +275,8 @@ class ZVRSIT_API Document {
   std::string_view text() const { return text_; }
   bool decodes() const { return decode_; }
 
-  // Empties the document and keeps its memory for the next page, but for what an exceptionally
-  // large page took.
+  // Empties the document and keeps its memory for the next page, except what an unusually large
+  // page needed.
   void clear();
 
  private:
@@ -294,7 +294,7 @@ class ZVRSIT_API Document {
   }
 
   std::unique_ptr<Arrays> arrays_;
-  // What the inline functions need of them: so they are as fast as if the arrays were here.
+  // What the inline functions need of the arrays. So they are as fast as if the arrays were here.
   std::string_view text_;
   bool decode_ = true;
   std::size_t elementCount_ = 0;

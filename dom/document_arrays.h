@@ -24,14 +24,14 @@ struct Document::Arrays {
     TextKind kind;
   };
 
-  // Empties them and keeps their memory, but for what an exceptionally large page took.
+  // Empties them and keeps their memory, except what an unusually large page needed.
   void Clear();
 
-  // What is searched for markup: the text, in a double-byte code page with masked trail bytes.
+  // The text that is searched for markup. In a double-byte code page its trail bytes are masked.
   const char* source() const { return masked.empty() ? text.data() : masked.data(); }
   const char* sourceEnd() const { return source() + text.size(); }
 
-  // The text that an element begins with; `index` and `offset` are an element's and the end of its
+  // The text that an element begins with. `index` is the element, and `offset` is the end of its
   // start tag.
   Text RawTextOf(std::uint32_t index) const;
   Text TextAt(std::uint32_t offset, bool foreign) const;

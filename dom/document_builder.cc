@@ -25,7 +25,7 @@ bool DeclaresShadow(const Attribute& mode) {
          (value.size() == 6 && BeginsWithNoCase(value.data(), end, "closed"));
 }
 
-// What pages have on average; a list that grows while it is filled is copied.
+// The average of pages. A list that grows while it is filled has to be copied.
 constexpr std::size_t kBytesAnElement = 48;
 constexpr std::size_t kBytesAReference = 192;
 constexpr std::size_t kMostAtOnce = std::size_t{1} << 20;

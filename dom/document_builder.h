@@ -12,7 +12,7 @@ namespace zvrsit {
 
 class DocumentBuilder {
  public:
-  // Fills the arrays of `document`, where only the text is there yet. `followsAll`: see
+  // Fills the arrays of `document`, of which only the text is there so far. `followsAll`: see
   // ForeignContent.
   DocumentBuilder(const Document& document, Document::Arrays& arrays, DocumentScope scope,
                   bool followsAll)
@@ -68,7 +68,7 @@ class DocumentBuilder {
       return ContentModel::kData;
     }
     if (!foreign_.Idle() || kPlacedTags.contains(tag)) {
-      // A copy by parts leaves the slices of all other tags in registers.
+      // A copy made member by member lets the slices of all other tags stay in registers.
       return Place({slices.begin, slices.end, slices.name, slices.nameEnd, slices.selfClosing,
                     slices.endsRawText},
                    tag);
@@ -94,10 +94,10 @@ class DocumentBuilder {
   // In DocumentScope::kReferences.
   static constexpr AttrSet kWithoutReference{Attr::kOther, Attr::kClass, Attr::kId, Attr::kTitle};
 
-  // Tags that mean something to what comes behind them.
+  // Tags that change the meaning of what follows them.
   static constexpr TagSet kPlacedTags{Tag::kSvg, Tag::kMath, Tag::kTemplate, Tag::kForm};
 
-  // Whether an element without attributes means nothing to what is in it and behind it.
+  // Whether an element without attributes changes nothing for its content and for what follows it.
   static constexpr std::array<bool, kTagCount> kIsOrdinary = [] {
     std::array<bool, kTagCount> isOrdinary{};
     for (std::size_t i = 0; i < kTagCount; ++i) {

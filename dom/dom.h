@@ -9,7 +9,7 @@
 
 namespace zvrsit {
 
-// Makes documents, owns them, and hands the memory of a deleted one to the next, so that reading
+// Makes documents and owns them. The memory of a deleted document serves the next one, so reading
 // page after page allocates nothing. One thread at a time uses a DOM and its documents.
 class ZVRSIT_API DOM {
  public:
@@ -21,8 +21,8 @@ class ZVRSIT_API DOM {
   // An empty document of `type`, which must be "HTML" in any ASCII case; null for another type.
   Document* createDocument(const char* type);
 
-  // Gives a document back; it and every handle into it are dead from here. 0, or -1 for null and
-  // for a document that this DOM did not make or has already taken back.
+  // Deletes a document; it and every handle into it must not be used afterwards. 0, or -1 for null
+  // and for a document that this DOM did not make or has deleted already.
   int deleteDocument(Document* document);
 
  private:

@@ -5,9 +5,10 @@
 
 namespace zvrsit {
 
-// Copies `length` bytes of text in the code page of the process, each trail byte made 0x80: a byte
-// that means nothing to HTML. Trail bytes may equal letters, brackets and `\`, in code page 1361
-// also "<", "=" and ">". A lead byte before a byte that cannot be a trail byte stands alone.
+// Copies `length` bytes of text in the code page of the process, with each trail byte replaced by
+// 0x80, which means nothing to HTML. A trail byte may equal a letter, a bracket or `\`, in code
+// page 1361 also "<", "=" or ">". A lead byte before a byte that cannot be a trail byte is a
+// character by itself.
 void MaskTrailBytes(const char* text, std::size_t length, char* masked);
 
 }  // namespace zvrsit

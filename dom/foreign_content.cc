@@ -9,7 +9,8 @@ namespace {
 constexpr TagSet kMathTextTags{Tag::kMi, Tag::kMo, Tag::kMn, Tag::kMs, Tag::kMtext};
 constexpr TagSet kSvgHtmlTags{Tag::kForeignObject, Tag::kSvgDesc, Tag::kSvgTitle};
 
-// Elements that are those of SVG only there: MathML has others of these names, which load nothing.
+// Elements that mean something only in SVG: MathML has elements of these names too, which load
+// nothing.
 constexpr TagSet kSvgOnlyTags{Tag::kSvg, Tag::kSvgA,      Tag::kFeImage,  Tag::kImage,
                               Tag::kUse, Tag::kSvgScript, Tag::kSvgStyle, Tag::kSvgTitle};
 
@@ -72,7 +73,7 @@ bool ForeignContent::DeclaresShadow(const StartTag& start) {
 ForeignContent::Placed ForeignContent::StartForeign(const StartTag& start) {
   Tag tag = ForeignTagOf(start.name);
   const bool svg = stack_.back().kind == Kind::kSvg;
-  // SVG begins in MathML where an `annotation-xml` holds it; else MathML has an `svg` of its own.
+  // In MathML, SVG begins only in an `annotation-xml`. Elsewhere MathML has an `svg` of its own.
   const bool isSvg = svg || (tag == Tag::kSvg && stack_.back().tag == Tag::kAnnotationXml);
   if (!isSvg && kSvgOnlyTags.contains(tag)) tag = Tag::kOther;
   const Placed placed{tag, true, InTemplate(), InShadow()};

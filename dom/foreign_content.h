@@ -1,4 +1,5 @@
-// Where SVG and MathML begin and end, and the content of TEMPLATE, told from the tags alone.
+// Finds from the tags alone where SVG and MathML begin and end, and where the content of a TEMPLATE
+// does.
 //
 // Kept is a stack of the open elements of SVG and MathML and of the open TEMPLATEs. Beside it the
 // HTML elements that are open in integration points, the parts of SVG and MathML whose content is
@@ -18,8 +19,9 @@ namespace zvrsit {
 
 class ForeignContent {
  public:
-  // `followsAll`: every tag is told, and a TEMPLATE declares a shadow root only for an element that
-  // can have one. Else SVG, MATH and TEMPLATE are told, and what comes until Idle().
+  // With `followsAll` every tag must be given, and a TEMPLATE declares a shadow root only for an
+  // element that can have one. Without it only SVG, MATH and TEMPLATE must be given, and all that
+  // follows them until Idle().
   explicit ForeignContent(bool followsAll) : followsAll_(followsAll) {}
 
   // Nothing on the stack: every tag is HTML.
@@ -77,7 +79,7 @@ class ForeignContent {
     std::size_t htmlAround;         // HTML elements that were open when it began
     std::uint32_t nearestHtml;      // the nearest entry whose content is HTML, itself included
     std::uint32_t nearestTemplate;  // the nearest template of either kind, itself included
-    // The first entry of those in a row that no HTML element stands between.
+    // The first entry of a row of entries that have no HTML element between them.
     std::uint32_t runBegin;
     // In innermost_, and what stands there without this entry; null for a template.
     std::uint32_t* innermost;
@@ -86,7 +88,7 @@ class ForeignContent {
 
   bool InForeign() const { return !stack_.empty() && IsForeign(stack_.back().kind); }
   static bool IsForeign(Kind kind) { return kind == Kind::kSvg || kind == Kind::kMath; }
-  // What the innermost content of HTML is that of; kNone for the page.
+  // The entry whose HTML content is the innermost; kNone for the page.
   std::uint32_t NearestHtml() const { return stack_.empty() ? kNone : stack_.back().nearestHtml; }
   // The first HTML elements that a tag can close: those in it, but the parts of a table in all of
   // the innermost template.

@@ -8,17 +8,17 @@
 
 namespace zvrsit {
 
-// Where the data of a construct ends, and where the text goes on behind it.
+// Where the data of a construct ends, and where the text goes on after it.
 struct Extent {
   const char* dataEnd;
   const char* next;
 };
 
-// From behind "<!--" to behind "-->", or to the end of the text.
+// From after "<!--" to after "-->", or to the end of the text.
 Extent ScanComment(const char* from, const char* end);
 // Anything else that begins like markup: up to the next ">".
 Extent ScanBogusComment(const char* from, const char* end);
-// From behind "<![CDATA[" to behind "]]>".
+// From after "<![CDATA[" to after "]]>".
 Extent ScanCdata(const char* from, const char* end);
 
 // A document type. Fields that are not there are null views.
@@ -29,7 +29,7 @@ struct DoctypeToken {
   bool forceQuirks = false;
 };
 
-// From behind "<!DOCTYPE"; gives where the text goes on.
+// From after "<!DOCTYPE"; gives where the text goes on.
 const char* ScanDoctype(const char* from, const char* end, DoctypeToken& doctype);
 
 // Whether "</" at `from` begins the end tag of `name`, in any ASCII case. No name, no end tag.

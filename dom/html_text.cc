@@ -19,7 +19,7 @@ bool NeedsWork(char c) {
 }
 
 #if defined(__SSE2__)
-// One bit for each of 16 bytes that is not plain.
+// One bit for each of 16 bytes; it is set for a byte that is not plain.
 unsigned WorkBits(const char* from) {
   const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
   const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('&')),
@@ -29,7 +29,7 @@ unsigned WorkBits(const char* from) {
 }
 #endif
 
-// The first byte at or behind `from` that is not plain.
+// The first byte at or after `from` that is not plain.
 std::size_t FindWork(std::string_view raw, std::size_t from) {
   std::size_t i = from;
 #if defined(__SSE2__)
@@ -80,7 +80,7 @@ bool NeedsDecoding(std::string_view raw) {
   std::size_t i = 0;
   while (i < raw.size() && WorkBits(raw.data() + i) == 0) i += 16;
   if (i >= raw.size()) return false;
-  return FindWork(raw, i) < raw.size();  // what was found may stand behind the end
+  return FindWork(raw, i) < raw.size();  // what was found may stand after the end
 #else
   return FindWork(raw, 0) < raw.size();
 #endif

@@ -1,5 +1,5 @@
-// What a slice of HTML source says: character references decoded, line ends made one, NULs
-// replaced, in the code page of the process. Everything is appended to `out`.
+// The meaning of a part of HTML source, in the code page of the process: character references are
+// decoded, line ends made one, NULs replaced. Everything is appended to `out`.
 #pragma once
 
 #include <string>
@@ -16,8 +16,8 @@ void AppendPlain(std::string& out, std::string_view raw);
 // Names of tags, attributes and document types, in lower case.
 void AppendName(std::string& out, std::string_view raw);
 
-// Whether reading an attribute value or a text could change it. `raw` is a part of a document's
-// text, so that kTextPadding bytes behind it are readable.
+// Whether decoding an attribute value or a text could change it. `raw` is a part of a document's
+// text, so kTextPadding bytes after it are readable.
 bool NeedsDecoding(std::string_view raw);
 
 }  // namespace zvrsit

@@ -1,8 +1,8 @@
 // The tokenizer of HTML, after the tokenization section of the WHATWG HTML standard; its functions
 // bear the names of the states that they stand for.
 //
-// It gives slices of the text, as they are written there: nothing is copied, decoded or made small
-// (dom/html_text.h does that with a slice, when it is asked). It makes no parse errors known. Every
+// It gives parts of the text as they are written: nothing is copied, decoded or changed to lower
+// case (dom/html_text.h does this when a caller needs it). It does not report parse errors. Every
 // input takes linear time, and nothing is recursive.
 //
 // The text must be followed by kTextPadding readable zeros. In a double-byte code page the trail
@@ -13,13 +13,13 @@
 // - void Characters(const char* begin, const char* end, TextKind kind): never empty; adjacent runs
 //   are one text;
 // - void Attribute(const AttributeSlices&): for each attribute of a start tag, duplicates too;
-// - ContentModel StartTag(const TagSlices&): after its attributes; how to read on;
-// - void AbandonTag(): the text ended in the tag, whose attributes are void;
-// - bool WantsEndTags(): whether EndTag need be called now;
+// - ContentModel StartTag(const TagSlices&): called after its attributes; gives how to read on;
+// - void AbandonTag(): the text ended in the tag; its attributes do not count;
+// - bool WantsEndTags(): whether EndTag must be called now;
 // - void EndTag(const TagSlices&);
 // - void Comment(const char* begin, const char* end);
 // - void Doctype(const DoctypeToken&);
-// - bool InForeignContent(): whether "<![CDATA[" begins a CDATA section here.
+// - bool InForeignContent(): whether a CDATA section can begin here.
 #pragma once
 
 #include <cstddef>
@@ -39,7 +39,7 @@ struct AttributeSlices {
   const char* nameEnd;
   const char* value;  // equal to valueEnd for an attribute without "="
   const char* valueEnd;
-  Attr known;  // its number where that was had for nothing; else kOther, and to be looked up
+  Attr known;  // its number if the search came upon it; else kOther: still to be looked up
 };
 
 struct TagSlices {
@@ -57,8 +57,8 @@ class HtmlTokenizer {
   HtmlTokenizer(const char* text, std::size_t length, Sink& sink)
       : begin_(text), end_(text + length), sink_(sink) {}
 
-  // Begins elsewhere than in ordinary content. `lastStartTag` names the element whose end tag ends
-  // RCDATA, raw text and script data; it must outlive the run.
+  // Begins in other content than ordinary content. RCDATA, raw text and script data end at the end
+  // tag of the element `lastStartTag`; this text must outlive the run.
   void StartIn(ContentModel model, std::string_view lastStartTag) {
     model_ = model;
     lastStartTag_ = lastStartTag;
@@ -92,7 +92,8 @@ class HtmlTokenizer {
   }
 
  private:
-  // Every state takes the place where it begins and gives the one where the next begins.
+  // Every state is a function. It takes the place where the state begins, and gives the place where
+  // the next state begins.
 
   void Characters(const char* begin, const char* end, TextKind kind) {
     if (begin < end) sink_.Characters(begin, end, kind);
@@ -119,7 +120,7 @@ class HtmlTokenizer {
     return p;
   }
 
-  // Half of the tags follow one another directly or on the next line; see FindClass.
+  // Half of the tags follow the one before directly, or on the next line; see FindClass.
   const char* TextEnd(const char* p) {
     if (p[0] == '<') return p;
     if (p[1] == '<') return p + 1;
@@ -165,18 +166,19 @@ class HtmlTokenizer {
   }
 
   const char* SkipSpace(const char* p) {
-    if (*p == ' ') ++p;  // as a rule it is one space
+    if (*p == ' ') ++p;  // it is usually one space
     if (static_cast<unsigned char>(*p) > ' ') return p;
     while (IsByte(*p, kSpaceByte)) ++p;
     return p;
   }
 
   struct EndOfTag {
-    const char* next;  // behind its ">"; null when the text ends before
+    const char* next;  // after its ">"; null when the text ends before
     bool selfClosing;
   };
 
-  // What stands in a start tag behind its name. Few tags have more than these attributes.
+  // The part of a start tag after its name, when its attributes are frequent ones. Few tags have
+  // others.
   EndOfTag FrequentAttributes(const char* p) {
     while (*p != '>') {
       AttributeSlices attribute;
@@ -188,7 +190,7 @@ class HtmlTokenizer {
     return {p + 1, false};
   }
 
-  // All that stands in a tag behind its name.
+  // The whole part of a tag after its name.
   template <bool kReport>
   EndOfTag BeforeAttributeNameState(const char* p) {
     for (;;) {
@@ -207,8 +209,8 @@ class HtmlTokenizer {
     }
   }
 
-  // The attributes that most attributes are, as they are written as a rule: told by one comparison.
-  // False leaves `attribute` as it was.
+  // Reads one of the most frequent attributes, in its usual spelling: one comparison finds it.
+  // False when it is another; `attribute` is then unchanged.
   static bool BeginsFrequentAttribute(const char* p, AttributeSlices& attribute) {
     return BeginsWithAttribute(p, " class=\"", Attr::kClass, attribute) ||
            BeginsWithAttribute(p, " href=\"", Attr::kHref, attribute) ||
@@ -292,7 +294,7 @@ class HtmlTokenizer {
     return section.next;
   }
 
-  // RCDATA and raw text: all up to the end tag of the element that it is the content of.
+  // RCDATA and raw text: everything up to the end tag of the element that it belongs to.
   const char* RawTextState(const char* p, TextKind kind) {
     const char* text = p;
     while ((p = Search::Byte(p, end_, '<')) < end_ && !IsEndTagOf(p, end_, lastStartTag_)) ++p;

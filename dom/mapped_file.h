@@ -13,8 +13,8 @@ namespace platform {
 class LargeBuffer;
 }  // namespace platform
 
-// The content is read, not mapped: another program that cuts the file short cannot take bytes
-// away from under us. The buffer stays with the object from file to file.
+// The content is read, not mapped: when another program cuts the file short, the bytes stay
+// readable. The buffer stays with the object from file to file.
 class ZVRSIT_API MappedFile {
  public:
   MappedFile();

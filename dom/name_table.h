@@ -1,5 +1,5 @@
-// Looking up the names of elements and attributes: a fixed hash table, made at compile time, over
-// their letters as numbers.
+// A table of the names of elements and attributes: a fixed hash table over their letters as
+// numbers, made at compile time.
 #pragma once
 
 #include <array>
@@ -11,16 +11,16 @@
 
 namespace zvrsit {
 
-// Eight bytes of a name in a form that is the same in any ASCII case. Only letters in either case
-// give what a small letter gives, and only itself what gives a digit, "-" or ":". Bytes between and
-// beyond the letters may fall together: no name in a table has them.
+// Eight bytes of a name in a form that does not depend on ASCII letter case. A letter gives the
+// same as its lower-case letter, and nothing else does. A digit, "-" and ":" give what no other
+// byte gives. Other bytes may give the same, but no name in a table has them.
 constexpr std::uint64_t FoldCase8(std::uint64_t word) {
   return word | ((word >> 1) & 0x2020202020202020);
 }
 
-// A name as two words. A short one, of at most seven bytes, is told by the first alone: its length
-// is the lowest byte, and its own bytes are the highest. Of a longer one they are the first and the
-// last eight bytes.
+// A name as two words. A short name has at most seven bytes, and the first word is enough for it:
+// the length is the lowest byte, and the bytes of the name are the highest. For a longer name the
+// two words are the first and the last eight bytes.
 struct NameKey {
   std::uint64_t head = 0;
   std::uint64_t tail = 0;
@@ -38,7 +38,7 @@ constexpr std::uint64_t LoadBytes(const char* from, std::size_t count) {
   return word;
 }
 
-// The head of a short name that is not empty, from a word that begins with it.
+// The first word of a short name that is not empty, from eight bytes that begin with it.
 constexpr std::uint64_t ShortNameHead(std::uint64_t word, std::size_t length) {
   return FoldCase8(word << (-8 * length & 63) | length);
 }
@@ -81,8 +81,8 @@ class NameTable {
     return none;
   }
 
-  // The same for a name that is not empty, in a text that goes on for at least eight readable
-  // bytes.
+  // The same for a name that is not empty, in a text with at least eight readable bytes from there
+  // on.
   Value FindPadded(const char* name, std::size_t length, Value none) const {
     if (length > kShortName) return Find(MakeNameKey({name, length}), none);
     const std::uint64_t head = ShortNameHead(LoadWord(name), length);

@@ -123,8 +123,8 @@ constexpr NameKey kOption = MakeNameKey("option");
 constexpr NameKey kForm = MakeNameKey("form");
 constexpr NameKey kA = MakeNameKey("a");
 
-// Nothing is looked for further up, so that pages of open elements take linear time. No page is as
-// deep but to cost time.
+// The search goes no further up, so a page with very many open elements takes linear time. Only a
+// page that is made to cost time is so deep.
 constexpr std::size_t kDeepest = 128;
 
 }  // namespace
@@ -133,8 +133,8 @@ std::size_t OpenElements::Deepest() const {
   return open_.size() - std::min(open_.size(), kDeepest);
 }
 
-// Closes the nearest element that is `wanted`, with all that is open in it; false when there is
-// none up to one with one of the traits `barriers`.
+// Closes the nearest element that is `wanted`, with everything open in it. False when there is none
+// before an element with one of the traits `barriers`.
 template <class Wanted>
 bool OpenElements::CloseNearest(Wanted wanted, std::uint16_t barriers, std::size_t from) {
   for (std::size_t i = open_.size(); i > std::max(from, Deepest()); --i) {
@@ -182,7 +182,7 @@ void OpenElements::DropRemoved(std::size_t from) {
   while (open_.size() > from && open_.back().name == NameKey()) open_.pop_back();
 }
 
-// What goes on only until such an element begins.
+// Closes the elements that end where such an element begins.
 void OpenElements::CloseBefore(const StartTag& start, std::uint16_t traits, std::size_t from) {
   // A list item ends at the next one of its list.
   if (const auto item = static_cast<std::uint16_t>(traits & (kListItem | kTerm)); item != 0) {
@@ -201,9 +201,10 @@ void OpenElements::CloseBefore(const StartTag& start, std::uint16_t traits, std:
   if (start.name == kA || start.name == kButton) End(start.name, {from, from});
 }
 
-// Closes the parts of the innermost table that such a part cannot lie in; false outside of one.
+// Closes the parts of the innermost table that cannot contain such a part; false when no table is
+// open.
 bool OpenElements::CloseTableParts(std::uint16_t traits, std::size_t from) {
-  // Those of the same height, and what is less high.
+  // Parts of the same level, and of lower levels.
   const unsigned parts = ((traits & kTableParts) << 1) - 1;
   std::size_t keep = open_.size();
   for (std::size_t i = open_.size(); i > std::max(from, Deepest()); --i) {

@@ -1,5 +1,5 @@
-// Which HTML elements are open, where that has to be known: in the parts of SVG and MathML whose
-// content is HTML, and everywhere in a page that declares a shadow root.
+// Which HTML elements are open. This must be known in the parts of SVG and MathML whose content is
+// HTML, and everywhere in a page that declares a shadow root.
 //
 // Tags that are missing are added as browsers do (the tree construction section of the WHATWG HTML
 // standard) for the cases that pages have: P, list items, headings, tables, OPTION, BUTTON, A. What
@@ -45,8 +45,8 @@ class OpenElements {
   // tag, with the first number that nobody else knows.
   void DropRemoved(std::size_t from);
 
-  // Whether the innermost open element, from number `from` on, can be given a shadow root; it is
-  // given one. Where none is open, that is the body if `inBody`.
+  // Whether the innermost open element, from number `from` on, can be given a shadow root; if so,
+  // it gets one. If no element is open, it is the body when `inBody`.
   bool TakeShadowRoot(std::size_t from, bool inBody);
 
  private:

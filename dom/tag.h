@@ -8,9 +8,9 @@
 
 namespace zvrsit {
 
-// An HTML element has the tag of its name; `image` is an `img`, as in browsers. A foreign element
-// never has the tag of an HTML one: those that matter have tags of their own, the rest is kOther.
-// So the elements of Tag::kA are exactly the HTML ones.
+// An HTML element has the tag of its name; `image` is an `img`, as in browsers. An element of SVG
+// or MathML never has the tag of an HTML element: those that matter have tags of their own, and all
+// others are kOther. So the elements of Tag::kA are exactly the HTML ones.
 enum class Tag : std::uint16_t {
   kOther,
   // HTML.

@@ -13,7 +13,7 @@ extern const HtmlNameTable kHtmlNameTable;
 
 Tag HtmlTagOf(const NameKey& key);
 Tag ForeignTagOf(const NameKey& key);
-// Of a name in a text that goes on for at least eight readable bytes.
+// The tag of a name in a text with at least eight readable bytes from there on.
 inline Tag HtmlTagOfPadded(const char* name, std::size_t length) {
   return kHtmlNameTable.FindPadded(name, length, Tag::kOther);
 }

@@ -61,8 +61,8 @@ class Collector {
   }
 
  private:
-  // The finding of a rule about a target, begun when it is the first of its kind. Null where the
-  // rule is off.
+  // The finding of a rule about a target; it is made when it is the first one. Null when the rule
+  // is off.
   Finding* FindingOf(Rule rule, const std::string& target, bool& isNew) {
     isNew = false;
     if (!severities_.IsOn(rule)) return nullptr;
@@ -78,7 +78,7 @@ class Collector {
     return &report_.findings[entry->second];
   }
 
-  // A link belongs to a finding; where it stands is looked up for all of them at once.
+  // Adds a link to a finding. The places of all links are looked up together later.
   void AddLink(int number, const SiteLink& link, const Finding& finding) {
     links_.push_back(number);
     rows_.push_back({static_cast<std::size_t>(&finding - report_.findings.data()), link.from.id,
@@ -153,7 +153,8 @@ class Collector {
     return platform::ToNativePath(path, native) ? site_.typeOf(native) : fs::file_type::none;
   }
 
-  // Whether a link does not end in the name of its file: that of a document was added to a folder.
+  // Whether a link does not end in the name of its file: it leads to a folder, and the name of the
+  // document was added.
   static bool NamesNoFile(const SiteLink& link, const std::string& path) {
     const std::size_t separator = path.rfind('\\');
     if (separator == path.npos) return false;
@@ -242,7 +243,7 @@ class Collector {
     return true;
   }
 
-  // A link whose places cannot be told has one without a line, as often as it occurs.
+  // A link whose places are not known gets places without a line, as many as it occurs.
   void AddPlaces() {
     std::vector<std::vector<LinkPlace>> places;
     if (manager_.FindLinkPlaces(links_, places) != 0) places.assign(links_.size(), {});

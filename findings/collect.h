@@ -20,12 +20,12 @@ struct FoundSite {
   std::function<std::filesystem::file_type(const std::string& native)> typeOf;
 };
 
-// Fills `report` but for its time and prefix. `site` names the site folder and its
-// home page; without one no page is an orphan. Asks the
-// tables, and reads the pages that fragments lead to unless their IDs are kept
-// (SiteMgr::KeepPageIds), those that have findings, for places, and for kDuplicateId all. Rules
-// that are off cost nothing. 0, or -1 when a table cannot be read.
-int CollectFindings(SiteMgr& manager, const FoundSite& site, const Severities& severities,
-                    FindingReport& report);
+// Fills `report`, except its time and prefix. `site` names the site folder and its home page;
+// without a home page, no page is an orphan. It asks the tables. It reads pages that fragments lead
+// to, unless their IDs are kept (SiteMgr::KeepPageIds); pages that have findings, for the places;
+// and for kDuplicateId all pages. Rules that are off cost nothing. 0, or -1 when a table cannot be
+// read.
+[[nodiscard]] int CollectFindings(SiteMgr& manager, const FoundSite& site,
+                                  const Severities& severities, FindingReport& report);
 
 }  // namespace zvrsit

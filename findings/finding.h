@@ -19,8 +19,8 @@ struct FindingPlace {
   std::string reference;  // as written there; empty where the finding is not about a reference
 };
 
-// One thing that is wrong, with every place where it shows: a script that is missing is one
-// finding, however many pages load it.
+// One thing that is wrong, with every place where it appears: a missing script is one finding,
+// however many pages load it.
 struct Finding {
   Rule rule = Rule::kMissingFile;
   Severity severity = Severity::kError;
@@ -33,13 +33,13 @@ struct Finding {
 // What was found in one site.
 struct FindingReport {
   std::string folder;  // native and absolute, with its separator at the end
-  // How its files are named by the user: "" in that folder, else the way to it from the working
+  // How the user names its files: "" for that folder itself, else the path to it from the working
   // folder, with a separator at the end.
   std::string prefix;
   SiteTotals totals;
-  // What may be missing in it, as the disk differs from what was read: files that have changed,
-  // have gone or are new since, and pages that were not read. Named as above; those outside in
-  // full.
+  // Where the report may be incomplete, because the disk differs from what was read: files that
+  // have changed, are gone or are new since then, and pages that were not read. Files are named as
+  // above; those outside, in full.
   std::vector<std::string> changed;
   std::vector<std::string> gone;
   std::vector<std::string> added;

@@ -26,8 +26,8 @@ class KnownFiles {
 
   // The file that is there under this name in other letter case; empty for none.
   std::string SameButForCase(const std::string& name);
-  // The file that is likely meant by a name that is not there: one of a similar name in the same
-  // folder, else the only one of that name in another folder; empty for none.
+  // The file that is likely meant by a name that is not there. Either a file with a similar name in
+  // the same folder; or the only file with that name, in another folder. Empty for none.
   std::string Likeliest(const std::string& name);
 
  private:

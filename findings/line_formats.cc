@@ -54,7 +54,7 @@ std::string CommandText(std::string_view text) {
   return Replaced(platform::ToUtf8(text), kEscapes);
 }
 
-// The same of a property, which a "," or ":" would end.
+// The same for a property, which "," or ":" would end.
 std::string CommandProperty(std::string_view text) {
   constexpr Replacement kEscapes[] = {{',', "%2C"}, {':', "%3A"}};
   return Replaced(CommandText(text), kEscapes);
@@ -104,7 +104,7 @@ void AppendTestCase(const FindingReport& report, const Finding& finding, std::st
 
 }  // namespace
 
-// A rule without a finding is a test that passed; a warning passes too, and is told.
+// A rule without a finding is a test that passed. A warning passes too, and is shown.
 void AppendJunit(const FindingReport& report, std::string& out) {
   std::array<std::vector<const Finding*>, kRuleCount> byRule;
   for (const Finding& finding : report.findings) {

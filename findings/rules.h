@@ -66,7 +66,7 @@ class Severities {
   Severities();  // those of kRules
   Severity Of(Rule rule) const { return severities_[static_cast<std::size_t>(rule)]; }
   bool IsOn(Rule rule) const { return Of(rule) != Severity::kOff; }
-  // Switches off what is not about references.
+  // Switches off the rules that are not about references.
   void KeepLinks();
   void Set(Rule rule, Severity severity) { severities_[static_cast<std::size_t>(rule)] = severity; }
 

@@ -5,9 +5,9 @@
 namespace zvrsit {
 namespace {
 
-// Longer names are compared but for letter case only.
+// Longer names are compared for equality except for letter case, and for nothing else.
 constexpr std::size_t kLongest = 64;
-// Of shorter ones too many are near each other by chance.
+// Among shorter names too many are near each other by chance.
 constexpr std::size_t kShortest = 4;
 
 // In lower case, as far as letters are ASCII.
@@ -29,8 +29,8 @@ std::uint64_t HashBytes(std::string_view text) {
   return std::hash<std::string_view>()(text);
 }
 
-// Calls `take` with the hash of the name and of each that is left when one byte behind its last "/"
-// is taken out.
+// Calls `take` with the hash of the name, and with the hash of each name that results when one byte
+// after its last "/" is taken out.
 template <class Take>
 void ForEachShortened(const std::string& name, Take take) {
   take(HashBytes(name));
@@ -72,7 +72,7 @@ int NameSuggestions::Likeliest(std::string_view name) const {
   ForEachShortened(Folded(name), [&](std::uint64_t hash) {
     const auto found = shortened_.find(hash);
     if (found == shortened_.end() || (likeliest >= 0 && found->second >= likeliest)) return;
-    // "index-19" is no slip for "index-1".
+    // "index-19" is probably not a mistyped "index-1".
     if (WithoutDigits(names_[static_cast<std::size_t>(found->second)]) != unnumbered) {
       likeliest = found->second;
     }

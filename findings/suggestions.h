@@ -9,21 +9,21 @@
 
 namespace zvrsit {
 
-// Names that are there, looked up by what resembles them. Making it takes time in proportion to the
-// length of all names together; a question takes time in proportion to the length of its name.
+// Finds, among names that are there, those that resemble a name. Construction takes time in
+// proportion to the length of all names together; a question, in proportion to the length of its
+// name.
 //
-// Two names in one folder (the same up to the last "/") are near when taking at most one byte out
-// of each makes them equal: one letter is missing, too many or another, or two neighbours have
-// changed places. The names that result from taking one out are what is kept, by hash ("symmetric
+// Two names in one folder (equal up to the last "/") are near when they become equal after at most
+// one byte is taken out of each. So one letter is missing, extra or different, or two neighbours
+// have changed places. What is kept are the hashes of all names with one byte taken out ("symmetric
 // deletion", W. Garbe 2012).
 class NameSuggestions {
  public:
   // `names` are file names or IDs; they must stay where they are.
   explicit NameSuggestions(const std::vector<std::string>& names);
 
-  // The index of the name that is `name` but for letter case, else of one that is near and differs
-  // in more than digits; -1 for
-  // none. Of several the first.
+  // The index of the name that differs in letter case only; else of a near name that differs in
+  // more than digits; -1 for none. If there are several, the first.
   int Likeliest(std::string_view name) const;
   // The same for letter case alone.
   int SameButForCase(std::string_view name) const;

@@ -6,8 +6,9 @@
 
 namespace zvrsit {
 
-// What is wrong with a URL, in words; empty for one that the URL Standard (url.spec.whatwg.org)
-// lets pass, and for schemes other than http, https, ws, wss and ftp. Nothing is looked up.
+// What is wrong with a URL, in words. Empty for a URL that is valid by the URL Standard
+// (url.spec.whatwg.org), and for schemes other than http, https, ws, wss and ftp. No name is looked
+// up.
 std::string FaultOfUrl(std::string_view url);
 
 }  // namespace zvrsit

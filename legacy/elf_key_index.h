@@ -8,9 +8,10 @@
 
 namespace zvrsit {
 
-// Keys of numbered entries in a table of buckets. The table starts with the bucket count asked for
-// and the ELF hash; with more than four keys a bucket it grows, and where a chain shows that names
-// collide on purpose it turns to a hash that nobody outside of the process can foresee.
+// Finds numbered entries by their keys, in a table of buckets. The table starts with the given
+// number of buckets and the ELF hash. With more than four keys for each bucket it grows. When a
+// long chain shows that names were chosen to collide, it changes to a hash that nobody outside of
+// the process can know.
 class ElfKeyIndex {
  public:
   static constexpr int kNone = -1;
@@ -32,7 +33,7 @@ class ElfKeyIndex {
   };
 
   std::size_t BucketOf(std::string_view key) const;
-  // Links an entry into its chain, ascending; how long the chain was up to there.
+  // Puts an entry into its chain, which is ascending. Gives how long the chain is before it.
   int Link(int number);
   void Rebuild(std::size_t bucketCount);
 

@@ -124,7 +124,7 @@ class ProfEditor {
     return ReadChecked(number, record) ? Succeed(Word(record, field.word)) : -1;
   }
 
-  // 0 once the record has been read, also when the last write fails. Meant.
+  // 0 when the record could be read, even if the last write fails. This is meant.
   int SetText(int number, Place field, const std::string& text, ProfText kind = ProfText::kPlain) {
     const int word = field.word;
     if (text.empty() || !HasWord(word)) return Fail(kSitBadArgument);
@@ -148,14 +148,14 @@ class ProfEditor {
 
  private:
   static constexpr int kWords = static_cast<int>(sizeof(Rec) / 4);
-  using Words = std::array<std::int32_t, kWords>;
+  using RecordWords = std::array<std::int32_t, kWords>;
 
   static bool HasWord(int word) { return word >= 0 && word < kWords; }
   static std::int32_t Word(const Rec& record, int word) {
-    return HasWord(word) ? std::bit_cast<Words>(record)[static_cast<std::size_t>(word)] : -1;
+    return HasWord(word) ? std::bit_cast<RecordWords>(record)[static_cast<std::size_t>(word)] : -1;
   }
   static void SetWord(Rec& record, int word, std::int32_t value) {
-    auto words = std::bit_cast<Words>(record);
+    auto words = std::bit_cast<RecordWords>(record);
     words[static_cast<std::size_t>(word)] = value;
     record = std::bit_cast<Rec>(words);
   }

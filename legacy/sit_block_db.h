@@ -1,6 +1,6 @@
 // The block record engine: the URL, junk and folder files of a site.
 //
-// All integers are little-endian signed 32-bit words. A file is a header and blocks behind it:
+// All integers are little-endian signed 32-bit words. A file is a header and blocks after it:
 //
 //   offset  size  meaning
 //        0     8  "ZVSITBLK"
@@ -23,10 +23,11 @@
 //                 folder), title, and the META texts last_modified, expires, generator, keywords,
 //                 description, content-type
 //
-// Every index below the number of entries has a block, also when the entry is deleted, so that no
-// count in a file can ask for more memory than the file is large. Where a crash has left two
-// blocks of one entry, the later one counts. The two counts of the header are written on closing
-// when they have changed; a larger number of entries is taken from the blocks.
+// Every index below the number of entries has a block, even when its entry is deleted. So a count
+// in a damaged file cannot ask for more memory than the file is large. When a crash has left two
+// blocks of one entry, the later one counts. The two counts of the header are written on closing,
+// if they have changed. When the blocks hold more entries than the header says, the blocks are
+// right.
 #pragma once
 
 #include <array>
@@ -44,7 +45,7 @@ namespace zvrsit {
 
 // The bytes of a record as above, and back; false for bytes that are no record.
 std::string EncodeUrlRec(const SitUrlRec& record);
-bool DecodeUrlRec(const char* bytes, std::size_t length, SitUrlRec& record);
+[[nodiscard]] bool DecodeUrlRec(const char* bytes, std::size_t length, SitUrlRec& record);
 
 class SitBlockDB {
  public:
@@ -65,9 +66,9 @@ class SitBlockDB {
   // Writes the counts and closes; 0 or -1. May be called twice.
   int Close();
   bool IsOpen() const { return file_.IsOpen(); }
-  // Whether Open has read nothing but good blocks, up to the end of the file, and at least as many
-  // entries as the header counts. What follows a damaged block is not found and is kept as it is:
-  // no block is written behind it, and the file is not packed.
+  // Whether Open has read only good blocks, up to the end of the file, and at least as many entries
+  // as the header says. Entries after a damaged block are not found. They stay in the file: no
+  // block is written after it, and the file is not packed.
   bool IsWhole() const { return whole_; }
   int failedWrites() const { return file_.failedWrites(); }
   const std::string& path() const { return file_.path(); }
@@ -90,14 +91,14 @@ class SitBlockDB {
   int Write(int index, const SitUrlRec& record);
   int Delete(int index);
 
-  // Takes Add or Delete back; 0 or -1. The last entry goes, another one becomes a
-  // deleted one; a deleted entry is put back under its index.
-  int TakeBackAdd(int index);
-  int TakeBackDelete(int index, const SitUrlRec& record);
+  // Undoes an Add or a Delete; 0 or -1. After an Add, the last entry is removed, and any other
+  // becomes a deleted one. After a Delete, the entry is put back under its index.
+  [[nodiscard]] int TakeBackAdd(int index);
+  [[nodiscard]] int TakeBackDelete(int index, const SitUrlRec& record);
 
-  // Drops dead bytes by a copy under "_pack"; entries keep their indexes. The number of live
-  // entries, or -1 with the file as it was and perhaps still open. Closed after it, unless
-  // `reopen`.
+  // Removes dead bytes through a copy under "_pack"; entries keep their indexes. Gives the number
+  // of live entries. -1 leaves the file as it was, perhaps still open. Afterwards it is closed,
+  // unless `reopen`.
   int Pack(bool reopen);
   // Deletes the file and opens it again, empty; 0 or -1.
   int Remove();
@@ -109,14 +110,15 @@ class SitBlockDB {
     std::int32_t length = -1;
   };
 
-  bool LoadHeader();
+  [[nodiscard]] bool LoadHeader();
   void Load();
-  bool LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block, std::string& bytes);
+  [[nodiscard]] bool LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block,
+                               std::string& bytes);
   int CloseFile();
-  bool WriteBlock(int index, const Block& block, const std::string& bytes);
-  bool Store(int index, const std::string& bytes);
+  [[nodiscard]] bool WriteBlock(int index, const Block& block, const std::string& bytes);
+  [[nodiscard]] bool Store(int index, const std::string& bytes);
   bool Kill(int index);
-  bool CopyBlocks(SitPackWriter& copy);
+  [[nodiscard]] bool CopyBlocks(SitPackWriter& copy);
   void RecordChange(std::uint32_t operation, int index, const SitUrlRec& record);
   void StoreCounts(unsigned char* header) const;
   Block& At(int index) { return entries_[static_cast<std::size_t>(index)]; }

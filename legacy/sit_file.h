@@ -34,14 +34,14 @@ class SitFile {
   // The length of the file, or -1.
   std::int64_t Size();
   // Up to `length` bytes from `offset`; how many came, or -1.
-  std::int64_t ReadSome(std::int64_t offset, void* destination, std::size_t length);
+  [[nodiscard]] std::int64_t ReadSome(std::int64_t offset, void* destination, std::size_t length);
   // All of `length` bytes, or false.
   bool ReadAt(std::int64_t offset, void* destination, std::size_t length);
   // False when the call fails, and for any byte beyond 2^31-1, which no database file reaches.
   bool WriteAt(std::int64_t offset, const void* source, std::size_t length);
   bool ReadWord(std::int64_t offset, std::int32_t& word);
   bool WriteWord(std::int64_t offset, std::int32_t word);
-  // Counts a write that is not tried as one that has failed with `error`; false.
+  // Counts a write that is not even tried as one that failed with `error`. Gives false.
   bool RefuseWrite(int error);
 
  private:
@@ -60,7 +60,7 @@ class SitFileScan {
   SitFileScan(SitFile& file, std::int64_t offset) : file_(file), offset_(offset) {}
 
   // The next `length` bytes; false when fewer are left, or they cannot be read.
-  bool Take(void* destination, std::size_t length);
+  [[nodiscard]] bool Take(void* destination, std::size_t length);
   void Skip(std::int64_t length) { offset_ += length; }
   // Where the next byte will come from.
   std::int64_t offset() const { return offset_; }
@@ -72,8 +72,8 @@ class SitFileScan {
   std::vector<char> buffer_;
 };
 
-// Writes the packed copy of a file, front to back. A copy that is not put in the place of the file
-// is deleted in the end.
+// Writes the packed copy of a file from front to back. If the copy does not replace the file, it is
+// deleted at the end.
 class SitPackWriter {
  public:
   // The copy is `path` followed by "_pack"; its first `headerSize` bytes are left for Finish.
@@ -85,9 +85,9 @@ class SitPackWriter {
   std::int64_t offset() const { return written_ + static_cast<std::int64_t>(pending_.size()); }
   void Append(const void* bytes, std::size_t length);
   // Writes the header and closes the copy; false when any write has failed.
-  bool Finish(const void* header, std::size_t headerSize);
+  [[nodiscard]] bool Finish(const void* header, std::size_t headerSize);
   // Puts the finished copy in the place of the file, which must be closed; false when it cannot.
-  bool Replace();
+  [[nodiscard]] bool Replace();
 
  private:
   void Flush();

@@ -51,7 +51,7 @@ struct HistCell {
 struct HistProc {
   std::uint32_t groupMark = 0;  // 0, kGroupBegin or kGroupEnd
   // The files of the site that was open when the step was made (SitHist::EnterFiles); 0 for none.
-  // Cells of a site's stores mean something while these files are open.
+  // The cells of a site's stores have a meaning only while these files are open.
   int files = 0;
   std::list<HistCell> cells;  // oldest first
 };
@@ -78,15 +78,17 @@ class SitHist {
   // The newest step, or null.
   HistProc* LastStep();
 
-  // New steps are made with the files of a site, in the state that `stamp` tells. When files in
-  // that state were left, their steps can be taken back again; other files have no steps yet.
+  // From now on new steps belong to the files of a site. `stamp` describes the state of these
+  // files. If files in that state were left before, their steps can be undone again. Other files
+  // have no steps yet.
   void EnterFiles(const std::string& stamp);
-  // New steps are made with no files. `stamp` tells in which state these were left.
+  // From now on new steps belong to no files. `stamp` describes the state in which the files were
+  // left.
   void LeaveFiles(const std::string& stamp);
   // Whether the files of a step are those that are open.
   bool IsOfOpenFiles(const HistProc& step) const { return files_ != 0 && step.files == files_; }
-  // Gives the records of a pair store new numbers, by their old ones, in all cells of the files
-  // that are open; -1 for a record that is gone.
+  // Gives records of a pair store their new numbers, in all cells of the open files. `numbers` has
+  // the new number for each old one; -1 for a record that is gone.
   void RenumberPairs(std::uint32_t storeTag, const std::vector<std::int32_t>& numbers);
 
  private:

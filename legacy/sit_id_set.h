@@ -16,9 +16,9 @@ class SitIdSet {
   // Marks an id as used; false for a negative one.
   bool SetUsed(int id);
   void SetFree(int id);
-  // Takes and gives `wanted` when it is free; else the first free id of its block; else the first
-  // free id of the other blocks, ascending; else the first id of a new block behind the highest.
-  // -1 for a negative `wanted` and when ids have run out.
+  // Takes an id and gives it. The choice, in this order: `wanted`, if it is free; the first free id
+  // of its block; the first free id of the other blocks, ascending; the first id of a new block
+  // after the highest. -1 for a negative `wanted`, and when there are no more ids.
   int Allocate(int wanted);
   void Clear();
 

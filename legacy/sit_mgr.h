@@ -48,11 +48,11 @@ struct SitLinkProperty {
   int status = 0;             // status word of the target; set by Get only
 };
 
-// Enumerations give the next result with each call. Their positions are one per process and
-// operation; the link and relation queries share the memory of the pair stores, so that a question
-// about another entry starts anew. A reset argument that is not 0 goes back to the start and gives
-// no result. At the end an enumeration gives null (or -1) with last error 15 or 16, and the next
-// call starts again.
+// Enumerations give the next result with each call. Each operation has one position for the whole
+// process. Queries of links and relations share the memory of the pair stores, so a question about
+// another entry starts from the beginning. A reset argument other than 0 goes back to the start and
+// gives no result. At the end an enumeration gives null (or -1) with last error 15 or 16, and the
+// next call starts again.
 //
 // The changing operations each form one group of the undo history.
 class ZVRSIT_API SitMgr : public SitMgrBase {
@@ -62,16 +62,17 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
   // --- Errors ------------------------------------------------------------------------------
   int GetLastError() const { return lastError_; }
   int ClearLastError();
-  // Takes the last step or group back when the last error is not 0; then, in every case, rebuilds
-  // the open site without giving entries new numbers. Always 0, and so is the last error.
+  // If the last error is not 0, undoes the last step or group. Then, in every case, rebuilds the
+  // open site; entries keep their numbers. Gives 0, and the last error is 0.
   int RecoverFromLastError();
 
   // --- Profiles ----------------------------------------------------------------------------
   // The names, deleted profiles left out.
   std::string* EnumSiteProf(int reset);
   std::string* EnumServProf(int reset);
-  // Set makes the profile where there is none of that name, and writes the fields that differ. A
-  // field that is set cannot be emptied: an empty text leaves it. 0 or -1; 11 for a refused name.
+  // Set makes the profile if no profile has that name, and writes the fields that differ. An empty
+  // text does not change a field, so a field that is set cannot be emptied. 0 or -1; 11 for a name
+  // that is refused.
   int SetSiteProf(const std::string& name, const SitSiteProperty& property);
   int SetServProf(const std::string& name, const SitServProperty& property);
   // 14 for a name that there is not.
@@ -79,15 +80,17 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
   int GetServProf(const std::string& name, SitServProperty& property);
 
   // --- Files of the open site --------------------------------------------------------------
-  // Registers a saved file with its folders; a page's title, META texts and links are replaced by
-  // those of `document`, or of the file on disk when it is null. The document stays the caller's.
+  // Registers a saved file and its folders. The title, META texts and links of a page are replaced
+  // by those of `document`, or of the file on disk when it is null. The document stays the
+  // caller's.
   int Save(const std::string& path, Document* document = nullptr);
-  // Takes a file out: its links and texts go. While other entries link to it the entry stays, as a
-  // missing file; else it goes with its relations. The disk is left alone. 15 for an unknown path.
+  // Takes a file out: its links and texts are deleted. If other entries link to it, its entry
+  // stays, as a missing file; else the entry goes with its relations. The disk is not changed. 15
+  // for an unknown path.
   int Remove(const std::string& path);
   // Removes `from` and saves `to`, which is read from disk.
   int Move(const std::string& from, const std::string& to);
-  // The site anew from its folder, then the family. The history holds nothing of it.
+  // Fills the site again from its folder, then marks the family. The history holds nothing of this.
   int SiteRebuildDB(int complete);
   // Marks the files that links reach from the top file (kMemberReached), and no others. 17 without
   // a top file, 15 when it is not registered.
@@ -103,18 +106,18 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
   std::string* SearchKeyword(int reset, const std::string& word);
 
   // --- Links -------------------------------------------------------------------------------
-  // All links by number: 0 with both ends as new strings, or -1. 7 for a link whose source has no
-  // text or whose target never was an entry, 15 for one whose target was deleted.
+  // All links by number. 0 with both ends as new strings, or -1. 7 when the source of a link has no
+  // text or its target never was an entry; 15 when its target was deleted.
   int EnumLink(int reset, std::string** from, std::string** to);
   // The target of the next link from `url`, the source of the next link to it. For ends that are
   // no entries the last errors are those of EnumLink; 15 is then not the end.
   std::string* GetForeLinks(const std::string& url);
   std::string* GetBackLinks(const std::string& url);
-  // The target of the next link from `url` when that link is broken; null with last error 0 when
-  // it is not, and null with 15 at the end.
+  // The target of the next link from `url`, if that link is broken. Null with last error 0 if it is
+  // not broken, and null with 15 at the end.
   std::string* GetBrokenLinks(const std::string& url);
-  // The first link between two entries. Set writes type, text and alternative text (an empty one
-  // is left as it is); 11 for a type outside 1 to 13. 15 where there is no such link.
+  // The first link between two entries. Set writes the type, the text and the alternative text,
+  // each text unless it is empty; 11 for a type outside 1 to 13. 15 when there is no such link.
   int SetLinkProperty(const std::string& from, const std::string& to,
                       const SitLinkProperty& property);
   int GetLinkProperty(const std::string& from, const std::string& to, SitLinkProperty& property);

@@ -5,10 +5,10 @@
 // URL (the junk file), kind 0 for a folder (the folder file); the number is the entry's index. The
 // link file joins kinds 2 and 3, the relation file joins a folder to the folders and files in it.
 //
-// Every operation sets the last error (sit_error.h), 0 on success. Unless said otherwise, an
-// operation gives 0, a count or a record number on success and -1 on failure. Where a
-// `std::string*` is given it is new and the caller's (DeleteString), and null means failure.
-// Operations on a site give 3 while none is open; an invalid argument gives 11.
+// Every operation sets the last error (sit_error.h); 0 means success. Unless said otherwise, an
+// operation gives 0, a count or a record number on success and -1 on failure. A `std::string*`
+// result is new and belongs to the caller (DeleteString); null means failure. Operations on a site
+// set 3 while no site is open; an invalid argument sets 11.
 //
 // Every changing operation opens a step of the undo history. Paths are `\` paths in the code page;
 // a folder ends in "\". One thread at a time uses the managers of a process.
@@ -49,35 +49,35 @@ class ZVRSIT_API SitMgrBase {
  public:
   // A manager with no profile files and no database folder.
   SitMgrBase();
-  // Opens or creates the profile files; a null path leaves that store absent. `dbDir` is put in
-  // front of the file names of a site as it stands, so it ends in "\"; null for none.
+  // Opens or creates the profile files. A null path means that there is no such store. `dbDir` is
+  // put directly before the file names of a site, so it must end in "\"; null for none.
   SitMgrBase(const char* siteProfPath, const char* servProfPath, const char* dbDir);
-  // A copy shares the stores of the original, meant: what one does the other sees.
+  // A copy shares the stores of the original. This is meant: one sees what the other does.
   SitMgrBase(const SitMgrBase&) = default;
   SitMgrBase& operator=(const SitMgrBase&) = default;
   virtual ~SitMgrBase();
 
-  // Sets the database folder, makes it where it is missing, and opens both profile files in it.
-  // The stores that are open already are let go. 0, or -1 with 5.
+  // Sets the database folder, makes it if it is missing, and opens both profile files in it.
+  // Profile stores that are open already are given up. 0, or -1 with 5.
   int setDB(const std::string& dbDir, const std::string& siteProfName,
             const std::string& servProfName);
-  // The documents that Save and the rebuild parse are made by `dom`, which stays the caller's;
-  // without one the manager makes a DOM of its own.
+  // `dom` makes the documents that Save and the rebuild parse. It stays the caller's. Without one
+  // the manager makes a DOM of its own.
   void setDom(DOM* dom) { dom_ = dom; }
 
   // The database folder, null when there is none. The last error stays as it is.
   std::string* DBDir() const;
   int lastError() const { return lastError_; }
-  // The system's error number behind the last 5, 20 or 21.
+  // The system's error number of the last failure with 5, 20 or 21.
   int lastErrno() const { return lastErrno_; }
   static int DeleteString(std::string* text);
 
-  // Takes back the newest step or group. Always 0; what cannot be taken back stays as it is. The
-  // last error is 21 when something could not be written, else 0.
+  // Undoes the newest step or group. Gives 0; what cannot be undone stays. The last error is 21
+  // when something could not be written, else 0.
   int Undo();
-  // The same, but texts of links come back under the numbers that they had, which are free again
-  // when every step was taken back in this way. So links get their alternative texts back too;
-  // after Undo they name the number that the text had.
+  // The same, but the texts of links get their old numbers again. These are free when every step
+  // was undone in this way. So links get their alternative texts back too. After Undo a link still
+  // has the old number of its alternative text, which may belong to no text or to another one.
   int UndoWithAlternatives();
 
   // --- Server profiles ---------------------------------------------------------------------
@@ -92,9 +92,9 @@ class ZVRSIT_API SitMgrBase {
   int ServProfMove(const std::string& from, const std::string& to);
   int ServProfGetID(const std::string& name);
 
-  // The fields, by record number: 14 for a number that there is not, 15 for an unreadable record,
-  // 17 (getter) for a text that is not set, 11 (setter) for an empty one, 7 without a store. A
-  // setter gives 0 as soon as the record could be read. Passwords are scrambled in the file.
+  // The fields, by record number. 14 for a number that no profile has, 15 for a record that cannot
+  // be read, 17 (getter) for a text that is not set, 11 (setter) for an empty text, 7 without a
+  // store. A setter gives 0 when the record could be read. Passwords are scrambled in the file.
   int SetServProfHost(int number, const std::string& text);
   std::string* GetServProfHost(int number);
   int SetServProfUser(int number, const std::string& text);
@@ -127,9 +127,10 @@ class ZVRSIT_API SitMgrBase {
   int GetServProfLockDir(int number);
 
   // --- Site profiles -----------------------------------------------------------------------
-  // The list, as for servers. A site's name must do as a folder's name. A new site gets the names
-  // of five files of its own, in a folder named after it below the database folder; they stay when
-  // it is renamed. The files of a deleted site stay on disk, so that Undo finds them.
+  // The list, as for servers. A site's name must be possible as the name of a folder. A new site
+  // gets the names of five files of its own, in a folder named after it below the database folder;
+  // they stay when the site is renamed. The files of a deleted site stay on disk, so that Undo
+  // finds them.
   int SiteProfNum();
   std::string* SiteProfName(int number);
   int SiteProfAdd(const std::string& name);  // a group
@@ -139,8 +140,8 @@ class ZVRSIT_API SitMgrBase {
   int SiteProfGetID(const std::string& name);
 
   // The fields, as for servers. Folders: 0 document root, 1 site folder, 9 the live URL. A folder
-  // index is taken as it is, without a bound: it counts on over the words of the record. Beyond
-  // the record the getter gives 17, the setter 11.
+  // index is used as it is, without a limit: it goes on to the other words of the record. Outside
+  // of the record the getter gives 17, the setter 11.
   int SetSiteProfTopFile(int number, const std::string& text);
   std::string* GetSiteProfTopFile(int number);
   int SetSiteProfDir(int number, const std::string& text, int folder);  // a group
@@ -164,17 +165,16 @@ class ZVRSIT_API SitMgrBase {
 
   // --- The open site -----------------------------------------------------------------------
   // Opens a site by name. 7 without a profile store or database folder, 4 while a site is open, 14
-  // for a name that there is not, 17 for a file name that is not set, 5 for a file that cannot be
+  // for a name that no site has, 17 for a file name that is not set, 5 for a file that cannot be
   // opened.
   int SiteOpen(const std::string& name);
-  // Packs and closes the stores. Packing gives links new numbers; what was done can be undone when
-  // the site is open again and its files were not changed in between. -1 with 21 when a store could
-  // not be packed or closed: the site is closed all the same, and the store's file is as it was
-  // before.
+  // Packs and closes the stores. Packing gives links new numbers. What was done can be undone when
+  // the site is open again, if its files were not changed in between. -1 with 21 when a store could
+  // not be packed or closed. The site is closed then too, and the store's file is as before.
   int SiteClose();
-  // Whether the stores of the open site were read to the end of their files and hold what these
-  // count, all links and relations join entries that are there, and the last rebuild came to its
-  // end. A complete rebuild makes them whole.
+  // Whether the site is whole. Then the stores were read to the end of their files and hold what
+  // these count; all links and relations join entries that are there; and the last rebuild came to
+  // its end. A complete rebuild makes a site whole.
   bool IsSiteWhole() const;
   // The record number of the open site; -1 for none. The last error stays as it is.
   int OpenSite() const { return site_ ? siteId_ : -1; }
@@ -207,8 +207,9 @@ class ZVRSIT_API SitMgrBase {
   int GetUrlRec(const UrlID& id, SitUrlRec& record);
   int SetUrlRec(const UrlID& id, const SitUrlRec& record);
 
-  // Single fields (sit_block_db.h). A text that is not set is got as an empty string; setting an
-  // empty one gives 11. Getters of numbers give -1 on failure, and the last error tells.
+  // Single fields (sit_block_db.h). The getter of a text that is not set gives an empty string;
+  // setting an empty text gives 11. Getters of numbers give -1 on failure; the last error tells
+  // this from a value of -1.
   int SetUrlTitle(const UrlID& id, const std::string& text);
   std::string* GetUrlTitle(const UrlID& id);
   int SetUrlLastModified(const UrlID& id, const std::string& text);
@@ -247,12 +248,12 @@ class ZVRSIT_API SitMgrBase {
   int LinkNum();
   // Adds a link or raises the count of the pair's record; its number.
   int LinkAdd(const UrlID& from, const UrlID& to);
-  // Takes one count off, or all with `force`; the count that is left. A count above 0 is not
-  // stored, so a link of several counts goes with `force` only.
+  // Takes one from the count, or all with `force`. Gives the count that is left. A count above 0 is
+  // not written to the file, so a link with several counts can only be deleted with `force`.
   int LinkDel(int link, int force);
-  // Deletes a link whatever its count and adds one between other ends; the new number. A new link
-  // gets the type and the texts; one that was there keeps its own. A group, whose end is missing
-  // when the move fails.
+  // Deletes a link with all its counts, and adds one between other ends; the new number. A new link
+  // gets the type and the texts; a link that was there keeps its own. The steps form a group; when
+  // the move fails, the end of the group is missing.
   int LinkMove(int link, const UrlID& from, const UrlID& to);
   int SetLinkType(int link, int type);  // 1 to 13
   int GetLinkType(int link);
@@ -263,11 +264,11 @@ class ZVRSIT_API SitMgrBase {
   int LinkBothSides(int link, UrlID& from, UrlID& to);
   // The status word of the link's target entry; 15 when that was deleted, 7 when it never was.
   int GetLinkStatus(int link);
-  // All links of a pair in file order, kAnyUrlID standing for any end. Deleted ones that a crash
-  // has left are stepped over, which the two below take for the end.
+  // All links of a pair in file order, where kAnyUrlID matches any end. A crash may have left
+  // deleted links; these are skipped. The two below take such a link for the end.
   std::vector<int> LinksBetween(const UrlID& from, const UrlID& to);
-  // The next link from or to an entry; 15 at the end, and then from the first again. One position
-  // is shared by all queries of the process: a question about another entry starts anew.
+  // The next link from or to an entry; 15 at the end, and then the first again. All queries of the
+  // process share one position: a question about another entry starts from the beginning.
   int UrlForeLinks(const UrlID& id);
   int UrlBackLinks(const UrlID& id);
 
@@ -286,22 +287,23 @@ class ZVRSIT_API SitMgrBase {
   int RelNextParent(const UrlID& child, UrlID& parent);
 
   // --- Documents ---------------------------------------------------------------------------
-  // Looks at the file of an entry of kind 2: type, size, times and status anew. The status word.
+  // Asks the disk about the file of an entry of kind 2, and updates type, size, times and status.
+  // Gives the status word.
   int InspectUrl(const UrlID& id);
-  // Store what a page's document says: its title, its META texts, and each of its links. Links of
-  // the page that are there already are not taken out. Targets that are new become entries.
+  // These store what a page's document holds: its title, its META texts, and each of its links.
+  // Links that the page has already are not taken out. Targets that are new become entries.
   int SaveTitle(const UrlID& page, const Document& document);
   int SaveMeta(const UrlID& page, const Document& document);
   int SaveLinkEach(const UrlID& page, const Document& document);
-  // Walks a folder of the open site: every regular file becomes an inspected entry, every folder
-  // one with its relations. Names that hold a "#" and links to folders are left out; a folder
-  // is entered once.
+  // Walks a folder of the open site. Every regular file becomes an entry with what the disk says
+  // about it; every folder becomes one with its relations. Names with a "#" and links to folders
+  // are left out. A folder is entered only once.
   int RegisterAllFiles(const std::string& folder);
-  // Fills all stores of the open site anew from its folder and empties the history. `complete`
-  // gives entries new numbers; without it the entries of files stay, and those go that are
-  // missing, unmarked, and not linked to; a store of entries that is damaged is emptied all the
-  // same. Marks of publishing stay in both cases. 5 when a store cannot be emptied, 20 or 21 when
-  // it cannot be written; the stores then hold what the rebuild has come to.
+  // Fills all stores of the open site from its folder and empties the history. `complete` gives
+  // entries new numbers. Without it the entries of files stay, except files that are missing, that
+  // have no mark, and that nothing links to. A damaged store of entries is emptied in both cases.
+  // Marks of publishing stay in both cases. 5 when a store cannot be emptied, 20 or 21 when it
+  // cannot be written; the stores then hold what the rebuild has done so far.
   int SiteRebuildDB(int complete);
 
  protected:
@@ -428,7 +430,7 @@ class ZVRSIT_API SitMgrBase {
   ZVRSIT_LOCAL int RegisterAppletFolder(const UrlID& page, const UrlID& applet);
   ZVRSIT_LOCAL int SaveRows(const UrlID& page, const Document& document);
   ZVRSIT_LOCAL int SaveTexts(const UrlID& page, bool title, bool metas);
-  // The entry of a file: as it is, or made anew from the disk.
+  // The entry of a file: as it is, or made again from the disk.
   ZVRSIT_LOCAL int AddInspected(const std::string& path);
   ZVRSIT_LOCAL int Refill(const std::string& folder, int complete);
   ZVRSIT_LOCAL std::unordered_map<std::string, std::int32_t> UserMarks();

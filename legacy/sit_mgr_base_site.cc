@@ -60,7 +60,7 @@ bool SitMgrBase::OpenStores(const std::array<std::string, 5>& paths) {
   folderDB_ = std::make_shared<SitBlockDB>(history);
   linkDB_ = std::make_shared<SitPairDB>(paths[2], SitPairDB::kLinkFile, history);
   relDB_ = std::make_shared<SitPairDB>(paths[4], SitPairDB::kRelationFile, history);
-  // A pair file with a damaged header is open all the same; a rebuild fills it anew.
+  // A pair file with a damaged header is open all the same; a rebuild fills it again.
   return urlDB_->Open(paths[0], SitBlockDB::kUrlFile, SitBlockDB::kBuckets) == 0 &&
          junkDB_->Open(paths[1], SitBlockDB::kJunkFile, SitBlockDB::kBuckets) == 0 &&
          folderDB_->Open(paths[3], SitBlockDB::kFolderFile, SitBlockDB::kBuckets) == 0 &&

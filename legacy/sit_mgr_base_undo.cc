@@ -23,7 +23,7 @@ constexpr int kRemapSlots = 16;
 
 // One for all managers, a bank for the links and one for the relations.
 std::array<RestoredString, kRemapSlots> remapBanks[2];
-int remapCount = 0;  // slots in use; common to both banks, meant
+int remapCount = 0;  // slots in use; one count for both banks, which is meant
 
 // True when the slot was put to use below the count.
 bool EnterRestored(std::array<RestoredString, kRemapSlots>& bank, int oldId, int newId) {

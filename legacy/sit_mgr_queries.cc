@@ -17,7 +17,7 @@ int urlPosition = 0;
 int folderPosition = 0;
 int searchPosition = 0;
 
-// Steps over deleted entries (15) to the next name; starts again behind the last one (16).
+// Steps over deleted entries (15) to the next name; starts again after the last one (16).
 template <class NameOf>
 std::string* NextName(int reset, int& position, int& lastError, NameOf nameOf) {
   if (reset != 0) {

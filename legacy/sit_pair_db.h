@@ -43,8 +43,8 @@ struct PairQuery {
   bool operator==(const PairQuery&) const = default;
 };
 
-// Makes the memory of the last query, which all pair stores of the process share, the null pair
-// that it is at the start.
+// All pair stores of the process share the memory of the last query. This sets it to the null pair,
+// as at the start.
 void ForgetLastPairQuery();
 
 class SitPairDB {
@@ -67,22 +67,23 @@ class SitPairDB {
   // twice.
   int Close();
 
-  // The next record of the pair, (-1, -1) standing for any end; null when there is none behind the
-  // cursor. Calls with one pair give its records in file order, then null once, then start again.
-  // The pair of the last call is one memory for all stores of the process: with another pair the
-  // cursor of this store goes back to the start. A deleted record that was loaded from the file
-  // matches and gives null with the cursor moved on.
+  // The next record of the pair, where (-1, -1) matches any end; null when there is none after the
+  // cursor. Calls with the same pair give its records in file order, then null once, and then start
+  // again. All stores of the process share one memory of the last pair: a call with another pair
+  // sets the cursor of this store to the start. A deleted record that was loaded from the file
+  // matches too: it gives null, and the cursor moves on.
   std::unique_ptr<SitPairRec> Find(const UrlID& from, const UrlID& to);
   // Sets the cursor to a position of the index; PairIndex::kNone for none.
   void ResetCursor(int position) { cursor_ = position; }
 
-  // Adds a pair, or raises the count of its record. The record id, also when a write has failed;
-  // -1 for a null end. A new record takes the number that the header counts; where a damaged header
-  // leads far behind the end of the file, or to records that it hides, the record is not written.
+  // Adds a pair, or raises the count of its record. Gives the record id, also when a write has
+  // failed; -1 for a null end. A new record gets the number that the header counts. A damaged
+  // header may put it far beyond the end of the file, or on records that it hides; then the record
+  // is not written.
   int Add(const UrlID& from, const UrlID& to);
-  // Takes one count off a record, or all with `force`. The count that is left; 0 when the record
-  // is gone or its count was below 1; -1 on a write failure. The slot that is written is the one
-  // of the record's id.
+  // Takes one from the count of a record, or all with `force`. Gives the count that is left; 0 when
+  // the record is gone or its count was below 1; -1 when a write failed. The slot of the record's
+  // id is written.
   int Delete(SitPairRec& record, bool force);
   // The record in a slot, deleted or not; null when there is none.
   std::unique_ptr<SitPairRec> Read(int id);
@@ -99,16 +100,16 @@ class SitPairDB {
   int AddString(const char* text, int wanted = 0);  // `wanted` as SitStrDB::Add
   int DeleteString(int id);
 
-  // Compacts both files through copies under "_pack": records get the numbers 0, 1, 2 and so on,
-  // string ids stay. The number of records kept, or -1 with the pair file as it was: a call has
-  // failed, or one of the files is not whole. The store is closed after it, unless `reopen`. The
-  // history learns the new numbers.
+  // Compacts both files through copies under "_pack". Records get the numbers 0, 1, 2 and so on;
+  // string ids stay. Gives the number of records kept. -1 leaves the pair file as it was: a call
+  // has failed, or one of the files is not whole. Afterwards the store is closed, unless `reopen`.
+  // The history is told the new numbers.
   int Pack(bool reopen);
   // Deletes both files and opens the store again, empty; 0, or -1 with the store left closed.
   int Remove();
 
-  // The ids of all live records of a pair in file order, (-1, -1) standing for any. Neither uses
-  // nor changes the memory of Find.
+  // The ids of all live records of a pair in file order, where (-1, -1) matches any end. This
+  // neither uses nor changes the memory of Find.
   std::vector<int> Matching(const UrlID& from, const UrlID& to) const;
   // Whether `isEntry` holds for both ends of all live records.
   template <class IsEntry>
@@ -122,7 +123,7 @@ class SitPairDB {
 
   bool IsOpen() const { return file_.IsOpen(); }
   // Whether Open has read both files to their ends and found what their headers count, each record
-  // in its own slot. A record may be there that the header does not count yet.
+  // in its own slot. There may be one record that the header does not count yet.
   bool IsWhole() const { return whole_ && inSlots_ && strings_.IsWhole(); }
   int failedWrites() const { return file_.failedWrites() + strings_.failedWrites(); }
   const std::string& path() const { return path_; }
@@ -138,7 +139,8 @@ class SitPairDB {
   void RemoveFromIndex(const SitPairRec& record);
   bool WriteSlot(const SitPairRec& record, std::int32_t id);
   void RecordChange(std::uint32_t operation, const SitPairRec& record);
-  bool CopyLiveRecords(SitPackWriter& copy, std::vector<std::int32_t>& numbers, std::int32_t& kept);
+  [[nodiscard]] bool CopyLiveRecords(SitPackWriter& copy, std::vector<std::int32_t>& numbers,
+                                     std::int32_t& kept);
   bool MayPlace(std::int32_t id) const;
 
   std::string path_;

@@ -12,9 +12,9 @@
 
 namespace zvrsit {
 
-// A list of nodes in file order; new nodes go to its end. Each node is in three more lists, also
-// in file order: of the nodes with its source, with its target, and with both. So a query walks
-// over nodes that answer it and over no others.
+// A list of nodes in file order; new nodes are added at its end. Each node is also in three other
+// lists, in file order too: the nodes with its source, with its target, and with both. So a query
+// walks only over nodes that answer it.
 //
 // A node is named by its position, which grows in file order and is never used twice.
 class PairIndex {
@@ -33,13 +33,13 @@ class PairIndex {
   int Remove(std::int32_t id, const UrlID& from, const UrlID& to);
 
   int Head() const { return all_.head; }
-  // The node behind `position`, which may just have been taken out; kNone at the end.
+  // The node after `position`, which may have been removed a moment ago; kNone at the end.
   int Next(int position) const { return nodes_[Slot(position)].next[kAll]; }
   const Node& At(int position) const { return nodes_[Slot(position)].node; }
 
-  // The first match at or behind `position`; kNone for none. An end of (-1, -1) matches any.
+  // The first match at or after `position`; kNone for none. An end of (-1, -1) matches any.
   int FirstMatch(const UrlID& from, const UrlID& to, int position) const;
-  // The next match behind a match.
+  // The next match after a match.
   int NextMatch(const UrlID& from, const UrlID& to, int match) const;
 
  private:

@@ -9,8 +9,9 @@
 
 namespace zvrsit {
 
-// Results are new vectors of new strings, and the caller's: each string goes back through
-// DeleteString, then the vector is emptied by DeleteStrings and deleted. Null means failure.
+// Results are new vectors of new strings, and belong to the caller. The caller gives each string
+// back through DeleteString, then empties the vector with DeleteStrings and deletes it. Null means
+// failure.
 class ZVRSIT_API SitPeeper : public SitMgrBase {
  public:
   // No profile files and no database folder; setDB gives them.
@@ -20,11 +21,11 @@ class ZVRSIT_API SitPeeper : public SitMgrBase {
   ~SitPeeper() override;
 
   // The paths of a site's files. Null without a profile store, for a name that no site has, and
-  // when the URL file is missing or cannot be opened (last error 4, 5, 15 or 17). An entry that
-  // cannot be read for another reason than that it is deleted is a null pointer.
+  // when the URL file is missing or cannot be opened (last error 4, 5, 15 or 17). Deleted entries
+  // are left out. Any other entry that cannot be read is a null pointer.
   std::vector<std::string*>* EnumPath(const std::string& siteName);
-  // Whether the answers about a site are whole: its last rebuild came to its end, and all of its
-  // URL file can be read. False also where EnumPath gives null, with the same last errors.
+  // Whether the answers about a site are complete: its last rebuild came to its end, and its whole
+  // URL file can be read. False also when EnumPath gives null, with the same last errors.
   bool IsWhole(const std::string& siteName);
   // The names of the sites that hold a path, byte for byte, in the order of their profiles; empty
   // for none. Null without an open profile store.

@@ -85,7 +85,8 @@ class SitProf {
 
   // Each gives 0 or -1; the first two fill `record`.
   int Read(int number, Rec& record);
-  int Find(const std::string& name, Rec& record, int* number = nullptr);  // letter case matters
+  int Find(const std::string& name, Rec& record,
+           int* number = nullptr);  // letter case matters
   int Write(int number, const Rec& record);
 
   // Appends `record`, whose number is set to its slot; the number or -1.
@@ -95,8 +96,8 @@ class SitProf {
 
   // What Add and Delete did is taken back: the slot goes when it is the last one, else it counts
   // as deleted; the record is put back into its slot. 0 or -1.
-  int TakeBackAdd(int number);
-  int TakeBackDelete(int number, const Rec& record);
+  [[nodiscard]] int TakeBackAdd(int number);
+  [[nodiscard]] int TakeBackDelete(int number, const Rec& record);
 
   std::optional<std::string> GetString(int id);
   int AddString(const std::string& text);

@@ -30,9 +30,9 @@ class SitStrDB {
   SitStrDB() = default;
   ~SitStrDB() { Close(); }
 
-  // Opens or creates the file and indexes its live entries. 0, or -1 when it cannot be opened;
-  // every later operation on it then fails. An entry counts when its head names its own place and
-  // its body ends in the file. Behind anything else the next such entry is looked for.
+  // Opens or creates the file and indexes its live entries. 0; or -1 when it cannot be opened, and
+  // then every later operation fails. An entry counts if its head holds its own place and its body
+  // ends inside the file. After anything else the next such entry is searched for.
   int Open(const std::string& path);
   // Writes the two counters and closes; 0, or -1 when one of these fails. May be called twice.
   int Close();
@@ -41,22 +41,24 @@ class SitStrDB {
 
   // The text of an id; none when the id is negative or unknown or the body cannot be read.
   std::optional<std::string> Get(int id);
-  // Adds a text (up to its first NUL) at the end of the file, under `wanted`, or near it as
-  // SitIdSet::Allocate says. The id, or -1 for a null text and when the entry cannot be written.
+  // Adds a text (up to its first NUL) at the end of the file. It gets the id `wanted`, or one near
+  // it that SitIdSet::Allocate chooses. Gives the id; -1 for a null text, and when the entry cannot
+  // be written.
   int Add(const char* text, int wanted);
   // Overwrites the body with "*"s and releases the id; 0 or -1.
   int Delete(int id);
-  // Gives an id another text: in place when it fits, so that bytes of the old text may follow the
-  // new NUL; else deleted and added again, wanting the same id. The id or -1.
+  // Gives an id another text. If it fits, it is written in place, and bytes of the old text may
+  // follow its NUL. Else the entry is deleted and added again, with the same id if possible. The id
+  // or -1.
   int Update(int id, const char* text);
-  // Copies the live entries, ids unchanged, into the path followed by "_pack" and puts that in the
-  // file's place. The file is closed after it, unless `reopen`. 0, or -1 with the old file kept: a
-  // call has failed, or the file is not whole, or not any more.
+  // Copies the live entries, with their ids, into the path followed by "_pack", and puts that in
+  // the place of the file. Afterwards the file is closed, unless `reopen`. 0; -1 keeps the old
+  // file: a call has failed, or the file is not whole or no longer whole.
   int Pack(bool reopen);
 
   bool IsOpen() const { return file_.IsOpen(); }
-  // Whether Open has read nothing but entries, up to the end of the file, and at least as many
-  // bytes of bodies as the header counts.
+  // Whether Open has read only entries, up to the end of the file, and at least as many bytes of
+  // bodies as the header says.
   bool IsWhole() const { return whole_; }
   int failedWrites() const { return file_.failedWrites(); }
   const std::string& path() const { return file_.path(); }
@@ -70,9 +72,9 @@ class SitStrDB {
   };
 
   void Load(std::int64_t size);
-  std::int64_t LoadEntries(std::int64_t size);
+  [[nodiscard]] std::int64_t LoadEntries(std::int64_t size);
   bool WriteEntry(const Entry& entry, int id, const std::string& body);
-  bool CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes);
+  [[nodiscard]] bool CopyLiveEntries(SitPackWriter& copy, std::int64_t& bodyBytes);
 
   SitFile file_;
   bool whole_ = false;

@@ -41,7 +41,7 @@ std::string WordsAsText(const Rec& record) {
 }
 
 template <class Rec>
-bool WordsFromText(std::string_view text, Rec& record) {
+[[nodiscard]] bool WordsFromText(std::string_view text, Rec& record) {
   if (text.size() != sizeof(Rec)) return false;
   record = LoadWords<Rec>(reinterpret_cast<const unsigned char*>(text.data()));
   return true;

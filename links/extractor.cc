@@ -23,13 +23,14 @@ enum class Shape : std::uint8_t {
   kCandidates,         // one reference for each image candidate
   kHrefOrXlink,        // SVG: href, else xlink:href
   kUnlessOwnFragment,  // the same, but "#id" refers to a drawing of this page and is none
-  kFirst,              // of the first element that has it (web rules)
+  kFirst,              // of the first element only, with RuleFlags::mendsTree
   kUrls,               // one reference for each word
 };
 
 enum class In : std::uint8_t { kBoth, kWeb };
 
-// When a browser resolves the reference: a BASE that comes later counts or does not.
+// When a browser resolves the reference: at once, so that a later BASE does not count; or later, so
+// that it counts.
 enum class When : std::uint8_t { kAtOnce, kLater };
 
 struct Reference {
@@ -41,9 +42,9 @@ struct Reference {
   When when;
 };
 
-// Every reference of a page but the META refresh and, before all of these, A HREF; in the order in
-// which they are registered. That order shows in record numbers. When they are resolved was seen by
-// trial, with references before a BASE.
+// The references of a page in the order in which they are registered, which the record numbers
+// show. A HREF comes before all of these and is not here, and neither is the META refresh. When
+// each one is resolved was found out by trial in a browser, with references before a BASE.
 constexpr Reference kReferences[] = {
     {Tag::kImg, Attr::kSrc, LT_IMG, Shape::kImage, In::kBoth, When::kAtOnce},
     {Tag::kLink, Attr::kHref, LT_LINK, Shape::kUnlessStyleSheet, In::kBoth, When::kLater},
@@ -125,7 +126,7 @@ class Extraction {
   }
   Element ElementAt(std::uint32_t index) const { return part_->document->element(index); }
 
-  // Whether an element is one by the rules at hand.
+  // Whether the rules let an element count.
   bool Counts(const Element& element) const {
     return !(rules_.mendsTree && element.isIgnored()) &&
            (rules_.readsShadowRoots || !element.inShadow());
@@ -243,7 +244,7 @@ class Extraction {
     return value || !isSvg ? value : attributes.find(Attr::kXlinkHref);
   }
 
-  // Whether the element is one whose reference a browser follows.
+  // Whether a browser follows the reference of this element.
   bool IsFollowed(const Reference& reference, const AttributeList& attributes) {
     switch (reference.tag) {
       case Tag::kScript:

@@ -1,5 +1,5 @@
-// What a page refers to: a function from a parsed document to rows, with no table of the site in
-// sight. Both generations of the manager read pages through it.
+// What a page refers to: a function from a parsed document to rows, which knows no table of the
+// site. Both generations of the manager read pages with it.
 #pragma once
 
 #include <cstddef>
@@ -45,14 +45,15 @@ inline constexpr std::size_t kMetaProperties = 6;
 struct MetaRow {
   MetaKey key;
   std::uint32_t offset = 0;  // of the CONTENT value
-  // Never empty. For kRefresh the target: the whole CONTENT under Classic, its URL under Web.
+  // Never empty. For kRefresh the target: the whole CONTENT, or with
+  // RuleFlags::parsesRefresh its URL.
   std::string_view content;
   std::int32_t base = kPageItself;  // of a refresh
 };
 
-// The rows of one page. The views point into the document's text or into memory of this object;
-// they hold until the document is gone or the next page is extracted. Reused from page to page, it
-// keeps its memory.
+// The rows of one page. The views point into the document's text or into memory of this object.
+// They are good until the document is gone or the next page is extracted. An object that is used
+// for page after page keeps its memory.
 class PageRows {
  public:
   PageRows();
@@ -65,12 +66,13 @@ class PageRows {
   PageParts parts;  // their bases are what the rows number
   std::vector<MetaRow> metas;
   std::vector<LinkRow> links;
-  // The first so many of `links` are A HREF; they are registered before the anchor names.
+  // How many of `links`, from the first on, are A HREF. They are registered before the anchor
+  // names.
   std::size_t anchorLinks = 0;
   std::vector<std::string_view> anchors;  // A NAME, none of them empty
 
   void Clear();
-  // The decoded value of an attribute: a view of the text itself where nothing needs decoding.
+  // The decoded value of an attribute: a part of the text itself if nothing needs decoding.
   std::string_view Decoded(const Attribute& attribute);
   // A copy that lives as long as the rows.
   std::string_view Keep(std::string_view text);
@@ -82,8 +84,9 @@ class PageRows {
 };
 
 // Fills `rows` (cleared first) from `document`. Style sheets (LINK REL=STYLESHEET, STYLE, style
-// attributes) are not among the rows. Content of TEMPLATE does not count; by the web rules it does
-// where it is a shadow root, and so does that of IFRAME SRCDOC, whose rows come last.
+// attributes) are not among the rows, and neither is the content of TEMPLATE. Two flags of the
+// rules add to this: readsShadowRoots the content of a TEMPLATE that is a shadow root, and
+// readsInnerDocuments that of IFRAME SRCDOC, whose rows come last.
 void ExtractPage(const Document& document, LinkRules rules, PageRows& rows);
 
 }  // namespace zvrsit

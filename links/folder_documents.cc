@@ -47,7 +47,7 @@ void FolderDocuments::ToDocument(std::string& path) {
   if (!known->second.empty()) path = known->second;
 }
 
-// Empty for a path that is no folder. One that ends in "\" is, there or not.
+// Empty for a path that is no folder. A path that ends in "\" is one, even if it is not there.
 std::string FolderDocuments::DocumentOf(const std::string& path) const {
   std::string folder = path;
   if (FolderOf(folder) != folder) {

@@ -1,8 +1,9 @@
 // What a link to a folder leads to.
 //
-// By the web rules the document that stands for the folder (FolderDocuments); whether a target is a
-// folder, the disk says. By the classic rules a target is a folder's when it ends in "/"
-// (EndsAsFolder), and the name of the site's default document is put behind it, there or not.
+// With RuleFlags::findsFolderDocuments it leads to the document that stands for the folder
+// (FolderDocuments). The disk tells whether a target is a folder. Without this flag a target means
+// a folder when it ends in "/" (EndsAsFolder), and the name of the site's default document is put
+// after it, whether or not this document is there.
 #pragma once
 
 #include <string>
@@ -12,20 +13,20 @@
 
 namespace zvrsit {
 
-// The usual names of the document that stands for its folder, likeliest first.
+// The usual names of the document that stands for its folder, the likeliest first.
 inline constexpr std::string_view kDefaultDocuments[] = {
     "index.html",  "index.htm", "default.htm", "default.html", "index.php", "index.xhtml",
     "index.shtml", "index.jsp", "default.asp", "default.aspx", "index.asp"};
 
-// Whether a target, as it is written, ends in a "/" that is no trail byte.
+// Whether a target as written ends in a "/" that is no trail byte.
 bool EndsAsFolder(std::string_view target);
 
-// The documents that stand for their folders: the default document of the site, where its profile
-// names one; else the first that is there of the usual names, else the first of these. What the
-// disk was asked is remembered.
+// The documents that stand for their folders. If the site's profile names a default document, it is
+// that one. Else it is the first of the usual names that is there; if none is, the first of the
+// names. The answers of the disk are remembered.
 class FolderDocuments {
  public:
-  // `defaultName` as the site's profile has it; null or empty for none.
+  // `defaultName` comes from the site's profile; null or empty for none.
   explicit FolderDocuments(const std::string* defaultName);
 
   // The names that such a document may have, the most wanted first.
@@ -33,8 +34,8 @@ class FolderDocuments {
   // Whether a file of this path has one of these names, in any letter case.
   bool MayBe(std::string_view path) const;
 
-  // Makes the path of a folder, with or without a `\` at its end, that of its document, as a
-  // server answers to both; leaves every other path alone.
+  // Replaces the path of a folder, with or without a `\` at its end, by that of its document,
+  // because a server answers to both. Every other path stays as it is.
   void ToDocument(std::string& path);
 
  private:

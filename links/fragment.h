@@ -11,8 +11,8 @@ namespace zvrsit {
 // good for as long as `text` and `buffer` are.
 std::string_view FragmentOf(std::string_view text, std::string& buffer);
 
-// Whether a fragment leads to an element of its page: the empty one and "top" always lead
-// somewhere, and one that begins with "/" or "!" is a route, for a script to follow.
+// Whether a fragment must name an element of its page. The empty fragment and "top" always lead
+// somewhere. One that begins with "/" or "!" is a route, which a script follows.
 bool NamesAnElement(std::string_view fragment);
 
 }  // namespace zvrsit

@@ -58,7 +58,7 @@ bool IsDensity(std::string_view number) {
   return IsInteger(number);
 }
 
-// The descriptors of one candidate, as they come in.
+// The descriptors of one candidate; they are added one by one.
 class Descriptors {
  public:
   void Add(std::string_view descriptor) {
@@ -91,7 +91,7 @@ class Descriptors {
   bool bad_ = false;
 };
 
-// Reads the descriptors up to the comma that ends the candidate, which is taken too.
+// Reads the descriptors up to and including the comma that ends the candidate.
 Descriptors TakeDescriptors(std::string_view& text) {
   Descriptors descriptors;
   bool inParentheses = false;
@@ -115,7 +115,7 @@ Descriptors TakeDescriptors(std::string_view& text) {
   return descriptors;
 }
 
-// Takes "url =" with the white space that it may have; false when it is not there.
+// Takes "url =", which may have white space in it; false when it is not there.
 bool TakeUrlKeyword(std::string_view& text) {
   std::string_view rest = text;
   for (const char letter : {'u', 'r', 'l'}) {
@@ -213,7 +213,7 @@ std::string_view RefreshTarget(std::string_view content) {
     content.remove_prefix(1);
   }
   SkipSpaces(content);
-  // What begins like the keyword and is not it is a URL as it stands, quotes and all.
+  // A text that begins like the keyword but is another word is a URL as it is, quotes included.
   const bool likeKeyword = !content.empty() && IsLetter(content.front(), 'u');
   if (!TakeUrlKeyword(content) && likeKeyword) return content;
   if (content.empty() || (content.front() != '"' && content.front() != '\'')) return content;

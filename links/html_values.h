@@ -16,15 +16,15 @@ void AppendWords(std::string_view list, std::vector<std::string_view>& words);
 
 // Whether the REL of a LINK is STYLESHEET and nothing else, in any letter case.
 bool IsStyleSheetRel(std::string_view rel);
-// Whether one of its words is.
+// Whether one of its words is STYLESHEET.
 bool HoldsStyleSheetRel(std::string_view rel);
 
-// Whether the TYPE of a SCRIPT, which is not empty, makes it one that runs: JavaScript under one of
-// its names, or a module.
+// Whether a SCRIPT of this TYPE, which is not empty, runs: JavaScript by one of its names, or a
+// module.
 bool IsScriptType(std::string_view type);
 
-// Whether the TYPE of a style sheet is CSS, or empty. `parameters`: may be followed by some
-// (those of a LINK may, of a STYLE not).
+// Whether the TYPE of a style sheet is CSS, or empty. `parameters`: whether parameters may follow
+// it (allowed for a LINK, not for a STYLE).
 bool IsCssType(std::string_view type, bool parameters);
 
 // The URL in the CONTENT of a META refresh ("shared declarative refresh steps"): a view of

@@ -14,14 +14,15 @@ enum class LinkRules : std::int32_t {
   Web = 1,
 };
 
-// One difference each. Code that depends on the rules asks for one of these, never for the set.
+// Each flag is one difference. Code that depends on the rules asks for one of these, never for the
+// set of rules.
 struct RuleFlags {
   // Which files are read.
   bool readsOtherPageTypes;  // PHP, XHTML, SVG and their like too, see links/page_types.h
   bool readsSheetsAsPages;   // a style sheet is read once more, as if it were an HTML page
   bool readsSheetsOutside;   // a style sheet outside of the site folder is read
-  // A page that the walk of a rebuild does not come to is read when something links to it, and
-  // counts as unread until then. Else every page that has an entry is read.
+  // A page that the walk of a rebuild does not meet is read when something links to it, and counts
+  // as unread until then. If false, every page that has an entry is read.
   bool readsWhatIsLinked;
 
   // What counts as a reference of a page.
@@ -38,20 +39,21 @@ struct RuleFlags {
 
   // What a target means.
   bool resolvesAsBrowser;  // by the URL Standard, see links/target_resolver.h; else as a SiteUrl
-  // A folder means the document that stands for it, see links/folder_documents.h. Else the name of
-  // the site's default document is put behind every target that ends in "/".
+  // A folder means the document that stands for it (links/folder_documents.h). If false, the name
+  // of the site's default document is put after every target that ends in "/".
   bool findsFolderDocuments;
   bool linksFoldersOfCodeBase;  // from an APPLET to the folders beside its file too
 
   // What is registered.
-  // Files exist for the site below its folder. Else below the folder that "/" names.
+  // For the site a file exists if it lies below the site's folder. If false, below the folder that
+  // "/" names.
   bool knowsFilesBySiteFolder;
   bool registersFilesOutside;  // a file outside of the site is an entry like any other
-  // A reference that cannot be registered is left out alone. Else the rest of the page is lost, and
-  // with an image its map file.
+  // When a reference cannot be registered, only that reference is left out. If false, the rest of
+  // the page is lost too, and after an image its map file.
   bool goesOnAfterFailure;
-  // A file that a sheet refers to is looked at again when it has an entry, and at the spelling of
-  // its name; it has an entry even where it could not be added in full.
+  // When a sheet refers to a file that has an entry, the disk is asked about the file again, and
+  // about the spelling of its name. The link is made even if the file could not be added in full.
   bool looksAgainAtSheetTargets;
   bool storesOffsets;  // where in the file the reference stands
 };

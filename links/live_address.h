@@ -9,8 +9,8 @@
 
 namespace zvrsit {
 
-// The folder of a web server that a site is served from. The host is compared without regard to
-// the case of letters, http and https are one, and so are their default ports.
+// The folder of a web server that a site is served from. When addresses are compared, the letter
+// case of the host does not count; http and https are equal, and so are their default ports.
 class ZVRSIT_API LiveAddress {
  public:
   LiveAddress() = default;
@@ -25,8 +25,8 @@ class ZVRSIT_API LiveAddress {
   const std::string& url() const { return url_; }
 
   // The path of `url` (absolute, or "//host") from that folder on: "/" for the folder itself,
-  // "/x/y" for what lies in it; without dots, query and fragment, and still percent-encoded. False
-  // when `url` names a place elsewhere.
+  // "/x/y" for what lies in it. It has no dots, query or fragment, and is still percent-encoded.
+  // False when `url` names another place.
   bool PathOf(std::string_view url, std::string& path) const;
 
  private:

@@ -6,7 +6,7 @@
 namespace zvrsit {
 namespace {
 
-// No page goes deeper but to cost time.
+// Only a page that is made to cost time goes deeper.
 constexpr int kDeepest = 4;
 
 }  // namespace
@@ -36,7 +36,7 @@ void PageParts::Read(const Document& document, const RuleFlags& rules) {
   }
 }
 
-// Takes the first BASE with an HREF. One in a shadow root is none of the document's.
+// Uses the first BASE with an HREF. A BASE in a shadow root does not belong to the document.
 void PageParts::ReadBase(PagePart& part) {
   for (const std::uint32_t index : part.document->elementsOf(Tag::kBase)) {
     const Element element = part.document->element(index);

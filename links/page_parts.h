@@ -1,5 +1,5 @@
-// The documents that a page is made of: its own, and by the web rules those in the SRCDOC of its
-// IFRAMEs; and the places that their references are taken from.
+// The documents of a page, and the places from which their references are resolved. They are the
+// page itself, and with RuleFlags::readsInnerDocuments those in the SRCDOC of its IFRAMEs.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ namespace zvrsit {
 class Document;
 class TargetResolver;
 
-// A BASE with an HREF. Its value is taken from another base: a number, or kPageItself.
+// A BASE with an HREF. The HREF itself is resolved from another base: a number, or kPageItself.
 struct PageBase {
   std::string href;  // decoded
   std::int32_t around;
@@ -28,12 +28,13 @@ struct PagePart {
   const Document* document = nullptr;
   bool isInner = false;
   std::uint32_t offset = 0;  // of an inner one: where its SRCDOC stands in the page's text
-  // The bases of what stands before its BASE and behind it; the same without one.
+  // The base of references before its BASE, and of those after it. Both are equal in a document
+  // without a BASE.
   std::int32_t baseBefore = kPageItself;
   std::int32_t base = kPageItself;
   std::uint32_t baseOffset = 0;
 
-  // Where a place in this document is, in the page's text.
+  // The place in the page's text that belongs to a place in this document.
   std::uint32_t OffsetInPage(std::uint32_t place) const { return isInner ? offset : place; }
   // The base of a reference that a browser follows as soon as it has read it.
   std::int32_t BaseAt(std::uint32_t place) const { return place < baseOffset ? baseBefore : base; }
@@ -47,15 +48,16 @@ class PageParts {
   PageParts(const PageParts&) = delete;
   PageParts& operator=(const PageParts&) = delete;
 
-  // Takes the parts of `document`, which comes first; by the classic rules it is the only one, and
-  // there are no bases. Documents within documents are followed a few steps deep.
+  // Reads the parts of `document`, which is the first of them. Without
+  // RuleFlags::readsInnerDocuments it is the only one, and there are no bases. Documents inside
+  // documents are followed a few levels deep.
   void Read(const Document& document, const RuleFlags& rules);
   void Clear();
 
   const std::vector<PagePart>& parts() const { return parts_; }
   const std::vector<PageBase>& bases() const { return bases_; }
 
-  // Calls `set` with the HREF of each BASE that a base is made of, the outermost first.
+  // Calls `set` with the HREF of each BASE that leads to this base, the outermost first.
   template <class Set>
   void ForEachBase(std::int32_t base, Set set) const {
     if (base == kPageItself) return;

@@ -25,7 +25,7 @@ class ZVRSIT_API PageTypes {
   static constexpr std::string_view kUsual = "asp aspx jsp php php3 php5 phtml svg xht xhtml";
 
   // `list`: extensions without the dot, of ASCII letters, digits, "-" and "_", in any letter case,
-  // separated by spaces or commas. Any other text, and an empty one, stands for the usual ones.
+  // separated by spaces or commas. An empty text, and any other text, means the usual ones.
   explicit PageTypes(std::string_view list = {});
   // Whether `list` is as above and not empty.
   static bool IsList(std::string_view list);
@@ -39,7 +39,7 @@ class ZVRSIT_API PageTypes {
   std::vector<std::string> extensions_;  // in lower case, ascending
 };
 
-// What stands behind the last "." of a name, in lower case; empty without one.
+// What stands after the last "." of a name, in lower case; empty without one.
 ZVRSIT_API std::string ExtensionOf(std::string_view path);
 
 // How a page of that path or name is read; kHtml for one of type FT_HTML.

@@ -11,7 +11,8 @@ namespace {
 
 constexpr auto kNotFound = std::string_view::npos;
 
-// No tag or expression is longer, so that pages full of beginnings take linear time.
+// No tag or expression is longer. The limit makes a page with very many beginnings take linear
+// time.
 constexpr std::size_t kLongest = 1000;
 
 bool IsOfName(char c) {
@@ -24,7 +25,7 @@ std::size_t After(std::string_view text, std::string_view mark, std::size_t at) 
   return found == kNotFound ? text.size() : found + mark.size();
 }
 
-// The end of a quoted text that begins at `at`; a backslash takes the byte after it along.
+// The end of a quoted text that begins at `at`. A backslash hides the byte after it.
 std::size_t AfterQuoted(std::string_view text, std::size_t at) {
   const char quote = text[at];
   for (std::size_t i = at + 1; i < text.size(); ++i) {
@@ -37,8 +38,8 @@ std::size_t AfterQuoted(std::string_view text, std::size_t at) {
   return text.size();
 }
 
-// The end of a here-document that begins at `at`, "<<<": the line that its label begins, behind
-// white space. No here-document ends behind the "<<<".
+// The end of a here-document that begins at `at` with "<<<": the line that begins with its label,
+// perhaps after white space. Without a here-document, the place after the "<<<".
 std::size_t AfterHereDocument(std::string_view text, std::size_t at) {
   const std::size_t none = at + 3;
   std::size_t begin = text.find_first_not_of(" \t", none);
@@ -66,7 +67,7 @@ std::size_t AfterLineComment(std::string_view text, std::size_t at) {
   return std::min(text.substr(0, end).find("?>", at), end);
 }
 
-// The end of PHP code that begins at `at`, behind "<?": a "?>" outside of strings and comments.
+// The end of PHP code that begins at `at`, after "<?": a "?>" outside of strings and comments.
 std::size_t AfterPhp(std::string_view text, std::size_t at) {
   while (at < text.size()) {
     const std::string_view rest = text.substr(at);
@@ -120,7 +121,8 @@ std::size_t AfterExpression(std::string_view text, std::size_t at) {
   const std::string_view rest = text.substr(at, kLongest);
   for (const Marks& marks : kMarks) {
     if (!rest.starts_with(marks.begin)) continue;
-    // On one line, so that braces of scripts and styles do not take what follows along.
+    // It must end on the same line. So braces of scripts and styles do not hide the text after
+    // them.
     const std::string_view line = rest.substr(0, rest.find('\n'));
     const std::size_t end = line.find(marks.end, marks.begin.size());
     if (end != kNotFound) return at + end + marks.end.size();

@@ -15,7 +15,7 @@ constexpr std::string_view kSiteSchemes[] = {"http",   "ftp",  "mailto", "file",
                                              "telnet", "news", "gopher"};
 
 // The folder of `path` with its "\", or `siteRoot` up to its separator: what a target is put
-// behind. False when the page has no folder.
+// after. False when the page has no folder.
 bool TargetPrefix(std::string_view siteRoot, std::string_view pagePath, std::string& target,
                   std::string_view& prefix) {
   if (!target.empty() && target.front() == '/') {
@@ -32,9 +32,9 @@ class DotCollapser {
  public:
   explicit DotCollapser(std::string& path) : path_(path) {}
 
-  // Takes out every "\.\" and then collapses every "\..\", the first one first. A "." or ".."
-  // before the first separator or after the last one is a name like any other. False when a ".."
-  // has no separator in front of the one that precedes it.
+  // Removes every "\.\" and then every "\..\" with the segment before it, from the front. A "." or
+  // ".." before the first separator or after the last one is an ordinary name. False when there is
+  // no separator before the segment that a ".." would remove.
   bool Collapse() {
     if (path_.find("\\.") == std::string::npos) return true;
     std::size_t begin = 0;
@@ -112,7 +112,7 @@ int ClassicLocalPath(std::string_view siteRoot, std::string_view pagePath, std::
   if (!TargetPrefix(siteRoot, pagePath, path, prefix)) return -1;
   path.insert(0, prefix);
   ReplaceCharMB(path, '/', '\\');
-  // Before the query is cut, on purpose: a ".." inside a query takes part.
+  // This comes before the query is cut off, on purpose: a ".." inside a query counts.
   if (!DotCollapser(path).Collapse()) return -1;
   path.resize(std::min({FindHash(path), FindQuery(path), path.size()}));
   out = std::move(path);

@@ -18,8 +18,8 @@ namespace {
 
 constexpr auto kNpos = std::string_view::npos;
 
-// Bytes that ask for a step of their own. Most targets have few of these, and a text without such a
-// byte, be it as the trail of another, needs no step for it.
+// Bytes that make an extra step necessary. Most targets have few of them. A text without such a
+// byte, even as a trail byte, does not need the step.
 enum Trait : unsigned char {
   kControlOrSpace = 1,
   kColon = 2,
@@ -56,14 +56,14 @@ std::string_view Cleaned(std::string_view target, std::string& scratch) {
   return scratch;
 }
 
-// Schemes whose URLs name no place outside of the page or the browser itself.
+// Schemes of URLs that name no place outside of the page or of the browser.
 bool NamesNoPlace(std::string_view scheme) {
   constexpr std::string_view kSchemes[] = {"data", "javascript", "about", "blob"};
   return std::any_of(std::begin(kSchemes), std::end(kSchemes),
                      [scheme](std::string_view known) { return EqualsLower(scheme, known); });
 }
 
-// The schemes whose URLs need no slashes, but for "file", which no page of the web has.
+// The schemes whose URLs need no slashes. "file" is another one, but no page on the web uses it.
 bool IsWebScheme(std::string_view scheme) {
   constexpr std::string_view kSchemes[] = {"http", "https", "ftp", "ws", "wss"};
   return std::any_of(std::begin(kSchemes), std::end(kSchemes),
@@ -74,7 +74,7 @@ bool BeginsWithHost(std::string_view target) {
   return target.size() >= 2 && IsSlash(target[0]) && IsSlash(target[1]);
 }
 
-// Whether a lead byte stands at the end, where it would take the separator after it as its trail.
+// Whether the last byte is a lead byte; it would make a separator after it its trail byte.
 bool EndsInHalfCharacter(std::string_view text) {
   if (!platform::HasLeadBytes()) return false;
   std::size_t i = 0;
@@ -97,7 +97,7 @@ bool AppendDecodedName(std::string_view segment, std::string& out) {
   return IsName(std::string_view(out).substr(begin));
 }
 
-// Whether an external URL that is to have a host has none: such a URL is not valid.
+// Whether an external URL has no host although it needs one. Such a URL is not valid.
 bool LacksHost(std::string_view url) {
   const std::string_view scheme = SchemeOf(url);
   if (!scheme.empty() && !IsWebScheme(scheme)) return false;
@@ -177,7 +177,7 @@ void TargetResolver::SetBaseFile(std::string_view path) {
   SetFolderUrl();
 }
 
-// Follows from the base text.
+// Depends on the base text only.
 void TargetResolver::SetFolderUrl() {
   folderUrl_.clear();
   const bool below = baseText_.starts_with(siteRoot_);
@@ -198,7 +198,7 @@ void TargetResolver::SetBase(std::string_view baseHref) {
   }
 }
 
-// A place that was just resolved. Its empty segments show in the base text.
+// Sets the base to a place that was just resolved. The base text shows its empty segments.
 void TargetResolver::SetBasePlace(std::string_view place) {
   baseFile_ = place;
   climb_ = folders_;
@@ -242,7 +242,7 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
     folders_ = climb_;
     return TargetKind::kLocal;
   }
-  // Served from a folder, a site can be left by these without a scheme.
+  // When the site is served from a folder, these lead out of it without a scheme.
   if (!folderUrl_.empty() &&
       (IsSlash(path.front()) || (traits & kPercent) != 0 || path.find("..") != kNpos)) {
     return ResolveJoined(folderUrl_, target, out);
@@ -250,8 +250,8 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
   return ResolveNames(path, traits, out);
 }
 
-// Behind the scheme of the base, in URLs of the web, a reference goes on like a relative one. Where
-// nobody said which of the two schemes the pages of the site have, either is theirs.
+// In URLs of the web, "http:x" is a relative reference when the base has the same scheme. If nobody
+// has said which of the two schemes the site's pages have, both count as the same.
 bool TargetResolver::IsSchemeOfBase(std::string_view scheme) const {
   std::string_view ofBase = SchemeOf(externalBase_);
   if (ofBase.empty() && live_.isSet()) ofBase = SchemeOf(live_.url());
@@ -281,7 +281,7 @@ TargetKind TargetResolver::ResolveUrl(std::string_view url, std::string& out) {
   return TargetKind::kExternal;
 }
 
-// What no file can be called is given as it is written, as a path that no file has.
+// A path with a name that no file can have is given as written: no file has this path.
 TargetKind TargetResolver::ResolveNames(std::string_view path, unsigned traits, std::string& out) {
   const TargetKind kind = ResolveWebPath(path, traits, out);
   if (kind != TargetKind::kUnresolvable || EndsInHalfCharacter(path)) return kind;
@@ -299,8 +299,8 @@ TargetKind TargetResolver::ResolveNames(std::string_view path, unsigned traits, 
   return TargetKind::kUnservable;
 }
 
-// `traits` are those of the target that the path is of. While it goes on, path_ is the folder that
-// folders_ ends with.
+// `traits` are those of the whole target. During the loop path_ is the folder that folders_ ends
+// with.
 TargetKind TargetResolver::ResolveWebPath(std::string_view path, unsigned traits,
                                           std::string& out) {
   const bool fromRoot = IsSlash(path.front());

@@ -16,41 +16,43 @@ namespace zvrsit {
 enum class TargetKind : std::uint8_t {
   kLocal,     // a path; a folder's ends in "\"
   kExternal,  // a URL
-  kNone,      // nothing to record: data:, javascript:, about:, blob: (Web only)
-  // Local, but no server has a file of that name, which holds %2F, %5C or %00 (Web only): a path as
-  // it is written, which ends in "\".
+  kNone,      // nothing to record: data:, javascript:, about:, blob: (with resolvesAsBrowser only)
+  // Local, but no server has a file of that name, which holds %2F, %5C or %00 (with
+  // resolvesAsBrowser only): a path as it is written, which ends in "\".
   kUnservable,
   kUnresolvable,  // names nothing at all
 };
 
-// Whether all pages of one base mean the same by a target. Others may stand for the page itself.
+// Whether a target means the same in all pages of one base. A target for which this is false may
+// mean the page itself.
 bool IsTargetOfFolder(std::string_view target);
 
-// The targets of one page or sheet, one after another, under either set of rules. Kept from page
-// to page, it allocates nothing in the long run.
+// Resolves the targets of one page or sheet after another, under either set of rules. An object
+// that is used for page after page allocates nothing in the long run.
 class TargetResolver {
  public:
   explicit TargetResolver(LinkRules rules = LinkRules::Classic) : rules_(FlagsOf(rules)) {}
 
-  // Says where the folder `siteFolder` (which ends in "\") is served: URLs of that place name files
-  // of it, and what leads out of a folder below the root of the server is a URL. A `url` that a
-  // LiveAddress does not take says nothing. Without effect under Classic.
+  // Says under which URL the folder `siteFolder` (which ends in "\") is served. URLs of that place
+  // then name files of the site. A path that leads out of the served folder, when that is not the
+  // root of the server, is then a URL. A `url` that LiveAddress refuses has no effect, and neither
+  // has a call without RuleFlags::resolvesAsBrowser.
   void SetLiveUrl(std::string_view url, std::string_view siteFolder);
 
-  // Begins a page: targets are taken from `pagePath`; "/" is `siteRoot`.
+  // Begins a page: targets are resolved from `pagePath`, and "/" is `siteRoot`.
   void BeginPage(std::string_view siteRoot, std::string_view pagePath);
-  // The value of the page's first BASE HREF, for the targets that follow. Without effect under
-  // Classic, and for a value that names no place (data:, javascript:, unresolvable).
+  // Sets the base of the targets that follow, from the value of a BASE HREF. No effect under
+  // Classic, and for a value that names no place (data:, javascript:, or unresolvable).
   void SetBase(std::string_view baseHref);
 
   // For kLocal, kUnservable and kExternal writes the path or URL to `out`; else leaves `out` alone.
-  // A URL is the target as written (under Web without surrounding white space, tabs and line ends),
-  // joined to an external base when there is one.
+  // A URL is the target as written (with RuleFlags::resolvesAsBrowser without surrounding white
+  // space, tabs and line ends), joined to an external base when there is one.
   TargetKind Resolve(std::string_view target, std::string& out);
 
   const RuleFlags& rules() const { return rules_; }
-  // What all targets of one base share: two pages with the same base text resolve a target of
-  // which IsTargetOfFolder holds to the same place.
+  // A text for what all targets of one base share. Two pages with the same base text resolve a
+  // target to the same place, if IsTargetOfFolder holds for it.
   const std::string& baseText() const { return baseText_; }
 
  private:
@@ -67,22 +69,23 @@ class TargetResolver {
   void SetFolderUrl();
 
   RuleFlags rules_;
-  std::string siteRoot_;  // ends in "\" under Web
+  std::string siteRoot_;  // ends in "\" with resolvesAsBrowser
   std::string pagePath_;
   std::string baseText_;
 
-  // Under Web:
+  // With resolvesAsBrowser:
   std::string baseFile_;      // what "", "?q" and "#x" name: the page, or a local BASE
   std::string externalBase_;  // a BASE elsewhere, empty for none
   LiveAddress live_;
   std::string liveFolder_;
   std::string folderUrl_;  // of baseFile_'s folder, where "/" is not the site folder; else empty
-  // Lengths of the folders that `..` may climb to, ascending: the first is the top, the last the
-  // folder of baseFile_. An empty segment of a BASE is a folder as long as the one around it.
+  // Lengths of the folders that `..` may climb to, ascending: the first is that of the top, the
+  // last that of the folder of baseFile_. An empty segment of a BASE is a folder with the same
+  // length as the one around it.
   std::vector<std::size_t> climb_;
   std::vector<std::size_t> rootClimb_;  // the same for "/"
   // Of the local target resolved last:
-  std::vector<std::size_t> folders_;  // as climb_, and behind them where its file name begins
+  std::vector<std::size_t> folders_;  // as climb_, and after them where its file name begins
   std::size_t unnamed_ = 0;           // folders_.size() at the first name that no file can bear
   std::string clean_;                 // scratch
   std::string path_;                  // scratch

@@ -43,7 +43,7 @@ bool SplitHttp(std::string_view url, HttpParts& parts) {
   parts.host = authority.substr(0, hasPort ? colon : authority.size());
   LowerAsciiLetters(parts.host);
   if (parts.host.empty()) return false;
-  // Without a scheme it is that of the page, which may be either.
+  // A URL without a scheme has that of the page, which may be either.
   const bool isDefault = port.empty() || (!isHttps && port == "80") || (!isHttp && port == "443");
   if (!isDefault) parts.host.append(":").append(port);
   parts.path = place.substr(end);

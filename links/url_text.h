@@ -40,7 +40,8 @@ inline int HexValue(char c) {
 // The scheme of an absolute URL, without its ":"; empty when the target is relative.
 std::string_view SchemeOf(std::string_view target);
 std::string_view WithoutQueryAndFragment(std::string_view target);
-// How many dots a segment stands for: "." is 1, ".." is 2, each also written as "%2e"; else 0.
+// How many dots a segment means: 1 for ".", 2 for "..", where each dot may be written "%2e"; else
+// 0.
 int DotsOf(std::string_view segment);
 
 // Appends a part of a URL with its percent-encoded bytes decoded. They are UTF-8, as in browsers,

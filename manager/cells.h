@@ -19,7 +19,7 @@ SiteRecCell UrlCell(const SiteUrlDB& urls, const SiteUrlRec& rec);
 // A folder by its path; flag 0.
 SiteRecCell FolderCell(const SiteFolderDB& folders, int number);
 
-// The names of a table by record number, in strings that the caller of a query gives back.
+// The names of a table by record number, as strings that the caller of a query must give back.
 std::vector<std::string*>* ListNames(const NamedTableBase& table);
 
 }  // namespace zvrsit

@@ -38,7 +38,7 @@ class Comparison {
     return steps;
   }
 
-  // The files that the walk does not come to.
+  // Compares the files that the walk does not meet.
   void MeetOthers() {
     ForEachNumber(paths_, [this](int number) {
       SitePathRec rec;
@@ -75,7 +75,7 @@ class Comparison {
     }
   }
 
-  // Whether a page that the walk leaves out is one of the site all the same.
+  // Whether a page that the walk leaves out belongs to the site all the same.
   bool IsKnown(const std::string& native) const {
     std::string path;
     SitePathRec rec;

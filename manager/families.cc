@@ -24,8 +24,9 @@ int MarkMember(SitePathDB* paths, int pathNumber, bool member) {
   return paths->Update(rec);
 }
 
-// Spreads the member mark along the links, or takes it away along them. The calls of the recursion
-// are kept apart from the call stack, because a chain of pages is as long as the site is large.
+// Spreads the member mark along the links, or takes it away along them. A chain of pages can be as
+// long as the site is large. So the calls of the recursion are kept in a list of their own, not on
+// the call stack.
 class Spread {
  public:
   // Files enter the family; without `enter` they leave it.
@@ -37,7 +38,7 @@ class Spread {
   int From(int pathNumber);
 
  private:
-  // Links, and how many of them have been looked at.
+  // Links, and how many of them were looked at.
   struct Passed {
     std::vector<int> links;
     std::size_t next = 0;
@@ -52,8 +53,9 @@ class Spread {
   SiteLinkDB* const links_;
   const bool enter_;
   std::vector<bool> settled_;  // by number: files known to be marked or unmarked already
-  // The links to files that kept their mark. While files leave, a referrer that is no member never
-  // becomes one again; so those that were passed are not asked again, however often the file is.
+  // The links to files that kept their mark. While files leave the family, a file that is no member
+  // never becomes one again. So links from such files are looked at only once, however often the
+  // same target is asked about.
   std::unordered_map<int, Passed> referrers_;
 };
 
@@ -74,8 +76,8 @@ int Spread::From(int pathNumber) {
   return 0;
 }
 
-// Marks or unmarks one file, and lists its links. One that leaves keeps its mark, and lists none,
-// while a member links to it. Only direct referrers are looked at, so files of a cycle keep each
+// Marks or unmarks one file, and lists its links. When files leave, a file that a member links to
+// keeps its mark and lists none. Only direct links are looked at, so files of a cycle keep each
 // other marked, on purpose.
 int Spread::MarkOne(int pathNumber, std::vector<int>& links) {
   if (!enter_) {
@@ -92,7 +94,7 @@ int Spread::MarkOne(int pathNumber, std::vector<int>& links) {
   return links_->Query(PathID(pathNumber), kAnyUrlID, links) < 0 ? -1 : 0;
 }
 
-// Whether one of the links comes from a member; passes those that do not.
+// Whether one of the links comes from a member. Links that do not are passed for good.
 bool Spread::HasMember(Passed& referrers) const {
   for (; referrers.next < referrers.links.size(); ++referrers.next) {
     SiteLinkRec link;

@@ -7,7 +7,7 @@ namespace zvrsit {
 
 // Reached by links from the top file.
 inline constexpr std::int32_t kFamilyMember = 1;
-// What a rebuild clears: the member bit, and one beside it that the application may have set.
+// What a rebuild clears: the member bit, and the bit 2 that the application may have set.
 inline constexpr std::int32_t kDerivedMarks = kFamilyMember | 2;
 // The user's marks, which SetFtpFamily sets and clears.
 inline constexpr std::int32_t kUserMarks = 4 | 8;

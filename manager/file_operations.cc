@@ -1,4 +1,4 @@
-// Files that the application removed or moved, reported after the fact.
+// Files that the application has removed or moved, and reports now.
 #include <memory>
 #include <vector>
 
@@ -14,7 +14,7 @@ int SiteMgr::Remove(const std::string& path, int) {
   return 0;
 }
 
-// Takes a file out, and leaves the pages that link to its folder as they are.
+// Takes a file out, and does not read the pages that link to its folder.
 int SiteMgr::Work::Remove(const std::string& path) {
   if (path.empty() || !HasFiles(m_.pathDB)) return -1;
   const int number = m_.pathDB->Find(path);

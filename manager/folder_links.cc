@@ -1,4 +1,4 @@
-// Links to folders: the pages that hold one are read anew when another document stands for the
+// Links to folders: the pages that hold one are read again when another document stands for the
 // folder.
 #include <algorithm>
 #include <cstddef>
@@ -20,8 +20,8 @@ namespace zvrsit {
 
 namespace {
 
-// Links of these types depend on no document: a sheet that names a folder leads to the folder
-// itself, and the text of an applet's file is a mere name.
+// Links of these types do not depend on a document: a sheet that names a folder leads to the folder
+// itself, and the text of an applet's file is only a name.
 constexpr std::uint32_t kNeverFollowed =
     LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE | LT_APPLET_FILE;
 
@@ -43,7 +43,8 @@ class Sources {
   std::vector<std::string> names_;
 };
 
-// Links of the web rules, and where they would lead if their pages were read now.
+// The links of a site with RuleFlags::findsFolderDocuments, and where they would lead if their
+// pages were read now.
 class WebLinks {
  public:
   // Those of the open site of `manager`; "/" is `root`.
@@ -57,8 +58,8 @@ class WebLinks {
 
   bool MayBeDocument(std::string_view path) const { return documents_.MayBe(path); }
 
-  // Whether the link of a page to a file would lead elsewhere now. True also where that cannot be
-  // told, as in a page with a BASE.
+  // Whether the link of a page to a file would lead elsewhere now. True also when this is not
+  // known, as in a page with a BASE.
   bool LeadElsewhere(const SiteLinkRec& link) {
     if (link.from.kind != kKindPath || link.to.kind != kKindPath ||
         (static_cast<std::uint32_t>(link.type) & kNeverFollowed) != 0) {
@@ -71,7 +72,7 @@ class WebLinks {
     const std::string_view text = links_.TextView(link.text);
     if (resolver_.Resolve(text, place_) != TargetKind::kLocal) return true;
     const std::string_view target = paths_.NameView(link.to.id);
-    // "#x" names the page itself, or what stands for its folder where that is its BASE.
+    // "#x" names the page itself; or, when a folder is its BASE, the document of that folder.
     if (link.from == link.to && !IsTargetOfFolder(text) && documents_.MayBe(target)) {
       place_ = FolderOf(target);
     }
@@ -82,8 +83,8 @@ class WebLinks {
     return place_ != target;
   }
 
-  // Adds the pages whose links to `folder`, without a `\` at its end, would lead elsewhere now that
-  // it may have come or gone, or, where `otherDocument`, one of its documents has.
+  // Adds the pages whose links to `folder`, which has no `\` at its end, would lead elsewhere now.
+  // The folder may have come or gone; if `otherDocument`, one of its documents has.
   void AddFolderReferrers(const std::string& folder, bool otherDocument, Sources& sources) {
     AddReferrers(folder, sources);
     std::string document = folder;

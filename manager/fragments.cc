@@ -1,4 +1,4 @@
-// Which fragments of links name nothing, and what pages have for them to name.
+// Which fragments of links name nothing, and which names the pages have.
 #include <algorithm>
 #include <utility>
 
@@ -15,7 +15,7 @@ namespace zvrsit {
 
 namespace {
 
-// The IDs that are kept, or `own` where none are.
+// The IDs that are kept; `own` when none are kept.
 PageIds& KeptOr(PageIds& own, const std::unique_ptr<PageIds>& kept) {
   return kept != nullptr ? *kept : own;
 }
@@ -28,7 +28,7 @@ OwnedDocument ReadInto(PageFile& page, const std::string& path, DocumentScope sc
   return document;
 }
 
-// The IDs of a page, but for those that no fragment leads to.
+// The IDs of a page, without those that no fragment leads to.
 std::vector<ElementAttribute> NamingIds(const Document& document) {
   std::vector<ElementAttribute> ids = document.attributesNamed(Attr::kId);
   std::erase_if(ids, [](const ElementAttribute& named) { return named.element.inShadow(); });

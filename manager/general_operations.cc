@@ -1,4 +1,4 @@
-// Operations that are there for the application's sake and leave the tables alone.
+// Operations that exist for the application only, and do not change the tables.
 #include <cstring>
 #include <iterator>
 

@@ -1,4 +1,4 @@
-// Where pages and sheets have their links: the files are read anew, and what they refer to is
+// Where pages and sheets have their links. The files are read again, and their references are
 // matched with the links that are registered.
 #include <algorithm>
 #include <functional>
@@ -69,13 +69,13 @@ class WantedLinks {
     }
   }
 
-  // Answers with the places in `text`, which begins at byte `start` of its file; -1 when it had to
-  // be converted.
+  // Gives the places in `text`, which begins at byte `start` of its file; -1 when it had to be
+  // converted.
   void Answer(std::string_view text, std::int64_t start) {
     std::vector<std::pair<std::size_t, WantedLink*>> all;
     for (auto& [ignored, links] : links_) {
       for (WantedLink& link : links) {
-        // What lies in the folder of an applet is referred to where the applet is.
+        // The files in the folder of an applet are referred to at the place of the applet.
         if (link.type == LT_APPLET_FILE && applets_.size() == 1) link.found = applets_;
         if (!IsAsRegistered(link, start)) continue;
         for (const std::size_t offset : link.found) all.emplace_back(offset, &link);
@@ -91,7 +91,7 @@ class WantedLinks {
   }
 
  private:
-  // Whether what was found is what was registered, as far as can be told.
+  // Whether what was found is what was registered, as far as this can be seen.
   static bool IsAsRegistered(WantedLink& link, std::int64_t start) {
     if (link.found.size() < static_cast<std::size_t>(std::max(link.count, 1))) return false;
     const auto isFirst = [&](std::size_t offset) {
@@ -99,8 +99,9 @@ class WantedLinks {
     };
     const bool isKnown = start >= 0 && link.offset >= 0;
     if (isKnown && std::none_of(link.found.begin(), link.found.end(), isFirst)) return false;
-    // More are there where the rest of a page was lost, by the classic rules, and where an inner
-    // document means another file by the same text.
+    // There may be more of them than registered: when the rest of a page was lost (without
+    // RuleFlags::goesOnAfterFailure), and when an inner document means another file by the same
+    // text.
     if (isKnown && link.count == 1) {
       link.found.assign(1, static_cast<std::size_t>(link.offset - start));
     }

@@ -8,7 +8,7 @@ int SiteMgr::SiteOpen(const std::string& siteName, int mode) {
   if (siteName.empty() || siteProf == nullptr) return -1;
   const int siteId = FindSiteProf(siteName);
   if (siteId < 0 || LockSite(siteId) < 0) return -1;
-  // Until it was locked, another process may have renamed it.
+  // Before it was locked, another process may have renamed it.
   const int result = FindSiteProf(siteName) == siteId ? OpenSite(siteId, mode) : -1;
   UnlockSite(siteId);
   return result;

@@ -8,7 +8,8 @@ namespace zvrsit {
 
 namespace {
 
-// All entries are the one string, which ends up with the last path, on purpose: callers count them.
+// All entries are the same string, which ends up with the last path, on purpose: callers count
+// them.
 std::vector<std::string*>* ListPaths(const SitePathDB* paths) {
   if (!HasFiles(paths)) return nullptr;
   auto list = std::make_unique<std::vector<std::string*>>();
@@ -24,7 +25,7 @@ std::vector<std::string*>* ListPaths(const SitePathDB* paths) {
   return list.release();
 }
 
-// Whether the files of a table hold `path`; its text then.
+// Whether one of the files of a table is `path`; then `text` is its path.
 bool Holds(const SitePathDB& paths, const std::string& path, std::string& text) {
   const int number = paths.Find(path);
   return number >= 0 && paths.Name(number, text) == 0;
@@ -42,10 +43,11 @@ int SiteMgr::BeginPeep(int siteId) {
   if (!HasFiles(siteProf) || siteProf->Get(siteId, site) < 0 || dbDir == nullptr) return -1;
   std::string name;
   if (siteProf->Text(site.pathFile, name) < 0 || name.empty()) return -1;
-  // A table that is still there is not closed first, on purpose: only one whose closing failed is.
+  // A table that is still there is not closed first, on purpose: it is there only because its
+  // closing failed.
   peepPathDB = new SitePathDB;
   if (inside->onlyAsks()) peepPathDB->SetReadOnly();
-  // The separator is a second one where the folder ends in its own, as it does; that is meant.
+  // A folder ends in a separator already, so this is a second one. That is meant.
   return peepPathDB->Open(*dbDir + '\\' + name);
 }
 

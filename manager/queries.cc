@@ -40,7 +40,8 @@ bool ReadPath(const SitePathDB* paths, const UrlID& id, SitePathRec& rec) {
   return id.kind == kKindPath && HasFiles(paths) && paths->Get(id.id, rec) == 0;
 }
 
-// A page for a reader of the site: drawings are read for links, but they are none.
+// Whether a reader of the site would call this a page. Drawings are read for links, but are no
+// pages.
 bool IsPage(const SitePathDB& paths, const SitePathRec& file, const PageTypes* types) {
   if (file.fileType != static_cast<std::int32_t>(FT_OTHER)) {
     return file.fileType == static_cast<std::int32_t>(FT_HTML);

@@ -15,7 +15,7 @@ std::vector<int>* QueryLinks(SiteLinkDB* links, const UrlID& from, const UrlID& 
   return numbers.release();
 }
 
-// By path number: the file is not there, or not in the site.
+// By path number: whether the file is not there, or not in the site.
 std::vector<bool> FindMissing(const SitePathDB& paths) {
   std::vector<bool> missing(static_cast<std::size_t>(paths.Count()), true);
   ForEachNumber(paths, [&](int number) {
@@ -27,7 +27,8 @@ std::vector<bool> FindMissing(const SitePathDB& paths) {
   return missing;
 }
 
-// Whether a path stands for a name that no file can have; that of a file never ends in a separator.
+// Whether a path stands for a name that no file can have: it ends in a separator, as no path of a
+// file does.
 bool IsUnservable(std::string_view path) {
   if (!path.ends_with('\\')) return false;
   for (const std::string_view code : {"%2F", "%2f", "%5C", "%5c", "%00"}) {
@@ -121,7 +122,7 @@ int SiteMgr::GetLink(int number, SiteLink& link) {
   if (pathDB->Get(rec.to.id, target) < 0) return 0;
   link.exists = target.exists != 0;
   link.unservable = !link.exists && IsUnservable(pathDB->TextView(target.name));
-  // What is there has its flag only below the site folder.
+  // A file that is there has its flag only if it lies below the site folder.
   const bool isInSite =
       inside->siteFolder && pathDB->TextView(target.name).starts_with(*inside->siteFolder);
   link.outside = !link.exists && !isInSite;

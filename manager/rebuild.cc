@@ -1,4 +1,4 @@
-// The steps of a rebuild, but for the walk through the folders.
+// The steps of a rebuild, except for the walk through the folders.
 #include "manager/rebuild.h"
 
 #include <set>
@@ -18,11 +18,11 @@ namespace {
 constexpr int kRebuildFailed = 1;
 constexpr int kRebuilt = 2;
 
-// A file is read under so many of the names that the walk does not come to.
+// Of the names of a file that the walk does not meet, at most this many are read.
 constexpr int kMostNames = 8;
 
-// Gives back the texts of a page that are collected anew. A damaged list of anchors, which cannot
-// be given back, is forgotten, so that a rebuild mends it.
+// Gives back the texts of a page that will be collected again. A damaged list of anchors cannot be
+// given back. It is forgotten, so that a rebuild repairs it.
 void ReleaseCollected(SitePathDB& paths, SitePathRec& rec) {
   if (paths.ReleaseTexts(rec) == 0) return;
   rec.listCount = 0;
@@ -112,8 +112,8 @@ int SiteMgr::Rebuild::ClearTables() {
   return 0;
 }
 
-// Path entries are kept, so that their numbers stay; what is found out anew is taken from them. A
-// damaged entry, which its name does not lead to, is dropped.
+// Path entries are kept, so that their numbers stay. What will be found out again is cleared. A
+// damaged entry, which its own name does not find, is dropped.
 int SiteMgr::Rebuild::ResetPaths() {
   SitePathDB& paths = *manager_.pathDB;
   for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
@@ -133,8 +133,8 @@ int SiteMgr::Rebuild::ResetPaths() {
   return 0;
 }
 
-// Looks every known file up on disk once more. The existence flag stays with what the walk found:
-// files that it does not come to are entered when something links to them.
+// Asks the disk once more about every known file. The existence flag stays as the walk has set it:
+// files that the walk does not meet get it when something links to them.
 int SiteMgr::Rebuild::RefreshPaths() {
   SitePathDB& paths = *manager_.pathDB;
   for (int number = paths.NextNumber(0); number >= 0; number = paths.NextNumber(number + 1)) {
@@ -170,10 +170,10 @@ int SiteMgr::Rebuild::CollectLinks() {
   return CollectWaitingSheets();
 }
 
-// Files that are there, though the walk has not come to them: below folders that are links, or for
-// their names. By the web rules the pages and sheets among them are read, with what they lead to in
-// turn. By the classic rules those that the pass itself adds are read by the next rebuild; `count`
-// entries were there before it.
+// Reads files that are there although the walk has not met them: below folders that are links, or
+// because of their names. With RuleFlags::readsWhatIsLinked the pages and sheets among them are
+// read, and then those that they lead to, and so on. Without it, files that this pass itself adds
+// are read by the next rebuild. `count` is the number of entries before this pass.
 int SiteMgr::Rebuild::CollectFound(int count) {
   const OperationMemo& memo = *manager_.inside->operationMemo;
   for (std::size_t next = 0; next < memo.foundFiles.size(); ++next) {  // grows meanwhile
@@ -194,7 +194,7 @@ int SiteMgr::Rebuild::CollectFound(int count) {
   return 0;
 }
 
-// The sheets that waited for a file that refers to them, and were reached from none.
+// Collects the sheets that waited for a file that refers to them, and that no file has led to.
 int SiteMgr::Rebuild::CollectWaitingSheets() {
   manager_.inside->operationMemo->sheetsWait = false;
   for (const int sheet : std::exchange(manager_.inside->operationMemo->waitingSheets, {})) {
@@ -204,7 +204,7 @@ int SiteMgr::Rebuild::CollectWaitingSheets() {
   return 0;
 }
 
-// Folders that are links may lead round in circles, and to one file in very many ways.
+// Folders that are links can lead round in circles, and to one file in very many ways.
 bool SiteMgr::Rebuild::IsToBeReadAs(const std::string& path) {
   platform::FileStat found;
   if (platform::Stat(path, found) < 0) return false;
@@ -215,8 +215,7 @@ bool SiteMgr::Rebuild::IsToBeReadAs(const std::string& path) {
   return !known->second;
 }
 
-// Whether a folder of the site is reached through one that is the same real folder as another of
-// them.
+// Whether a folder of the site is reached through another one that is the same real folder.
 bool SiteMgr::Rebuild::GoesInCircles(const std::string& folder) const {
   std::set<std::pair<std::uint64_t, std::uint64_t>> passed;
   for (std::string name = folder; name.size() >= siteDir_.size();) {
@@ -234,7 +233,7 @@ void SiteMgr::Rebuild::Skip(int number, const std::string& path) {
   manager_.inside->skippedByRebuild.push_back(path);
 }
 
-// A page that cannot be traversed is noted, and the rest goes on.
+// A page that cannot be read is noted, and the others go on.
 void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
   SitePathRec rec;
   std::string path;
@@ -249,15 +248,15 @@ void SiteMgr::Rebuild::CollectLinksOf(int number, bool isFound) {
   if (result < 0 || (unread && rec.exists != 0)) Skip(number, path);
 }
 
-// The classic rules read every known page and sheet; by the web rules one that the walk has not
-// seen is only a target.
+// Without RuleFlags::readsWhatIsLinked every known page and sheet is read; with it, one that the
+// walk has not seen is only a target.
 bool SiteMgr::Rebuild::IsToBeRead(int number, const std::string& path,
                                   const SitePathRec& rec) const {
   if (!HoldsLinks(path, rec, manager_.inside->types())) return false;
   return !FlagsOf(manager_.GetLinkRules()).readsWhatIsLinked || HasWalked(number);
 }
 
-// Drops the entries whose file is gone, that nothing links to and that the user has not marked.
+// Drops entries whose file is gone, if nothing links to them and the user has not marked them.
 int SiteMgr::Rebuild::DropVanished() {
   for (const int number : vanished_) {
     SitePathRec rec;

@@ -12,7 +12,7 @@
 
 namespace zvrsit {
 
-// Private to SiteMgr; the program sees only its operations.
+// A part of SiteMgr: the program sees only SiteMgr's operations.
 class SiteMgr::Rebuild {
  public:
   enum class Kind { kComplete, kDiff };
@@ -25,27 +25,28 @@ class SiteMgr::Rebuild {
 
  private:
   bool CanRun();
-  int RunSteps();
+  [[nodiscard]] int RunSteps();
 
   // rebuild.cc
-  int ClearTables();
-  int ResetPaths();
-  int RefreshPaths();
-  int CollectLinks();
+  [[nodiscard]] int ClearTables();
+  [[nodiscard]] int ResetPaths();
+  [[nodiscard]] int RefreshPaths();
+  [[nodiscard]] int CollectLinks();
   void CollectLinksOf(int number, bool isFound);
-  int CollectFound(int count);
-  int CollectWaitingSheets();
+  [[nodiscard]] int CollectFound(int count);
+  [[nodiscard]] int CollectWaitingSheets();
   bool IsToBeReadAs(const std::string& path);
   bool GoesInCircles(const std::string& folder) const;
   void Skip(int number, const std::string& path);
   bool IsToBeRead(int number, const std::string& path, const SitePathRec& rec) const;
-  int DropVanished();
-  int MarkFamily();
+  [[nodiscard]] int DropVanished();
+  [[nodiscard]] int MarkFamily();
 
   // rebuild_walk.cc
-  int WalkFolders();
-  int RegisterFile(int folder, const std::string& path, const platform::FileStat& found);
-  int RegisterFolder(int parent, const std::string& name);
+  [[nodiscard]] int WalkFolders();
+  [[nodiscard]] int RegisterFile(int folder, const std::string& path,
+                                 const platform::FileStat& found);
+  [[nodiscard]] int RegisterFolder(int parent, const std::string& name);
   void SetWalked(int number);
   bool HasWalked(int number) const;
 
@@ -57,7 +58,7 @@ class SiteMgr::Rebuild {
 
   std::vector<bool> walked_;   // by path number: the walk has seen the file
   std::vector<int> vanished_;  // path numbers
-  // Of files that the walk does not come to: under how many names a real one was met, and which
+  // For files that the walk does not meet: under how many names a real file was met, and which
   // folders are reached in circles.
   std::map<std::pair<std::uint64_t, std::uint64_t>, int> names_;
   std::map<std::string, bool> circles_;

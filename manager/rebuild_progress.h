@@ -9,7 +9,7 @@
 namespace zvrsit {
 
 // The bar goes from 0 to 100: 5 while folders are walked, 10 after that, 15 to 95 over the path
-// records, 100 at the end. Without a dialog nothing is sent and nothing is ever cancelled.
+// records, 100 at the end. Without a dialog nothing is shown and nothing is ever cancelled.
 class RebuildProgress {
  public:
   explicit RebuildProgress(CZvrSiteRebuildProgressDlg* dialog) : dialog_(dialog) {}

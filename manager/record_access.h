@@ -17,7 +17,7 @@
 
 namespace zvrsit {
 
-// Whether a table is there with its record file open; and with its text store too.
+// Whether a table is there and its record file is open; HasFiles: its text store too.
 template <class Table>
 bool HasRecords(const Table* table) {
   return table != nullptr && table->records() != nullptr;
@@ -27,8 +27,8 @@ bool HasFiles(const Table* table) {
   return HasRecords(table) && table->strings() != nullptr;
 }
 
-// Whether a file of that FT_ code is read for links: pages and style sheets, and, where `types` are
-// given, files of these.
+// Whether a file of this FT_ code is read for links: pages and style sheets, and files of `types`,
+// which may be null.
 inline bool HoldsLinks(std::string_view path, std::uint32_t fileType, const PageTypes* types) {
   return fileType == FT_HTML || fileType == FT_CSS || (types != nullptr && types->Hold(path));
 }

@@ -9,14 +9,14 @@
 
 namespace zvrsit {
 
-// A record holds the size of its file and the second of its last change. A file of the same size
-// that was changed in that very second is told from the one that was read where the table was
-// written in that second, too: it is younger than the table. What was changed while the table was
-// being made, or was given its old time back, is not noticed.
+// A record holds the size of its file and the second of its last change. When a file of the same
+// size was changed in this very second, the time of the table decides: if the table was written in
+// the same second and the file is younger than the table, the file has changed. Not noticed is a
+// file that was changed while the table was being made, or that was given its old time again.
 class RecordedFiles {
  public:
-  // `paths` is open; when it was last written is asked now. With `isAsWritten` nothing in it was
-  // read later.
+  // `paths` must be open; the constructor asks when its file was written. `isAsWritten`: nothing
+  // was put into the table after that.
   RecordedFiles(const SitePathDB& paths, bool isAsWritten) {
     platform::FileStat table;
     // A time in whole seconds is too early.

@@ -1,4 +1,4 @@
-// Saved pages: registering a file anew and collecting its links.
+// Saved pages: registering a file again and collecting its links.
 #include <memory>
 #include <unordered_set>
 #include <vector>
@@ -19,7 +19,7 @@ std::unordered_set<int> AsSet(const int* ids, int count) {
                                      : std::unordered_set<int>();
 }
 
-// Marks the entries of `ids` that also stand in `others` with -1; true when one of 0 or above is
+// Overwrites the entries of `ids` that `others` also has with -1; true if an entry of 0 or above is
 // left.
 bool CancelEqual(int* ids, int count, const std::unordered_set<int>& others) {
   bool left = false;
@@ -33,7 +33,7 @@ bool CancelEqual(int* ids, int count, const std::unordered_set<int>& others) {
   return left;
 }
 
-// Whether two lists of targets differ; spoils both.
+// Whether two lists of targets differ. The lists are changed by this.
 bool Differ(std::vector<int>& olds, std::vector<int>& news) {
   return olds.size() != news.size() ||
          SiteMgr::LinkChanged(olds.data(), news.data(), static_cast<int>(olds.size()),
@@ -42,8 +42,8 @@ bool Differ(std::vector<int>& olds, std::vector<int>& news) {
 
 }  // namespace
 
-// The values are compared as they came in, so one entry cancels every equal one of the other list:
-// {5, 5} and {5} do not differ.
+// The values are compared as they were given, so one entry cancels every equal entry of the other
+// list: {5, 5} and {5} do not differ.
 int SiteMgr::LinkChanged(int* oldIds, int* newIds, int oldCount, int newCount) {
   const std::unordered_set<int> olds = AsSet(oldIds, oldCount);
   const std::unordered_set<int> news = AsSet(newIds, newCount);
@@ -63,7 +63,7 @@ int SiteMgr::Save(const std::string& path, Document* doc) {
   return 0;
 }
 
-// Saves a file, and leaves the pages that link to its folder as they are.
+// Saves a file, and does not read the pages that link to its folder.
 int SiteMgr::Work::Save(const std::string& path, Document* doc) {
   // The document of any other file stays the caller's, on purpose.
   OwnedDocument owned(HoldsLinks(path, ClassifyFileType(path), m_.inside->types()) ? doc : nullptr,
@@ -91,7 +91,8 @@ int SiteMgr::Work::Save(const std::string& path, Document* doc) {
   std::vector<int> newTargets;
   if (ListFileTargets(number, newTargets) < 0) return -1;
   const bool changed = m_.inside->operationMemo->linkedFromBelow || Differ(oldTargets, newTargets);
-  // Taking the page out and putting it back has raised the flag; an unchanged page must not.
+  // The flag was raised when the page was taken out and put back; for an unchanged page it must not
+  // be.
   m_.linksChanged = changed ? 1 : changedBefore;
   return 0;
 }
@@ -109,7 +110,7 @@ int SiteMgr::Work::ListFileTargets(int pathNumber, std::vector<int>& targets) {
 }
 
 // Takes a known file out and registers it again; its number. The publishing-membership word is
-// carried over, unless others refer to the entry: then it stayed, with its word.
+// carried over. When others refer to the entry, the entry stayed and still has its word.
 int SiteMgr::Work::RegisterAnew(int number, const std::string& path, const std::string& siteDir) {
   SitePathRec rec;
   if (m_.pathDB->Get(number, rec) < 0) return -1;
@@ -147,7 +148,8 @@ void SiteMgr::Work::SetUnread(int pathNumber, bool unread) {
   m_.pathDB->Update(rec);
 }
 
-// Notes what the page number `saved` is the first to link to: nobody has had it read.
+// Notes the files to which page number `saved` is the first to link: nothing has made them be read
+// yet.
 void SiteMgr::Work::MarkFound(int saved) {
   std::vector<std::int32_t>& found = m_.inside->operationMemo->foundFiles;
   for (const int number : found) {
@@ -183,8 +185,8 @@ int SiteMgr::Work::Traverse(const std::string& siteDir, const std::string& path,
   return isSheet ? styles.CollectSheet(path) : styles.CollectPage(path, document.get());
 }
 
-// The links in the page's own text. The page record is written when the collecting object goes,
-// which has to be before the style sheets are looked at.
+// Collects the links in the page's own text. The page's record is written when the collecting
+// object is destroyed. This must happen before the style sheets are looked at.
 int SiteMgr::Work::CollectPageLinks(const std::string& siteDir, const std::string& path,
                                     Document* doc) {
   SiteDOMUtil page(&m_, m_.dom, m_.pathDB, m_.urlDB, m_.linkDB, path);

@@ -65,9 +65,9 @@ int WriteProfile(SiteServProfDB& servers, int number, const ServProfile& profile
 
 }  // namespace
 
-// Opens the table, does use(table) and closes it: the result of `use`, -1 also when what was
-// changed could not be written. A table object is opened only once, so a new one is made in the
-// place of the one before: copies of the manager point there too.
+// Opens the table, calls use(table) and closes it. The result is that of `use`, or -1 when changes
+// could not be written. A table object can be opened only once. So a new object is made at the
+// place of the old one, because copies of the manager point there too.
 int SiteMgr::Work::WithServProf(const std::function<int(SiteServProfDB&)>& use) {
   const ProfileUse profiles(m_);
   if (m_.servProf == nullptr || m_.servProfPath == nullptr || !profiles.isHeld()) return -1;

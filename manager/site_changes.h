@@ -12,11 +12,11 @@ struct SiteChanges {
   std::vector<std::string> gone;     // files of the site that are no longer there
   std::vector<std::string> added;    // files of the site that are not known, or known as missing
 
-  // What the tables do not know the links of, though it has not changed since:
+  // Files that have not changed since, but whose links the tables do not know:
   std::vector<std::string> unread;  // pages and sheets that could not be read, or not to their end
   std::vector<std::string> unlisted;  // folders that cannot be read
-  // Native paths: pages, sheets and folders that are left out for a "#" or a `\` in their names. Of
-  // those with a "#" the pages that something links to are read under the web rules.
+  // Native paths: pages, sheets and folders that are left out because their names hold a "#" or a
+  // `\`. With RuleFlags::readsWhatIsLinked a page with a "#" is read when something links to it.
   std::vector<std::string> leftOut;
 };
 

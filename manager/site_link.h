@@ -15,8 +15,9 @@ struct SiteLink {
   UrlID to;                // a file (kind 2) or a URL (kind 3)
   std::uint32_t type = 0;  // one of the LT_ codes of links/link_type.h
   int count = 0;           // how often the page has it
-  // Where the value of its first occurrence begins in the file of the page, in bytes; -1 when that
-  // is not known: classic rules, or a file that had to be converted into the code page.
+  // Where the value of its first occurrence begins in the file of the page, in bytes. -1 when this
+  // is not known: without RuleFlags::storesOffsets, or when the file had to be converted into the
+  // code page.
   int offset = -1;
   std::string text;         // as written in the page
   std::string alt;          // the alternative text; empty for none

@@ -20,9 +20,9 @@ class Document;
 struct CZvrSiteRebuildProgressDlg;
 
 // Paths are `\` paths in the code page; a folder ends in `\`. An `int` result is 0, a count or a
-// record number on success and -1 on failure; a pointer result is null on failure and belongs to
-// the caller, who gives it back through DeleteVecRecCell, DeleteString or (lists of numbers and of
-// strings) delete. Nothing is rolled back after a partial failure.
+// record number on success, and -1 on failure. A pointer result is null on failure. It belongs to
+// the caller, who gives it back through DeleteVecRecCell or DeleteString, or (lists of numbers and
+// of strings) through delete. Nothing is rolled back after a partial failure.
 //
 // A copy shares the tables with its original (see SiteMgrBase).
 class ZVRSIT_API SiteMgr : public SiteMgrBase {
@@ -34,37 +34,38 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // ---- Opening and closing ----
 
-  // Opens the site named `siteName`, which SetSiteProf has made with a site folder and a top file:
+  // Opens the site named `siteName`, which SetSiteProf has made with a site folder and a top file.
   // 0, -1, or -2 when its folder or top file is missing (SiteMgrBase::OpenSite says more). The int
-  // is passed on and has no effect.
+  // has no effect.
   int SiteOpen(const std::string& siteName, int);
   int SiteClose();
 
   // ---- Saved pages (save.cc) ----
 
-  // Registers the file `path` anew with the links of `doc`, or of the file on disk when `doc` is
-  // null. For pages (by the web rules also those of the site's page types) and style sheets `doc`
-  // is consumed, whatever the outcome; for other types it stays the caller's. Raises the
-  // links-changed flag when the page's targets in the site differ, or a sheet below it is
-  // registered that names files. By the web rules, when a document that stands for its folder has
-  // come, or the folder itself, the pages that link to it are read anew.
+  // Registers the file `path` again, with the links of `doc`, or of the file on disk when `doc` is
+  // null. For pages (with RuleFlags::readsOtherPageTypes also those of the site's page types) and
+  // style sheets `doc` is consumed in every case; for other types it stays the caller's. The
+  // links-changed flag is raised in two cases: the page now leads to other files of the site, or a
+  // sheet below it is registered that refers to files. If the file stands for its folder and has
+  // come, or the folder itself has, the pages that link to the folder are read again
+  // (RuleFlags::findsFolderDocuments).
   int Save(const std::string& path, Document* doc);
   // The same; the int is ignored.
   int Save(const std::string& path, int, Document* doc);
-  // Collects and stores the links of one registered file; consumes `doc` when there is a DOM. A
-  // file that cannot be opened counts as an empty page.
+  // Collects and stores the links of one registered file; consumes `doc` if there is a DOM. A file
+  // that cannot be opened counts as an empty page.
   int TraverseLinks(const std::string& siteDir, const std::string& path, Document* doc);
-  // 1 when the two lists differ as sets, else 0. Overwrites the entries that both hold with -1 in
-  // both arrays.
+  // 1 when the two lists differ as sets, else 0. Entries that both lists hold are overwritten with
+  // -1 in both arrays.
   static int LinkChanged(int* oldIds, int* newIds, int oldCount, int newCount);
 
   // ---- File operations (file_operations.cc) ----
   //
-  // Reported after the fact: the disk is not touched.
+  // The application reports here what it has done already: the disk is not changed.
 
-  // Takes a file out of the link structure. An entry that others still link to stays, with
-  // existence flag 0. By the web rules, when a document that stood for its folder has gone, or the
-  // folder itself, the pages that link to it are read anew. The int is ignored.
+  // Takes a file out of the link structure. If others still link to it, its entry stays, with
+  // existence flag 0. If the file stood for its folder, or the folder itself has gone, the pages
+  // that link to the folder are read again (RuleFlags::findsFolderDocuments). The int is ignored.
   int Remove(const std::string& path, int);
   int Move(const std::string& from, const std::string& to);
   // These change nothing, on purpose: the application reports what matters through Save, Remove
@@ -86,16 +87,16 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // ---- Looking into other sites (peeping.cc) ----
   //
-  // What is found is what stands on disk: changes of the open site that were not flushed are not
-  // seen. Null for an empty argument and when the profiles cannot be read. The list is freed with
+  // The answers come from the disk: changes of the open site that were not flushed are not seen.
+  // Null for an empty argument, and when the profiles cannot be read. The list is freed with
   // delete.
 
   // One entry for each file that the site `siteName` knows; null also for a site that is unknown or
-  // cannot be read. Only the number of entries is of use: all of them are one string object, which
-  // holds the last path, so DeleteString takes the first entry and no other.
+  // cannot be read. Only the number of entries is useful: all of them are the same string object,
+  // which holds the last path. So only the first entry is given to DeleteString.
   std::vector<std::string*>* EnumPathInSite(const std::string& siteName);
-  // One entry for each site that knows `path`. Only the number of entries is of use: the strings
-  // are freed already and must be neither read nor given back.
+  // One entry for each site that knows `path`. Only the number of entries is useful: the strings
+  // are freed already, and must be neither read nor given back.
   std::vector<std::string*>* EnumSiteHasPath(const std::string& path);
 
   // ---- Rebuild (rebuild.cc, rebuild_walk.cc) ----
@@ -107,65 +108,67 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Stores `state` for the site record `siteId`, for the open site when it is below 0.
   int SetSiteProfRebuildState(int state, int siteId);
 
-  // Rebuilds the open site and stores how it went as the rebuild state: 0 when that could be
-  // stored, so success and failure of the rebuild itself are told by the state. `dlg` may be null.
+  // Rebuilds the open site and stores in the rebuild state whether this succeeded. The result is 0
+  // when the state could be stored: only the state tells whether the rebuild itself succeeded.
+  // `dlg` may be null.
   int SiteRebuildDB(int complete, CZvrSiteRebuildProgressDlg* dlg);
-  // Clears what is derived, walks the site folder and collects all links anew. A page that cannot
-  // be read is skipped.
+  // Clears everything that the files tell, walks the site folder and collects all links again. A
+  // page that cannot be read is skipped.
   int SiteRebuildComplete(CZvrSiteRebuildProgressDlg* dlg);
-  // The same, and looks every known file up on disk: an entry whose file is gone is dropped unless
-  // something links to it or the user marked it.
+  // The same, and looks for every known file on the disk. An entry whose file is gone is dropped,
+  // unless something links to it or the user has marked it.
   int SiteRebuildDiff(CZvrSiteRebuildProgressDlg* dlg);
 
-  // Asked for each file and folder (which ends in `\`) that the walk meets; true leaves it out,
-  // a folder with all that is in it.
+  // Called for each file and folder (which ends in `\`) that the walk meets. True leaves it out; a
+  // folder with everything in it.
   using IgnoreHook = bool (*)(const std::string& path, void* context);
-  // Null for none. `context` is handed through and stays the caller's.
+  // Null for no hook. `context` is passed to the hook and stays the caller's.
   void SetIgnoreHook(IgnoreHook hook, void* context);
   // The pages that the last rebuild could not read or collect links from, and the folders (which
   // end in `\`) that it could not list, in the order met.
   const std::vector<std::string>& SkippedByRebuild() const;
 
-  // Compares the tables of the open site with the disk, where files are looked up as in a rebuild
-  // but not read: a file that was written anew with its old size and time is not noticed; nor is
-  // one of the old size and the second of its old time, unless the manager only asks (SetLocking)
-  // and the file is younger than the tables.
-  // (disk_comparison.cc) 0, or -1 without a site.
+  // Compares the tables of the open site with the disk. Files are looked for as in a rebuild, but
+  // not read (disk_comparison.cc). 0, or -1 without a site. Two changes are not noticed: a file
+  // that was written with its old size and got its old time again; and a file that has its old size
+  // and was changed within the second of its old time. The second one is noticed if the manager
+  // only asks (SetLocking) and the file is younger than the tables.
   int CompareWithDisk(SiteChanges& changes);
 
-  // Removes dead records and texts from the files of the open site; numbers do not change. Without
-  // `all` only tables are packed that have a file of which more than a quarter is dead. Every table
-  // is tried; -1 when one could not be packed.
+  // Removes dead records and texts from the files of the open site; numbers do not change. With
+  // `all` false, a table is packed only if more than a quarter of one of its files is dead. Every
+  // table is tried; -1 when one could not be packed.
   int PackSite(bool all = true);
   // Writes the tables of the open site to disk as they stand; 0 or -1.
   int FlushSite();
 
   // ---- Families (families.cc) ----
 
-  // Replaces the user marks 4 and 8 of a file by `marks`; other bits in it are set for good.
+  // Replaces the user marks 4 and 8 of a file by `marks`. Other bits in `marks` are set and are
+  // never cleared.
   int SetFtpFamily(const UrlID& id, unsigned int marks);
   // Marks a file and every file that it reaches.
   int PropagateFamily(int pathNumber);
-  // Unmarks a file that no member links to, and what hangs on it alone. Files of a cycle keep each
-  // other marked.
+  // Unmarks a file that no member links to, and the files that are reached only from it. Files of a
+  // cycle keep each other marked.
   int PropagateUnFamily(int pathNumber);
   // Marks the top file, and only that.
   int TraverseFamily();
   // Recomputes the family when links have changed since the last time.
   int UpdateLinkFamily();
-  // Saves every page anew that holds a link to a folder, after the default document name has
-  // changed: by the classic rules a link whose text ends in "/", by the web rules one that leads
-  // elsewhere now. 0, or -1 when a table is absent or, by the classic rules, no name is set; a page
-  // that cannot be saved is passed over. `url` is not looked at: the name in force is that of the
-  // open site. (folder_links.cc)
+  // Saves again the pages that hold a link to a folder, after the default document name has
+  // changed. With RuleFlags::findsFolderDocuments these are the pages whose links lead elsewhere
+  // now; without it, pages with a link that ends in "/". 0, or -1 when a table is absent, or
+  // (without that flag) no name is set. A page that cannot be saved is skipped. `url` is not used:
+  // the name is that of the open site. (folder_links.cc)
   int ReflectDefaultUrl(const std::string& url);
   // The paths of the pages that ReflectDefaultUrl would save now, in its order.
   std::vector<std::string> ListFolderLinkSources() const;
 
   // ---- Links (queries_links.cc) ----
   //
-  // A link is one record: what a page has several times, equal in target, type and texts, counts as
-  // one with an occurrence count.
+  // A link is one record. If a page has a link several times, with the same target, type and texts,
+  // it is one link with an occurrence count.
 
   // Numbers of the links from or to an entry, ascending; an entry without any has an empty list.
   // Null without a site. Freed with delete.
@@ -177,35 +180,35 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Reads one link: 0, or -1 when there is none of that number.
   int GetLink(int number, SiteLink& link);
   // All places of these links (record numbers): places[i] are those of links[i], in the order of
-  // the file. The pages and sheets that have them are read anew, in any encoding; a link has no
-  // places where its file cannot be read, or is not the one any more whose links are registered.
-  // (link_places.cc) 0, or -1 without a site.
+  // the file. Their pages and sheets are read again, in any encoding. A link has no places if its
+  // file cannot be read, or is no longer the file whose links are registered. (link_places.cc) 0,
+  // or -1 without a site.
   int FindLinkPlaces(const std::vector<int>& links, std::vector<std::vector<LinkPlace>>& places);
 
-  // The same for the file `path`, one cell a link in the order of the numbers: a cell as EnumPath
-  // or EnumUrl has it for the entry at the other end, with the link's type code (an LT_ code). An
-  // entry that is linked twice comes twice. Null for a file that the site does not know.
+  // The same for the file `path`. One cell for each link, in the order of the numbers: a cell as
+  // EnumPath or EnumUrl gives it for the entry at the other end, with the link's type code (an LT_
+  // code). An entry that is linked twice comes twice. Null for a file that the site does not know.
   vec<SiteRecCell>* GetForeLinks(const std::string& path);
   vec<SiteRecCell>* GetBackLinks(const std::string& path);
   // The files that something links to and that are not there or lie outside of the site, as cells
-  // of EnumPath by record number; but flag is how many links there are to the file.
+  // of EnumPath by record number. Here the flag is how many links there are to the file.
   vec<SiteRecCell>* GetBrokenLinks();
 
   // ---- Fragments (fragments.cc) ----
   //
   // A fragment leads to the element with that ID, or to the A with that NAME, as it is written or
-  // percent-decoded. Empty ones, "top" and text fragments (":~:") lead nowhere else in any page,
-  // and those that begin with "/" or "!" are taken for routes of scripts. The IDs of a page that
-  // holds server code, and of what is no page, are not known: nothing is missing there.
+  // percent-decoded. Some fragments are never missing: empty ones, "top", text fragments (":~:"),
+  // and those that begin with "/" or "!", which are routes of scripts. The IDs of a page that holds
+  // server code are not known, and a file that is no page has none: there, too, nothing is missing.
 
-  // From now on (true) the IDs of each page that is read for links are kept in memory, eight bytes
-  // an ID, so that the next two need not read it again; false forgets them.
+  // True: from now on the IDs of each page that is read for links are kept in memory, eight bytes
+  // for each ID, so that the next two operations need not read the page again. False: forgets them.
   void KeepPageIds(bool keep);
   // The links to files of the site whose fragment names nothing there, by number. Reads each such
   // file once, unless its IDs are kept. 0, or -1 without a site.
   int FindMissingFragments(std::vector<MissingFragment>& missing);
-  // The IDs that stand in one page more than once, by page and first place. Reads each page of the
-  // site, unless its IDs are kept, and those that have such IDs. 0, or -1 without a site.
+  // The IDs that one page has more than once, by page and first place. Reads each page of the site,
+  // unless its IDs are kept; then only the pages that have such IDs. 0, or -1 without a site.
   int FindRepeatedIds(std::vector<RepeatedId>& repeated);
   // The IDs and anchor names of the page `path` as it is now, in the order of the file: 0, or -1
   // when it cannot be read.
@@ -229,11 +232,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   //   time   of the last modification, size in bytes: as last seen on disk; 0 and 0xFFFFFFFF for a
   //          file that was never seen there
   vec<SiteRecCell>* EnumPath();
-  // Every external URL that was linked to. In its cell:
-  //   id     kind 3 and the record number
-  //   name   the URL as written; fileType what its end suggests
-  //   flag   the result of its last check, 0 for never checked; time that of the check, else 0
-  //   size   0xFFFFFFFF
+  // Every external URL that something has linked to. In its cell:
   vec<SiteRecCell>* EnumUrl();
 
   // The folders directly in `folder` (which ends in `\`), in the order of the relations. In a cell:
@@ -253,7 +252,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   vec<SiteRecCell>* GetFtpMember();
   // The publishing-membership word of a file (manager/family_marks.h), or -1.
   int GetUrlFtpMember(const UrlID& id);
-  // The files that are there and that no other file links to, but for the top file; as cells of
+  // The files that are there and that no other file links to, except for the top file; as cells of
   // EnumPath.
   vec<SiteRecCell>* GetUnusedFiles();
   // The files of any type of an OR-mask of FT_ codes (util/file_type.h), there or not; as cells of
@@ -262,12 +261,12 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // The FT_ code of a file, or what the end of a URL suggests; -1 for any other entry.
   int GetUrlFileType(const UrlID& id);
 
-  // The title of a page; null when it has none. Set, it is stored until the page is next read, and
-  // an empty one unsets it.
+  // The title of a page; null when it has none. A title that is set is kept until the page is next
+  // read. An empty one unsets it.
   std::string* GetUrlTitle(const UrlID& id);
   int SetUrlTitle(const UrlID& id, const std::string& title);
-  // What the page's META elements say. Each is null when the page does not say it, and all of them
-  // after -1; each goes back through DeleteString.
+  // What the page's META elements say. Each text is null if the page does not have it, and all are
+  // null after -1. The caller gives each back through DeleteString.
   int GetUrlProperty(const UrlID& id, std::string*& lastModified, std::string*& expires,
                      std::string*& generator, std::string*& keywords, std::string*& description,
                      std::string*& contentType);
@@ -280,12 +279,12 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // ---- Site profiles (site_profiles.cc, site_profile_fields.cc) ----
   //
-  // A name is that of a folder on every system: not empty, ".", ".." or a device name, without a
-  // dot or space at its end, without control characters and \ / : * ? " < > |, and different from
-  // every other but for the case of ASCII letters. What is set is on disk at once. A profile's
-  // number stays the same for as long as it lives.
+  // A profile's name is also the name of a folder, on every system. So it is not empty, ".", ".."
+  // or a device name; it has no dot or space at its end, no control characters, and none of \ / : *
+  // ? " < > |. It differs from every other name in more than ASCII letter case. What is set is on
+  // disk at once. The number of a profile stays the same as long as the profile exists.
 
-  // The accessor of the table, beside the operation of the same name.
+  // The table itself; another function below has the same name.
   using SiteMgrBase::GetSiteProf;
 
   // The names in the order of their numbers. Each goes back through DeleteString, then the list
@@ -295,44 +294,45 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int FindSiteProf(const std::string& name);
   // Reads a whole profile; 0 or -1.
   int GetSiteProf(const std::string& name, SiteProfile& profile);
-  // Stores a whole profile; a new name makes a new one, as AddSiteProf does. 0 or -1.
+  // Stores a whole profile. A new name makes a new profile, as AddSiteProf does. 0 or -1.
   int SetSiteProf(const std::string& name, const SiteProfile& profile);
 
-  // Makes an empty profile and the folder for its tables; its number, or -1 also when there is one
-  // of that name. Tables that a lost profile left behind are removed.
+  // Makes an empty profile and the folder for its tables; its number, or -1 (also when the name is
+  // taken). Tables that a lost profile has left there are removed.
   int AddSiteProf(const std::string& name);
   // Makes a new profile `to` with the fields of `from`, but with tables of its own and never
   // rebuilt; its number or -1.
   int CopySiteProf(const std::string& from, const std::string& to);
-  // Gives a profile another name and moves its tables; the number stays. 0, or -1, which leaves
-  // name and tables as they were. Refused while that site is open.
+  // Gives a profile another name and moves its tables; the number stays. 0; or -1, and then name
+  // and tables are unchanged. Not possible while that site is open.
   int RenameSiteProf(const std::string& from, const std::string& to);
-  // Deletes a profile and its tables; the site itself is not touched. 0 or -1. Refused while that
-  // site is open.
+  // Deletes a profile and its tables; the site itself is not changed. 0 or -1. Not possible while
+  // that site is open.
   int DeleteSiteProf(const std::string& name);
 
-  // Single fields of the profile number `siteId`, of the open site when it is below 0. A text is
-  // null when it is not set (for DeleteString), and setting an empty one unsets it; setting gives 0
-  // or -1. The rebuild state is further up.
+  // Single fields of the profile number `siteId`; below 0 it is the open site. A text that is not
+  // set is null; other texts are for DeleteString. Setting an empty text unsets the field. Setters
+  // give 0 or -1. The rebuild state is further up.
   //
-  // One of ten folders: slot 0 the document root and 1 the site folder, both ending in `\`, 9 the
-  // URL under which the site is served: by the web rules links to it are links to the site's files.
-  // It is absolute, of http or https, and has neither a user nor a query nor a fragment; any other
-  // text is as none. Slot 8 holds the page types: the extensions of files that are pages too by the
-  // web rules (links/page_types.h). A change in the open site is passed on to style sheets at
-  // once; files that are registered keep what was found out about them.
+  // One of ten folders. Slot 0 is the document root and slot 1 the site folder; both end in `\`.
+  // Slot 9 is the URL under which the site is served: with RuleFlags::resolvesAsBrowser, links to
+  // it are links to the site's files. It is an absolute http or https URL without user, query and
+  // fragment; any other text means none. Slot 8 holds the page types: with
+  // RuleFlags::readsOtherPageTypes, files with these extensions are pages too (links/page_types.h).
+  // When a folder of the open site is changed, style sheets use it at once; what was found out
+  // about registered files stays.
   std::string* GetSiteProfDir(int slot, int siteId = -1);
   int SetSiteProfDir(int slot, const std::string& folder, int siteId = -1);
   // The full path of the home page, without which a site cannot be opened. After a change in the
-  // open site UpdateLinkFamily finds the family anew.
+  // open site UpdateLinkFamily finds the family again.
   std::string* GetSiteProfTopFile(int siteId = -1);
   int SetSiteProfTopFile(const std::string& path, int siteId = -1);
-  // The name of the document that stands for its folder. A change in the open site is in force at
-  // once; ReflectDefaultUrl then reads anew the pages that it concerns.
+  // The name of the document that stands for its folder. If it is changed in the open site, the
+  // change counts at once; ReflectDefaultUrl then reads the affected pages again.
   std::string* GetSiteProfDefaultUrl(int siteId = -1);
   int SetSiteProfDefaultUrl(const std::string& name, int siteId = -1);
-  // Whether targets that begin with "/" are taken from the document root: 0, 1 or -1. Passed on as
-  // a folder is.
+  // Whether targets that begin with "/" are resolved from the document root: 0, 1 or -1. A change
+  // counts as one of a folder does.
   int GetSiteProfUseDocRoot(int siteId = -1);
   int SetSiteProfUseDocRoot(int use, int siteId = -1);
   // The name of the server profile to publish with, whether or not there is one of that name.
@@ -344,12 +344,12 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
 
   // ---- Server profiles (server_profiles.cc) ----
   //
-  // Each operation opens the table anew and closes it, so that another manager's changes are seen;
-  // all give -1 or null when it cannot be opened. A name is any text, different from every other
-  // but for the case of ASCII letters. Texts as above. Passwords are given and taken in clear and
-  // stored scrambled.
+  // Each operation opens the table and closes it again, so that changes of another manager are
+  // seen. All give -1 or null when it cannot be opened. A name is any text that differs from every
+  // other name in more than ASCII letter case. Texts as above. Passwords are given and taken in
+  // clear, and stored scrambled.
 
-  // The accessor of the table as the last operation left it: closed.
+  // The table itself, as the last operation left it: closed.
   using SiteMgrBase::GetServProf;
 
   // The names in the order of their numbers; freed as by EnumSiteProf.
@@ -374,8 +374,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // The remote folder that the site goes to.
   std::string* GetServProfDir(const std::string& name);
   int SetServProfDir(const std::string& name, const std::string& dir);
-  // Whether, and through which host, a firewall is passed. The numbers from here on are the
-  // publishing side's own: stored as given, 0 in a new profile; -1 also when they cannot be read.
+  // Whether there is a firewall on the way, and its host. The numbers from here on belong to the
+  // program that publishes. They are stored as given, and are 0 in a new profile. -1 also when they
+  // cannot be read.
   int GetServProfFirewall(const std::string& name);
   int SetServProfFirewall(const std::string& name, int firewall);
   std::string* GetServProfFirewallHost(const std::string& name);
@@ -415,8 +416,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   class ZVRSIT_LOCAL Work;     // manager/work.h
   class ZVRSIT_LOCAL Rebuild;  // manager/rebuild.h
 
-  // peeping.cc. Opens the path table of another site into peepPathDB, also when it then gives -1,
-  // and closes it; one pair within each public operation that peeps.
+  // peeping.cc. BeginPeep opens the path table of another site as peepPathDB, even when it then
+  // gives -1. EndPeep closes it. Each public operation that looks into another site calls both
+  // once.
   ZVRSIT_LOCAL int BeginPeep(int siteId);
   ZVRSIT_LOCAL int EndPeep(int);
 

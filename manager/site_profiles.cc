@@ -22,15 +22,15 @@ constexpr ProfileText kSiteTexts[] = {{&SiteSiteRec::topFile, &SiteProfile::topF
                                       {&SiteSiteRec::defaultUrl, &SiteProfile::defaultUrl},
                                       {&SiteSiteRec::servProf, &SiteProfile::server}};
 
-// Whether a stored file name leads into a folder of the database folder, and nowhere else.
+// Whether a stored file name leads into a folder of the database folder, and to no other place.
 bool IsTableName(std::string_view name) {
   const auto backslash = FindLastBackslashMB(name);
   return backslash != std::string_view::npos && IsSiteName(name.substr(0, backslash)) &&
          IsSiteName(name.substr(backslash + 1));
 }
 
-// Reads the file names of a profile's tables; false when not all can be read. One that leads
-// elsewhere is left empty, so that a damaged profile has no other file moved or deleted.
+// Reads the file names of a profile's tables; false when not all can be read. A name that leads
+// elsewhere is left empty, so that no other file is moved or deleted because of a damaged profile.
 bool ReadTableNames(const SiteSiteProfDB& profiles, int number, SiteTableNames& names) {
   const bool isRead = profiles.ReadTableNames(number, names);
   for (std::string& name : names) {
@@ -47,7 +47,7 @@ void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
   }
 }
 
-// Moves what there is of a table; false when a file that is there could not be moved.
+// Moves the files of a table that are there; false when one of them could not be moved.
 bool MoveTable(const std::string& from, const std::string& to) {
   std::vector<std::string> targets;
   ForEachFileOfTable(to, [&](const std::string& path) { targets.push_back(path); });
@@ -146,8 +146,8 @@ int SiteMgr::CopySiteProf(const std::string& from, const std::string& to) {
   return Work(*this).MakeTableFolder(siteProf->Copy(siteProf->Find(from), to));
 }
 
-// The folder for the tables of a new profile, without any; the profile's number. A profile whose
-// folder cannot be made could never be opened, so it is taken back.
+// Makes the folder for the tables of a new profile, without any tables; gives the profile's number.
+// A profile whose folder cannot be made could never be opened, so it is deleted again.
 int SiteMgr::Work::MakeTableFolder(int number) {
   if (number < 0) return -1;
   SiteTableNames names;
@@ -175,7 +175,7 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
     return -1;
   }
   if (newNames == oldNames) return -1;  // the tables follow what stands in the profile
-  // Where only the letter case differs, the new names may be those of the tables themselves.
+  // If only the letter case differs, the new names may be those of the tables themselves.
   if (!platform::EqualButForCase(from, to)) RemoveTables(*dbDir, newNames);
   if (MoveTables(*dbDir, oldNames, newNames)) return 0;
   MoveTables(*dbDir, newNames, oldNames);

@@ -41,7 +41,7 @@ int SiteWalk::WalkFolder(const Folder& folder) {
   do {
     result = Visit(folder, search, found);
   } while (result >= 0 && platform::FindNext(search, found));
-  for (const std::string& name : platform::FindUnnamed(search)) {
+  for (const std::string& name : platform::FindNamesWithBackslash(search)) {
     platform::FileStat unnamed;
     if (platform::StatFound(search, {name}, unnamed) == 0) LeaveOut(folder, name, unnamed);
   }

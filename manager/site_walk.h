@@ -19,26 +19,26 @@ struct FindData;
 struct FindState;
 }  // namespace platform
 
-// Meets the regular files and the folders below a folder, folder by folder, in the order of the
-// system's listings. Left out are names with a "#" (in a link it would read as that of a fragment),
+// Meets the regular files and the folders below a folder, folder by folder, in the order in which
+// the system lists them. These are left out: names with a "#" (a link would have a fragment there);
 // folders that are links (what they lead to is met at its own place, or does not belong to the
-// site), and what the hook wants left out; where the system numbers its files, no folder is entered
+// site); and what the hook wants left out. If the system numbers its files, no folder is entered
 // twice.
 class SiteWalk {
  public:
-  // The caller's names of folders are numbers of 0 and above. A number below 0 ends the walk, which
-  // then gives it.
+  // The caller has a number of 0 or above for each folder. A number below 0 ends the walk and is
+  // its result.
   struct Steps {
     std::function<int(int folder, const std::string& path, const platform::FileStat& found)> file;
     // Gives the number of the folder `name`, which ends in `\`.
     std::function<int(int parent, const std::string& name)> folder;
     std::function<int()> nextFolder;
     std::function<void(const std::string& name)> unlisted;  // a folder that cannot be read
-    // A native path of a folder, page or sheet that is left out for its name.
+    // Called with the native path of a folder, page or sheet that is left out because of its name.
     std::function<void(const std::string& native)> leftOut;
   };
 
-  // `types`: what is a page beside HTML pages; null for nothing.
+  // `types`: which files are pages beside HTML pages; null for no others.
   SiteWalk(Steps steps, const PageTypes* types, SiteMgr::IgnoreHook ignore, void* context)
       : steps_(std::move(steps)), types_(types), ignore_(ignore), context_(context) {}
 
@@ -51,8 +51,9 @@ class SiteWalk {
     int number;
   };
 
-  int WalkFolder(const Folder& folder);
-  int Visit(const Folder& folder, platform::FindState* search, const platform::FindData& entry);
+  [[nodiscard]] int WalkFolder(const Folder& folder);
+  [[nodiscard]] int Visit(const Folder& folder, platform::FindState* search,
+                          const platform::FindData& entry);
   int VisitFolder(const Folder& folder, const std::string& name, const platform::FileStat& found);
   void LeaveOut(const Folder& folder, const std::string& name, const platform::FileStat& found);
   bool IsIgnored(const std::string& path) const;

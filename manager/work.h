@@ -1,5 +1,5 @@
-// The operations of SiteMgr that are not the application's. Made where one is needed:
-// Work(*this).Save(...).
+// The operations of SiteMgr that are not for the application. An object is made where one is
+// needed: Work(*this).Save(...).
 #pragma once
 
 #include <functional>
@@ -21,24 +21,28 @@ class SiteMgr::Work : public SiteMgrBase::Work {
     return manager.docRoot != nullptr && !manager.docRoot->empty() ? *manager.docRoot : siteDir;
   }
 
-  // Pages (save.cc, file_operations.cc). Save and Remove are those of SiteMgr, but for the pages
-  // that link to the file's folder: FollowFolderLinks (folder_links.cc) reads these anew, where
-  // their links lead elsewhere now that the file has come or gone. It may stand for its folder, or
-  // be the first or the last below some. By the classic rules a folder's document has one name,
-  // there or not.
+  // Pages (save.cc, file_operations.cc). Save and Remove are those of SiteMgr without the pages
+  // that link to the file's folder. FollowFolderLinks (folder_links.cc) reads these pages again, if
+  // their links lead elsewhere now that the file has come or gone. This happens when the file
+  // stands for its folder, or is the first or the last one below some folder. Without
+  // RuleFlags::findsFolderDocuments nothing is read again: a folder's document has one name,
+  // whether or not it is there.
   int Save(const std::string& path, Document* doc);
   int Remove(const std::string& path);
   void FollowFolderLinks(const std::string& path);
-  // TraverseLinks without its notes. Sets `unread` when the file had to be read and could not be.
-  int Traverse(const std::string& siteDir, const std::string& path, Document* doc, bool& unread);
+  // TraverseLinks, which does not note anything. Sets `unread` when the file had to be read and
+  // could not be.
+  [[nodiscard]] int Traverse(const std::string& siteDir, const std::string& path, Document* doc,
+                             bool& unread);
   // Notes whether the links of a file that is there are unknown, or not all known.
   void SetUnread(int pathNumber, bool unread);
-  // Notes, under the web rules, what the page number `saved` is the first to link to: nobody has
-  // had it read.
+  // With RuleFlags::readsWhatIsLinked, notes the files to which page number `saved` is the first to
+  // link: nothing has made them be read yet.
   void MarkFound(int saved);
 
-  // Keeps the IDs of a page whose links are collected, where they are kept at all; of one that was
-  // not read from its file (null) they are read when they are asked for (fragments.cc).
+  // Keeps the IDs of a page whose links are collected, if IDs are kept at all. If the page was not
+  // read from its file, `document` is null, and its IDs are read when they are needed
+  // (fragments.cc).
   void NoteIds(const std::string& path, const Document* document);
   // Has the IDs of a file in `ids`; false when it is no page of the site, or cannot be read.
   bool ReadIds(int pathNumber, PageIds& ids);
@@ -53,29 +57,30 @@ class SiteMgr::Work : public SiteMgrBase::Work {
 
   // Profiles of sites (site_profiles.cc, site_profile_fields.cc). A `siteId` below 0 is the open
   // site.
-  int StoreProfile(int number, const SiteProfile& profile);
-  int MakeTableFolder(int number);
-  // Brings what is kept of the open site's profile up to date: 0 or -1.
+  [[nodiscard]] int StoreProfile(int number, const SiteProfile& profile);
+  [[nodiscard]] int MakeTableFolder(int number);
+  // Updates what is kept of the open site's profile: 0 or -1.
   int OpenSiteChanged();
   int SiteNumber(int siteId) const { return siteId < 0 ? m_.openSiteId : siteId; }
   using SiteField = std::int32_t SiteSiteRec::*;
   std::string* SiteText(SiteField field, int siteId);
-  int SetSiteText(SiteField field, const std::string& text, int siteId);
+  [[nodiscard]] int SetSiteText(SiteField field, const std::string& text, int siteId);
 
   // Profiles of servers (server_profiles.cc).
   using ServField = std::int32_t SiteServRec::*;
   int WithServProf(const std::function<int(SiteServProfDB&)>& use);
   std::string* ServText(const std::string& name, ServField field);
-  int SetServText(const std::string& name, ServField field, const std::string& text);
-  int ServNumber(const std::string& name, ServField field);
-  int SetServNumber(const std::string& name, ServField field, int value);
+  [[nodiscard]] int SetServText(const std::string& name, ServField field, const std::string& text);
+  [[nodiscard]] int ServNumber(const std::string& name, ServField field);
+  [[nodiscard]] int SetServNumber(const std::string& name, ServField field, int value);
 
  private:
-  int ListFileTargets(int pathNumber, std::vector<int>& targets);
-  int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
-  int CollectPageLinks(const std::string& siteDir, const std::string& path, Document* doc);
-  int DeleteForeLinks(int pathNumber);
-  int DeleteEntry(int pathNumber);
+  [[nodiscard]] int ListFileTargets(int pathNumber, std::vector<int>& targets);
+  [[nodiscard]] int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
+  [[nodiscard]] int CollectPageLinks(const std::string& siteDir, const std::string& path,
+                                     Document* doc);
+  [[nodiscard]] int DeleteForeLinks(int pathNumber);
+  [[nodiscard]] int DeleteEntry(int pathNumber);
 
   SiteMgr& m_;
 };

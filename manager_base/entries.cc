@@ -29,7 +29,7 @@ bool CutToParent(std::string& folder) {
   return true;
 }
 
-// Takes the existence flag away from a file whose name is spelled differently on disk.
+// Clears the existence flag of a file whose name is spelled differently on disk.
 void CheckCase(const std::string& path, SitePathRec& rec) {
   if (rec.exists != 0 && !IsSpelledAsOnDisk(path)) rec.exists = 0;
 }
@@ -142,8 +142,8 @@ int SiteMgrBase::AddFolder(const std::string& folder, int withParents) {
     if (number < 0) return -1;
     if (withParents == 0) return number;
     climbed.push_back(number);
-    // A root that is not known yet ends the climb with -1 and leaves what was added, on purpose:
-    // the site folder is registered beforehand, so a climb within the site never gets there.
+    // If the root is not known yet, the climb ends with -1 and what was added stays, on purpose.
+    // The site folder is registered before, so a climb inside the site never comes so far.
     if (!CutToParent(name)) return -1;
   }
   for (auto child = climbed.rbegin(); child != climbed.rend(); ++child) {

@@ -1,5 +1,5 @@
-// What stands behind SiteMgrBase: its state beside the tables, and the operations that are not the
-// application's.
+// The inside of SiteMgrBase: its state beside the tables, and the operations that are not for the
+// application.
 #pragma once
 
 #include <array>
@@ -27,8 +27,9 @@ class SiteTable;
 struct SiteMgrBase::Inside {
   bool onlyAsks() const { return locks != nullptr && locks->onlyAsks(); }
 
-  // Of the open site, from its profile: what is asked once a link. Without a value when no site is
-  // open or the profile has none; page types by the web rules only.
+  // The parts of the open site's profile that are needed for each link. Without a value when no
+  // site is open or the profile does not have it. Page types only with
+  // RuleFlags::readsOtherPageTypes.
   LinkRules linkRules = LinkRules::Classic;
   std::optional<std::string> siteFolder;
   std::optional<std::string> liveUrl;
@@ -44,17 +45,17 @@ struct SiteMgrBase::Inside {
   std::unique_ptr<SiteLocks> locks;              // null where locking is off
   std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
 
-  // Of SiteMgr: the IDs of the pages that were read; null where they are not kept.
+  // For SiteMgr: the IDs of the pages that were read; null when they are not kept.
   std::unique_ptr<PageIds> pageIds;
-  // Of SiteMgr: what the application wants left out of a site, and what the last rebuild could not
+  // For SiteMgr: what the application wants left out of a site, and what the last rebuild could not
   // read.
   bool (*ignoreHook)(const std::string& path, void* context) = nullptr;
   void* ignoreContext = nullptr;
   std::vector<std::string> skippedByRebuild;
 };
 
-// An operation that remembers what it has found out, for as long as this lives. An operation inside
-// another shares the memory of the outer one.
+// While an object of this class lives, the manager remembers what it has found out (OperationMemo).
+// An operation inside another one uses the memory of the outer one.
 class SiteMgrBase::Operation {
  public:
   [[nodiscard]] explicit Operation(SiteMgrBase& manager);
@@ -67,8 +68,8 @@ class SiteMgrBase::Operation {
   const bool outermost_;
 };
 
-// One use of the site profiles: with locking, they are locked and open for as long as this lives,
-// or closed where they could not be locked. A use inside another is part of it.
+// One use of the site profiles. With locking, they are locked and open while this object lives; if
+// they could not be locked, they are closed. A use inside another one is a part of it.
 class SiteMgrBase::ProfileUse {
  public:
   [[nodiscard]] explicit ProfileUse(const SiteMgrBase& manager);
@@ -84,7 +85,8 @@ class SiteMgrBase::ProfileUse {
   bool ReadOpenSite(SiteSiteRec& rec) const;
   bool ReadSiteFolder(std::string& folder) const;
 
-  // The same without an object to end it. Hold: false when the profiles could not be locked.
+  // Hold begins the same, and LetGo ends it, without an object. Hold: false when the profiles could
+  // not be locked.
   [[nodiscard]] static bool Hold(const SiteMgrBase& manager, int openMode);
   static void LetGo(const SiteMgrBase& manager);
 
@@ -93,7 +95,7 @@ class SiteMgrBase::ProfileUse {
   const bool isHeld_;
 };
 
-// The same of another site than the open one, to ask or to change it.
+// The same for a site other than the open one, to ask it or to change it.
 class SiteMgrBase::SiteUse {
  public:
   [[nodiscard]] SiteUse(const SiteMgrBase& manager, int siteId, Locking purpose);
@@ -118,26 +120,27 @@ class SiteMgrBase::Work {
   void OpenProfiles(const std::string& path, int openMode);
   void OpenSharedProfiles(int openMode);
   int OpenSite(int siteId);
-  // Keeps of `rec`, the open site's profile, what is asked once a link.
+  // Keeps those parts of `rec`, the open site's profile, that are needed for each link.
   void KeepSite(const SiteSiteRec& rec);
 
   // The five tables of the open site in the order in which they are opened; null where absent.
   std::array<SiteTable*, 5> Tables() const;
 
-  // Entries (entries.cc). `seen`: what the disk says, where the caller has just looked; else null.
+  // Entries (entries.cc). `seen`: the answer of the disk, if the caller has just asked it; else
+  // null.
   int AddPath(const std::string& path, const std::string& siteDir, bool checkCase,
               const platform::FileStat* seen);
-  int FillFromDisk(const std::string& path, const std::string& siteDir,
-                   const platform::FileStat* seen, SitePathRec& rec);
-  // Puts what the disk says of a regular file into its record: flag, size and times.
+  [[nodiscard]] int FillFromDisk(const std::string& path, const std::string& siteDir,
+                                 const platform::FileStat* seen, SitePathRec& rec);
+  // Puts what the disk says about a regular file into its record: flag, size and times.
   static void StoreFileFacts(const std::string& path, const std::string& siteDir,
                              const platform::FileStat& found, SitePathRec& rec);
 
  private:
   void OpenTables(const SiteTableNames& names);
   void DropTables();
-  int ReadDefaultUrl(const SiteSiteRec& rec);
-  int RelateToFolder(const std::string& path, int number);
+  [[nodiscard]] int ReadDefaultUrl(const SiteSiteRec& rec);
+  [[nodiscard]] int RelateToFolder(const std::string& path, int number);
 
   SiteMgrBase& base_;
 };

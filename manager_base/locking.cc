@@ -22,7 +22,7 @@ int SiteMgrBase::LastSystemError() {
   return platform::LastError();
 }
 
-// The profiles are made and backed up, or restored, as without locking.
+// Makes the profiles and backs them up, or restores them, as without locking.
 void SiteMgrBase::Work::OpenSharedProfiles(int openMode) {
   if (base_.inside->onlyAsks() || !ProfileUse::Hold(base_, openMode)) return;
   base_.servProf->Open(*base_.servProfPath, openMode);
@@ -58,8 +58,8 @@ SiteMgrBase::ProfileUse::~ProfileUse() {
   if (isHeld_ && manager_.inside->locks != nullptr) LetGo(manager_);
 }
 
-// Another process may have changed the profiles since they were last held, so they are opened anew;
-// the object stays where it is.
+// Another process may have changed the profiles since they were last held, so they are opened
+// again; the object stays where it is.
 bool SiteMgrBase::ProfileUse::Hold(const SiteMgrBase& manager, int openMode) {
   SiteLocks& locks = *manager.inside->locks;
   const int uses = locks.Hold(SiteLocks::kProfiles);
@@ -72,7 +72,7 @@ bool SiteMgrBase::ProfileUse::Hold(const SiteMgrBase& manager, int openMode) {
   return true;
 }
 
-// A file that cannot be closed as it should is let go of all the same.
+// A file whose closing fails is let go of all the same.
 void SiteMgrBase::ProfileUse::LetGo(const SiteMgrBase& manager) {
   SiteLocks& locks = *manager.inside->locks;
   SiteSiteProfDB* const profiles = manager.siteProf;

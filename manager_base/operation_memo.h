@@ -14,16 +14,16 @@ namespace zvrsit {
 
 struct LinkMemo;  // registration/link_memo.h
 
-// Holds for as long as nobody but the operation itself changes the site. SiteMgrBase has one while
-// an Operation lives; outside of an operation there is none.
+// It is right as long as only the operation itself changes the site. SiteMgrBase has one while an
+// Operation lives; outside of an operation there is none.
 struct OperationMemo {
-  // Numbers of paths that are no regular file on disk: the disk is not asked about them again.
+  // Numbers of paths that are no regular file on disk; the disk is not asked about them again.
   std::unordered_set<std::int32_t> missingPaths;
 
-  // Numbers of the files that were found to be there when something was seen to link to them.
+  // Numbers of the files that were found to be there because something links to them.
   std::vector<std::int32_t> foundFiles;
 
-  // What the link extraction has resolved and registered; made by it when it first needs it.
+  // What the link extraction has resolved and registered. It makes this when it first needs it.
   std::shared_ptr<LinkMemo> links;
 
   // Whether a link to a file was written from a sheet below the page or sheet that was collected.
@@ -31,8 +31,8 @@ struct OperationMemo {
 
   // Path numbers of the sheets whose style links stand in the link table.
   std::unordered_set<std::int32_t> registeredSheets;
-  // In a rebuild: whether sheets that have the encoding of the page that links them wait for such a
-  // page, and the path numbers of those that do.
+  // In a rebuild: whether sheets that take their encoding from a page wait until such a page comes;
+  // and the path numbers of those that wait.
   bool sheetsWait = false;
   std::vector<std::int32_t> waitingSheets;
   // Path numbers of the files that the last style links lead to. No entry is deleted while links

@@ -14,8 +14,9 @@ namespace zvrsit {
 
 class Document;
 
-// The IDs of pages, as 64-bit hashes: eight bytes each, however long they are. That two texts share
-// a hash is taken for impossible: among a million IDs it has a chance of one in 37 million.
+// The IDs of pages as 64-bit hashes: eight bytes each, however long the ID is. Two texts are
+// assumed never to have the same hash: among a million IDs this happens with a chance of one in 37
+// million.
 class PageIds {
  public:
   // An ID that stands in one page more than once.
@@ -26,7 +27,7 @@ class PageIds {
 
   // The names of `document`, read in DocumentScope::kReferencesAndIds, are those of page `number`.
   void Note(int number, const Document& document);
-  // Page `number` may have any name.
+  // Page `number` may have any name: nothing is known about its IDs.
   void NoteAny(int number);
   void Forget(int number);
   void ForgetAll();

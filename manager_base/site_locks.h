@@ -26,14 +26,14 @@ class SiteLocks {
   const std::string& profilesPath() const { return profilesPath_; }
   bool onlyAsks() const { return onlyAsks_; }
 
-  // Takes a lock, or counts a further use of one that is held, of whatever kind it is; how many
-  // uses there are then, or -1.
-  int Hold(std::int64_t byte, bool toAsk = false);
+  // Takes a lock; or, when it is held already (of whatever kind), counts one more use of it. Gives
+  // how many uses there are then, or -1.
+  [[nodiscard]] int Hold(std::int64_t byte, bool toAsk = false);
   // Ends one use; the lock is given back with the last.
   void LetGo(std::int64_t byte);
   int Uses(std::int64_t byte) const;
 
-  // Whether the last lock was not had because others held it.
+  // Whether the last lock was refused because others hold it.
   bool foundInUse() const { return foundInUse_; }
 
  private:

@@ -112,7 +112,7 @@ void SiteMgrBase::setDB(const char* dir, const char* siteProfName, const char* s
 
 void SiteMgrBase::Work::OpenProfiles(const std::string& path, int openMode) {
   base_.siteProf->Open(path, openMode);
-  // Closed again at once, on purpose: each operation on server profiles opens it anew.
+  // Closed again at once, on purpose: each operation on server profiles opens it again.
   base_.servProf->Open(*base_.servProfPath, openMode);
   base_.servProf->Flush();
   base_.servProf->Close();
@@ -140,7 +140,7 @@ int SiteMgrBase::OpenSite(int siteId, int) {
   return result;
 }
 
-// A site that is locked already.
+// For a site that is locked already.
 int SiteMgrBase::Work::OpenSite(int siteId) {
   const ProfileUse use(base_);
   const SiteSiteProfDB& profiles = *base_.siteProf;
@@ -212,8 +212,8 @@ void SiteMgrBase::Work::DropTables() {
   Drop(base_.relDB);
 }
 
-// A default URL that cannot be read leaves the tables open while no site counts as open, on
-// purpose; the next opening drops them.
+// When the default URL cannot be read, the tables stay open although no site counts as open, on
+// purpose. The next opening drops them.
 int SiteMgrBase::Work::ReadDefaultUrl(const SiteSiteRec& rec) {
   Drop(base_.defaultUrl);
   if (rec.defaultUrl < 0) return 0;

@@ -27,15 +27,16 @@ class SiteUrlDB;
 // pairs, then destroy. One thread uses a manager at a time.
 //
 // A copy shares every pointer with its original, on purpose: it is a second handle on the same
-// tables, not a second owner. Only one of the two may be destroyed; the other has to be let go
+// tables, not a second owner. Only one of the two may be destroyed. The other must be given up
 // without running its destructor.
 class ZVRSIT_API SiteMgrBase {
  public:
   SiteMgrBase();
   SiteMgrBase(const SiteMgrBase&) = default;
   SiteMgrBase& operator=(const SiteMgrBase&) = default;
-  // Closes the profile tables and frees everything owned. Tables of a site still open are freed
-  // without being closed: what was not flushed is lost, so call CloseSite first.
+  // Closes the profile tables and frees everything that is owned. When a site is still open, its
+  // tables are freed without being closed, and what was not flushed is lost. So call CloseSite
+  // first.
   virtual ~SiteMgrBase();
 
   // Set-up, in this order, once each.
@@ -43,38 +44,40 @@ class ZVRSIT_API SiteMgrBase {
   // Takes the document library's object, which stays the caller's and outlives the manager.
   void setDom(DOM* dom);
 
-  // Opens the profile tables at `dir` + `siteProfName` and `dir` + `servProfName`, joined without
-  // a separator, so `dir` ends in `\`: else the files lie beside it. A missing `dir` is made.
-  // `mode` 1 and 2 also back the profile files up after opening, 3 and 4 also restore a damaged one
-  // from its backup. Reports nothing: after a failure GetSiteProf is null or the operations on
-  // profiles give -1.
+  // Opens the profile tables at `dir` + `siteProfName` and `dir` + `servProfName`. These are joined
+  // without a separator, so `dir` must end in `\`; otherwise the files lie beside the folder. A
+  // missing `dir` is made. With `mode` 1 and 2 the profile files are also backed up after opening;
+  // with 3 and 4 a damaged one is also restored from its backup. There is no result: after a
+  // failure GetSiteProf is null, or the operations on profiles give -1.
   void setDB(const char* dir, const char* siteProfName, const char* servProfName, int mode);
 
-  // Sharing the database with other processes, all of which switch this on. Off by default: then
-  // no lock is taken, and two managers on one database may lose each other's changes.
+  // For a database that several processes share; each of them must switch this on. It is off by
+  // default: then no lock is taken, and two managers on one database may lose each other's changes.
   //
-  // kChange: the open site is this manager's alone, from OpenSite to CloseSite. kAsk: it is shared
-  // with others that ask; nothing is ever written, so a database that may only be read can be
-  // asked, and what an answer brings up to date, such as the family, stays in memory. Operations
-  // on profiles each take a lock of their own and read the profiles anew; the table of
-  // GetSiteProf is open only meanwhile. Looking into another site shares it for that long.
+  // kChange: from OpenSite to CloseSite only this manager uses the open site. kAsk: other managers
+  // that ask may use it too. Nothing is written then. So a database that can only be read can be
+  // asked, and what an answer brings up to date, such as the family, stays in memory. Each
+  // operation on profiles takes a lock of its own and reads the profiles again; the table of
+  // GetSiteProf is open only during the operation. An operation that looks into another site shares
+  // that site for this time.
   //
-  // What is in use is waited for; after that, the operation gives what it gives on failure, and
-  // FoundInUse is true. The locks are the system's, on the file `lock` in the database folder:
-  // they end with the process.
+  // An operation waits for what is in use. When it has waited long enough, it gives its result for
+  // failure, and FoundInUse is true. The locks are those of the system, on the file `lock` in the
+  // database folder. They end with the process.
   enum class Locking { kOff, kAsk, kChange };
   // Before setDB, once. `patience` is how many milliseconds an operation waits.
   void SetLocking(Locking locking, int patience = 3000);
-  // Keeps the profiles to this manager for several operations; 0 or -1. Every LockProfiles that
-  // gave 0 is followed by an UnlockProfiles. Whoever needs a site too locks that first.
+  // Reserves the profiles for this manager for several operations; 0 or -1. Each LockProfiles that
+  // gave 0 must be followed by an UnlockProfiles. A caller that needs a site too must lock the site
+  // first.
   int LockProfiles();
   void UnlockProfiles();
-  // The same for a site that is not open, by its record number; numbers from 2^26 on, which no site
-  // has, are for purposes of the application's own. UnlockSite also lets go of the open site of a
-  // manager that only asks: it answers on from memory.
+  // The same for a site that is not open, by its record number. Numbers from 2^26 on belong to no
+  // site; the application may use them for locks of its own. UnlockSite also lets go of the open
+  // site of a manager that only asks: such a manager then answers from memory.
   int LockSite(int siteId);
   void UnlockSite(int siteId);
-  // Whether the last lock that an operation needed was not had because another manager held it.
+  // Whether the last lock that an operation needed was refused because another manager held it.
   bool FoundInUse() const;
   // The system's error number (errno) of the last call to it that failed in this thread.
   static int LastSystemError();
@@ -82,9 +85,10 @@ class ZVRSIT_API SiteMgrBase {
   // Opening and closing.
 
   // Opens the site that is record `siteId` of the site-profile table; the second argument is
-  // ignored. 0, -1 (bad argument, a site already open, an unreadable profile) or -2 (the site's
-  // folder or top file is not on the disk). Tables that cannot be opened are no failure: the
-  // result is 0, all five tables are absent, and what needs them gives -1.
+  // ignored. 0, -1 (a bad argument, a site that is open already, a profile that cannot be read) or
+  // -2 (the site's folder or top file is not on the disk). It is no failure when tables cannot be
+  // opened: the result is 0, all five tables are absent, and every operation that needs them gives
+  // -1.
   int OpenSite(int siteId, int);
   // Flushes and closes the tables; 0, or -1 when no site is open.
   int CloseSite();
@@ -116,21 +120,22 @@ class ZVRSIT_API SiteMgrBase {
   int AddUrl(const std::string& url);
   // Adds a link; an equal link has its occurrence count raised instead. `text` must not be empty.
   int AddLink(const std::string& text, const UrlID& from, const UrlID& to, int type);
-  // The number of the file `path`. A new one is registered with what the disk says of it, its
-  // folder chain and the relation to its folder; the disk is not asked about a known one.
-  // `checkCase` other than 0: the last component must be spelled as on disk to count as existing.
+  // The number of the file `path`. A new file is registered: with what the disk says about it, with
+  // the folders above it, and with the relation to its folder. The disk is not asked about a known
+  // file. `checkCase` other than 0: the file counts as existing only if its last component is
+  // spelled as on disk.
   int AddPath(const std::string& path, const std::string& siteDir, int checkCase);
   // Refreshes a known path whose existence flag is 0 (others are left alone); its number.
   int CheckPath(const std::string& path, const std::string& siteDir);
-  // The number of `folder` (which ends in `\`), added when it is new; with `withParents` its
-  // missing parents and the relations to them too. A climb that reaches a new drive root gives
-  // -1, although all folders on the way are then there.
+  // The number of `folder` (which ends in `\`), added when it is new. With `withParents` its
+  // missing parents and the relations to them are added too. If this climb comes to a drive root
+  // that is new, the result is -1, although all folders on the way have been added.
   int AddFolder(const std::string& folder, int withParents);
   // The number of the relation, added when it is new.
   int AddRel(const UrlID& parent, const UrlID& child);
 
-  // Each deletes one record: the table's result, or -1 for a negative number or an absent table.
-  // DelLink lowers the occurrence count and deletes with the last one.
+  // Each deletes one record and gives the table's result, or -1 for a negative number or an absent
+  // table. DelLink lowers the occurrence count; the last one deletes the record.
   int DelUrl(int id);
   int DelPath(int id);
   int DelLink(int id);
@@ -151,7 +156,8 @@ class ZVRSIT_API SiteMgrBase {
   class ZVRSIT_LOCAL SiteUse;
   class ZVRSIT_LOCAL Work;
 
-  // Tells the style-sheet library the folders of `rec`: 0, or -1 when the site folder is unset.
+  // Gives the folders of `rec` to the style-sheet library: 0, or -1 when the site folder is not
+  // set.
   ZVRSIT_LOCAL int NotifyCss(SiteSiteRec& rec);
 
   // In this order.

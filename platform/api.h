@@ -1,8 +1,8 @@
-// What the shared library exports: functions and classes marked ZVRSIT_API, but not those members
-// of such a class that are marked ZVRSIT_LOCAL. Those can be called by the library only; on
-// Windows, where a class is exported whole, they are exported all the same. The library's own
-// sources are compiled with ZVRSIT_BUILDING; programs that link the rooms of the library directly,
-// such as tests of its inside, with ZVRSIT_STATIC.
+// Functions and classes that are marked ZVRSIT_API are exported by the shared library. Members of
+// such a class that are marked ZVRSIT_LOCAL are not: only the library calls them. On Windows a
+// class is exported whole, so there they are exported too. The library's own sources are compiled
+// with ZVRSIT_BUILDING. Programs that link the rooms of the library directly, such as the tests of
+// its inside, are compiled with ZVRSIT_STATIC.
 #pragma once
 
 #if defined(_WIN32)

@@ -13,14 +13,14 @@ enum class CharsetKind {
   kSingleByte,
   kDoubleByte,
   kEucJp,      // one to three bytes a character
-  kIso2022Jp,  // escape sequences call its character sets
+  kIso2022Jp,  // escape sequences choose its character sets
 };
 
 struct Charset {
   CharsetKind kind;
-  const char* systemName;  // as iconv knows it
-  unsigned codePage;       // as Windows knows it; 0 where it needs no page of its own
-  const char* labels;      // lower case, a space between two
+  const char* systemName;  // its name for iconv
+  unsigned codePage;       // its number on Windows; 0 if none is needed
+  const char* labels;      // in lower case, separated by spaces
 };
 
 // The charset of a label of the WHATWG Encoding Standard (section 4.2, "Names and labels"), in any

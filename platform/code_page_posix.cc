@@ -62,8 +62,8 @@ constexpr Page kPages[] = {
 constexpr std::size_t kBmpSize = 0x10000;
 constexpr char32_t kWonSign = 0x20A9;
 
-// The page in force. `encoded` is null in UTF-8; else it holds, for each code point of the basic
-// plane, its one or two bytes as a number, 0 where the page has none.
+// The page in force. `encoded` is null in UTF-8. Else it holds the one or two bytes of each code
+// point of the basic plane as a number; 0 where the page has none.
 struct State {
   const Page* page = &kPages[0];
   bool hasLeadBytes = false;
@@ -76,8 +76,8 @@ bool IsUtf8() {
   return !current.encoded;
 }
 
-// The bytes of one code point as a number; 0 where there are none. What iconv would give as ASCII
-// (a yen sign as `\`) counts as missing: it would be taken for a separator.
+// The bytes of one code point as a number; 0 where there are none. A character that iconv would
+// turn into ASCII (a yen sign into `\`) counts as missing: it would be taken for a separator.
 std::uint16_t EncodedByIconv(iconv_t descriptor, const std::array<bool, 256>& isLead, char32_t c) {
   unsigned char bytes[4];
   char* source = reinterpret_cast<char*>(&c);
@@ -124,7 +124,8 @@ void AppendEncoded(std::string& out, char32_t c) {
   out += bytes != 0 ? static_cast<char>(bytes & 0xFF) : '?';
 }
 
-// The system reads the `\` of page 1361, which looks like a won sign in its fonts, as that sign.
+// In page 1361 the byte of `\` looks like a won sign in its fonts, and the system reads it as that
+// sign.
 bool IsBackslashOfPage(char32_t c) {
   return c == kWonSign && current.page->number == 1361;
 }
@@ -144,8 +145,8 @@ struct PageWriter {
   void operator()(char32_t c) const { AppendCodePoint(out, c); }
 };
 
-// Every code page and charset here but UTF-16 and the stateful one has ASCII where ASCII is, so
-// runs of it are copied as they stand.
+// Runs of ASCII are copied as they are: every code page and charset here has ASCII at the same
+// bytes, except UTF-16 and ISO-2022-JP.
 template <class Writer>
 void DecodeUtf8Text(std::string_view text, Writer write) {
   while (!text.empty()) {

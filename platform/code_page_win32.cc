@@ -41,7 +41,7 @@ std::wstring ToWide(std::string_view text, unsigned page) {
   return wide;
 }
 
-// Leaves one unit of each character that takes two: the pages of Windows have none of those.
+// Characters of two UTF-16 units lose the second one: no page of Windows has such a character.
 void DropSecondUnits(std::wstring& wide) {
   std::size_t kept = 0;
   for (std::size_t at = 0; at < wide.size(); ++at) {
@@ -53,7 +53,7 @@ void DropSecondUnits(std::wstring& wide) {
   wide.resize(kept);
 }
 
-// What a page lacks becomes '?', one for each character, never a look-alike.
+// A character that the page lacks becomes one '?', never a character that looks alike.
 void AppendNarrow(std::string& out, std::wstring wide, unsigned page) {
   const bool toUtf8 = page == kUtf8;
   if (!toUtf8) DropSecondUnits(wide);
@@ -68,8 +68,9 @@ void AppendNarrow(std::string& out, std::wstring wide, unsigned page) {
                         replacement, nullptr);
 }
 
-// Pages give bytes that mean nothing a character of this private range each, so that they could be
-// written back (Microsoft's best-fit tables, unicode.org). U+F8FF behind it is a logo.
+// Bytes that mean nothing become characters of this private range, one for each byte, so that they
+// could be written back (Microsoft's best-fit tables, unicode.org). U+F8FF, after the range, is a
+// logo.
 void ReplaceMeaningless(std::wstring& wide) {
   for (wchar_t& unit : wide) {
     if (unit >= 0xF880 && unit < 0xF8FF) unit = static_cast<wchar_t>(kReplacementCharacter);
@@ -180,15 +181,15 @@ std::wstring WideOf(const Charset& charset, std::string_view bytes) {
   return WideInPage(charset, bytes);
 }
 
-// A label whose page the system lacks is as good as one that nobody knows: no text is lost.
+// When the system lacks the page of a label, the label counts as unknown. So no text is lost.
 bool IsKnownHere(const Charset& charset) {
   const bool inPage =
       charset.kind == CharsetKind::kSingleByte || charset.kind == CharsetKind::kDoubleByte;
   return !inPage || ::IsValidCodePage(charset.codePage);
 }
 
-// Pages of more than two bytes a character, pages with shifts and that of symbols cannot be told to
-// leave best fits alone.
+// For pages with more than two bytes a character, pages with shifts and the page of symbols, the
+// system cannot be told to use exact characters only.
 bool CanBeWritten(unsigned codePage) {
   constexpr unsigned kSymbols = 42;
   CPINFO info;

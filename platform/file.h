@@ -1,5 +1,5 @@
-// File calls of the operating system. Every path is a `\` path (platform/native_path.h says what
-// that means here); no call throws, and none needs more than the path that it is given.
+// File calls of the operating system. Every path is a `\` path; platform/native_path.h says what
+// that means here. No call throws.
 #pragma once
 
 #include <cerrno>
@@ -15,7 +15,7 @@ inline constexpr int kOpenCreate = 0x0100;
 inline constexpr int kOpenTruncate = 0x0200;
 inline constexpr int kOpenBinary = 0x8000;
 
-// How database files are opened for use, copied from, and written anew while packing.
+// How database files are opened for use, copied from, and written again while packing.
 inline constexpr int kOpenDatabase = kOpenBinary | kOpenCreate | kOpenReadWrite;
 inline constexpr int kOpenExisting = kOpenBinary | kOpenReadWrite;
 inline constexpr int kOpenPack = kOpenBinary | kOpenCreate | kOpenTruncate | kOpenWriteOnly;
@@ -28,15 +28,15 @@ inline constexpr int kOwnerReadWrite = 0600;
 int Open(const std::string& path, int flags, int permission = kOwnerReadWrite);
 int Close(int fd);
 
-// Reads up to `length` bytes, as many as there are; the count (short only at the end of the file)
-// or -1. Interrupted and partial calls of the system are continued.
+// Reads `length` bytes, or fewer at the end of the file; gives their count or -1. A call of the
+// system that was interrupted, or that read only a part, is continued.
 std::int64_t Read(int fd, void* destination, std::size_t length);
 // Writes all of `length` bytes; the count, short when the disk is full, or -1.
 std::int64_t Write(int fd, const void* source, std::size_t length);
 
 // Moves to an absolute offset, or to the end and gives the offset there; -1 on failure.
-std::int64_t Seek(int fd, std::int64_t offset);
-std::int64_t SeekEnd(int fd);
+[[nodiscard]] std::int64_t Seek(int fd, std::int64_t offset);
+[[nodiscard]] std::int64_t SeekEnd(int fd);
 
 inline constexpr unsigned kModeFolder = 0x4000;
 inline constexpr unsigned kModeRegular = 0x8000;
@@ -49,8 +49,8 @@ struct FileStat {
   std::int32_t modificationTime = 0;
   std::int32_t accessTime = 0;
   std::int64_t modificationNanoseconds = 0;  // since the epoch, for caches
-  // The same of the last change of the content or of what is known about the file, such as its
-  // modification time when that is set; 0 on a file system that does not keep it.
+  // The time of the last change of the content or of the file's status (such as a new modification
+  // time). 0 if the file system does not keep it.
   std::int64_t changeNanoseconds = 0;
   std::uint64_t device = 0;  // with `file`: the same real file or folder
   std::uint64_t file = 0;
@@ -71,16 +71,17 @@ int Unlink(const std::string& path);
 // Removes a folder that is empty.
 int RemoveFolder(const std::string& path);
 int Rename(const std::string& from, const std::string& to);
-// As Rename, but replaces an existing file on every system, in one call: at no moment there is
-// neither.
-int Replace(const std::string& from, const std::string& to);
+// As Rename, but replaces an existing file on every system, in one step: at every moment either the
+// old or the new file is there.
+[[nodiscard]] int Replace(const std::string& from, const std::string& to);
 
 // An exclusive lock needs a file that is open for writing.
 enum class LockKind { kShared, kExclusive };
-// The LastError of a lock that another opening of the file, in this process or another, prevents.
+// LastError() when a lock was refused because the file is locked through another descriptor, of
+// this process or of another.
 inline constexpr int kInUse = EAGAIN;
 // Tries to lock the byte at `offset`, which need not be there, until `fd` is closed; 0 or -1.
-int LockByte(int fd, std::int64_t offset, LockKind kind);
+[[nodiscard]] int LockByte(int fd, std::int64_t offset, LockKind kind);
 
 // Flushes what the process holds in buffers of its own to the system. The calls above keep none,
 // so this is a hook that always succeeds on POSIX.

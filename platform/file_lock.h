@@ -1,5 +1,5 @@
-// Locks of the operating system on single bytes of a file. A lock ends with the process that holds
-// it, however that ends, so none is ever stale.
+// Locks of the operating system on single bytes of a file. The system ends a lock when its process
+// ends, in whatever way. So no lock is ever left behind.
 #pragma once
 
 #include <cstdint>
@@ -17,14 +17,14 @@ class FileLock {
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
 
-  // Locks the byte at `offset` of the file `path`, which is made when it is missing; waits up to
-  // `patience` milliseconds for others to leave it. 0, or -1 (LastError kInUse: they did not).
-  // Called once an object.
+  // Locks the byte at `offset` of the file `path`, which is made when it is missing. Waits up to
+  // `patience` milliseconds while others hold the byte. 0, or -1 (with LastError kInUse when others
+  // still held it). To be called once for each object.
   //
-  // A shared lock is taken on a file that can only be read too. Where there is none and none can be
-  // made, or a read-only medium knows no locks, 0 is the answer without a lock: nobody writes
+  // A shared lock needs only a file that can be read. When the file is missing and cannot be made,
+  // or lies on a read-only medium without locks, the result is 0 without a lock: nobody can write
   // there.
-  int Take(const std::string& path, std::int64_t offset, LockKind kind, int patience);
+  [[nodiscard]] int Take(const std::string& path, std::int64_t offset, LockKind kind, int patience);
 
  private:
   int fd_ = -1;

@@ -111,7 +111,8 @@ int Open(const std::string& path, int flags, int permission) {
 
 int Close(int fd) {
   const bool fault = MustFail(FileCall::kClose);
-  // The descriptor is gone after an interrupted close; closing again could hit another file.
+  // After an interrupted close the descriptor is free already. Closing it again could close another
+  // file.
   if (::close(fd) != 0 && errno != EINTR) return Fail(errno);
   return fault ? Fail(EIO) : 0;
 }

@@ -24,13 +24,12 @@ using FindHandle = FindState*;
 FindHandle FindFirst(const std::string& pattern, FindData& found);
 // The next entry of the search; false at its end.
 bool FindNext(FindHandle handle, FindData& found);
-// Stat (platform/file.h) of an entry that the search has found. Cheaper than by its path where the
-// system can take the entry's name in the folder that is being searched.
+// Stat (platform/file.h) of an entry that the search has found. Where the system can look a name up
+// in an open folder, this costs less than Stat by the path.
 int StatFound(FindHandle handle, const FindData& found, FileStat& result);
-// The names of the folder that is being searched in full which no `\` path can name: those that
-// hold a
-// `\`, on POSIX. They are no answers of the search, but StatFound takes them.
-const std::vector<std::string>& FindUnnamed(FindHandle handle);
+// The names in the searched folder that no `\` path can name: on POSIX those that hold a `\`. Only
+// a search of a whole folder has them. FindNext does not give them, but StatFound takes them.
+const std::vector<std::string>& FindNamesWithBackslash(FindHandle handle);
 // Ends a search; a null handle is allowed.
 void FindClose(FindHandle handle);
 

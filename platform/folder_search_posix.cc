@@ -31,7 +31,7 @@ struct FindState {
     std::size_t start;
     std::size_t length;
   };
-  std::string names;        // those of the folder, one behind the other
+  std::string names;        // those of the folder, one after the other
   std::vector<Name> order;  // of the answers
   std::vector<std::string> unnamed;
   std::size_t next = 0;
@@ -89,8 +89,9 @@ FindHandle ListFolder(const std::string& folderPath) {
   return state.release();
 }
 
-// Looks a name up as it stands in the listing of its folder: `name` itself when it is there, else
-// the bytewise first that differs in ASCII letter case only. Empty when there is none.
+// Looks a name up in the listing of its folder. Gives `name` itself when it is there; else, of the
+// names that differ from it in ASCII letter case only, the first in byte order. Empty when there is
+// none.
 std::string SpellingInListing(const std::string& nativeFolder, std::string_view name) {
   const Folder folder = OpenFolder(nativeFolder);
   if (!folder) return {};
@@ -102,10 +103,10 @@ std::string SpellingInListing(const std::string& nativeFolder, std::string_view 
   return best;
 }
 
-// Whether an existing name is surely spelled as on disk. Where the file system tells letter case
-// apart, the same name with the case of one letter changed is missing or another file; asking for
-// that costs one call, while listing costs the whole folder, and holds for folders that ignore
-// case on their own as well.
+// Whether an existing name is certainly spelled as on disk. If the file system distinguishes letter
+// case, the name with the case of one letter changed is missing, or is another file. This question
+// costs one call; listing the folder costs much more. The answer is also right in a file system
+// where single folders ignore case.
 bool IsSurelyOwnSpelling(std::string& native, std::size_t nameStart, const struct stat& status) {
   for (std::size_t i = native.size(); i > nameStart; --i) {
     char& letter = native[i - 1];
@@ -132,7 +133,8 @@ std::string SpellingOnDisk(const std::string& path, std::string_view name) {
   if (exists && IsSurelyOwnSpelling(native, nameStart, status)) return std::string(name);
   const std::string folder = nameStart == 0 ? "." : native.substr(0, nameStart);
   std::string found = SpellingInListing(folder, name);
-  // A name that is there under no spelling that we know: the file system folds more than ASCII.
+  // The name exists, but under no spelling that we compare: the file system ignores case for more
+  // than ASCII letters.
   if (found.empty() && exists) return std::string(name);
   return found;
 }
@@ -161,13 +163,13 @@ bool FindNext(FindHandle handle, FindData& found) {
 }
 
 int StatFound(FindHandle handle, const FindData& found, FileStat& result) {
-  // What no call could reach by its path does not count as found in its folder either.
+  // An entry whose path is too long for the system does not count as found either.
   const bool hasPath = handle->nativeLength + found.name.size() < PATH_MAX;
   if (!handle->folder || !hasPath) return Stat(handle->path + found.name, result);
   return StatIn(::dirfd(handle->folder.get()), found.name.c_str(), result);
 }
 
-const std::vector<std::string>& FindUnnamed(FindHandle handle) {
+const std::vector<std::string>& FindNamesWithBackslash(FindHandle handle) {
   return handle->unnamed;
 }
 

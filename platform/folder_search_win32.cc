@@ -14,7 +14,7 @@ struct FindState {
 
 namespace {
 
-// No name holds a wildcard, so a path that does, from a link in some page, names nothing.
+// No name on Windows holds a wildcard. So a path with one, from a link in some page, names nothing.
 bool IsAsked(const std::string& pattern) {
   const std::size_t separator = FindLastSingleByte(pattern, '\\');
   if (separator != std::string::npos && pattern.substr(separator + 1) == "*.*") return true;
@@ -41,13 +41,13 @@ bool FindNext(FindHandle handle, FindData& found) {
   return true;
 }
 
-// What FindFirstFile tells is of a link itself, and numbers no file.
+// Of a link, FindFirstFile describes the link itself; and it gives no number of the file.
 int StatFound(FindHandle handle, const FindData& found, FileStat& result) {
   return Stat(handle->folder + found.name, result);
 }
 
 // A `\` separates folders there, and is in no name.
-const std::vector<std::string>& FindUnnamed(FindHandle) {
+const std::vector<std::string>& FindNamesWithBackslash(FindHandle) {
   static const std::vector<std::string> kNone;
   return kNone;
 }

@@ -44,8 +44,8 @@ char32_t MeaningOfRefused(std::string_view charset, char byte) {
   return kReplacementCharacter;
 }
 
-// Decodes one byte on its own; U+FFFD when that gives no character. Where accents combine, the
-// system holds a letter back until it is flushed.
+// Decodes one byte alone; U+FFFD when that gives no character. In charsets with combining accents
+// the system holds a letter back until it is flushed.
 char32_t MeaningOf(iconv_t descriptor, unsigned char byte) {
   char in = static_cast<char>(byte);
   char* source = &in;
@@ -82,7 +82,7 @@ ByteMeanings AskMeanings(const char* charset) {
 
 // How many bytes at the start of a text that iconv refuses are one malformed part.
 std::size_t MalformedLength(std::string_view rest) {
-  // Some of the system's decoders have stepped over the malformed character already.
+  // Some decoders of the system have already stepped over the malformed character.
   if (IsAscii(rest[0])) return 0;
   return rest.size() < 2 || IsNoLead(rest[0]) || IsAscii(rest[1]) ? 1 : 2;
 }

@@ -26,7 +26,7 @@ wchar_t Meaning(unsigned page, unsigned char first, unsigned char second, int le
 }
 
 // The character at a row and a cell of JIS X 0208, both from 0x21 to 0x7E. Shift_JIS lays two rows
-// behind each of its lead bytes (JIS X 0208:1997, annex 1).
+// after each of its lead bytes (JIS X 0208:1997, annex 1).
 wchar_t CharacterOfRow(unsigned row, unsigned cell) {
   const unsigned lead = (row + 1) / 2 + (row < 0x5F ? 0x70 : 0xB0);
   const unsigned trail = row % 2 == 0 ? cell + 0x7E : cell + (cell < 0x60 ? 0x1F : 0x20);

@@ -53,8 +53,8 @@ void* Advised(void* block, std::size_t bytes) {
   return block;
 }
 
-// Systems that do not place a mapping on a boundary of large pages by themselves are given one that
-// is a page longer, whose ends go back.
+// Some systems do not place a mapping at a boundary of large pages by themselves. There the mapping
+// is made one page longer, and its two ends are given back.
 void* Map(std::size_t bytes) {
   constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS;
   void* const block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, kFlags, -1, 0);

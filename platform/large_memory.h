@@ -1,5 +1,5 @@
-// Memory for what grows large: file images and hash tables. Where the system has large pages it
-// comes in those, so that reading it here and there costs few address translations.
+// Memory for what grows large: file images and hash tables. It comes in large pages where the
+// system has them. So reads at many distant places need few address translations.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,11 @@ namespace zvrsit::platform {
 // Blocks below this size come from the ordinary heap.
 inline constexpr std::size_t kLargeBlock = std::size_t{1} << 20;
 
-// A block of at least `bytes` bytes with any content, or null. Goes back through FreeLarge.
+// A block of at least `bytes` bytes with any content, or null. FreeLarge frees it.
 void* AllocateLarge(std::size_t bytes);
-// The block, which was `oldBytes` long, now `newBytes` long, perhaps elsewhere: what is in both is
-// kept. Null when there is no memory; the old block is then as it was.
+// Makes a block of `oldBytes` bytes `newBytes` long; gives its place, which may be another one. The
+// bytes that both lengths have are kept. Null when there is no memory; the old block is then
+// unchanged.
 void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes);
 // Frees a block of that length; null is allowed.
 void FreeLarge(void* block, std::size_t bytes);
@@ -42,7 +43,7 @@ class LargeBuffer {
     length_ = bytes;
     return true;
   }
-  // Gives back what lies behind the first `bytes` bytes, where that can be done.
+  // Gives back what lies after the first `bytes` bytes, where that can be done.
   void Shrink(std::size_t bytes) {
     if (bytes < length_) Grow(bytes);
   }

@@ -11,8 +11,8 @@ bool IsFolder(const std::string& path) {
   return Stat(path, status) == 0 && status.isFolder();
 }
 
-// The folder that holds `path`; false when there is no `\` in it. What is left of a path in the
-// root of a drive (`C:`, or nothing) names that root.
+// The folder that holds `path`; false when there is no `\` in it. In the root of a drive only `C:`
+// or nothing is left of the path, and that names the root.
 bool ParentOf(const std::string& path, std::string& parent) {
   const std::size_t separator = FindLastSingleByte(path, '\\');
   if (separator == std::string::npos) return false;

@@ -21,7 +21,8 @@ inline constexpr bool kNamesIgnoreCase = false;
 // Maps drive `letter` (any case) to a native folder; an empty folder takes the mapping away.
 ZVRSIT_API void SetDriveFolder(char letter, const std::string& nativeFolder);
 
-// The native path of a `\` path; false for an unmapped drive. Both give false without memory.
+// The native path of a `\` path; false for a drive that is not mapped. This and the next give
+// false, too, when there is no memory.
 ZVRSIT_API bool ToNativePath(const std::string& path, std::string& native);
 // The `\` path of a native one; false when the native name holds a `\`.
 ZVRSIT_API bool FromNativePath(const std::string& native, std::string& path);

@@ -41,7 +41,7 @@ bool ToNativePath(const std::string& path, std::string& native) try {
   const std::string& folder = DriveFolders()[static_cast<std::size_t>(DriveNumber(path[0]))];
   if (folder.empty()) return false;
   native = folder;
-  // A drive has no current folder here: a name right behind the colon is taken from its root.
+  // A drive has no current folder here: a name directly after the colon lies in its root.
   if (native.back() != '/') native += '/';
   const std::size_t start = native.size();
   native.append(path, path.size() > 2 && path[2] == '\\' ? 3 : 2, std::string::npos);

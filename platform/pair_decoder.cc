@@ -23,7 +23,7 @@ bool IsEuc(unsigned byte) {
 }
 
 // The character at a row and a cell of JIS X 0208, both from 0x21 to 0x7E; 0 for none. Shift_JIS
-// lays two rows behind each of its lead bytes (JIS X 0208:1997, annex 1).
+// lays two rows after each of its lead bytes (JIS X 0208:1997, annex 1).
 char32_t CharacterOfRow(const PairTable& shiftJis, unsigned row, unsigned cell) {
   const unsigned lead = (row + 1) / 2 + (row < 0x5F ? 0x70 : 0xB0);
   const unsigned trail = row % 2 == 0 ? cell + 0x7E : cell + (cell < 0x60 ? 0x1F : 0x20);
@@ -78,7 +78,7 @@ class PairDecoder {
 
   void DecodeIso2022Jp(const PairTable& shiftJis) {
     Set set = Set::kAscii;
-    bool isFresh = false;  // nothing came behind the last escape sequence
+    bool isFresh = false;  // nothing came after the last escape sequence
     while (!rest_.empty()) {
       const unsigned first = ByteAt(0);
       if (first != kEscape) {
@@ -97,7 +97,7 @@ class PairDecoder {
  private:
   enum class Set { kAscii, kRoman, kKatakana, kRows, kUnknown };
   static constexpr unsigned kEscape = 0x1B;
-  static constexpr unsigned kNoByte = 0x100;  // behind the end
+  static constexpr unsigned kNoByte = 0x100;  // after the end
 
   static unsigned char Byte(unsigned byte) { return static_cast<unsigned char>(byte); }
   unsigned ByteAt(std::size_t at) const {

@@ -11,9 +11,9 @@ struct Charset;
 
 using CodePointSink = std::function<void(std::u32string_view)>;
 
-// Hands the code points to `sink`, piece by piece. A malformed character becomes U+FFFD; an ASCII
-// byte in it counts as itself, but for ISO-2022-JP. `charset` is of kind kDoubleByte, kEucJp or
-// kIso2022Jp. False when the system does not know it.
+// Hands the code points to `sink`, piece by piece. A malformed character becomes U+FFFD. An ASCII
+// byte inside it counts as itself, except in ISO-2022-JP. `charset` is of kind kDoubleByte, kEucJp
+// or kIso2022Jp. False when the system does not know it.
 bool DecodePairs(const Charset& charset, std::string_view bytes, const CodePointSink& sink);
 
 }  // namespace zvrsit::platform

@@ -1,6 +1,6 @@
-// What the two-byte characters of the charsets of the web mean: the indexes of the Encoding
-// Standard (encoding.spec.whatwg.org), taken from the system's converters and put right where those
-// differ.
+// What the two-byte characters of the web's charsets mean. These are the indexes of the Encoding
+// Standard (encoding.spec.whatwg.org): taken from the system's converters, and corrected where the
+// two differ.
 #pragma once
 
 #include <string_view>
@@ -11,7 +11,7 @@ namespace zvrsit::platform {
 // The characters of one charset by their lead and trail bytes.
 class PairTable {
  public:
-  // Asks the system what every pair means, each behind `prefix`. `charset` is its name for iconv.
+  // Asks the system what every pair means, each after `prefix`. `charset` is its name for iconv.
   // Empty when the system does not know it.
   PairTable(const char* charset, std::string_view prefix);
 

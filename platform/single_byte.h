@@ -33,7 +33,7 @@ inline bool IsAsciiLetter(char c) {
   return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z';
 }
 
-// Equal but for the case of single-byte ASCII letters.
+// Equal except for the case of single-byte ASCII letters.
 inline bool EqualButForCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   const auto& isLead = LeadBytes();
@@ -69,7 +69,7 @@ inline void ReplaceSingleByte(std::string& text, std::size_t start, char from, c
   });
 }
 
-// Where the last component of a `\` path begins: behind the last `\`, or behind the colon of a
+// Where the last component of a `\` path begins: after the last `\`, or after the colon of a
 // drive.
 inline std::size_t LastComponent(std::string_view path) {
   const std::size_t separator = FindLastSingleByte(path, '\\');

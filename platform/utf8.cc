@@ -18,7 +18,7 @@ std::uint64_t LoadWord(const char* bytes) {
   return word;
 }
 
-// How many bytes are told to be ASCII at once.
+// How many bytes are tested for ASCII at once.
 constexpr std::size_t kAsciiBlock = 64;
 
 bool IsAsciiBlock(const char* bytes) {

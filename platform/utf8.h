@@ -1,4 +1,4 @@
-// UTF-8 at the speed of memory where it is ASCII.
+// UTF-8. Runs of ASCII are read many bytes at a time.
 #pragma once
 
 #include <cstddef>

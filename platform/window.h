@@ -1,4 +1,4 @@
-// The little of a windowing system that the rebuild drives: a progress bar and two texts.
+// The part of a windowing system that the rebuild uses: a progress bar and two texts.
 #pragma once
 
 #include <cstdint>
@@ -44,16 +44,17 @@ namespace platform {
 inline constexpr unsigned kSetRange = 0x401;     // wParam 0, lParam low word low, high word high
 inline constexpr unsigned kSetPosition = 0x402;  // wParam the position
 
-// Where the status texts of the rebuild come from, strings 8131 to 8133 (docs/library.md): a
-// function that copies string `id` into `buffer`, at most `size` - 1 bytes and a terminator, and
-// gives its length, 0 when there is no such string. Without one, or with null, there are no texts
-// on POSIX; on Windows they are resources of the running program. One for the process.
+// Where the status texts of the rebuild (strings 8131 to 8133, see docs/library.md) come from: a
+// function that copies string `id` into `buffer`, at most `size` - 1 bytes and a terminator. It
+// gives the length, or 0 when there is no such string. When no function or null is set, there are
+// no texts on POSIX, and on Windows they are resources of the running program. One function for the
+// whole process.
 using StringLoader = int (*)(unsigned id, char* buffer, int size);
 ZVRSIT_API void SetStringLoader(StringLoader loader);
 
 #if defined(_WIN32)
-// How a text is put into a window of the application, whose CWnd is a class of its own framework;
-// no texts are shown until this is set.
+// A function that puts a text into a window of the application. The application's CWnd is a class
+// of its own framework, so the library cannot do it. No texts are shown until this is set.
 using TextShower = void (*)(CWnd* window, const char* text);
 ZVRSIT_API void SetTextShower(TextShower shower);
 #endif

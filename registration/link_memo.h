@@ -22,20 +22,20 @@
 
 namespace zvrsit {
 
-// Targets that were resolved and registered before: one look-up instead of all that. Pages come
-// folder by folder, so those of one base at a time are kept, which stay near. Good for as long as
-// no entry is deleted.
+// Targets that were resolved and registered before: one look-up instead of all that work. Pages
+// come folder by folder. So only the targets of pages with one base are kept at a time, and these
+// lie close together in memory. Good as long as no entry is deleted.
 class TargetMemo {
  public:
-  // From now on targets are those of pages with this base and root. Targets that are known by a
-  // number of the link table are forgotten where `links` has freed a number since: it may stand for
-  // another text by now.
+  // From now on targets are those of pages with this base and root. Some targets are known by the
+  // number of their text in the link table. If `links` has freed a number since, the number may
+  // belong to another text by now; then these targets are forgotten.
   void SetBase(std::string_view base, std::string_view root, const SiteLinkDB* links);
   // Forgets all targets.
   void Clear();
 
-  // What `target` stands for; an id of -1 is a target without a link. Null when it is not known.
-  // `takesName`: the name of the default document is put behind it before it is resolved.
+  // The entry of `target`; an id of -1 for a target that gets no link; null when it is not known.
+  // `takesName`: the name of the default document is put after it before it is resolved.
   const UrlID* Find(std::string_view target, bool takesName) const {
     return targets_[takesName ? 1 : 0].Find(target, HashOf(target));
   }
@@ -80,9 +80,9 @@ class TargetMemo {
   std::string key_;                          // scratch
 };
 
-// Looking for the target of a row waits for memory twice: for the slot of the text's hash, then for
-// the string. This goes some rows ahead of those that are being registered and fetches both, so
-// that the waits of several rows overlap.
+// To find the target of a row, the processor waits for memory twice: for the slot of the text's
+// hash, then for the string. This class works some rows ahead of the row that is being registered
+// and asks for both. So the waits of several rows overlap.
 class RowsAhead {
  public:
   // The rows before `end` of `rows`. `texts` are the strings of the link table, or null.
@@ -90,7 +90,7 @@ class RowsAhead {
             const TargetMemo& targets)
       : rows_(rows), texts_(texts), targets_(targets), end_(end) {}
 
-  // What looking for the target of a row will most likely find; to be asked for one row after
+  // What a search for the row's target will most likely find. To be called for one row after
   // another.
   const FoundString& GuessFor(std::size_t row) {
     assert(row < end_ && row + kRows >= passed_);
@@ -118,7 +118,7 @@ struct LinkMemo {
   PageRows rows;
   TargetResolver resolver;
   TargetMemo targets;
-  FolderDocuments folderDocuments;  // Web
+  FolderDocuments folderDocuments;  // with RuleFlags::findsFolderDocuments
   std::string path;                 // scratch
 };
 

@@ -66,7 +66,8 @@ int SiteCSSUtil::CollectSheet(const std::string& path) {
   const int number = AddFile(path, siteRoot_);
   if (number < 0) return -1;
   if (Registered().contains(number) && HasStyleLinks(number)) return 0;
-  // It holds no reference, or a page had it by two names, of which a tree reads one.
+  // The sheet holds no reference; or the page refers to it by two names, and a tree reads only one
+  // of them.
   Registered().erase(number);
   sheet_ = number;
   std::string charset;
@@ -136,7 +137,7 @@ void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
   }
 }
 
-// False when the sheet needs no second look in this operation, or has no place in the tables.
+// False when the sheet need not be read again in this operation, or has no entry in the tables.
 bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
   if (registrar_.IsHidden(*sheet)) return false;
   const int number = AddTarget(*sheet, siteRoot_);
@@ -149,7 +150,7 @@ bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
   return true;
 }
 
-// Saved before anything referred to it, a sheet was read in the code page.
+// A sheet that was saved before anything referred to it was read in the code page.
 void SiteCSSUtil::RegisterIfMisread(const std::string& path, int sheet) {
   if (!DependsOnCharset(path)) return;
   CCSSFileTree tree = cssControl_->GetFileTreeFromCSS(path, CharsetOfReferrer(sheet));
@@ -214,12 +215,13 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   if (memo != nullptr && !isExternal && !inPage_ && source != sheet_) memo->linkedFromBelow = true;
 }
 
-// A reference of the page is placed in the page's text, one of a sheet in the sheet's file.
+// A reference of the page has its place in the page's text; a reference of a sheet, in the sheet's
+// file.
 int SiteCSSUtil::OffsetInFile(int offset) const {
   return inPage_ ? registrar_.OffsetInFile(offset) : offset;
 }
 
-// AddFile() for a file that many pages may refer to: once an operation is enough.
+// AddFile() for a file that many pages may refer to: once in an operation is enough.
 int SiteCSSUtil::AddTarget(const std::string& path, const std::string& siteRoot) {
   OperationMemo* const memo = manager_->GetOperationMemo();
   if (memo == nullptr) return AddFile(path, siteRoot);

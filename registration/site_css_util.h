@@ -26,10 +26,11 @@ std::uint32_t StyleLinkType(int nodeType);
 // Walks the file tree of a page or a sheet, enters every file and URL in the tables, and writes a
 // link of a LT_CSS_ type from each file to what it refers to. Lives for one page or sheet.
 //
-// A page is registered as it stands now. A sheet below it is registered from itself, at most once
-// an operation of the manager, and only when no style link leads from it yet: sheets that many
-// pages share are looked at once, and saving a page does not double the links of its sheets. One
-// that was registered before the page that it has its encoding from is registered anew.
+// A page is registered as it is now. A sheet below it is registered from its own file. This happens
+// at most once in an operation of the manager, and only if no style link leads from the sheet yet.
+// So sheets that many pages share are read once, and saving a page does not double the links of its
+// sheets. A sheet that takes its encoding from a page, and was registered before this page, is
+// registered again.
 class SiteCSSUtil {
  public:
   // `siteRoot` is the site folder: files outside of it do not count as existing.
@@ -40,17 +41,17 @@ class SiteCSSUtil {
 
   // The sheets of the page at `path`. A null document is read from the file. 0, or -1 when no
   // site is open, a table or the style-sheet library is missing, or the page cannot be registered.
-  int CollectPage(const std::string& path, Document* document);
+  [[nodiscard]] int CollectPage(const std::string& path, Document* document);
   // The sheet at `path`; one that cannot be read refers to nothing. Results as above.
-  int CollectSheet(const std::string& path);
+  [[nodiscard]] int CollectSheet(const std::string& path);
 
   // The label of the encoding in which the sheet at `path`, number `sheet` of the path table, is
   // read: where it says none and needs one that of the first page or sheet that refers to it by
   // LINK or @import, or of what refers to that one. Empty: its own, or the code page.
   std::string CharsetOf(int sheet, const std::string& path) const;
 
-  // Registers one node, and a link to each of its children; does not descend. 0, or -1 when a
-  // table or the node is missing or the node cannot be registered. A child that cannot be
+  // Registers one node, and a link to each of its children, without going further down. 0, or -1
+  // when a table or the node is missing or the node cannot be registered. A child that cannot be
   // registered is left out.
   int RegisterTreeNode(const std::string* node, CCSSFileTree& tree, const std::string& siteRoot);
 
@@ -66,8 +67,8 @@ class SiteCSSUtil {
   void DeleteStyleLinks(int sheet);
   void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                      const std::string& siteRoot);
-  int AddTarget(const std::string& path, const std::string& siteRoot);
-  int AddFile(const std::string& path, const std::string& siteRoot);
+  [[nodiscard]] int AddTarget(const std::string& path, const std::string& siteRoot);
+  [[nodiscard]] int AddFile(const std::string& path, const std::string& siteRoot);
   std::vector<SiteLinkRec> ListStyleLinks(int pathNumber) const;
   bool HasStyleLinks(int pathNumber) const;
   std::unordered_set<std::int32_t>& Registered();

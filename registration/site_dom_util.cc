@@ -35,7 +35,7 @@ constexpr std::int32_t SitePathRec::*kPropertyWords[kMetaProperties] = {
 
 }  // namespace
 
-// How a target is looked up among those that were registered before.
+// How a target is looked up among the targets that were registered before.
 struct SiteDOMUtil::MemoKey {
   std::string_view text;  // empty: not at all
   bool isWhole = true;    // false: without its fragment, good for a file but not for a URL
@@ -46,7 +46,7 @@ SiteDOMUtil::MemoKey SiteDOMUtil::MemoKeyOf(std::string_view target) const {
   const auto hash = target.find('#');
   if ((hash != 0 && !IsTargetOfFolder(target)) || target.size() > TargetMemo::kLongest) return {};
   if (hash == std::string_view::npos) return {target};
-  // By the classic rules a ".." in a fragment takes part.
+  // Without this flag a ".." in a fragment counts.
   if (!rules_.resolvesAsBrowser && target.find_first_of("/\\", hash) != std::string_view::npos) {
     return hash == 0 ? MemoKey() : MemoKey{target};
   }
@@ -74,8 +74,8 @@ SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* th
 SiteDOMUtil::~SiteDOMUtil() {
   SitePathRec stored;
   if (pageId < 0 || pathTable->Get(pageId, stored) < 0) return;
-  // What a link to the page itself has found out is set back here. The next link to it is to find
-  // it out anew.
+  // What a link to the page itself has found out is undone here, so the next link to it must find
+  // it out again.
   if (stored.exists != pageRecord.exists) memo_->targets.Clear();
   if (stored != pageRecord) pathTable->Update(pageRecord);
 }
@@ -95,7 +95,7 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   ExtractPage(*document, linkRules_, rows);
   const std::string* const live = manager->GetLiveUrl();
   if (live != nullptr) memo_->resolver.SetLiveUrl(*live, siteFolder_);
-  TurnToBase(rows.parts.parts().front().base);
+  UseBase(rows.parts.parts().front().base);
   linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
   if (linkTable != nullptr) linkTable->PrepareFor(UrlID(kKindPath, pageId), rows.links.size());
 
@@ -106,7 +106,7 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   return AddRows(rows.anchorLinks, rows.links.size());
 }
 
-// Has all texts of the page looked for at once, where that is less work than one by one.
+// Has all texts of the page looked for together, when this is less work than one by one.
 void SiteDOMUtil::LookAhead() {
   const PageRows& rows = memo_->rows;
   std::vector<std::string_view> texts;
@@ -198,8 +198,8 @@ int SiteDOMUtil::AddRows(std::size_t begin, std::size_t end) {
   return 0;
 }
 
-// Targets are taken from this base from here on. Few pages have more than one.
-void SiteDOMUtil::TurnToBase(std::int32_t base) {
+// From here on targets are resolved from this base. Few pages have more than one.
+void SiteDOMUtil::UseBase(std::int32_t base) {
   TargetResolver& resolver = memo_->resolver;
   resolver.BeginPage(siteRoot_, pagePath);
   memo_->rows.parts.ForEachBase(base, [&](const std::string& href) { resolver.SetBase(href); });
@@ -208,11 +208,12 @@ void SiteDOMUtil::TurnToBase(std::int32_t base) {
   base_ = base;
 }
 
-// Registers the target of one reference and adds the link. Most references of a site stand in a
-// page with the same base word by word, and cost one look-up more than their text. `guess` is what
-// looking for the target among the texts of the link table will most likely find.
+// Registers the target of one reference and adds the link. For most references of a site, a page
+// with the same base has had the same text before. Such a reference costs one look-up in addition
+// to that of its text. `guess` is what a search for the target among the texts of the link table
+// will most likely find.
 Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& guess) {
-  if (row.base != base_) TurnToBase(row.base);
+  if (row.base != base_) UseBase(row.base);
   if (registrar_.IsHidden(row.target)) return Outcome::kSkipped;
   FoundString text;
   if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, guess);
@@ -232,7 +233,7 @@ Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& guess) {
   return outcome == Outcome::kFailed && rules_.goesOnAfterFailure ? Outcome::kSkipped : outcome;
 }
 
-// A link whose text was not met before in a page of the same base. Sets `target`.
+// Adds a link whose text no page of the same base had before. Sets `target`.
 Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesName, FoundString& text,
                                   UrlID& target) {
   const MemoKey key = MemoKeyOf(row.target);
@@ -244,7 +245,7 @@ Outcome SiteDOMUtil::AddNewTarget(const LinkRow& row, bool takesName, FoundStrin
   return outcome;
 }
 
-// `text` is what looking for the row's target among the texts of the link table found.
+// `text` is the result of a search for the row's target among the texts of the link table.
 Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, FoundString& text) {
   const UrlID page(kKindPath, pageId);
   std::uint32_t type = row.type;
@@ -304,7 +305,7 @@ bool SiteDOMUtil::TakesDefaultName(const LinkRow& row) const {
          row.type != LT_APPLET && EndsAsFolder(row.target);
 }
 
-// The entry of a target: from memory where the target was met before.
+// The entry of a target; from the memo if the target was met before.
 Outcome SiteDOMUtil::FindTarget(const LinkRow& row, const MemoKey& key, bool takesName,
                                 UrlID& target) {
   if (rules_.resolvesAsBrowser && row.target.empty()) return Outcome::kSkipped;

@@ -23,9 +23,9 @@ class SitePathDB;
 class SiteUrlDB;
 struct LinkMemo;
 
-// One object serves one page and lives for one save. It holds a copy of the page's record from its
-// construction on and writes that back when it is destroyed, so for that long nobody else may
-// change the record; what CheckPath finds out about the page itself in between is lost, on purpose.
+// One object serves one page and lives for one save. It holds a copy of the page's record, and
+// writes it back when it is destroyed. Until then nobody else may change the record. What CheckPath
+// finds out about the page itself in this time is lost, on purpose.
 class SiteDOMUtil {
  public:
   // The handles stay the caller's. The page is read under the manager's link rules.
@@ -36,33 +36,37 @@ class SiteDOMUtil {
   SiteDOMUtil(const SiteDOMUtil&) = delete;
   SiteDOMUtil& operator=(const SiteDOMUtil&) = delete;
 
-  // Adds the links of `document`. `siteRoot` is the folder that "/" names. 0, or -1: a null
-  // document or parser, an empty path, a page that is not registered, a text that cannot be
-  // stored; under the classic rules also the first target that cannot be entered, which loses
-  // the rest of the page. Nothing is rolled back.
-  int CollectLinks(const std::string& siteRoot, Document* document);
-  // The same where files count as the site's below `siteFolder` only (web rules).
-  int CollectLinks(const std::string& siteRoot, Document* document, const std::string& siteFolder);
+  // Adds the links of `document`. `siteRoot` is the folder that "/" names. 0 or -1. -1 for a null
+  // document or parser, an empty path, a page that is not registered, and a text that cannot be
+  // stored. When a target cannot be entered, RuleFlags::goesOnAfterFailure says whether only it is
+  // left out; else -1, and the rest of the page is lost. Nothing is rolled back.
+  [[nodiscard]] int CollectLinks(const std::string& siteRoot, Document* document);
+  // The same where files count as the site's below `siteFolder` only
+  // (RuleFlags::knowsFilesBySiteFolder).
+  [[nodiscard]] int CollectLinks(const std::string& siteRoot, Document* document,
+                                 const std::string& siteFolder);
 
  private:
   struct MemoKey;
 
   void LookAhead();
-  int StoreTitle();
-  int StoreMetas();
-  int StoreProperty(std::int32_t& word, std::string_view text);
-  int StoreAnchors();
-  int AddRows(std::size_t begin, std::size_t end);
-  void TurnToBase(std::int32_t base);
-  Outcome AddRow(const LinkRow& row, const FoundString& guess);
-  Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text, UrlID& target);
+  [[nodiscard]] int StoreTitle();
+  [[nodiscard]] int StoreMetas();
+  [[nodiscard]] int StoreProperty(std::int32_t& word, std::string_view text);
+  [[nodiscard]] int StoreAnchors();
+  [[nodiscard]] int AddRows(std::size_t begin, std::size_t end);
+  void UseBase(std::int32_t base);
+  [[nodiscard]] Outcome AddRow(const LinkRow& row, const FoundString& guess);
+  [[nodiscard]] Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text,
+                                     UrlID& target);
   Outcome AddLink(const LinkRow& row, const UrlID& target, FoundString& text);
-  Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
+  [[nodiscard]] Outcome AddCodeBase(const LinkRow& applet, const UrlID& target);
   Outcome AddCodeBaseFile(const LinkRow& applet, const std::string& path);
 
   MemoKey MemoKeyOf(std::string_view target) const;
-  Outcome FindTarget(const LinkRow& row, const MemoKey& key, bool takesName, UrlID& target);
-  Outcome RegisterTarget(std::string_view target, UrlID& place);
+  [[nodiscard]] Outcome FindTarget(const LinkRow& row, const MemoKey& key, bool takesName,
+                                   UrlID& target);
+  [[nodiscard]] Outcome RegisterTarget(std::string_view target, UrlID& place);
   bool IsKnownFile(int pathNumber) const;
   bool TakesDefaultName(const LinkRow& row) const;
 

@@ -1,4 +1,4 @@
-// Enters in the tables what pages and style sheets refer to: one road for both.
+// Enters in the tables what pages and style sheets refer to. Both use this one class.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ class SiteUrlDB;
 enum class Outcome {
   kDone,
   kSkipped,  // it is left out
-  kFailed,   // by the classic rules, the rest of its page is lost
+  kFailed,   // the rest of its page is lost too (without goesOnAfterFailure)
 };
 
 class TargetRegistrar {
@@ -30,13 +30,17 @@ class TargetRegistrar {
 
   const RuleFlags& rules() const { return rules_; }
 
-  // Both set `place` where they are done. Files count as the site's below `siteFolder`.
-  Outcome AddFile(const std::string& path, const std::string& siteFolder, From from, UrlID& place);
+  // Both set `place` when they give kDone. A file counts as the site's if it lies below
+  // `siteFolder`.
+  [[nodiscard]] Outcome AddFile(const std::string& path, const std::string& siteFolder, From from,
+                                UrlID& place);
   Outcome AddUrl(const std::string& url, UrlID& place);
 
-  // Whether what a text of the page says is known only once the server has run the page's code.
+  // Whether the meaning of a text of the page is known only after the server has run the page's
+  // code.
   bool IsHidden(std::string_view text) const;
-  // The place in the page's file for one in its text; -1 when the page was converted to be read.
+  // The place in the page's file that belongs to a place in its text; -1 when the page had to be
+  // converted.
   std::int32_t OffsetInFile(std::int64_t offsetInText) const;
 
  private:

@@ -1,6 +1,7 @@
-// Batch: a loop over items of which each needs some memory that lies anywhere. Working on them one
-// by one would wait for memory at every item. A batch collects some items first. It asks for the
-// memory of each when it is added, and works on them when it is full, so that their waits overlap.
+// Batch: a loop over items, where the work on each item needs some memory at an unpredictable
+// place. If they were worked on one by one, the processor would wait for memory at every item. A
+// batch collects some items first and asks for the memory of each one at once. It works on them
+// when it is full, so that the waits overlap.
 #pragma once
 
 #include <array>
@@ -14,8 +15,8 @@ namespace zvrsit {
 template <class Item, class Work>
 class Batch {
  public:
-  // Without `mayWait` each item is worked on at once: for items that are no longer good when the
-  // next one is made.
+  // With `mayWait` false each item is worked on at once. This is for items that are no longer good
+  // when the next one is made.
   Batch(Work work, bool mayWait) : work_(work), atOnce_(mayWait ? kMost : 1) {}
 
   // `place` is the memory that the work will need first; null for none.

@@ -1,6 +1,6 @@
-// ChangedBlocks: which parts of a file in memory may differ from the file on disk, so that a large
-// file with a few changes need not be written whole. In a site of 10,000 pages, saving one page and
-// writing what changed takes a tenth of the time so.
+// ChangedBlocks: which parts of a file in memory may differ from the file on disk. So a large file
+// with a few changes need not be written whole. In a site of 10,000 pages this saves nine tenths of
+// the time that it takes to save one page and write what changed.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,10 @@ namespace zvrsit {
 
 class ChangedBlocks {
  public:
-  // From now on marks changes of the first `bytes` bytes, which are as on disk. With 0, or without
-  // memory, it follows nothing: all counts as changed.
+  // From now on changes of the first `bytes` bytes are marked; these are as on disk now. With 0, or
+  // when there is no memory, nothing is followed: everything counts as changed.
   void Follow(std::uint32_t bytes);
-  // These bytes were changed. What lies behind the bytes that it follows counts as changed anyway.
+  // These bytes were changed. Bytes beyond those that are followed count as changed anyway.
   void Mark(std::int64_t offset, std::int64_t length) {
     const auto end = static_cast<std::size_t>(offset + length);
     for (auto at = static_cast<std::size_t>(offset); at / kBlock < marks_.size() && at < end;
@@ -40,10 +40,10 @@ class ChangedBlocks {
  private:
   static constexpr std::size_t kBlock = 4096;
 
-  // From `at` on: where the blocks that are changed (or those that are not) end.
+  // Where, from `at` on, the blocks end that are changed (or, for false, those that are not).
   std::size_t Skip(std::size_t at, std::uint32_t size, bool changed) const;
 
-  std::vector<char> marks_;  // by block; those behind count as changed
+  std::vector<char> marks_;  // by block; blocks beyond its end count as changed
 };
 
 }  // namespace zvrsit

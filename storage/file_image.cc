@@ -14,9 +14,9 @@ using std::chrono::nanoseconds;
 constexpr std::uint32_t kStep = 4096;
 // A smaller file is written whole: that costs about as much as asking for its times.
 constexpr std::uint32_t kSmallFile = 1 << 20;
-// How long a time may stay the same. A file system whose times are whole milliseconds or seconds
-// may keep every other second only; any other takes its times from the system's clock, which ticks
-// at least as often as this.
+// How long the time of a file may stay the same. A file system that keeps times in whole
+// milliseconds or seconds may keep only every other second. Any other one takes its times from the
+// system's clock, and that ticks more often than this.
 constexpr nanoseconds kCoarseStep = std::chrono::seconds(2);
 constexpr nanoseconds kFineStep = std::chrono::milliseconds(32);
 // The system's clock ticks at most as often as this.
@@ -32,7 +32,7 @@ nanoseconds LastChange(const platform::FileStat& stat) {
   return nanoseconds(std::max(stat.modificationNanoseconds, stat.changeNanoseconds));
 }
 
-// What is set aside for a file of that size when it is opened.
+// How much is reserved when a file of that size is opened.
 constexpr std::uint32_t CapacityFor(std::uint32_t size) {
   return (size / kStep + 1) * kStep;
 }
@@ -131,7 +131,7 @@ bool FileImage::HasInMemory(std::string_view bytes) const {
          before(bytes.data(), bytes_.get() + bytes_.length());
 }
 
-// MakeRoom beyond what is set aside, or with a gap.
+// MakeRoom beyond what is reserved, or with a gap.
 char* FileImage::Extend(std::int32_t offset, std::int32_t length) {
   const std::int64_t end = std::int64_t{offset} + length;
   if (!isHeld() || offset < 0 || length < 0 || end > kLargestFile) return nullptr;
@@ -146,12 +146,12 @@ char* FileImage::Extend(std::int32_t offset, std::int32_t length) {
   return place;
 }
 
-// `capacity_` counts in steps; what is really allocated doubles, so that a file that grows by many
-// small writes costs linear time. A failure leaves `capacity_` raised.
+// `capacity_` grows in steps, but the memory itself doubles: so many small writes to a growing file
+// cost linear time. A failure leaves `capacity_` raised.
 bool FileImage::Reserve(std::uint32_t end) {
   if (end > capacity_) capacity_ += (end - capacity_ + kStep - 1) / kStep * kStep;
   if (end <= bytes_.length()) return true;
-  // A process of 32 bits may have room for what is needed, but not for twice of what there is.
+  // A process of 32 bits may have room for what is needed, but not for double the memory.
   return bytes_.Grow(std::max<std::size_t>(capacity_, bytes_.length() * 2)) ||
          bytes_.Grow(capacity_);
 }

@@ -44,17 +44,19 @@ class FileImage {
  public:
   static constexpr std::int64_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
-  // Reads the open file `fd`, whose status was `onDisk`; of a file that could not be asked, one of
-  // size 0. A read that fails leaves an empty image, and one that is short leaves zeros where
-  // nothing came. 0, or -1 without memory.
+  // Reads the open file `fd`, whose status was `onDisk`. A file whose status could not be read is
+  // given with size 0. A read that fails leaves an empty image. A read that is short leaves zeros
+  // where no bytes came. 0, or -1 without memory.
   [[nodiscard]] int Load(int fd, const platform::FileStat& onDisk);
   // Writes to the open file what has changed. 0, or -1; the next Save then writes all.
   [[nodiscard]] int Save(int fd);
-  // After a Save of a file that stays open: perhaps the next one can be in parts as well.
+  // To be called after a Save when the file stays open: it makes it possible that the next Save
+  // writes only parts.
   void NoteSaved(int fd);
   // Holds nothing from now on.
   void Drop();
-  // From now on its first `size` bytes are what the file has, of whose times nothing is known.
+  // From now on its first `size` bytes are those of the file, and nothing is known of the file's
+  // times.
   void CutToSaved(std::uint32_t size);
 
   bool isHeld() const { return capacity_ != 0; }
@@ -94,7 +96,7 @@ class FileImage {
     changed_.Mark(offset, length);
   }
   char* Extend(std::int32_t offset, std::int32_t length);
-  bool Reserve(std::uint32_t end);
+  [[nodiscard]] bool Reserve(std::uint32_t end);
   void NoteLoaded(const platform::FileStat& onDisk);
   bool IsAsNoted(int fd) const;
   int Write(int fd, std::size_t from, std::size_t to) const;

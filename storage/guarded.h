@@ -1,5 +1,5 @@
-// Guarded: the operations of files and tables throw nothing but std::out_of_range. One that gets no
-// memory gives -1, as one does that gets no disk.
+// Guarded: the operations of files and tables throw nothing but std::out_of_range. When there is no
+// memory they give -1, as they do when the disk fails.
 #pragma once
 
 #include <new>

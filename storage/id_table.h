@@ -64,7 +64,7 @@ class IdTable {
   // Values in a piece: those of one page of memory.
   static constexpr std::size_t kPiece = std::bit_floor(4096 / sizeof(Value));
   // Calls visit(id, values) for each piece that was made, in ascending order: the values from that
-  // of `id` on, zeros behind the last.
+  // of `id` on, zeros after the last.
   template <class Visit>
   void ForEachPiece(Visit visit) const {
     for (std::size_t i = 0; i < pieces_.size(); ++i) {

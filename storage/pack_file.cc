@@ -57,7 +57,8 @@ int PackFile::WriteCopies() {
   return 0;
 }
 
-// Opening a file with a part of a header can make it longer than that and what is packed.
+// The opening of a file that had only a part of a header may have made it longer than that part and
+// the packed bytes.
 int PackFile::WriteTail() {
   if (!hasTail() || oldSize_ >= SiteDB::kHeaderSize) return 0;
   return WriteAll(fd_, std::string(static_cast<std::size_t>(sizeAtOpen_ - end_), '\0'));

@@ -1,8 +1,8 @@
 // PackFile: the file beside a database file that a compaction writes and then puts in its place.
 //
-// It ends up as if a SiteDB in whole-file mode had written it. A file that is there already is not
-// emptied, on purpose: what it held beyond the packed part stays. One that is shorter than a header
-// first gets the length that opening gives to such a file.
+// When it is finished, the file is as if a SiteDB in whole-file mode had written it. A "_pack" file
+// that is there already is not emptied, on purpose: what it holds beyond the packed part stays. If
+// it is shorter than a header, it first gets the length that opening it would give it.
 #pragma once
 
 #include <cassert>
@@ -12,8 +12,9 @@
 
 namespace zvrsit {
 
-// Bytes that lie in memory go out in large pieces, so that a file of any size needs little more.
-// What was read from a file is held until all is there: a read that fails leaves nothing behind.
+// Bytes that lie in memory are written in large pieces, so that a file of any size needs little
+// extra memory. Bytes that were read from a file are kept until all have been read. So a read that
+// fails leaves no file behind.
 class PackFile {
  public:
   // The file is `target` followed by "_pack".
@@ -26,8 +27,8 @@ class PackFile {
 
   // All of these give 0 or -1. The first `headBytes` bytes are left for Finish.
   [[nodiscard]] int Open(int headBytes);
-  // Puts bytes at the end. Those that lie in memory must stay there until Finish; others were read
-  // from a file, and are copied.
+  // Puts bytes at the end. Bytes that lie in memory must stay there until Finish. All others were
+  // read from a file, and are copied.
   [[nodiscard]] int Append(std::string_view bytes, bool liesInMemory) {
     assert(fd_ >= 0);
     end_ += static_cast<std::int64_t>(bytes.size());
@@ -39,18 +40,18 @@ class PackFile {
   }
   // The length of the packed part so far, the head included.
   std::int64_t end() const { return end_; }
-  // Whether the file will hold something behind the packed part.
+  // Whether the file will hold something after the packed part.
   bool hasTail() const { return end_ < sizeAtOpen_; }
-  // Writes what is due, then the head, as long as Open was told, and closes the file.
+  // Writes what is left, then the head (as many bytes as Open was told), and closes the file.
   [[nodiscard]] int Finish(std::string_view head);
 
  private:
   static constexpr std::size_t kPiece = std::size_t{1} << 18;
 
-  int Begin(std::string_view run, bool liesInMemory);
-  int WriteRun();
-  int WriteCopies();
-  int WriteTail();
+  [[nodiscard]] int Begin(std::string_view run, bool liesInMemory);
+  [[nodiscard]] int WriteRun();
+  [[nodiscard]] int WriteCopies();
+  [[nodiscard]] int WriteTail();
 
   std::string path_;
   int fd_ = -1;
@@ -59,7 +60,7 @@ class PackFile {
   std::int64_t end_ = 0;
   std::string copies_;        // on their way to the file
   bool holdsCopies_ = false;  // until Finish
-  std::string_view run_;      // of bytes that lie in memory, behind the copies
+  std::string_view run_;      // of bytes that lie in memory, after the copies
   bool mayRemove_ = false;    // nothing is lost with the file
 };
 

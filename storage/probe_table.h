@@ -1,7 +1,7 @@
-// ProbeTable: a growing hash table with linear probing. The caller brings the hash and says what
-// equals what, so that an entry can stand for a text that lies elsewhere. It beside the hash tables
-// of the standard library: no memory of its own for each entry, and the caller can have the memory
-// that a look-up will need fetched beforehand.
+// ProbeTable: a growing hash table with linear probing. The caller gives the hash and says which
+// entries are equal, so an entry can stand for a text that lies elsewhere. It differs from the hash
+// tables of the standard library in two ways: an entry has no memory of its own, and the caller can
+// have the memory of a look-up fetched before the look-up.
 #pragma once
 
 #include <cassert>
@@ -38,7 +38,7 @@ class ProbeTable {
     return const_cast<Entry*>(std::as_const(*this).Find(hash, equal));
   }
 
-  // Where a Find of this hash will look first, for PrefetchMemory.
+  // Where Find will look first for this hash, for PrefetchMemory.
   const void* Home(std::uint32_t hash) const {
     return active_ == 0 ? nullptr : &slots_[Mark(hash) & mask()];
   }
@@ -71,7 +71,8 @@ class ProbeTable {
     --used_;
   }
 
-  // Empties it, in time for what it held. Its memory is kept, but for that of a large table.
+  // Empties it. This takes time in proportion to the entries that it held. Its memory is kept,
+  // except that of a large table.
   void Clear() {
     if (slots_.size() * sizeof(Entry) > kKeptBytes && slots_.size() > used_ * kShare) {
       slots_ = {};

@@ -87,8 +87,8 @@ void ForEachOwnWord(auto& record, const SiteServRec*, Word word) {
       [&](ServerField, std::int32_t SiteServRec::*field) { word(record.*field); });
 }
 
-// Writes or reads the own words of `record` behind the `offset` bytes of its base, and gives the
-// offset behind them. A negative offset, a base that failed, is handed on.
+// Writes or reads the own words of `record` after the `offset` bytes of its base, and gives the
+// offset after them. A negative offset, a base that failed, is handed on.
 template <class Rec>
 int WriteOwnWords(const Rec& record, void* buffer, int offset) {
   if (buffer == nullptr || offset < 0) return -1;

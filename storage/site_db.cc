@@ -76,7 +76,8 @@ int SiteDB::OpenWhole() {
   return 0;
 }
 
-// A word of which a part is missing is 0; what lies behind the end of the file is so by now.
+// A header word that is not whole in the file is 0. By now there are bytes up to the end of the
+// header.
 void SiteDB::CompleteHeader() {
   const std::uint32_t known = image.size();
   if (known < kHeaderSize) {
@@ -184,7 +185,7 @@ int SiteDB::ReplaceBy(const std::string& other, FileImage* kept) {
   const int removed = platform::Unlink(path);
   if (removed < 0 && image.isChanged()) {
     fd = platform::Open(path, platform::kOpenDatabase);
-    if (fd >= 0) SaveImage();
+    if (fd >= 0) static_cast<void>(SaveImage());  // it has failed in any case
   }
   if (kept != nullptr) *kept = std::move(image);
   Abandon();

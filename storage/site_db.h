@@ -1,4 +1,4 @@
-// SiteDB: one database file, a 24-byte header and an array of bytes behind it.
+// SiteDB: one database file, a 24-byte header and an array of bytes after it.
 //
 //   offset  size  field
 //   0       16    magic "ZVR4.00-SITE0.01", no terminating zero; written, never checked
@@ -29,9 +29,9 @@ class SiteDB {
   // No file hands out more numbers than this.
   static constexpr int kMostIds = 1 << 26;
 
-  // How long a file of `size` bytes is after it was opened. The length of each part of the header
-  // that is missing is added to the size as it stands, on purpose: a file of 5 bytes gets 16 more
-  // for its magic, and so keeps 5 bytes behind it.
+  // How long a file of `size` bytes is after it was opened. Each part of the header that is missing
+  // adds its whole length, on purpose: a file of 5 bytes gets 16 more for its magic, and so keeps 5
+  // bytes after it.
   static constexpr std::uint32_t SizeWithHeader(std::uint32_t size) {
     if (size < kMagicSize) size += kMagicSize;
     if (size < kHeaderSize - 4) size += 4;
@@ -39,31 +39,32 @@ class SiteDB {
   }
 
   SiteDB(std::string filePath, bool wholeFile);
-  // Whole-file mode: closes without writing, on purpose: only an explicit Close saves. Direct mode:
-  // leaves the descriptor alone.
+  // Whole-file mode: closes without writing, on purpose; only an explicit Close saves. Direct mode:
+  // does not close the descriptor.
   virtual ~SiteDB();
   SiteDB(const SiteDB&) = delete;
   SiteDB& operator=(const SiteDB&) = delete;
 
-  // From now on nothing is written. Opening makes no file and completes no header: where that would
-  // be needed it gives -1. Changes of a whole file stay in memory, and Flush and Close then give
-  // -1.
+  // From now on nothing is written. Open makes no file and completes no header; where it would have
+  // to, it gives -1. In whole-file mode changes stay in memory, and Flush and Close give -1 after
+  // one.
   void SetReadOnly() { readOnly_ = true; }
 
-  // Opens the file, making it when it is missing. 0 or -1; a failed open leaves it closed. An open
-  // file gives -1 in whole-file mode; in direct mode its first descriptor is lost, so no one does.
+  // Opens the file; makes it when it is missing. 0, or -1, which leaves it closed. For a file that
+  // is open already: whole-file mode gives -1; direct mode opens it again and never closes the
+  // first descriptor, so no caller does this.
   int Open();
-  // Writes what is due and closes. 0 or -1; 0 when not open. A failure in whole-file mode still
-  // closes the file; in direct mode it leaves it open. Whole-file mode: `kept`, when given, takes
-  // over what was in memory.
+  // Writes what has changed and closes. 0 or -1; 0 when not open. When it fails, the file is closed
+  // in whole-file mode and stays open in direct mode. Whole-file mode: `kept`, if given, receives
+  // what was in memory.
   int Close(FileImage* kept = nullptr);
   // Writes what has changed in memory (whole-file mode) or flushes the streams (direct mode), and
   // stays open. 0 or -1.
   int Flush();
 
-  // Read and write at an absolute offset: the number of bytes, or -1. A read past the end is all
-  // or nothing in whole-file mode, on purpose, and short in direct mode. No file grows past 2^31-1
-  // bytes.
+  // Read and write at an absolute offset: the number of bytes, or -1. A read past the end fails in
+  // whole-file mode, on purpose; in direct mode it gives the bytes that there are. No file grows
+  // beyond 2^31-1 bytes.
   int ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
     const char* bytes = Bytes(offset, length);
     if (bytes == nullptr) return ReadFile(destination, offset, length);
@@ -79,7 +80,8 @@ class SiteDB {
 
   // Copies the file on disk to its path followed by "_bak"; bytes written, or -1 (an empty file).
   int Backup();
-  // Copies that backup over the file; only while closed. Neither copy shortens its destination.
+  // Copies that backup over the file; only while closed. Neither copy shortens a longer
+  // destination.
   int Restore();
   // Unlinks the file; only while closed.
   int Delete();
@@ -100,11 +102,11 @@ class SiteDB {
     return image.MakeRoom(offset, length);
   }
   // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
-  // was changed in memory is written only where the file could not be removed. Whole-file mode:
-  // `kept`, when given, takes over what was in memory.
-  int ReplaceBy(const std::string& other, FileImage* kept = nullptr);
-  // Whole-file mode: opens the file without reading it, where it is known to hold the first `size`
-  // bytes of `known`, with the header words of this object in its header; 0 or -1.
+  // was changed in memory is written only if the file could not be removed. Whole-file mode:
+  // `kept`, if given, receives what was in memory.
+  [[nodiscard]] int ReplaceBy(const std::string& other, FileImage* kept = nullptr);
+  // Whole-file mode: opens the file without reading it. The caller knows that it holds the first
+  // `size` bytes of `known`, and in its header the two header words of this object. 0 or -1.
   int OpenOn(FileImage known, std::uint32_t size);
   // The header of a file with these words.
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
@@ -124,17 +126,17 @@ class SiteDB {
 
  private:
   // What the image alone does not answer.
-  int ReadFile(void* destination, std::int32_t offset, std::int32_t length);
-  int WriteFile(const void* source, std::int32_t offset, std::int32_t length);
-  int OpenWhole();
-  int OpenDirect();
+  [[nodiscard]] int ReadFile(void* destination, std::int32_t offset, std::int32_t length);
+  [[nodiscard]] int WriteFile(const void* source, std::int32_t offset, std::int32_t length);
+  [[nodiscard]] int OpenWhole();
+  [[nodiscard]] int OpenDirect();
   void CompleteHeader();
-  int CloseWhole(FileImage* kept);
-  int CloseDirect();
-  int ReadHeader();
-  int ReadHeaderWord(std::int32_t& word, int offset);
-  int WriteHeader();
-  int SaveImage();
+  [[nodiscard]] int CloseWhole(FileImage* kept);
+  [[nodiscard]] int CloseDirect();
+  [[nodiscard]] int ReadHeader();
+  [[nodiscard]] int ReadHeaderWord(std::int32_t& word, int offset);
+  [[nodiscard]] int WriteHeader();
+  [[nodiscard]] int SaveImage();
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
 
   int OpenDescriptor() const;

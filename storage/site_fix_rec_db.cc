@@ -128,8 +128,8 @@ int SiteFixRecDB::AddNewSlot(SiteBaseRec* record, const Writer& writer) {
   return WriteCounts() < 0 ? -1 : id;
 }
 
-// The smallest free number below the slot count while slots are fewer than ids, as after a Pack;
-// else a new one. Numbers below the cursor are live, or wait in `freed_`.
+// The smallest free number below the slot count, while there are fewer slots than ids, as after a
+// Pack; else a new number. Numbers below the cursor are live, or are in `freed_`.
 int SiteFixRecDB::ChooseId() {
   if (headerWord2 == headerWord1 || headerWord2 < 1) return headerWord1;
   const int limit = std::min(headerWord1, headerWord2);
@@ -153,7 +153,7 @@ int SiteFixRecDB::UpdateSlot(const SiteBaseRec& record, const Writer& writer) {
   return offset < 0 ? -1 : WriteSlot(offset, record, writer);
 }
 
-// In place where the file is in memory and the slot has room for all words of the class.
+// Writes in place when the file is in memory and the slot has room for all words of the class.
 int SiteFixRecDB::WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer) {
   char* const place = recordLength >= writer.slotLength ? MakeRoom(offset, recordLength) : nullptr;
   if (place != nullptr) {

@@ -29,8 +29,8 @@ class PackFile;
 
 class SiteFixRecDB : public SiteDB {
  public:
-  // `recordType` selects the record class (its kRecordType). With any other number no slot is ever
-  // found again at open, and records are written as a SiteBaseRec.
+  // `recordType` selects the record class (its kRecordType). With any other number, Open finds no
+  // slot, and records are written as a SiteBaseRec.
   SiteFixRecDB(std::string filePath, int recordBytes, int recordClass, bool wholeFile);
 
   // Opens the file and reads which number lies where; 0 or -1. A header that claims more than the
@@ -49,9 +49,9 @@ class SiteFixRecDB : public SiteDB {
   int Update(const Rec* record) {
     return record == nullptr ? -1 : UpdateSlot(*record, WriterFor<Rec>());
   }
-  // Reads the record `id`; 0 or -1. `Rec` is the file's class or one that it derives from, which
-  // then gets the words that it has. Number 0 of a file that has handed out none throws
-  // std::out_of_range, as do Update and Delete, on purpose.
+  // Reads the record `id`; 0 or -1. `Rec` is the class of the file or one of its bases, which gets
+  // its own words only. Number 0 of a file that has handed out no number throws std::out_of_range,
+  // on purpose; so it does in Update and Delete.
   template <class Rec>
   int Get(int id, Rec* record) {
     if (record == nullptr || !HoldsWordsOf(Rec::kRecordType)) return -1;
@@ -64,15 +64,16 @@ class SiteFixRecDB : public SiteDB {
     return ReadSlotAt(offset, copy) < 0 ? -1 : ReadWords(copy.data(), *record);
   }
   // Reads the word at byte `at` of the slot of record `id`; 0 or -1. It throws as Get does.
-  int ReadWord(int id, int at, std::int32_t& word) {
+  [[nodiscard]] int ReadWord(int id, int at, std::int32_t& word) {
     char bytes[4];
     const int offset = SlotOffset(id);
     if (offset < 0 || at + 4 > recordLength || ReadAt(bytes, offset + at, 4) != 4) return -1;
     word = LoadLE32(bytes);
     return 0;
   }
-  // Reads the live records in the order of their numbers and calls isWanted(record), which must not
-  // change the file, until one gives true; whether one did. Those that cannot be read are left out.
+  // Calls isWanted(record) for the live records in the order of their numbers, until it gives true.
+  // Gives whether it did. isWanted must not change the file. Records that cannot be read are left
+  // out.
   template <class Rec, class IsWanted>
   bool FindIf(IsWanted isWanted) {
     if (!isOpen() || !HoldsWordsOf(Rec::kRecordType)) return false;
@@ -88,9 +89,9 @@ class SiteFixRecDB : public SiteDB {
       return isWanted(record);
     });
   }
-  // Whole-file mode, records that join two ends: calls visit(id) for each live record that comes
-  // from `from`, in the order in which they lie in the file; how many slots it has looked at. For a
-  // few searches it costs less than an index.
+  // Whole-file mode, records that join two ends: calls visit(id) for each live record with the
+  // source `from`, in the order in which they lie in the file. Gives how many slots it has looked
+  // at. For a few searches this costs less than an index.
   template <class Visit>
   int ForEachFrom(const UrlID& from, Visit visit) const {
     int looked = 0;
@@ -103,7 +104,7 @@ class SiteFixRecDB : public SiteDB {
     }
     return looked;
   }
-  // The same for the records that go to `to`, which may lie anywhere.
+  // The same for the records with the target `to`, which may lie anywhere in the file.
   template <class Visit>
   int ForEachTo(const UrlID& to, Visit visit) const {
     VisitWithWords(kHeaderSize, SlotsEnd(), SiteRelRec::kToAt, to, visit);
@@ -119,8 +120,8 @@ class SiteFixRecDB : public SiteDB {
     const int offset = SlotOffset(id);
     return offset < 0 ? nullptr : ChangeBytes(offset, recordLength);
   }
-  // Whole-file mode, records of 4 bytes and more: every record is dead from then on. Before that
-  // calls visit(slot) for each in the order of their numbers, which may change the slot.
+  // Whole-file mode, records of 4 bytes and more: makes every record dead. Before that it calls
+  // visit(slot) for each one in the order of their numbers; visit may change the slot.
   template <class Visit>
   void DeleteAll(Visit visit) {
     slotIndex.FindSet([&](std::size_t, std::int32_t offset) {
@@ -161,7 +162,7 @@ class SiteFixRecDB : public SiteDB {
   }
 
  private:
-  // A slot on its way from or to the file: on the stack up to 256 bytes.
+  // The bytes of a slot while it is read or written: on the stack up to 256 bytes.
   class SlotBuffer {
    public:
     explicit SlotBuffer(int length);
@@ -182,7 +183,8 @@ class SiteFixRecDB : public SiteDB {
 
   static constexpr int kSourceAt = SiteRelRec::kFromAt + 4;  // the id that a record comes from
 
-  // One without a function where records of that class cannot be written.
+  // The writer of a class. It has no function if records of that class cannot be written to this
+  // file.
   template <class Rec>
   Writer WriterFor() const {
     if (recordType == Rec::kRecordType) {
@@ -199,7 +201,7 @@ class SiteFixRecDB : public SiteDB {
   static bool HoldsEnds(int type) {
     return type == SiteRelRec::kRecordType || type == SiteLinkRec::kRecordType;
   }
-  // Whether records hold words behind their id.
+  // Whether records hold words after their id.
   bool HasWords() const { return recordType >= 2 && recordType <= 8; }
   bool HoldsWordsOf(int classType) const {
     return !HasWords() || classType == recordType || IsBaseOfRecords(classType);
@@ -218,12 +220,12 @@ class SiteFixRecDB : public SiteDB {
   int SlotOffset(int id) const;
   int SearchNextId(int id) const;
   bool CountsAreSound() const;
-  int MakeIndex();
+  [[nodiscard]] int MakeIndex();
   std::int32_t SlotsEnd() const {
     return joinsEnds_ ? kHeaderSize + headerWord2 * recordLength : kHeaderSize;
   }
-  // Calls visit(id) for each live record with these words from byte `at` of its slot on, among the
-  // slots that begin from `offset` on and before `stop`; where the next one begins.
+  // Among the slots that begin from `offset` on and before `stop`, calls visit(id) for each live
+  // record that has these words from byte `at` on. Gives where the next slot begins.
   template <class Visit>
   std::int32_t VisitWithWords(std::int32_t offset, std::int64_t stop, int at, const UrlID& words,
                               Visit& visit) const {
@@ -244,17 +246,17 @@ class SiteFixRecDB : public SiteDB {
     const std::int64_t slots = (bytes + recordLength - 1) / recordLength;
     return static_cast<std::int32_t>(offset + slots * recordLength);
   }
-  int AddSlot(SiteBaseRec* record, const Writer& writer);
-  int AddNewSlot(SiteBaseRec* record, const Writer& writer);
-  int PackSlots();
-  int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
-  int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
-  int ReadSlotAt(int offset, SlotBuffer& slot);
-  int MarkSlotDead(int offset);
-  int ChooseId();
-  int WriteCounts();
-  int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);
-  int OpenPacked(FileImage kept, int slots);
+  [[nodiscard]] int AddSlot(SiteBaseRec* record, const Writer& writer);
+  [[nodiscard]] int AddNewSlot(SiteBaseRec* record, const Writer& writer);
+  [[nodiscard]] int PackSlots();
+  [[nodiscard]] int UpdateSlot(const SiteBaseRec& record, const Writer& writer);
+  [[nodiscard]] int WriteSlot(int offset, const SiteBaseRec& record, const Writer& writer);
+  [[nodiscard]] int ReadSlotAt(int offset, SlotBuffer& slot);
+  [[nodiscard]] int MarkSlotDead(int offset);
+  [[nodiscard]] int ChooseId();
+  [[nodiscard]] int WriteCounts();
+  [[nodiscard]] int AppendLiveSlots(PackFile& packed, int& slots, bool& isInOrder);
+  [[nodiscard]] int OpenPacked(FileImage kept, int slots);
 
   const int recordLength;
   const int recordType;
@@ -262,8 +264,8 @@ class SiteFixRecDB : public SiteDB {
   ZoneFilters sources_;   // of those that were there at open: the ids that they come from
   IdTable<std::int32_t> slotIndex;  // by number: offset of the live slot, 0 for none
   int live_ = 0;
-  // Which number to hand out again, without searching from 0 each time: all below the cursor are
-  // live but those in `freed_`, smallest first.
+  // For the number to hand out next, without a search from 0 each time: all numbers below the
+  // cursor are live, except those in `freed_` (smallest first).
   std::priority_queue<int, std::vector<int>, std::greater<int>> freed_;
   int cursor_ = 0;
 };

@@ -60,8 +60,8 @@ int SiteVarRecDB::OpenEntries() {
   if (numbers == offsets_.size()) cursor_ = numbers;  // none is free
   isSound_ = isSound_ && walked == end_;
   if (!isSound_) search_.GiveTagsUp();
-  // Behind an entry that reaches past the end offset no later walk finds its way once the end
-  // offset has grown.
+  // An entry reaches beyond the end offset. Once the end offset has grown, no later walk finds its
+  // way past this entry, so the index is made now.
   return result == 0 && walked > end_ ? MakeStringIndex() : result;
 }
 
@@ -91,7 +91,7 @@ int SiteVarRecDB::WriteEnd() {
 
 int SiteVarRecDB::Close(FileImage* kept) {
   if (!isOpen()) return 0;
-  // Only where it differs: a file that was only read is not to be written.
+  // Only when it differs: a file that was only read must not be written.
   if (end_ != endInFile_ && WriteEnd() < 0) return -1;
   if (SiteDB::Close(kept) < 0) return -1;
   ForgetEntries();
@@ -203,7 +203,8 @@ int SiteVarRecDB::FindString(std::string_view text) {
 }
 
 void SiteVarRecDB::LookAhead(std::span<const std::string_view> texts) {
-  if (isOpen()) search_.AskFor(texts);
+  // Without memory each search makes its own text known.
+  if (isOpen()) static_cast<void>(search_.AskFor(texts));
 }
 
 int SiteVarRecDB::MakeStringIndex() {

@@ -36,17 +36,17 @@ class SiteVarRecDB : public SiteDB {
  public:
   SiteVarRecDB(std::string filePath, bool wholeFile);
 
-  // Opens the file and reads which number lies where; 0 or -1. A negative count or length, an id
-  // count above 2^26, an end offset or a string beyond the end of the file give -1. Other damage
-  // does not: the walk over the entries stops where it reaches the end offset, so an entry count
-  // that is too high, as failed writes leave one, loses nothing.
+  // Opens the file and reads which number lies where; 0 or -1. These give -1: a negative count or
+  // length, an id count above 2^26, an end offset or a string beyond the end of the file. Other
+  // damage does not. The walk over the entries stops at the end offset. So nothing is lost when the
+  // entry count is too high, as failed writes may leave it.
   int Open();
   // Writes the end offset where it differs, and closes; 0 or -1. `kept` as in SiteDB.
   int Close(FileImage* kept = nullptr);
   int Flush();
 
-  // Adds a string, or one reference to the equal one; its number, or -1 (an empty string). A
-  // released number is handed out again, the one released first before the others.
+  // Adds a string, or one reference when an equal string is there; its number, or -1 (also for an
+  // empty string). Numbers that were released are handed out again, the earliest released first.
   int AddString(std::string_view text);
   // Adds a block of `length` (0 or more) bytes; its number or -1.
   int AddData(const void* bytes, int length);
@@ -64,16 +64,16 @@ class SiteVarRecDB : public SiteDB {
   std::string_view View(int id);
   // The data of `id`, all of it, on the same terms.
   std::string_view ViewData(int id);
-  // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text keeps
-  // its place in it until the next Pack, also one that was released.
+  // Whole-file mode: all bytes of the file, good until the next change; else empty. Each text,
+  // released or not, keeps its place in it until the next Pack.
   std::string_view WholeFile() const { return image.view(); }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
   int ReleaseString(int id);
-  // The same while a whole table is cleared: the string index is dropped and made anew when it is
-  // next needed, instead of being kept in step with each string.
+  // The same while a whole table is cleared: the string index is dropped, and made again when it is
+  // next needed. Keeping it in step with each string would cost more.
   int ReleaseStringUnindexed(int id);
-  // What that will look at first, for PrefetchMemory; null for nothing.
+  // What ReleaseStringUnindexed will read first, for PrefetchMemory; null for nothing.
   const void* EntryOf(int id) const {
     const int offset = Offset(id);
     return offset > 0 ? Bytes(offset, kHeadSize) : nullptr;
@@ -86,24 +86,25 @@ class SiteVarRecDB : public SiteDB {
   // puts that in the file's place; 0 or -1. Numbers do not change.
   int Pack();
 
-  // As FindString, and AddString of what was looked for.
+  // As FindString; and AddString for a text that Search has looked for.
   FoundString Search(std::string_view text) { return Search(text, {HashOf(text)}); }
   int AddString(std::string_view text, const FoundString& found);
 
-  // For many strings one after another: what Search does, in three steps that can be taken for
-  // several strings in turn, so that one is fetched from memory while another is worked on.
+  // For many strings one after another: the three steps of Search. They can be done for several
+  // strings in turn, so that one string is fetched from memory while the work is on another.
   static std::uint32_t HashOf(std::string_view text);
   void FetchFor(std::uint32_t hash) const { search_.FetchFor(hash); }
   FoundString GuessOf(std::uint32_t hash) const { return search_.GuessOf(hash); }
   FoundString Search(std::string_view text, const FoundString& guess);
 
-  // For several searches to come: they then cost one pass over a large file. (string_search.h)
+  // To be called before several searches for these texts: together they then cost one pass over a
+  // large file (string_search.h).
   void LookAhead(std::span<const std::string_view> texts);
   // Makes the index over all strings now, where many searches are to come; 0 or -1.
   int MakeStringIndex();
   bool hasStringIndex() const { return search_.isIndexMade(); }
 
-  // How often a number was freed so far: as long as this stays, each number keeps its string.
+  // How often a number was freed so far. While this stays the same, each number keeps its string.
   std::uint32_t releases() const { return releases_; }
 
   int idCount() const { return headerWord1; }
@@ -117,7 +118,7 @@ class SiteVarRecDB : public SiteDB {
 
   static constexpr int kFirstEntry = 28;
   static constexpr int kHeadSize = 16;
-  // Where words lie in a head, behind the id.
+  // Where words lie in a head, after the id.
   static constexpr int kLengthAt = 4;
   static constexpr int kReferencesAt = 8;
   static constexpr int kKindAt = 12;
@@ -129,16 +130,16 @@ class SiteVarRecDB : public SiteDB {
     std::int32_t references;
     std::int32_t kind;
   };
-  int UseOpened();
-  int OpenEntries();
-  int PackEntries();
+  [[nodiscard]] int UseOpened();
+  [[nodiscard]] int OpenEntries();
+  [[nodiscard]] int PackEntries();
   void ForgetEntries();
   bool CountsAreSound() const;
-  int ReadEnd();
-  int WriteEnd();
+  [[nodiscard]] int ReadEnd();
+  [[nodiscard]] int WriteEnd();
   // Calls visit(offset, head) for each entry as they lie in the file, until one gives -1.
   template <class Visit>
-  int ForEachEntry(Visit visit) {
+  [[nodiscard]] int ForEachEntry(Visit visit) {
     std::int64_t at = kFirstEntry;
     for (int k = 0; k < headerWord2 && at < end_; ++k) {
       Head head;
@@ -150,16 +151,16 @@ class SiteVarRecDB : public SiteDB {
     return 0;
   }
 
-  // More entries than this the file cannot hold, whatever its header claims.
+  // The file cannot hold more entries than this, whatever its header says.
   int MostEntries() const { return std::min(headerWord2, (end_ - kFirstEntry) / kHeadSize); }
   bool IsAcceptable(int id) const { return id == 0 || (id > 0 && id < headerWord1); }
   int Offset(int id) const;
-  // Whole-file mode: whether the entry at `offset`, where one of that number was, still is it.
+  // Whole-file mode: whether the entry at `offset`, which once had that number, still has it.
   bool IsEntryOf(int id, int offset) const {
     const char* const head = Bytes(offset, kHeadSize);
     return head != nullptr && LoadLE32(head) == id;
   }
-  int ReadHead(int offset, Head& head) {
+  [[nodiscard]] int ReadHead(int offset, Head& head) {
     char copy[kHeadSize];
     const char* bytes = Bytes(offset, kHeadSize);
     if (bytes == nullptr) {
@@ -170,13 +171,13 @@ class SiteVarRecDB : public SiteDB {
             LoadLE32(bytes + kKindAt)};
     return 0;
   }
-  int WriteHead(int offset, const Head& head);
-  int WriteHeadWord(int offset, int at, std::int32_t word) {
+  [[nodiscard]] int WriteHead(int offset, const Head& head);
+  [[nodiscard]] int WriteHeadWord(int offset, int at, std::int32_t word) {
     char bytes[4];
     StoreLE32(bytes, word);
     return WriteAt(bytes, offset + at, 4) == 4 ? 0 : -1;
   }
-  int ReadEntry(int id, Head& head);
+  [[nodiscard]] int ReadEntry(int id, Head& head);
   bool HasData(int offset, const Head& head) const;
   bool IsInFile(int offset, int length) const {
     return std::int64_t{offset} + kHeadSize + length <= std::max<std::int64_t>(end_, lengthAtOpen_);
@@ -192,7 +193,7 @@ class SiteVarRecDB : public SiteDB {
   }
   // Calls visit(id, offset, text) for each string, until one gives -1.
   template <class Visit>
-  int ForEachString(Visit visit) {
+  [[nodiscard]] int ForEachString(Visit visit) {
     return ForEachEntry([&](int offset, const Head& head) {
       if (!IsAcceptable(head.id) || head.kind != kString || head.length < 1) return 0;
       const std::string_view data = DataAt(offset, head.length, scratch_);
@@ -201,29 +202,30 @@ class SiteVarRecDB : public SiteDB {
       return 0;
     });
   }
-  int NoteString(int offset, const Head& head);
-  int ChooseId();
-  int AddNewString(std::string_view text, const FoundString& found);
-  int AddEntry(int kind, std::string_view data);
+  [[nodiscard]] int NoteString(int offset, const Head& head);
+  [[nodiscard]] int ChooseId();
+  [[nodiscard]] int AddNewString(std::string_view text, const FoundString& found);
+  [[nodiscard]] int AddEntry(int kind, std::string_view data);
   static void StoreHead(char* bytes, const Head& head);
-  int WriteEntry(const Head& head, std::string_view data);
-  int WriteCounts(int newEnd);
-  int AddReference(int offset);
-  int Release(int id, int offset, bool isNamed);
-  int MarkEntryDead(int offset, const Head& head);
-  int AppendLiveEntries(PackFile& packed, int& entries, IdTable<std::int32_t>& offsets);
+  [[nodiscard]] int WriteEntry(const Head& head, std::string_view data);
+  [[nodiscard]] int WriteCounts(int newEnd);
+  [[nodiscard]] int AddReference(int offset);
+  [[nodiscard]] int Release(int id, int offset, bool isNamed);
+  [[nodiscard]] int MarkEntryDead(int offset, const Head& head);
+  [[nodiscard]] int AppendLiveEntries(PackFile& packed, int& entries,
+                                      IdTable<std::int32_t>& offsets);
 
   std::int32_t end_ = 0;           // end offset
   std::int32_t endInFile_ = 0;     // as it stands at 24
   std::int64_t lengthAtOpen_ = 0;  // of the file
   std::int64_t dead_ = 0;
-  // At open: the entries reached to the end offset, each live one with a number of its own that was
-  // handed out.
+  // When the file was opened, the walk over the entries came to the end offset, and each live entry
+  // had a different number that was handed out.
   bool isSound_ = false;
   std::uint32_t releases_ = 0;
   IdTable<std::int32_t> offsets_;  // by number: offset of the entry, 0 for none
-  // Numbers to hand out again: first those below the cursor that had no entry at open, then those
-  // released since, from the front.
+  // Numbers to hand out again: first the numbers below the cursor that had no entry when the file
+  // was opened; then those that were released since, from the front.
   std::size_t cursor_ = 0;
   std::deque<int> free_;
   StringSearch search_{*this};

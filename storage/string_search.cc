@@ -13,9 +13,9 @@ namespace zvrsit {
 
 namespace {
 
-// In a smaller file the index costs less than what is done without it.
+// With fewer entries than this the index costs less than the search without it.
 constexpr int kManyEntries = 1024;
-// After so many passes over the tags the index pays.
+// After so many passes over the tags the index costs less.
 constexpr int kMostPasses = 32;
 
 std::uint64_t WordAt(std::string_view text, std::size_t at) {
@@ -24,7 +24,7 @@ std::uint64_t WordAt(std::string_view text, std::size_t at) {
   return word;
 }
 
-// A hash in less time: of the length and the words in the middle and at the end. Never 0.
+// A quick hash: of the length and of the words in the middle and at the end. Never 0.
 std::uint16_t TagOf(std::string_view text) {
   const std::size_t size = text.size();
   constexpr std::size_t kWord = sizeof(std::uint64_t);
@@ -151,8 +151,8 @@ void StringSearch::EnterTagged(std::span<const std::string_view> texts) {
   wanted.ForEach([this](const Wanted& each) { asked_.Insert(each.text, each.hash, {}); });
 }
 
-// Where the live entries with these tags lie, in the order of the file. Few have one of them, so
-// several are asked at once.
+// Where the live entries with these tags lie, in the order of the file. Few entries have a given
+// tag, so several texts are searched for in one pass.
 std::vector<std::int32_t> StringSearch::OffsetsOf(const TagSet& wanted) const {
   using Tags = IdTable<std::uint16_t>;
   constexpr std::size_t kAtOnce = 8;

@@ -44,7 +44,7 @@ struct FoundString {
   bool hasFailed() const { return offset < 0; }
 };
 
-// Where no error is told, a call may throw for want of memory.
+// Where no error is told, a call may throw when there is no memory.
 class StringSearch {
  public:
   explicit StringSearch(SiteVarRecDB& file) : file_(file) {}
@@ -60,27 +60,28 @@ class StringSearch {
   // Whether there is anything to keep in step when a string is released.
   bool knowsAny() const { return indexMade_ || !asked_.empty(); }
 
-  // `guess` is what was expected to be found, at least the hash of the text. It does not throw.
+  // `guess` is what the caller expects to be found, or only the hash of the text. Does not throw.
   FoundString Find(std::string_view text, const FoundString& guess);
-  // A string of that hash, most likely the one that is meant, whose entry is fetched to be read.
+  // A string with that hash, most likely the one that is meant. Its entry is fetched from memory.
   FoundString GuessOf(std::uint32_t hash) const;
   // Fetches what GuessOf will read.
   void FetchFor(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
-  // Makes texts known in one pass; the index. 0, or -1 without memory or for a damaged entry.
-  int AskFor(std::span<const std::string_view> texts);
-  int MakeIndex();
+  // AskFor makes texts known in one pass; MakeIndex makes the index. 0, or -1 without memory or for
+  // a damaged entry.
+  [[nodiscard]] int AskFor(std::span<const std::string_view> texts);
+  [[nodiscard]] int MakeIndex();
   bool isIndexMade() const { return indexMade_; }
   bool IsKnown(std::string_view text, std::uint32_t hash) const {
     return indexMade_ || (!asked_.empty() && asked_.Find(text, hash) != nullptr);
   }
 
-  // Gets the memory that Enter will need for a string whose entry lies at `offset`.
+  // Reserves the memory that Enter will need for a string whose entry lies at `offset`.
   void MakeRoom(std::string_view text, int offset);
   // A string was added under a known text: one that was found, or one that was not.
   void Enter(std::string_view text, std::uint32_t hash, int id, int offset);
   void EnterNew(std::string_view text, std::uint32_t hash, int id, int offset);
   // A string was released; 0 or -1 (it cannot be read).
-  int Release(std::string_view text, int offset);
+  [[nodiscard]] int Release(std::string_view text, int offset);
 
  private:
   struct Name {
@@ -102,10 +103,10 @@ class StringSearch {
   using TagSet = std::bitset<1 << 16>;
 
   void ForgetAsked();
-  int EnterAll();
+  [[nodiscard]] int EnterAll();
   void EnterTagged(std::span<const std::string_view> texts);
   std::vector<std::int32_t> OffsetsOf(const TagSet& tags) const;
-  int MakeKnown(std::string_view text, std::uint32_t hash);
+  [[nodiscard]] int MakeKnown(std::string_view text, std::uint32_t hash);
   template <class IsWanted>
   void TakeReleasedOut(IsWanted isWanted);
   void TakeOut(std::string_view text, std::uint32_t hash);

@@ -1,5 +1,5 @@
-// TextMap: from texts to values, without memory of its own for each text. The texts lie one behind
-// the other in a few large pieces of memory, and a hash table says where.
+// TextMap: a map from texts to values that needs no memory of its own for each text. The texts lie
+// one after the other in a few large pieces of memory, and a hash table says where.
 #pragma once
 
 #include <cstddef>
@@ -13,11 +13,11 @@
 
 namespace zvrsit {
 
-// Where the texts of a map lie: behind each other in memory of the map's own.
+// Where the texts of a map lie: one after the other in memory of the map's own.
 class OwnTexts {
  public:
   std::string_view view() const { return bytes_; }
-  // Where in `view()` a text lies from now on that is added to the map.
+  // Adds a text and gives where in `view()` it lies from now on.
   std::size_t Place(std::string_view text) {
     bytes_.append(text);
     return bytes_.size() - text.size();
@@ -28,9 +28,9 @@ class OwnTexts {
   std::string bytes_;
 };
 
-// Texts are compared byte by byte. The caller brings the hash of a text, and always the same one.
-// Value is a small plain type, Texts another class with the functions of OwnTexts. What adds a text
-// may throw for want of memory, and then changes nothing that is seen.
+// Texts are compared byte by byte. The caller gives the hash of a text, and always the same hash
+// for the same text. Value is a small plain type; Texts is a class with the functions of OwnTexts.
+// A call that adds a text may throw when there is no memory; the map is then as it was.
 template <class Value, class Texts = OwnTexts>
 class TextMap {
  public:
@@ -53,7 +53,7 @@ class TextMap {
   // Where Find will look first, for PrefetchMemory.
   const void* Home(std::uint32_t hash) const { return entries_.Home(hash); }
 
-  // Adds a text that Find did not find. One that would lie behind 4 GB of others is left out.
+  // Adds a text that Find did not find. One that would lie after 4 GB of others is left out.
   void Insert(std::string_view text, std::uint32_t hash, const Value& value) {
     const std::size_t offset = texts_.Place(text);
     if (offset + text.size() > std::numeric_limits<std::uint32_t>::max()) return;
@@ -73,8 +73,8 @@ class TextMap {
   // Makes room for `count` texts at once, but not for their bytes.
   void Reserve(std::size_t count) { entries_.Reserve(count); }
 
-  // A copy of all texts that are in the map, and of no others. From now on each is looked for where
-  // it lies in that copy, so `texts()` must give it from now on.
+  // Gives a copy of the texts in the map, and of no others. From now on the map looks for each text
+  // at its place in that copy. So the caller must make `texts()` give the copy.
   std::string Move() {
     const std::string_view view = texts_.view();
     std::size_t length = 0;

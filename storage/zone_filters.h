@@ -37,9 +37,10 @@ class ZoneFilters {
     end_ = bytes;
     runEnd_ = 0;
   }
-  // All records in it are dead.
+  // All records are dead now.
   void Clear() { std::fill(rows_.begin(), rows_.end(), 0); }
-  // A record that begins at `offset` has this word. Those behind what it follows need not be told.
+  // A record that begins at `offset` has this word. Records beyond the bytes that are followed need
+  // not be added.
   void Add(std::int32_t offset, std::int32_t word) {
     if (offset >= end_) return;
     const std::size_t zone = ZoneOf(offset);
@@ -47,8 +48,8 @@ class ZoneFilters {
       rows_[row + zone / 64] |= std::uint64_t{1} << zone % 64;
     }
   }
-  // The same, told of one record after another from the first on: quicker, as many records in a row
-  // have the same word.
+  // The same, called for one record after another from the first on. It is quicker, because many
+  // records in a row have the same word.
   void AddNext(std::int32_t offset, std::int32_t word) {
     if (word == runWord_ && offset < runEnd_) return;
     Add(offset, word);
@@ -56,8 +57,8 @@ class ZoneFilters {
     runEnd_ = ZoneEnd(offset);
   }
 
-  // The first offset from `offset` on of a place where a record with this word may begin: `offset`
-  // itself, or the begin of a zone, or the end of what it follows.
+  // The first place, from `offset` on, where a record with this word may begin: `offset` itself,
+  // the begin of a zone, or the end of the bytes that are followed.
   std::int32_t Next(std::int32_t offset, std::int32_t word) const {
     if (offset >= end_) return offset;
     const auto [low, high] = RowsOf(word);

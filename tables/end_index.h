@@ -1,5 +1,6 @@
-// EndIndex: for one end of the records of a table (where a link comes from, or where it goes), the
-// records that have a given UrlID there, in the order in which they were added.
+// EndIndex: an index over one end of the records of a table (where a link comes from, or where it
+// goes). It gives the records that have a given UrlID at that end, in the order in which they were
+// added.
 #pragma once
 
 #include <array>
@@ -13,17 +14,18 @@
 
 namespace zvrsit {
 
-// The records of one UrlID are a chain: a table has the neighbours of each record in it. So adding
-// and removing a record cost the same for a page that everybody links to as for one with a single
-// link. The chain of a UrlID is found by its kind and id, without a search. Only a damaged file has
-// ids that are large for so few records; their chains are found by a hash, so that they cost no
-// memory.
+// The records of one UrlID form a chain: a table has the neighbours of each record. So adding or
+// removing a record costs the same for a page with one link as for a page that everybody links to.
+// The chain is found by the kind and the id of the UrlID, without a search. Only a damaged file has
+// ids that are large for its number of records. Their chains are found by a hash, so that they do
+// not cost memory.
 class EndIndex {
  public:
   bool isMade() const { return made_; }
-  // Starts it, empty, for about so many records; it is then kept in step by Append and Remove.
+  // Starts an empty index for about this number of records. From then on Append and Remove keep it
+  // in step.
   void Start(int records);
-  // Drops it, to be made anew when it is next needed.
+  // Drops it, to be made again when it is next needed.
   void Forget();
 
   void Append(const UrlID& end, int record) {
@@ -59,7 +61,8 @@ class EndIndex {
     std::int32_t next;
   };
 
-  // Ids of kinds 0 to 3 below so many, and a few more for each record, have their place.
+  // Ids of kinds 0 to 3 have a place of their own when they are below this bound, which grows with
+  // the number of records.
   static constexpr std::size_t kKinds = 4;
   static constexpr std::size_t kPlacedIds = 1 << 17;
   static constexpr std::size_t kPlacedIdsPerRecord = 4;

@@ -1,9 +1,9 @@
 // NameIndex: from a text to the number of the record that has it.
 //
-// Texts are compared where they lie in the string store of the table, so they need no memory of
-// their own. When the store is closed it hands its bytes over, so that the index still answers.
-// Texts are copied in direct mode, where the store has no bytes in memory, and before a Pack moves
-// them.
+// Texts are compared at their places in the string store of the table, so they need no memory of
+// their own. When the store is closed, it gives its bytes to the index, which then still answers.
+// In two cases texts are copied: in direct mode, where the store has no bytes in memory, and before
+// a Pack moves them.
 #pragma once
 
 #include <cstddef>
@@ -21,18 +21,18 @@ namespace zvrsit {
 // Where the names of an index lie: in an open store, in the bytes of a closed one, or in copies.
 class NameTexts {
  public:
-  // `store` is null where names are copied from the begin.
+  // `store` is null when names are copied from the start.
   explicit NameTexts(const SiteVarRecDB* store) : store_(store) {}
 
   std::string_view view() const;
   bool areCopies() const { return store_ == nullptr && !closed_.isHeld(); }
-  // Whether this lies in `view()` of an open store, and so need not be copied.
+  // Whether this text lies in `view()` of an open store, so that it need not be copied.
   bool HoldsStored(std::string_view text) const;
-  // A text that lies there, or is a copy from now on.
+  // The place of a text: in the store if it lies there, else in a copy that is made now.
   std::size_t Place(std::string_view text);
   void Clear() { copies_.clear(); }
 
-  // Makes room for one more copy of that length, in linear time for many.
+  // Makes room for one more copy of that length. For many copies this takes linear time.
   void MakeRoom(std::size_t length);
   void TakeCopies(std::string copies);
   void Keep(FileImage bytes);
@@ -50,14 +50,14 @@ class NameIndex {
 
   // The number of a text, compared byte by byte, or -1.
   int Find(std::string_view text) const;
-  // Sets the number of a text, also of one that is there. One that is a view into the store is not
-  // copied.
+  // Sets the number of a text, whether the text is there or not. A text that lies in the store is
+  // not copied.
   void Put(std::string_view text, int number);
-  // Gets the memory that the next Put may need, of a text of that length.
+  // Reserves the memory that the next Put of a text of that length may need.
   void MakeRoom(std::size_t length);
   // Fetches what Find and Put of a text with this hash (SiteVarRecDB::HashOf) will read.
   void FetchFor(std::uint32_t hash) const { PrefetchMemory(names_.Home(hash)); }
-  // The same as Put for many in less time: names(put) calls put(text, number) for each.
+  // As Put for many texts, in less time: names(put) calls put(text, number) for each.
   template <class Names>
   void PutAll(Names names) {
     const auto put = [this](const NewName& name) { Put(name.text, name.number, name.hash); };

@@ -19,20 +19,22 @@ class NamedTableBase : public SiteTable {
   int Name(int number, std::string& name) const;
   // The same without a copy, good until the table next changes; empty when there is none.
   std::string_view NameView(int number) const;
-  // Deletes the record, then gives back its name; 0 or -1. A failure to give the name back leaves
-  // the text in the store. Number 0 of a table that has handed out none throws, as its file does.
+  // Deletes the record, then gives back its name; 0 or -1. If the name cannot be given back, its
+  // text stays in the store. Number 0 of a table that has handed out no number throws, as its file
+  // does.
   int Delete(int number);
-  // Deletes every record in one pass, and leaves what deleting them one by one in the order of
-  // their numbers leaves; those that could not be deleted stay. 0, or -1 when not open.
+  // Deletes every record in one pass. The result is the same as when they are deleted one by one in
+  // the order of their numbers. Records that could not be deleted stay. 0, or -1 when not open.
   int Clear();
 
  protected:
-  // Opens the files and reads every name; of two equal names the later record is found, on
+  // Opens the files and reads every name. When two names are equal, the later record is found, on
   // purpose. -1 when the path is empty or the table was opened before.
-  int OpenNamed(const std::string& path, int recordLength, int recordType, bool wholeFile);
-  int MakeIndex();
+  [[nodiscard]] int OpenNamed(const std::string& path, int recordLength, int recordType,
+                              bool wholeFile);
+  [[nodiscard]] int MakeIndex();
   // Adds a text that is about to be entered in the index as well; its number or -1.
-  int AddName(std::string_view name);
+  [[nodiscard]] int AddName(std::string_view name);
   // Enters the name of a record in the index.
   void EnterName(std::string_view name, const SiteNodeRec& record);
 };
@@ -44,8 +46,8 @@ class NamedTable : public NamedTableBase {
   int Open(const std::string& path) {
     return OpenNamed(path, Rec::kSlotLength, Rec::kRecordType, true);
   }
-  // Adds a record of that name with default words; its number or -1. It does not look for an equal
-  // name: a second record of the same name is the one that is found from then on.
+  // Adds a record of that name with default words; its number or -1. It does not look whether the
+  // name is there: when it is, the new record is found from then on.
   int Add(std::string_view name) {
     Rec record;
     return Guarded([&] { return AddRecord(name, record); });
@@ -85,7 +87,7 @@ class NamedTable : public NamedTableBase {
   bool IsNumber(int number) const { return isOpen() && number >= 0 && number < Count(); }
 
   // Adds `record` under that name; its id and name word are set.
-  int AddRecord(std::string_view name, Rec& record) {
+  [[nodiscard]] int AddRecord(std::string_view name, Rec& record) {
     if (!isOpen()) return -1;
     record.name = AddName(name);
     if (record.name < 0) return -1;
@@ -96,7 +98,7 @@ class NamedTable : public NamedTableBase {
 
   // `word(record)` is the text word to set.
   template <class Word>
-  int SetTextAt(int number, std::string_view text, Word word) {
+  [[nodiscard]] int SetTextAt(int number, std::string_view text, Word word) {
     Rec record;
     if (Get(number, record) < 0) return -1;
     const int added = text.empty() ? -1 : strings_->AddString(text);

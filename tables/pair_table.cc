@@ -8,7 +8,7 @@ namespace zvrsit {
 
 namespace {
 
-// How many records that lie side by side are read in the time of one that lies anywhere.
+// How many neighbouring records can be read in the time of one that lies elsewhere.
 constexpr int kNearness = 8;
 
 }  // namespace
@@ -33,7 +33,7 @@ EndIndex& PairTableBase::MadeIndex(End which) {
   return index;
 }
 
-// Indexes that cannot be kept in step are made anew when they are next needed.
+// An index that cannot be kept in step is dropped, and made again when it is next needed.
 void PairTableBase::EnterEnds(const UrlID& from, const UrlID& to, int number) {
   const auto enter = [&] {
     if (fromIndex_.isMade()) fromIndex_.Append(from, number);
@@ -63,9 +63,10 @@ bool PairTableBase::GoesTo(int number, const UrlID& to) const {
   return records_->Get(number, &record) == 0 && record.to == to;
 }
 
-// Calls visit(number) for each record that joins the two ends, in any order. With both given the
-// shorter list is gone through, where it is much shorter: records of one source mostly lie side by
-// side. The first questions about one end are answered by walks.
+// Calls visit(number) for each record that joins the two ends, in any order. When both ends are
+// given, the shorter of the two lists is used if it is much shorter; else the list of the source,
+// because its records mostly lie side by side. The first questions about one end are answered by
+// walks.
 template <class Visit>
 void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit) {
   if (from == kAnyUrlID && to == kAnyUrlID) {
@@ -91,7 +92,7 @@ void PairTableBase::ForEachMatch(const UrlID& from, const UrlID& to, Visit visit
   }
 }
 
-// The lists are in ascending order but for numbers that were handed out again after a Pack.
+// The lists are ascending, except for numbers that were handed out again after a Pack.
 int PairTableBase::Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers) {
   numbers.clear();
   if (!isOpen()) return -1;
@@ -123,7 +124,7 @@ int PairTableBase::CountTo(const UrlID& to) {
   return isOpen() ? Guarded([&] { return MadeIndex(End::kTo).Size(to); }) : -1;
 }
 
-// By a walk that ends at the first record found, where there is no index yet.
+// While there is no index, by a walk that ends at the first record found.
 int PairTableBase::IsTarget(const UrlID& to) {
   if (!isOpen()) return -1;
   if (!MayWalk(toIndex_)) {

@@ -11,12 +11,12 @@
 
 namespace zvrsit {
 
-// The part that does not depend on the record class. The indexes over the ends are made when walks
-// over the table no longer do, each on its own, and kept in step from then on.
+// The part that does not depend on the record class. Each index over an end is made when walks over
+// the table would cost more, and is then kept in step.
 class PairTableBase : public SiteTable {
  public:
-  // The records that join `from` and `to`, in ascending order, in place of what `numbers` held.
-  // Either end may be kAnyUrlID. The number of records, or -1.
+  // Puts the numbers of the records that join `from` and `to` into `numbers`, ascending, in place
+  // of what it held. Either end may be kAnyUrlID. Gives how many they are, or -1.
   int Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers);
   // The smallest number that Query would give, or -1.
   int First(const UrlID& from, const UrlID& to);
@@ -29,7 +29,7 @@ class PairTableBase : public SiteTable {
  protected:
   enum class End { kFrom, kTo };
 
-  int OpenPairs(const std::string& path, int recordLength, int recordType);
+  [[nodiscard]] int OpenPairs(const std::string& path, int recordLength, int recordType);
   EndIndex& MadeIndex(End which);
   void EnterEnds(const UrlID& from, const UrlID& to, int number);
   void RemoveEnds(const SiteRelRec& record);
@@ -40,9 +40,8 @@ class PairTableBase : public SiteTable {
   void ForEachMatch(const UrlID& from, const UrlID& to, Visit visit);
 
   // An index costs as much as five walks over all records. So the first questions are answered by
-  // walks, and the index is made when those together have looked at each record four times: then
-  // the walks and the index cost at most about twice of what the better of the two alone would
-  // have.
+  // walks. When these have looked at each record four times, the index is made. Then walks and
+  // index together cost at most about twice as much as the better of the two alone.
   bool MayWalk(const EndIndex& index) const {
     return !index.isMade() && walked_ <= kWalksBeforeIndex * records_->liveCount();
   }
@@ -80,7 +79,7 @@ class PairTable : public PairTableBase {
   bool IsNumber(int number) const { return isOpen() && number >= 0 && number < Count(); }
 
   // Adds the record and enters its ends; its number or -1.
-  int AddRecord(Rec& record) {
+  [[nodiscard]] int AddRecord(Rec& record) {
     const int number = records_->Add(&record);
     if (number >= 0) EnterEnds(record.from, record.to, number);
     return number;

@@ -74,8 +74,8 @@ int ProfileTable<Rec>::Delete(int number) {
   return result;
 }
 
-// Letters are folded in every byte, also in the second of a double-byte character: that only lets a
-// few unequal names meet.
+// Every byte is folded, even the second byte of a double-byte character. So some unequal names get
+// the same hash, which does no harm.
 template <class Rec>
 std::size_t ProfileTable<Rec>::HashButForCase::operator()(const std::string& name) const {
   std::string folded = name;
@@ -85,7 +85,7 @@ std::size_t ProfileTable<Rec>::HashButForCase::operator()(const std::string& nam
   return static_cast<std::size_t>(HashBytes(folded));
 }
 
-// Made when a name is first asked for, so that not every new profile reads the names of all.
+// Made when a name is first needed: a single new profile need not read all names.
 template <class Rec>
 void ProfileTable<Rec>::MakeNames() {
   names_.clear();

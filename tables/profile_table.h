@@ -1,5 +1,5 @@
-// ProfileTable: what the tables of site profiles and server profiles share: open modes with a
-// backup, and whole profiles that are renamed, copied and deleted with all their texts.
+// ProfileTable: what the tables of site profiles and server profiles share. They open with a
+// backup, and rename, copy and delete whole profiles with all their texts.
 #pragma once
 
 #include <cstddef>
@@ -31,14 +31,14 @@ class ProfileTable : public NamedTable<Rec> {
  protected:
   explicit ProfileTable(bool wholeFile) : wholeFile_(wholeFile) {}
 
-  // Whether a profile other than `except` has this name but for the case of ASCII letters. It may
-  // throw for want of memory, as all below.
+  // Whether a profile other than `except` has this name, ASCII letter case ignored. This and all
+  // functions below may throw when there is no memory.
   bool IsTaken(std::string_view name, int except);
   // Adds `record` under that name; its number or -1.
-  int AddProfile(std::string_view name, Rec& record);
-  // Writes `record`, already changed but for its name word, back under another name; 0 or -1.
-  int StoreRenamed(Rec& record, std::string_view name);
-  // Makes the texts of a copied record its own: one more reference each, but for the name.
+  [[nodiscard]] int AddProfile(std::string_view name, Rec& record);
+  // Writes `record` back under another name; 0 or -1. All its words but the name are set already.
+  [[nodiscard]] int StoreRenamed(Rec& record, std::string_view name);
+  // Gives a copied record one reference of its own to each of its texts, except the name.
   void ShareTexts(Rec& record);
 
  private:
@@ -50,13 +50,14 @@ class ProfileTable : public NamedTable<Rec> {
       return platform::EqualButForCase(a, b);
     }
   };
-  // Numbers by name. A file of another's making may hold several that differ in case only.
+  // Numbers by name. A file that another program has made may hold names that differ in letter case
+  // only.
   using Names = std::unordered_multimap<std::string, int, HashButForCase, SameButForCase>;
 
-  int OpenOnce(const std::string& path);
+  [[nodiscard]] int OpenOnce(const std::string& path);
   int Restore(const std::string& path);
   void MakeNames();
-  // Without memory all names are read anew when one is next asked for.
+  // When there is no memory, the names are dropped, and read again when one is next needed.
   void NoteName(std::string_view name, int number);
   void ForgetName(const std::string& name, int number);
 

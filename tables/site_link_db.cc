@@ -16,7 +16,7 @@ std::uint64_t JoinWords(std::int32_t high, std::int32_t low) {
   return std::uint64_t{static_cast<std::uint32_t>(high)} << 32 | static_cast<std::uint32_t>(low);
 }
 
-// Over all that makes two links of one source equal.
+// Of everything that two links of one source must share to be equal.
 std::uint32_t HashLink(const SiteLinkRec& link) {
   const std::uint64_t texts = JoinWords(link.text, link.alternative);
   return static_cast<std::uint32_t>(HashWords(HashWords(JoinWords(link.to.kind, link.to.id), texts),
@@ -91,8 +91,8 @@ int SiteLinkDB::AddNew(SiteLinkRec& link, std::string_view alternative) {
   return number;
 }
 
-// Pages bring their links one after another, so equal links are looked for among those of one
-// source at a time.
+// The links of one page are added one after another. So equal links are looked for only among the
+// links of one source at a time.
 int SiteLinkDB::LearnLinksFrom(const UrlID& source) {
   known_.Clear();
   sourceKnown_ = false;

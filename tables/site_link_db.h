@@ -1,7 +1,7 @@
 // SiteLinkDB: the links between the entries of a site.
 //
-// A link that stands several times in a page, equal in source, target, type, text and alternative
-// text, is one record with an occurrence count. Each record holds one reference to its texts.
+// If a page has a link several times, with the same source, target, type, text and alternative
+// text, it is one record with an occurrence count. Each record holds one reference to its texts.
 #pragma once
 
 #include <cstdint>
@@ -13,17 +13,18 @@ namespace zvrsit {
 
 class SiteLinkDB : public PairTable<SiteLinkRec> {
  public:
-  // Adds a link, or one occurrence to the record that there is of it; the record's number or -1
-  // (an empty text). An empty alternative text is none. `offset` is where the page has it, in
-  // bytes; that of the first occurrence is kept.
+  // Adds a link, or one occurrence to its record if there is one; the record's number or -1 (also
+  // for an empty text). An empty alternative text means none. `offset` is the place in the page, in
+  // bytes; the record keeps that of the first occurrence.
   int Add(std::string_view text, const UrlID& from, const UrlID& to, int type);
   int Add(std::string_view text, const UrlID& from, const UrlID& to, std::string_view alternative,
           int type, int offset = -1);
-  // The same with what looking for the text in strings() found; `found` then has its number.
+  // The same for a text that was looked for in strings(): `found` is the result. Afterwards it has
+  // the number of the text.
   int Add(std::string_view text, FoundString& found, const UrlID& from, const UrlID& to,
           std::string_view alternative, int type, int offset);
 
-  // So many links from one source are about to be added.
+  // To be called before this number of links from one source are added.
   void PrepareFor(const UrlID& from, std::size_t count);
 
   // Writes a record back whose ends have not changed; 0 or -1.
@@ -32,8 +33,8 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int Delete(int number);
   // Deletes a record as often as it occurs; 0 or -1.
   int DeleteAll(int number);
-  // Deletes every link as often as it occurs, in one pass, and leaves what deleting them one by one
-  // in the order of their numbers leaves. 0, or -1 when not open.
+  // Deletes every link as often as it occurs, in one pass. The result is the same as when they are
+  // deleted one by one in the order of their numbers. 0, or -1 when not open.
   int Clear();
 
  private:
@@ -42,7 +43,7 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
     std::int32_t number;
   };
 
-  int AddNew(SiteLinkRec& link, std::string_view alternative);
+  [[nodiscard]] int AddNew(SiteLinkRec& link, std::string_view alternative);
   int KnowLinksFrom(const UrlID& source) {
     return sourceKnown_ && source_ == source ? 0 : LearnLinksFrom(source);
   }
@@ -52,9 +53,9 @@ class SiteLinkDB : public PairTable<SiteLinkRec> {
   int FindEqual(const SiteLinkRec& link) const;
   void Forget(const SiteLinkRec& link);
   int Remove(const SiteLinkRec& link);
-  int Raise(int number);
+  [[nodiscard]] int Raise(int number);
 
-  // The links of the page that links are being added to, found by all of their words.
+  // The links of the page to which links are being added, found by all of their words.
   UrlID source_;
   bool sourceKnown_ = false;
   ProbeTable<Known> known_;

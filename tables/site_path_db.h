@@ -12,7 +12,8 @@ namespace zvrsit {
 
 class SitePathDB : public NamedTable<SitePathRec> {
  public:
-  // As NamedTable's; a list that the record has is deleted first, its block, not its names.
+  // As NamedTable::Delete, and the list of the record is deleted first. Its block goes; its names
+  // keep their references.
   int Delete(int number);
   int Clear() = delete;  // would leave the lists behind
 
@@ -21,13 +22,13 @@ class SitePathDB : public NamedTable<SitePathRec> {
     return IsNumber(number) ? records_->ReadWord(number, SitePathRec::kMembershipAt, marks) : -1;
   }
 
-  // The list of a record: the string ids of the page's anchor names, kept as one raw block. These
-  // change `record` only, the caller writes it back. SetList stores `ids` in place of the list
-  // there was, whose names are given back; no ids leave no list. 0 or -1.
+  // The list of a record holds the string ids of the page's anchor names, as one raw block. The
+  // next two change `record` only; the caller writes it back. SetList puts `ids` in place of the
+  // old list and gives the names of that back. An empty `ids` means no list. 0 or -1.
   int SetList(SitePathRec& record, const std::vector<std::int32_t>& ids);
   int GetList(const SitePathRec& record, std::vector<std::int32_t>& ids) const;
   // Gives back the names and the block of the list; 0 or -1.
-  int ClearList(SitePathRec& record);
+  [[nodiscard]] int ClearList(SitePathRec& record);
   // Gives back the list and every text but the name, and unsets them in `record`; 0, or -1 when
   // the list could not be given back.
   int ReleaseTexts(SitePathRec& record);

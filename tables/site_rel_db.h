@@ -11,8 +11,8 @@ class SiteRelDB : public PairTable<SiteRelRec> {
   int Add(const UrlID& parent, const UrlID& child);
   // 0 or -1.
   int Delete(int number);
-  // Deletes every relation in one pass, and leaves what deleting them one by one in the order of
-  // their numbers leaves. 0, or -1 when not open.
+  // Deletes every relation in one pass. The result is the same as when they are deleted one by one
+  // in the order of their numbers. 0, or -1 when not open.
   int Clear();
 };
 

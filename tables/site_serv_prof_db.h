@@ -13,14 +13,14 @@ class SiteServProfDB : public ProfileTable<SiteServRec> {
   // The creator chooses the mode of the files.
   explicit SiteServProfDB(bool wholeFile = true) : ProfileTable(wholeFile) {}
 
-  // Adds a profile; its number, or -1 for an empty name or one that another profile has but for the
-  // case of ASCII letters. Rename and Copy refuse the same.
+  // Adds a profile; its number, or -1. -1 for an empty name, and for a name that another profile
+  // has, ASCII letter case ignored. Rename and Copy refuse the same names.
   int Add(std::string_view name);
   int Rename(int number, std::string_view name);
   int Copy(int number, std::string_view name);
 
-  // A password field, &SiteServRec::password or &SiteServRec::firewallPassword, given and taken
-  // plain and stored scrambled; otherwise as SetText and GetText.
+  // A password field: &SiteServRec::password or &SiteServRec::firewallPassword. The password is
+  // given and taken in clear, and stored scrambled. Otherwise as SetText and GetText.
   int SetPassword(int number, std::int32_t SiteServRec::*field, std::string_view password);
   int GetPassword(int number, std::int32_t SiteServRec::*field, std::string& password) const;
 

@@ -13,15 +13,15 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
  public:
   SiteSiteProfDB() : ProfileTable(false) {}
 
-  // Adds a profile of that name and stores the names of its five table files: the name followed by
-  // the suffixes of kSiteTableFiles. Its number; -1 also for a name that IsSiteName refuses, or
-  // that another profile has but for the case of ASCII letters.
+  // Adds a profile and stores the names of its five table files: its name followed by the suffixes
+  // of kSiteTableFiles. Its number or -1. -1 also for a name that IsSiteName refuses, or that
+  // another profile has, ASCII letter case ignored.
   int Add(std::string_view name);
-  // Gives a profile another name, and its table files with it; the files themselves are the
-  // caller's to move. 0 or -1, refused as by Add.
+  // Gives a profile and its stored file names another name. The caller moves the files themselves.
+  // 0 or -1; refuses what Add refuses.
   int Rename(int number, std::string_view name);
-  // Adds a profile with all fields of another but its table files and rebuild state, which are
-  // those of a new one; its number or -1.
+  // Adds a profile with the fields of another one; its number or -1. Its table files and its
+  // rebuild state are those of a new profile.
   int Copy(int number, std::string_view name);
 
   // The stored names of the table files; false when not all can be read.
@@ -32,8 +32,8 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
   int GetFolder(int number, int slot, std::string& folder) const;
 
  private:
-  int RenameFree(int number, std::string_view name);
-  int StoreFileNames(std::string_view name, SiteSiteRec& record);
+  [[nodiscard]] int RenameFree(int number, std::string_view name);
+  [[nodiscard]] int StoreFileNames(std::string_view name, SiteSiteRec& record);
   bool IsFree(std::string_view name, int except);
 };
 

@@ -39,7 +39,7 @@ int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordTy
   return records_->Open() < 0 || strings_->Open() < 0 ? -1 : 0;
 }
 
-// A file in direct mode keeps its descriptor when it is destroyed, so it is closed first.
+// In direct mode the destructor does not close the descriptor, so the file is closed first.
 void SiteTable::DropFiles() {
   if (records_ != nullptr && !records_->isInMemory()) records_->Close();
   if (strings_ != nullptr && !strings_->isInMemory()) strings_->Close();
@@ -59,7 +59,7 @@ int SiteTable::Close() {
   return 0;
 }
 
-// The names that the index knows lie in the bytes of the store, so it takes those over.
+// The names of the index lie in the bytes of the store, so the index takes these bytes over.
 int SiteTable::CloseStrings() {
   if (index_ == nullptr) return strings_->Close();
   FileImage bytes;

@@ -1,5 +1,5 @@
-// SiteTable: what all seven tables are: a fixed-record file at a path, and a variable-record file
-// for its texts at the same path with its last character replaced by "S".
+// SiteTable: what all seven tables have: a fixed-record file at a path, and a variable-record file
+// for its texts at the same path with "S" in place of the last character.
 #pragma once
 
 #include <memory>
@@ -12,9 +12,9 @@
 
 namespace zvrsit {
 
-// A table object is opened once, a closed one is not opened again. Every operation gives -1 on
-// failure, also for want of memory, and leaves what was done. Nothing is thrown but the
-// std::out_of_range that some say.
+// A table object is opened once; after it was closed it is not opened again. Every operation gives
+// -1 on failure, also when there is no memory; what it has done by then stays. Nothing is thrown
+// but std::out_of_range, and only where this is said.
 class SiteTable {
  public:
   // Destroys both files: what was not closed or flushed is lost in whole-file mode.
@@ -25,8 +25,8 @@ class SiteTable {
   // Before the table is opened: both files are only read (SiteDB::SetReadOnly says more).
   void SetReadOnly() { readOnly_ = true; }
 
-  // Closes the record file, then the string store; each that is closed is gone. 0 or -1. A name
-  // index stays.
+  // Closes the record file, then the string store, and frees each one that was closed. 0 or -1. The
+  // index over names stays.
   int Close();
   // Brings both files up to date on disk; 0 or -1.
   int Flush();
@@ -55,9 +55,10 @@ class SiteTable {
   bool isOpen() const {
     return records_ != nullptr && records_->isOpen() && strings_ != nullptr && strings_->isOpen();
   }
-  // Makes and opens both files, the record file first; 0 or -1, which leaves none. A path whose
-  // string file would be the record file itself is refused.
-  int OpenFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
+  // Makes and opens both files, the record file first; 0, or -1 with none of them open. A path is
+  // refused if its string file would be the record file itself.
+  [[nodiscard]] int OpenFiles(const std::string& path, int recordLength, int recordType,
+                              bool wholeFile);
   void DropFiles();
   bool wasOpened() const { return wasOpened_; }
   // Gives back a text that a record referred to, -1 for none; 0 or -1.
@@ -68,8 +69,9 @@ class SiteTable {
   std::unique_ptr<NameIndex> index_;  // of a table that is searched by name
 
  private:
-  int MakeFiles(const std::string& path, int recordLength, int recordType, bool wholeFile);
-  int CloseStrings();
+  [[nodiscard]] int MakeFiles(const std::string& path, int recordLength, int recordType,
+                              bool wholeFile);
+  [[nodiscard]] int CloseStrings();
 
   bool wasOpened_ = false;
   bool readOnly_ = false;

@@ -10,8 +10,8 @@
 
 namespace zvrsit {
 
-// The five tables of a site: the word of its profile that holds the name of the table's record
-// file, and what that name ends in behind the site's name. In the order in which they are opened.
+// The five tables of a site, in the order in which they are opened. For each: the word of the
+// profile that holds the name of its record file, and what this name has after the site's name.
 struct SiteTableFile {
   std::int32_t SiteSiteRec::*word;
   std::string_view suffix;
@@ -24,14 +24,15 @@ inline constexpr std::array<SiteTableFile, 5> kSiteTableFiles{{{&SiteSiteRec::ur
 // Names or paths of them, in that order.
 using SiteTableNames = std::array<std::string, kSiteTableFiles.size()>;
 
-// The file of a table's texts, by that of its records: its last character is an "S".
+// The name of the file of a table's texts, from that of its records: the last character becomes
+// "S".
 inline std::string TextFileOf(std::string recordFile) {
   if (!recordFile.empty()) recordFile.back() = 'S';
   return recordFile;
 }
 
-// Calls visit(path) for each file that a table may have: its records, its texts, and what backing
-// up and packing leave beside them.
+// Calls visit(path) for each file that a table may have: its records and texts, and the files that
+// backing up and packing leave.
 template <class Visit>
 void ForEachFileOfTable(const std::string& recordFile, Visit visit) {
   for (const std::string& file : {recordFile, TextFileOf(recordFile)}) {

@@ -20,12 +20,13 @@ inline bool IsHtmlSpace(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
 }
 
-// Makes every letter small. For ASCII words only: bytes of double-byte characters are changed too.
+// Makes every letter lower case. For ASCII words only: bytes of double-byte characters are changed
+// too.
 inline void LowerAsciiLetters(std::string& text) {
   std::transform(text.begin(), text.end(), text.begin(), LowerAscii);
 }
 
-// Whether `text` is the ASCII word `lower` but for the case of its letters.
+// Whether `text` is the ASCII word `lower` except for the case of its letters.
 inline bool EqualsLower(std::string_view text, std::string_view lower) {
   return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
                     [](char a, char b) { return LowerAscii(a) == b; });

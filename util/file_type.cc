@@ -16,8 +16,8 @@ constexpr std::uint64_t Pack(std::string_view text) {
   return packed;
 }
 
-// No extension of the table holds a byte above 0x7F, so an extension with a double-byte character
-// matches none however its trail bytes are folded.
+// No extension in the table holds a byte above 0x7F. So an extension with a double-byte character
+// matches none, even though its trail bytes are made lower case too.
 std::uint64_t PackLowered(std::string_view text) {
   std::uint64_t packed = kEmptyPack;
   for (const char c : text) {
@@ -84,7 +84,7 @@ std::uint32_t TypeOfExtension(std::uint64_t extension) {
 }  // namespace
 
 std::uint32_t ClassifyFileType(std::string_view name) {
-  // The last "." of the whole text, folders and all, is meant: `dir.old\readme` is FT_OTHER.
+  // This is the last "." of the whole text, folders included: `dir.old\readme` is FT_OTHER.
   const std::size_t dot = FindLastCharMB(name, '.');
   if (dot == std::string_view::npos) return FT_OTHER;
   const std::string_view extension = name.substr(dot + 1);

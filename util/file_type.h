@@ -32,9 +32,9 @@ inline constexpr std::uint32_t FT_PCD = 0x200000;
 inline constexpr std::uint32_t FT_MIF = 0x400000;
 inline constexpr std::uint32_t FT_DCM = 0x800000;
 
-// The type of a file name, path or URL in the code page, from what stands behind the last
-// single-byte "." of the whole text, in any letter case. FT_OTHER for whatever is not known, and
-// for a null name.
+// The type of a file name, path or URL in the code page. It depends on the text after the last
+// single-byte "." of the whole text, in any letter case. FT_OTHER for everything else, and for
+// null.
 ZVRSIT_API std::uint32_t ClassifyFileType(const char* name);
 ZVRSIT_API std::uint32_t ClassifyFileType(std::string_view name);
 

@@ -1,8 +1,9 @@
-// A fast hash for tables in memory. It is never stored: its values differ from process to process,
-// so that a hostile site cannot choose names that collide.
+// A fast hash for tables in memory. Its values differ from process to process. So it must never be
+// stored, and a hostile site cannot choose names that collide.
 //
-// Method: Wang Yi's wyhash (public domain) - multiply two 64-bit words to 128 bits and fold the
-// halves - with the inputs mixed back in, so that a zero factor does not wipe a word out.
+// Method: Wang Yi's wyhash (public domain). Two 64-bit words are multiplied to 128 bits, and the
+// two halves are combined. The inputs are mixed in again, because a factor of zero would erase the
+// other word.
 #pragma once
 
 #include <cstdint>

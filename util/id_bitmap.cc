@@ -81,7 +81,7 @@ void IdBitmap::Clear() {
   tail_ = cache_ = nullptr;
 }
 
-// The block that covers `id`, or the first block behind it; null when there is neither.
+// The block that covers `id`, or the first block after it; null when there is neither.
 IdBlock* IdBitmap::FindBlock(std::int32_t id) {
   if (cache_ && Covers(*cache_, id)) return cache_;
   if (id < 0 || !tail_ || id > tail_->last) return nullptr;

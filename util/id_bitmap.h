@@ -32,8 +32,9 @@ class IdBitmap {
   int SetFree(std::int32_t id);
   int IsUsed(std::int32_t id);
 
-  // Takes a free id: `preferred` itself, else the lowest of its block, else the lowest of the first
-  // block that has one, else the first of a new block behind the last; -1 when there is none.
+  // Takes a free id; -1 when there is none. The choice, in this order: `preferred` itself; the
+  // lowest free id of its block; the lowest free id of the first block that has one; the first id
+  // of a new block after the last.
   std::int32_t Allocate(std::int32_t preferred);
 
   // Frees all blocks.

@@ -22,7 +22,7 @@ std::size_t FindLastBackslashMB(std::string_view text);
 
 // Everything up to the last `\`, with it: the folder of a path. Empty without one.
 std::string_view FolderOf(std::string_view path);
-// What stands behind it: the name of a file.
+// What stands after it: the name of a file.
 std::string_view NameInFolder(std::string_view path);
 
 // In place; all give 0.

@@ -3,8 +3,8 @@
 
 namespace zvrsit {
 
-// Asks for memory that is to be read or written a little later, to be there by then; null is
-// allowed.
+// Tells the processor that this memory will be read or written soon, so that it is fetched by then.
+// Null is allowed.
 inline void PrefetchMemory(const void* place) {
 #if defined(__GNUC__)
   __builtin_prefetch(place, 1);

@@ -9,7 +9,8 @@
 
 namespace zvrsit {
 
-// For texts that come again and again in small numbers: asking compares, and hashes nothing.
+// For texts of which the same few come again and again. A look-up compares with each and computes
+// no hash.
 template <class Value>
 class RecentTexts {
  public:

@@ -4,7 +4,7 @@ namespace zvrsit {
 namespace {
 
 constexpr unsigned kFirst = ';';
-// The bits of the last character of a short group that carry nothing are ones.
+// In a short group some bits of the last character carry nothing. They are ones.
 constexpr unsigned kOneByteMark = 15;
 constexpr unsigned kTwoByteMark = 3;
 

@@ -1,5 +1,5 @@
-// The fields of a server's profile, said once for both generations of tables and for whoever hands
-// a profile from one to the other.
+// The fields of a server's profile. This is their only list: both generations of tables use it, and
+// so does whoever copies a profile from one to the other.
 #pragma once
 
 namespace zvrsit {

@@ -5,8 +5,9 @@
 
 namespace zvrsit {
 
-// Whether a name can be a site's: it names a folder on every system. Refused are the empty name,
-// ".", "..", device names, a dot or space at the end, control characters and \ / : * ? " < > |.
+// Whether a name can be the name of a site. A site's name is also that of a folder, on every
+// system. So these are refused: the empty name, ".", "..", device names, a dot or space at the end,
+// control characters and \ / : * ? " < > |.
 bool IsSiteName(std::string_view name);
 
 }  // namespace zvrsit

@@ -68,7 +68,7 @@ class Fields {
     while (count < rest_.size() && IsDigit(rest_[count])) ++count;
     return TakeNumber(count);
   }
-  // As many characters as the number in the next `most` ones has.
+  // Takes a number from the next `most` characters, and as many characters as it has.
   int TakeNumberOfUpTo(std::size_t most) {
     const Number number = ReadNumber(rest_.substr(0, most));
     Skip(number.length);
