@@ -206,6 +206,7 @@ TEST(ClearedTables, HaveTheBytesThatSingleDeletesLeave) {
     for (const char* name : {"LR", "LS", "RR", "RS"}) left[atOnce] += folder.read(name);
   }
   EXPECT_TRUE(left[0] == left[1]);
+  EXPECT_EQ(SiteRelDB().Add(Page(0), Page(1)), -1) << "not open";
 }
 
 }  // namespace
