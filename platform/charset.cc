@@ -14,14 +14,13 @@ constexpr Charset kCharsets[] = {
     {kSingleByte, "CP1252", 1252,
      "iso-8859-1 windows-1252 us-ascii ascii latin1 ansi_x3.4-1968 cp1252 cp819 csisolatin1 ibm819 "
      "iso-ir-100 iso8859-1 iso88591 iso_8859-1 iso_8859-1:1987 l1 x-cp1252"},
-    {kDoubleByte, "CP932", 932,
-     "shift_jis shift-jis x-sjis sjis windows-31j csshiftjis ms932 ms_kanji"},
-    {kEucJp, "EUC-JP-MS", 0, "euc-jp x-euc-jp cseucpkdfmtjapanese"},
-    {kIso2022Jp, "ISO-2022-JP", 0, "iso-2022-jp csiso2022jp"},
-    {kDoubleByte, "GB18030", 936,
+    {kDoubleByte, "", 932, "shift_jis shift-jis x-sjis sjis windows-31j csshiftjis ms932 ms_kanji"},
+    {kEucJp, "", 0, "euc-jp x-euc-jp cseucpkdfmtjapanese"},
+    {kIso2022Jp, "", 0, "iso-2022-jp csiso2022jp"},
+    {kDoubleByte, "", 936,
      "gb2312 gbk gb18030 chinese csgb2312 csiso58gb231280 gb_2312 gb_2312-80 iso-ir-58 x-gbk"},
-    {kDoubleByte, "BIG5-HKSCS", 950, "big5 big5-hkscs cn-big5 csbig5 x-x-big5"},
-    {kDoubleByte, "UHC", 949,
+    {kDoubleByte, "", 950, "big5 big5-hkscs cn-big5 csbig5 x-x-big5"},
+    {kDoubleByte, "", 949,
      "euc-kr ks_c_5601-1987 cseuckr csksc56011987 iso-ir-149 korean ks_c_5601-1989 ksc5601 "
      "ksc_5601 "
      "windows-949"},

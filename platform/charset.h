@@ -18,7 +18,7 @@ enum class CharsetKind {
 
 struct Charset {
   CharsetKind kind;
-  const char* systemName;  // its name for iconv
+  const char* systemName;  // its name for iconv, if it has one byte per character
   unsigned codePage;       // its number on Windows; 0 if none is needed
   const char* labels;      // in lower case, separated by spaces
 };

@@ -1,10 +1,10 @@
 #include <windows.h>
 
-#include <algorithm>
+#include <utility>
 
 #include "platform/charset.h"
 #include "platform/code_page_text.h"
-#include "platform/japanese_win32.h"
+#include "platform/pair_decoder.h"
 #include "platform/utf8.h"
 
 namespace zvrsit::platform {
@@ -77,56 +77,13 @@ void ReplaceMeaningless(std::wstring& wide) {
   }
 }
 
-constexpr unsigned kGbk = 936;
-constexpr unsigned kGb18030 = 54936;
-
-// Whether GB 18030 has four bytes here: a lead byte, a digit, and both again.
-bool IsFourByteForm(std::string_view bytes) {
-  const auto isLead = [&](std::size_t at) {
-    const auto byte = static_cast<unsigned char>(bytes[at]);
-    return byte >= 0x81 && byte <= 0xFE;
-  };
-  const auto isDigit = [&](std::size_t at) { return bytes[at] >= '0' && bytes[at] <= '9'; };
-  return bytes.size() >= 4 && isLead(0) && isDigit(1) && isLead(2) && isDigit(3);
-}
-
-// What four bytes are in the page that has them; U+FFFD where the system lacks it, or they are
-// none.
-std::wstring WideOfFourBytes(std::string_view bytes) {
-  wchar_t units[2] = {static_cast<wchar_t>(kReplacementCharacter)};
-  const int known =
-      ::MultiByteToWideChar(kGb18030, MB_ERR_INVALID_CHARS, bytes.data(), 4, units, 2);
-  return {units, static_cast<std::size_t>(std::max(known, 1))};
-}
-
-// As ToWide, but a malformed character becomes U+FFFD, and an ASCII byte that follows a lead byte
-// it does not belong to is kept: the system would swallow the markup there. Page 936
-// stands for GB 18030, which has it in two bytes.
-std::wstring WideOfDoubleByte(std::string_view bytes, unsigned page) {
-  std::wstring wide;
-  std::size_t good = 0;  // where the well-formed run begins
-  for (std::size_t at = 0; at < bytes.size();) {
-    if (!::IsDBCSLeadByteEx(page, static_cast<BYTE>(bytes[at]))) {
-      ++at;
-      continue;
-    }
-    const bool hasTrail = at + 1 < bytes.size();
-    if (hasTrail &&
-        ::MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data() + at, 2, nullptr, 0) == 1) {
-      at += 2;
-      continue;
-    }
-    wide += ToWide(bytes.substr(good, at - good), page);
-    if (page == kGbk && IsFourByteForm(bytes.substr(at))) {
-      wide += WideOfFourBytes(bytes.substr(at, 4));
-      at += 4;
-    } else {
-      wide += static_cast<wchar_t>(kReplacementCharacter);
-      at += hasTrail && static_cast<unsigned char>(bytes[at + 1]) >= 0x80 ? 2 : 1;
-    }
-    good = at;
+void AppendWide(std::wstring& wide, char32_t codePoint) {
+  if (codePoint < 0x10000) {
+    wide += static_cast<wchar_t>(codePoint);
+  } else {
+    wide += static_cast<wchar_t>(0xD800 + ((codePoint - 0x10000) >> 10));
+    wide += static_cast<wchar_t>(0xDC00 + (codePoint & 0x3FF));
   }
-  return wide + ToWide(bytes.substr(good), page);
 }
 
 std::wstring WideOfUtf16(std::string_view bytes, bool bigEndian) {
@@ -151,41 +108,37 @@ std::wstring WideOfUserDefined(std::string_view bytes) {
   return wide;
 }
 
-// What a charset of bytes means in its page.
-std::wstring WideInPage(const Charset& charset, std::string_view bytes) {
-  std::wstring wide = charset.kind == CharsetKind::kDoubleByte
-                          ? WideOfDoubleByte(bytes, charset.codePage)
-                          : ToWide(bytes, charset.codePage);
+// When the system lacks the page of a label, the label counts as unknown. So no text is lost.
+bool WideInPage(const Charset& charset, std::string_view bytes, std::wstring& wide) {
+  if (!::IsValidCodePage(charset.codePage)) return false;
+  wide = ToWide(bytes, charset.codePage);
   ReplaceMeaningless(wide);
-  return wide;
+  return true;
 }
 
-std::wstring WideOf(const Charset& charset, std::string_view bytes) {
+// False when the system does not know the charset.
+bool WideOf(const Charset& charset, std::string_view bytes, std::wstring& wide) {
   switch (charset.kind) {
     case CharsetKind::kUtf8Bytes:
-      return ToWide(bytes, kUtf8);
+      wide = ToWide(bytes, kUtf8);
+      return true;
     case CharsetKind::kUtf16LittleEndian:
-      return WideOfUtf16(bytes, false);
     case CharsetKind::kUtf16BigEndian:
-      return WideOfUtf16(bytes, true);
+      wide = WideOfUtf16(bytes, charset.kind == CharsetKind::kUtf16BigEndian);
+      return true;
     case CharsetKind::kUserDefined:
-      return WideOfUserDefined(bytes);
-    case CharsetKind::kEucJp:
-      return WideOfEucJp(bytes);
-    case CharsetKind::kIso2022Jp:
-      return WideOfIso2022Jp(bytes);
+      wide = WideOfUserDefined(bytes);
+      return true;
     case CharsetKind::kSingleByte:
+      return WideInPage(charset, bytes, wide);
     case CharsetKind::kDoubleByte:
-      break;
+    case CharsetKind::kEucJp:
+    case CharsetKind::kIso2022Jp:
+      return DecodePairs(charset, bytes, [&wide](std::u32string_view piece) {
+        for (const char32_t c : piece) AppendWide(wide, c);
+      });
   }
-  return WideInPage(charset, bytes);
-}
-
-// When the system lacks the page of a label, the label counts as unknown. So no text is lost.
-bool IsKnownHere(const Charset& charset) {
-  const bool inPage =
-      charset.kind == CharsetKind::kSingleByte || charset.kind == CharsetKind::kDoubleByte;
-  return !inPage || ::IsValidCodePage(charset.codePage);
+  return false;
 }
 
 // For pages with more than two bytes a character, pages with shifts and the page of symbols, the
@@ -222,25 +175,23 @@ void AppendCodePoint(std::string& out, char32_t codePoint) {
   }
   if (CodePage() == kUtf8) return AppendUtf8(out, codePoint);
   if (codePoint > 0x10FFFF) codePoint = kReplacementCharacter;
-  wchar_t units[2] = {static_cast<wchar_t>(codePoint)};
-  std::size_t count = 1;
-  if (codePoint >= 0x10000) {
-    units[0] = static_cast<wchar_t>(0xD800 + ((codePoint - 0x10000) >> 10));
-    units[1] = static_cast<wchar_t>(0xDC00 + (codePoint & 0x3FF));
-    count = 2;
-  }
-  AppendNarrow(out, std::wstring(units, count), CodePage());
+  std::wstring wide;
+  AppendWide(wide, codePoint);
+  AppendNarrow(out, std::move(wide), CodePage());
 }
 
 bool ConvertToCodePage(std::string_view bytes, std::string_view label, std::string& out) {
   const Charset* charset = FindCharset(label);
-  if (!charset || !IsKnownHere(*charset)) return false;
-  out.clear();
+  if (!charset) return false;
   if (charset->kind == CharsetKind::kUtf8Bytes && CodePage() == kUtf8) {
+    out.clear();
     AppendUtf8Repaired(out, bytes);
-  } else if (!bytes.empty()) {
-    AppendNarrow(out, WideOf(*charset, bytes), CodePage());
+    return true;
   }
+  std::wstring wide;
+  if (!WideOf(*charset, bytes, wide)) return false;
+  out.clear();
+  if (!wide.empty()) AppendNarrow(out, std::move(wide), CodePage());
   return true;
 }
 

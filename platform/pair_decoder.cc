@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/charset.h"
+#include "platform/pair_source.h"
 #include "platform/pair_tables.h"
 #include "platform/utf8.h"
 
@@ -11,9 +12,6 @@ namespace {
 
 constexpr std::size_t kPairsAtOnce = 4096;
 constexpr char32_t kHalfWidthKatakana = 0xFF61;  // where they begin
-constexpr unsigned kShiftJis = 932, kGb18030 = 936, kBig5 = 950;
-constexpr const char* kJis0212Charset = "EUC-JP-MS";
-constexpr std::string_view kJis0212Prefix = "\x8F";
 
 bool IsIn(unsigned byte, unsigned first, unsigned last) {
   return byte >= first && byte <= last;
@@ -191,7 +189,7 @@ class PairDecoder {
 
 bool DecodePairs(const Charset& charset, std::string_view bytes, const CodePointSink& sink) {
   const bool isPage = charset.kind == CharsetKind::kDoubleByte;
-  const PairTable& table = PairTableOf(isPage ? charset.systemName : "CP932");
+  const PairTable& table = PairTableOf(isPage ? charset.codePage : kShiftJis);
   if (table.empty()) return false;
   PairDecoder decoder(bytes, sink);
   if (isPage) {
@@ -199,7 +197,7 @@ bool DecodePairs(const Charset& charset, std::string_view bytes, const CodePoint
   } else if (charset.kind == CharsetKind::kIso2022Jp) {
     decoder.DecodeIso2022Jp(table);
   } else {
-    const PairTable& jis0212 = PairTableOf(kJis0212Charset, kJis0212Prefix);
+    const PairTable& jis0212 = PairTableOf(kJis0212);
     if (jis0212.empty()) return false;
     decoder.DecodeEucJp(table, jis0212);
   }

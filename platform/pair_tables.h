@@ -11,9 +11,9 @@ namespace zvrsit::platform {
 // The characters of one charset by their lead and trail bytes.
 class PairTable {
  public:
-  // Asks the system what every pair means, each after `prefix`. `charset` is its name for iconv.
-  // Empty when the system does not know it.
-  PairTable(const char* charset, std::string_view prefix);
+  // Asks the system what every pair means in one of the pages of pair_source.h. Empty when the
+  // system does not know it.
+  explicit PairTable(unsigned codePage);
 
   bool empty() const { return meanings_.empty(); }
   // 0 where the pair is no character.
@@ -30,13 +30,13 @@ class PairTable {
   static constexpr unsigned kTrails = kLastTrail - kFirstTrail + 1;
 
   void Correct(unsigned bytes, char32_t meaning);
-  void CorrectAll(std::string_view charset, std::string_view prefix);
+  void CorrectAll(unsigned codePage);
 
   std::vector<char32_t> meanings_;
 };
 
-// The table of a charset, made when it is first asked for.
-const PairTable& PairTableOf(const char* charset, std::string_view prefix = {});
+// The table of a page, made when it is first asked for.
+const PairTable& PairTableOf(unsigned codePage);
 
 // What a character of four bytes of GB 18030 means; 0 where it means nothing.
 char32_t MeaningOfFourBytes(std::string_view bytes);
