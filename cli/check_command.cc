@@ -17,11 +17,17 @@ namespace {
 
 constexpr const char* kName = "checked";
 
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point begin) {
+  return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
 // Fills `report` and gives the exit code of the rebuild. The database is removed before anything is
 // printed. So nothing is left behind when the reader of the output ends early.
 int Examine(const Options& options, const GivenSite& site, const FindingOptions& wanted,
             FindingReport& report) {
-  const auto begin = std::chrono::steady_clock::now();
+  const Clock::time_point begin = Clock::now();
   PrivateFolder folder(PathOf(options.database));
   Options own = options;
   own.database = NameOf(folder.path());
@@ -29,21 +35,37 @@ int Examine(const Options& options, const GivenSite& site, const FindingOptions&
   AddSite(session, kName, site);
   session.Open(kName);
   session.manager().KeepPageIds(true);
-  const int code = RebuildSite(session, true);
   const std::string top = Take(session.manager().GetSiteProfTopFile());
+  Tell(wanted, "the site is " + session.names().nativeFolder() + ", its home page " +
+                   session.names().Shown(top));
+  const int code = RebuildSite(session, true, "", !wanted.quiet);
+  Tell(wanted, fmt::format("read in {:.2f} s", SecondsSince(begin)));
   folder.Remove();  // from here on an interrupt ends the program
   FindAll(session, top, wanted, report);
   const SiteChanges changes = CompareSite(session);
   TellUnread(session, changes);
   NoteChanges(session, changes, report);
   session.Discard();
-  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-  report.seconds = taken.count();
+  report.seconds = SecondsSince(begin);
+  Tell(wanted, fmt::format("looked through in {:.2f} s", report.seconds));
   return code;
 }
 
-int RunCheck(const Options& options, GivenSite site, const GivenPaths& given,
-             const FindingOptions& wanted) {
+// The configuration of the site that all these paths lie in; empty for none.
+std::string ConfigOf(const GivenPaths& given) {
+  if (!given.root.empty()) return FindConfig(given.root);
+  std::string config = FindConfig(given.paths.empty() ? "." : given.paths.front());
+  for (const std::string& path : given.paths) {
+    if (FindConfig(path) != config) return "";
+  }
+  return config;
+}
+
+int RunCheck(const Options& options, GivenSite site, GivenPaths given, FindingOptions wanted) {
+  if (const auto config = Configure(wanted, ConfigOf(given))) {
+    FillFrom(config->site, site);
+    if (given.root.empty()) given.root = *config->site.folder;
+  }
   const Selection selection(given);
   site.folder = selection.root();
   FindingReport report;

@@ -59,7 +59,7 @@ void PrintCell(const std::string& name, const SiteRecCell& cell, bool inSite) {
   Print("\n");
 }
 
-int RunQuery(const Options& options, const std::string& site, Query query) {
+int RunQuery(const Options& options, const std::string& site, Query query, bool endsInNul) {
   Session session(options, Database::kAsk);
   session.OpenToAsk(site);
   const std::unique_ptr<Cells, CellsBack> cells(query(session.manager()));
@@ -70,15 +70,19 @@ int RunQuery(const Options& options, const std::string& site, Query query) {
   TellChanges(session, CompareSite(session), site);
   JsonRows rows;
   for (const SiteRecCell& cell : *cells) {
-    const std::string name =
-        cell.GetID().kind == kKindPath ? session.names().Shown(cell.GetName()) : cell.GetName();
+    const bool isFile = cell.GetID().kind == kKindPath;
+    if (endsInNul) {
+      Print("{}{}", isFile ? NativePath(cell.GetName()) : cell.GetName(), '\0');
+      continue;
+    }
+    const std::string name = isFile ? session.names().Shown(cell.GetName()) : cell.GetName();
     if (options.json) {
       rows.Add(CellAsJson(name, cell));
     } else {
       PrintCell(name, cell, session.names().AreOf(cell.GetName()));
     }
   }
-  if (options.json) rows.End();
+  if (options.json && !endsInNul) rows.End();
   return kClean;
 }
 
@@ -106,8 +110,13 @@ void AddFileCommands(CLI::App& app, const Options& options, Run& run) {
     const auto site = std::make_shared<std::string>();
     CLI::App* command = app.add_subcommand(row.name, row.help);
     AddSiteName(*command, *site);
-    command->callback([&options, &run, site, query = row.query] {
-      run = [&options, site, query] { return RunQuery(options, *site, query); };
+    const auto endsInNul = std::make_shared<bool>(false);
+    command->add_flag("-0,--null", *endsInNul,
+                      "whole names alone, each ended by a NUL: for xargs -0");
+    command->callback([&options, &run, site, endsInNul, query = row.query] {
+      run = [&options, site, endsInNul, query] {
+        return RunQuery(options, *site, query, *endsInNul);
+      };
     });
   }
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string_view>
 
+#include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
@@ -17,14 +18,14 @@ namespace {
 namespace fs = std::filesystem;
 
 // Takes NAME=SEVERITY; gives what is wrong with it, empty for nothing.
-std::string SetSeverity(const std::string& text, Severities& severities) {
+std::string AddRule(const std::string& text, std::vector<std::pair<Rule, Severity>>& rules) {
   const std::size_t sign = text.find('=');
   const auto rule = RuleOfName(text.substr(0, sign));
   if (!rule) return "there is no rule named \"" + text.substr(0, sign) + "\"";
   const auto severity =
       sign == text.npos ? std::nullopt : SeverityOfName(std::string_view(text).substr(sign + 1));
   if (!severity) return "a rule is error, warning or off, such as " + text.substr(0, sign) + "=off";
-  severities.Set(*rule, *severity);
+  rules.emplace_back(*rule, *severity);
   return "";
 }
 
@@ -45,15 +46,48 @@ void AddFindingOptions(CLI::App& command, FindingOptions& options) {
           "--rule",
           [&options](const std::vector<std::string>& rules) {
             for (const std::string& rule : rules) {
-              const std::string fault = SetSeverity(rule, options.severities);
+              const std::string fault = AddRule(rule, options.rules);
               if (!fault.empty()) throw CLI::ValidationError("--rule", fault);
             }
           },
           "makes a rule error, warning or off; docs/rules.md has the names")
       ->option_text("RULE=SEVERITY ...");
+  command
+      .add_option("--ignore", options.ignores.files, "says nothing of files like this: drafts/**")
+      ->option_text("GLOB ...");
+  command
+      .add_option("--ignore-target", options.ignores.targets,
+                  "says nothing of references to files or URLs like this")
+      ->option_text("GLOB ...");
+  command.add_option("--config", options.config, "a configuration other than zvrsit.toml")
+      ->option_text("FILE")
+      ->check(NotEmpty());
+  command.add_flag_callback(
+      "--no-config", [&options] { options.usesConfig = false; }, "reads none");
+  command.add_flag("-q,--quiet", options.quiet, "findings alone, no totals");
+  command.add_flag("-v,--verbose", options.verbose,
+                   "tells what is looked at, and how long each step takes");
   command.add_option("--color", options.color, "colours; auto: on a terminal")
       ->option_text("auto|always|never")
       ->check(CLI::IsMember({"auto", "always", "never"}));
+}
+
+std::optional<Config> Configure(FindingOptions& options, const std::string& found) {
+  const std::string file = options.config.empty() ? found : options.config;
+  std::optional<Config> config;
+  if (options.usesConfig && !file.empty()) {
+    config = ReadConfig(file);
+    Tell(options, "the configuration is " + file);
+    for (const auto& [rule, severity] : config->rules) options.severities.Set(rule, severity);
+    if (options.ignores.files.empty()) options.ignores.files = config->ignores.files;
+    if (options.ignores.targets.empty()) options.ignores.targets = config->ignores.targets;
+  }
+  for (const auto& [rule, severity] : options.rules) options.severities.Set(rule, severity);
+  return config;
+}
+
+void Tell(const FindingOptions& options, std::string_view what) {
+  if (options.verbose) Warn(what);
 }
 
 void FindAll(Session& session, const std::string& top, const FindingOptions& options,
@@ -66,12 +100,14 @@ void FindAll(Session& session, const std::string& top, const FindingOptions& opt
   if (CollectFindings(session.manager(), site, options.severities, report) != 0) {
     throw Failure(kDatabase, "the tables of the site cannot be read");
   }
+  options.ignores.TakeOut(report);
   report.prefix = PrefixOf(report.folder);
 }
 
 void PrintFindings(const FindingReport& report, const FindingOptions& options) {
   TextStyle style;
   style.all = options.all;
+  style.totals = !options.quiet;
   style.colors = WantsColors(options.color);
   style.hyperlinks = style.colors && IsTerminal(stdout);
   const std::string text = FormatFindings(report, options.format, style);

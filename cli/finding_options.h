@@ -3,6 +3,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/config.h"
 #include "cli/session.h"
 #include "findings/finding.h"
 #include "findings/output.h"
@@ -11,19 +17,32 @@ namespace zvrsit::cli {
 
 struct FindingOptions {
   Severities severities;
+  // What the command line says; it goes before the configuration.
+  std::vector<std::pair<Rule, Severity>> rules;
+  Ignores ignores;
+  std::string config;  // native; empty: the one that is found
+  bool usesConfig = true;
   FindingFormat format = FindingFormat::kText;
   std::string color = "auto";
   bool all = false;
+  bool quiet = false;    // findings alone
+  bool verbose = false;  // on stderr: what is looked at, and how long each step takes
 };
 
-// --rule, --all and --color.
+// --rule, --ignore, --ignore-target, --config, --no-config, --all, --color, --quiet and --verbose.
 void AddFindingOptions(CLI::App& command, FindingOptions& options);
+
+// Reads the configuration that is wanted: the one that was named, else `found`, a native file or
+// empty. What the command line says stays. Nothing when there is none; Failure as of ReadConfig().
+std::optional<Config> Configure(FindingOptions& options, const std::string& found);
 
 // Finds what is wrong in the open site and how its files are named from the working folder. `top`
 // is the `\` path of the home page. Throws Failure(kDatabase) when a table cannot be read.
 void FindAll(Session& session, const std::string& top, const FindingOptions& options,
              FindingReport& report);
 
+// Says it on stderr where --verbose asks for it.
+void Tell(const FindingOptions& options, std::string_view what);
 // Prints the report on stdout.
 void PrintFindings(const FindingReport& report, const FindingOptions& options);
 

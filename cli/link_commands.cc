@@ -38,10 +38,11 @@ int RunLinks(const Options& options, const LinkQuery& query) {
   return kClean;
 }
 
-int RunBroken(const Options& options, const LinkQuery& query, const FindingOptions& wanted) {
+int RunBroken(const Options& options, const LinkQuery& query, FindingOptions wanted) {
   const auto begin = std::chrono::steady_clock::now();
   Session session(options, Database::kAsk);
   session.OpenToAsk(query.site);
+  Configure(wanted, ConfigIn(session.names().nativeFolder()));
   FindingReport report;
   FindAll(session, Take(session.manager().GetSiteProfTopFile()), wanted, report);
   session.LetGo();

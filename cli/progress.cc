@@ -90,10 +90,10 @@ class ProgressLine {
 };
 #endif
 
-TerminalProgress::TerminalProgress() {
+TerminalProgress::TerminalProgress(bool isShown) {
   platform::SetStringLoader(&LoadProgressText);
   Interrupts::SetFlag(&dialog_.cancel);
-  if (IsTerminal(stderr)) {
+  if (isShown && IsTerminal(stderr)) {
     line_ = std::make_unique<ProgressLine>();
     line_->Attach(dialog_);
   }

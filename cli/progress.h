@@ -16,7 +16,8 @@ class ProgressLine;
 // that is a terminal. Only one at a time.
 class TerminalProgress {
  public:
-  TerminalProgress();
+  // `isShown`: with the bar.
+  explicit TerminalProgress(bool isShown);
   ~TerminalProgress();
   TerminalProgress(const TerminalProgress&) = delete;
   TerminalProgress& operator=(const TerminalProgress&) = delete;

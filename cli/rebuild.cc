@@ -54,9 +54,9 @@ bool DatabaseLeftOut::IsDatabase(const std::string& path, void* context) {
   return folder.filename() == database.filename() && fs::equivalent(folder, database, error);
 }
 
-int RebuildSite(Session& session, bool complete, const std::string& database) {
+int RebuildSite(Session& session, bool complete, const std::string& database, bool showsProgress) {
   SiteMgr& manager = session.manager();
-  TerminalProgress progress;
+  TerminalProgress progress(showsProgress);
   const DatabaseLeftOut leftOut(session, database);
   const int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
   Interrupts::Check();

@@ -30,7 +30,8 @@ class DatabaseLeftOut {
 // folder that could not be read. Gives kClean, or kFileSystem when there were such. Throws Failure
 // when the rebuild itself failed or was interrupted. A native folder `database` in the site is left
 // out, by default that of the session.
-[[nodiscard]] int RebuildSite(Session& session, bool complete, const std::string& database = "");
+[[nodiscard]] int RebuildSite(Session& session, bool complete, const std::string& database = "",
+                              bool showsProgress = true);
 SiteTotals CountSite(Session& session);
 
 void PrintTotals(const SiteTotals& totals);

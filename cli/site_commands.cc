@@ -2,6 +2,7 @@
 
 #include "cli/beside_rebuild.h"
 #include "cli/commands.h"
+#include "cli/config.h"
 #include "cli/exit_code.h"
 #include "cli/output.h"
 #include "cli/rebuild.h"
@@ -10,7 +11,9 @@
 namespace zvrsit::cli {
 namespace {
 
-int RunAdd(const Options& options, const std::string& name, const GivenSite& site) {
+int RunAdd(const Options& options, const std::string& name, GivenSite site) {
+  const std::string config = ConfigIn(site.folder.value_or(""));
+  if (!config.empty()) FillFrom(ReadConfig(config).site, site);
   Session session(options, Database::kMake);
   AddSite(session, name, site);
   PrintObject(ProfileAsJson(name, ReadProfile(session, name)), options.json);

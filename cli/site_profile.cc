@@ -107,24 +107,6 @@ void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
   if (site.server) profile.server = *site.server;
 }
 
-CLI::Validator IsPageTypeList() {
-  return CLI::Validator(
-      [](std::string& list) {
-        if (list.empty() || PageTypes::IsList(list)) return std::string();
-        return "\"" + list + "\" is no list of extensions, such as php,xhtml";
-      },
-      "");
-}
-
-CLI::Validator IsLiveUrl() {
-  return CLI::Validator(
-      [](std::string& url) {
-        if (url.empty() || LiveAddress(url).isSet()) return std::string();
-        return "\"" + url + "\" is not the address of a folder, such as https://example.org/docs/";
-      },
-      "");
-}
-
 bool SameFolder(const SiteProfile& a, const SiteProfile& b, int slot) {
   const auto at = static_cast<std::size_t>(slot);
   return a.folders[at] == b.folders[at];
@@ -160,6 +142,21 @@ std::vector<std::string> ReadFolderLinksAnew(Session& session) {
 
 }  // namespace
 
+std::string FaultOfPageTypes(const std::string& list) {
+  if (list.empty() || PageTypes::IsList(list)) return "";
+  return "\"" + list + "\" is no list of extensions, such as php,xhtml";
+}
+
+std::string FaultOfLiveUrl(const std::string& url) {
+  if (url.empty() || LiveAddress(url).isSet()) return "";
+  return "\"" + url + "\" is not the address of a folder, such as https://example.org/docs/";
+}
+
+std::string FaultOfRules(const std::string& rules) {
+  if (rules == "web" || rules == "classic") return "";
+  return "\"" + rules + "\" is neither web nor classic";
+}
+
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
                       const std::string& help) {
   return command.add_option_function<std::string>(
@@ -181,16 +178,16 @@ void AddSiteOptions(CLI::App& command, GivenSite& site) {
   AddGiven(command, "--live-url", site.liveUrl,
            "the address under which the folder is served: links to it are links in the site")
       ->option_text("URL")
-      ->check(IsLiveUrl());
+      ->check(&FaultOfLiveUrl);
   AddGiven(command, "--page-types", site.pageTypes,
            "extensions of files that are pages beside htm, html, shtm and shtml; by default " +
                std::string(PageTypes::kUsual))
       ->option_text("LIST")
-      ->check(IsPageTypeList());
+      ->check(&FaultOfPageTypes);
   AddGiven(command, "--rules", site.rules,
            "web (default): what a browser of today would load; classic: HTML 4 and no more")
       ->option_text("web|classic")
-      ->check(CLI::IsMember({"web", "classic"}));
+      ->check(&FaultOfRules);
 }
 
 SiteProfile NewProfile(Session& session, const GivenSite& site) {

@@ -27,6 +27,11 @@ struct GivenSite {
   std::optional<std::string> liveUrl;     // empty: none; else what LiveAddress takes
 };
 
+// What is wrong with a value of liveUrl, pageTypes or rules; empty for nothing.
+std::string FaultOfLiveUrl(const std::string& url);
+std::string FaultOfPageTypes(const std::string& list);
+std::string FaultOfRules(const std::string& rules);
+
 // An option whose value stays unset unless it is given.
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,
                       const std::string& help);

@@ -27,6 +27,7 @@ std::optional<FindingFormat> FormatOfName(std::string_view name);
 struct TextStyle {
   bool colors = false;
   bool hyperlinks = false;  // of terminals (OSC 8)
+  bool totals = true;       // a last line of them
   bool all = false;         // every place of a finding, not only the first ones
 };
 

@@ -95,7 +95,7 @@ class TextFormat {
 void AppendText(const FindingReport& report, const TextStyle& style, std::string& out) {
   TextFormat text(report, style, out);
   for (const Finding& finding : report.findings) text.Append(finding);
-  text.AppendTotals();
+  if (style.totals) text.AppendTotals();
 }
 
 }  // namespace zvrsit

@@ -29,7 +29,7 @@ BELOW = {
 LIBRARY = {"manager", "manager_base", "legacy", "css", "links", "tables", "dom", "util", "platform"}
 PROGRAM = {"findings": LIBRARY, "cli": LIBRARY | {"findings"}}
 BELOW |= PROGRAM
-FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|gtest|gmock|benchmark)/|^gumbo\.h$")
+FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|gtest|gmock|benchmark)/|^gumbo\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 
 

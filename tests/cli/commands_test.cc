@@ -111,6 +111,8 @@ TEST(Commands, AnswerInJson) {
 
   EXPECT_EQ(program.Ask({"unused", "demo"})[0]["name"], "alone.html");
   EXPECT_EQ(program.Ask({"unused", "demo"}).size(), 1u);
+  EXPECT_EQ(program.Run({"unused", "demo", "-0"}).out,
+            program.folder.native("site/alone.html") + std::string(1, '\0'));
   EXPECT_EQ(program.Ask({"urls", "demo"}).dump(), R"([{"name":"http://example.org/"}])");
   EXPECT_EQ(program.Ask({"family", "demo"}).size(), 3u);
   EXPECT_EQ(program.Ask({"files", "demo"}).size(), 4u);
