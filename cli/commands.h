@@ -30,6 +30,9 @@ void AddServerCommands(CLI::App& app, const Options& options, Run& run);
 // legacy add, sites, rebuild, import, links, broken, peek, undo
 void AddLegacyCommands(CLI::App& app, const Options& options, Run& run);
 
+// manual, completion
+void AddManualCommands(CLI::App& app, Run& run);
+
 // The positional NAME of a site.
 void AddSiteName(CLI::App& command, std::string& name);
 // Refuses an empty name. A script gives one when a variable is not set.

@@ -72,6 +72,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddProfileCommands(app, options, run);
   AddServerCommands(app, options, run);
   AddLegacyCommands(app, options, run);
+  AddManualCommands(app, run);
 }
 
 int Main(int argc, char** argv) {
@@ -84,11 +85,9 @@ int Main(int argc, char** argv) {
       ->option_text("FOLDER")
       ->check(NotEmpty());
   std::string format = "text";
-  app.add_option(
-         "--format", format,
-         "how answers are printed: text or json; findings also as jsonl, csv, junit, sarif, "
-         "github, markdown")
-      ->option_text("FORMAT")
+  app.add_option("--format", format,
+                 "how answers are printed; findings in all of these, others in the first two")
+      ->option_text("text|json|jsonl|csv|junit|sarif|github|markdown")
       ->check([](const std::string& name) {
         return FormatOfName(name) ? std::string() : "\"" + name + "\" is no format";
       });
