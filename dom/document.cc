@@ -216,8 +216,10 @@ std::vector<ElementAttribute> Document::attributesNamed(Attr attr) const {
 
 std::vector<Text> Document::Arrays::OwnTexts(std::uint32_t index) const {
   std::vector<Text> texts;
-  for (const StyleText& part : std::ranges::equal_range(styleTexts, index, {}, &StyleText::element))
-    texts.emplace_back(text.substr(part.begin, part.end - part.begin), part.kind);
+  auto part = std::ranges::lower_bound(styleTexts, index, {}, &StyleText::element);
+  for (; part != styleTexts.end() && part->element == index; ++part) {
+    texts.emplace_back(text.substr(part->begin, part->end - part->begin), part->kind);
+  }
   return texts;
 }
 
