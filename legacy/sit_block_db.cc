@@ -93,7 +93,7 @@ int SitBlockDB::Open(const std::string& path, int kind, int bucketCount) {
   deadBytes_ = 0;
   whole_ = false;
   counted_ = {};
-  if (file_.Open(path) < 0) return -1;
+  if (!file_.Open(path)) return -1;
   if (!LoadHeader()) {
     file_.Close();
     return -1;
@@ -176,10 +176,10 @@ int SitBlockDB::Close() {
     StoreCounts(header);
     written = file_.WriteAt(0, header, sizeof header);
   }
-  return CloseFile() == 0 && written ? 0 : -1;
+  return CloseFile() && written ? 0 : -1;
 }
 
-int SitBlockDB::CloseFile() {
+bool SitBlockDB::CloseFile() {
   entries_.clear();
   keys_.Reset(1);
   live_ = 0;

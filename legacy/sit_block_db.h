@@ -114,7 +114,7 @@ class SitBlockDB {
   void Load();
   [[nodiscard]] bool LoadBlock(SitFileScan& scan, std::int32_t index, const Block& block,
                                std::string& bytes);
-  int CloseFile();
+  bool CloseFile();
   [[nodiscard]] bool WriteBlock(int index, const Block& block, const std::string& bytes);
   [[nodiscard]] bool Store(int index, const std::string& bytes);
   bool Kill(int index);

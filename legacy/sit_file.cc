@@ -15,24 +15,19 @@ constexpr std::size_t kBufferSize = 64 * 1024;
 
 }  // namespace
 
-int SitFile::Open(const std::string& path, int flags) {
+bool SitFile::Open(const std::string& path, int flags) {
   Close();
   path_ = path;
   lastErrno_ = 0;
   fd_ = platform::Open(path, flags, platform::kOwnerReadWrite);
-  if (fd_ >= 0) return 0;
-  fd_ = -1;
-  Fail();
-  return -1;
+  return fd_ >= 0 || Fail();
 }
 
-int SitFile::Close() {
-  if (fd_ < 0) return 0;
+bool SitFile::Close() {
+  if (fd_ < 0) return true;
   const int result = platform::Close(fd_);
   fd_ = -1;
-  if (result >= 0) return 0;
-  FailWrite();
-  return -1;
+  return result >= 0 || FailWrite();
 }
 
 bool SitFile::Fail() {
@@ -107,7 +102,7 @@ bool SitFileScan::Take(void* destination, std::size_t length) {
 
 SitPackWriter::SitPackWriter(const std::string& path, std::size_t headerSize)
     : target_(path), written_(static_cast<std::int64_t>(headerSize)) {
-  made_ = file_.Open(path + "_pack", platform::kOpenPack) == 0;
+  made_ = file_.Open(path + "_pack", platform::kOpenPack);
 }
 
 SitPackWriter::~SitPackWriter() {
@@ -130,7 +125,7 @@ void SitPackWriter::Flush() {
 bool SitPackWriter::Finish(const void* header, std::size_t headerSize) {
   Flush();
   if (!file_.WriteAt(0, header, headerSize)) failed_ = true;
-  if (file_.Close() < 0) failed_ = true;
+  if (!file_.Close()) failed_ = true;
   return !failed_;
 }
 

@@ -1,5 +1,7 @@
 // A database file of the older generation: reads and writes at offsets, the error number of the
-// last failing call, and the two helpers that loading and packing need.
+// last failing call, and the two helpers that loading and packing need. A `bool` of a call here
+// says whether it succeeded. The stores above turn it into what their callers are promised: 0 or
+// -1.
 #pragma once
 
 #include <cstddef>
@@ -18,11 +20,10 @@ class SitFile {
   SitFile(const SitFile&) = delete;
   SitFile& operator=(const SitFile&) = delete;
 
-  // Opens `path` (closing what was open); 0, or -1 with the descriptor left negative. The path is
-  // kept either way.
-  int Open(const std::string& path, int flags = platform::kOpenDatabase);
-  // 0 or -1; closing twice is allowed.
-  int Close();
+  // Opens `path`, and closes what was open. The path is kept also when this fails.
+  bool Open(const std::string& path, int flags = platform::kOpenDatabase);
+  // True for a file that is closed already.
+  bool Close();
 
   bool IsOpen() const { return fd_ >= 0; }
   const std::string& path() const { return path_; }
@@ -36,10 +37,10 @@ class SitFile {
   // Up to `length` bytes from `offset`; how many came, or -1.
   [[nodiscard]] std::int64_t ReadSome(std::int64_t offset, void* destination, std::size_t length);
   // All of `length` bytes, or false.
-  bool ReadAt(std::int64_t offset, void* destination, std::size_t length);
+  [[nodiscard]] bool ReadAt(std::int64_t offset, void* destination, std::size_t length);
   // False when the call fails, and for any byte beyond 2^31-1, which no database file reaches.
   bool WriteAt(std::int64_t offset, const void* source, std::size_t length);
-  bool ReadWord(std::int64_t offset, std::int32_t& word);
+  [[nodiscard]] bool ReadWord(std::int64_t offset, std::int32_t& word);
   bool WriteWord(std::int64_t offset, std::int32_t word);
   // Counts a write that is not even tried as one that failed with `error`. Gives false.
   bool RefuseWrite(int error);

@@ -48,21 +48,21 @@ int SitPairDB::Open(const std::string& path, int kind) {
   hidden_ = slots_ = 0;
   whole_ = false;
   inSlots_ = true;
-  const int opened = file_.Open(path);
+  const bool opened = file_.Open(path);
   if (!path.empty()) strings_.Open(path.substr(0, path.size() - 1) + "S");
-  return opened < 0 ? -1 : Load();
+  return opened && Load() ? 0 : -1;
 }
 
-int SitPairDB::Load() {
+bool SitPairDB::Load() {
   std::int32_t slots = 0;
   std::int32_t live = 0;
   whole_ = file_.Size() == 0;
   slots_ = hidden_ = SlotsInFile();
-  if (!file_.ReadWord(0, slots)) return -1;
+  if (!file_.ReadWord(0, slots)) return false;
   nextId_ = slots;
-  if (!file_.ReadWord(4, live)) return -1;
+  if (!file_.ReadWord(4, live)) return false;
   liveCount_ = live;
-  if (slots < 0 || live < 0) return -1;
+  if (slots < 0 || live < 0) return false;
   hidden_ = 0;
   SitFileScan scan(file_, kPairHeaderSize);
   WordBytes<SitPairRec> bytes;
@@ -76,15 +76,15 @@ int SitPairDB::Load() {
   // A crash may have come between a record and its count.
   whole_ = loaded == SlotsInFile() && (slots == loaded || slots == loaded - 1);
   cursor_ = index_.Head();
-  return 0;
+  return true;
 }
 
 int SitPairDB::Close() {
-  const int stringsClosed = strings_.Close();
-  const int closed = file_.Close();
+  const bool stringsClosed = strings_.Close() == 0;
+  const bool closed = file_.Close();
   index_.Clear();
   cursor_ = lastMatch_ = PairIndex::kNone;
-  return std::min(stringsClosed, closed);
+  return stringsClosed && closed ? 0 : -1;
 }
 
 std::unique_ptr<SitPairRec> SitPairDB::Find(const UrlID& from, const UrlID& to) {

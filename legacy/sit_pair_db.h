@@ -132,7 +132,7 @@ class SitPairDB {
   int cursor() const { return cursor_; }
 
  private:
-  int Load();
+  [[nodiscard]] bool Load();
   std::int32_t SlotsInFile();  // whole ones
   int MatchFromCursor(const PairQuery& query) const;
   void ChangeLiveCount(int by);

@@ -51,7 +51,7 @@ int SitStrDB::Open(const std::string& path) {
   Close();
   liveBytes_ = deadBytes_ = 0;
   whole_ = false;
-  if (file_.Open(path) < 0) return -1;
+  if (!file_.Open(path)) return -1;
   const std::int64_t size = file_.Size();
   if (size < 0) {
     Discard();
@@ -110,12 +110,12 @@ std::int64_t SitStrDB::LoadEntries(std::int64_t size) {
 }
 
 int SitStrDB::Close() {
-  if (!file_.IsOpen()) return Discard();
+  if (!file_.IsOpen()) return Discard() ? 0 : -1;
   const bool written = file_.WriteWord(0, liveBytes_) && file_.WriteWord(4, deadBytes_);
-  return Discard() == 0 && written ? 0 : -1;
+  return Discard() && written ? 0 : -1;
 }
 
-int SitStrDB::Discard() {
+bool SitStrDB::Discard() {
   entries_.clear();
   used_.Clear();
   return file_.Close();

@@ -36,8 +36,9 @@ class SitStrDB {
   int Open(const std::string& path);
   // Writes the two counters and closes; 0, or -1 when one of these fails. May be called twice.
   int Close();
-  // Closes without writing the counters: the file is to be deleted or replaced.
-  int Discard();
+  // Closes without writing the counters: the file is to be deleted or replaced. Whether closing
+  // succeeded.
+  bool Discard();
 
   // The text of an id; none when the id is negative or unknown or the body cannot be read.
   std::optional<std::string> Get(int id);
