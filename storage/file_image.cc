@@ -103,6 +103,7 @@ int FileImage::Save(int fd) {
 }
 
 int FileImage::Write(int fd, std::size_t from, std::size_t to) const {
+  assert(from <= to && to <= size_);
   if (platform::Seek(fd, static_cast<std::int64_t>(from)) < 0) return -1;
   const std::int64_t written = platform::Write(fd, bytes_.get() + from, to - from);
   return written == static_cast<std::int64_t>(to - from) ? 0 : -1;

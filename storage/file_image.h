@@ -2,8 +2,7 @@
 //
 // What holds between two calls:
 //   1. While nothing is held, `bytes_` is null, and `size_` and `capacity_` are 0. Otherwise
-//   `bytes_`
-//      has at least `size_` bytes.
+//      `bytes_` has at least `size_` bytes.
 //   2. While `isChanged_` is false, the image is what the file was when it was last read or saved.
 //   3. `changed_` follows the image from a moment at which the image and the file were equal:
 //      wherever the image differs from that file, a block is marked or `changed_` does not reach so
@@ -19,8 +18,7 @@
 //   c. So a file that has the noted size and both noted times was not written since (4), and what
 //      is not in a marked block is on disk as it is in the image (3).
 //   d. Times have steps. Two writes within one step get the same time. So (4) needs that the step
-//   of
-//      the noted time is over, or that the file system gives every write a time of its own. The
+//      of the noted time is over, or that the file system gives every write a time of its own. The
 //      first is seen from the clock (NoteLoaded), the second from two test writes (NoteSaved).
 // What this leaves open: a write by somebody else between the last look at the times and our own
 // write, or between the two test writes; a clock that was set back and comes to the very time that

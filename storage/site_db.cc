@@ -162,6 +162,7 @@ int SiteDB::CloseWhole(FileImage* kept) {
 }
 
 void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const {
+  assert(bytes != nullptr);
   std::memcpy(bytes, magic, kMagicSize);
   StoreLE32(bytes + kWord1, word1);
   StoreLE32(bytes + kWord2, word2);

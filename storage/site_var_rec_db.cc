@@ -1,6 +1,7 @@
 #include "storage/site_var_rec_db.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 #include <utility>
 
@@ -236,6 +237,7 @@ int SiteVarRecDB::AddString(std::string_view text, const FoundString& found) {
 }
 
 int SiteVarRecDB::AddNewString(std::string_view text, const FoundString& found) {
+  assert(search_.IsKnown(text, found.hash));
   const int offset = end_;
   search_.MakeRoom(text, offset);  // before anything is changed
   const int id = AddEntry(kString, text);

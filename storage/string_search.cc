@@ -1,6 +1,7 @@
 #include "storage/string_search.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "storage/batch.h"
@@ -44,6 +45,7 @@ void StringSearch::Start() {
 }
 
 void StringSearch::Note(int id, int offset, std::string_view text) {
+  assert(wantsStrings());
   if (indexMade_) {
     Enter(text, SiteVarRecDB::HashOf(text), id, offset);
   } else {
@@ -127,6 +129,7 @@ int StringSearch::AskFor(std::span<const std::string_view> texts) {
 
 // Enters the strings that are equal to these texts into the index.
 void StringSearch::EnterTagged(std::span<const std::string_view> texts) {
+  assert(file_.inMemory && passesLeft_ > 0);
   ProbeTable<Wanted> wanted;
   TagSet wantedTags;
   const auto isWanted = [&wanted](std::string_view text, std::uint32_t hash) {
@@ -178,7 +181,10 @@ StringSearch::Name* StringSearch::FindName(std::string_view text, std::uint32_t 
 
 // Whether that is the text of the entry at `offset`, which is in `names_`.
 bool StringSearch::HasText(int offset, std::string_view text) {
-  if (!file_.inMemory) return copies_[offset] == text;
+  if (!file_.inMemory) {
+    const auto copy = copies_.find(offset);
+    return copy != copies_.end() && copy->second == text;
+  }
   const std::int64_t length = static_cast<std::int64_t>(text.size()) + 1;
   const char* const entry = file_.Bytes(offset, SiteVarRecDB::kHeadSize + length);
   return entry != nullptr && LoadLE32(entry + SiteVarRecDB::kLengthAt) == length &&

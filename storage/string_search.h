@@ -14,7 +14,7 @@
 //      known was there at opening and has its tag, as long as there are passes left.
 //   4. `released_` says which strings were released under texts that were not known. When such a
 //      text becomes known, rule 2 is made up for.
-//   5. In direct mode the index is made, and `copies_` has the text of each entry in `names_`.
+//   5. In direct mode there are no tags, and `copies_` has the text of each entry in `names_`.
 #pragma once
 
 #include <bitset>
