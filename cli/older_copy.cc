@@ -42,7 +42,7 @@ void OlderCopy::Bring(const fs::path& file) {
   }
   const fs::path copy = path() / name;
   fs::create_directories(copy.parent_path(), error);
-  if (!error) error = CopyFile(original_ / name, copy);
+  if (!error) error = CopyOneFile(original_ / name, copy);
   if (!error) fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, error);
   NeedCopied(original_ / name, error);
 }

@@ -41,7 +41,7 @@ bool HasTables(const std::string& folder) {
   });
 }
 
-std::error_code CopyFile(const fs::path& from, const fs::path& to) {
+std::error_code CopyOneFile(const fs::path& from, const fs::path& to) {
   std::error_code error;
   errno = 0;
   fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
@@ -53,7 +53,7 @@ std::error_code CopyFile(const fs::path& from, const fs::path& to) {
 void CopyTables(const std::string& folder, const std::string& to) {
   for (const std::string& file : TableNames()) {
     const fs::path copy = PathOf(to) / file;
-    const std::error_code error = CopyFile(PathOf(folder) / file, copy);
+    const std::error_code error = CopyOneFile(PathOf(folder) / file, copy);
     Need(!error, NameOf(copy), error);
   }
 }

@@ -10,8 +10,8 @@ namespace zvrsit::cli {
 // Whether all files of a site that was rebuilt once are in `folder`.
 bool HasTables(const std::string& folder);
 // Copies a file over another; a full disk is told as such.
-[[nodiscard]] std::error_code CopyFile(const std::filesystem::path& from,
-                                       const std::filesystem::path& to);
+[[nodiscard]] std::error_code CopyOneFile(const std::filesystem::path& from,
+                                          const std::filesystem::path& to);
 // Each throws Failure(kFileSystem), with the name of the file.
 //
 // Copies them into another folder, which is there.
