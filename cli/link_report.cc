@@ -57,6 +57,8 @@ void ForEachLink(Session& session, const std::vector<int>& numbers,
     if (session.manager().GetLink(number, shown.link) != 0) continue;
     shown.from = entries.NameOf(shown.link.from);
     shown.to = entries.NameOf(shown.link.to);
+    // The table marks such a name by a separator behind it.
+    if (shown.link.unservable && !shown.to.empty()) shown.to.pop_back();
     if (shown.link.outside) shown.link.exists = entries.IsOnDisk(shown.link.to);
     each(shown);
   }

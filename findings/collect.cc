@@ -127,8 +127,9 @@ class Collector {
   }
 
   Verdict Judge(const SiteLink& link, const std::string& path, bool namesNoFile) {
-    const std::string& target = names_.Of(link.to.id);
+    std::string target = names_.Of(link.to.id);
     if (link.unservable) {
+      target.pop_back();  // the separator by which the table marks such a name
       return {Rule::kUnservableName, target, target + ": no server has a file of such a name", ""};
     }
     if (link.outside && TypeOnDisk(path) == fs::file_type::regular) {
