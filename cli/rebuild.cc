@@ -19,8 +19,8 @@ std::string WhyNotRead(Session& session, const std::string& path) {
   std::error_code error;
   const std::string real = NameOf(fs::canonical(PathOf(NativePath(path)), error));
   const std::string known = error ? path : AbsolutePath(real);
-  if (session.manager().GetLinkRules() == LinkRules::Classic || known == path ||
-      session.manager().FindPath(known) < 0) {
+  const bool mayHaveTwoNames = FlagsOf(session.manager().GetLinkRules()).readsWhatIsLinked;
+  if (!mayHaveTwoNames || known == path || session.manager().FindPath(known) < 0) {
     return "its links cannot be read, or not all";
   }
   return "not read, as it is " + session.names().Shown(known) + " by another name";

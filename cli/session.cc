@@ -9,6 +9,7 @@
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/table_files.h"
+#include "tables/table_files.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -92,10 +93,13 @@ Session::Session(const Options& options, Database database)
     const Session mending(options, Database::kMustExist);
   }
   if (onlyAsks_ && OpenProfiles()) return;
-  for (const char* file : {kSiteProfiles, "sites.S"}) NeedAccess(NameOf(folder / file), onlyAsks_);
+  const std::string texts = TextFileOf(kSiteProfiles);
+  for (const std::string& file : {std::string(kSiteProfiles), texts}) {
+    NeedAccess(NameOf(folder / file), onlyAsks_);
+  }
   ThrowIfSystemFailed(NameOf(folder / kSiteProfiles));
-  throw Failure(kDatabase,
-                NameOf(folder / kSiteProfiles) + ": this file, or sites.S beside it, is damaged");
+  throw Failure(kDatabase, NameOf(folder / kSiteProfiles) + ": this file, or " + texts +
+                               " beside it, is damaged");
 }
 
 void Session::OpenDatabase() {

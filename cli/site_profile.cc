@@ -11,6 +11,7 @@
 #include "links/live_address.h"
 #include "platform/code_page.h"
 #include "platform/single_byte.h"
+#include "tables/table_files.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -204,7 +205,9 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
 }
 
 void NeedNewName(Session& session, const std::string& name, const std::string& except) {
-  for (const char* own : {"legacy", "lock", "sites.R", "sites.S", "servers.R", "servers.S"}) {
+  for (const std::string& own :
+       {std::string("legacy"), std::string("lock"), std::string(kSiteProfiles),
+        TextFileOf(kSiteProfiles), std::string(kServerProfiles), TextFileOf(kServerProfiles)}) {
     if (AreOneName(own, name)) {
       throw Failure(kUsage, "\"" + name +
                                 "\" cannot be the name of a site: the database has a file "

@@ -101,8 +101,7 @@ int SiteMgr::GetSiteProf(const std::string& name, SiteProfile& profile) {
     siteProf->Text(rec.*field.word, profile.*field.text);
   }
   profile.useDocumentRoot = rec.useDocRoot != 0;
-  profile.linkRules =
-      (rec.linkRules & SiteSiteRec::kWebRules) != 0 ? LinkRules::Web : LinkRules::Classic;
+  profile.linkRules = RulesOf(rec);
   profile.rebuildState = rec.rebuildState;
   return 0;
 }

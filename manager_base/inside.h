@@ -23,6 +23,11 @@ namespace zvrsit {
 
 class SiteTable;
 
+// The rules by which the links of a site with this profile are read.
+inline LinkRules RulesOf(const SiteSiteRec& rec) {
+  return (rec.linkRules & SiteSiteRec::kWebRules) != 0 ? LinkRules::Web : LinkRules::Classic;
+}
+
 // Copies of a manager share it, as they share the tables.
 struct SiteMgrBase::Inside {
   bool onlyAsks() const { return locks != nullptr && locks->onlyAsks(); }

@@ -159,8 +159,7 @@ int SiteMgrBase::Work::OpenSite(int siteId) {
   if (!profiles.ReadTableNames(siteId, names)) return -1;
   if (std::ranges::any_of(names, &std::string::empty)) return -1;
   OpenTables(names);
-  base_.inside->linkRules =
-      (rec.linkRules & SiteSiteRec::kWebRules) != 0 ? LinkRules::Web : LinkRules::Classic;
+  base_.inside->linkRules = RulesOf(rec);
   if (ReadDefaultUrl(rec) < 0) return -1;
   if (base_.cssCtrl != nullptr && base_.NotifyCss(rec) < 0) return -1;
   KeepSite(rec);
