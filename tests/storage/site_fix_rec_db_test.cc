@@ -138,7 +138,7 @@ TEST_P(FixedFile, ReadsAndWritesOnlyTheClassOfItsRecords) {
 // Longer than the buffer of a slot, and shorter than its number.
 TEST_P(FixedFile, HoldsRecordsOfAnyLength) {
   for (const int length : {1000, 2}) {
-    db_.reset();  // an open file cannot be removed everywhere
+    Closed();  // an open file cannot be removed everywhere
     std::filesystem::remove(folder_.native("t"));
     Reopen(length, SiteBaseRec::kRecordType);
     SiteBaseRec record;
