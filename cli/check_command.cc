@@ -17,17 +17,11 @@ namespace {
 
 constexpr const char* kName = "checked";
 
-using Clock = std::chrono::steady_clock;
-
-double SecondsSince(Clock::time_point begin) {
-  return std::chrono::duration<double>(Clock::now() - begin).count();
-}
-
 // Fills `report` and gives the exit code of the rebuild. The database is removed before anything is
 // printed. So nothing is left behind when the reader of the output ends early.
 int Examine(const Options& options, const GivenSite& site, const FindingOptions& wanted,
             FindingReport& report) {
-  const Clock::time_point begin = Clock::now();
+  const auto begin = std::chrono::steady_clock::now();
   PrivateFolder folder(PathOf(options.database));
   Options own = options;
   own.database = NameOf(folder.path());

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "cli/option_tree.h"
 
@@ -15,28 +16,23 @@ std::string Joined(const std::vector<std::string>& words) {
   return text;
 }
 
-// In single quotes; `doubles` is how the shell writes one inside.
-std::string Quoted(const std::string& text, const char* quote) {
+// In single quotes, for fish.
+std::string Quoted(const std::string& text) {
   std::string quoted = "'";
-  for (const char c : text) {
-    if (c == '\'') {
-      quoted += quote;
-    } else {
-      quoted += c;
-    }
-  }
+  for (const char c : text) quoted += c == '\'' ? "\\'" : std::string(1, c);
   return quoted + "'";
 }
 
 // The names of the commands below it and of its options; the program's are good everywhere.
 std::string WordsOf(const CommandEntry& command, const CommandEntry& program) {
   std::vector<std::string> words = command.commands;
-  for (const CommandEntry* const one : {&command, &program}) {
-    for (const OptionEntry& option : one->options) {
+  const auto addOptionsOf = [&words](const CommandEntry& one) {
+    for (const OptionEntry& option : one.options) {
       words.insert(words.end(), option.names.begin(), option.names.end());
     }
-    if (&command == &program) break;
-  }
+  };
+  addOptionsOf(command);
+  if (&command != &program) addOptionsOf(program);
   return Joined(words);
 }
 
@@ -46,9 +42,9 @@ std::string SharedBody(const std::vector<CommandEntry>& commands) {
   std::string body =
       "  local at='' word\n  for word in \"${line[@]}\"; do\n    case \"$at/$word\" in\n";
   for (const CommandEntry& command : commands) {
-    const std::string prefix = command.path.empty() ? "" : command.path + " ";
     for (const std::string& name : command.commands) {
-      body += fmt::format("      '{}/{}') at='{}{}' ;;\n", command.path, name, prefix, name);
+      body += fmt::format("      '{}/{}') at='{}' ;;\n", command.path, name,
+                          CommandBelow(command.path, name));
     }
   }
   body += "    esac\n  done\n  choices=''\n  case \"$before\" in\n";
@@ -98,37 +94,31 @@ std::string ForZsh(const std::vector<CommandEntry>& commands) {
 std::string FishCondition(const std::string& path) {
   if (path.empty()) return "__fish_use_subcommand";
   std::string condition;
-  for (std::size_t begin = 0; begin < path.size();) {
-    const std::size_t end = std::min(path.find(' ', begin), path.size());
-    condition += (condition.empty() ? "" : "; and ") +
-                 ("__fish_seen_subcommand_from " + path.substr(begin, end - begin));
-    begin = end + 1;
+  std::istringstream names(path);
+  for (std::string name; names >> name;) {
+    condition += (condition.empty() ? "" : "; and ") + ("__fish_seen_subcommand_from " + name);
   }
   return condition;
 }
 
 std::string ForFish(const std::vector<CommandEntry>& commands) {
   std::string script = "# Completes zvrsit in fish.\n";
-  const auto quoted = [](const std::string& text) { return Quoted(text, "\\'"); };
   for (const CommandEntry& command : commands) {
-    const std::string separator = command.path.empty() ? "" : command.path + " ";
-    const std::string when =
-        command.path.empty() ? "" : " -n " + quoted(FishCondition(command.path));
-    for (const CommandEntry& below : commands) {
-      for (const std::string& name : command.commands) {
-        if (below.path != separator + name) continue;
-        script += fmt::format("complete -c zvrsit -f -n {} -a {} -d {}\n",
-                              quoted(FishCondition(command.path)), name, quoted(below.help));
-      }
+    const std::string condition = Quoted(FishCondition(command.path));
+    for (const std::string& name : command.commands) {
+      const std::string path = CommandBelow(command.path, name);
+      script += fmt::format("complete -c zvrsit -f -n {} -a {} -d {}\n", condition, name,
+                            Quoted(std::ranges::find(commands, path, &CommandEntry::path)->help));
     }
+    const std::string when = command.path.empty() ? "" : " -n " + condition;
     for (const OptionEntry& option : command.options) {
       script += "complete -c zvrsit" + when;
       for (const std::string& name : option.names) {
         script += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
       }
       if (!option.value.empty()) script += " -r";
-      if (!option.choices.empty()) script += " -f -a " + quoted(Joined(option.choices));
-      script += " -d " + quoted(option.help) + "\n";
+      if (!option.choices.empty()) script += " -f -a " + Quoted(Joined(option.choices));
+      script += " -d " + Quoted(option.help) + "\n";
     }
   }
   return script;

@@ -17,6 +17,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// What a configuration says of the site itself.
+struct Key {
+  const char* name;
+  std::optional<std::string> GivenSite::*value;
+  bool isPath;
+  std::string (*fault)(const std::string& value);  // null: every text will do
+};
+constexpr Key kKeys[] = {
+    {"folder", &GivenSite::folder, true, nullptr},
+    {"top", &GivenSite::top, false, nullptr},  // relative to the folder of the site
+    {"doc-root", &GivenSite::docRoot, true, nullptr},
+    {"default-url", &GivenSite::defaultUrl, false, nullptr},
+    {"live-url", &GivenSite::liveUrl, false, &FaultOfLiveUrl},
+    {"page-types", &GivenSite::pageTypes, false, &FaultOfPageTypes},
+    {"link-rules", &GivenSite::rules, false, &FaultOfRules},
+};
+
 // Reads one file.
 class ConfigReader {
  public:
@@ -46,22 +63,6 @@ class ConfigReader {
   }
 
  private:
-  struct Key {
-    const char* name;
-    std::optional<std::string> GivenSite::*value;
-    bool isPath;
-    std::string (*fault)(const std::string& value);  // null: every text will do
-  };
-  static constexpr Key kKeys[] = {
-      {"folder", &GivenSite::folder, true, nullptr},
-      {"top", &GivenSite::top, false, nullptr},  // relative to the folder of the site
-      {"doc-root", &GivenSite::docRoot, true, nullptr},
-      {"default-url", &GivenSite::defaultUrl, false, nullptr},
-      {"live-url", &GivenSite::liveUrl, false, &FaultOfLiveUrl},
-      {"page-types", &GivenSite::pageTypes, false, &FaultOfPageTypes},
-      {"link-rules", &GivenSite::rules, false, &FaultOfRules},
-  };
-
   void ReadSite(const toml::table& root, GivenSite& site) {
     std::vector<std::string> known(std::size(kKeys));
     std::ranges::transform(kKeys, known.begin(), &Key::name);
@@ -160,15 +161,10 @@ Config ReadConfig(const std::string& file) {
 }
 
 void FillFrom(const GivenSite& config, GivenSite& given) {
-  const auto fill = [](const auto& from, auto& to) {
-    if (!to) to = from;
-  };
-  fill(config.top, given.top);
-  fill(config.defaultUrl, given.defaultUrl);
-  fill(config.docRoot, given.docRoot);
-  fill(config.pageTypes, given.pageTypes);
-  fill(config.rules, given.rules);
-  fill(config.liveUrl, given.liveUrl);
+  for (const Key& key : kKeys) {
+    auto& value = given.*key.value;
+    if (!value && key.value != &GivenSite::folder) value = config.*key.value;
+  }
 }
 
 }  // namespace zvrsit::cli

@@ -104,6 +104,10 @@ void FindAll(Session& session, const std::string& top, const FindingOptions& opt
   report.prefix = PrefixOf(report.folder);
 }
 
+double SecondsSince(std::chrono::steady_clock::time_point begin) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
 void PrintFindings(const FindingReport& report, const FindingOptions& options) {
   TextStyle style;
   style.all = options.all;

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -43,6 +44,8 @@ void FindAll(Session& session, const std::string& top, const FindingOptions& opt
 
 // Says it on stderr where --verbose asks for it.
 void Tell(const FindingOptions& options, std::string_view what);
+// How long ago that was; what finding took.
+double SecondsSince(std::chrono::steady_clock::time_point begin);
 // Prints the report on stdout.
 void PrintFindings(const FindingReport& report, const FindingOptions& options);
 

@@ -92,11 +92,7 @@ int RunImport(const Options& options, const std::string& name) {
   SiteTotals totals;
   const int code = RebuildNewer(session, name, hasMarks, totals);
   session.LetGo();
-  if (options.json) {
-    PrintJson(TotalsAsJson(totals));
-  } else {
-    PrintTotals(totals);
-  }
+  PrintTotals(totals, options.json);
   return code;
 }
 

@@ -49,8 +49,7 @@ int RunBroken(const Options& options, const LinkQuery& query, FindingOptions wan
   const SiteChanges changes = CompareSite(session);
   TellChanges(session, changes, query.site);
   NoteChanges(session, changes, report);
-  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-  report.seconds = taken.count();
+  report.seconds = SecondsSince(begin);
   PrintFindings(report, wanted);
   return report.Count(Severity::kError) == 0 ? kClean : kFindings;
 }

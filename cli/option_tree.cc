@@ -48,11 +48,15 @@ void Collect(const CLI::App& app, const std::string& path, std::vector<CommandEn
   for (const CLI::App* const one : below) command.commands.push_back(one->get_name());
   commands.push_back(std::move(command));
   for (const CLI::App* const one : below) {
-    Collect(*one, path.empty() ? one->get_name() : path + " " + one->get_name(), commands);
+    Collect(*one, CommandBelow(path, one->get_name()), commands);
   }
 }
 
 }  // namespace
+
+std::string CommandBelow(const std::string& path, const std::string& name) {
+  return path.empty() ? name : path + " " + name;
+}
 
 std::vector<CommandEntry> CommandsOf(const CLI::App& app) {
   std::vector<CommandEntry> commands;

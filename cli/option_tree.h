@@ -24,6 +24,8 @@ struct CommandEntry {
   std::vector<std::string> commands;  // the names of those below it
 };
 
+// The path of the command of that name below `path`.
+std::string CommandBelow(const std::string& path, const std::string& name);
 // The program first, then every command before those below it.
 std::vector<CommandEntry> CommandsOf(const CLI::App& app);
 

@@ -80,20 +80,19 @@ SiteTotals CountSite(Session& session) {
   return totals;
 }
 
-void PrintTotals(const SiteTotals& totals) {
+void PrintTotals(const SiteTotals& totals, bool json) {
+  if (json) {
+    return PrintJson({{"files", totals.files},
+                      {"pages", totals.pages},
+                      {"sheets", totals.sheets},
+                      {"links", totals.links},
+                      {"urls", totals.urls}});
+  }
   Print("{}, {}, {}, {}, {}\n", Counted(totals.files, "file", "files"),
         Counted(totals.pages, "page", "pages"),
         Counted(totals.sheets, "style sheet", "style sheets"),
         Counted(totals.links, "link", "links"),
         Counted(totals.urls, "external URL", "external URLs"));
-}
-
-Json TotalsAsJson(const SiteTotals& totals) {
-  return {{"files", totals.files},
-          {"pages", totals.pages},
-          {"sheets", totals.sheets},
-          {"links", totals.links},
-          {"urls", totals.urls}};
 }
 
 }  // namespace zvrsit::cli

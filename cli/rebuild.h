@@ -34,7 +34,7 @@ class DatabaseLeftOut {
                               bool showsProgress = true);
 SiteTotals CountSite(Session& session);
 
-void PrintTotals(const SiteTotals& totals);
-Json TotalsAsJson(const SiteTotals& totals);
+// As JSON, or in a line.
+void PrintTotals(const SiteTotals& totals, bool json);
 
 }  // namespace zvrsit::cli

@@ -42,11 +42,7 @@ int RunRebuild(const Options& options, const std::string& name, bool diff) {
   const SiteTotals totals = CountSite(rebuild.copy());
   rebuild.Commit();
   session.LetGo();
-  if (options.json) {
-    PrintJson(TotalsAsJson(totals));
-  } else {
-    PrintTotals(totals);
-  }
+  PrintTotals(totals, options.json);
   return code;
 }
 

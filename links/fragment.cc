@@ -16,10 +16,12 @@ bool IsLeftOut(char c) {
 }  // namespace
 
 std::string_view FragmentOf(std::string_view text, std::string& buffer) {
-  const std::size_t hash = platform::HasLeadBytes()
-                               ? FindMB(text, 0, [](char c) { return c == '#'; })
-                               : std::min(text.find('#'), text.size());
-  if (hash == text.size()) return {};
+  std::size_t hash = text.find('#');
+  if (hash == text.npos) return {};
+  if (platform::HasLeadBytes()) {
+    hash = FindMB(text, 0, [](char c) { return c == '#'; });
+    if (hash == text.size()) return {};
+  }
   std::string_view fragment = text.substr(hash + 1);
   if (std::ranges::any_of(fragment, &IsLeftOut)) {
     buffer = fragment;

@@ -82,9 +82,7 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
   ForEachNumber(*linkDB, [&](int number) {
     SiteLinkRec link;
     if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
-    const std::string_view text = linkDB->TextView(link.text);
-    if (text.find('#') == text.npos) return;
-    const std::string_view fragment = FragmentOf(text, buffer);
+    const std::string_view fragment = FragmentOf(linkDB->TextView(link.text), buffer);
     if (!NamesAnElement(fragment) || !work.ReadIds(link.to.id, ids)) return;
     if (ids.Has(link.to.id, fragment)) return;
     std::string decoded;

@@ -10,6 +10,7 @@
 
 #include "css/css_decode.h"
 #include "css/css_reader.h"
+#include "dom/charset_prescan.h"
 #include "links/extractor.h"
 #include "links/link_type.h"
 #include "links/page_file.h"
@@ -128,7 +129,7 @@ class RegisteredPlaces {
     }
     if (!ReadBeginning(path, length)) return false;
     const std::string_view bytes(buffer_.data(), length);
-    const std::size_t start = bytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    const std::size_t start = FindByteOrderMark(bytes).length;
     for (const AskedLink& link : links) {
       const auto offset = static_cast<std::size_t>(link.rec.offset);
       if (offset < start || bytes.compare(offset, link.text.size(), link.text) != 0) {
@@ -143,8 +144,6 @@ class RegisteredPlaces {
   }
 
  private:
-  static constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
   // False for a file that has fewer bytes.
   bool ReadBeginning(const std::string& path, std::size_t length) {
     const int file = platform::Open(path, platform::kOpenReadOnly);
