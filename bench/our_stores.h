@@ -72,7 +72,7 @@ class PairStore {
   }
   bool Find(int number) {
     const Link& link = links_[static_cast<std::size_t>(number)];
-    table_->Query(Page(link.from), Page(link.to), numbers_);
+    if (table_->Query(Page(link.from), Page(link.to), numbers_) < 0) return false;
     for (const int each : numbers_) {
       if (each == number) return true;
     }
@@ -96,7 +96,7 @@ class PairStore {
   // Lists the links and reads their texts.
   int List(const UrlID& from, const UrlID& to) {
     int count = 0;
-    table_->Query(from, to, numbers_);
+    if (table_->Query(from, to, numbers_) < 0) return -1;
     for (const int number : numbers_) {
       Rec record;
       if (table_->Get(number, record) != 0) return -1;

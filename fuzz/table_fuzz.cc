@@ -22,10 +22,10 @@ constexpr std::size_t kHead = 8;  // of an input: which table, and the length of
 
 void ReadList(SitePathDB& table, SitePathRec& path) {
   std::vector<std::int32_t> ids;
-  table.GetList(path, ids);
+  (void)table.GetList(path, ids);
   std::string text;
   for (const std::int32_t id : ids) table.Text(id, text);
-  table.ReleaseTexts(path);
+  (void)table.ReleaseTexts(path);
 }
 
 void UsePaths(SitePathDB& table) {
@@ -33,35 +33,35 @@ void UsePaths(SitePathDB& table) {
   for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) {
     SitePathRec path;
     if (table.Get(i, path) < 0) continue;
-    table.Name(i, text);
-    table.GetText(i, &SitePathRec::title, text);
+    (void)table.Name(i, text);
+    (void)table.GetText(i, &SitePathRec::title, text);
     if (i % 2 == 0) ReadList(table, path);
   }
   table.Find("\\site\\a.htm");
   const int added = table.Add("\\site\\new.htm");
   if (added >= 0 && table.Find("\\site\\new.htm") != added) std::abort();
-  if (added > 0) table.Delete(added / 2);
+  if (added > 0) (void)table.Delete(added / 2);
 }
 
 void UseLinks(SiteLinkDB& table) {
   const UrlID page(kKindPath, 0);
   std::vector<int> numbers;
-  table.Query(page, kAnyUrlID, numbers);
+  (void)table.Query(page, kAnyUrlID, numbers);
   for (const int number : numbers) {
     SiteLinkRec link;
     if (table.Get(number, link) == 0) table.TextView(link.text);
   }
-  table.Query(kAnyUrlID, page, numbers);
+  (void)table.Query(kAnyUrlID, page, numbers);
   const int added = table.Add("new.htm", page, page, "text", 0x40);
-  if (added > 0) table.Delete(added / 2);
-  table.Clear();
+  if (added > 0) (void)table.Delete(added / 2);
+  (void)table.Clear();
 }
 
 void UseNames(SiteUrlDB& table) {
   table.Find("http://a/");
   const int added = table.Add("http://b/");
-  if (added > 0) table.Delete(0);
-  table.Clear();
+  if (added > 0) (void)table.Delete(0);
+  (void)table.Clear();
 }
 
 template <class Table, class Use>
@@ -69,9 +69,9 @@ void OpenAndUse(const std::string& path, Use use) {
   Table table;
   if (table.Open(path) < 0) return;
   use(table);
-  table.Pack();
-  table.Flush();
-  table.Close();
+  (void)table.Pack();
+  (void)table.Flush();
+  (void)table.Close();
 }
 
 void UseTable(unsigned which, const std::string& path) {
@@ -95,41 +95,42 @@ std::string SeedOf(unsigned which, const test::TempFolder& folder) {
 std::string PathSeed() {
   const test::TempFolder folder;
   SitePathDB table;
-  table.Open(folder.path("tR"));
+  (void)table.Open(folder.path("tR"));
   for (const char* name : {"\\site\\a.htm", "\\site\\b.htm", "\\site\\c.htm"}) {
     const int number = table.Add(name);
-    table.SetText(number, &SitePathRec::title, "title");
+    (void)table.SetText(number, &SitePathRec::title, "title");
     SitePathRec path;
-    table.Get(number, path);
+    (void)table.Get(number, path);
     const int one = table.strings()->AddString("one");
-    table.SetList(path, {one, table.strings()->AddString(name)});
-    table.Update(path);
+    (void)table.SetList(path, {one, table.strings()->AddString(name)});
+    (void)table.Update(path);
   }
-  table.Delete(1);
-  table.Close();
+  (void)table.Delete(1);
+  (void)table.Close();
   return SeedOf(0, folder);
 }
 
 std::string LinkSeed() {
   const test::TempFolder folder;
   SiteLinkDB table;
-  table.Open(folder.path("tR"));
+  (void)table.Open(folder.path("tR"));
   for (int i = 0; i < 4; ++i) {
-    table.Add("x.htm", UrlID(kKindPath, 0), UrlID(kKindPath, i / 2), i == 3 ? "alt" : "", 0x40);
-    table.Add("y.htm", UrlID(kKindPath, i), UrlID(kKindUrl, i), 0x200);
+    (void)table.Add("x.htm", UrlID(kKindPath, 0), UrlID(kKindPath, i / 2), i == 3 ? "alt" : "",
+                    0x40);
+    (void)table.Add("y.htm", UrlID(kKindPath, i), UrlID(kKindUrl, i), 0x200);
   }
-  table.Delete(0);
-  table.Close();
+  (void)table.Delete(0);
+  (void)table.Close();
   return SeedOf(1, folder);
 }
 
 std::string UrlSeed() {
   const test::TempFolder folder;
   SiteUrlDB table;
-  table.Open(folder.path("tR"));
-  for (const char* name : {"http://a/", "http://c/", "mailto:d"}) table.Add(name);
-  table.Delete(1);
-  table.Close();
+  (void)table.Open(folder.path("tR"));
+  for (const char* name : {"http://a/", "http://c/", "mailto:d"}) (void)table.Add(name);
+  (void)table.Delete(1);
+  (void)table.Close();
   return SeedOf(2, folder);
 }
 

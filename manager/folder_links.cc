@@ -78,8 +78,9 @@ class WebLinks {
     }
     const int number = place_ == target ? link.to.id : paths_.Find(place_);
     std::int32_t exists = 0;
-    if (number >= 0) paths_.GetNumber(number, &SitePathRec::exists, exists);
-    if (exists == 0) documents_.ToDocument(place_);
+    if (paths_.GetNumber(number, &SitePathRec::exists, exists) < 0 || exists == 0) {
+      documents_.ToDocument(place_);
+    }
     return place_ != target;
   }
 

@@ -27,7 +27,7 @@ void ReleaseCollected(SitePathDB& paths, SitePathRec& rec) {
   if (paths.ReleaseTexts(rec) == 0) return;
   rec.listCount = 0;
   rec.listData = -1;
-  paths.ReleaseTexts(rec);
+  static_cast<void>(paths.ReleaseTexts(rec));  // fails for a list only
 }
 
 }  // namespace
@@ -157,8 +157,9 @@ int SiteMgr::Rebuild::RefreshPaths() {
 }
 
 int SiteMgr::Rebuild::CollectLinks() {
-  manager_.linkDB->strings()->MakeStringIndex();
-  manager_.pathDB->strings()->MakeStringIndex();
+  // Where an index cannot be made now, each search finds out for itself.
+  static_cast<void>(manager_.linkDB->strings()->MakeStringIndex());
+  static_cast<void>(manager_.pathDB->strings()->MakeStringIndex());
   const int count = manager_.pathDB->Count();
   manager_.inside->operationMemo->sheetsWait = true;
   for (int number = 0; number < count; ++number) {

@@ -145,7 +145,7 @@ void SiteMgr::Work::SetUnread(int pathNumber, bool unread) {
   const std::int32_t word = unread && isPage ? SitePathRec::kUnread : SitePathRec::kRead;
   if (rec.unread == word) return;
   rec.unread = word;
-  m_.pathDB->Update(rec);
+  static_cast<void>(m_.pathDB->Update(rec));  // the save itself has its result already
 }
 
 // Notes the files to which page number `saved` is the first to link: nothing has made them be read

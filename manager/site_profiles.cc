@@ -154,7 +154,7 @@ int SiteMgr::Work::MakeTableFolder(int number) {
     RemoveTables(*m_.dbDir, names);
     if (platform::MakeFolderOfPath(*m_.dbDir + names.front()) == 0) return number;
   }
-  m_.siteProf->Delete(number);
+  static_cast<void>(m_.siteProf->Delete(number));
   return -1;
 }
 
@@ -168,9 +168,10 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   SiteTableNames oldNames;
   SiteTableNames newNames;
   if (!ReadTableNames(*siteProf, number, oldNames)) return -1;
-  siteProf->Rename(number, to);
+  // It may fail halfway. What the profile says afterwards counts.
+  static_cast<void>(siteProf->Rename(number, to));
   if (!ReadTableNames(*siteProf, number, newNames)) {
-    siteProf->Rename(number, from);
+    static_cast<void>(siteProf->Rename(number, from));
     return -1;
   }
   if (newNames == oldNames) return -1;  // the tables follow what stands in the profile
@@ -178,7 +179,7 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   if (!platform::EqualButForCase(from, to)) RemoveTables(*dbDir, newNames);
   if (MoveTables(*dbDir, oldNames, newNames)) return 0;
   MoveTables(*dbDir, newNames, oldNames);
-  siteProf->Rename(number, from);
+  static_cast<void>(siteProf->Rename(number, from));
   return -1;
 }
 

@@ -25,8 +25,9 @@ int SiteMgrBase::LastSystemError() {
 // Makes the profiles and backs them up, or restores them, as without locking.
 void SiteMgrBase::Work::OpenSharedProfiles(int openMode) {
   if (base_.inside->onlyAsks() || !ProfileUse::Hold(base_, openMode)) return;
-  base_.servProf->Open(*base_.servProfPath, openMode);
-  base_.servProf->Close();
+  if (base_.servProf->Open(*base_.servProfPath, openMode) == 0) {
+    static_cast<void>(base_.servProf->Close());
+  }
   ProfileUse::LetGo(base_);
 }
 
@@ -68,7 +69,8 @@ bool SiteMgrBase::ProfileUse::Hold(const SiteMgrBase& manager, int openMode) {
   std::destroy_at(profiles);
   std::construct_at(profiles);
   if (locks.onlyAsks()) profiles->SetReadOnly();
-  profiles->Open(locks.profilesPath(), openMode);
+  // A table that does not open has no profiles; the lock is held all the same.
+  static_cast<void>(profiles->Open(locks.profilesPath(), openMode));
   return true;
 }
 
@@ -79,7 +81,7 @@ void SiteMgrBase::ProfileUse::LetGo(const SiteMgrBase& manager) {
   if (locks.Uses(SiteLocks::kProfiles) == 1 && profiles->Close() < 0) {
     if (profiles->records() != nullptr) profiles->records()->SetReadOnly();
     if (profiles->strings() != nullptr) profiles->strings()->SetReadOnly();
-    profiles->Close();
+    static_cast<void>(profiles->Close());  // only frees: nothing is written any more
   }
   locks.LetGo(SiteLocks::kProfiles);
 }

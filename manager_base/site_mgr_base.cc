@@ -49,11 +49,12 @@ void Drop(Table*& table) {
   table = nullptr;
 }
 
+// The table goes also when it cannot be written, on purpose. Who wants to know flushes it before.
 template <class Table>
 void CloseAndDrop(Table*& table) {
   if (table == nullptr) return;
-  table->Flush();
-  table->Close();
+  static_cast<void>(table->Flush());
+  static_cast<void>(table->Close());
   Drop(table);
 }
 
@@ -62,9 +63,9 @@ void CloseAndDrop(Table*& table) {
 SiteMgrBase::SiteMgrBase() : inside(new Inside) {}
 
 SiteMgrBase::~SiteMgrBase() {
-  if (siteProf != nullptr) siteProf->Close();
+  if (siteProf != nullptr) static_cast<void>(siteProf->Close());
   delete siteProf;
-  if (servProf != nullptr) servProf->Close();
+  if (servProf != nullptr) static_cast<void>(servProf->Close());
   delete servProf;
   delete folderDB;
   delete relDB;
@@ -111,11 +112,12 @@ void SiteMgrBase::setDB(const char* dir, const char* siteProfName, const char* s
 }
 
 void SiteMgrBase::Work::OpenProfiles(const std::string& path, int openMode) {
-  base_.siteProf->Open(path, openMode);
+  // A table that does not open stays closed, and its operations fail.
+  static_cast<void>(base_.siteProf->Open(path, openMode));
   // Closed again at once, on purpose: each operation on server profiles opens it again.
-  base_.servProf->Open(*base_.servProfPath, openMode);
-  base_.servProf->Flush();
-  base_.servProf->Close();
+  if (base_.servProf->Open(*base_.servProfPath, openMode) < 0) return;
+  static_cast<void>(base_.servProf->Flush());
+  static_cast<void>(base_.servProf->Close());
 }
 
 const std::string* SiteMgrBase::GetLiveUrl() const {

@@ -93,7 +93,7 @@ std::string SiteCSSUtil::CharsetOfReferrer(int sheet) const {
   std::unordered_set<int> known{sheet};
   for (std::size_t next = 0; next < sheets.size(); ++next) {
     std::vector<int> links;
-    linkTable_->Query(kAnyUrlID, UrlID(kKindPath, sheets[next]), links);
+    if (linkTable_->Query(kAnyUrlID, UrlID(kKindPath, sheets[next]), links) < 0) continue;
     for (const int number : links) {
       SiteLinkRec link;
       std::string path;
@@ -207,7 +207,9 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   const UrlID from(kKindPath, source);
   const int type = static_cast<int>(StyleLinkType(tree.getType(child)));
   if (registrar_.rules().storesOffsets) {
-    linkTable_->Add(text, from, to, "", type, OffsetInFile(tree.getOffset(child)));
+    // As AddLink: a link that cannot be added is passed over.
+    static_cast<void>(
+        linkTable_->Add(text, from, to, "", type, OffsetInFile(tree.getOffset(child))));
   } else {
     manager_->AddLink(text, from, to, type);
   }
@@ -239,8 +241,8 @@ int SiteCSSUtil::AddFile(const std::string& path, const std::string& siteRoot) {
 
 std::vector<SiteLinkRec> SiteCSSUtil::ListStyleLinks(int pathNumber) const {
   std::vector<int> links;
-  linkTable_->Query(UrlID(kKindPath, pathNumber), kAnyUrlID, links);
   std::vector<SiteLinkRec> styles;
+  if (linkTable_->Query(UrlID(kKindPath, pathNumber), kAnyUrlID, links) < 0) return styles;
   for (const int number : links) {
     SiteLinkRec link;
     if (linkTable_->Get(number, link) < 0) continue;

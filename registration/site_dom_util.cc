@@ -77,7 +77,7 @@ SiteDOMUtil::~SiteDOMUtil() {
   // What a link to the page itself has found out is undone here, so the next link to it must find
   // it out again.
   if (stored.exists != pageRecord.exists) memo_->targets.Clear();
-  if (stored != pageRecord) pathTable->Update(pageRecord);
+  if (stored != pageRecord) static_cast<void>(pathTable->Update(pageRecord));
 }
 
 int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument) {
@@ -132,7 +132,9 @@ void SiteDOMUtil::LookAhead() {
 // A title that cannot be stored is passed over.
 int SiteDOMUtil::StoreTitle() {
   if (!memo_->rows.hasTitle || registrar_.IsHidden(memo_->rows.title)) return 0;
-  if (StoreProperty(pageRecord.title, memo_->rows.title) == 0) pathTable->Update(pageRecord);
+  if (StoreProperty(pageRecord.title, memo_->rows.title) == 0) {
+    static_cast<void>(pathTable->Update(pageRecord));
+  }
   return 0;
 }
 

@@ -53,25 +53,25 @@ class SiteDB {
   // Opens the file; makes it when it is missing. 0, or -1, which leaves it closed. For a file that
   // is open already: whole-file mode gives -1; direct mode opens it again and never closes the
   // first descriptor, so no caller does this.
-  int Open();
+  [[nodiscard]] int Open();
   // Writes what has changed and closes. 0 or -1; 0 when not open. When it fails, the file is closed
   // in whole-file mode and stays open in direct mode. Whole-file mode: `kept`, if given, receives
   // what was in memory.
-  int Close(FileImage* kept = nullptr);
+  [[nodiscard]] int Close(FileImage* kept = nullptr);
   // Writes what has changed in memory (whole-file mode) or flushes the streams (direct mode), and
   // stays open. 0 or -1.
-  int Flush();
+  [[nodiscard]] int Flush();
 
   // Read and write at an absolute offset: the number of bytes, or -1. A read past the end fails in
   // whole-file mode, on purpose; in direct mode it gives the bytes that there are. No file grows
   // beyond 2^31-1 bytes.
-  int ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
+  [[nodiscard]] int ReadAt(void* destination, std::int32_t offset, std::int32_t length) {
     const char* bytes = Bytes(offset, length);
     if (bytes == nullptr) return ReadFile(destination, offset, length);
     std::memcpy(destination, bytes, static_cast<std::size_t>(length));
     return length;
   }
-  int WriteAt(const void* source, std::int32_t offset, std::int32_t length) {
+  [[nodiscard]] int WriteAt(const void* source, std::int32_t offset, std::int32_t length) {
     char* bytes = ChangeBytes(offset, length);
     if (bytes == nullptr) return WriteFile(source, offset, length);
     std::memcpy(bytes, source, static_cast<std::size_t>(length));
@@ -79,12 +79,12 @@ class SiteDB {
   }
 
   // Copies the file on disk to its path followed by "_bak"; bytes written, or -1 (an empty file).
-  int Backup();
+  [[nodiscard]] int Backup();
   // Copies that backup over the file; only while closed. Neither copy shortens a longer
   // destination.
-  int Restore();
+  [[nodiscard]] int Restore();
   // Unlinks the file; only while closed.
-  int Delete();
+  [[nodiscard]] int Delete();
 
   bool isInMemory() const { return inMemory; }
   bool isOpen() const { return fd >= 0; }
@@ -107,7 +107,7 @@ class SiteDB {
   [[nodiscard]] int ReplaceBy(const std::string& other, FileImage* kept = nullptr);
   // Whole-file mode: opens the file without reading it. The caller knows that it holds the first
   // `size` bytes of `known`, and in its header the two header words of this object. 0 or -1.
-  int OpenOn(FileImage known, std::uint32_t size);
+  [[nodiscard]] int OpenOn(FileImage known, std::uint32_t size);
   // The header of a file with these words.
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Closes without writing anything: after an open that failed further up.
@@ -139,7 +139,7 @@ class SiteDB {
   [[nodiscard]] int SaveImage();
   int CheckHeader() const { return 0; }  // accepts any 16 bytes, on purpose
 
-  int OpenDescriptor() const;
+  [[nodiscard]] int OpenDescriptor() const;
 
   bool readOnly_ = false;
 };

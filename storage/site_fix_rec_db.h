@@ -35,25 +35,25 @@ class SiteFixRecDB : public SiteDB {
 
   // Opens the file and reads which number lies where; 0 or -1. A header that claims more than the
   // file can hold, or more than 2^26 numbers, gives -1.
-  int Open();
-  int Close();
+  [[nodiscard]] int Open();
+  [[nodiscard]] int Close();
 
   // Appends the record and sets its id; the new number or -1. A number that was deleted is handed
   // out again only after a Pack, and only below the slot count, on purpose.
   template <class Rec>
-  int Add(Rec* record) {
+  [[nodiscard]] int Add(Rec* record) {
     return record == nullptr ? -1 : AddSlot(record, WriterFor<Rec>());
   }
   // Writes the record to the slot of its id; 0 or -1.
   template <class Rec>
-  int Update(const Rec* record) {
+  [[nodiscard]] int Update(const Rec* record) {
     return record == nullptr ? -1 : UpdateSlot(*record, WriterFor<Rec>());
   }
   // Reads the record `id`; 0 or -1. `Rec` is the class of the file or one of its bases, which gets
   // its own words only. Number 0 of a file that has handed out no number throws std::out_of_range,
   // on purpose; so it does in Update and Delete.
   template <class Rec>
-  int Get(int id, Rec* record) {
+  [[nodiscard]] int Get(int id, Rec* record) {
     if (record == nullptr || !HoldsWordsOf(Rec::kRecordType)) return -1;
     const int offset = SlotOffset(id);
     if (offset < 0) return -1;
@@ -137,12 +137,12 @@ class SiteFixRecDB : public SiteDB {
     sources_.Clear();
   }
   // Marks the record's slot dead; 0 or -1.
-  int Delete(int id);
+  [[nodiscard]] int Delete(int id);
   using SiteDB::Delete;
 
   // Copies the live records, in the order of their numbers, into the path followed by "_pack" and
   // puts that in the file's place; 0 or -1. After a failure the file can be closed.
-  int Pack();
+  [[nodiscard]] int Pack();
 
   int recordBytes() const { return recordLength; }
   int idCount() const { return headerWord1; }

@@ -40,25 +40,25 @@ class SiteVarRecDB : public SiteDB {
   // length, an id count above 2^26, an end offset or a string beyond the end of the file. Other
   // damage does not. The walk over the entries stops at the end offset. So nothing is lost when the
   // entry count is too high, as failed writes may leave it.
-  int Open();
+  [[nodiscard]] int Open();
   // Writes the end offset where it differs, and closes; 0 or -1. `kept` as in SiteDB.
-  int Close(FileImage* kept = nullptr);
-  int Flush();
+  [[nodiscard]] int Close(FileImage* kept = nullptr);
+  [[nodiscard]] int Flush();
 
   // Adds a string, or one reference when an equal string is there; its number, or -1 (also for an
   // empty string). Numbers that were released are handed out again, the earliest released first.
-  int AddString(std::string_view text);
+  [[nodiscard]] int AddString(std::string_view text);
   // Adds a block of `length` (0 or more) bytes; its number or -1.
-  int AddData(const void* bytes, int length);
+  [[nodiscard]] int AddData(const void* bytes, int length);
   // The number of a string, compared byte by byte; -1 when it is not there.
   int FindString(std::string_view text);
 
   // Copies the data of `id` to `destination`, which has room for DataLength(id) bytes; 0 or -1.
-  int GetData(int id, void* destination);
+  [[nodiscard]] int GetData(int id, void* destination);
   // The length of the data in bytes (of a string: with its terminating zero), or -1.
   int DataLength(int id);
   // The string `id` without its terminating zero; 0 or -1 (`text` is then left alone).
-  int GetString(int id, std::string& text);
+  [[nodiscard]] int GetString(int id, std::string& text);
   // The same without a copy, good until the next call that is not a look-up (whole-file mode) or
   // until the next call of any kind (direct mode); empty when there is none.
   std::string_view View(int id);
@@ -69,10 +69,10 @@ class SiteVarRecDB : public SiteDB {
   std::string_view WholeFile() const { return image.view(); }
 
   // Gives one reference back; the last one makes the entry dead and frees its number. 0 or -1.
-  int ReleaseString(int id);
+  [[nodiscard]] int ReleaseString(int id);
   // The same while a whole table is cleared: the string index is dropped, and made again when it is
   // next needed. Keeping it in step with each string would cost more.
-  int ReleaseStringUnindexed(int id);
+  [[nodiscard]] int ReleaseStringUnindexed(int id);
   // What ReleaseStringUnindexed will read first, for PrefetchMemory; null for nothing.
   const void* EntryOf(int id) const {
     const int offset = Offset(id);
@@ -80,15 +80,15 @@ class SiteVarRecDB : public SiteDB {
   }
   // Makes the entry dead. Its number is not handed out again before the file is next opened, and
   // until then GetData of it fails, on purpose.
-  int DeleteData(int id);
+  [[nodiscard]] int DeleteData(int id);
 
   // Copies the live entries, in the order of their numbers, into the path followed by "_pack" and
   // puts that in the file's place; 0 or -1. Numbers do not change.
-  int Pack();
+  [[nodiscard]] int Pack();
 
   // As FindString; and AddString for a text that Search has looked for.
   FoundString Search(std::string_view text) { return Search(text, {HashOf(text)}); }
-  int AddString(std::string_view text, const FoundString& found);
+  [[nodiscard]] int AddString(std::string_view text, const FoundString& found);
 
   // For many strings one after another: the three steps of Search. They can be done for several
   // strings in turn, so that one string is fetched from memory while the work is on another.
@@ -101,7 +101,7 @@ class SiteVarRecDB : public SiteDB {
   // large file (string_search.h).
   void LookAhead(std::span<const std::string_view> texts);
   // Makes the index over all strings now, where many searches are to come; 0 or -1.
-  int MakeStringIndex();
+  [[nodiscard]] int MakeStringIndex();
   bool hasStringIndex() const { return search_.isIndexMade(); }
 
   // How often a number was freed so far. While this stays the same, each number keeps its string.

@@ -77,7 +77,8 @@ int NamedTableBase::Clear() {
   for (int number = NextNumber(0); number >= 0; number = NextNumber(number + 1)) {
     SiteNodeRec record;
     if (records_->Get(number, &record) < 0 || TextView(record.name).empty()) continue;
-    if (records_->Delete(number) == 0) strings_->ReleaseStringUnindexed(record.name);
+    if (records_->Delete(number) < 0) continue;
+    static_cast<void>(strings_->ReleaseStringUnindexed(record.name));  // a damaged text stays
   }
   index_->Clear();
   return Guarded([&] { return MakeIndex(); });

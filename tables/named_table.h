@@ -16,16 +16,16 @@ class NamedTableBase : public SiteTable {
   // on purpose: a closed table still answers, and cannot be opened again.
   int Find(std::string_view name) const;
   // The name of a record; 0 or -1.
-  int Name(int number, std::string& name) const;
+  [[nodiscard]] int Name(int number, std::string& name) const;
   // The same without a copy, good until the table next changes; empty when there is none.
   std::string_view NameView(int number) const;
   // Deletes the record, then gives back its name; 0 or -1. If the name cannot be given back, its
   // text stays in the store. Number 0 of a table that has handed out no number throws, as its file
   // does.
-  int Delete(int number);
+  [[nodiscard]] int Delete(int number);
   // Deletes every record in one pass. The result is the same as when they are deleted one by one in
   // the order of their numbers. Records that could not be deleted stay. 0, or -1 when not open.
-  int Clear();
+  [[nodiscard]] int Clear();
 
  protected:
   // Opens the files and reads every name. When two names are equal, the later record is found, on
@@ -43,40 +43,42 @@ template <class Rec>
 class NamedTable : public NamedTableBase {
  public:
   // Opens or makes both files in whole-file mode; 0 or -1.
-  int Open(const std::string& path) {
+  [[nodiscard]] int Open(const std::string& path) {
     return OpenNamed(path, Rec::kSlotLength, Rec::kRecordType, true);
   }
   // Adds a record of that name with default words; its number or -1. It does not look whether the
   // name is there: when it is, the new record is found from then on.
-  int Add(std::string_view name) {
+  [[nodiscard]] int Add(std::string_view name) {
     Rec record;
     return Guarded([&] { return AddRecord(name, record); });
   }
 
   // Reads a record, or writes it back; 0 or -1. Never throws.
-  int Get(int number, Rec& record) const {
+  [[nodiscard]] int Get(int number, Rec& record) const {
     return IsNumber(number) ? records_->Get(number, &record) : -1;
   }
-  int Update(const Rec& record) { return IsNumber(record.id) ? records_->Update(&record) : -1; }
+  [[nodiscard]] int Update(const Rec& record) {
+    return IsNumber(record.id) ? records_->Update(&record) : -1;
+  }
 
   // A text field of a record, such as &SitePathRec::title. Setting it adds and stores the new text
   // first, then gives the old one back; an empty text unsets it. Getting one that is not set gives
   // -1 and leaves `text` alone.
-  int SetText(int number, std::int32_t Rec::*field, std::string_view text) {
+  [[nodiscard]] int SetText(int number, std::int32_t Rec::*field, std::string_view text) {
     return SetTextAt(number, text, [field](Rec& record) -> std::int32_t& { return record.*field; });
   }
-  int GetText(int number, std::int32_t Rec::*field, std::string& text) const {
+  [[nodiscard]] int GetText(int number, std::int32_t Rec::*field, std::string& text) const {
     Rec record;
     return Get(number, record) < 0 ? -1 : Text(record.*field, text);
   }
   // A number field of a record; 0 or -1.
-  int SetNumber(int number, std::int32_t Rec::*field, std::int32_t value) {
+  [[nodiscard]] int SetNumber(int number, std::int32_t Rec::*field, std::int32_t value) {
     Rec record;
     if (Get(number, record) < 0) return -1;
     record.*field = value;
     return Update(record);
   }
-  int GetNumber(int number, std::int32_t Rec::*field, std::int32_t& value) const {
+  [[nodiscard]] int GetNumber(int number, std::int32_t Rec::*field, std::int32_t& value) const {
     Rec record;
     if (Get(number, record) < 0) return -1;
     value = record.*field;

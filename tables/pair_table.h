@@ -17,7 +17,7 @@ class PairTableBase : public SiteTable {
  public:
   // Puts the numbers of the records that join `from` and `to` into `numbers`, ascending, in place
   // of what it held. Either end may be kAnyUrlID. Gives how many they are, or -1.
-  int Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers);
+  [[nodiscard]] int Query(const UrlID& from, const UrlID& to, std::vector<int>& numbers);
   // The smallest number that Query would give, or -1.
   int First(const UrlID& from, const UrlID& to);
   // How many records have this end, without listing them; -1 when not open.
@@ -61,19 +61,23 @@ template <class Rec>
 class PairTable : public PairTableBase {
  public:
   // Opens or makes both files in whole-file mode; 0 or -1.
-  int Open(const std::string& path) { return OpenPairs(path, Rec::kSlotLength, Rec::kRecordType); }
+  [[nodiscard]] int Open(const std::string& path) {
+    return OpenPairs(path, Rec::kSlotLength, Rec::kRecordType);
+  }
   // Reads a record, or writes it back (its ends must not have changed); 0 or -1. Never throws.
-  int Get(int number, Rec& record) const {
+  [[nodiscard]] int Get(int number, Rec& record) const {
     return IsNumber(number) ? records_->Get(number, &record) : -1;
   }
   // Reads only where a record goes; 0 or -1.
-  int Target(int number, UrlID& to) const {
+  [[nodiscard]] int Target(int number, UrlID& to) const {
     const char* const slot = IsNumber(number) ? records_->Slot(number) : nullptr;
     if (slot == nullptr) return -1;
     to = {LoadLE32(slot + Rec::kToAt), LoadLE32(slot + Rec::kToAt + 4)};
     return 0;
   }
-  int Update(const Rec& record) { return IsNumber(record.id) ? records_->Update(&record) : -1; }
+  [[nodiscard]] int Update(const Rec& record) {
+    return IsNumber(record.id) ? records_->Update(&record) : -1;
+  }
 
  protected:
   bool IsNumber(int number) const { return isOpen() && number >= 0 && number < Count(); }

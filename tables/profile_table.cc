@@ -38,8 +38,9 @@ int ProfileTable<Rec>::Open(const std::string& path, int mode) {
   }
   // An empty table, perhaps one that was cut to nothing, must not take the place of a good backup.
   if ((mode == kOpenBackUp || mode == kOpenRestore) && this->Count() > 0) {
-    this->records_->Backup();
-    this->strings_->Backup();
+    // The table is open and sound, with a new backup or without.
+    static_cast<void>(this->records_->Backup());
+    static_cast<void>(this->strings_->Backup());
   }
   return 0;
 }

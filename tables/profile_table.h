@@ -22,10 +22,10 @@ template <class Rec>
 class ProfileTable : public NamedTable<Rec> {
  public:
   // Opens the table in one of the modes above (any other is taken as 0); 0 or -1.
-  int Open(const std::string& path, int mode);
+  [[nodiscard]] int Open(const std::string& path, int mode);
 
   // Deletes a profile and gives back all its texts; 0 or -1.
-  int Delete(int number);
+  [[nodiscard]] int Delete(int number);
   int Clear() = delete;  // would leave the texts behind
 
  protected:
@@ -55,7 +55,7 @@ class ProfileTable : public NamedTable<Rec> {
   using Names = std::unordered_multimap<std::string, int, HashButForCase, SameButForCase>;
 
   [[nodiscard]] int OpenOnce(const std::string& path);
-  int Restore(const std::string& path);
+  [[nodiscard]] int Restore(const std::string& path);
   void MakeNames();
   // When there is no memory, the names are dropped, and read again when one is next needed.
   void NoteName(std::string_view name, int number);

@@ -69,7 +69,7 @@ int SiteLinkDB::Add(std::string_view text, FoundString& found, const UrlID& from
 void SiteLinkDB::PrepareFor(const UrlID& from, std::size_t count) {
   if (!isOpen() || count == 0) return;
   Guarded([&] {
-    KnowLinksFrom(from);
+    if (KnowLinksFrom(from) < 0) return -1;  // Add will say so
     known_.Reserve(known_.size() + count);
     return 0;
   });
@@ -181,7 +181,9 @@ int SiteLinkDB::Clear() {
   ForgetEnds();
   known_.Clear();
   sourceKnown_ = false;
-  auto texts = MakeBatch<int>([this](int text) { strings_->ReleaseStringUnindexed(text); });
+  // A damaged text stays.
+  auto texts = MakeBatch<int>(
+      [this](int text) { static_cast<void>(strings_->ReleaseStringUnindexed(text)); });
   const auto release = [this, &texts](std::int32_t text) {
     if (text >= 0) texts.Add(strings_->EntryOf(text), text);
   };

@@ -54,8 +54,9 @@ int SitePathDB::ClearList(SitePathRec& record) {
   if (!isOpen()) return -1;
   if (record.listCount <= 0) return 0;
   std::vector<std::int32_t> ids;
-  GetList(record, ids);
-  for (const std::int32_t id : ids) ReleaseText(id);
+  // A list that cannot be read gives back no name, and a damaged name stays.
+  if (GetList(record, ids) < 0) ids.clear();
+  for (const std::int32_t id : ids) static_cast<void>(ReleaseText(id));
   if (record.listData >= 0 && strings_->DeleteData(record.listData) < 0) return -1;
   record.listCount = 0;
   record.listData = -1;
@@ -67,7 +68,7 @@ int SitePathDB::ReleaseTexts(SitePathRec& record) {
   for (std::int32_t* text :
        {&record.title, &record.lastModified, &record.expires, &record.generator, &record.keywords,
         &record.description, &record.contentType, &record.metaText}) {
-    ReleaseText(*text);
+    static_cast<void>(ReleaseText(*text));  // a damaged text stays
     *text = -1;
   }
   return 0;

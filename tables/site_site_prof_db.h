@@ -16,20 +16,20 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
   // Adds a profile and stores the names of its five table files: its name followed by the suffixes
   // of kSiteTableFiles. Its number or -1. -1 also for a name that IsSiteName refuses, or that
   // another profile has, ASCII letter case ignored.
-  int Add(std::string_view name);
+  [[nodiscard]] int Add(std::string_view name);
   // Gives a profile and its stored file names another name. The caller moves the files themselves.
   // 0 or -1; refuses what Add refuses.
-  int Rename(int number, std::string_view name);
+  [[nodiscard]] int Rename(int number, std::string_view name);
   // Adds a profile with the fields of another one; its number or -1. Its table files and its
   // rebuild state are those of a new profile.
-  int Copy(int number, std::string_view name);
+  [[nodiscard]] int Copy(int number, std::string_view name);
 
   // The stored names of the table files; false when not all can be read.
   bool ReadTableNames(int number, SiteTableNames& names) const;
 
   // A folder slot, 0 to 9; as SetText and GetText.
-  int SetFolder(int number, int slot, std::string_view folder);
-  int GetFolder(int number, int slot, std::string& folder) const;
+  [[nodiscard]] int SetFolder(int number, int slot, std::string_view folder);
+  [[nodiscard]] int GetFolder(int number, int slot, std::string& folder) const;
 
  private:
   [[nodiscard]] int RenameFree(int number, std::string_view name);

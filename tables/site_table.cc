@@ -41,8 +41,8 @@ int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordTy
 
 // In direct mode the destructor does not close the descriptor, so the file is closed first.
 void SiteTable::DropFiles() {
-  if (records_ != nullptr && !records_->isInMemory()) records_->Close();
-  if (strings_ != nullptr && !strings_->isInMemory()) strings_->Close();
+  if (records_ != nullptr && !records_->isInMemory()) static_cast<void>(records_->Close());
+  if (strings_ != nullptr && !strings_->isInMemory()) static_cast<void>(strings_->Close());
   records_.reset();
   strings_.reset();
 }

@@ -27,11 +27,11 @@ class SiteTable {
 
   // Closes the record file, then the string store, and frees each one that was closed. 0 or -1. The
   // index over names stays.
-  int Close();
+  [[nodiscard]] int Close();
   // Brings both files up to date on disk; 0 or -1.
-  int Flush();
+  [[nodiscard]] int Flush();
   // Removes dead records and texts from both files; numbers do not change. 0 or -1.
-  int Pack();
+  [[nodiscard]] int Pack();
   // Whether more than a quarter of either file is dead.
   bool IsWorthPacking() const;
 
@@ -62,7 +62,7 @@ class SiteTable {
   void DropFiles();
   bool wasOpened() const { return wasOpened_; }
   // Gives back a text that a record referred to, -1 for none; 0 or -1.
-  int ReleaseText(int reference);
+  [[nodiscard]] int ReleaseText(int reference);
 
   std::unique_ptr<SiteVarRecDB> strings_;
   std::unique_ptr<SiteFixRecDB> records_;

@@ -10,12 +10,12 @@ namespace {
 
 void MakeProfiles(SiteMgr& mgr) {
   SiteSiteProfDB& profiles = *mgr.GetSiteProf();
-  profiles.Add("old");
+  EXPECT_GE(profiles.Add("old"), 0);
   const int demo = profiles.Add("demo");
-  profiles.SetFolder(demo, kSlotSiteFolder, "site\\");
-  profiles.SetText(demo, &SiteSiteRec::topFile, "site\\index.html");
-  profiles.SetText(demo, &SiteSiteRec::defaultUrl, "index.html");
-  profiles.SetNumber(demo, &SiteSiteRec::linkRules, static_cast<int>(LinkRules::Web));
+  EXPECT_GE(profiles.SetFolder(demo, kSlotSiteFolder, "site\\"), 0);
+  EXPECT_GE(profiles.SetText(demo, &SiteSiteRec::topFile, "site\\index.html"), 0);
+  EXPECT_GE(profiles.SetText(demo, &SiteSiteRec::defaultUrl, "index.html"), 0);
+  EXPECT_GE(profiles.SetNumber(demo, &SiteSiteRec::linkRules, static_cast<int>(LinkRules::Web)), 0);
   mgr.DeleteSiteProf("old");
   mgr.AddServProf("www");
   mgr.SetServProfHost("www", "ftp.example.org");
@@ -29,7 +29,7 @@ void FixTimes(SitePathDB& paths) {
   for (int i = paths.NextNumber(0); i >= 0; i = paths.NextNumber(i + 1)) {
     for (const auto time :
          {&SitePathRec::creationTime, &SitePathRec::modificationTime, &SitePathRec::accessTime}) {
-      paths.SetNumber(i, time, 0x4F5E6D7C + i);
+      EXPECT_GE(paths.SetNumber(i, time, 0x4F5E6D7C + i), 0);
     }
   }
 }

@@ -40,7 +40,7 @@ class Families : public testing::Test {
   }
   void ClearMarks() {
     for (int i = 0; i < site.mgr->GetPathDB()->Count(); ++i) {
-      site.mgr->GetPathDB()->SetNumber(i, &SitePathRec::membership, 0);
+      EXPECT_GE(site.mgr->GetPathDB()->SetNumber(i, &SitePathRec::membership, 0), 0);
     }
   }
 
@@ -67,12 +67,13 @@ TEST_F(Families, AreNotRecomputedWithoutAChange) {
 }
 
 TEST_F(Families, WithoutATopFileTheChangeStaysPending) {
-  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, "");
+  EXPECT_GE(site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, ""), 0);
   EXPECT_EQ(site.mgr->UpdateLinkFamily(), 0);
   EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
   EXPECT_EQ(Members(), "");
   EXPECT_EQ(site.mgr->TraverseFamily(), 0);
-  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, site.path("unknown.html"));
+  EXPECT_GE(site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, site.path("unknown.html")),
+            0);
   EXPECT_EQ(site.mgr->UpdateLinkFamily(), -1);
   EXPECT_EQ(site.mgr->TraverseFamily(), -1);
 }
@@ -150,13 +151,13 @@ TEST(ReflectDefaultUrl, ResolvesFolderLinksAnew) {
   site.write("other.html", PageTo({"plain.html"}));
   site.write("sub/old.html", "");
   site.write("sub/new.html", "");
-  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::defaultUrl, "old.html");
+  EXPECT_GE(site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::defaultUrl, "old.html"), 0);
   ASSERT_EQ(site.Open(), 0);
   ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
   EXPECT_NE(site.Links().find("index.html -> sub\\old.html sub/ 40 1\n"), std::string::npos);
 
   site.mgr->SiteClose();
-  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::defaultUrl, "new.html");
+  EXPECT_GE(site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::defaultUrl, "new.html"), 0);
   ASSERT_EQ(site.Open(), 0);
   EXPECT_EQ(site.mgr->ReflectDefaultUrl("new.html"), 0);
   EXPECT_EQ(site.Links(),

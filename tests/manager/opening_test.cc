@@ -48,7 +48,7 @@ TEST(SiteOpen, TellsAMissingTopFileOrFolderApart) {
   TestSite site;
   std::filesystem::remove(site.native("index.html"));
   EXPECT_EQ(site.Open(), -2);
-  site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, "");
+  EXPECT_GE(site.mgr->GetSiteProf()->SetText(0, &SiteSiteRec::topFile, ""), 0);
   EXPECT_EQ(site.Open(), -1) << "no top file in the profile";
   std::filesystem::remove_all(site.native(""));
   EXPECT_EQ(site.Open(), -2);
@@ -75,12 +75,12 @@ TEST(SiteOpen, SucceedsWithoutTablesWhenOneIsDamaged) {
 TEST(SiteOpen, KeepsTablesButNoSiteWhenTheDefaultUrlIsUnreadable) {
   TestSite site;
   SiteSiteProfDB& profiles = *site.mgr->GetSiteProf();
-  profiles.SetNumber(0, &SiteSiteRec::defaultUrl, 4000);
+  EXPECT_GE(profiles.SetNumber(0, &SiteSiteRec::defaultUrl, 4000), 0);
   EXPECT_EQ(site.Open(), -1);
   EXPECT_EQ(site.mgr->GetOpenSiteId(), -1);
   EXPECT_NE(site.mgr->GetPathDB(), nullptr);
   EXPECT_EQ(site.mgr->SiteClose(), -1);
-  profiles.SetNumber(0, &SiteSiteRec::defaultUrl, -1);
+  EXPECT_GE(profiles.SetNumber(0, &SiteSiteRec::defaultUrl, -1), 0);
   EXPECT_EQ(site.Open(), 0);
 }
 

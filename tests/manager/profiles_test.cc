@@ -173,8 +173,8 @@ TEST_F(SiteProfiles, DeletingRemovesTheTablesAndNothingElse) {
 TEST_F(SiteProfiles, AProfileWithForeignTableNamesReachesNoOtherFile) {
   site_.write("precious", "R");
   site_.write("preciouS", "S");
-  mgr().GetSiteProf()->SetText(mgr().FindSiteProf("demo"), &SiteSiteRec::urlFile,
-                               "..\\site\\precious");
+  (void)mgr().GetSiteProf()->SetText(mgr().FindSiteProf("demo"), &SiteSiteRec::urlFile,
+                                     "..\\site\\precious");
   EXPECT_EQ(mgr().DeleteSiteProf("demo"), 0);
   EXPECT_TRUE(site_.folder().has("site/precious"));
   EXPECT_TRUE(site_.folder().has("site/preciouS"));

@@ -162,7 +162,7 @@ std::vector<std::string> NamesOfPaths(const TestSite& site) {
   std::vector<std::string> names;
   for (int i = 0; i < site.mgr->GetPathDB()->Count(); ++i) {
     std::string name;
-    site.mgr->GetPathDB()->Name(i, name);
+    EXPECT_GE(site.mgr->GetPathDB()->Name(i, name), 0);
     names.push_back(name.substr(site.dir().size()));
   }
   return names;
@@ -205,8 +205,8 @@ TEST_F(Rebuilding, MendsAPageWhoseAnchorListIsDamaged) {
   ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
   const std::string sound = site.Dump();
   SitePathDB& paths = *site.mgr->GetPathDB();
-  paths.SetNumber(site.Number("a.html"), &SitePathRec::listCount, 3);
-  paths.SetNumber(site.Number("a.html"), &SitePathRec::listData, 4000);
+  EXPECT_GE(paths.SetNumber(site.Number("a.html"), &SitePathRec::listCount, 3), 0);
+  EXPECT_GE(paths.SetNumber(site.Number("a.html"), &SitePathRec::listData, 4000), 0);
   EXPECT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
   EXPECT_EQ(site.Dump(), sound);
 }

@@ -51,7 +51,7 @@ class FactsOf {
     const SitePathDB& paths = *mgr_.GetPathDB();
     for (int n = paths.NextNumber(0); n >= 0; n = paths.NextNumber(n + 1)) {
       SitePathRec rec;
-      paths.Get(n, rec);
+      EXPECT_GE(paths.Get(n, rec), 0);
       const UrlID id(kKindPath, n);
       std::string native;
       platform::ToNativePath(test::Take(mgr_.UrlPath(n)), native);
@@ -79,7 +79,7 @@ class FactsOf {
     const SiteRelDB& relations = *mgr_.GetRelDB();
     for (int n = relations.NextNumber(0); n >= 0; n = relations.NextNumber(n + 1)) {
       SiteRelRec rel;
-      relations.Get(n, rel);
+      EXPECT_GE(relations.Get(n, rel), 0);
       SitePathRec file;
       const bool holdsFile = rel.to.kind == kKindPath
                                  ? mgr_.GetPathDB()->Get(rel.to.id, file) == 0 && file.exists != 0

@@ -35,7 +35,7 @@ class OpenSite : public testing::Test {
     manager_.setDom(&dom_);
     manager_.setDB((folder_.path("db") + "\\").c_str(), "sites.R", "servers.R", 0);
     SiteSiteProfDB& profiles = *manager_.GetSiteProf();
-    if (profiles.Find("s") < 0) profiles.Add("s");
+    if (profiles.Find("s") < 0) (void)profiles.Add("s");
     ASSERT_EQ(profiles.SetFolder(0, kSlotSiteFolder, siteFolder_), 0);
     ASSERT_EQ(profiles.SetText(0, &SiteSiteRec::topFile, siteFolder_ + "index.htm"), 0);
     ASSERT_EQ(profiles.SetText(0, &SiteSiteRec::defaultUrl, defaultUrl), 0);
@@ -128,7 +128,7 @@ class SiteDOMUtilTest : public OpenSite {
 
   std::string Target(const UrlID& id) {
     SitePathRec rec;
-    if (id.kind == kKindPath) manager_.GetPathDB()->Get(id.id, rec);
+    if (id.kind == kKindPath) (void)manager_.GetPathDB()->Get(id.id, rec);
     return Name(id) + (id.kind == kKindUrl || rec.exists ? "" : "!");
   }
 
@@ -422,8 +422,8 @@ TEST_F(SiteCssUtil, ChildThatCannotBeRegisteredGetsNoLink) {
 // What the first time could not be added in full is found by the second: the same links.
 TEST_F(SiteCssUtil, WebRulesKeepFilesOutsideAndLookAgainAtMissingOnes) {
   SiteSiteProfDB* const sites = manager_.GetSiteProf();
-  sites->SetFolder(0, kSlotDocumentRoot, folder_.path() + "\\");
-  sites->SetNumber(0, &SiteSiteRec::useDocRoot, 1);
+  EXPECT_GE(sites->SetFolder(0, kSlotDocumentRoot, folder_.path() + "\\"), 0);
+  EXPECT_GE(sites->SetNumber(0, &SiteSiteRec::useDocRoot, 1), 0);
   Open(LinkRules::Web);
   folder_.write("out/1.gif", "GIF");
   folder_.write("site/a.css", "p { content: url(/out/1.gif), url(2.gif) }");

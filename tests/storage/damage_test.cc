@@ -26,13 +26,13 @@ void UseFixed(const TempFolder& folder, bool wholeFile) {
   int seen = 0;
   for (int id = db.NextId(0); id >= 0; id = db.NextId(id + 1)) {
     if (db.Get(id, &record) == 0) ++seen;
-    db.Update(&record);
+    (void)db.Update(&record);
   }
   EXPECT_EQ(seen, db.liveCount());
-  db.Add(&record);
-  if (db.Has(1)) db.Delete(1);
+  (void)db.Add(&record);
+  if (db.Has(1)) (void)db.Delete(1);
   EXPECT_EQ(db.Pack(), 0);
-  db.Add(&record);
+  (void)db.Add(&record);
   EXPECT_EQ(db.Close(), 0);
 }
 
@@ -43,14 +43,14 @@ void UseVariable(const TempFolder& folder, bool wholeFile) {
   for (int id = 0; id < 8; ++id) {
     if (db.GetString(id, text) == 0) db.FindString(text);
   }
-  db.AddString("shared");
-  db.ReleaseString(1);
-  db.AddString("another");
-  db.DeleteData(3);
-  db.AddData("block", 5);
+  (void)db.AddString("shared");
+  (void)db.ReleaseString(1);
+  (void)db.AddString("another");
+  (void)db.DeleteData(3);
+  (void)db.AddData("block", 5);
   EXPECT_EQ(db.Pack(), 0);
-  db.AddString("last");
-  db.ReleaseStringUnindexed(0);
+  (void)db.AddString("last");
+  (void)db.ReleaseStringUnindexed(0);
   EXPECT_EQ(db.Close(), 0);
 }
 
@@ -83,9 +83,9 @@ TEST(DamagedFile, VariableOnesNeverBreakTheirReader) {
   TempFolder folder;
   SiteVarRecDB db(folder.path("t"), true);
   ASSERT_EQ(db.Open(), 0);
-  for (const char* text : {"shared", "one", "two", "shared"}) db.AddString(text);
-  db.AddData("\1\0\0\0\2\0\0\0", 8);
-  db.ReleaseString(2);
+  for (const char* text : {"shared", "one", "two", "shared"}) (void)db.AddString(text);
+  (void)db.AddData("\1\0\0\0\2\0\0\0", 8);
+  (void)db.ReleaseString(2);
   ASSERT_EQ(db.Close(), 0);
   DamageEveryWay(folder.read("t"), UseVariable);
 }

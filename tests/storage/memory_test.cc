@@ -68,7 +68,7 @@ class WithoutMemory : public testing::Test {
     for (const bool wholeFile : {true, false}) {
       Fill(wholeFile ? kMost : kInDirectMode);
       const auto prepare = [&] {
-        db_->Close();
+        (void)db_->Close();
         folder_.write("t", bytes_);
         std::filesystem::remove(folder_.native("t_pack"));
         db_.reset(Kind::Make(folder_.path("t"), wholeFile));
@@ -119,7 +119,7 @@ TYPED_TEST_SUITE(WithoutMemory, Kinds);
 
 TYPED_TEST(WithoutMemory, OperationsFailAndLoseNothing) {
   this->FailEach(0, [](auto& db) {
-    db.Close();
+    (void)db.Close();
     return db.Open();
   });
   this->FailEach(0, [](auto& db) { return db.Backup(); });

@@ -34,7 +34,7 @@ class RecordFile : public testing::TestWithParam<bool> {
   }
   // Opens the same object on a file of these bytes.
   void OpenOn(const std::string& bytes) {
-    db_->Close();
+    (void)db_->Close();
     folder_.write("t", bytes);
     ASSERT_EQ(db_->Open(), 0);
   }
@@ -59,9 +59,9 @@ class RecordFile : public testing::TestWithParam<bool> {
       EXPECT_EQ(change(), 0);
     };
     FailEachCall(
-        prepare, [&] { db_->Pack(); },
+        prepare, [&] { (void)db_->Pack(); },
         [&](const FailedRun& run) {
-          db_->Close();
+          (void)db_->Close();
           const std::string left = folder_.read(folder_.has("t") ? "t" : "t_pack");
           EXPECT_TRUE(left.ends_with(whole) || left.ends_with(packed.substr(28))) << run.call;
           EXPECT_TRUE(!folder_.has("t_pack") || folder_.read("t_pack") == packed) << run.call;

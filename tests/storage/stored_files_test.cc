@@ -38,12 +38,12 @@ TEST_P(StoredFile, OfFixedRecordsIsWrittenAsEver) {
   ASSERT_EQ(db.Open(), 0);
   for (int i = 0; i < 4; ++i) {
     SiteUrlRec record = Url(i * 3, 200 + i, 0x01020304);
-    db.Add(&record);
+    EXPECT_GE(db.Add(&record), 0);
   }
-  db.Delete(1);
+  EXPECT_GE(db.Delete(1), 0);
   SiteUrlRec record = Url(6, 404, -1);
   record.id = 2;
-  db.Update(&record);
+  EXPECT_GE(db.Update(&record), 0);
   ASSERT_EQ(db.Flush(), 0);
   ExpectStored("fixed-unpacked");
   ASSERT_EQ(db.Pack(), 0);
@@ -58,13 +58,13 @@ TEST_P(StoredFile, OfVariableRecordsIsWrittenAsEver) {
   SiteVarRecDB db(folder_.path("t"), GetParam());
   ASSERT_EQ(db.Open(), 0);
   const std::string block = test::Word(0) + test::Word(3);
-  for (const char* text : {"shared text", "gone"}) db.AddString(text);
-  db.AddData(block.data(), 8);
-  db.AddString("caf\xC3\xA9");
-  db.AddData("old block", 9);
-  for (int i = 0; i < 2; ++i) db.AddString("shared text");
-  db.ReleaseString(1);
-  db.DeleteData(4);
+  for (const char* text : {"shared text", "gone"}) EXPECT_GE(db.AddString(text), 0);
+  EXPECT_GE(db.AddData(block.data(), 8), 0);
+  EXPECT_GE(db.AddString("caf\xC3\xA9"), 0);
+  EXPECT_GE(db.AddData("old block", 9), 0);
+  for (int i = 0; i < 2; ++i) EXPECT_GE(db.AddString("shared text"), 0);
+  EXPECT_GE(db.ReleaseString(1), 0);
+  EXPECT_GE(db.DeleteData(4), 0);
   ASSERT_EQ(db.Flush(), 0);
   ExpectStored("variable-unpacked");
   ASSERT_EQ(db.Pack(), 0);

@@ -34,9 +34,10 @@ class TestSite {
     folder_.makeFolder("db/demo");
     Start();
     const int number = mgr->GetSiteProf()->Add("demo");
-    mgr->GetSiteProf()->SetFolder(number, kSlotSiteFolder, dir());
-    mgr->GetSiteProf()->SetText(number, &SiteSiteRec::topFile, path("index.html"));
-    mgr->GetSiteProf()->SetNumber(number, &SiteSiteRec::linkRules, static_cast<int>(rules));
+    EXPECT_GE(mgr->GetSiteProf()->SetFolder(number, kSlotSiteFolder, dir()), 0);
+    EXPECT_GE(mgr->GetSiteProf()->SetText(number, &SiteSiteRec::topFile, path("index.html")), 0);
+    EXPECT_GE(
+        mgr->GetSiteProf()->SetNumber(number, &SiteSiteRec::linkRules, static_cast<int>(rules)), 0);
   }
 
   // A new manager over the same files; the one before is closed as a program closes it.
@@ -59,7 +60,7 @@ class TestSite {
   int Number(const std::string& name) const { return mgr->GetPathDB()->Find(path(name)); }
   SitePathRec Record(const std::string& name) const {
     SitePathRec rec;
-    mgr->GetPathDB()->Get(Number(name), rec);
+    EXPECT_GE(mgr->GetPathDB()->Get(Number(name), rec), 0);
     return rec;
   }
 
@@ -70,7 +71,7 @@ class TestSite {
     const SiteLinkDB& links = *mgr->GetLinkDB();
     for (int i = links.NextNumber(0); i >= 0; i = links.NextNumber(i + 1)) {
       SiteLinkRec link;
-      links.Get(i, link);
+      EXPECT_GE(links.Get(i, link), 0);
       out << Name(link.from) << " -> " << Name(link.to) << " " << links.TextView(link.text) << " "
           << std::hex << link.type << std::dec << " " << link.count << "\n";
     }
@@ -84,7 +85,7 @@ class TestSite {
     const SitePathDB& paths = *mgr->GetPathDB();
     for (int i = paths.NextNumber(0); i >= 0; i = paths.NextNumber(i + 1)) {
       SitePathRec rec;
-      paths.Get(i, rec);
+      EXPECT_GE(paths.Get(i, rec), 0);
       out << i << " " << Name(UrlID(kKindPath, i)) << " " << rec.exists << " " << rec.fileType
           << " " << rec.size << " " << rec.membership << " '" << paths.TextView(rec.title) << "' "
           << rec.listCount << "\n";
@@ -94,7 +95,7 @@ class TestSite {
     const SiteRelDB& rels = *mgr->GetRelDB();
     for (int i = rels.NextNumber(0); i >= 0; i = rels.NextNumber(i + 1)) {
       SiteRelRec rel;
-      rels.Get(i, rel);
+      EXPECT_GE(rels.Get(i, rel), 0);
       out << Name(rel.from) << " > " << Name(rel.to) << "\n";
     }
     return out.str() + Links();
@@ -113,9 +114,9 @@ class TestSite {
 
   std::string Name(const UrlID& id) const {
     std::string name = "?";
-    if (id.kind == kKindFolder) mgr->GetFolderDB()->Name(id.id, name);
-    if (id.kind == kKindPath) mgr->GetPathDB()->Name(id.id, name);
-    if (id.kind == kKindUrl) mgr->GetUrlDB()->Name(id.id, name);
+    if (id.kind == kKindFolder) (void)mgr->GetFolderDB()->Name(id.id, name);
+    if (id.kind == kKindPath) (void)mgr->GetPathDB()->Name(id.id, name);
+    if (id.kind == kKindUrl) (void)mgr->GetUrlDB()->Name(id.id, name);
     return name.starts_with(dir()) ? name.substr(dir().size()) : name;
   }
 

@@ -52,51 +52,51 @@ void Fill(SiteLinkDB& table) {
 }
 
 void Use(SiteUrlDB& table) {
-  table.Add(kSecond);
-  table.Delete(0);
-  table.Pack();
-  table.Add(kThird);
-  table.Clear();
-  table.Add(kSecond);
+  (void)table.Add(kSecond);
+  (void)table.Delete(0);
+  (void)table.Pack();
+  (void)table.Add(kThird);
+  (void)table.Clear();
+  (void)table.Add(kSecond);
 }
 void Use(SitePathDB& table) {
   SitePathRec record;
   std::string text;
   std::vector<std::int32_t> ids;
-  table.SetText(0, &SitePathRec::title, kText);
-  table.GetText(0, &SitePathRec::title, text);
+  (void)table.SetText(0, &SitePathRec::title, kText);
+  (void)table.GetText(0, &SitePathRec::title, text);
   if (table.Get(0, record) < 0 || table.SetList(record, kIds) < 0) return;
-  table.Update(record);
-  table.GetList(record, ids);
-  table.Name(0, text);
-  table.Delete(0);
+  (void)table.Update(record);
+  (void)table.GetList(record, ids);
+  (void)table.Name(0, text);
+  (void)table.Delete(0);
 }
 void Use(SiteLinkDB& table) {
   std::vector<int> numbers;
   table.CountFrom(kPage);
   table.CountTo(kTarget);
-  table.Add(kFirst, kPage, kTarget, kSecond, 1);
-  table.Add(kFirst, kPage, kTarget, kSecond, 1);
-  table.Query(kPage, kAnyUrlID, numbers);
-  table.Add(kFirst, {kKindPath, 1 << 30}, kTarget, 1);
-  table.DeleteAll(0);
+  (void)table.Add(kFirst, kPage, kTarget, kSecond, 1);
+  (void)table.Add(kFirst, kPage, kTarget, kSecond, 1);
+  (void)table.Query(kPage, kAnyUrlID, numbers);
+  (void)table.Add(kFirst, {kKindPath, 1 << 30}, kTarget, 1);
+  (void)table.DeleteAll(0);
   table.IsTarget(kTarget);
   table.First(kAnyUrlID, kTarget);
 }
 void UseProfiles(auto& table) {
-  table.Add(kSecond);
-  table.Rename(0, kThird);
-  table.Copy(0, kFirst);
-  table.Delete(0);
+  (void)table.Add(kSecond);
+  (void)table.Rename(0, kThird);
+  (void)table.Copy(0, kFirst);
+  (void)table.Delete(0);
 }
 void Use(SiteSiteProfDB& table) {
-  table.SetFolder(0, 1, kText);
+  (void)table.SetFolder(0, 1, kText);
   UseProfiles(table);
 }
 void Use(SiteServProfDB& table) {
   std::string password;
-  table.SetPassword(0, &SiteServRec::password, kText);
-  table.GetPassword(0, &SiteServRec::password, password);
+  (void)table.SetPassword(0, &SiteServRec::password, kText);
+  (void)table.GetPassword(0, &SiteServRec::password, password);
   UseProfiles(table);
 }
 
@@ -149,7 +149,7 @@ TYPED_TEST(FaultyTable, WithoutMemoryAnswersWhatItsRecordsSay) {
   const std::string path = folder.path("TR");
   std::unique_ptr<TypeParam> table;
   const auto prepare = [&] {
-    if (table != nullptr) table->Close();
+    if (table != nullptr) (void)table->Close();
     for (const char* name : {"TR", "TS", "TR_pack", "TS_pack", "TR_bak", "TS_bak"}) {
       std::filesystem::remove(folder.native(name));
     }
@@ -165,7 +165,7 @@ TYPED_TEST(FaultyTable, WithoutMemoryAnswersWhatItsRecordsSay) {
   const auto check = [&](int n) {
     SCOPED_TRACE("allocation " + std::to_string(n));
     if (table->Count() >= 0) Check(*table);
-    table->Close();
+    (void)table->Close();
     // A pack can end between its two renames.
     for (const char* name : {"TR", "TS"}) {
       const std::string packed = folder.native(name) + "_pack";
@@ -193,7 +193,7 @@ TYPED_TEST(FaultyTable, WhoseFilesAreDamagedNeverBreaks) {
       TypeParam table;
       if (Open(table, folder.path("TR")) < 0) return;
       Use(table);
-      for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) table.Delete(i);
+      for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) (void)table.Delete(i);
       Use(table);
       EXPECT_EQ(table.Pack(), 0);
       EXPECT_EQ(table.Close(), 0);
