@@ -114,8 +114,10 @@ void PrintFindings(const FindingReport& report, const FindingOptions& options) {
   style.totals = !options.quiet;
   style.colors = WantsColors(options.color);
   style.hyperlinks = style.colors && IsTerminal(stdout);
+  const auto begin = std::chrono::steady_clock::now();
   const std::string text = FormatFindings(report, options.format, style);
   std::fwrite(text.data(), 1, text.size(), stdout);
+  Tell(options, fmt::format("printed in {:.3f} s", SecondsSince(begin)));
 }
 
 }  // namespace zvrsit::cli

@@ -57,8 +57,18 @@ std::string Escaped(std::string_view text) {
 
 }  // namespace
 
+bool IsPlain(std::string_view text) {
+  if (platform::CodePage() != platform::kUtf8) return false;
+  bool isPlain = true;  // looked at after the loop, so that compilers take 16 bytes at a time
+  for (const char c : text) {
+    isPlain &= c >= ' ' && c < 0x7F && c != '"' && c != '\\';
+  }
+  return isPlain;
+}
+
 // In another code page every name has its characters.
 std::string JsonText(std::string_view text) {
+  if (IsPlain(text)) return std::string(text);
   std::string converted = platform::ToUtf8(text);
   if (platform::CodePage() != platform::kUtf8) return converted;
   return converted == text && !HoldsEscape(text) ? converted : Escaped(text);
@@ -80,6 +90,7 @@ std::string TextOfJson(const std::string& text) {
 }
 
 std::string LineText(std::string_view text) {
+  if (IsPlain(text)) return std::string(text);
   std::string line;
   for (const char byte : text) {
     const auto value = static_cast<unsigned char>(byte);

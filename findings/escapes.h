@@ -6,6 +6,10 @@
 
 namespace zvrsit {
 
+// Whether the text is printable ASCII without quotes and `\`, and means that in the code page, so
+// that it is the same in UTF-8, in JSON and in a line.
+bool IsPlain(std::string_view text);
+
 // A string for JSON, in UTF-8. If the text has bytes that are no UTF-8, each of them is written as
 // \xE9 (two upper-case hex digits), and each `\` as \\. The same is done to a text that holds such
 // an escape itself. To turn a string of JSON back: decode it if it holds an escape; else it is

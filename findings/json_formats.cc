@@ -1,5 +1,6 @@
 // Findings as JSON, JSON Lines and SARIF.
 #include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <nlohmann/json.hpp>
 
@@ -19,31 +20,57 @@ std::string Dump(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-Json NumberOrNull(int number) {
-  return number > 0 ? Json(number) : Json();
-}
-
 Json AsJson(const std::vector<std::string>& names) {
   Json array = Json::array();
   for (const std::string& name : names) array.push_back(JsonText(name));
   return array;
 }
 
-Json AsJson(const Finding& finding) {
-  Json places = Json::array();
-  for (const FindingPlace& place : finding.places) {
-    places.push_back({{"file", JsonText(place.file)},
-                      {"line", NumberOrNull(place.line)},
-                      {"column", NumberOrNull(place.column)},
-                      {"reference", JsonText(place.reference)}});
+// A text of a report as a JSON string. Most texts need no escape; the library escapes the others.
+// Findings are written field by field: as values of the library, 10,000 took 140 ms instead of 20.
+void AppendString(std::string& out, std::string_view text) {
+  if (IsPlain(text)) {
+    out += '"';
+    out += text;
+    out += '"';
+  } else {
+    out += Dump(JsonText(text));
   }
-  return {{"rule", TraitsOf(finding.rule).name},
-          {"severity", SeverityName(finding.severity)},
-          {"message", JsonText(finding.message)},
-          {"target", JsonText(finding.target)},
-          {"suggestion", finding.suggestion.empty() ? Json() : Json(JsonText(finding.suggestion))},
-          {"count", finding.places.size()},
-          {"places", std::move(places)}};
+}
+
+void AppendField(std::string& out, std::string_view key, std::string_view text) {
+  out += key;
+  AppendString(out, text);
+}
+
+void AppendField(std::string& out, std::string_view key, int number) {
+  out += key;
+  out += number > 0 ? fmt::format_int(number).str() : "null";
+}
+
+void AppendFinding(const Finding& finding, std::string& out) {
+  AppendField(out, "{\"rule\":", TraitsOf(finding.rule).name);
+  AppendField(out, ",\"severity\":", SeverityName(finding.severity));
+  AppendField(out, ",\"message\":", finding.message);
+  AppendField(out, ",\"target\":", finding.target);
+  if (finding.suggestion.empty()) {
+    out += ",\"suggestion\":null";
+  } else {
+    AppendField(out, ",\"suggestion\":", finding.suggestion);
+  }
+  AppendField(out, ",\"count\":", static_cast<int>(finding.places.size()));
+  out += ",\"places\":";
+  char separator = '[';
+  for (const FindingPlace& place : finding.places) {
+    out += separator;
+    AppendField(out, "{\"file\":", place.file);
+    AppendField(out, ",\"line\":", place.line);
+    AppendField(out, ",\"column\":", place.column);
+    AppendField(out, ",\"reference\":", place.reference);
+    out += '}';
+    separator = ',';
+  }
+  out += "]}";
 }
 
 Json SarifRules() {
@@ -59,12 +86,19 @@ Json SarifRules() {
   return rules;
 }
 
-Json SarifLocation(const FindingPlace& place) {
-  Json physical = {{"artifactLocation", {{"uri", UrlOfPath(place.file)}, {"uriBaseId", "SITE"}}}};
+void AppendSarifResult(const Finding& finding, const FindingPlace& place, std::string& out) {
+  AppendField(out, "{\"ruleId\":", TraitsOf(finding.rule).name);
+  out += fmt::format(",\"ruleIndex\":{}", static_cast<int>(finding.rule));
+  AppendField(out, ",\"level\":", SeverityName(finding.severity));
+  AppendField(out, ",\"message\":{\"text\":", FullMessage(finding));
+  AppendField(out, "},\"locations\":[{\"physicalLocation\":{\"artifactLocation\":{\"uri\":",
+              UrlOfPath(place.file));
+  out += ",\"uriBaseId\":\"SITE\"}";
   if (place.line > 0) {
-    physical["region"] = {{"startLine", place.line}, {"startColumn", place.column}};
+    out += fmt::format(",\"region\":{{\"startLine\":{},\"startColumn\":{}}}", place.line,
+                       place.column);
   }
-  return {{"physicalLocation", std::move(physical)}};
+  out += "}}]}";
 }
 
 }  // namespace
@@ -91,14 +125,18 @@ void AppendJson(const FindingReport& report, std::string& out) {
   out += head + ",\n\"findings\": [";
   const char* separator = "\n";
   for (const Finding& finding : report.findings) {
-    out += separator + Dump(AsJson(finding));
+    out += separator;
+    AppendFinding(finding, out);
     separator = ",\n";
   }
   out += report.findings.empty() ? "]}\n" : "\n]}\n";
 }
 
 void AppendJsonl(const FindingReport& report, std::string& out) {
-  for (const Finding& finding : report.findings) out += Dump(AsJson(finding)) + "\n";
+  for (const Finding& finding : report.findings) {
+    AppendFinding(finding, out);
+    out += '\n';
+  }
 }
 
 void AppendSarif(const FindingReport& report, std::string& out) {
@@ -111,11 +149,8 @@ void AppendSarif(const FindingReport& report, std::string& out) {
   const char* separator = "\n";
   for (const Finding& finding : report.findings) {
     for (const FindingPlace& place : finding.places) {
-      out += separator + Dump({{"ruleId", TraitsOf(finding.rule).name},
-                               {"ruleIndex", static_cast<int>(finding.rule)},
-                               {"level", SeverityName(finding.severity)},
-                               {"message", {{"text", JsonText(FullMessage(finding))}}},
-                               {"locations", Json::array({SarifLocation(place)})}});
+      out += separator;
+      AppendSarifResult(finding, place, out);
       separator = ",\n";
     }
   }

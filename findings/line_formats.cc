@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <vector>
 
 #include "findings/escapes.h"
@@ -13,58 +14,66 @@
 namespace zvrsit {
 namespace {
 
-// A text with some of its bytes written otherwise: by its row in `table`.
-struct Replacement {
-  char byte;
-  std::string_view text;
-};
-template <std::size_t N>
-std::string Replaced(std::string_view text, const Replacement (&table)[N]) {
-  std::string out;
-  for (const char c : text) {
-    const Replacement* found = nullptr;
-    for (const Replacement& row : table) {
-      if (row.byte == c) found = &row;
-    }
-    if (found != nullptr) {
-      out += found->text;
-    } else {
-      out += c;
-    }
+// Writes some bytes of a text otherwise.
+class Replacements {
+ public:
+  struct Row {
+    char byte;
+    std::string_view text;
+  };
+
+  constexpr Replacements(std::initializer_list<Row> rows) {
+    for (const Row& row : rows) texts_[static_cast<unsigned char>(row.byte)] = row.text;
   }
-  return out;
-}
+
+  std::string In(std::string_view text) const {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) {
+      const std::string_view replacement = texts_[static_cast<unsigned char>(c)];
+      if (replacement.empty()) {
+        out += c;
+      } else {
+        out += replacement;
+      }
+    }
+    return out;
+  }
+
+ private:
+  std::array<std::string_view, 256> texts_{};
+};
 
 // RFC 4180: quoted where it has to be.
 std::string CsvField(std::string_view text) {
   if (text.find_first_of(",\"\r\n") == text.npos) return std::string(text);
-  constexpr Replacement kQuote[] = {{'"', "\"\""}};
-  return "\"" + Replaced(text, kQuote) + "\"";
+  static constexpr Replacements kQuote{{'"', "\"\""}};
+  return "\"" + kQuote.In(text) + "\"";
 }
 
 // XML cannot hold most control characters in any way.
 std::string XmlText(std::string_view text) {
-  constexpr Replacement kMarkup[] = {
+  static constexpr Replacements kMarkup{
       {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
-  return Replaced(platform::ToUtf8(LineText(text)), kMarkup);
+  return kMarkup.In(platform::ToUtf8(LineText(text)));
 }
 
 std::string CommandText(std::string_view text) {
-  constexpr Replacement kEscapes[] = {{'%', "%25"}, {'\r', "%0D"}, {'\n', "%0A"}};
-  return Replaced(platform::ToUtf8(text), kEscapes);
+  static constexpr Replacements kEscapes{{'%', "%25"}, {'\r', "%0D"}, {'\n', "%0A"}};
+  return kEscapes.In(platform::ToUtf8(text));
 }
 
 // The same for a property, which "," or ":" would end.
 std::string CommandProperty(std::string_view text) {
-  constexpr Replacement kEscapes[] = {{',', "%2C"}, {':', "%3A"}};
-  return Replaced(CommandText(text), kEscapes);
+  static constexpr Replacements kEscapes{{',', "%2C"}, {':', "%3A"}};
+  return kEscapes.In(CommandText(text));
 }
 
 std::string MarkdownText(std::string_view text) {
-  constexpr Replacement kMarks[] = {{'\\', "\\\\"}, {'|', "\\|"}, {'`', "\\`"}, {'*', "\\*"},
-                                    {'_', "\\_"},   {'[', "\\["}, {']', "\\]"}, {'<', "&lt;"},
-                                    {'&', "&amp;"}, {'~', "\\~"}};
-  return Replaced(platform::ToUtf8(LineText(text)), kMarks);
+  static constexpr Replacements kMarks{{'\\', "\\\\"}, {'|', "\\|"}, {'`', "\\`"}, {'*', "\\*"},
+                                       {'_', "\\_"},   {'[', "\\["}, {']', "\\]"}, {'<', "&lt;"},
+                                       {'&', "&amp;"}, {'~', "\\~"}};
+  return kMarks.In(platform::ToUtf8(LineText(text)));
 }
 
 std::string NumberText(int number) {
