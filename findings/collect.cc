@@ -159,8 +159,10 @@ class Collector {
   static bool NamesNoFile(const SiteLink& link, const std::string& path) {
     const std::size_t separator = path.rfind('\\');
     if (separator == path.npos) return false;
-    const std::string written = link.text.substr(0, link.text.find_first_of("?#"));
-    const std::string name = path.substr(separator + 1);
+    const std::string_view name = std::string_view(path).substr(separator + 1);
+    std::string_view written = link.text;
+    written = written.substr(0, written.find('#'));
+    written = written.substr(0, written.find('?'));
     return !name.empty() && !written.ends_with(name);
   }
 

@@ -19,7 +19,7 @@ int SiteMgr::Work::Remove(const std::string& path) {
   if (path.empty() || !HasFiles(m_.pathDB)) return -1;
   const int number = m_.pathDB->Find(path);
   if (number < 0 || DeleteForeLinks(number) < 0) return -1;
-  if (m_.inside->pageIds != nullptr) m_.inside->pageIds->Forget(number);
+  if (m_.inside->kept != nullptr) m_.inside->kept->ids.Forget(number);
 
   SitePathRec rec;
   if (m_.pathDB->Get(number, rec) < 0 || m_.pathDB->ReleaseTexts(rec) < 0 ||

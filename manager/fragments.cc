@@ -1,5 +1,6 @@
 // Which fragments of links name nothing, and which names the pages have.
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include "links/fragment.h"
@@ -10,15 +11,40 @@
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
 #include "manager/work.h"
+#include "storage/id_table.h"
 
 namespace zvrsit {
 
 namespace {
 
-// The IDs that are kept; `own` when none are kept.
-PageIds& KeptOr(PageIds& own, const std::unique_ptr<PageIds>& kept) {
-  return kept != nullptr ? *kept : own;
-}
+// What the fragments of links name, by the number of the link's text: many links have one text.
+class Fragments {
+ public:
+  explicit Fragments(const SiteLinkDB& links) : links_(links) {}
+
+  // The hash of the fragment that an element is to be found by; 0 for none.
+  std::uint64_t HashIn(std::int32_t text) {
+    const auto at = static_cast<std::size_t>(text);
+    if (text < 0) return 0;
+    if (at >= hashes_.size()) hashes_.Grow(at + 1);
+    std::uint64_t& hash = hashes_.slot(at);
+    if (hash == kUnknown) {
+      const std::string_view fragment = Of(text);
+      hash = NamesAnElement(fragment) ? PageIds::HashOf(fragment) : kNone;
+    }
+    return hash == kNone ? 0 : hash;
+  }
+  // Good until the next call.
+  std::string_view Of(std::int32_t text) { return FragmentOf(links_.TextView(text), buffer_); }
+
+ private:
+  static constexpr std::uint64_t kUnknown = 0;
+  static constexpr std::uint64_t kNone = 1;
+
+  const SiteLinkDB& links_;
+  IdTable<std::uint64_t> hashes_;
+  std::string buffer_;
+};
 
 // The document of a page, good for as long as `page` is; null when it cannot be read.
 OwnedDocument ReadInto(PageFile& page, const std::string& path, DocumentScope scope,
@@ -38,19 +64,20 @@ std::vector<ElementAttribute> NamingIds(const Document& document) {
 }  // namespace
 
 void SiteMgr::KeepPageIds(bool keep) {
-  inside->pageIds = keep ? std::make_unique<PageIds>() : nullptr;
+  inside->kept = keep ? std::make_unique<Inside::Kept>() : nullptr;
 }
 
 void SiteMgr::Work::NoteIds(const std::string& path, const Document* document) {
-  PageIds* const ids = m_.inside->pageIds.get();
-  const int number = ids != nullptr ? m_.pathDB->Find(path) : -1;
+  if (m_.inside->kept == nullptr) return;
+  PageIds& ids = m_.inside->kept->ids;
+  const int number = m_.pathDB->Find(path);
   if (number < 0) return;
   if (document == nullptr) {
-    ids->Forget(number);
+    ids.Forget(number);
   } else if (m_.inside->operationMemo->page.holdsServerCode()) {
-    ids->NoteAny(number);
+    ids.NoteAny(number);
   } else {
-    ids->Note(number, *document);
+    ids.Note(number, *document);
   }
 }
 
@@ -76,18 +103,19 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
   missing.clear();
   if (!HasFiles(linkDB) || !HasFiles(pathDB) || dom == nullptr) return -1;
   PageIds own;
-  PageIds& ids = KeptOr(own, inside->pageIds);
+  PageIds& ids = inside->kept != nullptr ? inside->kept->ids : own;
   Work work(*this);
-  std::string buffer;
+  Fragments fragments(*linkDB);
   ForEachNumber(*linkDB, [&](int number) {
     SiteLinkRec link;
     if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
-    const std::string_view fragment = FragmentOf(linkDB->TextView(link.text), buffer);
-    if (!NamesAnElement(fragment) || !work.ReadIds(link.to.id, ids)) return;
-    if (ids.Has(link.to.id, fragment)) return;
+    const std::uint64_t hash = fragments.HashIn(link.text);
+    if (hash == 0 || !work.ReadIds(link.to.id, ids) || ids.Has(link.to.id, hash)) return;
     std::string decoded;
-    const bool isText = AppendPercentDecoded(fragment, decoded);
-    if (!isText || !ids.Has(link.to.id, decoded)) missing.push_back({number, std::move(decoded)});
+    const bool isText = AppendPercentDecoded(fragments.Of(link.text), decoded);
+    if (!isText || !ids.Has(link.to.id, PageIds::HashOf(decoded))) {
+      missing.push_back({number, std::move(decoded)});
+    }
   });
   return 0;
 }
@@ -96,7 +124,7 @@ int SiteMgr::FindRepeatedIds(std::vector<RepeatedId>& repeated) {
   repeated.clear();
   if (!HasFiles(pathDB) || dom == nullptr) return -1;
   PageIds own;
-  PageIds& ids = KeptOr(own, inside->pageIds);
+  PageIds& ids = inside->kept != nullptr ? inside->kept->ids : own;
   Work work(*this);
   ForEachNumber(*pathDB, [&](int number) {
     const auto* const found = work.ReadIds(number, ids) ? ids.FindRepeated(number) : nullptr;

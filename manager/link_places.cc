@@ -249,6 +249,10 @@ int SiteMgr::FindLinkPlaces(const std::vector<int>& links,
   for (std::size_t i = 0; i < links.size(); ++i) {
     SiteLinkRec rec;
     if (linkDB->Get(links[i], rec) != 0) continue;
+    if (inside->kept != nullptr &&
+        inside->kept->places.Find(links[i], rec.count, rec.from, rec.offset, places[i])) {
+      continue;
+    }
     asked.push_back(
         {rec, linkDB->TextView(rec.text), linkDB->TextView(rec.alternative), &places[i]});
   }

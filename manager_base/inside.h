@@ -11,6 +11,7 @@
 
 #include "links/link_rules.h"
 #include "links/page_types.h"
+#include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/page_ids.h"
 #include "manager_base/site_locks.h"
@@ -44,14 +45,18 @@ struct SiteMgrBase::Inside {
     siteFolder.reset();
     liveUrl.reset();
     pageTypes.reset();
-    if (pageIds != nullptr) pageIds->ForgetAll();
+    if (kept != nullptr) *kept = {};
   }
 
   std::unique_ptr<SiteLocks> locks;              // null where locking is off
   std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
 
-  // For SiteMgr: the IDs of the pages that were read; null when they are not kept.
-  std::unique_ptr<PageIds> pageIds;
+  // For SiteMgr: what is kept of the pages that were read; null when nothing is.
+  struct Kept {
+    PageIds ids;
+    KeptPlaces places;  // of the last operation
+  };
+  std::unique_ptr<Kept> kept;
   // For SiteMgr: what the application wants left out of a site, and what the last rebuild could not
   // read.
   bool (*ignoreHook)(const std::string& path, void* context) = nullptr;

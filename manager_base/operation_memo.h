@@ -12,6 +12,7 @@
 
 namespace zvrsit {
 
+class KeptPlaces;
 struct LinkMemo;  // registration/link_memo.h
 
 // It is right as long as only the operation itself changes the site. SiteMgrBase has one while an
@@ -25,6 +26,9 @@ struct OperationMemo {
 
   // What the link extraction has resolved and registered. It makes this when it first needs it.
   std::shared_ptr<LinkMemo> links;
+
+  // Takes the places of broken links; null when nobody wants them.
+  KeptPlaces* places = nullptr;
 
   // Whether a link to a file was written from a sheet below the page or sheet that was collected.
   bool linkedFromBelow = false;

@@ -17,7 +17,7 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 void PageIds::Note(int number, const Document& document) {
   const std::size_t begin = hashes_.size();
   for (const TextRange& id : document.ids()) {
-    hashes_.push_back(HashBytes(Decode(document.text().substr(id.offset, id.length))));
+    hashes_.push_back(HashOf(Decode(document.text().substr(id.offset, id.length))));
   }
   const auto first = hashes_.begin() + static_cast<std::ptrdiff_t>(begin);
   std::sort(first, hashes_.end());
@@ -28,7 +28,7 @@ void PageIds::Note(int number, const Document& document) {
   const std::size_t ids = hashes_.size();
   for (const std::uint32_t index : document.elementsOf(Tag::kA)) {
     const Attribute name = document.element(index).attributes().find(Attr::kName);
-    if (name) hashes_.push_back(HashBytes(Decode(name.rawValue())));
+    if (name) hashes_.push_back(HashOf(Decode(name.rawValue())));
   }
   if (hashes_.size() > ids) {
     std::sort(hashes_.begin() + static_cast<std::ptrdiff_t>(begin), hashes_.end());
@@ -46,7 +46,7 @@ std::vector<PageIds::Repeated> PageIds::RepeatedIn(const Document& document,
   TextPlaces places(document.text());
   for (const TextRange& range : document.ids()) {
     const std::string_view id = Decode(document.text().substr(range.offset, range.length));
-    const auto entry = indexes.find(HashBytes(id));
+    const auto entry = indexes.find(HashOf(id));
     if (entry == indexes.end()) continue;
     if (entry->second == kNone) {
       entry->second = repeated.size();
@@ -85,13 +85,17 @@ bool PageIds::IsKnown(int number) const {
   return page != nullptr && page->isKnown;
 }
 
-bool PageIds::Has(int number, std::string_view name) const {
+std::uint64_t PageIds::HashOf(std::string_view name) {
+  return std::max<std::uint64_t>(HashBytes(name), 2);
+}
+
+bool PageIds::Has(int number, std::uint64_t hash) const {
   const Page* const page = Find(number);
   if (page == nullptr) return false;
   if (page->hasAny) return true;
   return std::binary_search(hashes_.begin() + static_cast<std::ptrdiff_t>(page->begin),
                             hashes_.begin() + static_cast<std::ptrdiff_t>(page->end),
-                            HashBytes(name));
+                            hash);
 }
 
 const std::vector<PageIds::Repeated>* PageIds::FindRepeated(int number) const {

@@ -33,8 +33,10 @@ class PageIds {
   void ForgetAll();
 
   bool IsKnown(int number) const;
-  // Whether page `number`, which is known, has that name.
-  bool Has(int number, std::string_view name) const;
+  // Whether page `number`, which is known, has a name of that hash.
+  bool Has(int number, std::uint64_t hash) const;
+  // Never 0 or 1.
+  static std::uint64_t HashOf(std::string_view name);
   // Of page `number`, in the order of the page; null for none.
   const std::vector<Repeated>* FindRepeated(int number) const;
 

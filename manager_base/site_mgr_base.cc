@@ -269,7 +269,11 @@ int SiteMgrBase::CloseSite() {
 
 SiteMgrBase::Operation::Operation(SiteMgrBase& manager)
     : inside_(*manager.inside), outermost_(inside_.operationMemo == nullptr) {
-  if (outermost_) inside_.operationMemo = std::make_unique<OperationMemo>();
+  if (!outermost_) return;
+  inside_.operationMemo = std::make_unique<OperationMemo>();
+  if (inside_.kept == nullptr) return;
+  inside_.kept->places = {};
+  inside_.operationMemo->places = &inside_.kept->places;
 }
 
 SiteMgrBase::Operation::~Operation() {

@@ -6,6 +6,7 @@
 
 #include "dom/document.h"
 #include "links/classic_target.h"
+#include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
 #include "platform/file.h"
@@ -66,6 +67,8 @@ SiteDOMUtil::SiteDOMUtil(SiteMgrBase* theManager, DOM* theParser, SitePathDB* th
       rules_(FlagsOf(linkRules_)),
       registrar_(theManager, thePathTable, theUrlTable),
       memo_(MemoOf(theManager, linkRules_)) {
+  const OperationMemo* const operation = manager != nullptr ? manager->GetOperationMemo() : nullptr;
+  if (operation != nullptr) places_ = operation->places;
   if (pathStrings == nullptr) return;
   const int found = pathTable->Find(pagePath);
   if (found >= 0 && pathTable->Get(found, pageRecord) == 0) pageId = found;
@@ -99,11 +102,14 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   linkTexts_ = linkTable != nullptr ? linkTable->strings() : nullptr;
   if (linkTable != nullptr) linkTable->PrepareFor(UrlID(kKindPath, pageId), rows.links.size());
 
+  if (places_ != nullptr) places_->BeginPage();
   LookAhead();
   if (StoreTitle() < 0 || StoreMetas() < 0) return -1;
   if (AddRows(0, rows.anchorLinks) < 0) return -1;
   if (StoreAnchors() < 0) return -1;
-  return AddRows(rows.anchorLinks, rows.links.size());
+  const int result = AddRows(rows.anchorLinks, rows.links.size());
+  if (places_ != nullptr) places_->EndPage(UrlID(kKindPath, pageId), document->text());
+  return result;
 }
 
 // Has all texts of the page looked for together, when this is less work than one by one.
@@ -256,8 +262,15 @@ Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, FoundStrin
   const int offset = rules_.storesOffsets ? registrar_.OffsetInFile(row.offset) : -1;
   const std::string_view alternative =
       registrar_.IsHidden(row.alternative) ? std::string_view() : row.alternative;
-  if (linkTable != nullptr &&
-      linkTable->Add(row.target, text, page, target, alternative, code, offset) >= 0) {
+  const int link = linkTable != nullptr
+                       ? linkTable->Add(row.target, text, page, target, alternative, code, offset)
+                       : -1;
+  if (link >= 0) {
+    const bool isWanted = places_ != nullptr && offset >= 0 && row.type != LT_APPLET_FILE;
+    if (isWanted && target.kind == kKindPath &&
+        places_->IsMissing(target.id, [&] { return IsKnownFile(target.id); })) {
+      places_->Note(link, row.offset, offset);
+    }
     return Outcome::kDone;
   }
   return target.kind == kKindUrl ? Outcome::kFailed : Outcome::kSkipped;

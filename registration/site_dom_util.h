@@ -16,6 +16,7 @@ namespace zvrsit {
 
 class DOM;
 class Document;
+class KeptPlaces;
 class SiteFixRecDB;
 class SiteLinkDB;
 class SiteMgrBase;
@@ -80,6 +81,7 @@ class SiteDOMUtil {
   SiteVarRecDB* pathStrings;
   std::int32_t pageId = -1;
   SiteVarRecDB* linkTexts_ = nullptr;  // of the link table
+  KeptPlaces* places_ = nullptr;       // the operation's
   UrlID self_;                         // what a target that is only a fragment names, once known
   std::int32_t base_ = -1;             // what targets are taken from now
 
