@@ -171,8 +171,8 @@ int SiteMgr::Work::Traverse(const std::string& siteDir, const std::string& path,
     if (m_.dom == nullptr) return -1;
     document.reset(m_.dom->createDocument("HTML"));
     if (document == nullptr) return -1;
-    const DocumentScope scope = m_.inside->kept != nullptr ? DocumentScope::kReferencesAndIds
-                                                              : DocumentScope::kReferences;
+    const DocumentScope scope =
+        m_.inside->kept != nullptr ? DocumentScope::kReferencesAndIds : DocumentScope::kReferences;
     unread =
         !m_.inside->operationMemo->page.Read(path, FlagsOf(m_.GetLinkRules()), *document, scope);
   }

@@ -94,8 +94,7 @@ bool PageIds::Has(int number, std::uint64_t hash) const {
   if (page == nullptr) return false;
   if (page->hasAny) return true;
   return std::binary_search(hashes_.begin() + static_cast<std::ptrdiff_t>(page->begin),
-                            hashes_.begin() + static_cast<std::ptrdiff_t>(page->end),
-                            hash);
+                            hashes_.begin() + static_cast<std::ptrdiff_t>(page->end), hash);
 }
 
 const std::vector<PageIds::Repeated>* PageIds::FindRepeated(int number) const {
