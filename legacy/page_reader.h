@@ -6,13 +6,12 @@
 #include "dom/code_conv.h"
 #include "dom/dom.h"
 #include "dom/mapped_file.h"
-#include "legacy/sit_mgr_base.h"
 #include "links/extractor.h"
 #include "links/target_resolver.h"
 
 namespace zvrsit {
 
-struct SitMgrBase::PageReader {
+struct SitPageReader {
   DOM ownDom;  // for a manager that was given none
   MappedFile file;
   CodeConv conversion;

@@ -8,7 +8,6 @@
 
 #include "legacy/sit_error.h"
 #include "legacy/sit_hist.h"
-#include "legacy/sit_mgr_base.h"
 #include "legacy/sit_prof.h"
 #include "util/scramble.h"
 
@@ -187,16 +186,6 @@ class ProfEditor {
   SitProf<Rec>* store_;
   SitHist& history_;
   int& lastError_;
-};
-
-class SitMgrBase::ServEditor : public ProfEditor<ServRec> {
- public:
-  using ProfEditor::ProfEditor;
-};
-
-class SitMgrBase::SiteEditor : public ProfEditor<SiteRec> {
- public:
-  using ProfEditor::ProfEditor;
 };
 
 }  // namespace zvrsit

@@ -60,7 +60,7 @@ class ZVRSIT_API SitMgr : public SitMgrBase {
   using SitMgrBase::SitMgrBase;
 
   // --- Errors ------------------------------------------------------------------------------
-  int GetLastError() const { return lastError_; }
+  int GetLastError() const { return lastError(); }
   int ClearLastError();
   // If the last error is not 0, undoes the last step or group. Then, in every case, rebuilds the
   // open site; entries keep their numbers. Gives 0, and the last error is 0.

@@ -14,14 +14,8 @@
 // a folder ends in "\". One thread at a time uses the managers of a process.
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "legacy/sit_error.h"
@@ -36,14 +30,6 @@ class DOM;
 class Document;
 struct HistCell;
 struct HistProc;
-struct ServRec;
-class SitBlockDB;
-class SitHist;
-class SitPairDB;
-struct SitPairRec;
-class SitServProf;
-class SitSiteProf;
-struct SiteRec;
 
 class ZVRSIT_API SitMgrBase {
  public:
@@ -53,8 +39,8 @@ class ZVRSIT_API SitMgrBase {
   // put directly before the file names of a site, so it must end in "\"; null for none.
   SitMgrBase(const char* siteProfPath, const char* servProfPath, const char* dbDir);
   // A copy shares the stores of the original. This is meant: one sees what the other does.
-  SitMgrBase(const SitMgrBase&) = default;
-  SitMgrBase& operator=(const SitMgrBase&) = default;
+  SitMgrBase(const SitMgrBase& other);
+  SitMgrBase& operator=(const SitMgrBase& other);
   virtual ~SitMgrBase();
 
   // Sets the database folder, makes it if it is missing, and opens both profile files in it.
@@ -63,13 +49,13 @@ class ZVRSIT_API SitMgrBase {
             const std::string& servProfName);
   // `dom` makes the documents that Save and the rebuild parse. It stays the caller's. Without one
   // the manager makes a DOM of its own.
-  void setDom(DOM* dom) { dom_ = dom; }
+  void setDom(DOM* dom);
 
   // The database folder, null when there is none. The last error stays as it is.
   std::string* DBDir() const;
-  int lastError() const { return lastError_; }
+  int lastError() const;
   // The system's error number of the last failure with 5, 20 or 21.
-  int lastErrno() const { return lastErrno_; }
+  int lastErrno() const;
   static int DeleteString(std::string* text);
 
   // Undoes the newest step or group. Gives 0; what cannot be undone stays. The last error is 21
@@ -177,7 +163,7 @@ class ZVRSIT_API SitMgrBase {
   // its end. A complete rebuild makes a site whole.
   bool IsSiteWhole() const;
   // The record number of the open site; -1 for none. The last error stays as it is.
-  int OpenSite() const { return site_ ? siteId_ : -1; }
+  int OpenSite() const;
 
   // The same fields of the open site's profile.
   int SetSiteTopFile(const std::string& text);
@@ -307,140 +293,15 @@ class ZVRSIT_API SitMgrBase {
   int SiteRebuildDB(int complete);
 
  protected:
-  // A group of steps from here to the end of the scope.
-  class ZVRSIT_LOCAL Group {
-   public:
-    explicit Group(SitHist& history);
-    ~Group();
-    Group(const Group&) = delete;
-    Group& operator=(const Group&) = delete;
-
-   private:
-    SitHist& history_;
-  };
-
   // Handlers of Undo: 0 when done or skipped, -1 for a cell that is not theirs.
   ZVRSIT_LOCAL int UndoLinkDB(HistProc* step, HistCell* cell);
   ZVRSIT_LOCAL int UndoUrlDB(HistProc* step, HistCell* cell);
   ZVRSIT_LOCAL int UndoSiteProf(HistProc* step, HistCell* cell);
   ZVRSIT_LOCAL int UndoServProf(HistProc* step, HistCell* cell);
 
-  ZVRSIT_LOCAL int Fail(int error);
-  // How many writes to the stores that are open have failed.
-  ZVRSIT_LOCAL int FailedWrites() const;
-  // `result` with the last error 0; or, when writes have failed since `before`, -1 with `error`.
-  ZVRSIT_LOCAL int Written(int before, int result = 0, int error = kSitWriteFailed);
-  // What `change` gives, or -1 with `error` when a write of it has failed.
-  template <class Change>
-  ZVRSIT_LOCAL int UnlessWritesFail(Change change, int error = kSitWriteFailed) {
-    const int before = FailedWrites();
-    const int result = change();
-    return FailedWrites() == before ? result : Fail(error);
-  }
-  ZVRSIT_LOCAL std::string* FailText(int error);
-  ZVRSIT_LOCAL int Succeed(int result = 0);
-
-  // The store of a kind of entry, null for another kind; with no site open the last error is 3.
-  ZVRSIT_LOCAL SitBlockDB* StoreOf(int kind);
-  // The same for kinds 2 and 3 only.
-  ZVRSIT_LOCAL SitBlockDB* UrlStoreOf(const UrlID& id);
-  // Whether the pair could be the end of a link or of a relation.
-  ZVRSIT_LOCAL static bool IsLinkEnd(const UrlID& id);
-  ZVRSIT_LOCAL static bool IsRelEnd(const UrlID& id);
-  ZVRSIT_LOCAL std::unique_ptr<SitPairRec> ReadLink(int link);
-  // For a target that could not be read: 15 stays when it was deleted, else 7.
-  ZVRSIT_LOCAL int FailTarget();
-  // Deletes a link with its strings; no step of its own.
-  ZVRSIT_LOCAL int DropLink(SitPairRec& record, bool force);
-  // Gives a link its texts, each unless it is empty, and its type. 0 or -1.
-  ZVRSIT_LOCAL int SetLinkFields(int link, int type, const std::string& asIsUrl,
-                                 const std::string& imgAlt);
-  // Deletes all links from an entry, each in a step of its own.
-  ZVRSIT_LOCAL int DropForeLinks(const UrlID& from);
-
-  // Reads the page of an entry from disk, and gives a document back. A file that cannot be read
-  // yields an empty document.
-  ZVRSIT_LOCAL Document* LoadDocument(const std::string& path);
-  ZVRSIT_LOCAL void FreeDocument(Document* document);
-  // Replaces title, META texts and links of a page by those of its document.
-  ZVRSIT_LOCAL int SaveDocument(const UrlID& page, const Document& document);
-  // The entry of a file, inspected in either case.
-  ZVRSIT_LOCAL int RegisterFile(const std::string& path);
-  // Registers the folders above a file or folder up to the site folder, each with its relation.
-  ZVRSIT_LOCAL int RegisterParents(const std::string& path, const UrlID& child);
-
-  // The operations on the profile stores.
-  class ZVRSIT_LOCAL ServEditor;
-  class ZVRSIT_LOCAL SiteEditor;
-  ZVRSIT_LOCAL ServEditor Servers();
-  ZVRSIT_LOCAL SiteEditor Sites();
-
-  // The profile of the open site as it is now.
-  ZVRSIT_LOCAL SiteRec SiteNow() const;
-  // Empty while none is open or the slot is not set.
-  ZVRSIT_LOCAL std::string SiteFolder() const;
-  ZVRSIT_LOCAL std::string TopFile() const;
-
-  std::shared_ptr<SitHist> history_;
-  std::shared_ptr<SitSiteProf> siteProf_;
-  std::shared_ptr<SitServProf> servProf_;
-  std::shared_ptr<SiteRec> site_;  // of the open site, or of the one that is peeped into
-  int siteId_ = -1;
-  std::shared_ptr<SitBlockDB> urlDB_;
-  std::shared_ptr<SitBlockDB> junkDB_;
-  std::shared_ptr<SitBlockDB> folderDB_;
-  std::shared_ptr<SitPairDB> linkDB_;
-  std::shared_ptr<SitPairDB> relDB_;
-  std::optional<std::string> dbDir_;
-  int lastError_ = kSitOk;
-  int lastErrno_ = 0;
-  bool keepsTextNumbers_ = false;  // while UndoWithAlternatives works
-
- private:
-  struct ZVRSIT_LOCAL PageReader;
-
-  ZVRSIT_LOCAL void UndoCells(HistProc* step);
-  ZVRSIT_LOCAL void UndoCell(HistProc* step, HistCell* cell);
-
-  ZVRSIT_LOCAL int NameSiteFiles(const std::string& name);
-  ZVRSIT_LOCAL bool IsFolderTaken(const std::string& folder);
-  ZVRSIT_LOCAL bool OpenStores(const std::array<std::string, 5>& paths);
-  ZVRSIT_LOCAL std::array<std::string, 5> StorePaths() const;
-  ZVRSIT_LOCAL void CloseStores();
-  ZVRSIT_LOCAL std::optional<std::string> SiteString(int id) const;
-  ZVRSIT_LOCAL int SetOpenSite(const std::function<int()>& set);
-
-  ZVRSIT_LOCAL int GetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field);
-  ZVRSIT_LOCAL int SetUrlNumber(const UrlID& id, std::int32_t SitUrlRec::*field, int value);
-  ZVRSIT_LOCAL std::string* GetUrlText(const UrlID& id, std::string SitUrlRec::*field);
-  ZVRSIT_LOCAL int SetUrlText(const UrlID& id, std::string SitUrlRec::*field,
-                              const std::string& text);
-  ZVRSIT_LOCAL std::string* GetLinkText(int link, std::int32_t SitPairRec::*field);
-  ZVRSIT_LOCAL int SetLinkText(int link, std::int32_t SitPairRec::*field, const std::string& text);
-  ZVRSIT_LOCAL int NextRelated(const UrlID& from, const UrlID& to, UrlID& other);
-
-  ZVRSIT_LOCAL PageReader& Reader();
-  ZVRSIT_LOCAL void FillFromDisk(SitUrlRec& record) const;
-  // Adds the target of the page in hand, and a link to it.
-  ZVRSIT_LOCAL int RegisterLink(const UrlID& page, int type, std::string_view target,
-                                std::string_view alternative, UrlID* to = nullptr);
-  ZVRSIT_LOCAL int RegisterLinkTo(const UrlID& page, const UrlID& to, int type,
-                                  std::string_view text, std::string_view alternative);
-  ZVRSIT_LOCAL int RegisterTarget(std::string_view target, UrlID& id);
-  ZVRSIT_LOCAL int RegisterAppletFolder(const UrlID& page, const UrlID& applet);
-  ZVRSIT_LOCAL int SaveRows(const UrlID& page, const Document& document);
-  ZVRSIT_LOCAL int SaveTexts(const UrlID& page, bool title, bool metas);
-  // The entry of a file: as it is, or made again from the disk.
-  ZVRSIT_LOCAL int AddInspected(const std::string& path);
-  ZVRSIT_LOCAL int Refill(const std::string& folder, int complete);
-  ZVRSIT_LOCAL std::unordered_map<std::string, std::int32_t> UserMarks();
-  ZVRSIT_LOCAL int EmptyStores(int complete);
-  ZVRSIT_LOCAL bool NoteRebuild(int state);
-  ZVRSIT_LOCAL int ReadPages();
-  ZVRSIT_LOCAL int DropMissing();
-
-  std::shared_ptr<PageReader> reader_;
-  DOM* dom_ = nullptr;  // the caller's, or null
+  // The stores, the history and the rest of what a manager holds; sit_mgr_inside.h.
+  class ZVRSIT_LOCAL Inside;
+  std::unique_ptr<Inside> inside_;
 };
 
 }  // namespace zvrsit

@@ -4,7 +4,7 @@
 #include "legacy/page_reader.h"
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_hist.h"
-#include "legacy/sit_mgr_base.h"
+#include "legacy/sit_mgr_inside.h"
 #include "legacy/sit_pair_db.h"
 #include "legacy/sit_prof.h"
 #include "links/html_values.h"
@@ -23,7 +23,7 @@ constexpr std::int32_t kStatusOfDisk =
 
 }  // namespace
 
-void SitMgrBase::FillFromDisk(SitUrlRec& record) const {
+void SitMgrBase::Inside::FillFromDisk(SitUrlRec& record) const {
   record.status &= ~kStatusOfDisk;
   record.fileType = static_cast<std::int32_t>(ClassifyFileType(record.key));
   platform::FileStat stat;
@@ -43,26 +43,27 @@ void SitMgrBase::FillFromDisk(SitUrlRec& record) const {
 int SitMgrBase::InspectUrl(const UrlID& id) {
   SitUrlRec record;
   if (id.kind != kKindPath || GetUrlRec(id, record) < 0) {
-    history_->NewStep();
-    return id.kind != kKindPath ? Fail(linkDB_ ? kSitBadArgument : kSitNotOpen) : -1;
+    inside_->history->NewStep();
+    return id.kind != kKindPath ? inside_->Fail(inside_->linkDB ? kSitBadArgument : kSitNotOpen)
+                                : -1;
   }
-  FillFromDisk(record);
+  inside_->FillFromDisk(record);
   return SetUrlRec(id, record) < 0 ? -1 : record.status;
 }
 
-int SitMgrBase::AddInspected(const std::string& path) {
-  if (const int found = urlDB_->Find(path); found >= 0) return Succeed(found);
-  history_->NewStep();
+int SitMgrBase::Inside::AddInspected(const std::string& path) {
+  if (const int found = urlDB->Find(path); found >= 0) return Succeed(found);
+  history->NewStep();
   SitUrlRec record;
   record.key = path;
   FillFromDisk(record);
-  const int index = urlDB_->Add(record);
+  const int index = urlDB->Add(record);
   return index < 0 ? Fail(kSitWriteFailed) : Succeed(index);
 }
 
-Document* SitMgrBase::LoadDocument(const std::string& path) {
-  PageReader& reader = Reader();
-  Document* document = (dom_ != nullptr ? dom_ : &reader.ownDom)->createDocument("HTML");
+Document* SitMgrBase::Inside::LoadDocument(const std::string& path) {
+  SitPageReader& reader = Reader();
+  Document* document = (dom != nullptr ? dom : &reader.ownDom)->createDocument("HTML");
   if (document == nullptr || !reader.file.open(path, 0)) return document;
   if (reader.conversion.Import(reader.file.top(), reader.file.size(), 0)) {
     document->createNodes(reader.conversion.text(), static_cast<int>(reader.conversion.length()),
@@ -72,36 +73,36 @@ Document* SitMgrBase::LoadDocument(const std::string& path) {
   return document;
 }
 
-void SitMgrBase::FreeDocument(Document* document) {
-  (dom_ != nullptr ? dom_ : &Reader().ownDom)->deleteDocument(document);
+void SitMgrBase::Inside::FreeDocument(Document* document) {
+  (dom != nullptr ? dom : &Reader().ownDom)->deleteDocument(document);
 }
 
 int SitMgrBase::SaveTitle(const UrlID& page, const Document& document) {
-  ExtractPage(document, LinkRules::Classic, Reader().rows);
-  return SaveTexts(page, true, false);
+  ExtractPage(document, LinkRules::Classic, inside_->Reader().rows);
+  return inside_->SaveTexts(page, true, false);
 }
 
 int SitMgrBase::SaveMeta(const UrlID& page, const Document& document) {
-  ExtractPage(document, LinkRules::Classic, Reader().rows);
-  return SaveTexts(page, false, true);
+  ExtractPage(document, LinkRules::Classic, inside_->Reader().rows);
+  return inside_->SaveTexts(page, false, true);
 }
 
 int SitMgrBase::SaveLinkEach(const UrlID& page, const Document& document) {
-  ExtractPage(document, LinkRules::Classic, Reader().rows);
-  return SaveRows(page, document);
+  ExtractPage(document, LinkRules::Classic, inside_->Reader().rows);
+  return inside_->SaveRows(page, document);
 }
 
-int SitMgrBase::SaveDocument(const UrlID& page, const Document& document) {
+int SitMgrBase::Inside::SaveDocument(const UrlID& page, const Document& document) {
   if (DropForeLinks(page) < 0) return -1;
   ExtractPage(document, LinkRules::Classic, Reader().rows);
   if (SaveTexts(page, true, true) < 0) return -1;
   return SaveRows(page, document);
 }
 
-int SitMgrBase::SaveTexts(const UrlID& page, bool title, bool metas) {
+int SitMgrBase::Inside::SaveTexts(const UrlID& page, bool title, bool metas) {
   SitUrlRec record;
-  if (GetUrlRec(page, record) < 0) {
-    history_->NewStep();
+  if (manager.GetUrlRec(page, record) < 0) {
+    history->NewStep();
     return -1;
   }
   const PageRows& rows = Reader().rows;
@@ -115,16 +116,17 @@ int SitMgrBase::SaveTexts(const UrlID& page, bool title, bool metas) {
       if (meta.key != MetaKey::kRefresh) *texts[static_cast<std::size_t>(meta.key)] = meta.content;
     }
   }
-  return SetUrlRec(page, record);
+  return manager.SetUrlRec(page, record);
 }
 
-int SitMgrBase::SaveRows(const UrlID& page, const Document& document) {
+int SitMgrBase::Inside::SaveRows(const UrlID& page, const Document& document) {
   const SitBlockDB* store = UrlStoreOf(page);
   if (store == nullptr || page.kind != kKindPath) return -1;
   if (const int state = store->State(page.id); state != kSitOk) return Fail(state);
-  PageReader& reader = Reader();
-  const SiteRec site = SiteNow();
-  const std::string docRoot = site.useDocRoot != 0 ? SiteString(site.dir[0]).value_or("") : "";
+  SitPageReader& reader = Reader();
+  const SiteRec profile = SiteNow();
+  const std::string docRoot =
+      profile.useDocRoot != 0 ? SiteString(profile.dir[0]).value_or("") : "";
   reader.resolver.BeginPage(docRoot.empty() ? SiteFolder() : docRoot, store->Key(page.id));
 
   const int before = FailedWrites();
@@ -151,8 +153,8 @@ int SitMgrBase::SaveRows(const UrlID& page, const Document& document) {
   return Written(before);
 }
 
-int SitMgrBase::RegisterTarget(std::string_view target, UrlID& id) {
-  PageReader& reader = Reader();
+int SitMgrBase::Inside::RegisterTarget(std::string_view target, UrlID& id) {
+  SitPageReader& reader = Reader();
   if (target.empty()) return Fail(kSitBadArgument);
   switch (reader.resolver.Resolve(target, reader.target)) {
     case TargetKind::kLocal:
@@ -160,7 +162,7 @@ int SitMgrBase::RegisterTarget(std::string_view target, UrlID& id) {
       id = {kKindPath, AddInspected(reader.target)};
       break;
     case TargetKind::kExternal:
-      id = {kKindUrl, UrlAdd(kKindUrl, reader.target)};
+      id = {kKindUrl, manager.UrlAdd(kKindUrl, reader.target)};
       break;
     default:
       return Fail(kSitBadArgument);
@@ -168,17 +170,17 @@ int SitMgrBase::RegisterTarget(std::string_view target, UrlID& id) {
   return id.id < 0 ? -1 : Succeed();
 }
 
-int SitMgrBase::RegisterLink(const UrlID& page, int type, std::string_view target,
-                             std::string_view alternative, UrlID* to) {
+int SitMgrBase::Inside::RegisterLink(const UrlID& page, int type, std::string_view target,
+                                     std::string_view alternative, UrlID* to) {
   UrlID id;
   if (RegisterTarget(target, id) < 0) return -1;
   if (to != nullptr) *to = id;
   return RegisterLinkTo(page, id, type, target, alternative);
 }
 
-int SitMgrBase::RegisterLinkTo(const UrlID& page, const UrlID& to, int type, std::string_view text,
-                               std::string_view alternative) {
-  const int link = LinkAdd(page, to);
+int SitMgrBase::Inside::RegisterLinkTo(const UrlID& page, const UrlID& to, int type,
+                                       std::string_view text, std::string_view alternative) {
+  const int link = manager.LinkAdd(page, to);
   if (link < 0) return -1;
   const auto record = ReadLink(link);
   if (!record) return -1;
@@ -186,16 +188,16 @@ int SitMgrBase::RegisterLinkTo(const UrlID& page, const UrlID& to, int type, std
   if (record->refCount > 1) return Succeed(link);
   const int before = FailedWrites();
   record->linkType = type;
-  if (!text.empty()) record->asIsUrlId = linkDB_->AddString(std::string(text).c_str());
+  if (!text.empty()) record->asIsUrlId = linkDB->AddString(std::string(text).c_str());
   if (!alternative.empty()) {
-    record->imgAltId = linkDB_->AddString(std::string(alternative).c_str());
+    record->imgAltId = linkDB->AddString(std::string(alternative).c_str());
   }
-  linkDB_->Write(*record);
+  linkDB->Write(*record);
   return Written(before, link);
 }
 
-int SitMgrBase::RegisterAppletFolder(const UrlID& page, const UrlID& applet) {
-  const std::string folder(FolderOf(urlDB_->Key(applet.id)));
+int SitMgrBase::Inside::RegisterAppletFolder(const UrlID& page, const UrlID& applet) {
+  const std::string folder(FolderOf(urlDB->Key(applet.id)));
   platform::FindData found;
   platform::FindHandle handle = platform::FindFirst(folder + "*.*", found);
   if (handle == nullptr) return Succeed();
@@ -208,14 +210,14 @@ int SitMgrBase::RegisterAppletFolder(const UrlID& page, const UrlID& applet) {
   return Succeed();
 }
 
-int SitMgrBase::RegisterParents(const std::string& path, const UrlID& child) {
+int SitMgrBase::Inside::RegisterParents(const std::string& path, const UrlID& child) {
   const std::string root = SiteFolder();
   UrlID below = child;
   std::string folder(FolderOf(path));
   while (!root.empty() && folder.starts_with(root)) {
-    const bool known = folderDB_->Find(folder) >= 0;
-    const int parent = FolderAdd(folder);
-    if (parent < 0 || RelAdd({kKindFolder, parent}, below) < 0) return -1;
+    const bool known = folderDB->Find(folder) >= 0;
+    const int parent = manager.FolderAdd(folder);
+    if (parent < 0 || manager.RelAdd({kKindFolder, parent}, below) < 0) return -1;
     // The folders above a known one are registered already.
     if (known) break;
     below = {kKindFolder, parent};

@@ -6,7 +6,7 @@
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_hist.h"
-#include "legacy/sit_mgr_base.h"
+#include "legacy/sit_mgr_inside.h"
 #include "legacy/sit_pair_db.h"
 #include "legacy/sit_prof.h"
 #include "platform/file.h"
@@ -60,15 +60,15 @@ class VisitedFolders {
 }  // namespace
 
 int SitMgrBase::RegisterAllFiles(const std::string& folder) {
-  if (!linkDB_ || folder.empty()) {
-    history_->NewStep();
-    return Fail(linkDB_ ? kSitBadArgument : kSitNotOpen);
+  if (!inside_->linkDB || folder.empty()) {
+    inside_->history->NewStep();
+    return inside_->Fail(inside_->linkDB ? kSitBadArgument : kSitNotOpen);
   }
   std::vector<std::string> work = {folder.back() == '\\' ? folder : folder + '\\'};
   VisitedFolders visited;
   if (!visited.Enter(work.back())) {
-    history_->NewStep();
-    return Fail(kSitNotFound);
+    inside_->history->NewStep();
+    return inside_->Fail(kSitNotFound);
   }
   while (!work.empty()) {
     const std::string current = std::move(work.back());
@@ -78,107 +78,107 @@ int SitMgrBase::RegisterAllFiles(const std::string& folder) {
     for (const FoundEntry& entry : ListFolder(current)) {
       if (entry.isFolder && !visited.Enter(entry.path)) continue;
       const UrlID child = entry.isFolder ? UrlID(kKindFolder, FolderAdd(entry.path))
-                                         : UrlID(kKindPath, RegisterFile(entry.path));
+                                         : UrlID(kKindPath, inside_->RegisterFile(entry.path));
       if (child.id < 0 || RelAdd({kKindFolder, parent}, child) < 0) return -1;
       if (entry.isFolder) work.push_back(entry.path);
     }
   }
-  return Succeed();
+  return inside_->Succeed();
 }
 
-int SitMgrBase::RegisterFile(const std::string& path) {
-  const int found = urlDB_->Find(path);
+int SitMgrBase::Inside::RegisterFile(const std::string& path) {
+  const int found = urlDB->Find(path);
   if (found < 0) return AddInspected(path);
-  return InspectUrl({kKindPath, found}) < 0 ? -1 : found;
+  return manager.InspectUrl({kKindPath, found}) < 0 ? -1 : found;
 }
 
 int SitMgrBase::SiteRebuildDB(int complete) {
-  if (!linkDB_) return Fail(kSitNotOpen);
-  const std::string folder = SiteFolder();
-  if (folder.empty()) return Fail(kSitNoValue);
+  if (!inside_->linkDB) return inside_->Fail(kSitNotOpen);
+  const std::string folder = inside_->SiteFolder();
+  if (folder.empty()) return inside_->Fail(kSitNoValue);
   platform::FileStat stat;
   if (platform::Stat(folder.substr(0, folder.size() - 1), stat) < 0 || !stat.isFolder()) {
-    return Fail(kSitNotFound);
+    return inside_->Fail(kSitNotFound);
   }
-  history_->Clear();
-  if (!NoteRebuild(1)) return Fail(kSitWriteFailed);
-  int result = Refill(folder, complete);
-  if (result == 0 && !NoteRebuild(0)) result = Fail(kSitWriteFailed);
+  inside_->history->Clear();
+  if (!inside_->NoteRebuild(1)) return inside_->Fail(kSitWriteFailed);
+  int result = inside_->Refill(folder, complete);
+  if (result == 0 && !inside_->NoteRebuild(0)) result = inside_->Fail(kSitWriteFailed);
   // Nothing of a rebuild can be taken back.
-  const int error = lastError_;
-  history_->Clear();
-  lastError_ = error;
+  const int error = inside_->lastError;
+  inside_->history->Clear();
+  inside_->lastError = error;
   return result;
 }
 
 // Writes how far a rebuild is into the site's profile, where a crash leaves it.
-bool SitMgrBase::NoteRebuild(int state) {
+bool SitMgrBase::Inside::NoteRebuild(int state) {
   SiteRec record;
-  if (siteProf_->Read(siteId_, record) < 0) return false;
+  if (siteProf->Read(siteId, record) < 0) return false;
   record.rebuild = state;
-  return siteProf_->Write(siteId_, record) == 0;
+  return siteProf->Write(siteId, record) == 0;
 }
 
 // The marks that the user has given to files.
-std::unordered_map<std::string, std::int32_t> SitMgrBase::UserMarks() {
+std::unordered_map<std::string, std::int32_t> SitMgrBase::Inside::UserMarks() {
   std::unordered_map<std::string, std::int32_t> marks;
-  for (int i = 0; i < urlDB_->Num(); ++i) {
-    const std::int32_t kept = GetUrlFtpMember({kKindPath, i});
-    if (lastError_ == kSitOk && (kept & ~kMemberReached) != 0) {
-      marks[urlDB_->Key(i)] = kept & ~kMemberReached;
+  for (int i = 0; i < urlDB->Num(); ++i) {
+    const std::int32_t kept = manager.GetUrlFtpMember({kKindPath, i});
+    if (lastError == kSitOk && (kept & ~kMemberReached) != 0) {
+      marks[urlDB->Key(i)] = kept & ~kMemberReached;
     }
   }
   return marks;
 }
 
-int SitMgrBase::Refill(const std::string& folder, int complete) {
+int SitMgrBase::Inside::Refill(const std::string& folder, int complete) {
   const auto marks = UserMarks();
   if (EmptyStores(complete) < 0) return Fail(kSitCannotOpen);
   const int before = FailedWrites();
-  for (int i = 0; i < urlDB_->Num(); ++i) InspectUrl({kKindPath, i});
-  if (RegisterAllFiles(folder) < 0 || ReadPages() < 0) return -1;
+  for (int i = 0; i < urlDB->Num(); ++i) manager.InspectUrl({kKindPath, i});
+  if (manager.RegisterAllFiles(folder) < 0 || ReadPages() < 0) return -1;
   for (const auto& [path, mark] : marks) {
-    const int file = urlDB_->Find(path);
-    if (file >= 0 && SetUrlFtpMember({kKindPath, file}, mark) < 0) return -1;
+    const int file = urlDB->Find(path);
+    if (file >= 0 && manager.SetUrlFtpMember({kKindPath, file}, mark) < 0) return -1;
   }
   return DropMissing() < 0 ? -1 : Written(before);
 }
 
-int SitMgrBase::EmptyStores(int complete) {
-  bool emptied = linkDB_->Remove() == 0 && relDB_->Remove() == 0 && folderDB_->Remove() == 0;
-  if (complete != 0 || !urlDB_->IsWhole() || !junkDB_->IsWhole())
-    emptied = emptied && urlDB_->Remove() == 0 && junkDB_->Remove() == 0;
-  return emptied && linkDB_->IsOpen() && relDB_->IsOpen() ? 0 : -1;
+int SitMgrBase::Inside::EmptyStores(int complete) {
+  bool emptied = linkDB->Remove() == 0 && relDB->Remove() == 0 && folderDB->Remove() == 0;
+  if (complete != 0 || !urlDB->IsWhole() || !junkDB->IsWhole())
+    emptied = emptied && urlDB->Remove() == 0 && junkDB->Remove() == 0;
+  return emptied && linkDB->IsOpen() && relDB->IsOpen() ? 0 : -1;
 }
 
-int SitMgrBase::ReadPages() {
-  const int pages = urlDB_->Num();
+int SitMgrBase::Inside::ReadPages() {
+  const int pages = urlDB->Num();
   for (int i = 0; i < pages; ++i) {
     SitUrlRec record;
-    if (urlDB_->Read(i, record) != kSitOk) continue;
+    if (urlDB->Read(i, record) != kSitOk) continue;
     if (record.fileType != static_cast<std::int32_t>(FT_HTML)) continue;
     if ((record.status & (kStatusFound | kStatusOutside | kStatusBroken)) != kStatusFound) continue;
     Document* document = LoadDocument(record.key);
     const int result = document != nullptr ? SaveDocument({kKindPath, i}, *document) : -1;
     FreeDocument(document);
     if (result < 0) return -1;
-    history_->Clear();
+    history->Clear();
   }
   return Succeed();
 }
 
-int SitMgrBase::DropMissing() {
-  for (int i = 0; i < urlDB_->Num(); ++i) {
+int SitMgrBase::Inside::DropMissing() {
+  for (int i = 0; i < urlDB->Num(); ++i) {
     SitUrlRec record;
-    if (urlDB_->Read(i, record) != kSitOk || (record.status & kStatusMissing) == 0) continue;
+    if (urlDB->Read(i, record) != kSitOk || (record.status & kStatusMissing) == 0) continue;
     const bool marked = (record.ftpMember & ~kMemberReached) != 0;
     const UrlID id(kKindPath, i);
-    if (!marked && linkDB_->Matching(kAnyUrlID, id).empty() && UrlDel(id) < 0) return -1;
+    if (!marked && linkDB->Matching(kAnyUrlID, id).empty() && manager.UrlDel(id) < 0) return -1;
   }
-  for (int i = 0; i < junkDB_->Num(); ++i) {
+  for (int i = 0; i < junkDB->Num(); ++i) {
     const UrlID id(kKindUrl, i);
-    if (junkDB_->State(i) != kSitOk || !linkDB_->Matching(kAnyUrlID, id).empty()) continue;
-    if (UrlDel(id) < 0) return -1;
+    if (junkDB->State(i) != kSitOk || !linkDB->Matching(kAnyUrlID, id).empty()) continue;
+    if (manager.UrlDel(id) < 0) return -1;
   }
   return Succeed();
 }

@@ -3,7 +3,7 @@
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_hist.h"
-#include "legacy/sit_mgr_base.h"
+#include "legacy/sit_mgr_inside.h"
 #include "legacy/sit_pair_db.h"
 #include "legacy/sit_prof.h"
 #include "platform/file.h"
@@ -27,147 +27,149 @@ std::string StampOf(const std::array<std::string, 5>& paths) {
 }  // namespace
 
 int SitMgrBase::SiteOpen(const std::string& name) {
-  history_->NewStep();
-  if (!siteProf_ || !dbDir_) return Fail(kSitNoStore);
-  if (site_) return Fail(kSitAlreadyHeld);
+  inside_->history->NewStep();
+  if (!inside_->siteProf || !inside_->dbDir) return inside_->Fail(kSitNoStore);
+  if (inside_->site) return inside_->Fail(kSitAlreadyHeld);
   SiteRec record;
   int number = -1;
-  if (siteProf_->Find(name, record, &number) < 0) return Fail(kSitNoProfile);
+  if (inside_->siteProf->Find(name, record, &number) < 0) return inside_->Fail(kSitNoProfile);
   const std::array<std::int32_t, 5> files = {record.urlDB, record.junkDB, record.linkDB,
                                              record.folderDB, record.relDB};
   std::array<std::string, 5> paths;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    const auto file = SiteString(files[i]);
-    if (!file || file->empty()) return Fail(kSitNoValue);
-    paths[i] = *dbDir_ + *file;
+    const auto file = inside_->SiteString(files[i]);
+    if (!file || file->empty()) return inside_->Fail(kSitNoValue);
+    paths[i] = *inside_->dbDir + *file;
   }
   const std::string stamp = StampOf(paths);
-  if (!OpenStores(paths)) {
-    CloseStores();
-    return Fail(kSitCannotOpen);
+  if (!inside_->OpenStores(paths)) {
+    inside_->CloseStores();
+    return inside_->Fail(kSitCannotOpen);
   }
-  site_ = std::make_shared<SiteRec>(record);
-  siteId_ = number;
-  history_->EnterFiles(stamp);
-  return Succeed();
+  inside_->site = std::make_shared<SiteRec>(record);
+  inside_->siteId = number;
+  inside_->history->EnterFiles(stamp);
+  return inside_->Succeed();
 }
 
-bool SitMgrBase::OpenStores(const std::array<std::string, 5>& paths) {
+bool SitMgrBase::Inside::OpenStores(const std::array<std::string, 5>& paths) {
   for (const std::string& path : paths) platform::MakeFolderOfPath(path);
-  SitHist* history = history_.get();
-  urlDB_ = std::make_shared<SitBlockDB>(history);
-  junkDB_ = std::make_shared<SitBlockDB>(history);
-  folderDB_ = std::make_shared<SitBlockDB>(history);
-  linkDB_ = std::make_shared<SitPairDB>(paths[2], SitPairDB::kLinkFile, history);
-  relDB_ = std::make_shared<SitPairDB>(paths[4], SitPairDB::kRelationFile, history);
+  SitHist* steps = history.get();
+  urlDB = std::make_shared<SitBlockDB>(steps);
+  junkDB = std::make_shared<SitBlockDB>(steps);
+  folderDB = std::make_shared<SitBlockDB>(steps);
+  linkDB = std::make_shared<SitPairDB>(paths[2], SitPairDB::kLinkFile, steps);
+  relDB = std::make_shared<SitPairDB>(paths[4], SitPairDB::kRelationFile, steps);
   // A pair file with a damaged header is open all the same; a rebuild fills it again.
-  return urlDB_->Open(paths[0], SitBlockDB::kUrlFile, SitBlockDB::kBuckets) == 0 &&
-         junkDB_->Open(paths[1], SitBlockDB::kJunkFile, SitBlockDB::kBuckets) == 0 &&
-         folderDB_->Open(paths[3], SitBlockDB::kFolderFile, SitBlockDB::kBuckets) == 0 &&
-         linkDB_->IsOpen() && relDB_->IsOpen();
+  return urlDB->Open(paths[0], SitBlockDB::kUrlFile, SitBlockDB::kBuckets) == 0 &&
+         junkDB->Open(paths[1], SitBlockDB::kJunkFile, SitBlockDB::kBuckets) == 0 &&
+         folderDB->Open(paths[3], SitBlockDB::kFolderFile, SitBlockDB::kBuckets) == 0 &&
+         linkDB->IsOpen() && relDB->IsOpen();
 }
 
-std::array<std::string, 5> SitMgrBase::StorePaths() const {
-  return {urlDB_->path(), junkDB_->path(), linkDB_->path(), folderDB_->path(), relDB_->path()};
+std::array<std::string, 5> SitMgrBase::Inside::StorePaths() const {
+  return {urlDB->path(), junkDB->path(), linkDB->path(), folderDB->path(), relDB->path()};
 }
 
-void SitMgrBase::CloseStores() {
-  urlDB_.reset();
-  junkDB_.reset();
-  folderDB_.reset();
-  linkDB_.reset();
-  relDB_.reset();
-  site_.reset();
-  siteId_ = -1;
+void SitMgrBase::Inside::CloseStores() {
+  urlDB.reset();
+  junkDB.reset();
+  folderDB.reset();
+  linkDB.reset();
+  relDB.reset();
+  site.reset();
+  siteId = -1;
 }
 
 int SitMgrBase::SiteClose() {
-  history_->NewStep();
-  if (!linkDB_) return Fail(kSitNotOpen);
-  const std::array<std::string, 5> paths = StorePaths();
+  inside_->history->NewStep();
+  if (!inside_->linkDB) return inside_->Fail(kSitNotOpen);
+  const std::array<std::string, 5> paths = inside_->StorePaths();
   bool closed = true;
   // Packing closes; what could not be packed is closed as it is.
   const auto close = [&closed](auto& store) {
     const bool packed = store.Pack(false) >= 0;
     closed = store.Close() == 0 && packed && closed;
   };
-  for (SitPairDB* store : {linkDB_.get(), relDB_.get()}) close(*store);
-  for (SitBlockDB* store : {urlDB_.get(), junkDB_.get(), folderDB_.get()}) close(*store);
-  CloseStores();
-  history_->LeaveFiles(StampOf(paths));
-  return closed ? Succeed() : Fail(kSitWriteFailed);
+  for (SitPairDB* store : {inside_->linkDB.get(), inside_->relDB.get()}) close(*store);
+  for (SitBlockDB* store : {inside_->urlDB.get(), inside_->junkDB.get(), inside_->folderDB.get()})
+    close(*store);
+  inside_->CloseStores();
+  inside_->history->LeaveFiles(StampOf(paths));
+  return closed ? inside_->Succeed() : inside_->Fail(kSitWriteFailed);
 }
 
 bool SitMgrBase::IsSiteWhole() const {
   const auto isEntry = [this](const UrlID& id) {
-    const SitBlockDB* store = id.kind == kKindPath     ? urlDB_.get()
-                              : id.kind == kKindUrl    ? junkDB_.get()
-                              : id.kind == kKindFolder ? folderDB_.get()
+    const SitBlockDB* store = id.kind == kKindPath     ? inside_->urlDB.get()
+                              : id.kind == kKindUrl    ? inside_->junkDB.get()
+                              : id.kind == kKindFolder ? inside_->folderDB.get()
                                                        : nullptr;
     return store != nullptr && store->State(id.id) == kSitOk;
   };
-  return linkDB_ && linkDB_->IsWhole() && relDB_->IsWhole() && urlDB_->IsWhole() &&
-         junkDB_->IsWhole() && folderDB_->IsWhole() && SiteNow().rebuild != 1 &&
-         linkDB_->HasAllEnds(isEntry) && relDB_->HasAllEnds(isEntry);
+  return inside_->linkDB && inside_->linkDB->IsWhole() && inside_->relDB->IsWhole() &&
+         inside_->urlDB->IsWhole() && inside_->junkDB->IsWhole() && inside_->folderDB->IsWhole() &&
+         inside_->SiteNow().rebuild != 1 && inside_->linkDB->HasAllEnds(isEntry) &&
+         inside_->relDB->HasAllEnds(isEntry);
 }
 
-std::optional<std::string> SitMgrBase::SiteString(int id) const {
-  return siteProf_ ? siteProf_->GetString(id) : std::nullopt;
+std::optional<std::string> SitMgrBase::Inside::SiteString(int id) const {
+  return siteProf ? siteProf->GetString(id) : std::nullopt;
 }
 
-SiteRec SitMgrBase::SiteNow() const {
+SiteRec SitMgrBase::Inside::SiteNow() const {
   SiteRec record;
-  if (site_ && siteProf_) siteProf_->Read(siteId_, record);
+  if (site && siteProf) siteProf->Read(siteId, record);
   return record;
 }
 
-std::string SitMgrBase::SiteFolder() const {
+std::string SitMgrBase::Inside::SiteFolder() const {
   std::string folder = SiteString(SiteNow().dir[1]).value_or("");
   if (!folder.empty() && folder.back() != '\\') folder += '\\';
   return folder;
 }
 
-std::string SitMgrBase::TopFile() const {
+std::string SitMgrBase::Inside::TopFile() const {
   return SiteString(SiteNow().topFile).value_or("");
 }
 
 // A setter of the open site's profile.
-int SitMgrBase::SetOpenSite(const std::function<int()>& set) {
-  if (linkDB_) return set();
-  history_->NewStep();
+int SitMgrBase::Inside::SetOpenSite(const std::function<int()>& set) {
+  if (linkDB) return set();
+  history->NewStep();
   return Fail(kSitNotOpen);
 }
 
 int SitMgrBase::SetSiteTopFile(const std::string& text) {
-  return SetOpenSite([&] { return SetSiteProfTopFile(siteId_, text); });
+  return inside_->SetOpenSite([&] { return SetSiteProfTopFile(inside_->siteId, text); });
 }
 
 int SitMgrBase::SetSiteDir(const std::string& text, int folder) {
-  return SetOpenSite([&] { return SetSiteProfDir(siteId_, text, folder); });
+  return inside_->SetOpenSite([&] { return SetSiteProfDir(inside_->siteId, text, folder); });
 }
 
 int SitMgrBase::SetSiteServProf(const std::string& text) {
-  return SetOpenSite([&] { return SetSiteProfServProf(siteId_, text); });
+  return inside_->SetOpenSite([&] { return SetSiteProfServProf(inside_->siteId, text); });
 }
 
 int SitMgrBase::SetSiteUrlDB(const std::string& text) {
-  return SetOpenSite([&] { return SetSiteProfUrlDB(siteId_, text); });
+  return inside_->SetOpenSite([&] { return SetSiteProfUrlDB(inside_->siteId, text); });
 }
 
 int SitMgrBase::SetSiteJunkDB(const std::string& text) {
-  return SetOpenSite([&] { return SetSiteProfJunkDB(siteId_, text); });
+  return inside_->SetOpenSite([&] { return SetSiteProfJunkDB(inside_->siteId, text); });
 }
 
 int SitMgrBase::SetSiteLinkDB(const std::string& text) {
-  return SetOpenSite([&] { return SetSiteProfLinkDB(siteId_, text); });
+  return inside_->SetOpenSite([&] { return SetSiteProfLinkDB(inside_->siteId, text); });
 }
 
 std::string* SitMgrBase::GetSiteTopFile() {
-  return linkDB_ ? GetSiteProfTopFile(siteId_) : FailText(kSitNotOpen);
+  return inside_->linkDB ? GetSiteProfTopFile(inside_->siteId) : inside_->FailText(kSitNotOpen);
 }
 
 std::string* SitMgrBase::GetSiteDir(int folder) {
-  return linkDB_ ? GetSiteProfDir(siteId_, folder) : FailText(kSitNotOpen);
+  return inside_->linkDB ? GetSiteProfDir(inside_->siteId, folder) : inside_->FailText(kSitNotOpen);
 }
 
 }  // namespace zvrsit

@@ -4,7 +4,7 @@
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_hist.h"
-#include "legacy/sit_mgr_base.h"
+#include "legacy/sit_mgr_inside.h"
 #include "legacy/sit_pair_db.h"
 #include "legacy/sit_prof.h"
 #include "legacy/word_record.h"
@@ -132,28 +132,28 @@ int UndoProf(SitProf<Rec>* store, SitHist& history, HistProc* step, const HistCe
 }  // namespace
 
 int SitMgrBase::Undo() {
-  const int before = FailedWrites();
+  const int before = inside_->FailedWrites();
   int depth = 0;
   do {
-    HistProc* step = history_->LastStep();
+    HistProc* step = inside_->history->LastStep();
     if (step == nullptr) break;
     if (step->groupMark == kGroupEnd) ++depth;
     if (step->groupMark == kGroupBegin) --depth;
-    UndoCells(step);
-    history_->DropLastStep();
+    inside_->UndoCells(step);
+    inside_->history->DropLastStep();
   } while (depth > 0);
-  Written(before);
+  inside_->Written(before);
   return 0;
 }
 
 int SitMgrBase::UndoWithAlternatives() {
-  keepsTextNumbers_ = true;
+  inside_->keepsTextNumbers = true;
   Undo();
-  keepsTextNumbers_ = false;
+  inside_->keepsTextNumbers = false;
   return 0;
 }
 
-void SitMgrBase::UndoCells(HistProc* step) {
+void SitMgrBase::Inside::UndoCells(HistProc* step) {
   if (step->cells.empty()) return;
   for (auto cell = std::prev(step->cells.end());;) {
     // The handler may drop this cell, never one before it.
@@ -165,22 +165,22 @@ void SitMgrBase::UndoCells(HistProc* step) {
   }
 }
 
-void SitMgrBase::UndoCell(HistProc* step, HistCell* cell) {
+void SitMgrBase::Inside::UndoCell(HistProc* step, HistCell* cell) {
   switch (cell->code & kTagMask) {
     case kTagLink:
     case kTagRel:
-      UndoLinkDB(step, cell);
+      manager.UndoLinkDB(step, cell);
       break;
     case kTagUrl:
     case kTagJunk:
     case kTagFolder:
-      UndoUrlDB(step, cell);
+      manager.UndoUrlDB(step, cell);
       break;
     case kTagSiteProf:
-      UndoSiteProf(step, cell);
+      manager.UndoSiteProf(step, cell);
       break;
     case kTagServProf:
-      UndoServProf(step, cell);
+      manager.UndoServProf(step, cell);
       break;
     default:
       break;
@@ -190,8 +190,8 @@ void SitMgrBase::UndoCell(HistProc* step, HistCell* cell) {
 int SitMgrBase::UndoLinkDB(HistProc* step, HistCell* cell) {
   const std::uint32_t tag = cell->code & kTagMask;
   if (tag != kTagLink && tag != kTagRel) return -1;
-  SitPairDB* store = tag == kTagLink ? linkDB_.get() : relDB_.get();
-  if (store == nullptr || !history_->IsOfOpenFiles(*step)) return 0;
+  SitPairDB* store = tag == kTagLink ? inside_->linkDB.get() : inside_->relDB.get();
+  if (store == nullptr || !inside_->history->IsOfOpenFiles(*step)) return 0;
   const int bank = tag == kTagLink ? 0 : 1;
   SitPairRec record;
   const bool hasRecord = WordsFromText(cell->data, record);
@@ -202,7 +202,7 @@ int SitMgrBase::UndoLinkDB(HistProc* step, HistCell* cell) {
       break;
     case kOpStringDelete: {
       const int restored =
-          store->AddString(cell->data.c_str(), keepsTextNumbers_ ? cell->value : 0);
+          store->AddString(cell->data.c_str(), inside_->keepsTextNumbers ? cell->value : 0);
       // Where the count is raised for it, the cell of the reversal stays. Meant.
       drop = EnterRestored(remapBanks[bank], cell->value, restored);
       break;
@@ -219,15 +219,18 @@ int SitMgrBase::UndoLinkDB(HistProc* step, HistCell* cell) {
     default:
       break;
   }
-  if (drop) history_->DropLastCell(step);
+  if (drop) inside_->history->DropLastCell(step);
   return 0;
 }
 
 int SitMgrBase::UndoUrlDB(HistProc* step, HistCell* cell) {
   const std::uint32_t tag = cell->code & kTagMask;
   if (tag != kTagUrl && tag != kTagJunk && tag != kTagFolder) return -1;
-  SitBlockDB* store = (tag == kTagUrl ? urlDB_ : tag == kTagJunk ? junkDB_ : folderDB_).get();
-  if (store == nullptr || !history_->IsOfOpenFiles(*step)) return 0;
+  SitBlockDB* store = (tag == kTagUrl    ? inside_->urlDB
+                       : tag == kTagJunk ? inside_->junkDB
+                                         : inside_->folderDB)
+                          .get();
+  if (store == nullptr || !inside_->history->IsOfOpenFiles(*step)) return 0;
   SitUrlRec record;
   if (!DecodeUrlRec(cell->data.data(), cell->data.size(), record)) return 0;
   bool done = false;
@@ -244,18 +247,18 @@ int SitMgrBase::UndoUrlDB(HistProc* step, HistCell* cell) {
     default:
       break;
   }
-  if (done) history_->DropLastCell(step);
+  if (done) inside_->history->DropLastCell(step);
   return 0;
 }
 
 int SitMgrBase::UndoSiteProf(HistProc* step, HistCell* cell) {
   if ((cell->code & kTagMask) != kTagSiteProf) return -1;
-  return UndoProf(siteProf_.get(), *history_, step, *cell);
+  return UndoProf(inside_->siteProf.get(), *inside_->history, step, *cell);
 }
 
 int SitMgrBase::UndoServProf(HistProc* step, HistCell* cell) {
   if ((cell->code & kTagMask) != kTagServProf) return -1;
-  return UndoProf(servProf_.get(), *history_, step, *cell);
+  return UndoProf(inside_->servProf.get(), *inside_->history, step, *cell);
 }
 
 }  // namespace zvrsit

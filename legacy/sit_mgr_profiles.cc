@@ -6,6 +6,7 @@
 #include "legacy/prof_editor.h"
 #include "legacy/sit_hist.h"
 #include "legacy/sit_mgr.h"
+#include "legacy/sit_mgr_inside.h"
 #include "util/server_fields.h"
 
 namespace zvrsit {
@@ -96,45 +97,45 @@ bool SetFields(ProfEditor<Rec> profiles, int number, const Property& wanted,
 int SitMgr::GetSiteProf(const std::string& name, SitSiteProperty& property) {
   const int number = SiteProfGetID(name);
   if (number < 0) return -1;
-  GetFields<SiteRec>(Sites(), number, property, SiteFields());
+  GetFields<SiteRec>(inside_->Sites(), number, property, SiteFields());
   for (int i = 0; i < 10; ++i) {
     property.dir[static_cast<std::size_t>(i)] = Taken(GetSiteProfDir(number, i));
   }
-  return Succeed();
+  return inside_->Succeed();
 }
 
 int SitMgr::SetSiteProf(const std::string& name, const SitSiteProperty& property) {
-  const Group group(*history_);
-  const int before = FailedWrites();
+  const Inside::Group group(*inside_->history);
+  const int before = inside_->FailedWrites();
   if (SiteProfGetID(name) < 0 && SiteProfAdd(name) < 0) return -1;
   const int number = SiteProfGetID(name);
   SitSiteProperty present;
   if (number < 0 || GetSiteProf(name, present) < 0) return -1;
-  if (!SetFields<SiteRec>(Sites(), number, property, present, SiteFields())) return -1;
+  if (!SetFields<SiteRec>(inside_->Sites(), number, property, present, SiteFields())) return -1;
   for (int i = 0; i < 10; ++i) {
     const std::string& folder = property.dir[static_cast<std::size_t>(i)];
     if (folder.empty() || folder == present.dir[static_cast<std::size_t>(i)]) continue;
     if (SetSiteProfDir(number, folder, i) < 0) return -1;
   }
-  return Written(before);
+  return inside_->Written(before);
 }
 
 int SitMgr::GetServProf(const std::string& name, SitServProperty& property) {
   const int number = ServProfGetID(name);
   if (number < 0) return -1;
-  GetFields<ServRec>(Servers(), number, property, ServFields());
-  return Succeed();
+  GetFields<ServRec>(inside_->Servers(), number, property, ServFields());
+  return inside_->Succeed();
 }
 
 int SitMgr::SetServProf(const std::string& name, const SitServProperty& property) {
-  const Group group(*history_);
-  const int before = FailedWrites();
+  const Inside::Group group(*inside_->history);
+  const int before = inside_->FailedWrites();
   if (ServProfGetID(name) < 0 && ServProfAdd(name) < 0) return -1;
   const int number = ServProfGetID(name);
   SitServProperty present;
   if (number < 0 || GetServProf(name, present) < 0) return -1;
-  const bool set = SetFields<ServRec>(Servers(), number, property, present, ServFields());
-  return set ? Written(before) : -1;
+  const bool set = SetFields<ServRec>(inside_->Servers(), number, property, present, ServFields());
+  return set ? inside_->Written(before) : -1;
 }
 
 }  // namespace zvrsit

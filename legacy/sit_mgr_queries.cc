@@ -1,6 +1,7 @@
 // The operations that ask.
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_mgr.h"
+#include "legacy/sit_mgr_inside.h"
 #include "legacy/sit_pair_db.h"
 #include "util/mb_string.h"
 
@@ -44,15 +45,17 @@ bool HoldsWord(std::string text, const std::string& lowerWord) {
 }  // namespace
 
 std::string* SitMgr::EnumSiteProf(int reset) {
-  return NextName(reset, sitePosition, lastError_, [this](int i) { return SiteProfName(i); });
+  return NextName(reset, sitePosition, inside_->lastError,
+                  [this](int i) { return SiteProfName(i); });
 }
 
 std::string* SitMgr::EnumServProf(int reset) {
-  return NextName(reset, servPosition, lastError_, [this](int i) { return ServProfName(i); });
+  return NextName(reset, servPosition, inside_->lastError,
+                  [this](int i) { return ServProfName(i); });
 }
 
 std::string* SitMgr::NextEntry(int reset, int kind, int& position) {
-  return NextName(reset, position, lastError_, [&](int i) { return UrlUrl({kind, i}); });
+  return NextName(reset, position, inside_->lastError, [&](int i) { return UrlUrl({kind, i}); });
 }
 
 std::string* SitMgr::EnumPath(int reset) {
@@ -64,20 +67,21 @@ std::string* SitMgr::EnumUrl(int reset) {
 }
 
 std::string* SitMgr::EnumFolder(int reset) {
-  return NextName(reset, folderPosition, lastError_, [this](int i) { return FolderName(i); });
+  return NextName(reset, folderPosition, inside_->lastError,
+                  [this](int i) { return FolderName(i); });
 }
 
 std::string* SitMgr::SearchKeyword(int reset, const std::string& word) {
   std::string lowerWord = word;
   ToLowerMB(lowerWord);
-  return NextName(reset, searchPosition, lastError_, [&](int i) -> std::string* {
+  return NextName(reset, searchPosition, inside_->lastError, [&](int i) -> std::string* {
     SitUrlRec record;
     if (GetUrlRec({kKindPath, i}, record) < 0) return nullptr;
     if (HoldsWord(record.title, lowerWord) || HoldsWord(record.keywords, lowerWord) ||
         HoldsWord(record.description, lowerWord)) {
       return new std::string(record.key);
     }
-    return FailText(kSitNotFound);
+    return inside_->FailText(kSitNotFound);
   });
 }
 
@@ -89,27 +93,27 @@ int SitMgr::GetUrlProperty(const std::string& url, SitUrlRec& property) {
 int SitMgr::EnumLink(int reset, std::string** from, std::string** to) {
   if (reset != 0) {
     linkPosition = 0;
-    return Succeed();
+    return inside_->Succeed();
   }
-  if (from == nullptr || to == nullptr) return Fail(kSitBadArgument);
+  if (from == nullptr || to == nullptr) return inside_->Fail(kSitBadArgument);
   UrlID source;
   UrlID target;
   while (LinkBothSides(linkPosition, source, target) < 0) {
-    if (lastError_ == kSitPastEnd) {
+    if (inside_->lastError == kSitPastEnd) {
       linkPosition = 0;
       return -1;
     }
     ++linkPosition;
-    if (lastError_ != kSitNotFound) return -1;
+    if (inside_->lastError != kSitNotFound) return -1;
   }
   ++linkPosition;
   *from = UrlUrl(source);
-  if (*from == nullptr) return Fail(kSitNoStore);
+  if (*from == nullptr) return inside_->Fail(kSitNoStore);
   *to = UrlUrl(target);
-  if (*to != nullptr) return Succeed();
+  if (*to != nullptr) return inside_->Succeed();
   DeleteString(*from);
   *from = nullptr;
-  return FailTarget();
+  return inside_->FailTarget();
 }
 
 std::string* SitMgr::NextLink(const std::string& url, LinkQuery query) {
@@ -119,7 +123,7 @@ std::string* SitMgr::NextLink(const std::string& url, LinkQuery query) {
   if (link < 0) return nullptr;
   if (query == LinkQuery::kBroken) {
     const int status = GetLinkStatus(link);
-    if (lastError_ != kSitOk) return nullptr;
+    if (inside_->lastError != kSitOk) return nullptr;
     // Null for a link that is not broken does not end the enumeration; the last error, 0, tells.
     if ((status & kStatusBroken) == 0) return nullptr;
   }
@@ -127,7 +131,8 @@ std::string* SitMgr::NextLink(const std::string& url, LinkQuery query) {
   UrlID to;
   if (LinkBothSides(link, from, to) < 0) return nullptr;
   std::string* text = UrlUrl(query == LinkQuery::kBack ? from : to);
-  if (text == nullptr) query == LinkQuery::kBack ? Fail(kSitNoStore) : FailTarget();
+  if (text == nullptr)
+    query == LinkQuery::kBack ? inside_->Fail(kSitNoStore) : inside_->FailTarget();
   return text;
 }
 
@@ -147,22 +152,22 @@ int SitMgr::FindLink(const std::string& from, const std::string& to) {
   UrlID source;
   UrlID target;
   if (UrlFind(from, source) < 0 || UrlFind(to, target) < 0) return -1;
-  const std::vector<int> links = linkDB_->Matching(source, target);
-  return links.empty() ? Fail(kSitNotFound) : Succeed(links.front());
+  const std::vector<int> links = inside_->linkDB->Matching(source, target);
+  return links.empty() ? inside_->Fail(kSitNotFound) : inside_->Succeed(links.front());
 }
 
 int SitMgr::GetLinkProperty(const std::string& from, const std::string& to,
                             SitLinkProperty& property) {
   const int link = FindLink(from, to);
   if (link < 0) return -1;
-  const auto record = ReadLink(link);
+  const auto record = inside_->ReadLink(link);
   if (!record) return -1;
   property.type = record->linkType;
   property.count = record->refCount;
-  property.asIsUrl = linkDB_->GetString(record->asIsUrlId).value_or("");
-  property.imgAlt = linkDB_->GetString(record->imgAltId).value_or("");
+  property.asIsUrl = inside_->linkDB->GetString(record->asIsUrlId).value_or("");
+  property.imgAlt = inside_->linkDB->GetString(record->imgAltId).value_or("");
   property.status = GetLinkStatus(link);
-  return Succeed();
+  return inside_->Succeed();
 }
 
 std::string* SitMgr::NextChild(const std::string& folder, int kind) {
@@ -184,8 +189,8 @@ std::string* SitMgr::GetChild(const std::string& folder) {
 }
 
 std::string* SitMgr::GetRel(const std::string& path) {
-  if (!linkDB_) return FailText(kSitNotOpen);
-  UrlID child(kKindPath, urlDB_->Find(path));
+  if (!inside_->linkDB) return inside_->FailText(kSitNotOpen);
+  UrlID child(kKindPath, inside_->urlDB->Find(path));
   if (child.id < 0) child = {kKindFolder, FolderFind(path)};
   UrlID parent;
   if (child.id < 0 || RelNextParent(child, parent) < 0) return nullptr;

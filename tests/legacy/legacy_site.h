@@ -8,6 +8,7 @@
 
 #include "legacy/sit_block_db.h"
 #include "legacy/sit_mgr.h"
+#include "legacy/sit_mgr_inside.h"
 #include "legacy/sit_pair_db.h"
 #include "support/temp_folder.h"
 
@@ -16,8 +17,8 @@ namespace zvrsit::test {
 // A manager that lets a test look at its stores.
 class OpenSitMgr : public SitMgr {
  public:
-  SitPairDB& links() { return *linkDB_; }
-  SitPairDB& relations() { return *relDB_; }
+  SitPairDB& links() { return *inside_->linkDB; }
+  SitPairDB& relations() { return *inside_->relDB; }
 };
 
 // The text of a string that the library gave, which is given back; "(null)" for none.
