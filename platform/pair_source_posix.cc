@@ -8,15 +8,10 @@ namespace zvrsit::platform {
 namespace {
 
 const char* NameForIconv(unsigned codePage) {
-  switch (codePage) {
-    case kShiftJis:
-      return "CP932";
-    case kGb18030:
-      return "GB18030";
-    case kEucKr:
-      return "UHC";
-    case kBig5:
-      return "BIG5-HKSCS";
+  constexpr std::pair<unsigned, const char*> kNames[] = {
+      {kShiftJis, "CP932"}, {kGb18030, "GB18030"}, {kEucKr, "UHC"}, {kBig5, "BIG5-HKSCS"}};
+  for (const auto& [page, name] : kNames) {
+    if (page == codePage) return name;
   }
   return "EUC-JP-MS";
 }

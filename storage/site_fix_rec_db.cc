@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <utility>
@@ -80,17 +81,15 @@ int SiteFixRecDB::Close() {
 // Whether the class is one that the file's class derives from.
 bool SiteFixRecDB::IsBaseOfRecords(int classType) const {
   if (classType == SiteBaseRec::kRecordType) return true;
-  switch (recordType) {
-    case SiteUrlRec::kRecordType:
-    case SitePathRec::kRecordType:
-    case SiteSiteRec::kRecordType:
-    case SiteServRec::kRecordType:
-      return classType == SiteNodeRec::kRecordType;
-    case SiteLinkRec::kRecordType:
-      return classType == SiteRelRec::kRecordType;
-    default:
-      return false;
-  }
+  constexpr std::pair<int, int> kWithBase[] = {
+      {SiteUrlRec::kRecordType, SiteNodeRec::kRecordType},
+      {SitePathRec::kRecordType, SiteNodeRec::kRecordType},
+      {SiteSiteRec::kRecordType, SiteNodeRec::kRecordType},
+      {SiteServRec::kRecordType, SiteNodeRec::kRecordType},
+      {SiteLinkRec::kRecordType, SiteRelRec::kRecordType},
+  };
+  return std::find(std::begin(kWithBase), std::end(kWithBase), std::pair(recordType, classType)) !=
+         std::end(kWithBase);
 }
 
 // The offset of the live slot of an id, or -1. The look-up of id 0 in a file without ids throws.

@@ -1,5 +1,8 @@
 #include "util/file_type.h"
 
+#include <algorithm>
+#include <array>
+
 #include "platform/single_byte.h"
 #include "util/mb_string.h"
 
@@ -26,59 +29,34 @@ std::uint64_t PackLowered(std::string_view text) {
   return packed;
 }
 
+struct ExtensionType {
+  std::uint64_t extension;
+  std::uint32_t type;
+  constexpr bool operator<(const ExtensionType& other) const { return extension < other.extension; }
+};
+
+// In the order of the packed extensions.
+constexpr auto kTypes = [] {
+  std::array types = std::to_array<ExtensionType>({
+      {Pack("htm"), FT_HTML},   {Pack("html"), FT_HTML},  {Pack("shtm"), FT_HTML},
+      {Pack("shtml"), FT_HTML}, {Pack("jpeg"), FT_JPEG},  {Pack("jpg"), FT_JPEG},
+      {Pack("jpe"), FT_JPEG},   {Pack("gif"), FT_GIF},    {Pack("bmp"), FT_BMP},
+      {Pack("tif"), FT_TIFF},   {Pack("tiff"), FT_TIFF},  {Pack("png"), FT_PNG},
+      {Pack("mid"), FT_MIDI},   {Pack("midi"), FT_MIDI},  {Pack("wav"), FT_WAV},
+      {Pack("au"), FT_AU},      {Pack("class"), FT_JAVA}, {Pack("jar"), FT_JAVA},
+      {Pack("css"), FT_CSS},    {Pack("js"), FT_JS},      {Pack("txt"), FT_TXT},
+      {Pack("csv"), FT_CSV},    {Pack("cdf"), FT_CDF},    {Pack("xbm"), FT_XBM},
+      {Pack("fpx"), FT_FPX},    {Pack("pcd"), FT_PCD},    {Pack("mif"), FT_MIF},
+      {Pack("dcm"), FT_DCM},
+  });
+  std::sort(types.begin(), types.end());
+  return types;
+}();
+
 std::uint32_t TypeOfExtension(std::uint64_t extension) {
-  switch (extension) {
-    case Pack("htm"):
-    case Pack("html"):
-    case Pack("shtm"):
-    case Pack("shtml"):
-      return FT_HTML;
-    case Pack("jpeg"):
-    case Pack("jpg"):
-    case Pack("jpe"):
-      return FT_JPEG;
-    case Pack("gif"):
-      return FT_GIF;
-    case Pack("bmp"):
-      return FT_BMP;
-    case Pack("tif"):
-    case Pack("tiff"):
-      return FT_TIFF;
-    case Pack("png"):
-      return FT_PNG;
-    case Pack("mid"):
-    case Pack("midi"):
-      return FT_MIDI;
-    case Pack("wav"):
-      return FT_WAV;
-    case Pack("au"):
-      return FT_AU;
-    case Pack("class"):
-    case Pack("jar"):
-      return FT_JAVA;
-    case Pack("css"):
-      return FT_CSS;
-    case Pack("js"):
-      return FT_JS;
-    case Pack("txt"):
-      return FT_TXT;
-    case Pack("csv"):
-      return FT_CSV;
-    case Pack("cdf"):
-      return FT_CDF;
-    case Pack("xbm"):
-      return FT_XBM;
-    case Pack("fpx"):
-      return FT_FPX;
-    case Pack("pcd"):
-      return FT_PCD;
-    case Pack("mif"):
-      return FT_MIF;
-    case Pack("dcm"):
-      return FT_DCM;
-    default:
-      return FT_OTHER;
-  }
+  const auto found =
+      std::lower_bound(kTypes.begin(), kTypes.end(), ExtensionType{extension, FT_OTHER});
+  return found != kTypes.end() && found->extension == extension ? found->type : FT_OTHER;
 }
 
 }  // namespace
