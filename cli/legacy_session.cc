@@ -12,7 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kFolder = "legacy";
 constexpr const char* kSites = "sites";
 constexpr const char* kServers = "servers";
 
@@ -37,7 +36,7 @@ void NeedTexts(const fs::path& profiles) {
 // folder itself may be missing.
 std::string OlderFolder(const Options& options, Database database) {
   std::error_code error;
-  const fs::path folder = PathOf(DatabaseFolder(options)) / kFolder;
+  const fs::path folder = PathOf(DatabaseFolder(options)) / kOlderFolder;
   if (database != Database::kMake && !fs::exists(folder / kSites, error)) {
     throw Failure(kDatabase, NameOf(folder) +
                                  ": there is no older database here (zvrsit legacy add makes one)");
@@ -55,7 +54,7 @@ std::string MendOf(const std::string& site) {
 LegacySession::LegacySession(const Options& options, Database database)
     : database_(FolderPath(OlderFolder(options, database))), folder_(database_) {
   if (database == Database::kAsk) {
-    copy_ = std::make_unique<OlderCopy>(DatabaseFolder(options), kFolder);
+    copy_ = std::make_unique<OlderCopy>(DatabaseFolder(options), kOlderFolder);
     folder_ = FolderPath(NameOf(copy_->path()));
   } else {
     newer_ = std::make_unique<Session>(options, Database::kMake);

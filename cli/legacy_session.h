@@ -16,6 +16,9 @@
 
 namespace zvrsit::cli {
 
+// The folder of the older database in that of the newer one.
+inline constexpr const char* kOlderFolder = "legacy";
+
 // One link of an older site, with the names as they are shown.
 struct LegacyLink {
   std::string from;

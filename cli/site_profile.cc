@@ -6,9 +6,11 @@
 #include <tuple>
 
 #include "cli/exit_code.h"
+#include "cli/legacy_session.h"
 #include "cli/native_name.h"
 #include "links/folder_documents.h"
 #include "links/live_address.h"
+#include "manager_base/site_locks.h"
 #include "platform/code_page.h"
 #include "platform/single_byte.h"
 #include "tables/table_files.h"
@@ -206,7 +208,7 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
 
 void NeedNewName(Session& session, const std::string& name, const std::string& except) {
   for (const std::string& own :
-       {std::string("legacy"), std::string("lock"), std::string(kSiteProfiles),
+       {std::string(kOlderFolder), std::string(SiteLocks::kFile), std::string(kSiteProfiles),
         TextFileOf(kSiteProfiles), std::string(kServerProfiles), TextFileOf(kServerProfiles)}) {
     if (AreOneName(own, name)) {
       throw Failure(kUsage, "\"" + name +

@@ -12,6 +12,7 @@ namespace zvrsit {
 
 class SiteLocks {
  public:
+  static constexpr const char* kFile = "lock";  // in the database folder
   static constexpr std::int64_t kProfiles = 0;
   static constexpr std::int64_t OfSite(int siteId) { return std::int64_t{siteId} + 1; }
 
@@ -20,7 +21,7 @@ class SiteLocks {
 
   // The `\` path of the database folder, and that of the site profiles.
   void SetPaths(const std::string& folder, const std::string& profiles) {
-    path_ = folder + "lock";
+    path_ = folder + kFile;
     profilesPath_ = profiles;
   }
   const std::string& profilesPath() const { return profilesPath_; }
