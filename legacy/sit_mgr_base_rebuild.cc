@@ -101,9 +101,9 @@ int SitMgrBase::SiteRebuildDB(int complete) {
     return inside_->Fail(kSitNotFound);
   }
   inside_->history->Clear();
-  if (!inside_->NoteRebuild(1)) return inside_->Fail(kSitWriteFailed);
+  if (inside_->NoteRebuild(1) < 0) return inside_->Fail(kSitWriteFailed);
   int result = inside_->Refill(folder, complete);
-  if (result == 0 && !inside_->NoteRebuild(0)) result = inside_->Fail(kSitWriteFailed);
+  if (result == 0 && inside_->NoteRebuild(0) < 0) result = inside_->Fail(kSitWriteFailed);
   // Nothing of a rebuild can be taken back.
   const int error = inside_->lastError;
   inside_->history->Clear();
@@ -112,11 +112,11 @@ int SitMgrBase::SiteRebuildDB(int complete) {
 }
 
 // Writes how far a rebuild is into the site's profile, where a crash leaves it.
-bool SitMgrBase::Inside::NoteRebuild(int state) {
+int SitMgrBase::Inside::NoteRebuild(int state) {
   SiteRec record;
-  if (siteProf->Read(siteId, record) < 0) return false;
+  if (siteProf->Read(siteId, record) < 0) return -1;
   record.rebuild = state;
-  return siteProf->Write(siteId, record) == 0;
+  return siteProf->Write(siteId, record) < 0 ? -1 : 0;
 }
 
 // The marks that the user has given to files.

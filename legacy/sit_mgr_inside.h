@@ -159,7 +159,7 @@ class SitMgrBase::Inside : public SitMgrState {
   int Refill(const std::string& folder, int complete);
   std::unordered_map<std::string, std::int32_t> UserMarks();
   int EmptyStores(int complete);
-  bool NoteRebuild(int state);
+  int NoteRebuild(int state);
   int ReadPages();
   int DropMissing();
 };

@@ -29,14 +29,14 @@ bool IsTableName(std::string_view name) {
          IsSiteName(name.substr(backslash + 1));
 }
 
-// Reads the file names of a profile's tables; false when not all can be read. A name that leads
+// Reads the file names of a profile's tables; 0, or -1 when not all can be read. A name that leads
 // elsewhere is left empty, so that no other file is moved or deleted because of a damaged profile.
-bool ReadTableNames(const SiteSiteProfDB& profiles, int number, SiteTableNames& names) {
-  const bool isRead = profiles.ReadTableNames(number, names);
+int ReadTableNames(const SiteSiteProfDB& profiles, int number, SiteTableNames& names) {
+  const int result = profiles.ReadTableNames(number, names);
   for (std::string& name : names) {
     if (!IsTableName(name)) name.clear();
   }
-  return isRead;
+  return result;
 }
 
 void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
@@ -47,34 +47,34 @@ void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
   }
 }
 
-// Moves the files of a table that are there; false when one of them could not be moved.
-bool MoveTable(const std::string& from, const std::string& to) {
+// Moves the files of a table that are there; 0, or -1 when one of them could not be moved.
+int MoveTable(const std::string& from, const std::string& to) {
   std::vector<std::string> targets;
   ForEachFileOfTable(to, [&](const std::string& path) { targets.push_back(path); });
   auto target = targets.begin();
-  bool moved = true;
+  int result = 0;
   ForEachFileOfTable(from, [&](const std::string& path) {
     const std::string& place = *target++;
-    if (platform::Rename(path, place) < 0 && platform::LastError() != ENOENT) moved = false;
+    if (platform::Rename(path, place) < 0 && platform::LastError() != ENOENT) result = -1;
   });
-  return moved;
+  return result;
 }
 
-// Moves the tables to other names; false when not all of them could be moved.
-bool MoveTables(const std::string& dbDir, const SiteTableNames& from, const SiteTableNames& to) {
-  bool moved = true;
+// Moves the tables to other names; 0, or -1 when not all of them could be moved.
+int MoveTables(const std::string& dbDir, const SiteTableNames& from, const SiteTableNames& to) {
+  int result = 0;
   for (std::size_t i = 0; i < from.size(); ++i) {
     if (from[i].empty() || to[i].empty() || from[i] == to[i]) continue;
     if (platform::MakeFolderOfPath(dbDir + to[i]) < 0 ||
-        !MoveTable(dbDir + from[i], dbDir + to[i])) {
-      moved = false;
+        MoveTable(dbDir + from[i], dbDir + to[i]) < 0) {
+      result = -1;
     }
   }
   for (const std::string& name : from) {
     if (!name.empty())
       platform::RemoveFolder(std::string(FolderOf(dbDir + name)));  // when it is now empty
   }
-  return moved;
+  return result;
 }
 
 }  // namespace
@@ -150,7 +150,7 @@ int SiteMgr::CopySiteProf(const std::string& from, const std::string& to) {
 int SiteMgr::Work::MakeTableFolder(int number) {
   if (number < 0) return -1;
   SiteTableNames names;
-  if (ReadTableNames(*m_.siteProf, number, names)) {
+  if (ReadTableNames(*m_.siteProf, number, names) == 0) {
     RemoveTables(*m_.dbDir, names);
     if (platform::MakeFolderOfPath(*m_.dbDir + names.front()) == 0) return number;
   }
@@ -167,17 +167,17 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   if (from == to) return 0;
   SiteTableNames oldNames;
   SiteTableNames newNames;
-  if (!ReadTableNames(*siteProf, number, oldNames)) return -1;
+  if (ReadTableNames(*siteProf, number, oldNames) < 0) return -1;
   // It may fail halfway. What the profile says afterwards counts.
   static_cast<void>(siteProf->Rename(number, to));
-  if (!ReadTableNames(*siteProf, number, newNames)) {
+  if (ReadTableNames(*siteProf, number, newNames) < 0) {
     static_cast<void>(siteProf->Rename(number, from));
     return -1;
   }
   if (newNames == oldNames) return -1;  // the tables follow what stands in the profile
   // If only the letter case differs, the new names may be those of the tables themselves.
   if (!platform::EqualButForCase(from, to)) RemoveTables(*dbDir, newNames);
-  if (MoveTables(*dbDir, oldNames, newNames)) return 0;
+  if (MoveTables(*dbDir, oldNames, newNames) == 0) return 0;
   MoveTables(*dbDir, newNames, oldNames);
   static_cast<void>(siteProf->Rename(number, from));
   return -1;
@@ -190,7 +190,7 @@ int SiteMgr::DeleteSiteProf(const std::string& name) {
   const ProfileUse use(*this);
   if (!site.isHeld() || FindSiteProf(name) != number) return -1;
   SiteTableNames names;
-  ReadTableNames(*siteProf, number, names);
+  static_cast<void>(ReadTableNames(*siteProf, number, names));  // what cannot be read stays empty
   SiteSiteRec left;
   // Texts of a deleted profile that cannot be given back take room and no more.
   if (siteProf->Delete(number) < 0 && siteProf->Get(number, left) == 0) return -1;

@@ -158,7 +158,7 @@ int SiteMgrBase::Work::OpenSite(int siteId) {
   if (!FileIsThere(topFile)) return kNotOnDisk;
 
   SiteTableNames names;
-  if (!profiles.ReadTableNames(siteId, names)) return -1;
+  if (profiles.ReadTableNames(siteId, names) < 0) return -1;
   if (std::ranges::any_of(names, &std::string::empty)) return -1;
   OpenTables(names);
   base_.inside->linkRules = RulesOf(rec);

@@ -54,13 +54,13 @@ int SiteSiteProfDB::Copy(int number, std::string_view name) {
   });
 }
 
-bool SiteSiteProfDB::ReadTableNames(int number, SiteTableNames& names) const {
+int SiteSiteProfDB::ReadTableNames(int number, SiteTableNames& names) const {
   SiteSiteRec record;
-  if (Get(number, record) < 0) return false;
+  if (Get(number, record) < 0) return -1;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    if (Text(record.*kSiteTableFiles[i].word, names[i]) < 0) return false;
+    if (Text(record.*kSiteTableFiles[i].word, names[i]) < 0) return -1;
   }
-  return true;
+  return 0;
 }
 
 int SiteSiteProfDB::SetFolder(int number, int slot, std::string_view folder) {

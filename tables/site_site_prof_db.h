@@ -24,8 +24,8 @@ class SiteSiteProfDB : public ProfileTable<SiteSiteRec> {
   // rebuild state are those of a new profile.
   [[nodiscard]] int Copy(int number, std::string_view name);
 
-  // The stored names of the table files; false when not all can be read.
-  bool ReadTableNames(int number, SiteTableNames& names) const;
+  // The stored names of the table files; 0, or -1 when not all can be read.
+  [[nodiscard]] int ReadTableNames(int number, SiteTableNames& names) const;
 
   // A folder slot, 0 to 9; as SetText and GetText.
   [[nodiscard]] int SetFolder(int number, int slot, std::string_view folder);
