@@ -18,6 +18,9 @@ import xml.etree.ElementTree as xml
 
 import jsonschema
 
+sys.dont_write_bytecode = True
+import public_schemas
+
 PROGRAM, SCHEMA, RUNNER = sys.argv[1], sys.argv[2], sys.argv[3:]
 HOSTILE = '<img src=x>, "q" & 100%|`a`.htm'
 FILES = {
@@ -67,6 +70,7 @@ def check(folder):
                    for r in rows], places)
 
     sarif = json.loads(run(folder, "--format", "sarif"))
+    public_schemas.validate_sarif(sarif)
     results = sarif["runs"][0]["results"]
     rules = sarif["runs"][0]["tool"]["driver"]["rules"]
     where = [r["locations"][0]["physicalLocation"] for r in results]
@@ -76,6 +80,7 @@ def check(folder):
     expect("sarif rules", [rules[r["ruleIndex"]]["id"] for r in results], [p[0] for p in places])
 
     suites = xml.fromstring(run(folder, "--format", "junit").encode())
+    public_schemas.validate_junit(suites)
     expect("junit", sorted((s.get("name"), int(s.get("failures"))) for s in suites),
            sorted((rule, sum(f["rule"] == rule and f["severity"] == "error" for f in findings))
                   for rule in RULES))
