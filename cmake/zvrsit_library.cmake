@@ -76,7 +76,9 @@ endfunction()
 # Installs the library, its headers, a CMake package and a pkg-config file.
 function(zvrsit_install_package target)
   set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/zvrsit40")
-  install(TARGETS ${target} EXPORT zvrsit40Targets)
+  install(TARGETS ${target} EXPORT zvrsit40Targets
+    RUNTIME COMPONENT library
+    LIBRARY COMPONENT library NAMELINK_COMPONENT development)
   foreach(header IN LISTS ZVRSIT_EXPORTED_HEADERS)
     cmake_path(GET header PARENT_PATH subfolder)
     install(FILES "${PROJECT_BINARY_DIR}/include/zvrsit40/${header}"
