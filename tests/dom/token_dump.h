@@ -1,10 +1,9 @@
-// The tokens of a text, decoded: what the conformance cases expect and what tests compare.
+// The tokens of a text, decoded, as rows of JSON: in the form of the html5lib tokenizer cases.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
-#include <unordered_set>
 #include <utility>
-#include <vector>
 
 #include "dom/html_text.h"
 #include "dom/html_tokenizer.h"
@@ -12,22 +11,16 @@
 
 namespace zvrsit::test {
 
-struct Token {
-  enum class Kind { kText, kStartTag, kEndTag, kComment, kDoctype };
-  using Attributes = std::vector<std::pair<std::string, std::string>>;
+using nlohmann::json;
 
-  Kind kind;
-  std::string text;  // or name
-  Attributes attributes{};
-  bool selfClosing = false;
-  bool hasPublicId = false;
-  bool hasSystemId = false;
-  bool quirks = false;
-  std::string publicId{};
-  std::string systemId{};
-
-  bool operator==(const Token&) const = default;
-};
+// Adds a row to others. Texts one after another are one text.
+inline void AddRow(json& rows, json row) {
+  if (row[0] == "Character" && !rows.empty() && rows.back()[0] == "Character") {
+    rows.back()[1].get_ref<std::string&>() += row[1].get_ref<std::string&>();
+  } else {
+    rows.push_back(std::move(row));
+  }
+}
 
 // Collects decoded tokens. `follow` is whether start tags choose the content model themselves.
 class TokenSink {
@@ -35,69 +28,59 @@ class TokenSink {
   explicit TokenSink(bool follow) : follow_(follow) {}
 
   void Characters(const char* begin, const char* end, TextKind kind) {
-    // Adjacent slices are one text; a CR LF is never split over two of them.
-    if (tokens.empty() || tokens.back().kind != Token::Kind::kText) {
-      tokens.push_back({Token::Kind::kText, ""});
-    }
-    AppendText(tokens.back().text, View(begin, end), kind);
+    // A CR LF is never split over two slices.
+    std::string text;
+    AppendText(text, {begin, end}, kind);
+    AddRow(tokens, {"Character", text});
   }
   void Attribute(const AttributeSlices& slices) {
-    std::string name;
-    AppendName(name, View(slices.name, slices.nameEnd));
-    if (!names_.insert(name).second) return;
     std::string value;
-    AppendAttributeValue(value, View(slices.value, slices.valueEnd));
-    attributes_.emplace_back(std::move(name), std::move(value));
+    AppendAttributeValue(value, {slices.value, slices.valueEnd});
+    attributes_.emplace(Name(slices), value);  // the first of a name counts
   }
-  void AbandonTag() {
-    attributes_.clear();
-    names_.clear();
-  }
+  void AbandonTag() { attributes_ = json::object(); }
   ContentModel StartTag(const TagSlices& slices) {
-    Token token{Token::Kind::kStartTag, Name(slices)};
-    token.attributes = std::move(attributes_);
-    token.selfClosing = slices.selfClosing;
-    tokens.push_back(std::move(token));
+    const std::string name = Name(slices);
+    tokens.push_back({"StartTag", name, std::move(attributes_)});
+    if (slices.selfClosing) tokens.back().push_back(true);
     AbandonTag();
-    return follow_ ? ContentModelOf(HtmlTagOf(tokens.back().text)) : ContentModel::kData;
+    return follow_ ? ContentModelOf(HtmlTagOf(name)) : ContentModel::kData;
   }
   bool WantsEndTags() { return true; }
-  void EndTag(const TagSlices& slices) { tokens.push_back({Token::Kind::kEndTag, Name(slices)}); }
+  void EndTag(const TagSlices& slices) { tokens.push_back({"EndTag", Name(slices)}); }
   void Comment(const char* begin, const char* end) {
-    tokens.push_back({Token::Kind::kComment, ""});
-    AppendPlain(tokens.back().text, View(begin, end));
+    tokens.push_back({"Comment", Plain({begin, end})});
   }
   void Doctype(const DoctypeToken& doctype) {
-    Token token{Token::Kind::kDoctype, ""};
-    AppendName(token.text, doctype.name);
-    token.hasPublicId = doctype.publicId.data() != nullptr;
-    token.hasSystemId = doctype.systemId.data() != nullptr;
-    AppendPlain(token.publicId, doctype.publicId);
-    AppendPlain(token.systemId, doctype.systemId);
-    token.quirks = doctype.forceQuirks;
-    tokens.push_back(std::move(token));
+    std::string name;
+    AppendName(name, doctype.name);
+    tokens.push_back({"DOCTYPE", name.empty() ? json() : json(name), Id(doctype.publicId),
+                      Id(doctype.systemId), !doctype.forceQuirks});
   }
   bool InForeignContent() { return false; }
 
-  std::vector<Token> tokens;
+  json tokens = json::array();
 
  private:
-  static std::string_view View(const char* from, const char* to) { return {from, to}; }
-  static std::string Name(const TagSlices& slices) {
+  static std::string Name(const auto& slices) {
     std::string name;
-    AppendName(name, View(slices.name, slices.nameEnd));
+    AppendName(name, {slices.name, slices.nameEnd});
     return name;
   }
+  static std::string Plain(std::string_view text) {
+    std::string plain;
+    AppendPlain(plain, text);
+    return plain;
+  }
+  static json Id(std::string_view id) { return id.data() == nullptr ? json() : json(Plain(id)); }
 
   bool follow_;
-  Token::Attributes attributes_;
-  std::unordered_set<std::string> names_;
+  json attributes_ = json::object();
 };
 
 template <class Search>
-std::vector<Token> Tokenize(std::string_view text, bool follow = true,
-                            ContentModel start = ContentModel::kData,
-                            std::string_view lastStartTag = {}) {
+json Tokenize(std::string_view text, bool follow = true, ContentModel start = ContentModel::kData,
+              std::string_view lastStartTag = {}) {
   const std::string padded = Padded(text);
   TokenSink sink(follow);
   HtmlTokenizer<TokenSink, Search> tokenizer(padded.data(), text.size(), sink);
