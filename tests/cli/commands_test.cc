@@ -216,26 +216,6 @@ TEST(Commands, ANewDefaultDocumentIsFollowed) {
   }
 }
 
-// The live address names the site, in pages and in sheets.
-TEST(Commands, LinksToTheLiveAddress) {
-  const Program program;
-  program.Page("index.html",
-               "<base href=https://example.org/docs/><link rel=stylesheet href=/docs/s.css>"
-               "<a href=//example.org/docs/none.html><a href=/elsewhere.html>");
-  program.Page("s.css", "a { background: url(http://EXAMPLE.org/docs/none.png) }");
-  ASSERT_EQ(program.Build("demo").code, 0);
-  EXPECT_EQ(program.Run({"broken", "demo"}).code, 0);
-  const Words change{"site", "set", "demo", "--live-url", "https://example.org/docs"};
-  EXPECT_EQ(program.Ask(change)["state"], "to be rebuilt");
-  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-  const Json broken = program.Broken();
-  ASSERT_EQ(broken.size(), 2u) << broken;
-  EXPECT_EQ(broken[0]["to"], "none.html");
-  EXPECT_EQ(broken[1]["to"], "none.png");
-  EXPECT_EQ(program.Ask({"urls", "demo"}).dump(),
-            R"([{"name":"https://example.org/elsewhere.html"}])");
-}
-
 // Saves, removals and moves told to the database leave it as a rebuild would.
 TEST(Commands, FollowChangesOnDisk) {
   const Program program;
@@ -331,28 +311,18 @@ void InterruptAtTheFirstSight(const Program& program) {
 TEST(Commands, AnInterruptedRebuildLeavesWhatThereWas) {
   const Program program;
   program.Page("index.html", "<a href=p0.html>");
-  const std::string db = program.folder.native("db");
-  const std::string site = program.folder.native("site");
-  for (const bool wasRebuilt : {false, true}) {
-    if (wasRebuilt) {
-      EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
-    } else {
-      ASSERT_EQ(program.Run({"add", "demo", site}).code, 0);
-    }
-    const Outcome before = program.Run({"links", "demo"});
-    program.Page("index.html", "");
-    std::string links;
-    for (int i = 0; i < 300; ++i) links += "<a href=p" + std::to_string(i) + ".html>";
-    for (int i = 0; i < 1500; ++i) program.Page("p" + std::to_string(i) + ".html", links);
-    InterruptAtTheFirstSight(program);
-    fs::remove_all(site);
-    program.Page("index.html", "<a href=p0.html>");
-    EXPECT_EQ(program.Run({"broken", "demo"}).code, wasRebuilt ? 1 : 3);
-    EXPECT_EQ(program.Run({"links", "demo"}).out, before.out);
-    const char* const state = wasRebuilt ? "rebuilt" : "last rebuild failed";
-    EXPECT_EQ(program.Ask({"sites"})[0]["state"], state);
-    EXPECT_FALSE(program.folder.has("db/demo/new"));
-  }
+  ASSERT_EQ(program.Build("demo").code, 0);
+  const Outcome before = program.Run({"links", "demo"});
+  std::string links;
+  for (int i = 0; i < 300; ++i) links += "<a href=p" + std::to_string(i) + ".html>";
+  for (int i = 0; i < 1500; ++i) program.Page("p" + std::to_string(i) + ".html", links);
+  InterruptAtTheFirstSight(program);
+  fs::remove_all(program.folder.native("site"));
+  program.Page("index.html", "<a href=p0.html>");
+  EXPECT_EQ(program.Run({"broken", "demo"}).code, 1);
+  EXPECT_EQ(program.Run({"links", "demo"}).out, before.out);
+  EXPECT_EQ(program.Ask({"sites"})[0]["state"], "rebuilt");
+  EXPECT_FALSE(program.folder.has("db/demo/new"));
 }
 
 TEST(Commands, SayWhenTheirOutputIsLost) {

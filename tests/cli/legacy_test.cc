@@ -121,25 +121,6 @@ TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {
   }
 }
 
-// A limit on the size of files stands for a full disk.
-TEST_F(OlderSite, AFullDiskIsToldAndGotOver) {
-  EXPECT_EQ(program.RunOnFullDisk({"legacy", "undo", "demo"}, 64).code, 4) << "the closing writes";
-  std::string page;
-  for (int i = 0; i < 300; ++i) page += "<a href=p" + std::to_string(i) + ".html>";
-  program.Page("index.html", page);
-  for (const Words& words : {Words{"legacy", "undo", "demo"}, Words{"legacy", "rebuild", "demo"}}) {
-    const Outcome outcome = program.RunOnFullDisk(words, 4096, "save index.html\n");
-    EXPECT_EQ(outcome.code, 4) << words[1];
-    EXPECT_TRUE(outcome.complains("cannot be written: File too large")) << outcome.err;
-    EXPECT_EQ(outcome.out, "") << words[1];
-    if (words[1] == "rebuild") {
-      EXPECT_EQ(program.Run({"legacy", "broken", "demo"}).code, 3);
-    }
-    EXPECT_EQ(program.Run({"legacy", "rebuild", "demo"}).code, 0) << words[1];
-    EXPECT_EQ(program.Ask({"legacy", "broken", "demo"}).size(), 300u) << words[1];
-  }
-}
-
 // Of the other sites nothing is copied: here they would not fit.
 TEST_F(OlderSite, IsAskedFromACopyOfItsOwnFiles) {
   program.folder.write("db/legacy/other/Url.db", std::string(1 << 20, 'x'));

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -47,21 +48,22 @@ json UnicodeRangeValue(const CssToken& token) {
 }
 
 json LeafValue(const CssToken& token) {
+  static const std::map<Type, const char*> kWithText = {{Type::kIdent, "ident"},
+                                                        {Type::kAtKeyword, "at-keyword"},
+                                                        {Type::kString, "string"},
+                                                        {Type::kUrl, "url"}};
+  static const std::map<Type, const char*> kErrors = {{Type::kBadString, "bad-string"},
+                                                      {Type::kBadUrl, "bad-url"},
+                                                      {Type::kCloseParen, ")"},
+                                                      {Type::kCloseSquare, "]"},
+                                                      {Type::kCloseCurly, "}"}};
+  const auto text = kWithText.find(token.type);
+  if (text != kWithText.end()) return {text->second, Utf8Value(token)};
+  const auto error = kErrors.find(token.type);
+  if (error != kErrors.end()) return {"error", error->second};
   switch (token.type) {
-    case Type::kIdent:
-      return {"ident", Utf8Value(token)};
-    case Type::kAtKeyword:
-      return {"at-keyword", Utf8Value(token)};
     case Type::kHash:
       return {"hash", Utf8Value(token), token.flag ? "id" : "unrestricted"};
-    case Type::kString:
-      return {"string", Utf8Value(token)};
-    case Type::kUrl:
-      return {"url", Utf8Value(token)};
-    case Type::kBadString:
-      return {"error", "bad-string"};
-    case Type::kBadUrl:
-      return {"error", "bad-url"};
     case Type::kWhitespace:
       return " ";
     case Type::kNumber:
@@ -70,27 +72,15 @@ json LeafValue(const CssToken& token) {
       return NumberValue(token);
     case Type::kUnicodeRange:
       return UnicodeRangeValue(token);
-    case Type::kCloseParen:
-    case Type::kCloseSquare:
-    case Type::kCloseCurly:
-      return {"error", std::string(token.raw)};
     default:
       return std::string(token.raw);
   }
 }
 
 const char* ClosingOf(Type type) {
-  switch (type) {
-    case Type::kFunction:
-    case Type::kOpenParen:
-      return ")";
-    case Type::kOpenSquare:
-      return "]";
-    case Type::kOpenCurly:
-      return "}";
-    default:
-      return nullptr;
-  }
+  if (type == Type::kOpenSquare) return "]";
+  if (type == Type::kOpenCurly) return "}";
+  return type == Type::kFunction || type == Type::kOpenParen ? ")" : nullptr;
 }
 
 bool JoinsMatch(const json& values, const CssToken& last, const CssToken& token) {

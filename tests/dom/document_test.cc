@@ -183,13 +183,6 @@ TEST(Document, TextThatCannotBeReadLeavesItEmpty) {
   EXPECT_EQ(page->elementCount(), 0u);
 }
 
-TEST(Document, WithoutDecodingValuesAreAsWritten) {
-  Page page("");
-  const std::string html = "<a href='&amp;'>";
-  ASSERT_EQ(page->createNodes(html.data(), static_cast<int>(html.size()), nullptr, false), 0);
-  EXPECT_EQ(page.Values("A", "HREF"), Strings{"&amp;"});
-}
-
 TEST(Dom, HandsTheMemoryOfADeletedDocumentToTheNext) {
   DOM dom;
   EXPECT_EQ(dom.createDocument("XML"), nullptr);
@@ -250,14 +243,6 @@ TEST(DoubleByte, ALeadByteAloneEndsWithItself) {
   CodePageScope page932(932);
   Page page("<a href=\"x\x83\"><b>\x83<a href='2'>\x83");
   EXPECT_EQ(page.Values("A", "HREF"), (Strings{"x\x83", "2"}));
-}
-
-TEST(DoubleByte, OtherCodePagesAreNotMasked) {
-  CodePageScope page1252(1252);
-  ASSERT_TRUE(page1252.known());
-  Page page("<a href='\x83\x5C' name=\xE9&eacute;&#x3042;>");
-  EXPECT_EQ(page.Values("A", "HREF"), Strings{"\x83\x5C"});
-  EXPECT_EQ(page.Values("A", "NAME"), Strings{"\xE9\xE9?"});
 }
 
 }  // namespace

@@ -220,14 +220,5 @@ TEST_F(UndoOfFiles, EveryChangeIsOneStep) {
   EXPECT_EQ(Error(mgr, mgr.Remove(site.path("sub/unknown.html"))), 15);
 }
 
-TEST_F(UndoOfFiles, TwoSavesOfOnePage) {
-  site.write("page.html", "<a href=one.html>n</a>");
-  mgr.Save(site.path("page.html"));
-  site.write("page.html", "<a href=one.html>n</a><a href=two.html>n</a>");
-  mgr.Save(site.path("page.html"));
-  mgr.Undo();
-  UndoAndCompare();
-}
-
 }  // namespace
 }  // namespace zvrsit::test

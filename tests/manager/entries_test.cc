@@ -54,23 +54,6 @@ TEST_F(Entries, AFolderClimbsToAKnownParentOrFailsAtARoot) {
   EXPECT_GE(site.mgr->GetRelDB()->First(UrlID(kKindFolder, root), UrlID(kKindFolder, above)), 0);
 }
 
-TEST_F(Entries, NothingIsEnteredTwice) {
-  const int url = site.mgr->AddUrl("http://a.example/");
-  EXPECT_EQ(site.mgr->AddUrl("http://a.example/"), url);
-  const UrlID folder(kKindFolder, 0), file(kKindPath, 5);
-  const int rel = site.mgr->AddRel(folder, file);
-  EXPECT_EQ(site.mgr->AddRel(folder, file), rel);
-  const int link = site.mgr->AddLink("x", file, UrlID(kKindUrl, url), 0x40);
-  EXPECT_EQ(site.mgr->AddLink("x", file, UrlID(kKindUrl, url), 0x40), link);
-  EXPECT_EQ(site.mgr->DelLink(link), 0);
-  EXPECT_EQ(site.mgr->GetLinkDB()->CountTo(UrlID(kKindUrl, url)), 1) << "one of two occurrences";
-  EXPECT_EQ(site.mgr->DelLink(link), 0);
-  EXPECT_EQ(site.mgr->DelLink(link), -1);
-  EXPECT_EQ(site.mgr->DelRel(rel), 0);
-  EXPECT_EQ(site.mgr->DelUrl(url), 0);
-  EXPECT_EQ(site.mgr->GetUrlDB()->Find("http://a.example/"), -1);
-}
-
 TEST_F(Entries, EveryCallRefusesWhatItCannotUse) {
   const UrlID any(kKindPath, 0);
   EXPECT_EQ(site.mgr->AddUrl(""), -1);

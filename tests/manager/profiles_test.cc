@@ -146,17 +146,6 @@ TEST_F(SiteProfiles, ARenameThatFailsLosesNoTable) {
   EXPECT_GT(calls, 30);
 }
 
-TEST_F(SiteProfiles, CopyingTakesTheFieldsAndNoTables) {
-  EXPECT_GE(mgr().CopySiteProf("demo", "copy"), 0);
-  SiteProfile expected = Profile("demo");
-  EXPECT_EQ(expected.rebuildState, 2);
-  expected.rebuildState = 0;
-  EXPECT_EQ(Profile("copy"), expected);
-  EXPECT_FALSE(KnowsItsPages("copy"));
-  EXPECT_EQ(mgr().DeleteSiteProf("copy"), 0);
-  EXPECT_TRUE(KnowsItsPages("demo"));
-}
-
 TEST_F(SiteProfiles, DeletingRemovesTheTablesAndNothingElse) {
   site_.folder().write("db/demo/UR_bak", "backup");
   site_.folder().write("db/demo/notes", "the user's own");

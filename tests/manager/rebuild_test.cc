@@ -154,10 +154,6 @@ TEST_F(Rebuilding, SeesWhatHasChangedOnDisk) {
   EXPECT_EQ(site.Number("sub/c.html"), -1);
 }
 
-bool LeaveOutDrafts(const std::string& path, void* context) {
-  return path.find(static_cast<const char*>(context)) != std::string::npos;
-}
-
 std::vector<std::string> NamesOfPaths(const TestSite& site) {
   std::vector<std::string> names;
   for (int i = 0; i < site.mgr->GetPathDB()->Count(); ++i) {
@@ -166,16 +162,6 @@ std::vector<std::string> NamesOfPaths(const TestSite& site) {
     names.push_back(name.substr(site.dir().size()));
   }
   return names;
-}
-
-TEST_F(Rebuilding, LeavesOutWhatTheHookIgnores) {
-  char drafts[] = "draft";
-  site.mgr->SetIgnoreHook(LeaveOutDrafts, drafts);
-  site.write("drafts/x.html", "");
-  site.write("my-draft.html", "");
-  site.write("a b'%.html", "");
-  ASSERT_EQ(site.mgr->SiteRebuildComplete(nullptr), 0);
-  EXPECT_EQ(NamesOfPaths(site), (std::vector<std::string>{"a b'%.html", "index.html"}));
 }
 
 // Links among folders neither hang the walk nor lead it out of the site; what is no file and no

@@ -93,15 +93,6 @@ TEST_F(Saving, WithoutADocumentLibraryNoPageIsReadAndNoDocumentConsumed) {
   EXPECT_EQ(site.dom.deleteDocument(doc), 0) << "nobody else could";
 }
 
-TEST_F(Saving, AMissingPageIsAnEmptyOne) {
-  EXPECT_EQ(Save("missing.html"), 0);
-  EXPECT_EQ(site.Record("missing.html").exists, 0);
-  std::filesystem::remove(site.native("page.html"));
-  EXPECT_EQ(Save("page.html"), 0);
-  EXPECT_EQ(site.Links(), "");
-  EXPECT_EQ(site.mgr->GetLinksChanged(), 1);
-}
-
 TEST_F(Saving, ARemovedFileStaysWhileOthersReferToIt) {
   ASSERT_EQ(SaveAs("a.html", "<a href=page.html>back</a><a href=page.html>back</a>"), 0);
   site.mgr->SetLinksChanged(0);

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <thread>
-#include <vector>
 
 #if defined(_WIN32)
 #include <fcntl.h>
@@ -196,38 +195,6 @@ TEST(MakeFolderOfPath, FailsWhereNoFolderCanBe) {
   EXPECT_EQ(MakeFolderOfPath("\\name"), 0);
   folder.write("file", "");
   EXPECT_EQ(MakeFolderOfPath(folder.path("file/a/b")), -1);
-}
-
-TEST(FileFault, EachCallOfAnOperationFailsInItsTurn) {
-  const TempFolder folder;
-  int result = 0;
-  std::vector<FileCall> failed;
-  std::vector<int> results;
-  const int calls = test::FailEachCall([&] { std::filesystem::remove_all(folder.native("a")); },
-                                       [&] { result = MakeFolderOfPath(folder.path("a/b/c")); },
-                                       [&](const test::FailedRun& run) {
-                                         failed.push_back(run.failedCall);
-                                         results.push_back(result);
-                                         EXPECT_EQ(folder.has("a/b"), result == 0);
-                                       });
-  EXPECT_EQ(calls, 5);
-  using enum FileCall;
-  EXPECT_EQ(failed, (std::vector{kStat, kStat, kStat, kMakeFolder, kMakeFolder}));
-  // A missing folder that cannot be looked at is made all the same.
-  EXPECT_EQ(results, (std::vector{0, 0, -1, -1, -1}));
-  EXPECT_EQ(result, 0);
-}
-
-TEST(FileFault, AFailedCloseClosesAllTheSame) {
-  const TempFolder folder;
-  const int fd = Open(folder.path("a"), kOpenDatabase);
-  {
-    test::FileFault fault(1);
-    EXPECT_EQ(Close(fd), -1);
-    EXPECT_EQ(LastError(), EIO);
-  }
-  EXPECT_EQ(Close(fd), -1);
-  EXPECT_EQ(LastError(), EBADF);
 }
 
 }  // namespace

@@ -150,27 +150,6 @@ TEST(WholeFile, IsLeftAloneWhenNothingChangedOrNothingWasClosed) {
   EXPECT_EQ(folder.read("t"), "changed by another");
 }
 
-TEST(WholeFile, FlushWritesAndStaysOpenAndCloseWritesInOnePiece) {
-  TempFolder folder;
-  SiteDB db(folder.path("t"), true);
-  ASSERT_EQ(db.Open(), 0);
-  std::string body;
-  for (int i = 0; i < 50000; ++i) {
-    const std::string piece = "piece " + std::to_string(i) + ";";
-    ASSERT_EQ(db.WriteAt(piece.data(), static_cast<int>(24 + body.size()),
-                         static_cast<int>(piece.size())),
-              static_cast<int>(piece.size()));
-    body += piece;
-  }
-  ASSERT_EQ(db.Flush(), 0);
-  EXPECT_EQ(folder.read("t"), kEmpty + body);
-  ASSERT_EQ(db.WriteAt("P", 24, 1), 1);
-  test::FileFault counted(0);
-  ASSERT_EQ(db.Close(), 0);
-  EXPECT_EQ(counted.calls(), 3);  // seek, write, close
-  EXPECT_EQ(folder.read("t"), kEmpty + "P" + body.substr(1));
-}
-
 // A file that is large enough to be written in parts.
 class LargeFile : public testing::Test {
  protected:

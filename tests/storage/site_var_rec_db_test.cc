@@ -233,15 +233,6 @@ TEST_P(VariableFile, PacksOverACutFileAsItOpensOne) {
   PackOverLeftovers(Head({0, 0, 28}));
 }
 
-TEST_P(VariableFile, HasItsCountsInItsBytesFromEachAddOn) {
-  for (int count = 1; count < 4; ++count) {
-    ASSERT_EQ(count == 2 ? db_->AddData("x", 2) : db_->AddString(std::to_string(count)), count - 1);
-    std::string words(12, 'x');
-    ASSERT_EQ(db_->ReadAt(words.data(), 16, 12), 12);
-    EXPECT_EQ(words, test::Words({count, count, 28 + count * 18}));
-  }
-}
-
 // Direct mode included, also after a Pack: what Open has read answers.
 TEST_P(VariableFile, FindsStringsWithoutAskingTheFile) {
   OpenOn(Head({2, 2, 64}) + Entry(0, 1, 1, "a\0"s) + Entry(1, 1, 1, "b\0"s));

@@ -194,21 +194,5 @@ TEST_F(PathTable, DeletesTheListBlockWithTheRecord) {
   EXPECT_EQ(table_.Find("c"), worse);
 }
 
-TEST_F(PathTable, SetsATextFieldBeforeItGivesBackTheOldOne) {
-  ASSERT_EQ(table_.SetText(number_, &SitePathRec::title, "one"), 0);
-  ASSERT_EQ(table_.SetText(number_, &SitePathRec::title, "one"), 0);
-  std::string title;
-  ASSERT_EQ(table_.GetText(number_, &SitePathRec::title, title), 0);
-  EXPECT_EQ(title, "one");
-  ASSERT_EQ(table_.SetText(number_, &SitePathRec::title, ""), 0);
-  EXPECT_EQ(table_.GetText(number_, &SitePathRec::title, title), -1);
-  EXPECT_FALSE(Has("one"));
-  EXPECT_EQ(table_.SetText(7, &SitePathRec::title, "x"), -1);
-  EXPECT_EQ(table_.SetNumber(number_, &SitePathRec::membership, 8), 0);
-  std::int32_t value = 0;
-  EXPECT_EQ(table_.GetNumber(number_, &SitePathRec::membership, value), 0);
-  EXPECT_EQ(value, 8);
-}
-
 }  // namespace
 }  // namespace zvrsit
