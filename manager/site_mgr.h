@@ -38,6 +38,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // 0, -1, or -2 when its folder or top file is missing (SiteMgrBase::OpenSite says more). The int
   // has no effect.
   int SiteOpen(const std::string& siteName, int);
+  // Flushes and closes the tables; 0, or -1 when no site is open.
   int SiteClose();
 
   // ---- Saved pages (save.cc) ----
@@ -67,6 +68,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // existence flag 0. If the file stood for its folder, or the folder itself has gone, the pages
   // that link to the folder are read again (RuleFlags::findsFolderDocuments). The int is ignored.
   int Remove(const std::string& path, int);
+  // Remove of `from`, then Save of `to`: 0 or -1.
   int Move(const std::string& from, const std::string& to);
   // These change nothing, on purpose: the application reports what matters through Save, Remove
   // and Move (general_operations.cc).

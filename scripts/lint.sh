@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What a compiler does not see:  scripts/lint.sh [format|tidy|includes|words|virtual]...  (all without a word)
+# What a compiler does not see:  scripts/lint.sh [format|tidy|includes|words|virtual|reference]...  (all without a word)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -25,6 +25,9 @@ lint_includes() { python3 scripts/check_includes.py; }
 # against that.
 lint_virtual() { ! git grep -nw virtual -- 'storage/*.h' 'tables/*.h' | grep -v 'virtual ~'; }
 
+# The reference of the library is made without a warning.
+lint_reference() { scripts/reference.sh; }
+
 # No path of one machine, and no talk of papers that a reader of this tree does not have.
 lint_words() {
   local ok=0
@@ -35,7 +38,7 @@ lint_words() {
 }
 
 require_packages "${BUILD_PACKAGES[@]}" "${LINT_PACKAGES[@]}"
-[ $# -gt 0 ] || set -- words includes virtual format tidy
+[ $# -gt 0 ] || set -- words includes virtual format reference tidy
 for check in "$@"; do
   echo "lint: $check"
   "lint_$check"
