@@ -66,13 +66,6 @@ TEST_F(OlderSite, TakesBackChangesOfOneRun) {
   EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"}), before);
 }
 
-// The numbers that the other page's texts had are free then, and lower.
-TEST_F(OlderSite, BringsAlternativeTextsBack) {
-  const std::string changes = "rm b.html\nrm index.html\nundo\n";
-  EXPECT_EQ(program.Run({"legacy", "undo", "demo"}, changes).code, 0);
-  EXPECT_EQ(program.Ask({"legacy", "links", "demo", "--from", "index.html"})[3]["alt"], "X");
-}
-
 TEST_F(OlderSite, AnswersOnlyFromWholeFiles) {
   const struct {
     const char* file;

@@ -148,27 +148,6 @@ TEST(Document, SvgAndMathMlEndWhereBrowsersEndThem) {
   }
 }
 
-TEST(Document, SvgNamesHaveTagsOfTheirOwn) {
-  Page page(
-      "<title>html</title><svg><title>svg</title><image href=1><use xlink:href=2></svg>"
-      "<image src=3>");
-  EXPECT_EQ(page->elementsOf(Tag::kTitle).size(), 1u);
-  EXPECT_EQ(page.Values("IMG", "SRC"), Strings{"3"});
-  ASSERT_EQ(page->elementsOf(Tag::kImage).size(), 1u);
-  EXPECT_FALSE(page->element(page->elementsOf(Tag::kImage)[0]).isHtml());
-  const Element use = page->element(page->elementsOf(Tag::kUse)[0]);
-  EXPECT_EQ(use.attributes().find(Attr::kXlinkHref).value(), "2");
-}
-
-TEST(Document, AttributesNamedGivesTheFirstOfEachElement) {
-  Page page("<p style=1><p><b style=2 style=3><template><i style=4></template><u id=x STYLE=5>");
-  Strings values;
-  for (const ElementAttribute& found : page->attributesNamed(Attr::kStyle)) {
-    values.push_back(std::string(found.element.name()) + found.attribute.value());
-  }
-  EXPECT_EQ(values, (Strings{"p1", "b2", "u5"}));
-}
-
 TEST(Document, TextThatCannotBeReadLeavesItEmpty) {
   Page page("<a href=1>");
   const std::string text = "<b>";

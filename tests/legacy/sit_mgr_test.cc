@@ -211,13 +211,6 @@ std::vector<std::string> Texts(SitPeeper& peeper, std::vector<std::string*>* res
 
 using Names = std::vector<std::string>;
 
-TEST(SitPeeper, WithoutProfilesThereIsNoAnswer) {
-  SitPeeper peeper;
-  EXPECT_EQ(peeper.EnumPath("demo"), nullptr);
-  EXPECT_EQ(peeper.GetSiteByPath("x"), nullptr);
-  EXPECT_EQ(peeper.DeleteStrings(nullptr), -1);
-}
-
 TEST(SitPeeper, LooksIntoSitesWithoutOpeningThem) {
   LegacySite site;
   site.Open();

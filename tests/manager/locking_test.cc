@@ -43,14 +43,6 @@ class SharedSite : public TestSite {
   }
 };
 
-TEST(Locking, IsOffUnlessAskedFor) {
-  TestSite site;
-  ASSERT_EQ(site.Open(), 0);
-  EXPECT_FALSE(site.folder().has("db/lock"));
-  EXPECT_EQ(site.mgr->LockSite(0), 0);
-  EXPECT_FALSE(site.mgr->FoundInUse());
-}
-
 TEST(Locking, ProfilesOfTwoManagersAreAllKept) {
   const SharedSite site;
   Other first(site, Locking::kChange);

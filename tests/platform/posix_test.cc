@@ -85,22 +85,6 @@ TEST(FolderSearch, ANameIsFoundAsItIsSpelledOnDisk) {
   for (const auto& c : kCases) EXPECT_EQ(Find(folder.path() + "\\" + c.asked), c.found) << c.asked;
 }
 
-TEST(FolderSearch, TheStatusOfALinkIsThatOfWhatItLeadsTo) {
-  const TempFolder folder;
-  folder.write("target", "12345");
-  folder.makeFolder("links");
-  ASSERT_EQ(::symlink("../target", folder.native("links/a").c_str()), 0);
-  ASSERT_EQ(::symlink("nowhere", folder.native("links/b").c_str()), 0);
-  FindData found;
-  const FindHandle search = FindFirst(folder.path("links") + "\\*.*", found);
-  ASSERT_NE(search, nullptr);
-  FileStat status;
-  EXPECT_EQ(StatFound(search, {"a"}, status), 0);
-  EXPECT_EQ(status.size, 5u);
-  EXPECT_EQ(StatFound(search, {"b"}, status), -1);
-  FindClose(search);
-}
-
 TEST(FolderSearch, ATrailByteIsNeitherSeparatorNorLetter) {
   const test::CodePageScope page(932);
   const TempFolder folder;

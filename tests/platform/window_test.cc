@@ -29,10 +29,5 @@ TEST(Window, TableStringsAreCutAndTerminated) {
   SetStringLoader(nullptr);
 }
 
-TEST(Window, NoneIsAllowed) {
-  EXPECT_EQ(SendWindowMessage(nullptr, kSetPosition, 5, 0), 0);
-  ShowText(nullptr, "x");
-}
-
 }  // namespace
 }  // namespace zvrsit::platform

@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <unordered_set>
-
 #include "platform/single_byte.h"
 #include "support/code_page_scope.h"
 #include "util/elf_hash.h"
 #include "util/file_type.h"
-#include "util/hash.h"
 #include "util/mb_string.h"
 #include "util/scramble.h"
 #include "util/site_name.h"
@@ -102,25 +99,6 @@ TEST(FileType, ATrailByteIsNeitherADotNorALetter) {
   EXPECT_EQ(ClassifyFileType("a.ht\x83M"), FT_OTHER);
   // A lead byte swallows whatever follows it, a "." too.
   EXPECT_EQ(ClassifyFileType("a\x83.htm"), FT_OTHER);
-}
-
-// Names that differ in one byte at any place, or in length only, spread over the low bits too.
-TEST(Hash, KeysOfEveryLengthSpread) {
-  std::unordered_set<std::uint64_t> whole;
-  std::unordered_set<std::uint32_t> low;
-  std::size_t keys = 0;
-  for (std::size_t length = 0; length < 80; ++length) {
-    for (std::size_t at = 0; at <= length; ++at, ++keys) {
-      std::string key(length, '\0');
-      if (at < length) key[at] = 1;
-      const std::uint64_t hash = HashBytes(key);
-      EXPECT_EQ(hash, HashBytes(std::string(key)));
-      whole.insert(hash);
-      low.insert(static_cast<std::uint32_t>(hash) & 0x3FFFFF);
-    }
-  }
-  EXPECT_EQ(whole.size(), keys);
-  EXPECT_GT(low.size(), keys - 30);
 }
 
 // Values of the formula, worked out by hand.
