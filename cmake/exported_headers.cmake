@@ -34,6 +34,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   platform/native_path.h
   platform/version.h
   platform/window.h
+  tables/table_faults.h
   util/file_type.h
   util/site_rec_cell.h
   util/site_slots.h

@@ -11,6 +11,7 @@
 #include "manager/site_link.h"
 #include "manager/site_totals.h"
 #include "manager_base/site_mgr_base.h"
+#include "tables/table_faults.h"
 #include "util/site_rec_cell.h"
 #include "util/vec.h"
 
@@ -143,6 +144,24 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int PackSite(bool all = true);
   // Writes the tables of the open site to disk as they stand; 0 or -1.
   int FlushSite();
+
+  // ---- The files themselves (verify.cc) ----
+  //
+  // These read the files of the tables as they lie on the disk, also damaged ones that cannot be
+  // opened, and change nothing. What was not flushed is not seen. Each needs time and memory in
+  // proportion to the size of the files.
+
+  // What is wrong with the tables of the site `siteName`; with the profiles. The faults are added
+  // to `faults`. 0; or -1 when there is no such site, or when it or the profiles are in use.
+  int VerifySite(const std::string& siteName, TableFaults& faults);
+  int VerifyProfiles(TableFaults& faults);
+  // Calls hook(record, context) for each record of a table, in the order of the file; with `dead`
+  // for deleted ones too. `siteName` is not used for the tables of profiles. A damaged file is read
+  // as far as it goes; `stopped` gets where and why each file does not go to its end. Passwords are
+  // left out. 0 or -1 as above.
+  using DumpHook = void (*)(const DumpedRecord& record, void* context);
+  int DumpTable(TableKind table, const std::string& siteName, bool dead, DumpHook hook,
+                void* context, std::vector<TableFault>& stopped);
 
   // ---- Families (families.cc) ----
 

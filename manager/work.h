@@ -55,6 +55,11 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   // The record numbers of all site profiles; false when they cannot be read (peeping.cc).
   bool ListSites(std::vector<int>& sites) const;
 
+  // Calls use(files) with the `\` paths of a site's record files, while the site is held
+  // (verify.cc). 0, or -1 when there is no such site or it is in use.
+  template <class Use>
+  [[nodiscard]] int WithTablesOf(const std::string& siteName, Use use);
+
   // Profiles of sites (site_profiles.cc, site_profile_fields.cc). A `siteId` below 0 is the open
   // site.
   [[nodiscard]] int StoreProfile(int number, const SiteProfile& profile);

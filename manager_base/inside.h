@@ -48,6 +48,7 @@ struct SiteMgrBase::Inside {
     if (kept != nullptr) *kept = {};
   }
 
+  std::string siteProfPath;                      // of the record file of the site profiles
   std::unique_ptr<SiteLocks> locks;              // null where locking is off
   std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
 

@@ -98,6 +98,7 @@ void SiteMgrBase::setDB(const char* dir, const char* siteProfName, const char* s
   if (platform::MakeFolderOfPath(folder) == 0) {
     delete servProfPath;
     servProfPath = new std::string(folder + servProfName);
+    inside->siteProfPath = folder + siteProfName;
     siteProf = new SiteSiteProfDB;
     servProf = new SiteServProfDB;
     if (inside->locks == nullptr) {

@@ -14,7 +14,6 @@ namespace zvrsit {
 
 namespace {
 
-constexpr char kMagic[] = "ZVR4.00-SITE0.01";
 constexpr int kWord1 = 16;
 constexpr int kWord2 = 20;
 

@@ -24,6 +24,7 @@ namespace zvrsit {
 
 class SiteDB {
  public:
+  static constexpr char kMagic[] = "ZVR4.00-SITE0.01";
   static constexpr int kMagicSize = 16;
   static constexpr int kHeaderSize = 24;
   // No file hands out more numbers than this.

@@ -337,6 +337,10 @@ TEST_P(WholeFlow, TablesStayThoseOfAFreshRebuild) {
       site_.Start();
       ASSERT_EQ(site_.Open(), 0);
     }
+    ASSERT_EQ(site_.mgr->FlushSite(), 0);
+    TableFaults faults;
+    ASSERT_EQ(site_.mgr->VerifySite("demo", faults), 0);
+    for (const TableFault& fault : faults.told) ADD_FAILURE() << fault.file << ": " << fault.what;
     const Facts kept = FactsOf(*site_.mgr, site_.dir()).all();
     ASSERT_EQ(Difference(kept, FactsOfFreshRebuild(number)), "") << "after edit " << number;
     ASSERT_GT(kept.size(), 30U);
