@@ -73,23 +73,24 @@ BesideRebuild::BesideRebuild(Session& session, const std::string& name, SiteProf
       profile_(std::move(profile)) {}
 
 // When the other constructor has finished, the destructor cleans up even if this one fails.
-BesideRebuild::BesideRebuild(Session& session, const std::string& name)
+BesideRebuild::BesideRebuild(Session& session, const std::string& name, bool anew)
     : BesideRebuild(session, name, (session.HoldSite(name), ReadProfile(session, name))) {
   session.LetProfilesGo();
   copy_ = std::make_unique<Session>(Options{NameOf(NewFolder(tables_)), false}, Database::kMake);
-  OpenCopy();
+  OpenCopy(anew);
 }
 
-void BesideRebuild::OpenCopy() {
+void BesideRebuild::OpenCopy(bool anew) {
   if (copy_->manager().SetSiteProf(name_, profile_) != 0) {
     ThrowIfSystemFailed(tables_);
     throw Failure(kDatabase, tables_ + ": no copy of the profile of the site can be made");
   }
   const std::string folder = copy_->FolderOfTables(name_);
-  const bool areThere = HasTables(tables_);
+  const bool areThere = !anew && HasTables(tables_);
   if (areThere) CopyTables(tables_, folder);
-  if ((areThere || profile_.rebuildState == kNeverRebuilt) && copy_->OpenIfSound(name_)) return;
-  Warn(tables_ + ": a table of the site was damaged; all are made anew");
+  const bool isNew = !anew && profile_.rebuildState == kNeverRebuilt;
+  if ((areThere || isNew) && copy_->OpenIfSound(name_)) return;
+  if (!anew) Warn(tables_ + ": a table of the site was damaged; all are made anew");
   RemoveTables(folder);
   SiteMgr& manager = copy_->manager();
   if (manager.SetSiteProfRebuildState(kNeverRebuilt, manager.FindSiteProf(name_)) != 0) {

@@ -17,8 +17,8 @@ namespace zvrsit::cli {
 class BesideRebuild {
  public:
   // Holds the site `name` of `session` and opens a copy of it. Throws as Session::Open. Damaged
-  // tables are not copied but made again, and stderr says so.
-  BesideRebuild(Session& session, const std::string& name);
+  // tables are not copied but made again, and stderr says so. With `anew` sound ones are too.
+  BesideRebuild(Session& session, const std::string& name, bool anew = false);
   // Unless Commit was called, a site that was never whole is marked as one whose rebuild failed.
   ~BesideRebuild();
   BesideRebuild(const BesideRebuild&) = delete;
@@ -31,7 +31,7 @@ class BesideRebuild {
 
  private:
   BesideRebuild(Session& session, const std::string& name, SiteProfile profile);
-  void OpenCopy();
+  void OpenCopy(bool anew);
 
   Session& session_;
   const std::string name_;

@@ -21,6 +21,8 @@ void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
 void AddFileCommands(CLI::App& app, const Options& options, Run& run);
 // save, rm, mv
 void AddChangeCommands(CLI::App& app, const Options& options, Run& run);
+// verify, dump
+void AddDatabaseCommands(CLI::App& app, const Options& options, Run& run);
 // check
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 // site show, set, rename, delete

@@ -35,9 +35,9 @@ int RunSites(const Options& options) {
   return kClean;
 }
 
-int RunRebuild(const Options& options, const std::string& name, bool diff) {
+int RunRebuild(const Options& options, const std::string& name, bool diff, bool anew) {
   Session session(options, Database::kMustExist);
-  BesideRebuild rebuild(session, name);
+  BesideRebuild rebuild(session, name, anew);
   const int code = RebuildSite(rebuild.copy(), !diff, session.database());
   const SiteTotals totals = CountSite(rebuild.copy());
   rebuild.Commit();
@@ -81,15 +81,20 @@ void AddSiteCommands(CLI::App& app, Run& run, const SiteCommands& commands,
 }
 
 void AddSiteCommands(CLI::App& app, const Options& options, Run& run) {
+  const auto anew = std::make_shared<bool>(false);
   AddSiteCommands(
       app, run,
       {[&options](const std::string& name, const GivenSite& site) {
          return RunAdd(options, name, site);
        },
        [&options] { return RunSites(options); },
-       [&options](const std::string& name, bool diff) { return RunRebuild(options, name, diff); }},
+       [&options, anew](const std::string& name, bool diff) {
+         return RunRebuild(options, name, diff, *anew);
+       }},
       {"Register a folder as a site", "List the sites", "also drop what has vanished from disk"},
       AddSiteOptions);
+  app.get_subcommand("rebuild")->add_flag(
+      "--anew", *anew, "makes new tables; titles and marks set by hand are lost");
 }
 
 }  // namespace zvrsit::cli
