@@ -23,6 +23,8 @@ void AddFileCommands(CLI::App& app, const Options& options, Run& run);
 void AddChangeCommands(CLI::App& app, const Options& options, Run& run);
 // verify, dump
 void AddDatabaseCommands(CLI::App& app, const Options& options, Run& run);
+// export
+void AddExportCommand(CLI::App& app, const Options& options, Run& run);
 // check
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 // site show, set, rename, delete

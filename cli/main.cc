@@ -71,6 +71,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddChangeCommands(app, options, run);
   AddProfileCommands(app, options, run);
   AddServerCommands(app, options, run);
+  AddExportCommand(app, options, run);
   AddDatabaseCommands(app, options, run);
   AddLegacyCommands(app, options, run);
   AddManualCommands(app, run);

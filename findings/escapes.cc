@@ -109,4 +109,18 @@ std::string LineText(std::string_view text) {
   return line;
 }
 
+std::string CsvField(std::string_view text) {
+  constexpr std::string_view kCalculated = "=+-@\t\r'";
+  static constexpr Replacements kQuote{{'"', "\"\""}};
+  const bool isGuarded = !text.empty() && kCalculated.find(text.front()) != kCalculated.npos;
+  const std::string field = (isGuarded ? "'" : "") + kQuote.In(text);
+  return text.find_first_of(",\"\r\n") == text.npos ? field : "\"" + field + "\"";
+}
+
+std::string XmlText(std::string_view text) {
+  static constexpr Replacements kMarkup{
+      {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
+  return kMarkup.In(platform::ToUtf8(LineText(text)));
+}
+
 }  // namespace zvrsit

@@ -1,6 +1,8 @@
 // Names and texts of a site as they can be shown: in a line, in JSON.
 #pragma once
 
+#include <array>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -20,5 +22,42 @@ std::string TextOfJson(const std::string& text);
 // A string for one line of text. Control characters are written as escapes (\n, \t, \x1b), and `\`
 // as \\. On Windows `\` stays: it separates folders there, and no name holds a control character.
 std::string LineText(std::string_view text);
+
+// A field of CSV (RFC 4180), quoted where it has to be. A table program would calculate a field
+// that begins with one of = + - @, so that one has a "'" before it, and so has one that begins with
+// "'" itself.
+std::string CsvField(std::string_view text);
+// A text for XML, in UTF-8. Control characters, which XML cannot hold, are those of LineText.
+std::string XmlText(std::string_view text);
+
+// Writes some bytes of a text otherwise.
+class Replacements {
+ public:
+  struct Row {
+    char byte;
+    std::string_view text;
+  };
+
+  constexpr Replacements(std::initializer_list<Row> rows) {
+    for (const Row& row : rows) texts_[static_cast<unsigned char>(row.byte)] = row.text;
+  }
+
+  std::string In(std::string_view text) const {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) {
+      const std::string_view replacement = texts_[static_cast<unsigned char>(c)];
+      if (replacement.empty()) {
+        out += c;
+      } else {
+        out += replacement;
+      }
+    }
+    return out;
+  }
+
+ private:
+  std::array<std::string_view, 256> texts_{};
+};
 
 }  // namespace zvrsit

@@ -14,50 +14,6 @@
 namespace zvrsit {
 namespace {
 
-// Writes some bytes of a text otherwise.
-class Replacements {
- public:
-  struct Row {
-    char byte;
-    std::string_view text;
-  };
-
-  constexpr Replacements(std::initializer_list<Row> rows) {
-    for (const Row& row : rows) texts_[static_cast<unsigned char>(row.byte)] = row.text;
-  }
-
-  std::string In(std::string_view text) const {
-    std::string out;
-    out.reserve(text.size());
-    for (const char c : text) {
-      const std::string_view replacement = texts_[static_cast<unsigned char>(c)];
-      if (replacement.empty()) {
-        out += c;
-      } else {
-        out += replacement;
-      }
-    }
-    return out;
-  }
-
- private:
-  std::array<std::string_view, 256> texts_{};
-};
-
-// RFC 4180: quoted where it has to be.
-std::string CsvField(std::string_view text) {
-  if (text.find_first_of(",\"\r\n") == text.npos) return std::string(text);
-  static constexpr Replacements kQuote{{'"', "\"\""}};
-  return "\"" + kQuote.In(text) + "\"";
-}
-
-// XML cannot hold most control characters in any way.
-std::string XmlText(std::string_view text) {
-  static constexpr Replacements kMarkup{
-      {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
-  return kMarkup.In(platform::ToUtf8(LineText(text)));
-}
-
 std::string CommandText(std::string_view text) {
   static constexpr Replacements kEscapes{{'%', "%25"}, {'\r', "%0D"}, {'\n', "%0A"}};
   return kEscapes.In(platform::ToUtf8(text));

@@ -1,0 +1,43 @@
+#include "exports/new_file.h"
+
+#include <cerrno>
+
+namespace zvrsit {
+
+NewFile::NewFile(const OutputPath& place) : place_(place), new_(place.path) {
+  new_ += kSuffix;
+  std::error_code error;
+  if (std::filesystem::is_directory(place.path, error)) {
+    Fail(std::make_error_code(std::errc::is_a_directory));
+  }
+  std::filesystem::remove(new_, error);
+}
+
+NewFile::~NewFile() {
+  file_.reset();
+  std::error_code ignored;
+  if (!isDone_) std::filesystem::remove(new_, ignored);
+}
+
+void NewFile::Write(std::string_view bytes) {
+  if (file_ == nullptr) file_.reset(std::fopen(newName().c_str(), "wb"));
+  if (file_ == nullptr || std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
+    Fail({errno, std::generic_category()});
+  }
+}
+
+void NewFile::Commit() {
+  if (file_ != nullptr && std::fclose(file_.release()) != 0) {
+    Fail({errno, std::generic_category()});
+  }
+  std::error_code error;
+  std::filesystem::rename(new_, place_.path, error);
+  if (error) Fail(error);
+  isDone_ = true;
+}
+
+void NewFile::Fail(const std::error_code& error) const {
+  throw ExportError(place_.name + ": " + error.message());
+}
+
+}  // namespace zvrsit
