@@ -76,14 +76,10 @@ void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
   const auto site = std::make_shared<GivenSite>();
   const auto given = std::make_shared<GivenPaths>();
   const auto wanted = std::make_shared<FindingOptions>();
-  CLI::App* check = app.add_subcommand("check", "Check a folder of pages, nothing to set up");
+  CLI::App* check = app.add_subcommand("check", "Check a folder of pages; nothing to set up");
   AddSelectionOptions(*check, *given);
   AddFindingOptions(*check, *wanted);
   AddSiteOptions(*check, *site);
-  check->footer(
-      "Findings of PATH only, but held against the whole site.\n"
-      "With --db the temporary database is made below that folder.\n" +
-      check->get_footer());
   check->callback([&options, &run, site, given, wanted] {
     run = [&options, site, given, wanted] {
       wanted->format = options.format;

@@ -99,17 +99,13 @@ int RunUndo(const Options& options, const std::string& name) {
 
 void AddLegacyUndo(CLI::App& legacy, const Options& options, Run& run) {
   const auto name = std::make_shared<std::string>();
-  CLI::App* undo =
-      legacy.add_subcommand("undo", "Make changes that can be taken back, read line by line");
+  CLI::App* undo = legacy.add_subcommand(
+      "undo",
+      "Make changes that can be taken back, and print the totals after each. Standard input holds "
+      "a "
+      "change a line: save FILE, rm FILE, mv FROM TO, or undo, which takes back the newest change "
+      "that is left. Names with spaces stand in double quotes. What is not taken back stays");
   AddSiteName(*undo, *name);
-  undo->footer(
-      std::string(
-          "Standard input holds a change a line: save FILE, rm FILE, mv FROM TO, or undo, "
-          "which takes\n"
-          "the newest change back that is left. Names with spaces stand in double quotes. "
-          "At the end\n"
-          "the totals after each line are printed. What is not taken back by then stays.\n") +
-      undo->get_footer());
   undo->callback(
       [&options, &run, name] { run = [&options, name] { return RunUndo(options, *name); }; });
 }

@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/help.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "platform/version.h"
@@ -81,14 +82,13 @@ int Main(int argc, char** argv) {
   CLI::App app("Manages web sites: their files, the links between them, what is broken.", "zvrsit");
   Options options;
   Run run;
-  app.get_formatter()->label("REQUIRED", "");
-  app.get_formatter()->column_width(34);
+  app.formatter(std::make_shared<HelpFormatter>());
   app.add_option("--db", options.database, "the folder of the database, by default the user's own")
       ->option_text("FOLDER")
       ->check(NotEmpty());
   std::string format = "text";
   app.add_option("--format", format,
-                 "how answers are printed; findings in all of these, others in the first two")
+                 "how answers are printed; the first two for all, the others for findings")
       ->option_text("text|json|jsonl|csv|junit|sarif|github|markdown")
       ->check([](const std::string& name) {
         return FormatOfName(name) ? std::string() : "\"" + name + "\" is no format";
@@ -98,10 +98,11 @@ int Main(int argc, char** argv) {
   app.fallthrough();
   app.allow_windows_style_options(false);  // a name may begin with "/"
   app.footer(
-      "Every command takes --db and --format too, and tells more with --help.\n"
-      "Exit codes: 0 clean, 1 findings (check, broken), 2 usage, 3 database, 4 file system,\n"
-      "130 interrupted (128 and the number of the signal).");
+      "Every command takes --db FOLDER (of the database, by default the user's own) and\n"
+      "--format text|json (of findings also jsonl|csv|junit|sarif|github|markdown).\n"
+      "Exit codes: 0 clean, 1 findings, 2 usage, 3 database, 4 files, 130 interrupted.");
   AddCommands(app, options, run);
+  FinishHelp(app);
   if (!AreArgumentsWhole()) {
     return Complain("an argument holds a character that the code page of the system lacks", kUsage);
   }

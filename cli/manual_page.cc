@@ -42,6 +42,7 @@ void AppendCommand(const CommandEntry& command, std::string& page) {
   for (const OptionEntry& one : command.options) {
     if (one.names.back() != "--help") AppendOption(one, page);
   }
+  if (!command.footer.empty()) page += ".PP\n" + Plain(command.footer) + "\n";
 }
 
 }  // namespace

@@ -19,6 +19,25 @@ std::string Trimmed(const std::string& text) {
   return first == text.npos ? "" : text.substr(first);
 }
 
+void Collect(const CLI::App& app, const std::string& path, std::vector<CommandEntry>& commands) {
+  CommandEntry command;
+  command.path = path;
+  command.help = app.get_description();
+  command.footer = app.get_footer();
+  for (const CLI::Option* const option : app.get_options()) {
+    OptionEntry entry = EntryOf(*option);
+    (entry.names.empty() ? command.positionals : command.options).push_back(std::move(entry));
+  }
+  const auto below = app.get_subcommands([](const CLI::App*) { return true; });
+  for (const CLI::App* const one : below) command.commands.push_back(one->get_name());
+  commands.push_back(std::move(command));
+  for (const CLI::App* const one : below) {
+    Collect(*one, CommandBelow(path, one->get_name()), commands);
+  }
+}
+
+}  // namespace
+
 OptionEntry EntryOf(const CLI::Option& option) {
   OptionEntry entry;
   for (const std::string& name : option.get_snames()) entry.names.push_back("-" + name);
@@ -34,25 +53,6 @@ OptionEntry EntryOf(const CLI::Option& option) {
   entry.help = option.get_description();
   return entry;
 }
-
-void Collect(const CLI::App& app, const std::string& path, std::vector<CommandEntry>& commands) {
-  CommandEntry command;
-  command.path = path;
-  command.help = app.get_description();
-  if (path.empty()) command.footer = app.get_footer();
-  for (const CLI::Option* const option : app.get_options()) {
-    OptionEntry entry = EntryOf(*option);
-    (entry.names.empty() ? command.positionals : command.options).push_back(std::move(entry));
-  }
-  const auto below = app.get_subcommands([](const CLI::App*) { return true; });
-  for (const CLI::App* const one : below) command.commands.push_back(one->get_name());
-  commands.push_back(std::move(command));
-  for (const CLI::App* const one : below) {
-    Collect(*one, CommandBelow(path, one->get_name()), commands);
-  }
-}
-
-}  // namespace
 
 std::string CommandBelow(const std::string& path, const std::string& name) {
   return path.empty() ? name : path + " " + name;

@@ -24,6 +24,7 @@ struct CommandEntry {
   std::vector<std::string> commands;  // the names of those below it
 };
 
+OptionEntry EntryOf(const CLI::Option& option);
 // The path of the command of that name below `path`.
 std::string CommandBelow(const std::string& path, const std::string& name);
 // The program first, then every command before those below it.

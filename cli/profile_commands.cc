@@ -73,7 +73,7 @@ void AddSiteSet(CLI::App& site, const Options& options, Run& run) {
 
 void AddProfileCommands(CLI::App& app, const Options& options, Run& run) {
   CLI::App* site =
-      app.add_subcommand("site", "Show, change, rename or delete the profile of a site");
+      app.add_subcommand("site", "Show, change or delete the profile of a site");
   site->require_subcommand(1);
   const auto name = std::make_shared<std::string>();
 

@@ -108,7 +108,9 @@ fs::path RootOf(const GivenPaths& given, const std::vector<std::string>& names) 
 }  // namespace
 
 void AddSelectionOptions(CLI::App& command, GivenPaths& given) {
-  command.add_option("PATH", given.paths, "folders and pages; by default the working folder")
+  command
+      .add_option("PATH", given.paths,
+                  "folders, or pages held against their whole site; by default the working folder")
       ->option_text(" ...");
   command.add_option("--files-from", given.filesFrom, "more of them, a name a line; - is stdin")
       ->option_text("FILE");
