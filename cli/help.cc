@@ -23,7 +23,9 @@ struct CommandHelp {
   const char* seldom;   // options and commands below it that few people need
 };
 constexpr CommandHelp kHelp[] = {
-    {"", "check docs", "--db --format --version server legacy manual completion"},
+    {"", "check docs",
+     "--db --format --version server dump verify legacy manual "
+     "completion"},
     {"check", "check docs --top docs/index.html",
      "--files-from --root --config --no-config --default-url --doc-root --page-types --rules "
      "--ignore-target --verbose"},
@@ -58,6 +60,8 @@ constexpr CommandHelp kHelp[] = {
     {"legacy broken", "legacy broken old", ""},
     {"legacy peek", "legacy peek old", ""},
     {"legacy undo", "legacy undo old < changes", ""},
+    {"dump", "dump harbour", ""},
+    {"verify", "verify harbour", ""},
     {"manual", "manual | man -l -", ""},
     {"completion", "completion bash > zvrsit.bash", ""},
 };
