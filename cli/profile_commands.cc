@@ -72,8 +72,7 @@ void AddSiteSet(CLI::App& site, const Options& options, Run& run) {
 }  // namespace
 
 void AddProfileCommands(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* site =
-      app.add_subcommand("site", "Show, change or delete the profile of a site");
+  CLI::App* site = app.add_subcommand("site", "Show, change or delete the profile of a site");
   site->require_subcommand(1);
   const auto name = std::make_shared<std::string>();
 
