@@ -29,8 +29,9 @@ constexpr Key kKeys[] = {
     {"top", &GivenSite::top, false, nullptr},  // relative to the folder of the site
     {"doc-root", &GivenSite::docRoot, true, nullptr},
     {"default-url", &GivenSite::defaultUrl, false, nullptr},
-    {"live-url", &GivenSite::liveUrl, false, &FaultOfLiveUrl},
-    {"page-types", &GivenSite::pageTypes, false, &FaultOfPageTypes},
+    {"fallback-extensions", &GivenSite::fallbackExtensions, false, &FaultOfExtensions},
+    {"base-url", &GivenSite::baseUrl, false, &FaultOfBaseUrl},
+    {"page-types", &GivenSite::pageTypes, false, &FaultOfExtensions},
     {"link-rules", &GivenSite::rules, false, &FaultOfRules},
 };
 

@@ -37,7 +37,7 @@ GivenSite AsGiven(LegacySession& session, const SitSiteProperty& old) {
   if (old.useDocRoot != 0 && !old.dir[kSlotDocumentRoot].empty()) {
     given.docRoot = NativePath(old.dir[kSlotDocumentRoot]);
   }
-  given.liveUrl = old.dir[kSlotLiveUrl];
+  given.baseUrl = old.dir[kSlotLiveUrl];
   ServProfile server;
   if (session.newer().manager().GetServProf(old.servProf, server) == 0) {
     given.server = old.servProf;

@@ -71,7 +71,7 @@ void PrintColumns(const std::vector<Strings>& rows) {
 void PrintFields(const Json& object) {
   for (const auto& [key, value] : object.items()) {
     const std::string text = value.is_string() ? LineOfJson(value) : value.dump();
-    if (!text.empty()) Print("{:<18}{}\n", key, text);
+    if (!text.empty()) Print("{:<17} {}\n", key, text);
   }
 }
 

@@ -43,7 +43,7 @@ fs::path LookForTop(const fs::path& folder, const GivenSite& site) {
     std::error_code ignored;
     const std::string name = NameOf(entry->path().filename());
     if (entry.depth() >= std::get<0>(best)) entry.disable_recursion_pending();
-    const bool isPage = isWeb && types.Hold(name) && PageSyntaxOf(name) != PageSyntax::kDrawing;
+    const bool isPage = isWeb && types.Hold(name) && IsShownAsPage(PageSyntaxOf(name));
     if (!isPage && ClassifyFileType(name.c_str()) != FT_HTML) continue;
     if (!entry->is_regular_file(ignored)) continue;
     const auto rank = std::ranges::find(kDefaultDocuments, name) - std::begin(kDefaultDocuments);
@@ -96,8 +96,11 @@ void Apply(Session& session, const GivenSite& site, SiteProfile& profile) {
         profile.useDocumentRoot ? ExistingFolder(*site.docRoot) : std::string();
   }
   if (site.defaultUrl) profile.defaultUrl = *site.defaultUrl;
+  if (site.fallbackExtensions) {
+    profile.folders[kSlotFallbackExtensions] = *site.fallbackExtensions;
+  }
   if (site.rules) profile.linkRules = *site.rules == "web" ? LinkRules::Web : LinkRules::Classic;
-  if (site.liveUrl) profile.folders[kSlotLiveUrl] = *site.liveUrl;
+  if (site.baseUrl) profile.folders[kSlotLiveUrl] = *site.baseUrl;
   if (site.pageTypes) {
     profile.folders[kSlotPageTypes] =
         site.pageTypes->empty() ? std::string() : PageTypes(*site.pageTypes).list();
@@ -124,6 +127,7 @@ bool NeedRebuild(const SiteProfile& before, const SiteProfile& after) {
          !SameFolder(before, after, kSlotSiteFolder) ||
          !SameFolder(before, after, kSlotDocumentRoot) ||
          (rules.resolvesAsBrowser && !SameFolder(before, after, kSlotLiveUrl)) ||
+         (rules.findsFolderDocuments && !SameFolder(before, after, kSlotFallbackExtensions)) ||
          (rules.readsOtherPageTypes && PageTypesOf(before).list() != PageTypesOf(after).list()) ||
          (!rules.findsFolderDocuments && after.defaultUrl.empty() && !before.defaultUrl.empty());
 }
@@ -145,12 +149,12 @@ std::vector<std::string> ReadFolderLinksAnew(Session& session) {
 
 }  // namespace
 
-std::string FaultOfPageTypes(const std::string& list) {
+std::string FaultOfExtensions(const std::string& list) {
   if (list.empty() || PageTypes::IsList(list)) return "";
   return "\"" + list + "\" is no list of extensions, such as php,xhtml";
 }
 
-std::string FaultOfLiveUrl(const std::string& url) {
+std::string FaultOfBaseUrl(const std::string& url) {
   if (url.empty() || LiveAddress(url).isSet()) return "";
   return "\"" + url + "\" is not the address of a folder, such as https://example.org/docs/";
 }
@@ -174,19 +178,23 @@ void AddTopOption(CLI::App& command, GivenSite& site) {
 void AddSiteOptions(CLI::App& command, GivenSite& site) {
   AddTopOption(command, site);
   AddGiven(command, "--default-url", site.defaultUrl,
-           "the name of the document that stands for its folder")
-      ->option_text("NAME");
+           "documents that stand for their folders: index.html,index.php")
+      ->option_text("LIST");
+  AddGiven(command, "--fallback-extensions", site.fallbackExtensions,
+           "extensions that links may leave out: with html a link to about is one to about.html")
+      ->option_text("LIST")
+      ->check(&FaultOfExtensions);
   AddGiven(command, "--doc-root", site.docRoot, "the folder that a leading / in a link means")
       ->option_text("FOLDER");
-  AddGiven(command, "--live-url", site.liveUrl,
+  AddGiven(command, "--base-url", site.baseUrl,
            "the address under which the folder is served: links to it are links in the site")
       ->option_text("URL")
-      ->check(&FaultOfLiveUrl);
+      ->check(&FaultOfBaseUrl);
   AddGiven(command, "--page-types", site.pageTypes,
            "extensions of files that are pages beside htm, html, shtm and shtml; by default " +
                std::string(PageTypes::kUsual))
       ->option_text("LIST")
-      ->check(&FaultOfPageTypes);
+      ->check(&FaultOfExtensions);
   AddGiven(command, "--rules", site.rules,
            "web (default): what a browser of today would load; classic: HTML 4 and no more")
       ->option_text("web|classic")
@@ -280,7 +288,8 @@ Json ProfileAsJson(const std::string& name, const SiteProfile& profile) {
           {"top", JsonText(NativePath(profile.topFile))},
           {"default_url", JsonText(profile.defaultUrl)},
           {"doc_root", JsonText(docRoot)},
-          {"live_url", JsonText(profile.folders[kSlotLiveUrl])},
+          {"fallback_extensions", JsonText(profile.folders[kSlotFallbackExtensions])},
+          {"base_url", JsonText(profile.folders[kSlotLiveUrl])},
           {"server", JsonText(profile.server)},
           {"page_types", JsonText(profile.folders[kSlotPageTypes])},
           {"rules", RulesName(profile.linkRules)},

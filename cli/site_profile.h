@@ -18,18 +18,20 @@ namespace zvrsit::cli {
 // native.
 struct GivenSite {
   std::optional<std::string> folder;
-  std::optional<std::string> top;         // absolute, or relative to the folder
-  std::optional<std::string> defaultUrl;  // empty: none
-  std::optional<std::string> docRoot;     // empty: none
-  std::optional<std::string> pageTypes;   // empty: the usual ones; else what PageTypes takes
-  std::optional<std::string> rules;       // "web" or "classic"
-  std::optional<std::string> server;      // empty: none
-  std::optional<std::string> liveUrl;     // empty: none; else what LiveAddress takes
+  std::optional<std::string> top;                 // absolute, or relative to the folder
+  std::optional<std::string> defaultUrl;          // empty: none
+  std::optional<std::string> fallbackExtensions;  // empty: none; else what PageTypes takes
+  std::optional<std::string> docRoot;             // empty: none
+  std::optional<std::string> pageTypes;  // empty: the usual ones; else what PageTypes takes
+  std::optional<std::string> rules;      // "web" or "classic"
+  std::optional<std::string> server;     // empty: none
+  std::optional<std::string> baseUrl;    // empty: none; else what LiveAddress takes
 };
 
-// What is wrong with a value of liveUrl, pageTypes or rules; empty for nothing.
-std::string FaultOfLiveUrl(const std::string& url);
-std::string FaultOfPageTypes(const std::string& list);
+// What is wrong with a value of baseUrl, of pageTypes or fallbackExtensions, or of rules; empty for
+// nothing.
+std::string FaultOfBaseUrl(const std::string& url);
+std::string FaultOfExtensions(const std::string& list);
 std::string FaultOfRules(const std::string& rules);
 
 // An option whose value stays unset unless it is given.
@@ -37,7 +39,7 @@ CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<
                       const std::string& help);
 // --top.
 void AddTopOption(CLI::App& command, GivenSite& site);
-// --top, --default-url, --doc-root, --live-url, --page-types and --rules.
+// --top, --default-url, --fallback-extensions, --doc-root, --base-url, --page-types and --rules.
 void AddSiteOptions(CLI::App& command, GivenSite& site);
 
 // The profile of a new site, not stored yet. `folder` must be given. Without `rules` they are the

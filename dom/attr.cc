@@ -64,6 +64,7 @@ constexpr auto kAttrNames = std::to_array<AttrNameTable::Entry>({
     {"usemap", Attr::kUsemap},
     {"value", Attr::kValue},
     {"xlink:href", Attr::kXlinkHref},
+    {"cite", Attr::kCite},
 });
 
 }  // namespace

@@ -66,6 +66,7 @@ enum class Attr : std::uint16_t {
   kUsemap,
   kValue,
   kXlinkHref,
+  kCite,
   kCount
 };
 

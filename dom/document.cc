@@ -90,7 +90,7 @@ Node Element::firstChild() const {
              document_->element(index_ + 1).offset() == element.end) {
     return Node(document_->element(index_ + 1));
   } else {
-    text = arrays.TextAt(element.end, !isHtml());
+    text = arrays.TextAt(element.end, !isHtml() || arrays.xml);
   }
   return text ? Node(text) : Node();
 }

@@ -12,6 +12,7 @@
 
 #include "findings/known_files.h"
 #include "findings/url_check.h"
+#include "links/folder_documents.h"
 #include "manager/family_marks.h"
 #include "manager/site_mgr.h"
 #include "platform/native_path.h"
@@ -154,16 +155,22 @@ class Collector {
     return platform::ToNativePath(path, native) ? site_.typeOf(native) : fs::file_type::none;
   }
 
-  // Whether a link does not end in the name of its file: it leads to a folder, and the name of the
-  // document was added.
-  static bool NamesNoFile(const SiteLink& link, const std::string& path) {
+  // Whether a link leads to a folder: it does not end in the name of its file, which is that of a
+  // document for folders and was added.
+  bool NamesNoFile(const SiteLink& link, const std::string& path) const {
     const std::size_t separator = path.rfind('\\');
     if (separator == path.npos) return false;
     const std::string_view name = std::string_view(path).substr(separator + 1);
     std::string_view written = link.text;
     written = written.substr(0, written.find('#'));
     written = written.substr(0, written.find('?'));
-    return !name.empty() && !written.ends_with(name);
+    return !name.empty() && !written.ends_with(name) && StandsForFolder(name);
+  }
+
+  bool StandsForFolder(std::string_view name) const {
+    const std::string* const own = manager_.GetDefaultUrl();
+    if (own != nullptr && !own->empty()) return own->find(name) != own->npos;
+    return std::ranges::find(kDefaultDocuments, name) != std::end(kDefaultDocuments);
   }
 
   // The `\` path of a file by its number; empty for none.

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 #include "dom/document.h"
 #include "dom/html_text.h"
 #include "links/html_values.h"
+#include "links/json_references.h"
 #include "util/ascii.h"
 #include "util/mb_string.h"
 
@@ -81,6 +83,10 @@ constexpr Reference kReferences[] = {
     {Tag::kImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
     {Tag::kFeImage, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
     {Tag::kSvgScript, Attr::kHref, LT_SVG, Shape::kUnlessOwnFragment, In::kWeb, When::kAtOnce},
+    {Tag::kBlockquote, Attr::kCite, LT_CITE, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kQ, Attr::kCite, LT_CITE, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kDel, Attr::kCite, LT_CITE, Shape::kPlain, In::kWeb, When::kLater},
+    {Tag::kIns, Attr::kCite, LT_CITE, Shape::kPlain, In::kWeb, When::kLater},
     {Tag::kApplet, Attr::kCode, LT_APPLET, Shape::kApplet, In::kBoth, When::kLater},
 };
 
@@ -99,6 +105,25 @@ constexpr MetaName kMetaNames[] = {
     {"refresh", MetaKey::kRefresh},
 };
 
+// The kinds of SCRIPT that are data.
+struct DataBlock {
+  std::string_view type;
+  JsonKind kind;
+  std::uint32_t linkType;
+};
+
+constexpr DataBlock kDataBlocks[] = {
+    {"application/ld+json", JsonKind::kLinkedData, LT_LINKED_DATA},
+    {"importmap", JsonKind::kImportMap, LT_IMPORT_MAP},
+    {"speculationrules", JsonKind::kSpeculationRules, LT_SPECULATION},
+};
+
+const DataBlock* DataBlockOf(std::string_view type) {
+  const auto found = std::ranges::find_if(
+      kDataBlocks, [type](const DataBlock& block) { return EqualsLower(type, block.type); });
+  return found != std::end(kDataBlocks) ? found : nullptr;
+}
+
 // One walk over a page, filling the rows.
 class Extraction {
  public:
@@ -112,6 +137,7 @@ class Extraction {
     ReadAnchors();
     rows_.anchorLinks = rows_.links.size();
     ReadAllReferences();
+    rows_.links.insert(rows_.links.end(), metaAddresses_.begin(), metaAddresses_.end());
     for (const PagePart& part : rows_.parts.parts()) {
       if (!part.isInner) continue;
       part_ = &part;
@@ -182,6 +208,7 @@ class Extraction {
       const AttributeList attributes = element.attributes();
       const Attribute content = attributes.find(Attr::kContent);
       const Attribute equiv = attributes.find(Attr::kHttpEquiv);
+      if (content && !equiv && rules_.readsSiteData) ReadMetaAddress(attributes, content);
       const Attribute named = equiv ? equiv : attributes.find(Attr::kName);
       if (content && named) ReadMeta(content, rows_.Decoded(named), static_cast<bool>(equiv));
     }
@@ -201,6 +228,19 @@ class Extraction {
     }
   }
 
+  // PROPERTY and NAME are used for the same words.
+  void ReadMetaAddress(const AttributeList& attributes, const Attribute& content) {
+    const Attribute property = attributes.find(Attr::kProperty);
+    const Attribute word = property ? property : attributes.find(Attr::kName);
+    if (!word || !IsAddressMeta(word.rawValue())) return;
+    LinkRow row;
+    row.type = LT_META_URL;
+    row.offset = content.valueOffset();
+    row.target = rows_.Decoded(content);
+    row.base = part_->base;
+    if (!EqualsLower(row.target, "none")) metaAddresses_.push_back(row);
+  }
+
   void ReadAnchors() {
     when_ = When::kLater;
     for (const std::uint32_t index : ElementsOf(Tag::kA)) {
@@ -218,6 +258,7 @@ class Extraction {
     for (const Reference& reference : kReferences) {
       if (reference.rules == In::kBoth || rules_.readsNewTags) ReadReferences(reference);
     }
+    if (rules_.readsSiteData) ReadDataBlocks();
   }
 
   void ReadReferences(const Reference& reference) {
@@ -237,6 +278,24 @@ class Extraction {
     }
   }
 
+  // SCRIPT elements that hold JSON.
+  void ReadDataBlocks() {
+    for (const std::uint32_t index : ElementsOf(Tag::kScript)) {
+      const Element element = ElementAt(index);
+      const Attribute type = element.attributes().find(Attr::kType);
+      const DataBlock* const block = type ? DataBlockOf(type.rawValue()) : nullptr;
+      const Text text = block != nullptr ? element.firstChild().asText() : Text();
+      if (!text || !Counts(element)) continue;
+      const std::string_view json = text.rawData();
+      const auto begin = static_cast<std::uint32_t>(json.data() - part_->document->text().data());
+      when_ = block->kind == JsonKind::kImportMap ? When::kAtOnce : When::kLater;
+      for (const JsonReference& found : ReadJsonReferences(block->kind, json)) {
+        const std::uint32_t offset = begin + static_cast<std::uint32_t>(found.offset);
+        Add(block->linkType, offset, rows_.Keep(found.target)).isPrefix = found.isPrefix;
+      }
+    }
+  }
+
   static Attribute ReferenceOf(const Reference& reference, const AttributeList& attributes) {
     const Attribute value = attributes.find(reference.attr);
     const bool isSvg =
@@ -250,6 +309,8 @@ class Extraction {
       case Tag::kScript:
       case Tag::kSvgScript:
         return !rules_.mindsTypes || IsScript(attributes);
+      case Tag::kLink:
+        return !rules_.mindsTypes || !NamesServerAlone(ValueOf(attributes, Attr::kRel));
       case Tag::kIframe:
         return !attributes.find(Attr::kSrcdoc);  // which comes before SRC
       default:
@@ -297,7 +358,7 @@ class Extraction {
   LinkRow& Add(std::uint32_t type, std::uint32_t offset, std::string_view target) {
     const std::int32_t base = when_ == When::kLater ? part_->base : part_->BaseAt(offset);
     return rows_.links.emplace_back(
-        LinkRow{type, part_->OffsetInPage(offset), target, {}, false, false, base});
+        LinkRow{type, part_->OffsetInPage(offset), target, {}, false, false, false, base});
   }
 
   bool IsStyleSheet(const AttributeList& attributes) {
@@ -369,6 +430,7 @@ class Extraction {
   const RuleFlags& rules_;
   PageRows& rows_;
   std::vector<std::string_view> candidates_;
+  std::vector<LinkRow> metaAddresses_;
 };
 
 }  // namespace

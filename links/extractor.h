@@ -26,6 +26,7 @@ struct LinkRow {
   std::string_view target;          // as written, character references decoded
   std::string_view alternative;     // ALT; empty when there is none
   bool withAlternative = false;     // IMG SRC and INPUT SRC: stored with alternative text
+  bool isPrefix = false;            // stands for all addresses that begin so, not for a document
   bool ofSameElement = false;       // goes with the row before it (a map file with its image)
   std::int32_t base = kPageItself;  // what the target is taken from
 };

@@ -20,17 +20,33 @@ bool IsFile(const std::string& path) {
   return platform::Stat(path, stat) == 0 && stat.isRegular();
 }
 
+// What stands between the commas of a list, without spaces around it.
+std::vector<std::string> SplitList(std::string_view list) {
+  std::vector<std::string> words;
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(','), list.size());
+    std::string_view word = list.substr(0, end);
+    while (word.starts_with(' ')) word.remove_prefix(1);
+    while (word.ends_with(' ')) word.remove_suffix(1);
+    if (!word.empty()) words.emplace_back(word);
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return words;
+}
+
 }  // namespace
 
 bool EndsAsFolder(std::string_view target) {
   return target.ends_with('/') && FindLastCharMB(target, '/') == target.size() - 1;
 }
 
-FolderDocuments::FolderDocuments(const std::string* defaultName) {
-  if (defaultName != nullptr && !defaultName->empty()) {
-    names_ = {*defaultName};
-  } else {
-    names_.assign(std::begin(kDefaultDocuments), std::end(kDefaultDocuments));
+FolderDocuments::FolderDocuments(const std::string* defaultNames, std::string_view extensions) {
+  if (defaultNames != nullptr) names_ = SplitList(*defaultNames);
+  if (names_.empty()) names_.assign(std::begin(kDefaultDocuments), std::end(kDefaultDocuments));
+  if (extensions.find_first_of("/\\:") == std::string_view::npos) {
+    std::string list(extensions);
+    std::ranges::replace(list, ' ', ',');
+    extensions_ = SplitList(list);
   }
 }
 
@@ -47,10 +63,13 @@ void FolderDocuments::ToDocument(std::string& path) {
   if (!known->second.empty()) path = known->second;
 }
 
-// Empty for a path that is no folder. A path that ends in "\" is one, even if it is not there.
+// Empty for a path that is what it says, or nothing. One that ends in "\" is a folder, even if it
+// is not there.
 std::string FolderDocuments::DocumentOf(const std::string& path) const {
   std::string folder = path;
   if (FolderOf(folder) != folder) {
+    std::string file = WithExtension(path);
+    if (!file.empty()) return file;
     if (!IsFolder(folder)) return "";
     folder.push_back('\\');
   }
@@ -59,6 +78,32 @@ std::string FolderDocuments::DocumentOf(const std::string& path) const {
     if (IsFile(folder + name)) return folder + name;
   }
   return folder + names_.front();
+}
+
+// Empty where there is no such file, and where the path is that of a file itself.
+std::string FolderDocuments::WithExtension(const std::string& path) const {
+  if (extensions_.empty() || IsFile(path)) return "";
+  for (const std::string& extension : extensions_) {
+    std::string file = path + "." + extension;
+    if (IsFile(file)) return file;
+  }
+  return "";
+}
+
+std::vector<std::string> FolderDocuments::AlternativesOf(std::string_view path) const {
+  std::vector<std::string> stems{std::string(path)};
+  for (const std::string& extension : extensions_) {
+    if (path.ends_with("." + extension)) {
+      stems.emplace_back(path.substr(0, path.size() - extension.size() - 1));
+    }
+  }
+  std::vector<std::string> all = stems;
+  for (const std::string& stem : stems) {
+    for (const std::string& extension : extensions_) all.push_back(stem + "." + extension);
+    if (extensions_.empty()) continue;
+    for (const std::string& name : names_) all.push_back(stem + "\\" + name);
+  }
+  return all;
 }
 
 }  // namespace zvrsit

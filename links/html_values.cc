@@ -145,6 +145,30 @@ bool IsAmong(const std::string_view (&names)[kSize], std::string_view name) {
                      [name](std::string_view known) { return EqualsLower(name, known); });
 }
 
+// The words of social networks and of tiles on desktops, in lower case.
+constexpr std::string_view kAddressMetas[] = {"og:url",
+                                              "og:image",
+                                              "og:image:url",
+                                              "og:image:secure_url",
+                                              "og:video",
+                                              "og:video:url",
+                                              "og:video:secure_url",
+                                              "og:audio",
+                                              "og:audio:url",
+                                              "og:audio:secure_url",
+                                              "og:see_also",
+                                              "twitter:image",
+                                              "twitter:image:src",
+                                              "twitter:player",
+                                              "twitter:player:stream",
+                                              "msapplication-config",
+                                              "msapplication-starturl",
+                                              "msapplication-tileimage",
+                                              "msapplication-square70x70logo",
+                                              "msapplication-square150x150logo",
+                                              "msapplication-wide310x150logo",
+                                              "msapplication-square310x310logo"};
+
 std::string_view Trimmed(std::string_view text) {
   SkipSpaces(text);
   while (!text.empty() && IsHtmlSpace(text.back())) text.remove_suffix(1);
@@ -168,6 +192,22 @@ bool HoldsStyleSheetRel(std::string_view rel) {
     if (IsStyleSheetRel(TakeWord(rel))) return true;
   }
   return false;
+}
+
+bool NamesServerAlone(std::string_view rel) {
+  bool isNamed = false;
+  for (SkipSpaces(rel); !rel.empty(); SkipSpaces(rel)) {
+    const std::string_view word = TakeWord(rel);
+    if (!EqualsLower(word, "preconnect") && !EqualsLower(word, "dns-prefetch")) return false;
+    isNamed = true;
+  }
+  return isNamed;
+}
+
+bool IsAddressMeta(std::string_view word) {
+  word = Trimmed(word);
+  if (word.find_first_of(":-") == std::string_view::npos) return false;
+  return IsAmong(kAddressMetas, word);
 }
 
 bool IsScriptType(std::string_view type) {

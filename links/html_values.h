@@ -27,6 +27,13 @@ bool IsScriptType(std::string_view type);
 // it (allowed for a LINK, not for a STYLE).
 bool IsCssType(std::string_view type, bool parameters);
 
+// Whether all words of the REL of a LINK, and at least one, are PRECONNECT or DNS-PREFETCH: it then
+// names a server, and nothing on it.
+bool NamesServerAlone(std::string_view rel);
+
+// Whether the CONTENT of a META with this PROPERTY or NAME is an address: og:image and its like.
+bool IsAddressMeta(std::string_view word);
+
 // The URL in the CONTENT of a META refresh ("shared declarative refresh steps"): a view of
 // `content`, empty when the page only reloads itself or the text is no refresh at all.
 std::string_view RefreshTarget(std::string_view content);

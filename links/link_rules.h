@@ -30,11 +30,16 @@ struct RuleFlags {
   bool readsInnerDocuments;  // IFRAME SRCDOC, and BASE in any document
   bool readsShadowRoots;     // what TEMPLATE SHADOWROOTMODE holds
   bool readsSvgProperties;   // fill="url(...)" and its like in SVG
-  bool mindsTypes;           // SCRIPT and LINK with a TYPE that no browser loads are passed over
-  bool mendsTree;            // a FORM within a FORM is none; a second BODY adds to the first
-  bool parsesRefresh;        // the URL within a META refresh; else its whole CONTENT
-  bool joinsEmptyCodeBase;   // CODEBASE="" makes the file of an APPLET begin with "/"
-  bool trimsTitle;           // one space for each run of white space in TITLE
+  // Addresses that are not for browsers alone: META PROPERTY=og:image, JSON in SCRIPT; and files
+  // that are no pages, see links/site_data.h.
+  bool readsSiteData;
+  // SCRIPT and LINK with a TYPE that no browser loads are passed over, and a LINK that only names a
+  // server: PRECONNECT, DNS-PREFETCH.
+  bool mindsTypes;
+  bool mendsTree;                 // a FORM within a FORM is none; a second BODY adds to the first
+  bool parsesRefresh;             // the URL within a META refresh; else its whole CONTENT
+  bool joinsEmptyCodeBase;        // CODEBASE="" makes the file of an APPLET begin with "/"
+  bool trimsTitle;                // one space for each run of white space in TITLE
   bool givesSheetsCharsetOfPage;  // a sheet without a charset has that of the page that links it
 
   // What a target means.
@@ -67,6 +72,7 @@ inline constexpr RuleFlags kClassicFlags{
     .readsInnerDocuments = false,
     .readsShadowRoots = false,
     .readsSvgProperties = false,
+    .readsSiteData = false,
     .mindsTypes = false,
     .mendsTree = false,
     .parsesRefresh = false,
@@ -92,6 +98,7 @@ inline constexpr RuleFlags kWebFlags{
     .readsInnerDocuments = true,
     .readsShadowRoots = true,
     .readsSvgProperties = true,
+    .readsSiteData = true,
     .mindsTypes = true,
     .mendsTree = true,
     .parsesRefresh = true,

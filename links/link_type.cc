@@ -42,6 +42,14 @@ constexpr NamedType kNamedTypes[] = {
     {LT_SRCSET, "LT_SRCSET"},
     {LT_FORMACTION, "LT_FORMACTION"},
     {LT_SVG, "LT_SVG"},
+    {LT_META_URL, "LT_META_URL"},
+    {LT_CITE, "LT_CITE"},
+    {LT_LINKED_DATA, "LT_LINKED_DATA"},
+    {LT_IMPORT_MAP, "LT_IMPORT_MAP"},
+    {LT_SPECULATION, "LT_SPECULATION"},
+    {LT_MANIFEST, "LT_MANIFEST"},
+    {LT_SITEMAP, "LT_SITEMAP"},
+    {LT_REDIRECT, "LT_REDIRECT"},
 };
 
 }  // namespace

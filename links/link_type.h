@@ -1,5 +1,5 @@
-// Link-type codes: one bit per kind of reference. They stand in link records and are OR-ed into
-// masks by callers, so a value never changes.
+// Link-type codes: one bit per kind of reference, and two for the last kinds. They stand in link
+// records and are OR-ed into masks by callers, so a value never changes.
 #pragma once
 
 #include <cstdint>
@@ -41,6 +41,17 @@ inline constexpr std::uint32_t LT_MEDIA = 0x80000;      // VIDEO, AUDIO, SOURCE,
 inline constexpr std::uint32_t LT_SRCSET = 0x10000000;  // SRCSET, IMAGESRCSET: one per candidate
 inline constexpr std::uint32_t LT_FORMACTION = 0x20000000;  // of BUTTON and INPUT; PING
 inline constexpr std::uint32_t LT_SVG = 0x40000000;         // href, xlink:href in SVG
+
+// Likewise; there was no bit left. Each is a pair of kinds that it resembles, so a mask that wants
+// one of the two has it.
+inline constexpr std::uint32_t LT_META_URL = LT_LINK | LT_META_REFRESH;    // og:image and its like
+inline constexpr std::uint32_t LT_CITE = LT_LINK | LT_ANCHOR;              // CITE
+inline constexpr std::uint32_t LT_LINKED_DATA = LT_LINK | LT_SCRIPT;       // JSON-LD
+inline constexpr std::uint32_t LT_IMPORT_MAP = LT_SCRIPT | LT_IFRAME;      // SCRIPT TYPE=importmap
+inline constexpr std::uint32_t LT_SPECULATION = LT_SCRIPT | LT_ANCHOR;     // speculationrules
+inline constexpr std::uint32_t LT_MANIFEST = LT_LINK | LT_IMG;             // of a web app manifest
+inline constexpr std::uint32_t LT_SITEMAP = LT_ANCHOR | LT_AREA;           // of it and robots.txt
+inline constexpr std::uint32_t LT_REDIRECT = LT_ANCHOR | LT_META_REFRESH;  // of `_redirects`
 
 // The name of a code as it is written above ("LT_ANCHOR"); "LT_UNKNOWN" for any other number.
 ZVRSIT_API const char* LinkTypeName(std::uint32_t type);

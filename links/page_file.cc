@@ -29,8 +29,9 @@ void PageFile::Parse(const std::string& path, const RuleFlags& rules, Document& 
     document.createNodes(page.data(), length, nullptr, true);
     return;
   }
+  // Of files that are no pages, every element counts.
   document.createNodesInPlace(
-      text_.text(), length, true, scope,
+      text_.text(), length, true, IsSiteData(syntax) ? DocumentScope::kWhole : scope,
       syntax == PageSyntax::kHtml ? DocumentSyntax::kHtml : DocumentSyntax::kXml);
 }
 

@@ -1,6 +1,7 @@
 #include "links/page_types.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "util/ascii.h"
 #include "util/file_type.h"
@@ -29,6 +30,19 @@ std::vector<std::string> Split(std::string_view list) {
   std::sort(extensions.begin(), extensions.end());
   extensions.erase(std::unique(extensions.begin(), extensions.end()), extensions.end());
   return extensions;
+}
+
+// kHtml for a name that is none of them.
+PageSyntax SiteDataOf(std::string_view name, std::string_view extension) {
+  if (name == "_redirects") return PageSyntax::kRedirects;
+  if (name == "robots.txt") return PageSyntax::kRobots;
+  if (extension == "webmanifest") return PageSyntax::kManifest;
+  if (extension == "json") {
+    const bool isManifest = name.starts_with("manifest") || name.ends_with("manifest.json");
+    return isManifest ? PageSyntax::kManifest : PageSyntax::kHtml;
+  }
+  const bool isSitemap = extension == "xml" && name.find("sitemap") != std::string_view::npos;
+  return isSitemap ? PageSyntax::kSitemap : PageSyntax::kHtml;
 }
 
 }  // namespace
@@ -66,7 +80,17 @@ PageSyntax PageSyntaxOf(std::string_view path) {
   if (ClassifyFileType(path) == FT_HTML) return PageSyntax::kHtml;
   const std::string extension = ExtensionOf(path);
   if (extension == "svg") return PageSyntax::kDrawing;
-  return extension == "xhtml" || extension == "xht" ? PageSyntax::kXml : PageSyntax::kServer;
+  if (extension == "xhtml" || extension == "xht") return PageSyntax::kXml;
+  const PageSyntax data = SiteDataOf(path.substr(FolderOf(path).size()), extension);
+  return IsSiteData(data) ? data : PageSyntax::kServer;
+}
+
+bool IsAssetName(std::string_view path) {
+  constexpr std::string_view kExtensions[] = {
+      "png",  "jpg", "jpeg",  "gif",  "svg", "webp", "avif", "ico",
+      "css",  "js",  "mjs",   "json", "xml", "txt",  "pdf",  "zip",
+      "woff", "ttf", "woff2", "mp3",  "mp4", "webm", "ogg",  "webmanifest"};
+  return std::ranges::find(kExtensions, ExtensionOf(path)) != std::end(kExtensions);
 }
 
 }  // namespace zvrsit

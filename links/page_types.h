@@ -16,6 +16,11 @@ enum class PageSyntax : std::uint8_t {
   kXml,      // XHTML
   kDrawing,  // SVG; read as kXml is, but no page to a reader of the site
   kServer,   // HTML with code in it that the server runs (PHP, ASP, JSP and their like)
+  // No pages at all (links/site_data.h):
+  kManifest,   // a web app manifest: *.webmanifest, and *.json that begins or ends with "manifest"
+  kSitemap,    // *.xml with "sitemap" in its name
+  kRobots,     // robots.txt
+  kRedirects,  // _redirects
 };
 
 // A list of extensions. The types of HTML pages (FT_HTML) need not be in it.
@@ -42,7 +47,19 @@ class ZVRSIT_API PageTypes {
 // What stands after the last "." of a name, in lower case; empty without one.
 ZVRSIT_API std::string ExtensionOf(std::string_view path);
 
-// How a page of that path or name is read; kHtml for one of type FT_HTML.
+// How a file of that path or name is read, if it is read at all; kHtml for one of type FT_HTML.
 ZVRSIT_API PageSyntax PageSyntaxOf(std::string_view path);
+// Whether files that are read so are no pages, but hold addresses all the same.
+constexpr bool IsSiteData(PageSyntax syntax) {
+  return syntax >= PageSyntax::kManifest;
+}
+// Whether a reader of the site would call a file that is read so a page.
+constexpr bool IsShownAsPage(PageSyntax syntax) {
+  return syntax != PageSyntax::kDrawing && !IsSiteData(syntax);
+}
+
+// Whether a file of this path or name is an image, a script or something else that pages load, by
+// its extension.
+bool IsAssetName(std::string_view path);
 
 }  // namespace zvrsit

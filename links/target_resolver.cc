@@ -106,25 +106,6 @@ bool LacksHost(std::string_view url) {
   return host == kNpos || url[host] == '?' || url[host] == '#';
 }
 
-// Appends to a URL the folder names of a path; each name ends in a separator.
-void AppendFolders(std::string_view folders, std::string& url) {
-  constexpr std::string_view kHex = "0123456789ABCDEF";
-  const std::array<bool, 256>& isLead = platform::LeadBytes();
-  for (std::size_t i = 0; i < folders.size(); ++i) {
-    const char c = folders[i];
-    if (isLead[static_cast<unsigned char>(c)] && i + 1 < folders.size()) {
-      url.append(folders.substr(i++, 2));
-    } else if (c == '\\') {
-      url.push_back('/');
-    } else if (c == '%' || c == '#' || c == '?') {
-      const auto byte = static_cast<unsigned char>(c);
-      url.append({'%', kHex[byte >> 4], kHex[byte & 15]});
-    } else {
-      url.push_back(c);
-    }
-  }
-}
-
 bool AppendName(std::string_view segment, unsigned traits, std::string& out) {
   if ((traits & kPercent) != 0) return AppendDecodedName(segment, out);
   out.append(segment);
@@ -183,7 +164,7 @@ void TargetResolver::SetFolderUrl() {
   const bool below = baseText_.starts_with(siteRoot_);
   if (!below || !live_.isBelowRoot() || siteRoot_ != liveFolder_) return;
   folderUrl_ = live_.url();
-  AppendFolders(std::string_view(baseText_).substr(siteRoot_.size()), folderUrl_);
+  AppendPathToUrl(std::string_view(baseText_).substr(siteRoot_.size()), folderUrl_);
 }
 
 void TargetResolver::SetBase(std::string_view baseHref) {
@@ -273,7 +254,7 @@ TargetKind TargetResolver::ResolveUrl(std::string_view url, std::string& out) {
   std::string path;
   if (live_.PathOf(url, path) && liveFolder_.starts_with(siteRoot_)) {
     std::string fromRoot = "/";
-    AppendFolders(std::string_view(liveFolder_).substr(siteRoot_.size()), fromRoot);
+    AppendPathToUrl(std::string_view(liveFolder_).substr(siteRoot_.size()), fromRoot);
     fromRoot.append(path, 1);
     return ResolveNames(fromRoot, TraitsOf(fromRoot), out);
   }
@@ -290,7 +271,7 @@ TargetKind TargetResolver::ResolveNames(std::string_view path, unsigned traits, 
   const std::string_view top = isBelow || IsSlash(path.front()) ? siteRoot_ : folder;
   constexpr std::string_view kServer = "http://site";
   std::string base = std::string(kServer) + "/";
-  if (isBelow) AppendFolders(folder.substr(siteRoot_.size()), base);
+  if (isBelow) AppendPathToUrl(folder.substr(siteRoot_.size()), base);
   std::string url;
   if (top.empty() || !JoinToUrl(base, path, url)) return kind;
   ReplaceCharMB(url, '/', '\\');

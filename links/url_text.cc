@@ -152,6 +152,24 @@ bool AppendPercentDecoded(std::string_view part, std::string& out) {
   return true;
 }
 
+void AppendPathToUrl(std::string_view path, std::string& url) {
+  constexpr std::string_view kHex = "0123456789ABCDEF";
+  const std::array<bool, 256>& isLead = platform::LeadBytes();
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    const char c = path[i];
+    if (isLead[static_cast<unsigned char>(c)] && i + 1 < path.size()) {
+      url.append(path.substr(i++, 2));
+    } else if (c == '\\') {
+      url.push_back('/');
+    } else if (c == '%' || c == '#' || c == '?') {
+      const auto byte = static_cast<unsigned char>(c);
+      url.append({'%', kHex[byte >> 4], kHex[byte & 15]});
+    } else {
+      url.push_back(c);
+    }
+  }
+}
+
 bool JoinToUrl(std::string_view base, std::string_view target, std::string& out) {
   const std::size_t colon = SchemeOf(base).size();
   const std::size_t start = colon == 0 ? 0 : colon + 1;

@@ -48,6 +48,9 @@ int DotsOf(std::string_view segment);
 // whatever the code page. False where the part is none: its bytes are appended as they are.
 bool AppendPercentDecoded(std::string_view part, std::string& out);
 
+// Appends a `\` path, or a part of one, to a URL. What has a meaning in URLs is percent-encoded.
+void AppendPathToUrl(std::string_view path, std::string& url);
+
 // A relative target joined to the absolute URL (or "//host" URL) `base`; false when that has no
 // path to join to.
 bool JoinToUrl(std::string_view base, std::string_view target, std::string& out);

@@ -1,10 +1,12 @@
-// The publishing family: the files that the top file reaches, kept as marks in the path records.
+// The publishing family: the files that the top file reaches, and with RuleFlags::readsSiteData
+// those that robots.txt and the sitemap name, kept as marks in the path records.
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "links/site_data.h"
 #include "manager/family_marks.h"
 #include "manager/record_access.h"
 #include "manager/work.h"
@@ -153,6 +155,20 @@ int SiteMgr::Work::FindTopFile() const {
   return use.ReadText(site.topFile, topFile) ? m_.FindPath(topFile) : -1;
 }
 
+int SiteMgr::Work::FindSiteFile(std::string_view name) const {
+  const bool reads = FlagsOf(m_.GetLinkRules()).readsSiteData && m_.inside->siteFolder;
+  return reads ? m_.FindPath(*m_.inside->siteFolder + std::string(name)) : -1;
+}
+
+std::vector<int> SiteMgr::Work::ListRoots() const {
+  std::vector<int> roots;
+  if (const int topFile = FindTopFile(); topFile >= 0) roots.push_back(topFile);
+  for (const std::string_view name : kSiteRoots) {
+    if (const int root = FindSiteFile(name); root >= 0) roots.push_back(root);
+  }
+  return roots;
+}
+
 int SiteMgr::TraverseFamily() {
   const ProfileUse use(*this);
   if (!HasFiles(siteProf)) return -1;
@@ -171,7 +187,10 @@ int SiteMgr::UpdateLinkFamily() {
 
   const int topFile = Work(*this).FindTopFile();
   if (topFile == Work::kNoTopFile) return 0;  // the flag stays up, on purpose
-  if (topFile < 0 || PropagateFamily(topFile) < 0) return -1;
+  if (topFile < 0) return -1;
+  for (const int root : Work(*this).ListRoots()) {
+    if (PropagateFamily(root) < 0) return -1;
+  }
   linksChanged = 0;
   return 0;
 }

@@ -1,5 +1,6 @@
-// Links to folders: the pages that hold one are read again when another document stands for the
-// folder.
+// Links whose meaning depends on which files are there: to folders, to pages without their
+// extensions, and to what a rule of `_redirects` answers for. The pages and sheets that hold one
+// are read again when it leads elsewhere.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +12,7 @@
 
 #include "links/folder_documents.h"
 #include "links/link_type.h"
+#include "links/served_files.h"
 #include "links/target_resolver.h"
 #include "manager/record_access.h"
 #include "manager/work.h"
@@ -21,9 +23,8 @@ namespace zvrsit {
 namespace {
 
 // Links of these types do not depend on a document: a sheet that names a folder leads to the folder
-// itself, and the text of an applet's file is only a name.
-constexpr std::uint32_t kNeverFollowed =
-    LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE | LT_APPLET_FILE;
+// itself. Neither does that to an applet's file, whose text is only a name.
+constexpr std::uint32_t kOfSheets = LT_CSS_OTHER | LT_CSS_LINK | LT_CSS_IMPORT | LT_CSS_IMAGE;
 
 // The files that hold certain links, each once, in the order in which they were met.
 class Sources {
@@ -47,41 +48,49 @@ class Sources {
 // pages were read now.
 class WebLinks {
  public:
-  // Those of the open site of `manager`; "/" is `root`.
-  WebLinks(const SiteMgr& manager, std::string_view root, std::string_view siteDir)
+  // Which links count: those of pages to files; or all.
+  enum class Scope { kOfPages, kAll };
+
+  // Those of the open site of `manager`, which `site` describes.
+  WebLinks(const SiteMgr& manager, const ServedSite& site, Scope scope)
       : paths_(*manager.GetPathDB()),
         links_(*manager.GetLinkDB()),
-        root_(root),
-        documents_(manager.GetDefaultUrl()) {
-    if (manager.GetLiveUrl() != nullptr) resolver_.SetLiveUrl(*manager.GetLiveUrl(), siteDir);
+        urls_(*manager.GetUrlDB()),
+        root_(site.root),
+        scope_(scope),
+        served_(site) {
+    resolver_.SetLiveUrl(site.liveUrl, site.folder);
   }
 
-  bool MayBeDocument(std::string_view path) const { return documents_.MayBe(path); }
+  bool MayBeDocument(std::string_view path) const { return served_.documents().MayBe(path); }
+  bool redirects() const { return served_.redirects(); }
 
-  // Whether the link of a page to a file would lead elsewhere now. True also when this is not
-  // known, as in a page with a BASE.
+  // Whether a link would lead elsewhere now. True also when this is not known, as in a page with a
+  // BASE.
   bool LeadElsewhere(const SiteLinkRec& link) {
-    if (link.from.kind != kKindPath || link.to.kind != kKindPath ||
-        (static_cast<std::uint32_t>(link.type) & kNeverFollowed) != 0) {
-      return false;
-    }
+    if (!Counts(link)) return false;
     if (!(link.from == page_)) {
       page_ = link.from;
       resolver_.BeginPage(root_, paths_.NameView(page_.id));
     }
     const std::string_view text = links_.TextView(link.text);
-    if (resolver_.Resolve(text, place_) != TargetKind::kLocal) return true;
+    const bool isLocal = resolver_.Resolve(text, place_) == TargetKind::kLocal;
+    if (link.to.kind == kKindUrl) {
+      return isLocal &&
+             !(Serve(link, text) == TargetKind::kExternal && place_ == urls_.NameView(link.to.id));
+    }
+    if (!isLocal) return true;
     const std::string_view target = paths_.NameView(link.to.id);
     // "#x" names the page itself; or, when a folder is its BASE, the document of that folder.
-    if (link.from == link.to && !IsTargetOfFolder(text) && documents_.MayBe(target)) {
+    if (link.from == link.to && !IsTargetOfFolder(text) && MayBeDocument(target)) {
       place_ = FolderOf(target);
     }
     const int number = place_ == target ? link.to.id : paths_.Find(place_);
     std::int32_t exists = 0;
-    if (paths_.GetNumber(number, &SitePathRec::exists, exists) < 0 || exists == 0) {
-      documents_.ToDocument(place_);
-    }
-    return place_ != target;
+    const bool isKnown =
+        paths_.GetNumber(number, &SitePathRec::exists, exists) == 0 && exists != 0;
+    const bool isAsked = !isKnown || served_.mayPassFiles();
+    return (isAsked && Serve(link, text) == TargetKind::kExternal) || place_ != target;
   }
 
   // Adds the pages whose links to `folder`, which has no `\` at its end, would lead elsewhere now.
@@ -89,16 +98,36 @@ class WebLinks {
   void AddFolderReferrers(const std::string& folder, bool otherDocument, Sources& sources) {
     AddReferrers(folder, sources);
     std::string document = folder;
-    documents_.ToDocument(document);
+    served_.documents().ToDocument(document);
     if (document != folder && !otherDocument) return;
-    for (const std::string& name : documents_.names()) {
+    for (const std::string& name : served_.documents().names()) {
       const std::string other = folder + '\\' + name;
       // Links to the document of today are right.
       if (other != document) AddReferrers(other, sources);
     }
   }
 
+  // The same for links to what may stand for the file `path` where its extension may be left out.
+  void AddAlternatives(std::string_view path, Sources& sources) {
+    const std::vector<std::string> all = served_.documents().AlternativesOf(path);
+    for (const std::string& other : all) AddReferrers(other, sources);
+  }
+
  private:
+  static bool IsOfSheet(const SiteLinkRec& link) {
+    return (static_cast<std::uint32_t>(link.type) & kOfSheets) != 0;
+  }
+
+  bool Counts(const SiteLinkRec& link) const {
+    if (link.from.kind != kKindPath || link.type == static_cast<int>(LT_APPLET_FILE)) return false;
+    return scope_ == Scope::kAll || (link.to.kind == kKindPath && !IsOfSheet(link));
+  }
+
+  TargetKind Serve(const SiteLinkRec& link, std::string_view text) {
+    const auto from = IsOfSheet(link) ? ServedFiles::From::kSheet : ServedFiles::From::kPage;
+    return served_.Serve(text, place_, from);
+  }
+
   // Adds the pages whose links to the file `target` would lead elsewhere now.
   void AddReferrers(const std::string& target, Sources& sources) {
     const int file = paths_.Find(target);
@@ -112,8 +141,10 @@ class WebLinks {
 
   const SitePathDB& paths_;
   SiteLinkDB& links_;
+  const SiteUrlDB& urls_;
   const std::string root_;
-  FolderDocuments documents_;
+  const Scope scope_;
+  ServedFiles served_;
   TargetResolver resolver_{LinkRules::Web};
   UrlID page_;  // of the link before
   std::string place_;
@@ -142,40 +173,58 @@ int SiteMgr::ReflectDefaultUrl(const std::string&) {
 }
 
 std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
+  return Work::ListMovedLinkSources(*this, false);
+}
+
+// The pages, and with `all` the sheets too, whose links lead elsewhere now.
+std::vector<std::string> SiteMgr::Work::ListMovedLinkSources(const SiteMgr& manager, bool all) {
   std::string siteDir;
-  if (!HasFiles(linkDB) || !HasFiles(pathDB) || !ProfileUse(*this).ReadSiteFolder(siteDir)) {
+  if (!HasFiles(manager.linkDB) || !HasFiles(manager.pathDB) || !HasFiles(manager.urlDB) ||
+      !ProfileUse(manager).ReadSiteFolder(siteDir)) {
     return {};
   }
-  Sources sources(*pathDB);
-  WebLinks web(*this, Work::RootOf(*this, siteDir), siteDir);
-  ForEachNumber(*linkDB, [&](int number) {
+  Sources sources(*manager.pathDB);
+  WebLinks web(manager, ServedSiteOf(manager),
+               all ? WebLinks::Scope::kAll : WebLinks::Scope::kOfPages);
+  const bool isWeb = FlagsOf(manager.GetLinkRules()).findsFolderDocuments;
+  ForEachNumber(*manager.linkDB, [&](int number) {
     SiteLinkRec link;
-    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
-    if (FlagsOf(GetLinkRules()).findsFolderDocuments ? web.LeadElsewhere(link)
-                                                     : EndsAsFolder(linkDB->TextView(link.text))) {
-      sources.Add(link.from);
-    }
+    if (manager.linkDB->Get(number, link) < 0) return;
+    const bool leads =
+        isWeb ? web.LeadElsewhere(link)
+              : link.to.kind == kKindPath && EndsAsFolder(manager.linkDB->TextView(link.text));
+    if (leads) sources.Add(link.from);
   });
   return sources.names();
 }
 
-void SiteMgr::Work::FollowFolderLinks(const std::string& path) {
+void SiteMgr::Work::FollowFolderLinks(const std::string& path, bool cameOrWent) {
   std::string siteDir;
   if (!FlagsOf(m_.GetLinkRules()).findsFolderDocuments || m_.dom == nullptr ||
-      !HasFiles(m_.linkDB) || !ReadSiteFolder(siteDir)) {
+      !HasFiles(m_.linkDB) || !HasFiles(m_.urlDB) || !ReadSiteFolder(siteDir)) {
     return;
   }
-  WebLinks web(m_, RootOf(m_, siteDir), siteDir);
+  WebLinks web(m_, ServedSiteOf(m_), WebLinks::Scope::kOfPages);
+  if (path == siteDir + std::string(kRedirectsName) || (cameOrWent && web.redirects())) {
+    SaveAll(ListMovedLinkSources(m_, true), path);
+    return;
+  }
   Sources sources(*m_.pathDB);
   std::string folder(FolderAbove(path));
   web.AddFolderReferrers(folder, web.MayBeDocument(path), sources);
+  if (cameOrWent) web.AddAlternatives(path, sources);
   for (;;) {
     folder.resize(FolderAbove(folder).size());
     if (!folder.starts_with(siteDir)) break;
     web.AddFolderReferrers(folder, false, sources);
   }
-  for (const std::string& source : sources.names()) {
-    if (source != path) Save(source, nullptr);
+  SaveAll(sources.names(), path);
+}
+
+// Reads again all of these but one.
+void SiteMgr::Work::SaveAll(const std::vector<std::string>& sources, const std::string& but) {
+  for (const std::string& source : sources) {
+    if (source != but) Save(source, nullptr);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "links/fragment.h"
+#include "links/link_type.h"
 #include "links/page_file.h"
 #include "links/text_places.h"
 #include "links/url_text.h"
@@ -86,7 +87,10 @@ bool SiteMgr::Work::ReadIds(int pathNumber, PageIds& ids) {
   SitePathRec rec;
   if (m_.pathDB->Get(pathNumber, rec) < 0 || rec.exists == 0) return false;
   const std::string path(m_.pathDB->TextView(rec.name));
-  if (rec.fileType == FT_CSS || !HoldsLinks(path, rec, m_.inside->types())) return false;
+  if (rec.fileType == FT_CSS || !HoldsLinks(path, rec, m_.inside->types()) ||
+      IsSiteData(PageSyntaxOf(path))) {
+    return false;
+  }
   PageFile page;
   const OwnedDocument document =
       ReadInto(page, path, DocumentScope::kReferencesAndIds, m_.GetLinkRules(), m_.dom);
@@ -108,7 +112,11 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
   Fragments fragments(*linkDB);
   ForEachNumber(*linkDB, [&](int number) {
     SiteLinkRec link;
-    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath) return;
+    // In linked data a fragment makes a name, which need not stand in the page.
+    if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath ||
+        link.type == static_cast<int>(LT_LINKED_DATA)) {
+      return;
+    }
     const std::uint64_t hash = fragments.HashIn(link.text);
     if (hash == 0 || !work.ReadIds(link.to.id, ids) || ids.Has(link.to.id, hash)) return;
     std::string decoded;

@@ -15,6 +15,7 @@
 #include "links/link_type.h"
 #include "links/page_file.h"
 #include "links/server_code.h"
+#include "links/site_data.h"
 #include "links/text_places.h"
 #include "manager/owned_document.h"
 #include "manager/record_access.h"
@@ -189,7 +190,7 @@ class PlaceFinder {
     if (document_ == nullptr) return;
     document_->clear();
     if (!page_.Read(path, FlagsOf(rules_), *document_)) return;
-    ExtractPage(*document_, rules_, rows_);
+    ExtractFile(path, *document_, rules_, rows_);
     for (const LinkRow& row : rows_.links) {
       const bool isHidden = page_.holdsServerCode() && HoldsServerCode(row.alternative);
       wanted.Meet(row.type, row.target, isHidden ? "" : row.alternative, row.offset);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "links/page_types.h"
+#include "links/redirect_rules.h"
 #include "manager/cells.h"
 #include "manager/family_marks.h"
 #include "manager/work.h"
@@ -47,7 +48,7 @@ bool IsPage(const SitePathDB& paths, const SitePathRec& file, const PageTypes* t
     return file.fileType == static_cast<std::int32_t>(FT_HTML);
   }
   const std::string_view name = paths.TextView(file.name);
-  return HoldsLinks(name, file, types) && PageSyntaxOf(name) != PageSyntax::kDrawing;
+  return HoldsLinks(name, file, types) && IsShownAsPage(PageSyntaxOf(name));
 }
 
 // The numbers of the entries of one kind directly in a folder, in the order of the relations; false
@@ -153,9 +154,10 @@ vec<SiteRecCell>* SiteMgr::GetUnusedFiles() {
     const auto target = static_cast<std::size_t>(link.to.id);
     if (link.to.kind == kKindPath && link.to.id >= 0 && target < used.size()) used[target] = true;
   });
-  const int topFile = Work(*this).FindTopFile();
+  for (const int root : Work(*this).ListRoots()) used[static_cast<std::size_t>(root)] = true;
+  const int redirects = Work(*this).FindSiteFile(kRedirectsName);
   return PathCells(pathDB, [&](const SitePathRec& rec) {
-    return rec.exists != 0 && rec.id != topFile && !used[static_cast<std::size_t>(rec.id)];
+    return rec.exists != 0 && rec.id != redirects && !used[static_cast<std::size_t>(rec.id)];
   });
 }
 

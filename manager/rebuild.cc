@@ -272,8 +272,11 @@ int SiteMgr::Rebuild::DropVanished() {
 }
 
 int SiteMgr::Rebuild::MarkFamily() {
-  const int topFile = work_.FindTopFile();
-  return topFile < 0 ? 0 : manager_.PropagateFamily(topFile);
+  if (work_.FindTopFile() < 0) return 0;
+  for (const int root : work_.ListRoots()) {
+    if (manager_.PropagateFamily(root) < 0) return -1;
+  }
+  return 0;
 }
 
 int SiteMgr::FlushSite() {

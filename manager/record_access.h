@@ -27,10 +27,11 @@ bool HasFiles(const Table* table) {
   return HasRecords(table) && table->strings() != nullptr;
 }
 
-// Whether a file of this FT_ code is read for links: pages and style sheets, and files of `types`,
-// which may be null.
+// Whether a file of this FT_ code is read for links: pages and style sheets; and if `types` is not
+// null, files of these types, and those of links/site_data.h.
 inline bool HoldsLinks(std::string_view path, std::uint32_t fileType, const PageTypes* types) {
-  return fileType == FT_HTML || fileType == FT_CSS || (types != nullptr && types->Hold(path));
+  return fileType == FT_HTML || fileType == FT_CSS ||
+         (types != nullptr && (types->Hold(path) || IsSiteData(PageSyntaxOf(path))));
 }
 inline bool HoldsLinks(std::string_view path, const SitePathRec& rec, const PageTypes* types) {
   return HoldsLinks(path, static_cast<std::uint32_t>(rec.fileType), types);

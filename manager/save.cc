@@ -58,9 +58,15 @@ int SiteMgr::Save(const std::string& path, int, Document* doc) {
 
 int SiteMgr::Save(const std::string& path, Document* doc) {
   Work work(*this);
+  const bool wasThere = work.IsThere(path);
   if (work.Save(path, doc) < 0) return -1;
-  work.FollowFolderLinks(path);
+  work.FollowFolderLinks(path, !wasThere);
   return 0;
+}
+
+bool SiteMgr::Work::IsThere(const std::string& path) const {
+  SitePathRec rec;
+  return HasFiles(m_.pathDB) && m_.pathDB->Get(m_.pathDB->Find(path), rec) == 0 && rec.exists != 0;
 }
 
 // Saves a file, and does not read the pages that link to its folder.
@@ -179,6 +185,8 @@ int SiteMgr::Work::Traverse(const std::string& siteDir, const std::string& path,
   const bool isSheet = ClassifyFileType(path) == FT_CSS;
   const bool isPage = !isSheet || FlagsOf(m_.GetLinkRules()).readsSheetsAsPages;
   if (isPage && CollectPageLinks(siteDir, path, document.get()) < 0) return -1;
+  const bool isData = FlagsOf(m_.GetLinkRules()).readsSiteData && IsSiteData(PageSyntaxOf(path));
+  if (isData) return 0;
   if (isPage) NoteIds(path, isRead ? document.get() : nullptr);
 
   SiteCSSUtil styles(&m_, siteDir);

@@ -24,12 +24,15 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   // Pages (save.cc, file_operations.cc). Save and Remove are those of SiteMgr without the pages
   // that link to the file's folder. FollowFolderLinks (folder_links.cc) reads these pages again, if
   // their links lead elsewhere now that the file has come or gone. This happens when the file
-  // stands for its folder, or is the first or the last one below some folder. Without
+  // stands for its folder, or is the first or the last one below some folder; when it may be meant
+  // without its extension; and when a rule of `_redirects` may answer in its place. Without
   // RuleFlags::findsFolderDocuments nothing is read again: a folder's document has one name,
   // whether or not it is there.
+  bool IsThere(const std::string& path) const;  // as the tables have it
   int Save(const std::string& path, Document* doc);
   int Remove(const std::string& path);
-  void FollowFolderLinks(const std::string& path);
+  void FollowFolderLinks(const std::string& path, bool cameOrWent);
+  static std::vector<std::string> ListMovedLinkSources(const SiteMgr& manager, bool all);
   // TraverseLinks, which does not note anything. Sets `unread` when the file had to be read and
   // could not be.
   [[nodiscard]] int Traverse(const std::string& siteDir, const std::string& path, Document* doc,
@@ -51,6 +54,12 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   // -1 when it cannot be read or is not registered (families.cc).
   static constexpr int kNoTopFile = -2;
   int FindTopFile() const;
+  // The number of a file in the folder of the site; -1 when it is not registered, and without
+  // RuleFlags::readsSiteData.
+  int FindSiteFile(std::string_view name) const;
+  // The files from which the family is reached, the top file first. Those that are not registered
+  // are left out.
+  std::vector<int> ListRoots() const;
 
   // The record numbers of all site profiles; false when they cannot be read (peeping.cc).
   bool ListSites(std::vector<int>& sites) const;
@@ -80,6 +89,7 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   [[nodiscard]] int SetServNumber(const std::string& name, ServField field, int value);
 
  private:
+  void SaveAll(const std::vector<std::string>& sources, const std::string& but);
   [[nodiscard]] int ListFileTargets(int pathNumber, std::vector<int>& targets);
   [[nodiscard]] int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
   [[nodiscard]] int CollectPageLinks(const std::string& siteDir, const std::string& path,

@@ -11,6 +11,7 @@
 
 #include "links/link_rules.h"
 #include "links/page_types.h"
+#include "links/served_files.h"
 #include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/page_ids.h"
@@ -40,11 +41,13 @@ struct SiteMgrBase::Inside {
   std::optional<std::string> siteFolder;
   std::optional<std::string> liveUrl;
   std::optional<PageTypes> pageTypes;
+  std::string fallbackExtensions;
   const PageTypes* types() const { return pageTypes ? &*pageTypes : nullptr; }
   void ForgetSite() {
     siteFolder.reset();
     liveUrl.reset();
     pageTypes.reset();
+    fallbackExtensions.clear();
     if (kept != nullptr) *kept = {};
   }
 
@@ -133,6 +136,9 @@ class SiteMgrBase::Work {
   int OpenSite(int siteId);
   // Keeps those parts of `rec`, the open site's profile, that are needed for each link.
   void KeepSite(const SiteSiteRec& rec);
+
+  // What the open site's profile says about its server.
+  static ServedSite ServedSiteOf(const SiteMgrBase& manager);
 
   // The five tables of the open site in the order in which they are opened; null where absent.
   std::array<SiteTable*, 5> Tables() const;

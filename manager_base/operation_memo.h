@@ -13,7 +13,8 @@
 namespace zvrsit {
 
 class KeptPlaces;
-struct LinkMemo;  // registration/link_memo.h
+class ServedFiles;  // links/served_files.h
+struct LinkMemo;    // registration/link_memo.h
 
 // It is right as long as only the operation itself changes the site. SiteMgrBase has one while an
 // Operation lives; outside of an operation there is none.
@@ -23,6 +24,9 @@ struct OperationMemo {
 
   // Numbers of the files that were found to be there because something links to them.
   std::vector<std::int32_t> foundFiles;
+
+  // What the server of the site answers with; null without RuleFlags::findsFolderDocuments.
+  std::shared_ptr<ServedFiles> served;
 
   // What the link extraction has resolved and registered. It makes this when it first needs it.
   std::shared_ptr<LinkMemo> links;

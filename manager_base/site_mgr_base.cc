@@ -181,6 +181,7 @@ void SiteMgrBase::Work::KeepSite(const SiteSiteRec& rec) {
   text.clear();
   use.ReadText(rec.folders[kSlotPageTypes], text);
   kept.pageTypes.emplace(text);
+  use.ReadText(rec.folders[kSlotFallbackExtensions], kept.fallbackExtensions);
 }
 
 // A table that cannot be opened leaves the site open without tables, on purpose: every later
@@ -268,10 +269,25 @@ int SiteMgrBase::CloseSite() {
   return 0;  // defaultUrl stays until the next opening, on purpose
 }
 
+ServedSite SiteMgrBase::Work::ServedSiteOf(const SiteMgrBase& manager) {
+  const Inside& kept = *manager.inside;
+  ServedSite site;
+  site.folder = kept.siteFolder.value_or("");
+  const bool hasRoot = manager.docRoot != nullptr && !manager.docRoot->empty();
+  site.root = hasRoot ? *manager.docRoot : site.folder;
+  site.liveUrl = kept.liveUrl.value_or("");
+  if (manager.defaultUrl != nullptr) site.defaultNames = *manager.defaultUrl;
+  site.fallbackExtensions = kept.fallbackExtensions;
+  return site;
+}
+
 SiteMgrBase::Operation::Operation(SiteMgrBase& manager)
     : inside_(*manager.inside), outermost_(inside_.operationMemo == nullptr) {
   if (!outermost_) return;
   inside_.operationMemo = std::make_unique<OperationMemo>();
+  if (FlagsOf(manager.GetLinkRules()).findsFolderDocuments) {
+    inside_.operationMemo->served = std::make_shared<ServedFiles>(Work::ServedSiteOf(manager));
+  }
   if (inside_.kept == nullptr) return;
   inside_.kept->places = {};
   inside_.operationMemo->places = &inside_.kept->places;

@@ -5,12 +5,14 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "links/extractor.h"
-#include "links/folder_documents.h"
+#include "links/served_files.h"
 #include "links/target_resolver.h"
 #include "manager_base/operation_memo.h"
 #include "storage/id_table.h"
@@ -112,14 +114,14 @@ class RowsAhead {
 };
 
 struct LinkMemo {
-  LinkMemo(LinkRules rules, const std::string* defaultName)
-      : resolver(rules), folderDocuments(defaultName) {}
+  LinkMemo(LinkRules rules, std::shared_ptr<ServedFiles> servedFiles)
+      : resolver(rules), served(std::move(servedFiles)) {}
 
   PageRows rows;
   TargetResolver resolver;
   TargetMemo targets;
-  FolderDocuments folderDocuments;  // with RuleFlags::findsFolderDocuments
-  std::string path;                 // scratch
+  const std::shared_ptr<ServedFiles> served;  // never null; with RuleFlags::findsFolderDocuments
+  std::string path;                           // scratch
 };
 
 }  // namespace zvrsit

@@ -6,6 +6,7 @@
 
 #include "css/css_control.h"
 #include "links/link_type.h"
+#include "links/served_files.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
 #include "storage/records.h"
@@ -196,14 +197,9 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   const std::string* const declared = tree.getDeclaredText(child);
   const std::string& text = declared != nullptr ? *declared : *child;
   if (registrar_.IsHidden(text) || registrar_.IsHidden(*child)) return;
-  const bool isExternal = tree.isExternal(child);
-  UrlID to(kKindPath, -1);
-  if (isExternal) {
-    registrar_.AddUrl(*child, to);
-  } else {
-    to.id = AddTarget(*child, siteRoot);
-  }
+  const UrlID to = AddPlace(text, *child, tree.isExternal(child), siteRoot);
   if (to.id < 0) return;
+  const bool isExternal = to.kind == kKindUrl;
   const UrlID from(kKindPath, source);
   const int type = static_cast<int>(StyleLinkType(tree.getType(child)));
   if (registrar_.rules().storesOffsets) {
@@ -215,6 +211,24 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   }
   OperationMemo* const memo = manager_->GetOperationMemo();
   if (memo != nullptr && !isExternal && !inPage_ && source != sheet_) memo->linkedFromBelow = true;
+}
+
+// Enters what `text` resolves to: the place, or what the rules of the server make of it.
+UrlID SiteCSSUtil::AddPlace(std::string_view text, const std::string& place, bool isExternal,
+                            const std::string& siteRoot) {
+  UrlID to(kKindPath, -1);
+  const OperationMemo* const memo = manager_->GetOperationMemo();
+  ServedFiles* const served = memo != nullptr ? memo->served.get() : nullptr;
+  std::string answer = place;
+  if (!isExternal && served != nullptr && served->redirects()) {
+    isExternal = served->Serve(text, answer, ServedFiles::From::kSheet) == TargetKind::kExternal;
+  }
+  if (isExternal) {
+    registrar_.AddUrl(answer, to);
+  } else {
+    to.id = AddTarget(answer, siteRoot);
+  }
+  return to;
 }
 
 // A reference of the page has its place in the page's text; a reference of a sheet, in the sheet's

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -67,6 +68,8 @@ class SiteCSSUtil {
   void DeleteStyleLinks(int sheet);
   void RegisterChild(int source, CCSSFileTree& tree, const std::string* child,
                      const std::string& siteRoot);
+  UrlID AddPlace(std::string_view text, const std::string& place, bool isExternal,
+                 const std::string& siteRoot);
   [[nodiscard]] int AddTarget(const std::string& path, const std::string& siteRoot);
   [[nodiscard]] int AddFile(const std::string& path, const std::string& siteRoot);
   std::vector<SiteLinkRec> ListStyleLinks(int pathNumber) const;

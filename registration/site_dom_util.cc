@@ -6,6 +6,8 @@
 
 #include "dom/document.h"
 #include "links/classic_target.h"
+#include "links/page_types.h"
+#include "links/site_data.h"
 #include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
@@ -22,8 +24,14 @@ namespace {
 std::shared_ptr<LinkMemo> MemoOf(SiteMgrBase* manager, LinkRules rules) {
   OperationMemo* const operation = manager != nullptr ? manager->GetOperationMemo() : nullptr;
   if (operation != nullptr && operation->links != nullptr) return operation->links;
-  const std::string* const name = manager != nullptr ? manager->GetDefaultUrl() : nullptr;
-  auto memo = std::make_shared<LinkMemo>(rules, name);
+  std::shared_ptr<ServedFiles> served = operation != nullptr ? operation->served : nullptr;
+  if (served == nullptr) {
+    ServedSite site;
+    const std::string* const names = manager != nullptr ? manager->GetDefaultUrl() : nullptr;
+    if (names != nullptr) site.defaultNames = *names;
+    served = std::make_shared<ServedFiles>(site);
+  }
+  auto memo = std::make_shared<LinkMemo>(rules, std::move(served));
   if (operation != nullptr) operation->links = memo;
   return memo;
 }
@@ -95,7 +103,8 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   siteRoot_ = siteRoot;
   siteFolder_ = rules_.knowsFilesBySiteFolder ? siteFolder : siteRoot;
   PageRows& rows = memo_->rows;
-  ExtractPage(*document, linkRules_, rows);
+  ExtractFile(pagePath, *document, linkRules_, rows);
+  if (!CountsInItsFolder()) rows.links.clear();
   const std::string* const live = manager->GetLiveUrl();
   if (live != nullptr) memo_->resolver.SetLiveUrl(*live, siteFolder_);
   UseBase(rows.parts.parts().front().base);
@@ -110,6 +119,13 @@ int SiteDOMUtil::CollectLinks(const std::string& siteRoot, Document* theDocument
   const int result = AddRows(rows.anchorLinks, rows.links.size());
   if (places_ != nullptr) places_->EndPage(UrlID(kKindPath, pageId), document->text());
   return result;
+}
+
+// Search engines and hosts look for these two in one folder only.
+bool SiteDOMUtil::CountsInItsFolder() const {
+  const PageSyntax syntax = rules_.readsSiteData ? PageSyntaxOf(pagePath) : PageSyntax::kHtml;
+  const bool isBound = syntax == PageSyntax::kRobots || syntax == PageSyntax::kRedirects;
+  return !isBound || FolderOf(pagePath) == siteFolder_;
 }
 
 // Has all texts of the page looked for together, when this is less work than one by one.
@@ -222,7 +238,9 @@ void SiteDOMUtil::UseBase(std::int32_t base) {
 // will most likely find.
 Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& guess) {
   if (row.base != base_) UseBase(row.base);
-  if (registrar_.IsHidden(row.target)) return Outcome::kSkipped;
+  if (registrar_.IsHidden(row.target) || (row.isPrefix && LeadsToFolder(row.target))) {
+    return Outcome::kSkipped;
+  }
   FoundString text;
   if (linkTexts_ != nullptr) text = linkTexts_->Search(row.target, guess);
   const bool takesName = TakesDefaultName(row);
@@ -239,6 +257,14 @@ Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& guess) {
     outcome = AddCodeBase(row, target);
   }
   return outcome == Outcome::kFailed && rules_.goesOnAfterFailure ? Outcome::kSkipped : outcome;
+}
+
+// Of a prefix nothing is shown: a folder that is there will do, with a document or without.
+bool SiteDOMUtil::LeadsToFolder(std::string_view target) {
+  std::string& path = memo_->path;
+  platform::FileStat stat;
+  return memo_->resolver.Resolve(target, path) == TargetKind::kLocal &&
+         platform::Stat(path, stat) == 0 && stat.isFolder();
 }
 
 // Adds a link whose text no page of the same base had before. Sets `target`.
@@ -358,13 +384,20 @@ Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID& place) {
       return registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, place);
     case TargetKind::kLocal:
       if (path.empty() || registrar_.IsHidden(path)) return Outcome::kSkipped;
-      place = UrlID(kKindPath, pathTable->Find(path));
-      if (IsKnownFile(place.id)) return Outcome::kDone;
-      if (rules_.findsFolderDocuments) memo_->folderDocuments.ToDocument(path);
-      return registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, place);
+      return RegisterFile(target, path, place);
     default:
       return Outcome::kSkipped;
   }
+}
+
+Outcome SiteDOMUtil::RegisterFile(std::string_view target, std::string& path, UrlID& place) {
+  ServedFiles& served = *memo_->served;
+  place = UrlID(kKindPath, pathTable->Find(path));
+  if (!served.mayPassFiles() && IsKnownFile(place.id)) return Outcome::kDone;
+  if (rules_.findsFolderDocuments && served.Serve(target, path) == TargetKind::kExternal) {
+    return registrar_.AddUrl(path, place);
+  }
+  return registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, place);
 }
 
 // Whether CheckPath would leave this entry as it is.

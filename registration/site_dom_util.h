@@ -50,6 +50,7 @@ class SiteDOMUtil {
  private:
   struct MemoKey;
 
+  bool CountsInItsFolder() const;
   void LookAhead();
   [[nodiscard]] int StoreTitle();
   [[nodiscard]] int StoreMetas();
@@ -58,6 +59,7 @@ class SiteDOMUtil {
   [[nodiscard]] int AddRows(std::size_t begin, std::size_t end);
   void UseBase(std::int32_t base);
   [[nodiscard]] Outcome AddRow(const LinkRow& row, const FoundString& guess);
+  bool LeadsToFolder(std::string_view target);
   [[nodiscard]] Outcome AddNewTarget(const LinkRow& row, bool takesName, FoundString& text,
                                      UrlID& target);
   Outcome AddLink(const LinkRow& row, const UrlID& target, FoundString& text);
@@ -68,6 +70,7 @@ class SiteDOMUtil {
   [[nodiscard]] Outcome FindTarget(const LinkRow& row, const MemoKey& key, bool takesName,
                                    UrlID& target);
   [[nodiscard]] Outcome RegisterTarget(std::string_view target, UrlID& place);
+  [[nodiscard]] Outcome RegisterFile(std::string_view target, std::string& path, UrlID& place);
   bool IsKnownFile(int pathNumber) const;
   bool TakesDefaultName(const LinkRow& row) const;
 

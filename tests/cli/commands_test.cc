@@ -57,9 +57,9 @@ TEST(Commands, SayInOneLineWhatIsWrong) {
       {{"server", "set", "new", "--password"}, 2, "password"},
       {{"server", "set", "new", "--lock-dir", "9"}, 2, "--lock-dir"},
       {{"server", "set", "new", "--transfer-type", "-1"}, 2, "--transfer-type"},
-      {{"site", "set", "demo", "--live-url", "foo"}, 2, "--live-url"},
+      {{"site", "set", "demo", "--base-url", "foo"}, 2, "--base-url"},
       {{"site", "set", "demo", "--page-types", "*.php"}, 2, "--page-types"},
-      {{"add", "new", site, "--live-url", "ftp://example.org/"}, 2, "--live-url"},
+      {{"add", "new", site, "--base-url", "ftp://example.org/"}, 2, "--base-url"},
   };
   for (const auto& row : rows) {
     const Outcome outcome = program.Run(row.words);
@@ -209,7 +209,7 @@ TEST(Commands, ANewDefaultDocumentIsFollowed) {
   EXPECT_EQ(links.out, "index.html -> sub/home.html  LT_ANCHOR\n");
   const std::string site = program.folder.native("site");
   for (const Words& same : {Words{"--default-url", "home.html"}, Words{"--folder", site},
-                            Words{"--rules", "web"}, Words{"--live-url", ""}}) {
+                            Words{"--rules", "web"}, Words{"--base-url", ""}}) {
     const Json again = program.Ask({"site", "set", "demo", same[0], same[1]});
     EXPECT_EQ(again["state"], "rebuilt") << again;
     EXPECT_EQ(again["saved"], Json::array());
@@ -266,7 +266,7 @@ TEST(Commands, ShowAndChangeProfiles) {
   const Json moved =
       program.Ask({"site", "set", "moved", "--folder", program.folder.native("elsewhere")});
   EXPECT_EQ(moved["top"], program.folder.native("elsewhere/index.html"));
-  EXPECT_EQ(moved["live_url"], "");
+  EXPECT_EQ(moved["base_url"], "");
   EXPECT_EQ(moved["state"], "to be rebuilt");
   EXPECT_TRUE(program.Run({"links", "moved"}).complains("rebuild"));
   EXPECT_EQ(program.Run({"rebuild", "moved"}).code, 0);

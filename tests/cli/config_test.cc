@@ -37,7 +37,7 @@ class ConfigOfASite : public testing::Test {
 };
 
 TEST_F(ConfigOfASite, EachOptionBeatsIt) {
-  Write(R"(live-url = "https://example.org/docs/"
+  Write(R"(base-url = "https://example.org/docs/"
 [rules]
 orphan-page = "off"
 duplicate-id = "error"
@@ -47,7 +47,7 @@ targets = ["cgi/*"])");
   const std::string gone = "missing-file gone.html", nope = "missing-file sub/nope.html";
   EXPECT_EQ(Check({Native("")}), (Words{gone, "duplicate-id #a", "missing-file nope.html"}));
   EXPECT_EQ(Check({Native("/sub")}), Words{"missing-file nope.html"}) << "from the folder above";
-  EXPECT_EQ(Check({Native("/sub/s.html"), "--live-url", "https://example.org/"}),
+  EXPECT_EQ(Check({Native("/sub/s.html"), "--base-url", "https://example.org/"}),
             Words{"missing-file docs/nope.html"});
   EXPECT_EQ(Check({Native(""), "--rule", "duplicate-id=off", "--ignore", "s.html"}),
             (Words{"missing-file drafts/lost.html", gone}));
@@ -56,7 +56,7 @@ targets = ["cgi/*"])");
       Words{"missing-file cgi/x"});
   EXPECT_EQ(Check({Native("/sub"), "--no-config"}).size(), 0U);
   program.Run({"add", "demo", Native("")});
-  EXPECT_EQ(program.Run({"site", "show", "demo", "--format", "json"}).json()["live_url"],
+  EXPECT_EQ(program.Run({"site", "show", "demo", "--format", "json"}).json()["base_url"],
             "https://example.org/docs/");
   program.Run({"rebuild", "demo"});
   EXPECT_EQ(program.Run({"broken", "demo", "-q"}).out.find("drafts"), std::string::npos);
@@ -67,7 +67,7 @@ TEST_F(ConfigOfASite, FaultsAreToldWithTheirPlace) {
     const char* text;
     const char* complaint;
   } rows[] = {
-      {"live-urls = \"x\"", ":1:1: \"live-urls\" is no key here; did you mean \"live-url\"?"},
+      {"base-urls = \"x\"", ":1:1: \"base-urls\" is no key here; did you mean \"base-url\"?"},
       {"[rules]\nmising-file = \"off\"", ":2:1: \"mising-file\" is no key here; did you mean"},
       {"[rules]\nmissing-file = \"of\"", ":2:16: a rule is \"error\", \"warning\" or \"off\""},
       {"[ignore]\nfile = []", ":2:1: \"file\" is no key here; did you mean \"files\"?"},
@@ -75,7 +75,7 @@ TEST_F(ConfigOfASite, FaultsAreToldWithTheirPlace) {
       {"[ignore]\nfiles = [1]", ":2:10: files is a text in quotes"},
       {"rules = 1", ":1:9: rules is a table: [rules]"},
       {"top = 1", ":1:7: top is a text in quotes"},
-      {"live-url = \"foo\"", ":1:12: \"foo\" is not the address of a folder"},
+      {"base-url = \"foo\"", ":1:12: \"foo\" is not the address of a folder"},
       {"link-rules = \"foo\"", ":1:14: \"foo\" is neither web nor classic"},
       {"top = ", ":1:"},
   };

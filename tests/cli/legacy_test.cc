@@ -150,7 +150,7 @@ TEST_F(OlderSite, ComesOverWithItsServerAndMarks) {
   EXPECT_EQ(outcome.code, 0) << outcome.err;
   const Json site = program.Ask({"site", "show", "demo"});
   EXPECT_EQ(site["server"], "home");
-  EXPECT_EQ(site["live_url"], "http://e.org/");
+  EXPECT_EQ(site["base_url"], "http://e.org/");
   EXPECT_EQ(site["state"], "rebuilt");
   const Json server = program.Ask({"server", "show", "home"});
   EXPECT_EQ(server["host"], "ftp.example.org");

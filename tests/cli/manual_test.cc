@@ -33,7 +33,7 @@ TEST(Manual, BashCompletesCommandLines) {
       {"check --col", "--color"},
       {"check --color ''", "auto always never"},
       {"--db x site s", "show set"},
-      {"site set --liv", "--live-url"},
+      {"site set --bas", "--base-url"},
       {"check ''", ""},  // files
       {"check --d", "--default-url --doc-root --db"},
       {"legacy pe", "peek"},

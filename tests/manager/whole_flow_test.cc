@@ -123,6 +123,8 @@ struct Life {
   unsigned seed;
   bool named;               // the profile names the default document
   bool doubleByte = false;  // one-letter names are characters of Shift_JIS, where there are such
+  // The server takes names without their extensions; and has rules, or else a sitemap.
+  bool served = false;
 };
 
 class WholeFlow : public testing::TestWithParam<Life> {
@@ -136,6 +138,10 @@ class WholeFlow : public testing::TestWithParam<Life> {
         names_.push_back(Spelled(std::string(folder) + name));
       }
       if (!GetParam().named) names_.push_back(Spelled(std::string(folder) + "index.htm"));
+    }
+    if (GetParam().served) {
+      names_.push_back(GetParam().named ? "_redirects" : "sitemap.xml");
+      EXPECT_EQ(site_.mgr->SetSiteProfDir(kSlotFallbackExtensions, "htm,html", 0), 0);
     }
     for (const std::string& name : names_) {
       if (name == "index.html" || Chance(70)) Write(name);
@@ -226,11 +232,42 @@ class WholeFlow : public testing::TestWithParam<Life> {
       case 6:
         return "<a href=" + Target(page, "index.html") + "#top>top</a>";
       case 7:
+        if (GetParam().served && Chance(70)) return ServedLink();
         if (Chance(50) && GetParam().rules == LinkRules::Web) return FolderLink();
         return "<a href=missing" + std::to_string(Roll(4)) + ".html>gone</a>";
       default:
         return "<a href=" + Target(page, ".htm") + ">near</a>";
     }
+  }
+
+  // A link whose meaning depends on what there is.
+  std::string ServedLink() {
+    constexpr const char* kTexts[] = {"p",          "/q?x=1", "/a/p#n1", "/c/p",
+                                      "/a/b/q",     "/new/p", "/new",    "/far/x",
+                                      "/old/q.htm", "/old/b", "/loop",   "/a/index"};
+    return std::string("<a href='") + kTexts[Roll(std::size(kTexts))] + "'>served</a>";
+  }
+
+  std::string Redirects() {
+    constexpr const char* kRules[] = {"/old/* /a/:splat",
+                                      "/old/:x /c/:x.htm 302",
+                                      "/far/* http://host/:splat",
+                                      "/loop /loop2",
+                                      "/loop2 /loop",
+                                      "/missing0.html /a/p",
+                                      "/g.gif /a/g.gif",
+                                      "/c/* /a/:splat",
+                                      "/p.htm /q.htm 301!",
+                                      "/q x=:x /missing:x.html",
+                                      "/a/g.gif http://host/g.gif",
+                                      "/* /index.html 200",
+                                      "/a/* /nothing 404",
+                                      "/missing1.html /missing2.html"};
+    std::string text;
+    for (int rules = Roll(6); rules > 0; --rules) {
+      text += std::string(kRules[Roll(std::size(kRules))]) + "\n";
+    }
+    return text;
   }
 
   std::string FolderLink() {
@@ -241,6 +278,10 @@ class WholeFlow : public testing::TestWithParam<Life> {
 
   void Write(const std::string& name) {
     if (name.ends_with(".css")) return site_.write(name, Sheet(name));
+    if (name == "_redirects") return site_.write(name, Redirects());
+    if (name == "sitemap.xml") {
+      return site_.write(name, "<urlset><loc>" + Target(name, ".htm") + "</loc></urlset>");
+    }
     if (name.ends_with(".gif")) return site_.write(name, std::string(1 + Roll(50), 'G'));
     std::string page = IsDoubleByte() ? "<meta charset=shift_jis>" : "";
     page += "<title>" + std::to_string(Roll(100)) + "</title>";
@@ -356,7 +397,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Life{LinkRules::Classic, 1, true}, Life{LinkRules::Classic, 2, true},
                     Life{LinkRules::Web, 1, true}, Life{LinkRules::Web, 2, true},
                     Life{LinkRules::Web, 3, false}, Life{LinkRules::Web, 4, false},
-                    Life{LinkRules::Classic, 5, true, true}, Life{LinkRules::Web, 6, false, true}),
+                    Life{LinkRules::Classic, 5, true, true}, Life{LinkRules::Web, 6, false, true},
+                    Life{LinkRules::Web, 7, true, false, true},
+                    Life{LinkRules::Web, 8, false, false, true}),
     [](const auto& life) {
       return std::string(life.param.rules == LinkRules::Web ? "Web" : "Classic") +
              std::to_string(life.param.seed);

@@ -1,0 +1,114 @@
+#include "links/json_references.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "links/json_strings.h"
+#include "links/page_types.h"
+#include "links/url_text.h"
+#include "util/ascii.h"
+#include "util/file_type.h"
+
+namespace zvrsit {
+namespace {
+
+constexpr std::string_view kManifestPaths[] = {"start_url",
+                                               "scope",
+                                               "icons[].src",
+                                               "screenshots[].src",
+                                               "shortcuts[].url",
+                                               "shortcuts[].icons[].src",
+                                               "share_target.action",
+                                               "serviceworker.src",
+                                               "file_handlers[].action",
+                                               "related_applications[].url",
+                                               "note_taking.new_note_url"};
+
+// Names of linked data whose texts are addresses, if they look like one.
+constexpr std::string_view kLinkedDataNames[] = {
+    "@id",       "url",          "image",  "logo",       "contentUrl",       "thumbnailUrl",
+    "thumbnail", "embedUrl",     "sameAs", "item",       "mainEntityOfPage", "downloadUrl",
+    "license",   "installUrl",   "photo",  "screenshot", "relatedLink",      "significantLink",
+    "hasMap",    "discussionUrl"};
+
+template <std::size_t kSize>
+bool Holds(const std::string_view (&names)[kSize], std::string_view name) {
+  return std::ranges::find(names, name) != std::end(names);
+}
+
+bool IsAbsolute(std::string_view text) {
+  const std::string_view scheme = SchemeOf(text);
+  const bool isWeb = EqualsLower(scheme, "http") || EqualsLower(scheme, "https");
+  return text.starts_with("//") || (isWeb && text.substr(scheme.size()).starts_with("://"));
+}
+
+bool IsPathWithSlash(std::string_view text) {
+  return text.starts_with("/") || text.starts_with("./") || text.starts_with("../");
+}
+
+// Whether a name of a file can be told from any other text by its extension.
+bool LooksLikeFile(std::string_view text) {
+  const std::string_view path = WithoutQueryAndFragment(text);
+  return ClassifyFileType(path) != FT_OTHER || IsAssetName(path);
+}
+
+// The innermost name of a path, without the brackets of a list.
+std::string_view LastName(std::string_view path) {
+  while (path.ends_with("[]")) path.remove_suffix(2);
+  return path.substr(path.rfind('.') + 1);
+}
+
+bool IsLinkedAddress(const JsonString& string) {
+  const std::string_view name = LastName(string.path);
+  const std::string_view text = string.text;
+  if (!Holds(kLinkedDataNames, name) || string.path.find("@context") != std::string::npos) {
+    return false;
+  }
+  // Braces stand in templates of addresses.
+  if (text.find_first_of(" \t\r\n{}<>\"") != std::string_view::npos) return false;
+  if (IsAbsolute(text)) return true;
+  return name == "@id" ? text.starts_with("/") : IsPathWithSlash(text) || LooksLikeFile(text);
+}
+
+bool IsModuleAddress(const JsonString& string) {
+  if (!string.path.starts_with("imports.") && !string.path.starts_with("scopes.")) return false;
+  return IsPathWithSlash(string.text) || !SchemeOf(string.text).empty();
+}
+
+bool IsReference(JsonKind kind, const JsonString& string) {
+  if (string.text.empty()) return false;
+  switch (kind) {
+    case JsonKind::kManifest:
+      return Holds(kManifestPaths, string.path);
+    case JsonKind::kLinkedData:
+      return IsLinkedAddress(string);
+    case JsonKind::kImportMap:
+      return IsModuleAddress(string);
+    case JsonKind::kSpeculationRules:
+      return string.path == "prefetch[].urls[]" || string.path == "prerender[].urls[]";
+  }
+  return false;
+}
+
+// In what differs from the page's base, only absolute addresses are known.
+bool NamesOwnBase(const JsonString& string) {
+  return string.path.ends_with("@base");
+}
+
+}  // namespace
+
+std::vector<JsonReference> ReadJsonReferences(JsonKind kind, std::string_view text) {
+  std::vector<JsonString> strings;
+  if (!ReadJsonStrings(text, strings)) return {};
+  const bool hasBase = kind == JsonKind::kLinkedData && std::ranges::any_of(strings, &NamesOwnBase);
+  std::vector<JsonReference> references;
+  for (JsonString& string : strings) {
+    if (!IsReference(kind, string) || (hasBase && !IsAbsolute(string.text))) continue;
+    const bool isPrefix =
+        string.path == "scope" || (kind == JsonKind::kImportMap && string.text.ends_with('/'));
+    references.push_back({std::move(string.text), string.offset, isPrefix});
+  }
+  return references;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,81 @@
+#include "links/served_files.h"
+
+#include "dom/code_conv.h"
+#include "dom/mapped_file.h"
+#include "links/page_types.h"
+#include "links/url_text.h"
+#include "platform/file.h"
+
+namespace zvrsit {
+namespace {
+
+// More rules than this after one another run in a circle.
+constexpr int kMostRules = 10;
+
+std::string ReadText(const std::string& path) {
+  MappedFile file;
+  CodeConv text;
+  if (!file.open(path, 0) || !text.Import(file.top(), file.size(), 0)) return {};
+  return {text.text(), text.length()};
+}
+
+bool IsRegularFile(const std::string& path) {
+  platform::FileStat found;
+  return platform::Stat(path, found) == 0 && found.isRegular();
+}
+
+// What stands between "?" and "#".
+std::string_view QueryOf(std::string_view target) {
+  target = target.substr(0, target.find('#'));
+  const std::size_t begin = target.find('?');
+  return begin == std::string_view::npos ? std::string_view() : target.substr(begin + 1);
+}
+
+}  // namespace
+
+ServedFiles::ServedFiles(const ServedSite& site)
+    : documents_(&site.defaultNames, site.fallbackExtensions) {
+  if (site.folder.empty()) return;
+  const std::string path = site.folder + std::string(kRedirectsName);
+  text_ = ReadText(path);
+  if (text_.empty()) return;
+  resolver_.SetLiveUrl(site.liveUrl, site.folder);
+  resolver_.BeginPage(site.root, path);
+  rules_ = RedirectRules(text_, resolver_);
+}
+
+TargetKind ServedFiles::Serve(std::string_view target, std::string& place, From from) {
+  if (redirects()) return FollowRules(target, place, from);
+  if (from == From::kPage) documents_.ToDocument(place);
+  return TargetKind::kLocal;
+}
+
+TargetKind ServedFiles::FollowRules(std::string_view target, std::string& place, From from) {
+  std::string path = place;
+  std::string query(QueryOf(target));
+  for (int count = 0; count <= kMostRules; ++count) {
+    std::string file = path;
+    if (count > 0 || from == From::kPage) documents_.ToDocument(file);
+    std::string to;
+    const RedirectRule* const rule = rules_.Match(path, query, IsRegularFile(file), to);
+    std::string next;
+    const TargetKind kind =
+        rule == nullptr || rule->status >= 400 ? TargetKind::kNone : resolver_.Resolve(to, next);
+    // A rewrite for all pages of an application does not make an image of its page.
+    const bool isPageForImage = kind == TargetKind::kLocal && rule->status == 200 &&
+                                IsAssetName(path) && !IsAssetName(next);
+    if (kind == TargetKind::kExternal || (kind == TargetKind::kLocal && !isPageForImage)) {
+      path = next;
+      query = QueryOf(to);
+      if (kind == TargetKind::kLocal) continue;
+    } else {
+      path = file;
+    }
+    place = path;
+    return kind == TargetKind::kExternal ? kind : TargetKind::kLocal;
+  }
+  if (from == From::kPage) documents_.ToDocument(place);
+  return TargetKind::kLocal;
+}
+
+}  // namespace zvrsit
