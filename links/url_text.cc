@@ -18,6 +18,17 @@ struct HttpParts {
   std::string_view rest;  // query and fragment
 };
 
+std::string Decoded(std::string_view segment) {
+  std::string name;
+  for (std::size_t i = 0; i < segment.size(); ++i) {
+    const int high = segment[i] == '%' && segment.size() - i > 2 ? HexValue(segment[i + 1]) : -1;
+    const int low = high >= 0 ? HexValue(segment[i + 2]) : -1;
+    name.push_back(low < 0 ? segment[i] : static_cast<char>(high * 16 + low));
+    if (low >= 0) i += 2;
+  }
+  return name;
+}
+
 // False for a URL of another kind or without a host.
 bool SplitHttp(std::string_view url, HttpParts& parts) {
   const std::string_view scheme = SchemeOf(url);
@@ -27,7 +38,8 @@ bool SplitHttp(std::string_view url, HttpParts& parts) {
   std::size_t start = scheme.empty() ? 0 : scheme.size() + 1;
   const std::size_t slashes = start;
   while (start < url.size() && IsSlash(url[start])) ++start;
-  if (start - slashes < 2) return false;
+  // After a scheme of the web a browser takes any number of slashes, and none, for two.
+  if (scheme.empty() && start - slashes < 2) return false;
   const std::string_view place = WithoutQueryAndFragment(url);
   if (start >= place.size()) return false;
   const std::size_t end = FindMB(place, start, IsSlash);
@@ -39,8 +51,9 @@ bool SplitHttp(std::string_view url, HttpParts& parts) {
   }
   const std::size_t colon = authority.rfind(':');
   const bool hasPort = colon != std::string_view::npos && authority.back() != ']';
-  const std::string_view port = hasPort ? authority.substr(colon + 1) : std::string_view();
-  parts.host = authority.substr(0, hasPort ? colon : authority.size());
+  std::string_view port = hasPort ? authority.substr(colon + 1) : std::string_view();
+  while (port.size() > 1 && port.starts_with('0')) port.remove_prefix(1);
+  parts.host = Decoded(authority.substr(0, hasPort ? colon : authority.size()));
   LowerAsciiLetters(parts.host);
   if (parts.host.empty()) return false;
   // A URL without a scheme has that of the page, which may be either.
@@ -59,17 +72,6 @@ bool HasSoundPort(std::string_view host) {
   int number = 0;
   const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), number);
   return error == std::errc() && end == port.data() + port.size() && number > 0 && number < 65536;
-}
-
-std::string Decoded(std::string_view segment) {
-  std::string name;
-  for (std::size_t i = 0; i < segment.size(); ++i) {
-    const int high = segment[i] == '%' && segment.size() - i > 2 ? HexValue(segment[i + 1]) : -1;
-    const int low = high >= 0 ? HexValue(segment[i + 2]) : -1;
-    name.push_back(low < 0 ? segment[i] : static_cast<char>(high * 16 + low));
-    if (low >= 0) i += 2;
-  }
-  return name;
 }
 
 // Takes "." and ".." out of the path of a URL, which begins with "/".
@@ -205,9 +207,10 @@ bool JoinToUrl(std::string_view base, std::string_view target, std::string& out)
 
 LiveAddress::LiveAddress(std::string_view url) {
   HttpParts parts;
-  if (SchemeOf(url).empty() || !SplitHttp(url, parts) || !parts.user.empty() ||
-      !parts.rest.empty() || !HasSoundPort(parts.host) || IsSlash(url[url.find(':') + 3]) ||
-      url.find_first_of(" \t\r\n\"<>") != std::string_view::npos) {
+  const std::size_t colon = url.find(':');
+  if (SchemeOf(url).empty() || !url.substr(colon + 1).starts_with("//") || !SplitHttp(url, parts) ||
+      !parts.user.empty() || !parts.rest.empty() || !HasSoundPort(parts.host) ||
+      IsSlash(url[colon + 3]) || url.find_first_of(" \t\r\n\"<>") != std::string_view::npos) {
     return;
   }
   const std::string path = RemoveDotSegments(parts.path);

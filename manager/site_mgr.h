@@ -48,9 +48,11 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // null. For pages (with RuleFlags::readsOtherPageTypes also those of the site's page types) and
   // style sheets `doc` is consumed in every case; for other types it stays the caller's. The
   // links-changed flag is raised in two cases: the page now leads to other files of the site, or a
-  // sheet below it is registered that refers to files. If the file stands for its folder and has
-  // come, or the folder itself has, the pages that link to the folder are read again
-  // (RuleFlags::findsFolderDocuments).
+  // sheet below it is registered that refers to files. Pages whose
+  // links lead elsewhere now are read again (RuleFlags::findsFolderDocuments): those that link to
+  // the folder of a file that stands for it and has come, or to a folder that has; that mean a file
+  // without its extension; and that a rule of `_redirects` leads, when it or such a file has come
+  // or changed.
   int Save(const std::string& path, Document* doc);
   // The same; the int is ignored.
   int Save(const std::string& path, int, Document* doc);
@@ -66,8 +68,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // The application reports here what it has done already: the disk is not changed.
 
   // Takes a file out of the link structure. If others still link to it, its entry stays, with
-  // existence flag 0. If the file stood for its folder, or the folder itself has gone, the pages
-  // that link to the folder are read again (RuleFlags::findsFolderDocuments). The int is ignored.
+  // existence flag 0. Pages whose links lead elsewhere now are read again, as by Save. The int is
+  // ignored.
   int Remove(const std::string& path, int);
   // Remove of `from`, then Save of `to`: 0 or -1.
   int Move(const std::string& from, const std::string& to);
@@ -340,6 +342,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // it are links to the site's files. It is an absolute http or https URL without user, query and
   // fragment; any other text means none. Slot 8 holds the page types: with
   // RuleFlags::readsOtherPageTypes, files with these extensions are pages too (links/page_types.h).
+  // Slot 6 holds the extensions that links may leave out with RuleFlags::findsFolderDocuments:
+  // "html,htm".
   // When a folder of the open site is changed, style sheets use it at once; what was found out
   // about registered files stays.
   std::string* GetSiteProfDir(int slot, int siteId = -1);
@@ -348,8 +352,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // open site UpdateLinkFamily finds the family again.
   std::string* GetSiteProfTopFile(int siteId = -1);
   int SetSiteProfTopFile(const std::string& path, int siteId = -1);
-  // The name of the document that stands for its folder. If it is changed in the open site, the
-  // change counts at once; ReflectDefaultUrl then reads the affected pages again.
+  // The name of the document that stands for its folder; with RuleFlags::findsFolderDocuments
+  // several, with commas between them. If it is changed in the open site, the change counts at
+  // once; ReflectDefaultUrl then reads the affected pages again.
   std::string* GetSiteProfDefaultUrl(int siteId = -1);
   int SetSiteProfDefaultUrl(const std::string& name, int siteId = -1);
   // Whether targets that begin with "/" are resolved from the document root: 0, 1 or -1. A change
