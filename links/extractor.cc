@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <span>
 
 #include "dom/document.h"
@@ -104,25 +103,6 @@ constexpr MetaName kMetaNames[] = {
     {"content-type", MetaKey::kContentType},
     {"refresh", MetaKey::kRefresh},
 };
-
-// The kinds of SCRIPT that are data.
-struct DataBlock {
-  std::string_view type;
-  JsonKind kind;
-  std::uint32_t linkType;
-};
-
-constexpr DataBlock kDataBlocks[] = {
-    {"application/ld+json", JsonKind::kLinkedData, LT_LINKED_DATA},
-    {"importmap", JsonKind::kImportMap, LT_IMPORT_MAP},
-    {"speculationrules", JsonKind::kSpeculationRules, LT_SPECULATION},
-};
-
-const DataBlock* DataBlockOf(std::string_view type) {
-  const auto found = std::ranges::find_if(
-      kDataBlocks, [type](const DataBlock& block) { return EqualsLower(type, block.type); });
-  return found != std::end(kDataBlocks) ? found : nullptr;
-}
 
 // One walk over a page, filling the rows.
 class Extraction {

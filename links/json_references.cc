@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "links/json_strings.h"
+#include "links/link_type.h"
 #include "links/page_types.h"
 #include "links/url_text.h"
 #include "util/ascii.h"
@@ -95,7 +96,19 @@ bool NamesOwnBase(const JsonString& string) {
   return string.path.ends_with("@base");
 }
 
+constexpr DataBlock kDataBlocks[] = {
+    {"application/ld+json", JsonKind::kLinkedData, LT_LINKED_DATA},
+    {"importmap", JsonKind::kImportMap, LT_IMPORT_MAP},
+    {"speculationrules", JsonKind::kSpeculationRules, LT_SPECULATION},
+};
+
 }  // namespace
+
+const DataBlock* DataBlockOf(std::string_view type) {
+  const auto found = std::ranges::find_if(
+      kDataBlocks, [type](const DataBlock& block) { return EqualsLower(type, block.type); });
+  return found != std::end(kDataBlocks) ? found : nullptr;
+}
 
 std::vector<JsonReference> ReadJsonReferences(JsonKind kind, std::string_view text) {
   std::vector<JsonString> strings;

@@ -16,6 +16,15 @@ enum class JsonKind : std::uint8_t {
   kSpeculationRules,  // SCRIPT TYPE=speculationrules
 };
 
+// The kinds of SCRIPT that are such texts.
+struct DataBlock {
+  std::string_view type;  // its TYPE
+  JsonKind kind;
+  std::uint32_t linkType;  // of its references
+};
+// The kind for a TYPE; null for one that is none.
+const DataBlock* DataBlockOf(std::string_view type);
+
 struct JsonReference {
   std::string target;
   std::size_t offset;     // in the text

@@ -87,8 +87,7 @@ class WebLinks {
     }
     const int number = place_ == target ? link.to.id : paths_.Find(place_);
     std::int32_t exists = 0;
-    const bool isKnown =
-        paths_.GetNumber(number, &SitePathRec::exists, exists) == 0 && exists != 0;
+    const bool isKnown = paths_.GetNumber(number, &SitePathRec::exists, exists) == 0 && exists != 0;
     const bool isAsked = !isKnown || served_.mayPassFiles();
     return (isAsked && Serve(link, text) == TargetKind::kExternal) || place_ != target;
   }
