@@ -1,4 +1,5 @@
-// A page: decoding, the document, and the rows of both sets of link rules.
+// A page: decoding, the document, and the rows of both sets of link rules; and the same text as a
+// file that is no page.
 #include <cstdlib>
 #include <string>
 
@@ -6,6 +7,8 @@
 #include "dom/document.h"
 #include "fuzz/target.h"
 #include "links/extractor.h"
+#include "links/redirect_rules.h"
+#include "links/site_data.h"
 #include "links/target_resolver.h"
 #include "platform/code_page.h"
 
@@ -39,6 +42,17 @@ void ReadPage(const std::string& bytes) {
     }
     ResolveAll(rows, rules);
   }
+  for (const char* path : {"app.webmanifest", "sitemap.xml", "robots.txt", "_redirects"}) {
+    ExtractFile(path, document, LinkRules::Web, rows);
+    for (const LinkRow& row : rows.links) {
+      if (row.offset > conversion.length()) std::abort();
+    }
+  }
+  TargetResolver resolver(LinkRules::Web);
+  resolver.BeginPage("\\site\\", "\\site\\_redirects");
+  std::string to;
+  const std::string_view text(conversion.text(), conversion.length());
+  RedirectRules(text, resolver).Match("\\site\\a\\b", "x=1", false, to);
   for (std::uint32_t i = 0; i < document.elementCount(); ++i) {
     const Element element = document.element(i);
     if (element.offset() >= conversion.length()) std::abort();
@@ -81,5 +95,10 @@ std::vector<std::string> FuzzSeeds() {
       "0<img src=a.gif><base href=x/><iframe srcdoc='<base href=y/><iframe srcdoc=&quot;&lt;a "
       "href=b&gt;&quot;>'></iframe><div><template shadowrootmode=open><a href=c ping='d e'>"
       "</template></div><form action=f><form action=g>",
+      "0<script type=application/ld+json>{\"url\": [\"\\u00e9/\\ud83d\\ude00\", {\"@id\": \"/x\"}]}"
+      "</script><meta property=og:image content=i.png><q cite=c>",
+      "0{\"start_url\": \".\", \"icons\": [{\"src\": \"i\\/.png\", \"n\": -1.5e3}, true, null]}",
+      "0<?xml?><urlset><loc> a&amp;b </loc><x:loc><![CDATA[c]]></x:loc><link href=d/></urlset>",
+      "0Sitemap: /a # b\n/a/* x=:y /b/:splat/:y 301!\n/:p/b http://h/:p 302 Language=fr\n/c /d",
   };
 }

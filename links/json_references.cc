@@ -59,10 +59,9 @@ std::string_view LastName(std::string_view path) {
   return path.substr(path.rfind('.') + 1);
 }
 
-bool IsLinkedAddress(const JsonString& string) {
-  const std::string_view name = LastName(string.path);
-  const std::string_view text = string.text;
-  if (!Holds(kLinkedDataNames, name) || string.path.find("@context") != std::string::npos) {
+bool IsLinkedAddress(std::string_view path, std::string_view text) {
+  const std::string_view name = LastName(path);
+  if (!Holds(kLinkedDataNames, name) || path.find("@context") != std::string_view::npos) {
     return false;
   }
   // Braces stand in templates of addresses.
@@ -71,29 +70,24 @@ bool IsLinkedAddress(const JsonString& string) {
   return name == "@id" ? text.starts_with("/") : IsPathWithSlash(text) || LooksLikeFile(text);
 }
 
-bool IsModuleAddress(const JsonString& string) {
-  if (!string.path.starts_with("imports.") && !string.path.starts_with("scopes.")) return false;
-  return IsPathWithSlash(string.text) || !SchemeOf(string.text).empty();
+bool IsModuleAddress(std::string_view path, std::string_view text) {
+  if (!path.starts_with("imports.") && !path.starts_with("scopes.")) return false;
+  return IsPathWithSlash(text) || !SchemeOf(text).empty();
 }
 
-bool IsReference(JsonKind kind, const JsonString& string) {
-  if (string.text.empty()) return false;
+bool IsReference(JsonKind kind, std::string_view path, std::string_view text) {
+  if (text.empty()) return false;
   switch (kind) {
     case JsonKind::kManifest:
-      return Holds(kManifestPaths, string.path);
+      return Holds(kManifestPaths, path);
     case JsonKind::kLinkedData:
-      return IsLinkedAddress(string);
+      return IsLinkedAddress(path, text);
     case JsonKind::kImportMap:
-      return IsModuleAddress(string);
+      return IsModuleAddress(path, text);
     case JsonKind::kSpeculationRules:
-      return string.path == "prefetch[].urls[]" || string.path == "prerender[].urls[]";
+      return path == "prefetch[].urls[]" || path == "prerender[].urls[]";
   }
   return false;
-}
-
-// In what differs from the page's base, only absolute addresses are known.
-bool NamesOwnBase(const JsonString& string) {
-  return string.path.ends_with("@base");
 }
 
 constexpr DataBlock kDataBlocks[] = {
@@ -111,16 +105,19 @@ const DataBlock* DataBlockOf(std::string_view type) {
 }
 
 std::vector<JsonReference> ReadJsonReferences(JsonKind kind, std::string_view text) {
-  std::vector<JsonString> strings;
-  if (!ReadJsonStrings(text, strings)) return {};
-  const bool hasBase = kind == JsonKind::kLinkedData && std::ranges::any_of(strings, &NamesOwnBase);
   std::vector<JsonReference> references;
-  for (JsonString& string : strings) {
-    if (!IsReference(kind, string) || (hasBase && !IsAbsolute(string.text))) continue;
+  bool hasBase = false;
+  const auto visit = [&](std::string_view path, const std::string& string, std::size_t offset) {
+    hasBase |= kind == JsonKind::kLinkedData && path.ends_with("@base");
+    if (!IsReference(kind, path, string)) return;
     const bool isPrefix =
-        string.path == "scope" || (kind == JsonKind::kImportMap && string.text.ends_with('/'));
-    references.push_back({std::move(string.text), string.offset, isPrefix});
-  }
+        path == "scope" || (kind == JsonKind::kImportMap && string.ends_with('/'));
+    references.push_back({string, offset, isPrefix});
+  };
+  if (!ReadJsonStrings(text, visit)) return {};
+  // What another base makes of relative addresses is not known.
+  if (hasBase)
+    std::erase_if(references, [](const auto& found) { return !IsAbsolute(found.target); });
   return references;
 }
 

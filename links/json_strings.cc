@@ -10,11 +10,11 @@ namespace zvrsit {
 namespace {
 
 constexpr int kDeepestJson = 64;
+constexpr std::size_t kLongestName = 64;
 
 class JsonReader {
  public:
-  JsonReader(std::string_view text, std::vector<JsonString>& strings)
-      : text_(text), strings_(strings) {}
+  JsonReader(std::string_view text, const JsonVisit& visit) : text_(text), visit_(visit) {}
 
   bool Read() {
     if (!ReadValue(0)) return false;
@@ -40,9 +40,10 @@ class JsonReader {
     if (Take('[')) return ReadElements(depth);
     if (Next() != '"')
       return TakeWord("true") || TakeWord("false") || TakeWord("null") || TakeNumber();
-    JsonString string{path_, {}, at_ + 1};
-    if (!ReadString(string.text)) return false;
-    strings_.push_back(std::move(string));
+    const std::size_t offset = at_ + 1;
+    std::string text;
+    if (!ReadString(text)) return false;
+    visit_(path_, text, offset);
     return true;
   }
 
@@ -57,7 +58,7 @@ class JsonReader {
       if (!ReadString(name)) return false;
       SkipBlanks();
       if (!Take(':')) return false;
-      path_.append(outer > 0 ? "." : "").append(name);
+      path_.append(outer > 0 ? "." : "").append(name, 0, kLongestName);
       if (!ReadValue(depth + 1)) return false;
       path_.resize(outer);
       SkipBlanks();
@@ -154,15 +155,15 @@ class JsonReader {
   }
 
   const std::string_view text_;
-  std::vector<JsonString>& strings_;
+  const JsonVisit& visit_;
   std::size_t at_ = 0;
   std::string path_;
 };
 
 }  // namespace
 
-bool ReadJsonStrings(std::string_view text, std::vector<JsonString>& strings) {
-  return JsonReader(text, strings).Read();
+bool ReadJsonStrings(std::string_view text, const JsonVisit& visit) {
+  return JsonReader(text, visit).Read();
 }
 
 }  // namespace zvrsit

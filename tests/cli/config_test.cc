@@ -76,6 +76,7 @@ TEST_F(ConfigOfASite, FaultsAreToldWithTheirPlace) {
       {"rules = 1", ":1:9: rules is a table: [rules]"},
       {"top = 1", ":1:7: top is a text in quotes"},
       {"base-url = \"foo\"", ":1:12: \"foo\" is not the address of a folder"},
+      {"fallback-extensions = \"*.x\"", ":1:23: \"*.x\" is no list of extensions"},
       {"link-rules = \"foo\"", ":1:14: \"foo\" is neither web nor classic"},
       {"top = ", ":1:"},
   };

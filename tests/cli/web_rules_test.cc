@@ -156,5 +156,23 @@ TEST(WebRules, NoStaleAnswerFromOldRules) {
   EXPECT_EQ(program.Broken().size(), 2U);
 }
 
+// What the profile says of the server is kept, and a change of it is not passed over.
+TEST(WebRules, TheProfileKeepsWhatTheServerDoes) {
+  const Program program;
+  program.Page("index.html", "<a href=a><a href=sub/>");
+  program.Page("a.html", "");
+  program.Page("sub/index.php", "");
+  ASSERT_EQ(program.Build("demo", {"--fallback-extensions", "htm,html"}).code, 0);
+  EXPECT_EQ(program.Broken(), Json::array());
+  const Words names{"site", "set", "demo", "--default-url", "home.html, index.php"};
+  EXPECT_EQ(program.Ask(names)["state"], "rebuilt");
+  EXPECT_EQ(program.Broken(), Json::array());
+  const Json set = program.Ask({"site", "set", "demo", "--fallback-extensions", ""});
+  EXPECT_EQ(set["fallback_extensions"], "");
+  EXPECT_EQ(set["state"], "to be rebuilt");
+  EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Broken().size(), 1U);
+}
+
 }  // namespace
 }  // namespace zvrsit::test

@@ -40,30 +40,27 @@ std::string ReadOtherwise(const std::string& text, bool& alike) {
 }
 
 std::string Read(const std::string& text) {
-  std::vector<JsonString> strings;
-  if (!ReadJsonStrings(text, strings)) return "no JSON";
   std::string lines;
-  for (const JsonString& string : strings) {
-    lines += string.path + "=" + string.text + "\n";
+  const bool isJson = ReadJsonStrings(text, [&](auto path, const auto& string, auto offset) {
+    lines += std::string(path) + "=" + string + "\n";
     // The place is that of the text, which is written as it is unless it has escapes.
-    const std::string raw =
-        text.substr(string.offset, text.find('"', string.offset) - string.offset);
-    EXPECT_TRUE(raw == string.text || raw.find('\\') != raw.npos) << text;
-    EXPECT_EQ(text[string.offset - 1], '"');
-  }
-  return lines;
+    const std::string raw = text.substr(offset, text.find('"', offset) - offset);
+    EXPECT_TRUE(raw == string || raw.find('\\') != raw.npos) << text;
+    EXPECT_EQ(text[offset - 1], '"');
+  });
+  return isJson ? lines : "no JSON";
 }
 
 // Texts of random pieces, of which some are JSON, read as another reader reads them.
 TEST(JsonStrings, AreThoseOfAnotherReader) {
   std::mt19937 random(11);
-  constexpr const char* kPieces[] = {"{",       "}",       "[",
-                                     "]",       ",",       ":",
-                                     "\"a\"",   "\"b\"",   "\"x\\n\\u00e9\\/\"",
+  constexpr const char* kPieces[] = {"{",       "}",        "[",
+                                     "]",       ",",        ":",
+                                     "\"a\"",   "\"b\"",    "\"x\\n\\u00e9\\/\"",
                                      "1",       "-0.5e+3 ", "true",
-                                     "null",    " ",       "\n",
-                                     "01",      "\"",      "\\",
-                                     "{\"a\":", "[\"c\",", "\"\\ud83d\\ude00\"",
+                                     "null",    " ",        "\n",
+                                     "01",      "\"",       "\\",
+                                     "{\"a\":", "[\"c\",",  "\"\\ud83d\\ude00\"",
                                      "1.",      "\t"};
   int sound = 0;
   for (int i = 0; i < 60000; ++i) {
@@ -84,10 +81,7 @@ TEST(JsonStrings, EndInDeepTextsAndKeepDoubleBytesWhole) {
   EXPECT_EQ(Read(std::string(100000, '[')), "no JSON");
   EXPECT_EQ(Read(std::string(50, '[') + "\"a\"" + std::string(50, ']')).substr(0, 4), "[][]");
   const test::CodePageScope shiftJis(932);
-  std::vector<JsonString> strings;
-  ASSERT_TRUE(ReadJsonStrings("[\"\x95\x5C\", \"\\u8868\"]", strings));
-  EXPECT_EQ(strings[0].text, "\x95\x5C");
-  EXPECT_EQ(strings[1].text, "\x95\x5C");
+  EXPECT_EQ(Read("[\"\x95\x5C\", \"\\u8868\"]"), "[]=\x95\x5C\n[]=\x95\x5C\n");
 }
 
 }  // namespace
