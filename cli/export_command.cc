@@ -94,9 +94,6 @@ void AddExportCommand(CLI::App& app, const Options& options, Run& run) {
                    "where to: a file, for csv a folder; jsonl goes to stdout without it")
       ->option_text("PLACE");
   command->add_flag("--findings", wanted->findings, "also what `broken` and `check` would tell");
-  command->footer(
-      "docs/export.md describes the tables. What is there is replaced when all is written.\n\n"
-      "Example:\n  zvrsit export harbour --to sqlite -o harbour.db\n");
   command->callback([&options, &run, wanted] {
     run = [&options, wanted] { return RunExport(options, *wanted); };
   });

@@ -38,7 +38,7 @@ void AddCount(std::size_t count, const char* one, const char* many, std::string&
 }  // namespace
 
 SiteChanges CompareSite(Session& session) {
-  const DatabaseLeftOut leftOut(session);
+  const NotOfTheSite leftOut(session);
   SiteChanges changes;
   session.manager().CompareWithDisk(changes);
   return changes;

@@ -24,8 +24,8 @@ struct CommandHelp {
 };
 constexpr CommandHelp kHelp[] = {
     {"", "check docs",
-     "--db --format --version server dump verify legacy manual "
-     "completion"},
+     "--db --format --version family export graph server dump verify legacy "
+     "manual completion"},
     {"check", "check docs --top docs/index.html",
      "--files-from --root --config --no-config --default-url --doc-root --page-types --rules "
      "--ignore-target --verbose"},
@@ -60,6 +60,8 @@ constexpr CommandHelp kHelp[] = {
     {"legacy broken", "legacy broken old", ""},
     {"legacy peek", "legacy peek old", ""},
     {"legacy undo", "legacy undo old < changes", ""},
+    {"export", "export harbour --to sqlite -o harbour.db", ""},
+    {"graph", "graph harbour | dot -Tsvg > harbour.svg", ""},
     {"dump", "dump harbour", ""},
     {"verify", "verify harbour", ""},
     {"manual", "manual | man -l -", ""},

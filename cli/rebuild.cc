@@ -1,7 +1,11 @@
 #include "cli/rebuild.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <string_view>
 
+#include "cli/config.h"
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/progress.h"
@@ -11,6 +15,8 @@ namespace zvrsit::cli {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::string_view kVersionControl[] = {".git", ".hg", ".svn", ".bzr", "CVS"};
 
 // Why a page or a folder was not read. With RuleFlags::readsWhatIsLinked one reason is that folders
 // which are links lead round in circles and give it a second name.
@@ -35,29 +41,40 @@ void NameSkipped(Session& session) {
 
 }  // namespace
 
-DatabaseLeftOut::DatabaseLeftOut(Session& session, const std::string& database)
+NotOfTheSite::NotOfTheSite(Session& session, const std::string& database)
     : manager_(session.manager()) {
   std::error_code error;
-  folder_ = fs::canonical(PathOf(database.empty() ? session.database() : database), error);
-  if (!error) manager_.SetIgnoreHook(&IsDatabase, this);
+  database_ = fs::canonical(PathOf(database.empty() ? session.database() : database), error);
+  manager_.SetIgnoreHook(&IsLeftOut, this);
 }
 
-DatabaseLeftOut::~DatabaseLeftOut() {
+NotOfTheSite::~NotOfTheSite() {
   manager_.SetIgnoreHook(nullptr, nullptr);
 }
 
-bool DatabaseLeftOut::IsDatabase(const std::string& path, void* context) {
-  if (path.back() != '\\') return false;
-  const fs::path& database = static_cast<const DatabaseLeftOut*>(context)->folder_;
-  const fs::path folder = PathOf(NativePath(path)).parent_path();
+bool NotOfTheSite::IsLeftOut(const std::string& path, void* context) {
+  const auto& self = *static_cast<const NotOfTheSite*>(context);
+  const bool isFolder = path.back() == '\\';
+  const std::string_view name = std::string_view(path).substr(0, path.size() - (isFolder ? 1 : 0));
+  const std::string_view last = name.substr(name.rfind('\\') + 1);
+  if (FlagsOf(self.manager_.GetLinkRules()).leavesOutTools) {
+    if (isFolder && std::ranges::find(kVersionControl, last) != std::end(kVersionControl))
+      return true;
+    if (!isFolder && last == kConfigName) return true;
+  }
+  return isFolder && self.IsDatabase(PathOf(NativePath(std::string(name))));
+}
+
+bool NotOfTheSite::IsDatabase(const fs::path& folder) const {
   std::error_code error;
-  return folder.filename() == database.filename() && fs::equivalent(folder, database, error);
+  return !database_.empty() && folder.filename() == database_.filename() &&
+         fs::equivalent(folder, database_, error);
 }
 
 int RebuildSite(Session& session, bool complete, const std::string& database, bool showsProgress) {
   SiteMgr& manager = session.manager();
   TerminalProgress progress(showsProgress);
-  const DatabaseLeftOut leftOut(session, database);
+  const NotOfTheSite leftOut(session, database);
   const int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
   Interrupts::Check();
   if (stored != 0 || manager.GetSiteProfRebuildState() != kRebuilt) {

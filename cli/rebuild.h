@@ -10,20 +10,22 @@
 
 namespace zvrsit::cli {
 
-// While this lives, the manager's walks through the site leave out the program's own database, if
-// that lies in the site: the native folder `database`, by default that of the session.
-class DatabaseLeftOut {
+// While this lives, the manager's walks through the site leave out what no author publishes: the
+// program's own database, if that lies in the site (the native folder `database`, by default that
+// of the session); and by the web rules its configuration and the folders of version control.
+class NotOfTheSite {
  public:
-  explicit DatabaseLeftOut(Session& session, const std::string& database = "");
-  ~DatabaseLeftOut();
-  DatabaseLeftOut(const DatabaseLeftOut&) = delete;
-  DatabaseLeftOut& operator=(const DatabaseLeftOut&) = delete;
+  explicit NotOfTheSite(Session& session, const std::string& database = "");
+  ~NotOfTheSite();
+  NotOfTheSite(const NotOfTheSite&) = delete;
+  NotOfTheSite& operator=(const NotOfTheSite&) = delete;
 
  private:
-  static bool IsDatabase(const std::string& path, void* context);
+  static bool IsLeftOut(const std::string& path, void* context);
+  bool IsDatabase(const std::filesystem::path& folder) const;
 
   SiteMgr& manager_;
-  std::filesystem::path folder_;
+  std::filesystem::path database_;  // empty when it is not there
 };
 
 // Rebuilds the open site with a progress bar and updates its family. Names on stderr each page and

@@ -24,6 +24,7 @@ struct RuleFlags {
   // A page that the walk of a rebuild does not meet is read when something links to it, and counts
   // as unread until then. If false, every page that has an entry is read.
   bool readsWhatIsLinked;
+  bool leavesOutTools;  // the program's configuration and the folders of version control
 
   // What counts as a reference of a page.
   bool readsNewTags;         // the rows of the extractor's table that say so: IFRAME, SRCSET
@@ -68,6 +69,7 @@ inline constexpr RuleFlags kClassicFlags{
     .readsSheetsAsPages = true,
     .readsSheetsOutside = true,
     .readsWhatIsLinked = false,
+    .leavesOutTools = false,
     .readsNewTags = false,
     .readsInnerDocuments = false,
     .readsShadowRoots = false,
@@ -94,6 +96,7 @@ inline constexpr RuleFlags kWebFlags{
     .readsSheetsAsPages = false,
     .readsSheetsOutside = false,
     .readsWhatIsLinked = true,
+    .leavesOutTools = true,
     .readsNewTags = true,
     .readsInnerDocuments = true,
     .readsShadowRoots = true,

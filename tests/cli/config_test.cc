@@ -62,6 +62,18 @@ targets = ["cgi/*"])");
   EXPECT_EQ(program.Run({"broken", "demo", "-q"}).out.find("drafts"), std::string::npos);
 }
 
+TEST_F(ConfigOfASite, ToolsAreNoPartOfTheSite) {
+  Write("");
+  program.Page(".git/hooks/note.html", "<a href=lost.html>");
+  const Words off{"--rule",          "duplicate-id=off", "--rule",
+                  "orphan-page=off", "--rule",           "missing-file=off"};
+  Words words{"check", Native(""), "--rule", "unused-file=error"};
+  words.insert(words.end(), off.begin(), off.end());
+  EXPECT_EQ(program.Run(words).code, 0) << program.Run(words).out;
+  words.insert(words.end(), {"--rules", "classic"});
+  EXPECT_EQ(program.Run(words).code, 1) << "the classic rules know every file";
+}
+
 TEST_F(ConfigOfASite, FaultsAreToldWithTheirPlace) {
   const struct {
     const char* text;
