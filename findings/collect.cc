@@ -54,6 +54,7 @@ class Collector {
     }
     AddPlaces();
     AddLonelyFiles();
+    std::erase_if(report_.findings, [](const Finding& finding) { return finding.places.empty(); });
     for (Finding& finding : report_.findings) {
       std::sort(finding.places.begin(), finding.places.end(), &IsBefore);
     }
@@ -263,6 +264,7 @@ class Collector {
       const std::string& file = names_.Of(row.source);
       if (places[i].empty()) places[i].resize(static_cast<std::size_t>(std::max(row.count, 1)));
       for (const LinkPlace& place : places[i]) {
+        if (place.isIgnored) continue;
         const bool isKnown = place.line > 0 && row.count > 0;
         all.push_back({file, isKnown ? place.line : 0, isKnown ? place.column : 0, row.text});
       }

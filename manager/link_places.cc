@@ -12,6 +12,7 @@
 #include "css/css_reader.h"
 #include "dom/charset_prescan.h"
 #include "links/extractor.h"
+#include "links/ignored_tag.h"
 #include "links/link_type.h"
 #include "links/page_file.h"
 #include "links/server_code.h"
@@ -55,6 +56,8 @@ struct WantedLink {
 // The links of one file that are looked for.
 class WantedLinks {
  public:
+  explicit WantedLinks(bool isPage) : isPage_(isPage) {}
+
   void Add(std::string_view text, WantedLink link) {
     if (link.type == LT_SELF_ANCHOR) link.type = LT_ANCHOR;
     links_[text].push_back(std::move(link));
@@ -85,7 +88,10 @@ class WantedLinks {
     }
     std::sort(all.begin(), all.end());
     TextPlaces places(text);
-    for (const auto& [offset, link] : all) link->answer->push_back(places.Of(offset));
+    for (const auto& [offset, link] : all) {
+      link->answer->push_back(places.Of(offset));
+      link->answer->back().isIgnored = isPage_ && IsIgnoredAt(text, offset);
+    }
     for (auto& [ignored, links] : links_) {
       for (WantedLink& link : links) link.found.clear();
     }
@@ -112,13 +118,14 @@ class WantedLinks {
     return true;
   }
 
+  const bool isPage_;
   std::unordered_map<std::string_view, std::vector<WantedLink>> links_;  // by text
   std::vector<std::size_t> applets_;
 };
 
 // Answers with the registered places of all links of a page, when they were registered, and the
-// page still holds these texts there. It is read no further than to the last of them, and not as
-// HTML: a site whose pages all link to one missing script has a place in each of them.
+// page still holds these texts there. It is read little further than to the last of them, and not
+// as HTML: a site whose pages all link to one missing script has a place in each of them.
 class RegisteredPlaces {
  public:
   // `links` by their offsets. False with nothing answered.
@@ -128,8 +135,8 @@ class RegisteredPlaces {
       if (link.rec.offset < 0 || link.rec.count > 1 || link.text.empty()) return false;
       length = std::max(length, static_cast<std::size_t>(link.rec.offset) + link.text.size());
     }
-    if (!ReadBeginning(path, length)) return false;
-    const std::string_view bytes(buffer_.data(), length);
+    const std::string_view bytes = ReadBeginning(path, length + kLongestTag);
+    if (bytes.size() < length) return false;
     const std::size_t start = FindByteOrderMark(bytes).length;
     for (const AskedLink& link : links) {
       const auto offset = static_cast<std::size_t>(link.rec.offset);
@@ -139,20 +146,23 @@ class RegisteredPlaces {
     }
     TextPlaces places(bytes.substr(start));
     for (const AskedLink& link : links) {
-      link.answer->push_back(places.Of(static_cast<std::size_t>(link.rec.offset) - start));
+      const auto offset = static_cast<std::size_t>(link.rec.offset);
+      link.answer->push_back(places.Of(offset - start));
+      link.answer->back().isIgnored = IsIgnoredAt(bytes, offset);
     }
     return true;
   }
 
  private:
-  // False for a file that has fewer bytes.
-  bool ReadBeginning(const std::string& path, std::size_t length) {
+  // At most `length` bytes, good until the next call; empty when the file cannot be read.
+  std::string_view ReadBeginning(const std::string& path, std::size_t length) {
     const int file = platform::Open(path, platform::kOpenReadOnly);
-    if (file < 0) return false;
+    if (file < 0) return {};
     if (buffer_.size() < length) buffer_.resize(length);
     const std::int64_t count = platform::Read(file, buffer_.data(), length);
     platform::Close(file);
-    return count == static_cast<std::int64_t>(length);
+    return std::string_view(buffer_).substr(
+        0, static_cast<std::size_t>(std::max<std::int64_t>(count, 0)));
   }
 
   std::string buffer_;  // as long as the longest beginning so far
@@ -172,7 +182,7 @@ class PlaceFinder {
   void Answer(int number, const std::string& path, std::span<const AskedLink> links) {
     const bool isSheet = ClassifyFileType(path) == FT_CSS;
     if (!isSheet && registered_.Answer(path, links)) return;
-    WantedLinks wanted;
+    WantedLinks wanted(!isSheet);
     for (const AskedLink& link : links) {
       wanted.Add(link.text, {static_cast<std::uint32_t>(link.rec.type),
                              link.alternative,

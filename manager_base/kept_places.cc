@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "links/ignored_tag.h"
 #include "links/text_places.h"
 
 namespace zvrsit {
@@ -18,7 +19,9 @@ void KeptPlaces::EndPage(const UrlID& page, std::string_view text) {
   TextPlaces places(text);
   for (const Noted& link : noted_) {
     if (!kept_.empty() && link.number < kept_.back().number) isSorted_ = false;
-    kept_.push_back({link.number, page.id, link.offsetInFile, places.Of(link.offset)});
+    LinkPlace place = places.Of(link.offset);
+    place.isIgnored = IsIgnoredAt(text, link.offset);
+    kept_.push_back({link.number, page.id, link.offsetInFile, place});
   }
   noted_.clear();
 }

@@ -115,5 +115,37 @@ TEST(Places, AreCountedBesideTheErrors) {
   EXPECT_NE(out.find("2 errors in 3 places;"), std::string::npos) << out;
 }
 
+// `check` notes places while it reads a page; `broken` looks for them later, without and with (two
+// links with one text) reading the page as HTML.
+TEST(Places, OfIgnoredReferencesAreNotTold) {
+  const struct {
+    const char* markup;
+    bool isTold;
+  } rows[] = {
+      {"<a href='gone' data-zvrsit-ignore>", false},
+      {"<a data-zvrsit-ignore='' title=\">\" href=gone>", false},
+      {"<img alt='a > b' DATA-ZVRSIT-IGNORE src=gone>", false},
+      {"<style data-zvrsit-ignore>b { background: url(gone) }</style>", false},
+      {"<a data-zvrsit-ignore></a><a href=gone>", true},
+      {"<a href=gone title='data-zvrsit-ignore'>", true},
+      {"<a href=gone data-zvrsit-ignored>", true},
+      {"<a href=gone>data-zvrsit-ignore", true},
+      {"<a href=gone data-zvrsit-ignore></a><a href=gone>", true},
+      {"<a href=gone data-zvrsit-ignore></a><a href=gone data-zvrsit-ignore>", false},
+  };
+  for (const auto& row : rows) {
+    const Program program;
+    program.Page("index.html", row.markup);
+    const std::string site = program.folder.native("site");
+    const std::size_t count = row.isTold ? 1 : 0;
+    EXPECT_EQ(program.Run({"check", site, "--format", "json"}).json()["findings"].size(), count)
+        << row.markup;
+    program.Run({"add", "demo", site});
+    program.Run({"rebuild", "demo"});
+    EXPECT_EQ(program.Run({"broken", "demo", "--format", "json"}).json()["findings"].size(), count)
+        << row.markup;
+  }
+}
+
 }  // namespace
 }  // namespace zvrsit::test
