@@ -46,7 +46,7 @@ class DatabaseAsItIs {
   SiteMgr manager_;
 };
 
-std::string Quoted(const std::string& name) {
+std::string InQuotes(const std::string& name) {
   return '"' + name + '"';
 }
 
@@ -54,11 +54,11 @@ std::string Quoted(const std::string& name) {
 std::string WhyNotWhole(DatabaseAsItIs& database, const std::string& site) {
   const std::string mend = ": zvrsit rebuild " + site;
   if (HasFinishedRebuild(NameOf(PathOf(database.folder()) / PathOf(site)))) {
-    return "a rebuild of " + Quoted(site) + " is still to be put in its place" + mend;
+    return "a rebuild of " + InQuotes(site) + " is still to be put in its place" + mend;
   }
   const int state = database.manager().NeedToRebuild(site);
   return state == kNotWhole
-             ? "the last rebuild or change of " + Quoted(site) + " did not end" + mend
+             ? "the last rebuild or change of " + InQuotes(site) + " did not end" + mend
              : "";
 }
 
@@ -82,12 +82,12 @@ Verified Verify(DatabaseAsItIs& database, const std::string& wanted) {
   const std::vector<std::string> sites =
       wanted.empty() ? TakeList(manager.EnumSiteProf()) : std::vector<std::string>{wanted};
   for (const std::string& site : sites) {
-    if (manager.FindSiteProf(site) < 0) database.Fail(Quoted(site));
+    if (manager.FindSiteProf(site) < 0) database.Fail(InQuotes(site));
     const std::string why = WhyNotWhole(database, site);
     if (!why.empty()) verified.notWhole.push_back(why);
     if (!why.empty() || IsNew(database, site)) continue;
     const std::int64_t before = verified.faults.damages;
-    if (manager.VerifySite(site, verified.faults) != 0) database.Fail(Quoted(site));
+    if (manager.VerifySite(site, verified.faults) != 0) database.Fail(InQuotes(site));
     if (verified.faults.damages > before) verified.damaged.push_back(site);
   }
   return verified;
@@ -104,7 +104,7 @@ void PrintVerified(const Verified& verified) {
   const std::int64_t untold = faults.damages + faults.wastes - told;
   if (untold > 0) Print("and {} more\n", untold);
   for (const std::string& site : verified.damaged) {
-    Print("the tables of {} are damaged: zvrsit rebuild {} --anew\n", LineText(Quoted(site)),
+    Print("the tables of {} are damaged: zvrsit rebuild {} --anew\n", LineText(InQuotes(site)),
           LineText(site));
   }
   if (verified.isSound()) Print("the database is sound\n");
@@ -234,7 +234,7 @@ int RunDump(const Options& options, const DumpWanted& wanted) {
     output.table = table.name;
     if (database.manager().DumpTable(table.kind, wanted.site, wanted.dead, &DumpOutput::Add,
                                      &output, stopped) != 0) {
-      database.Fail(Quoted(wanted.site));
+      database.Fail(InQuotes(wanted.site));
     }
   }
   if (options.json) output.rows.End();
