@@ -53,6 +53,7 @@ TargetKind ServedFiles::Serve(std::string_view target, std::string& place, From 
 TargetKind ServedFiles::FollowRules(std::string_view target, std::string& place, From from) {
   std::string path = place;
   std::string query(QueryOf(target));
+  replacesFragment_ = false;
   for (int count = 0; count <= kMostRules; ++count) {
     std::string file = path;
     if (count > 0 || from == From::kPage) documents_.ToDocument(file);
@@ -67,6 +68,8 @@ TargetKind ServedFiles::FollowRules(std::string_view target, std::string& place,
     if (kind == TargetKind::kExternal || (kind == TargetKind::kLocal && !isPageForImage)) {
       path = next;
       query = QueryOf(to);
+      // The browser does not see the target of a rewrite.
+      replacesFragment_ |= rule->status != 200 && to.find('#') != std::string::npos;
       if (kind == TargetKind::kLocal) continue;
     } else {
       path = file;

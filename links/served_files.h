@@ -36,6 +36,9 @@ class ServedFiles {
   bool mayPassFiles() const { return rules_.hasForced(); }
   bool redirects() const { return !rules_.empty(); }
 
+  // Whether a rule has put a fragment of its own in the place of that of the target served last.
+  bool replacesFragment() const { return replacesFragment_; }
+
   // Makes of `place`, the path that `target` resolves to, what the server answers with. kLocal: a
   // path, which may be missing; kExternal: a URL. A chain of rules is followed to its end; one that
   // runs in a circle leads nowhere, and the path stays. A reference of a sheet to a folder means
@@ -49,6 +52,7 @@ class ServedFiles {
   TargetResolver resolver_{LinkRules::Web};  // of targets in `_redirects`
   std::string text_;                         // of that file
   RedirectRules rules_;
+  bool replacesFragment_ = false;
 };
 
 }  // namespace zvrsit

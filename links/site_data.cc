@@ -72,7 +72,7 @@ class DataExtraction {
   template <class Use>
   void ForEachLine(Use use) {
     for (std::size_t begin = 0; begin < text_.size();) {
-      const std::size_t end = std::min(text_.find('\n', begin), text_.size());
+      const std::size_t end = std::min(text_.find_first_of("\r\n", begin), text_.size());
       use(text_.substr(begin, end - begin));
       begin = end + 1;
     }

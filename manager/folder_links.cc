@@ -69,12 +69,8 @@ class WebLinks {
   // BASE.
   bool LeadElsewhere(const SiteLinkRec& link) {
     if (!Counts(link)) return false;
-    if (!(link.from == page_)) {
-      page_ = link.from;
-      resolver_.BeginPage(root_, paths_.NameView(page_.id));
-    }
     const std::string_view text = links_.TextView(link.text);
-    const bool isLocal = resolver_.Resolve(text, place_) == TargetKind::kLocal;
+    const bool isLocal = Resolve(link, text) == TargetKind::kLocal;
     if (link.to.kind == kKindUrl) {
       return isLocal &&
              !(Serve(link, text) == TargetKind::kExternal && place_ == urls_.NameView(link.to.id));
@@ -90,6 +86,14 @@ class WebLinks {
     const bool isKnown = paths_.GetNumber(number, &SitePathRec::exists, exists) == 0 && exists != 0;
     const bool isAsked = !isKnown || served_.mayPassFiles();
     return (isAsked && Serve(link, text) == TargetKind::kExternal) || place_ != target;
+  }
+
+  // Whether a rule leads to a fragment of its own. False when this is not known.
+  bool IsFragmentReplaced(const SiteLinkRec& link) {
+    const std::string_view text = links_.TextView(link.text);
+    return Counts(link) && Resolve(link, text) == TargetKind::kLocal &&
+           Serve(link, text) == TargetKind::kLocal && served_.replacesFragment() &&
+           place_ == paths_.NameView(link.to.id);
   }
 
   // Adds the pages whose links to `folder`, which has no `\` at its end, would lead elsewhere now.
@@ -120,6 +124,15 @@ class WebLinks {
   bool Counts(const SiteLinkRec& link) const {
     if (link.from.kind != kKindPath || link.type == static_cast<int>(LT_APPLET_FILE)) return false;
     return scope_ == Scope::kAll || (link.to.kind == kKindPath && !IsOfSheet(link));
+  }
+
+  // Sets place_. A BASE is not known.
+  TargetKind Resolve(const SiteLinkRec& link, std::string_view text) {
+    if (!(link.from == page_)) {
+      page_ = link.from;
+      resolver_.BeginPage(root_, paths_.NameView(page_.id));
+    }
+    return resolver_.Resolve(text, place_);
   }
 
   TargetKind Serve(const SiteLinkRec& link, std::string_view text) {
@@ -218,6 +231,18 @@ void SiteMgr::Work::FollowFolderLinks(const std::string& path, bool cameOrWent) 
     web.AddFolderReferrers(folder, false, sources);
   }
   SaveAll(sources.names(), path);
+}
+
+void SiteMgr::Work::DropReplacedFragments(std::vector<MissingFragment>& missing) const {
+  if (missing.empty() || !FlagsOf(m_.GetLinkRules()).findsFolderDocuments || m_.urlDB == nullptr) {
+    return;
+  }
+  WebLinks web(m_, ServedSiteOf(m_), WebLinks::Scope::kOfPages);
+  if (!web.redirects()) return;
+  std::erase_if(missing, [&](const MissingFragment& one) {
+    SiteLinkRec link;
+    return m_.linkDB->Get(one.link, link) == 0 && web.IsFragmentReplaced(link);
+  });
 }
 
 // Reads again all of these but one.

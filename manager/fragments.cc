@@ -125,6 +125,7 @@ int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
       missing.push_back({number, std::move(decoded)});
     }
   });
+  work.DropReplacedFragments(missing);
   return 0;
 }
 

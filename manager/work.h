@@ -33,6 +33,8 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   int Remove(const std::string& path);
   void FollowFolderLinks(const std::string& path, bool cameOrWent);
   static std::vector<std::string> ListMovedLinkSources(const SiteMgr& manager, bool all);
+  // Takes out those for which a rule of `_redirects` leads to a fragment of its own.
+  void DropReplacedFragments(std::vector<MissingFragment>& missing) const;
   // TraverseLinks, which does not note anything. Sets `unread` when the file had to be read and
   // could not be.
   [[nodiscard]] int Traverse(const std::string& siteDir, const std::string& path, Document* doc,

@@ -76,7 +76,10 @@ TEST(WebRules, ReadWhatIsNotForBrowsersAlone) {
                 {"i.png", ""},
                 {"robots.txt",
                  "User-agent: *\nSITEMAP: https://example.org/docs/sitemap.xml\n"
-                 "Sitemap: |https://example.org/docs/sitemap2.xml # second\n#Sitemap: /x.xml\n"},
+                 "Sitemap: |https://example.org/docs/sitemap2.xml # second\n#Sitemap: /x.xml\n"
+                 "User-agent: *\rSitemap: https://example.org/docs/old-sitemap.xml\r"},
+                {"old-sitemap.xml", "<urlset><url><loc>/docs/old.html</loc></url></urlset>"},
+                {"old.html", ""},
                 {"sitemap.xml", R"(<?xml version="1.0"?>
 <urlset><url><loc>https://example.org/docs/only.html</loc></url>
 <url><loc> |https://example.org/docs/lost.html?a=1&amp;b
@@ -98,7 +101,8 @@ TEST(WebRules, FindWhatTheServerAnswersWith) {
                {{"index.html", R"(<link rel=stylesheet href=s.css><a href=about#a><a href="|about/">
 <a href="docs/"><a href=/old.html><a href=/news/a/b?x#y><a href="/u/ann?id=7"><a href="|/u/ann">
 <a href="|/loop1"><a href=/ext/x><a href=/chain><a href=/forced.html><a href="|/gone/x"><a href=/lang>
-<img src="|/app/i.png"><a href=/app/any/page><a href="|/bad"><a href=|About><a href=fr>)"},
+<img src="|/app/i.png"><a href=/app/any/page><a href="|/bad"><a href=|About><a href=fr>
+<a href=/part#none><a href=|/part200#none>)"},
                 {"s.css", "a { background: url(/oldpic.png) } b { background: |url(/none.png) }"},
                 {"about.html", "<p id=a>"},
                 {"fr.html", ""},
@@ -123,6 +127,9 @@ TEST(WebRules, FindWhatTheServerAnswersWith) {
 /app/* /new.html 200
 /bad |/missing.html
 /hook /.functions/hook
+/part /about#a
+/part200 /about#a 200
+/part404 |/about#none
 )"},
                 {"sub/_redirects", "/x /none.html"}},
                {"--fallback-extensions", "html", "--default-url", "index.html, index.php"},
