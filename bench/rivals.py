@@ -62,7 +62,7 @@ def installed(folder, top, url, scratch, wanted):
         Rival("linklint", ["linklint", "-root", folder, "-index", os.path.basename(top), "/@"],
               _linklint, "pages"),
         Rival("wget", ["wget", "--spider", "-r", "-l", "inf", "-nv", "-e", "robots=off", "-P", log,
-                       "-o", "/dev/stdout", f"{url}/{top}"], _wget, "files"),
+                       f"{url}/{top}"], _wget, "files"),
         Rival("linkinator", ["linkinator", os.path.join(folder, os.path.dirname(top)), "--recurse",
                              "--format", "json", "--skip", external], _linkinator),
         Rival("hyperlink", ["hyperlink", folder], _hyperlink),
