@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "storage/file_names.h"
+
 namespace zvrsit {
 
 // Bytes that lie in memory are written in large pieces, so that a file of any size needs little
@@ -18,7 +20,7 @@ namespace zvrsit {
 class PackFile {
  public:
   // The file is `target` followed by "_pack".
-  explicit PackFile(const std::string& target) : path_(target + "_pack") {}
+  explicit PackFile(const std::string& target) : path_(target + kPackSuffix) {}
   // Removes a file that was not finished, unless it held something before.
   ~PackFile();
   PackFile(const PackFile&) = delete;

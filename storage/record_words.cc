@@ -1,93 +1,112 @@
 #include "storage/record_words.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <iterator>
+
 #include "storage/records.h"
+#include "util/server_fields.h"
 
 namespace zvrsit {
 namespace {
 
 using Is = WordKind;
 
-constexpr RecordWord kNodeWords[] = {{"name", 4, Is::kName}};
-constexpr RecordWord kUrlWords[] = {
-    {"name", 4, Is::kName}, {"state", 8, Is::kNumber}, {"lastChecked", 12, Is::kNumber}};
-constexpr RecordWord kRelWords[] = {{"from", SiteRelRec::kFromAt, Is::kEnd},
-                                    {"to", SiteRelRec::kToAt, Is::kEnd}};
-constexpr RecordWord kLinkWords[] = {{"from", SiteRelRec::kFromAt, Is::kEnd},
-                                     {"to", SiteRelRec::kToAt, Is::kEnd},
-                                     {"text", SiteLinkRec::kTextAt, Is::kName},
-                                     {"type", SiteLinkRec::kTypeAt, Is::kUnsigned},
-                                     {"count", SiteLinkRec::kCountAt, Is::kNumber},
-                                     {"alternative", SiteLinkRec::kAlternativeAt, Is::kText},
-                                     {"offset", 36, Is::kNumber}};
-constexpr RecordWord kPathWords[] = {{"name", 4, Is::kName},
-                                     {"fileType", 8, Is::kUnsigned},
-                                     {"title", 12, Is::kText},
-                                     {"exists", 16, Is::kNumber},
-                                     {"size", 20, Is::kUnsigned},
-                                     {"creationTime", 24, Is::kNumber},
-                                     {"modificationTime", 28, Is::kNumber},
-                                     {"accessTime", 32, Is::kNumber},
-                                     {"membership", 36, Is::kUnsigned},
-                                     {"anchorCount", 40, Is::kCount},
-                                     {"anchors", 44, Is::kList},
-                                     {"lastModified", 48, Is::kText},
-                                     {"expires", 52, Is::kText},
-                                     {"generator", 56, Is::kText},
-                                     {"keywords", 60, Is::kText},
-                                     {"description", 64, Is::kText},
-                                     {"contentType", 68, Is::kText},
-                                     {"metaText", 72, Is::kText},
-                                     {"unread", 76, Is::kNumber}};
-constexpr RecordWord kSiteWords[] = {
-    {"name", 4, Is::kName},        {"rebuildState", 8, Is::kNumber},
-    {"topFile", 12, Is::kText},    {"useDocRoot", 16, Is::kNumber},
-    {"defaultUrl", 20, Is::kText}, {"linkRules", 24, Is::kUnsigned},
-    {"server", 28, Is::kText},     {"documentRoot", 32, Is::kText},
-    {"siteFolder", 36, Is::kText}, {"folder2", 40, Is::kText},
-    {"moreParts", 44, Is::kText},  {"folder4", 48, Is::kText},
-    {"folder5", 52, Is::kText},    {"folder6", 56, Is::kText},
-    {"pageParts", 60, Is::kText},  {"pageTypes", 64, Is::kText},
-    {"liveUrl", 68, Is::kText},    {"urlFile", 72, Is::kName},
-    {"pathFile", 76, Is::kName},   {"linkFile", 80, Is::kName},
-    {"folderFile", 84, Is::kName}, {"relFile", 88, Is::kName}};
-constexpr RecordWord kServWords[] = {{"name", 4, Is::kName},
-                                     {"host", 8, Is::kText},
-                                     {"user", 12, Is::kText},
-                                     {"password", 16, Is::kSecret},
-                                     {"dir", 20, Is::kText},
-                                     {"firewall", 24, Is::kNumber},
-                                     {"firewallHost", 28, Is::kText},
-                                     {"firewallUser", 32, Is::kText},
-                                     {"firewallPassword", 36, Is::kSecret},
-                                     {"fxferType", 40, Is::kNumber},
-                                     {"initDirMode", 44, Is::kNumber},
-                                     {"lockDir", 48, Is::kNumber},
-                                     {"initRemoteDir", 52, Is::kText},
-                                     {"mruDirRemote", 56, Is::kText},
-                                     {"mruDirLocal", 60, Is::kText},
-                                     {"asciiSuffix", 64, Is::kText}};
+// Says where the words of a class lie: one after the other, behind the number of the record. With
+// the four bytes at the end of a slot they are all that the slot has.
+template <class Rec, std::size_t kCount>
+consteval std::array<RecordWord, kCount> Placed(std::array<RecordWord, kCount> words) {
+  int at = 4;
+  for (RecordWord& word : words) {
+    word.at = at;
+    at += word.kind == Is::kEnd ? 8 : 4;
+  }
+  if (at + 4 != Rec::kSlotLength) throw "a word is missing, or is not of this class";
+  return words;
+}
+
+constexpr auto kNodeWords = Placed<SiteNodeRec>(std::to_array<RecordWord>({{"name", Is::kName}}));
+constexpr auto kUrlWords = Placed<SiteUrlRec>(std::to_array<RecordWord>(
+    {{"name", Is::kName}, {"state", Is::kNumber}, {"lastChecked", Is::kNumber}}));
+constexpr auto kRelWords =
+    Placed<SiteRelRec>(std::to_array<RecordWord>({{"from", Is::kEnd}, {"to", Is::kEnd}}));
+constexpr auto kLinkWords =
+    Placed<SiteLinkRec>(std::to_array<RecordWord>({{"from", Is::kEnd},
+                                                   {"to", Is::kEnd},
+                                                   {"text", Is::kName},
+                                                   {"type", Is::kUnsigned},
+                                                   {"count", Is::kNumber},
+                                                   {"alternative", Is::kText},
+                                                   {"offset", Is::kNumber}}));
+constexpr auto kPathWords =
+    Placed<SitePathRec>(std::to_array<RecordWord>({{"name", Is::kName},
+                                                   {"fileType", Is::kUnsigned},
+                                                   {"title", Is::kText},
+                                                   {"exists", Is::kNumber},
+                                                   {"size", Is::kUnsigned},
+                                                   {"creationTime", Is::kNumber},
+                                                   {"modificationTime", Is::kNumber},
+                                                   {"accessTime", Is::kNumber},
+                                                   {"membership", Is::kUnsigned},
+                                                   {"anchorCount", Is::kCount},
+                                                   {"anchors", Is::kList},
+                                                   {"lastModified", Is::kText},
+                                                   {"expires", Is::kText},
+                                                   {"generator", Is::kText},
+                                                   {"keywords", Is::kText},
+                                                   {"description", Is::kText},
+                                                   {"contentType", Is::kText},
+                                                   {"metaText", Is::kText},
+                                                   {"unread", Is::kNumber}}));
+// The folders in the order of util/site_slots.h.
+constexpr auto kSiteWords = Placed<SiteSiteRec>(
+    std::to_array<RecordWord>({{"name", Is::kName},       {"rebuildState", Is::kNumber},
+                               {"topFile", Is::kText},    {"useDocRoot", Is::kNumber},
+                               {"defaultUrl", Is::kText}, {"linkRules", Is::kUnsigned},
+                               {"server", Is::kText},     {"documentRoot", Is::kText},
+                               {"siteFolder", Is::kText}, {"folder2", Is::kText},
+                               {"moreParts", Is::kText},  {"folder4", Is::kText},
+                               {"folder5", Is::kText},    {"fallbackExtensions", Is::kText},
+                               {"pageParts", Is::kText},  {"pageTypes", Is::kText},
+                               {"liveUrl", Is::kText},    {"urlFile", Is::kName},
+                               {"pathFile", Is::kName},   {"linkFile", Is::kName},
+                               {"folderFile", Is::kName}, {"relFile", Is::kName}}));
+
+// The names of the fields that ForEachServerField tells, in its order.
+consteval auto ServerWords() {
+  constexpr const char* kNames[] = {
+      "host",         "user",          "password",         "dir",         "firewall",
+      "firewallHost", "firewallUser",  "firewallPassword", "fxferType",   "initDirMode",
+      "lockDir",      "initRemoteDir", "mruDirRemote",     "mruDirLocal", "asciiSuffix"};
+  std::array<RecordWord, 1 + std::size(kNames)> words{{{"name", Is::kName}}};
+  std::size_t count = 0;
+  ForEachServerField<SiteServRec>([&](ServerField field, std::int32_t SiteServRec::*) {
+    const Is kind = field == ServerField::kText       ? Is::kText
+                    : field == ServerField::kPassword ? Is::kSecret
+                                                      : Is::kNumber;
+    words[count + 1] = {kNames[count], kind};
+    ++count;
+  });
+  return words;
+}
+constexpr auto kServWords = Placed<SiteServRec>(ServerWords());
+
+struct RecordClass {
+  int recordType;
+  std::span<const RecordWord> words;
+};
+constexpr RecordClass kClasses[] = {
+    {SiteNodeRec::kRecordType, kNodeWords}, {SiteUrlRec::kRecordType, kUrlWords},
+    {SiteRelRec::kRecordType, kRelWords},   {SiteLinkRec::kRecordType, kLinkWords},
+    {SitePathRec::kRecordType, kPathWords}, {SiteSiteRec::kRecordType, kSiteWords},
+    {SiteServRec::kRecordType, kServWords}};
 
 }  // namespace
 
 std::span<const RecordWord> WordsOf(int recordType) {
-  switch (recordType) {
-    case SiteNodeRec::kRecordType:
-      return kNodeWords;
-    case SiteUrlRec::kRecordType:
-      return kUrlWords;
-    case SiteRelRec::kRecordType:
-      return kRelWords;
-    case SiteLinkRec::kRecordType:
-      return kLinkWords;
-    case SitePathRec::kRecordType:
-      return kPathWords;
-    case SiteSiteRec::kRecordType:
-      return kSiteWords;
-    case SiteServRec::kRecordType:
-      return kServWords;
-    default:
-      return {};
-  }
+  const auto found = std::ranges::find(kClasses, recordType, &RecordClass::recordType);
+  return found == std::end(kClasses) ? std::span<const RecordWord>() : found->words;
 }
 
 }  // namespace zvrsit

@@ -1,5 +1,5 @@
-// What the words of each class of record are called, and what they refer to. For those who treat
-// all records alike: a dump, a check. The bytes are those of records.h.
+// What the words of each class of record are called, and what they refer to. For code that
+// treats all records alike: a dump, a check. The bytes are those of records.h.
 #pragma once
 
 #include <cstdint>
@@ -15,14 +15,14 @@ enum class WordKind : std::uint8_t {
   kText,    // a text, or -1
   kSecret,  // a text that is not shown, or -1
   kCount,   // how many texts the next word's list has
-  kList,    // a block of the numbers of texts, or -1
+  kList,    // a block with the numbers of texts, or -1
   kEnd,     // a UrlID, two words
 };
 
 struct RecordWord {
   const char* name;
-  int at;  // in the slot
   WordKind kind;
+  int at = 0;  // in the slot
 
   bool isText() const {
     return kind == WordKind::kName || kind == WordKind::kText || kind == WordKind::kSecret;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/file.h"
+#include "storage/file_names.h"
 #include "storage/guarded.h"
 #include "util/little_endian.h"
 
@@ -244,12 +245,12 @@ std::int64_t SiteDB::Length() const {
 }
 
 int SiteDB::Backup() {
-  return path.empty() ? -1 : Guarded([&] { return CopyFileTo(path, path + "_bak"); });
+  return path.empty() ? -1 : Guarded([&] { return CopyFileTo(path, path + kBackupSuffix); });
 }
 
 int SiteDB::Restore() {
   if (path.empty() || fd >= 0) return -1;
-  return Guarded([&] { return CopyFileTo(path + "_bak", path); });
+  return Guarded([&] { return CopyFileTo(path + kBackupSuffix, path); });
 }
 
 int SiteDB::Delete() {

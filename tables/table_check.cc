@@ -192,7 +192,7 @@ void TableCheck::UseList(std::int32_t number, const RecordWord& word, std::int32
   }
   CountUse(id);
   for (std::int32_t i = 0; i < count; ++i) {
-    UseText(number, {word.name, 0, WordKind::kName}, LoadLE32(block.data.data() + i * 4));
+    UseText(number, {word.name, WordKind::kName}, LoadLE32(block.data.data() + i * 4));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "storage/file_names.h"
 #include "storage/records.h"
 
 namespace zvrsit {
@@ -36,7 +37,7 @@ inline std::string TextFileOf(std::string recordFile) {
 template <class Visit>
 void ForEachFileOfTable(const std::string& recordFile, Visit visit) {
   for (const std::string& file : {recordFile, TextFileOf(recordFile)}) {
-    for (const char* suffix : {"", "_bak", "_pack"}) visit(file + suffix);
+    for (const char* suffix : {"", kBackupSuffix, kPackSuffix}) visit(file + suffix);
   }
 }
 

@@ -77,6 +77,8 @@ TEST_F(DatabaseCommands, DumpShowsWhatIsStoredAsFarAsItCanBeRead) {
   EXPECT_NE(text.out.find("files 0  name="), std::string::npos);
   EXPECT_EQ(text.out.find('\x1b'), std::string::npos);
 
+  ASSERT_EQ(program.Run({"site", "set", "demo", "--fallback-extensions", "html"}).code, 0);
+  EXPECT_EQ(program.Ask({"dump", "demo", "sites"})[0]["fallbackExtensions"], "html");
   ASSERT_EQ(program.Run({"server", "set", "web", "--host", "h", "--password"}, "secret\n").code, 0);
   const Outcome servers = program.Run({"dump", "demo", "servers", "--format", "jsonl"});
   EXPECT_EQ(Json::parse(servers.out)["password"], "(not shown)");
