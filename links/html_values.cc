@@ -139,12 +139,6 @@ constexpr std::string_view kTextScripts[] = {"ecmascript",    "javascript",    "
 constexpr std::string_view kApplicationScripts[] = {"ecmascript", "javascript", "x-ecmascript",
                                                     "x-javascript"};
 
-template <std::size_t kSize>
-bool IsAmong(const std::string_view (&names)[kSize], std::string_view name) {
-  return std::any_of(std::begin(names), std::end(names),
-                     [name](std::string_view known) { return EqualsLower(name, known); });
-}
-
 // The words of social networks and of tiles on desktops, in lower case.
 constexpr std::string_view kAddressMetas[] = {"og:url",
                                               "og:image",
@@ -207,7 +201,7 @@ bool NamesServerAlone(std::string_view rel) {
 bool IsAddressMeta(std::string_view word) {
   word = Trimmed(word);
   if (word.find_first_of(":-") == std::string_view::npos) return false;
-  return IsAmong(kAddressMetas, word);
+  return IsAmongLower(word, kAddressMetas);
 }
 
 bool IsScriptType(std::string_view type) {
@@ -216,8 +210,8 @@ bool IsScriptType(std::string_view type) {
   if (slash == std::string_view::npos) return EqualsLower(type, "module");
   const std::string_view kind = type.substr(0, slash);
   const std::string_view name = type.substr(slash + 1);
-  if (EqualsLower(kind, "text")) return IsAmong(kTextScripts, name);
-  return EqualsLower(kind, "application") && IsAmong(kApplicationScripts, name);
+  if (EqualsLower(kind, "text")) return IsAmongLower(name, kTextScripts);
+  return EqualsLower(kind, "application") && IsAmongLower(name, kApplicationScripts);
 }
 
 bool IsCssType(std::string_view type, bool parameters) {

@@ -39,8 +39,8 @@ bool Holds(const std::string_view (&names)[kSize], std::string_view name) {
 
 bool IsAbsolute(std::string_view text) {
   const std::string_view scheme = SchemeOf(text);
-  const bool isWeb = EqualsLower(scheme, "http") || EqualsLower(scheme, "https");
-  return text.starts_with("//") || (isWeb && text.substr(scheme.size()).starts_with("://"));
+  return text.starts_with("//") ||
+         (IsHttp(scheme) && text.substr(scheme.size()).starts_with("://"));
 }
 
 bool IsPathWithSlash(std::string_view text) {

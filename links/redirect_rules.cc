@@ -47,8 +47,7 @@ std::vector<std::string_view> WordsOf(std::string_view line) {
 }
 
 bool IsAddress(std::string_view word) {
-  return word.starts_with('/') || EqualsLower(SchemeOf(word), "http") ||
-         EqualsLower(SchemeOf(word), "https");
+  return word.starts_with('/') || IsHttp(SchemeOf(word));
 }
 
 // Takes "200" or "301!"; false for a word of another kind.

@@ -91,8 +91,7 @@ bool ClassicIsExternal(std::string_view target) {
   const auto colon = target.find(':');
   if (colon == std::string_view::npos || target.find('#') < colon) return false;
   const std::string_view scheme = target.substr(0, colon);
-  return std::any_of(std::begin(kSiteSchemes), std::end(kSiteSchemes),
-                     [scheme](std::string_view known) { return EqualsLower(scheme, known); });
+  return IsAmongLower(scheme, kSiteSchemes);
 }
 
 bool HasFragment(std::string_view target) {

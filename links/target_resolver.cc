@@ -59,15 +59,13 @@ std::string_view Cleaned(std::string_view target, std::string& scratch) {
 // Schemes of URLs that name no place outside of the page or of the browser.
 bool NamesNoPlace(std::string_view scheme) {
   constexpr std::string_view kSchemes[] = {"data", "javascript", "about", "blob"};
-  return std::any_of(std::begin(kSchemes), std::end(kSchemes),
-                     [scheme](std::string_view known) { return EqualsLower(scheme, known); });
+  return IsAmongLower(scheme, kSchemes);
 }
 
 // The schemes whose URLs need no slashes. "file" is another one, but no page on the web uses it.
 bool IsWebScheme(std::string_view scheme) {
   constexpr std::string_view kSchemes[] = {"http", "https", "ftp", "ws", "wss"};
-  return std::any_of(std::begin(kSchemes), std::end(kSchemes),
-                     [scheme](std::string_view known) { return EqualsLower(scheme, known); });
+  return IsAmongLower(scheme, kSchemes);
 }
 
 bool BeginsWithHost(std::string_view target) {
@@ -236,10 +234,8 @@ TargetKind TargetResolver::ResolveWeb(std::string_view target, std::string& out)
 bool TargetResolver::IsSchemeOfBase(std::string_view scheme) const {
   std::string_view ofBase = SchemeOf(externalBase_);
   if (ofBase.empty() && live_.isSet()) ofBase = SchemeOf(live_.url());
-  if (ofBase.empty()) return EqualsLower(scheme, "http") || EqualsLower(scheme, "https");
-  return IsWebScheme(scheme) && scheme.size() == ofBase.size() &&
-         std::equal(scheme.begin(), scheme.end(), ofBase.begin(),
-                    [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
+  if (ofBase.empty()) return IsHttp(scheme);
+  return IsWebScheme(scheme) && platform::EqualButForCase(scheme, ofBase);
 }
 
 // A target that is relative to `base`, a URL.

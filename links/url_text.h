@@ -39,6 +39,10 @@ inline int HexValue(char c) {
 
 // The scheme of an absolute URL, without its ":"; empty when the target is relative.
 std::string_view SchemeOf(std::string_view target);
+// Whether a scheme is that of pages.
+inline bool IsHttp(std::string_view scheme) {
+  return EqualsLower(scheme, "http") || EqualsLower(scheme, "https");
+}
 std::string_view WithoutQueryAndFragment(std::string_view target);
 // How many dots a segment means: 1 for ".", 2 for "..", where each dot may be written "%2e"; else
 // 0.

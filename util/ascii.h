@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,12 @@ inline void LowerAsciiLetters(std::string& text) {
 inline bool EqualsLower(std::string_view text, std::string_view lower) {
   return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
                     [](char a, char b) { return LowerAscii(a) == b; });
+}
+// The same for one of several words.
+template <std::size_t kCount>
+bool IsAmongLower(std::string_view text, const std::string_view (&lower)[kCount]) {
+  return std::any_of(lower, lower + kCount,
+                     [text](std::string_view word) { return EqualsLower(text, word); });
 }
 
 }  // namespace zvrsit
