@@ -1,3 +1,4 @@
+// Where targets lead, and as which text; url_cases_test.cc has more of them.
 #include "links/target_resolver.h"
 
 #include <gtest/gtest.h>
@@ -43,36 +44,18 @@ TEST_F(TargetResolverTest, NamesFilesOfTheSite) {
                               {"b.htm", "\\site\\docs\\b.htm"},
                               {"../b.htm", "\\site\\b.htm"},
                               {"/b.htm", "\\site\\b.htm"},
-                              {"\\b.htm", "\\site\\b.htm"},
-                              {"..\\b.htm", "\\site\\b.htm"},
                               {"x//y///b.htm", "\\site\\docs\\x\\y\\b.htm"},
-                              {"x/../y/./b.htm", "\\site\\docs\\y\\b.htm"},
                               // An empty segment is one that ".." takes away.
                               {"x//../b.htm", "\\site\\docs\\x\\b.htm"},
                               {"x//..//../b.htm", "\\site\\docs\\x\\b.htm"},
                               {"x///../../../b.htm", "\\site\\docs\\b.htm"},
-                              {"/x//..", "\\site\\x\\"},
                               {"/.//../b.htm", "\\site\\b.htm"},
-                              {"x/%2E%2e/.%2e/b.htm", "\\site\\b.htm"},
-                              {"x/", "\\site\\docs\\x\\"},
-                              {"x/..", "\\site\\docs\\"},
-                              {".", "\\site\\docs\\"},
                               {"/", "\\site\\"},
-                              {"...", "\\site\\docs\\..."},
-                              {"b.htm?q=/../c", "\\site\\docs\\b.htm"},
-                              {"b.htm#x?y", "\\site\\docs\\b.htm"},
-                              {"#x", "\\site\\docs\\a.htm"},
-                              {"?q", "\\site\\docs\\a.htm"},
-                              {" ", "\\site\\docs\\a.htm"},
-                              {"  b.\nhtm\t ", "\\site\\docs\\b.htm"},
                               {"a:b/c.htm", "a:b/c.htm"},
-                              {"./a:b.htm", "\\site\\docs\\a:b.htm"},
-                              {"1:b.htm", "\\site\\docs\\1:b.htm"},
                               // The scheme of a web page, without a host, says nothing new.
                               {"http:b.htm#x", "\\site\\docs\\b.htm"},
                               {"HTTPS:/b.htm", "\\site\\b.htm"},
                               {"http:..\\b.htm", "\\site\\b.htm"},
-                              {"http:", "\\site\\docs\\a.htm"},
                               {"https:?q", "\\site\\docs\\a.htm"},
                           });
 }
@@ -89,15 +72,8 @@ TEST_F(TargetResolverTest, StopsAtTheRoot) {
 
 TEST_F(TargetResolverTest, DecodesAFileNameOnce) {
   ExpectPlaces(resolver_, {{"a%20b%2520.htm", "\\site\\docs\\a b%20.htm"},
-                           {"%23%3F.htm#x", "\\site\\docs\\#?.htm"},
                            {"%E3%81%82.htm", "\\site\\docs\\\xE3\x81\x82.htm"},
-                           {"100%.htm", "\\site\\docs\\100%.htm"},
                            {"%4", "\\site\\docs\\%4"},
-                           {"%41", "\\site\\docs\\A"},
-                           {"%4g", "\\site\\docs\\%4g"},
-                           {"a%00b", kNoFile},
-                           {"a%2fb", kNoFile},
-                           {"x/a%5Cb", kNoFile},
                            {"x/a%2Fb/../../y%00/../b.htm", "\\site\\docs\\b.htm"},
                            {"a%2Fb/c%5Cd/../e.htm", kNoFile},
                            {"a%2Fb/..", "\\site\\docs\\"}});
@@ -114,9 +90,6 @@ TEST_F(TargetResolverTest, TellsOtherPlacesApart) {
                            {"c:\\x.htm", "c:\\x.htm"},
                            {"x+y-1.z:b", "x+y-1.z:b"},
                            {"x_y:b", "\\site\\docs\\x_y:b"},
-                           {"javascript:x()", kNothing},
-                           {" jav\nascript:x()", kNothing},
-                           {"DATA:,x", kNothing},
                            {"about:blank", kNothing}});
 }
 
@@ -171,13 +144,9 @@ TEST_F(TargetResolverTest, TakesTheLiveAddressForTheSite) {
   ExpectPlaces(resolver_, {{"https://example.org", "\\site\\"},
                            {"http://EXAMPLE.org:80/docs/b%20c.htm?q#x", "\\site\\docs\\b c.htm"},
                            {"//example.org:443/x/../b.htm", "\\site\\b.htm"},
-                           {"http:\\\\example.org\\b.htm", "\\site\\b.htm"},
-                           {"https://me@example.org/b.htm", "\\site\\b.htm"},
                            {"http://example.org:443/b", "http://example.org:443/b"},
                            {"https://www.example.org/b", "https://www.example.org/b"},
-                           {"https://example.organic/b", "https://example.organic/b"},
                            {"ftp://example.org/b", "ftp://example.org/b"},
-                           {"/b.htm", "\\site\\b.htm"},
                            {"../../b.htm", "\\site\\b.htm"}});
   resolver_.SetBase("http://example.org/other/");
   ExpectPlaces(resolver_, {{"b.htm", "\\site\\other\\b.htm"}});

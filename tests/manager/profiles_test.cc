@@ -223,23 +223,9 @@ TEST_F(SiteProfiles, StyleSheetsHearOfTheFoldersOfTheOpenSite) {
 class ServerProfiles : public testing::Test {
  protected:
   static ServProfile Sample() {
-    ServProfile profile;
-    profile.host = "ftp.example.org";
-    profile.user = "ann";
-    profile.password = "open sesame";
-    profile.dir = "/www";
-    profile.firewall = 2;
-    profile.firewallHost = "wall";
-    profile.firewallUser = "ann-w";
-    profile.firewallPassword = "walnut";
-    profile.transferType = 1;
-    profile.initDirMode = 3;
-    profile.lockDir = 1;
-    profile.initRemoteDir = "/home";
-    profile.mruDirRemote = "/a;/b";
-    profile.mruDirLocal = "\\c;\\d";
-    profile.asciiSuffix = "htm;css";
-    return profile;
+    return {
+        "ftp.example.org", "ann",   "open sesame", "/www",   2, "wall", "ann-w", "walnut", 1, 3, 1,
+        "/home",           "/a;/b", "\\c;\\d",     "htm;css"};
   }
   SiteMgr& mgr() { return *site_.mgr; }
   ServProfile Profile(const std::string& name) {
