@@ -26,7 +26,7 @@ std::string FindConfig(const std::string& from);
 // Throws Failure: kFileSystem when the file cannot be read, kUsage with the place and, for an
 // unknown key, the likeliest right one, when it is not as it should be.
 Config ReadConfig(const std::string& file);
-// Sets what is not given to what the configuration says, but for the folder.
+// Takes from the configuration what is not given, except the folder.
 void FillFrom(const GivenSite& config, GivenSite& given);
 
 }  // namespace zvrsit::cli

@@ -9,7 +9,7 @@ namespace zvrsit::cli {
 enum ExitCode : int {
   kClean = 0,       // done, nothing to report
   kFindings = 1,    // done, and `check` or `broken` found something
-  kUsage = 2,       // the command line is off, or names something that the database does not know
+  kUsage = 2,       // the command line is wrong, or names something that the database does not know
   kDatabase = 3,    // the database is missing, damaged, in use or not whole
   kFileSystem = 4,  // a file or folder is missing or cannot be read or written
   kSignal = 128,    // and the number of the signal that interrupted it, such as 130 for Ctrl-C

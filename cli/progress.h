@@ -1,4 +1,4 @@
-// The rebuild's dialog on a terminal: a bar, what is being done, and the file at hand.
+// The rebuild's dialog on a terminal: a bar, what is being done, and the name of the file.
 #pragma once
 
 #include <chrono>

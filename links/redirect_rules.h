@@ -40,8 +40,8 @@ struct RedirectRule {
 // The rules of a text, in order. Lines that are no rule are passed over.
 std::vector<RedirectRule> ReadRedirectRules(std::string_view text);
 
-// The rules as a server applies them: the first one counts that fits. One that counts for some
-// visitors only is a last resort.
+// The rules as a server applies them: the first one that fits counts. One that counts for some
+// visitors only is taken when no other fits.
 class RedirectRules {
  public:
   RedirectRules() = default;

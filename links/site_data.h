@@ -15,8 +15,8 @@ class PageRows;
 inline constexpr std::string_view kSiteRoots[] = {"robots.txt", "sitemap.xml", "sitemap_index.xml",
                                                   "sitemap-index.xml"};
 
-// Fills `rows` with what the file `path` refers to; `document` was read from it. Of a page as
-// ExtractPage does.
+// Fills `rows` with what the file `path` refers to; `document` was read from it. For
+// a page this is the same as ExtractPage.
 void ExtractFile(std::string_view path, const Document& document, LinkRules rules, PageRows& rows);
 
 }  // namespace zvrsit

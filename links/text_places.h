@@ -55,7 +55,7 @@ class TextPlaces {
                              : static_cast<int>(skipped.size());
   }
 
-  // In lanes of bytes, which compilers add up 16 at a time, emptied before one could run over.
+  // Counts in single bytes, which compilers add 16 at a time. They are emptied before any is full.
   template <typename Wanted>
   static int CountBytes(std::string_view text, Wanted isWanted) {
     constexpr std::size_t kLanes = 64;

@@ -17,7 +17,7 @@ class PairSource {
   // The one code point that two bytes mean, both from 0x40 to 0xFE, the first from 0x81; 0 when
   // they mean none, or more.
   char32_t MeaningOfPair(unsigned char lead, unsigned char trail) const;
-  // That of a character of four bytes of GB 18030, by its number in their order.
+  // The code point of a four-byte character of GB 18030; `number` counts these in their order.
   char32_t MeaningOfNumber(unsigned number) const;
 
  private:

@@ -46,9 +46,10 @@ class SiteCSSUtil {
   // The sheet at `path`; one that cannot be read refers to nothing. Results as above.
   [[nodiscard]] int CollectSheet(const std::string& path);
 
-  // The label of the encoding in which the sheet at `path`, number `sheet` of the path table, is
-  // read: where it says none and needs one that of the first page or sheet that refers to it by
-  // LINK or @import, or of what refers to that one. Empty: its own, or the code page.
+  // The label of the encoding that the sheet at `path` gets from outside; `sheet` is its number in
+  // the path table. It is that of the first page or sheet that refers to it by LINK or @import. If
+  // that one has none either, what refers to it decides, and so on. Empty when nobody says one, or
+  // when the sheet needs none: it says its own, or has ASCII characters only.
   std::string CharsetOf(int sheet, const std::string& path) const;
 
   // Registers one node, and a link to each of its children, without going further down. 0, or -1

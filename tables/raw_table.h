@@ -35,8 +35,8 @@ class RawTable {
   // Where the walk over the texts stopped; it came to its end when this is texts().end().
   std::int64_t walked() const { return walked_; }
 
-  // The text or block of a number: of several entries the last, as for a reader. False when there
-  // is none.
+  // The text or block of a number. When several entries have the number, the last one, which is
+  // also what readers find. False when there is none.
   bool FindEntry(std::int32_t id, RawTexts::Entry& entry) const;
   // The text of a number; false when there is none.
   bool FindText(std::int32_t id, std::string_view& text) const;

@@ -7,8 +7,8 @@
 
 namespace zvrsit {
 
-// A std::vector whose `[]` and `at` throw std::out_of_range, the only exception of the library.
-// It must not be deleted through a pointer to std::vector.
+// A std::vector whose `[]` and `at` throw std::out_of_range, the only exception that the library
+// throws. It must not be deleted through a pointer to std::vector.
 template <class T>
 class vec : public std::vector<T> {
  public:
