@@ -25,6 +25,8 @@ void AddChangeCommands(CLI::App& app, const Options& options, Run& run);
 void AddDatabaseCommands(CLI::App& app, const Options& options, Run& run);
 // export
 void AddExportCommand(CLI::App& app, const Options& options, Run& run);
+// graph
+void AddGraphCommand(CLI::App& app, const Options& options, Run& run);
 // check
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 // site show, set, rename, delete

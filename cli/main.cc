@@ -73,6 +73,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddProfileCommands(app, options, run);
   AddServerCommands(app, options, run);
   AddExportCommand(app, options, run);
+  AddGraphCommand(app, options, run);
   AddDatabaseCommands(app, options, run);
   AddLegacyCommands(app, options, run);
   AddManualCommands(app, run);

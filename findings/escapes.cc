@@ -118,9 +118,18 @@ std::string CsvField(std::string_view text) {
 }
 
 std::string XmlText(std::string_view text) {
+  return XmlMarkup(platform::ToUtf8(LineText(text)));
+}
+
+// Two code points that are no characters cannot stand in XML: U+FFFE and U+FFFF.
+std::string XmlMarkup(std::string_view utf8) {
   static constexpr Replacements kMarkup{
       {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
-  return kMarkup.In(platform::ToUtf8(LineText(text)));
+  std::string text = kMarkup.In(utf8);
+  for (std::size_t at = 0; (at = text.find("\xEF\xBF", at)) != text.npos; at += 3) {
+    if (text[at + 2] == '\xBE' || text[at + 2] == '\xBF') text[at + 2] = '\xBD';
+  }
+  return text;
 }
 
 }  // namespace zvrsit

@@ -29,6 +29,8 @@ std::string LineText(std::string_view text);
 std::string CsvField(std::string_view text);
 // A text for XML, in UTF-8. Control characters, which XML cannot hold, are those of LineText.
 std::string XmlText(std::string_view text);
+// The same for a text in UTF-8 without control characters.
+std::string XmlMarkup(std::string_view utf8);
 
 // Writes some bytes of a text otherwise.
 class Replacements {
