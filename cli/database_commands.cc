@@ -246,21 +246,18 @@ int RunDump(const Options& options, const DumpWanted& wanted) {
 
 void AddVerify(CLI::App& app, const Options& options, Run& run) {
   const auto site = std::make_shared<std::string>();
-  CLI::App* verify =
-      app.add_subcommand("verify", "Look for damage in the database; change nothing");
+  CLI::App* verify = app.add_subcommand(
+      "verify", "Look for damage in the database, and exit with 3 if there is; change nothing");
   verify->add_option("NAME", *site, "the name of a site; without it all are looked at")
       ->option_text(" ");
-  verify->footer(
-      "Exits with 0 when the database is sound, with 3 when it is not. Waste is space that only a\n"
-      "rebuild gives back.\n\nExample:\n  zvrsit verify harbour || zvrsit rebuild harbour "
-      "--anew\n");
   verify->callback(
       [&options, &run, site] { run = [&options, site] { return RunVerify(options, *site); }; });
 }
 
 void AddDump(CLI::App& app, const Options& options, Run& run) {
   const auto wanted = std::make_shared<DumpWanted>();
-  CLI::App* dump = app.add_subcommand("dump", "Print the records of the tables as they are stored");
+  CLI::App* dump = app.add_subcommand(
+      "dump", "Print the records of the tables as stored; --format jsonl: an object a line");
   AddSiteName(*dump, wanted->site);
   dump->add_option("TABLE", wanted->tables, "tables; by default all of the site")
       ->option_text("files|folders|urls|links|relations|sites|servers ...")
@@ -270,10 +267,6 @@ void AddDump(CLI::App& app, const Options& options, Run& run) {
         return isTable ? std::string() : "\"" + name + "\" is no table";
       });
   dump->add_flag("--all", wanted->dead, "also deleted records that are still in the files");
-  dump->footer(
-      "Takes --format text|json|jsonl. Damaged files are read as far as they go, and stderr says\n"
-      "where they stop. Passwords are not shown.\n\nExample:\n  zvrsit dump harbour files --format "
-      "jsonl\n");
   dump->callback(
       [&options, &run, wanted] { run = [&options, wanted] { return RunDump(options, *wanted); }; });
 }

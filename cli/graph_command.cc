@@ -82,9 +82,6 @@ void AddGraphCommand(CLI::App& app, const Options& options, Run& run) {
       ->check(CLI::Range(0, 1 << 20))
       ->needs(from);
   graph->add_flag("--all-files", given->wanted.allFiles, "also images, style sheets and the like");
-  graph->footer(
-      "Missing files and hosts of other sites are nodes of their own kind; a weight is how many\n"
-      "links there are.\n\nExample:\n  zvrsit graph harbour | dot -Tsvg > harbour.svg\n");
   graph->callback(
       [&options, &run, given] { run = [&options, given] { return RunGraph(options, *given); }; });
 }

@@ -63,7 +63,7 @@ constexpr CommandHelp kHelp[] = {
     {"export", "export harbour --to sqlite -o harbour.db", ""},
     {"graph", "graph harbour | dot -Tsvg > harbour.svg", ""},
     {"dump", "dump harbour", ""},
-    {"verify", "verify harbour", ""},
+    {"verify", "verify harbour || zvrsit rebuild harbour --anew", ""},
     {"manual", "manual | man -l -", ""},
     {"completion", "completion bash > zvrsit.bash", ""},
 };
