@@ -259,8 +259,10 @@ void AddDump(CLI::App& app, const Options& options, Run& run) {
   CLI::App* dump = app.add_subcommand(
       "dump", "Print the records of the tables as stored; --format jsonl: an object a line");
   AddSiteName(*dump, wanted->site);
-  dump->add_option("TABLE", wanted->tables, "tables; by default all of the site")
-      ->option_text("files|folders|urls|links|relations|sites|servers ...")
+  dump->add_option(
+          "TABLE", wanted->tables,
+          "files, folders, urls, links, relations, sites or servers; by default all of the site")
+      ->option_text("TABLE ...")
       ->check([](const std::string& name) {
         const bool isTable = std::ranges::any_of(
             kTables, [&](const NamedTable& table) { return table.name == name; });

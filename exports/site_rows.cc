@@ -64,17 +64,17 @@ ExportValue Text(std::string_view text) {
   return text.empty() ? ExportValue() : ExportValue(JsonText(text));
 }
 
-const DumpedWord& WordOf(const DumpedRecord& record, std::string_view name) {
+const DumpedWord& FieldOf(const DumpedRecord& record, std::string_view name) {
   static const DumpedWord kNone;
   const auto found = std::ranges::find(
       record.words, name, [](const DumpedWord& word) { return std::string_view(word.name); });
   return found == record.words.end() ? kNone : *found;
 }
 std::int64_t NumberOf(const DumpedRecord& record, std::string_view name) {
-  return WordOf(record, name).number;
+  return FieldOf(record, name).number;
 }
 std::string TextOf(const DumpedRecord& record, std::string_view name) {
-  const DumpedWord& word = WordOf(record, name);
+  const DumpedWord& word = FieldOf(record, name);
   return word.texts.empty() ? std::string() : word.texts.front();
 }
 
@@ -126,8 +126,8 @@ class SiteExport {
   }
   int ReadRelations() {
     return ForEachRecord(TableKind::kRelations, [this](const DumpedRecord& record) {
-      const UrlID child = WordOf(record, "to").end;
-      const int parent = WordOf(record, "from").end.id;
+      const UrlID child = FieldOf(record, "to").end;
+      const int parent = FieldOf(record, "from").end.id;
       (child.kind == kKindFolder ? parents_ : folders_).emplace(child.id, parent);
     });
   }
