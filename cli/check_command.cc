@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/external_check.h"
 #include "cli/finding_options.h"
 #include "cli/freshness.h"
 #include "cli/native_name.h"
@@ -17,10 +18,27 @@ namespace {
 
 constexpr const char* kName = "checked";
 
+// What asking the URLs of other sites shows, as far as links of the selected files lead to them.
+std::vector<UrlFinding> AskExternal(const Options& options, Session& session,
+                                    const Selection& selection, const FindingOptions& wanted,
+                                    const std::string& baseUrl) {
+  const ExternalWish wish = WishOf(wanted.external);
+  if (!wish.isWanted) return {};
+  const auto begin = std::chrono::steady_clock::now();
+  const std::vector<LinkedUrl> urls =
+      ListLinkedUrls(session.manager(), session.names().folder(), wanted.ignores,
+                     [&](const std::string& file) { return selection.Holds(file); });
+  const std::string keptFile = KeptFileOfFolder(options, selection.root());
+  const AskedUrls asked = AskWithProgress(urls, {wish, baseUrl, keptFile, wanted.quiet});
+  Tell(wanted, fmt::format("{} URLs asked, {} known from before, in {:.2f} s", asked.asked,
+                           asked.kept, SecondsSince(begin)));
+  return FindingsOf(urls, asked.results);
+}
+
 // Fills `report` and gives the exit code of the rebuild. The database is removed before anything is
 // printed. So nothing is left behind when the reader of the output ends early.
-int Examine(const Options& options, const GivenSite& site, const FindingOptions& wanted,
-            FindingReport& report) {
+int Examine(const Options& options, const GivenSite& site, const Selection& selection,
+            const FindingOptions& wanted, FindingReport& report) {
   const auto begin = std::chrono::steady_clock::now();
   PrivateFolder folder(PathOf(options.database));
   Options own = options;
@@ -35,7 +53,8 @@ int Examine(const Options& options, const GivenSite& site, const FindingOptions&
   const int code = RebuildSite(session, true, "", !wanted.quiet);
   Tell(wanted, fmt::format("read in {:.2f} s", SecondsSince(begin)));
   folder.Remove();  // from here on an interrupt ends the program
-  FindAll(session, top, wanted, report);
+  FindAll(session, top, wanted, report,
+          AskExternal(options, session, selection, wanted, site.baseUrl.value_or("")));
   const SiteChanges changes = CompareSite(session);
   TellUnread(session, changes);
   NoteChanges(session, changes, report);
@@ -60,10 +79,11 @@ int RunCheck(const Options& options, GivenSite site, GivenPaths given, FindingOp
     FillFrom(config->site, site);
     if (given.root.empty()) given.root = *config->site.folder;
   }
+  if (WishOf(wanted.external).isWanted) NeedExternalChecks();
   const Selection selection(given);
   site.folder = selection.root();
   FindingReport report;
-  const int code = Examine(options, site, wanted, report);
+  const int code = Examine(options, site, selection, wanted, report);
   selection.Narrow(report);
   PrintFindings(report, wanted);
   if (code != kClean) return code;
@@ -79,6 +99,7 @@ void AddCheckCommand(CLI::App& app, const Options& options, Run& run) {
   CLI::App* check = app.add_subcommand("check", "Check a folder of pages; nothing to set up");
   AddSelectionOptions(*check, *given);
   AddFindingOptions(*check, *wanted);
+  AddExternalOptions(*check, "--external", wanted->external);
   AddSiteOptions(*check, *site);
   check->callback([&options, &run, site, given, wanted] {
     run = [&options, site, given, wanted] {

@@ -17,7 +17,7 @@ using Run = std::function<int()>;
 void AddSiteCommands(CLI::App& app, const Options& options, Run& run);
 // links, broken
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
-// files, urls, unused, family
+// files, urls (with --check: cli/url_commands.h), unused, family
 void AddFileCommands(CLI::App& app, const Options& options, Run& run);
 // save, rm, mv
 void AddChangeCommands(CLI::App& app, const Options& options, Run& run);

@@ -60,6 +60,9 @@ class ConfigReader {
       config.ignores.files = TextsOf(*ignore, "files");
       config.ignores.targets = TextsOf(*ignore, "targets");
     }
+    if (const toml::table* const external = TableOf(root, "external")) {
+      ReadExternal(*external, config.external);
+    }
     return config;
   }
 
@@ -67,7 +70,7 @@ class ConfigReader {
   void ReadSite(const toml::table& root, GivenSite& site) {
     std::vector<std::string> known(std::size(kKeys));
     std::ranges::transform(kKeys, known.begin(), &Key::name);
-    known.insert(known.end(), {"rules", "ignore"});
+    known.insert(known.end(), {"rules", "ignore", "external"});
     NeedKnown(root, known);
     for (const Key& key : kKeys) {
       const toml::node* const node = root.get(key.name);
@@ -89,6 +92,25 @@ class ConfigReader {
       if (!severity) Fail(node.source(), "a rule is \"error\", \"warning\" or \"off\"");
       rules.emplace_back(*RuleOfName(key.str()), *severity);
     }
+  }
+
+  void ReadExternal(const toml::table& table, GivenExternal& given) {
+    NeedKnown(table, ExternalKeys());
+    for (const auto& [key, node] : table) {
+      const std::string name(key.str());
+      const std::string text = PlainText(node, name);
+      const std::string fault = FaultOfExternal(name, text);
+      if (!fault.empty()) Fail(node.source(), fault);
+      given[name] = IsExternalPath(name) ? Absolute(text) : text;
+    }
+  }
+
+  // A value as the command line would have it: a text, a number, true or false.
+  std::string PlainText(const toml::node& node, const std::string& key) const {
+    if (const auto flag = node.value_exact<bool>()) return *flag ? "true" : "false";
+    if (const auto whole = node.value_exact<std::int64_t>()) return std::to_string(*whole);
+    if (const auto number = node.value_exact<double>()) return fmt::format("{}", *number);
+    return TextOf(node, key);
   }
 
   void NeedKnown(const toml::table& table, const std::vector<std::string>& known) const {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/external_options.h"
 #include "cli/site_profile.h"
 #include "findings/ignores.h"
 #include "findings/rules.h"
@@ -17,6 +18,7 @@ struct Config {
   GivenSite site;  // names in it are absolute; the folder is always set
   std::vector<std::pair<Rule, Severity>> rules;
   Ignores ignores;
+  GivenExternal external;  // names of files in it are absolute
 };
 
 // The configuration in a native folder; empty for none.

@@ -1,10 +1,12 @@
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/freshness.h"
 #include "cli/output.h"
+#include "cli/url_commands.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -113,7 +115,13 @@ void AddFileCommands(CLI::App& app, const Options& options, Run& run) {
     const auto endsInNul = std::make_shared<bool>(false);
     command->add_flag("-0,--null", *endsInNul,
                       "whole names alone, each ended by a NUL: for xargs -0");
-    command->callback([&options, &run, site, endsInNul, query = row.query] {
+    const auto check = std::make_shared<FindingOptions>();
+    if (std::string_view(row.name) == "urls") AddUrlCheck(*command, *check);
+    command->callback([&options, &run, site, endsInNul, check, query = row.query] {
+      if (IsUrlCheck(*check)) {
+        run = [&options, site, check] { return RunUrlCheck(options, *site, *check); };
+        return;
+      }
       run = [&options, site, endsInNul, query] {
         return RunQuery(options, *site, query, *endsInNul);
       };

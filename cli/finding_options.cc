@@ -10,7 +10,6 @@
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/terminal.h"
-#include "findings/collect.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -81,6 +80,10 @@ std::optional<Config> Configure(FindingOptions& options, const std::string& foun
     for (const auto& [rule, severity] : config->rules) options.severities.Set(rule, severity);
     if (options.ignores.files.empty()) options.ignores.files = config->ignores.files;
     if (options.ignores.targets.empty()) options.ignores.targets = config->ignores.targets;
+    for (const auto& [key, value] : config->external) {
+      std::string& given = options.external[key];
+      if (given.empty()) given = value;
+    }
   }
   for (const auto& [rule, severity] : options.rules) options.severities.Set(rule, severity);
   return config;
@@ -91,12 +94,12 @@ void Tell(const FindingOptions& options, std::string_view what) {
 }
 
 void FindAll(Session& session, const std::string& top, const FindingOptions& options,
-             FindingReport& report) {
+             FindingReport& report, std::vector<UrlFinding> urls) {
   const auto typeOf = [](const std::string& native) {
     std::error_code error;
     return fs::status(PathOf(native), error).type();
   };
-  const FoundSite site{session.names().folder(), top, typeOf};
+  const FoundSite site{session.names().folder(), top, typeOf, std::move(urls)};
   if (CollectFindings(session.manager(), site, options.severities, report) != 0) {
     throw Failure(kDatabase, "the tables of the site cannot be read");
   }

@@ -11,6 +11,7 @@
 
 #include "cli/config.h"
 #include "cli/session.h"
+#include "findings/collect.h"
 #include "findings/finding.h"
 #include "findings/output.h"
 
@@ -23,6 +24,7 @@ struct FindingOptions {
   Ignores ignores;
   std::string config;  // native; empty: the one that is found
   bool usesConfig = true;
+  GivenExternal external;
   FindingFormat format = FindingFormat::kText;
   std::string color = "auto";
   bool all = false;
@@ -38,9 +40,10 @@ void AddFindingOptions(CLI::App& command, FindingOptions& options);
 std::optional<Config> Configure(FindingOptions& options, const std::string& found);
 
 // Finds what is wrong in the open site and how its files are named from the working folder. `top`
-// is the `\` path of the home page. Throws Failure(kDatabase) when a table cannot be read.
+// is the `\` path of the home page, `urls` what is wrong with URLs of other sites. Throws
+// Failure(kDatabase) when a table cannot be read.
 void FindAll(Session& session, const std::string& top, const FindingOptions& options,
-             FindingReport& report);
+             FindingReport& report, std::vector<UrlFinding> urls = {});
 
 // Says it on stderr where --verbose asks for it.
 void Tell(const FindingOptions& options, std::string_view what);

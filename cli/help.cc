@@ -28,14 +28,15 @@ constexpr CommandHelp kHelp[] = {
      "manual completion"},
     {"check", "check docs --top docs/index.html",
      "--files-from --root --config --no-config --default-url --doc-root --page-types --rules "
-     "--ignore-target --verbose"},
+     "--ignore-target --verbose --external-fragments --offline --accept --private-network"},
     {"add", "add harbour www --top www/index.html", ""},
     {"sites", "sites", ""},
     {"rebuild", "rebuild harbour", ""},
     {"links", "links harbour --to prices.html", ""},
     {"broken", "broken harbour --rule orphan-page=warning", ""},
     {"files", "files harbour -0 | xargs -0 ls -l", ""},
-    {"urls", "urls harbour", ""},
+    {"urls", "urls harbour --check",
+     "--external-fragments --accept --private-network --ignore-target"},
     {"unused", "unused harbour", ""},
     {"family", "family harbour", ""},
     {"save", "save harbour prices.html news/index.html", ""},
@@ -137,7 +138,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
   help += '\n';
   std::string seldom;
   for (const CLI::Option* const option : app->get_options()) {
-    if (option == app->get_help_ptr()) continue;
+    if (option == app->get_help_ptr() || option->get_group().empty()) continue;
     if (option->get_group() == kSeldom) {
       seldom += (seldom.empty() ? "" : ", ") + EntryOf(*option).names.back();
     } else {

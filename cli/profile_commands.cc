@@ -3,6 +3,7 @@
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 #include "cli/site_profile.h"
+#include "cli/table_files.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -43,6 +44,7 @@ int RunRename(const Options& options, const std::string& name, const std::string
     ThrowIfSystemFailed("\"" + name + "\" cannot be renamed");
     throw Failure(kUsage, "\"" + newName + "\" cannot be the name of a site");
   }
+  MoveKeptAnswers(session.FolderOfTables(name), session.FolderOfTables(newName));
   return ShowSite(options, session, newName);
 }
 
@@ -50,6 +52,7 @@ int RunDelete(const Options& options, const std::string& name) {
   Session session(options, Database::kMustExist);
   session.HoldSite(name);
   if (session.manager().DeleteSiteProf(name) != 0) FailToWriteProfile("\"" + name + "\"");
+  RemoveKeptAnswers(session.FolderOfTables(name));
   if (options.json) PrintJson({{"deleted", JsonText(name)}});
   return kClean;
 }

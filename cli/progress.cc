@@ -22,6 +22,27 @@ int LoadProgressText(unsigned id, char* buffer, int size) {
 
 }  // namespace
 
+BarLine::BarLine(bool isShown) : isShown_(isShown && IsTerminal(stderr)) {}
+
+void BarLine::Draw(int percent, const std::string& what, std::string name) {
+  const auto now = std::chrono::steady_clock::now();
+  if (!isShown_ || now - lastDrawn_ < std::chrono::milliseconds(100)) return;
+  lastDrawn_ = now;
+  isDrawn_ = true;
+  // Short enough for a line of 80 columns, and never half a character of UTF-8.
+  std::size_t end = std::min<std::size_t>(name.size(), 20);
+  while (end > 0 && end < name.size() && (name[end] & 0xC0) == 0x80) --end;
+  name.resize(end);
+  const std::string bar(static_cast<std::size_t>(percent / 5), '#');
+  PrintTo(stderr, "\r\033[K[{:<20}] {:3}%  {}  {}", bar, percent, what, LineText(name));
+  std::fflush(stderr);
+}
+
+void BarLine::Clear() {
+  if (isDrawn_) std::fputs("\r\033[K", stderr);
+  isDrawn_ = false;
+}
+
 #if defined(_WIN32)
 // A program without windows shows no bar there.
 class ProgressLine {
@@ -31,10 +52,6 @@ class ProgressLine {
 #else
 class ProgressLine {
  public:
-  ~ProgressLine() {
-    if (drawn_) std::fputs("\r\033[K", stderr);
-  }
-
   void Attach(CZvrSiteRebuildProgressDlg& dialog) {
     dialog.progressBar = &bar_;
     dialog.statusText = &status_;
@@ -63,27 +80,15 @@ class ProgressLine {
     std::string value;
   };
 
-  // Ten times a second at most: drawing must not slow the rebuild down.
   void Draw() {
-    const auto now = std::chrono::steady_clock::now();
-    if (now - lastDrawn_ < std::chrono::milliseconds(100)) return;
-    lastDrawn_ = now;
-    drawn_ = true;
-    const std::string bar(static_cast<std::size_t>(position_ / 5), '#');
     const std::string::size_type slash = file_.value.rfind('\\');
-    std::string name = slash == std::string::npos ? file_.value : file_.value.substr(slash + 1);
-    // Short enough for a line of 80 columns, and never half a character of UTF-8.
-    std::size_t end = std::min<std::size_t>(name.size(), 20);
-    while (end > 0 && end < name.size() && (name[end] & 0xC0) == 0x80) --end;
-    name.resize(end);
-    PrintTo(stderr, "\r\033[K[{:<20}] {:3}%  {}  {}", bar, position_, status_.value,
-            LineText(platform::ToUtf8(name)));
-    std::fflush(stderr);
+    const std::string name =
+        slash == std::string::npos ? file_.value : file_.value.substr(slash + 1);
+    line_.Draw(position_, status_.value, platform::ToUtf8(name));
   }
 
   int position_ = 0;
-  bool drawn_ = false;
-  std::chrono::steady_clock::time_point lastDrawn_{};
+  BarLine line_{true};
   Bar bar_{*this};
   Label status_{*this};
   Label file_{*this};

@@ -10,6 +10,25 @@
 
 namespace zvrsit::cli {
 
+// A bar, what is being done and the thing at hand, in one line on stderr if that is a terminal.
+class BarLine {
+ public:
+  explicit BarLine(bool isShown);
+  ~BarLine() { Clear(); }
+  BarLine(const BarLine&) = delete;
+  BarLine& operator=(const BarLine&) = delete;
+
+  // Draws ten times a second at most, as that must not slow the work down. `percent` is 0 to 100,
+  // `name` in UTF-8; its beginning is shown.
+  void Draw(int percent, const std::string& what, std::string name);
+  void Clear();
+
+ private:
+  const bool isShown_;
+  bool isDrawn_ = false;
+  std::chrono::steady_clock::time_point lastDrawn_{};
+};
+
 class ProgressLine;
 
 // While it lives, an interrupt sets the dialog's cancel flag; and the bar is drawn on stderr if

@@ -36,10 +36,12 @@ class Selection {
   // Removes from the report what is not in the files that were asked about.
   void Narrow(FindingReport& report) const;
 
+  // Whether a file, relative to the root, was asked about.
+  bool Holds(const std::string& file) const;
+
  private:
   void Add(const std::string& path);
   void AskWhatChanged(const std::string& revision);
-  bool Holds(const std::string& file) const;
 
   std::string root_;  // absolute, with a separator at its end
   bool isAll_ = false;

@@ -8,6 +8,7 @@
 #include "cli/exit_code.h"
 #include "cli/legacy_session.h"
 #include "cli/native_name.h"
+#include "cli/table_files.h"
 #include "links/folder_documents.h"
 #include "links/live_address.h"
 #include "manager_base/site_locks.h"
@@ -216,7 +217,8 @@ SiteProfile NewProfile(Session& session, const GivenSite& site) {
 
 void NeedNewName(Session& session, const std::string& name, const std::string& except) {
   for (const std::string& own :
-       {std::string(kOlderFolder), std::string(SiteLocks::kFile), std::string(kSiteProfiles),
+       {std::string(kOlderFolder), std::string(SiteLocks::kFile), std::string(kKeptAnswers),
+        std::string(kKeptAnswers) + "-journal", std::string(kSiteProfiles),
         TextFileOf(kSiteProfiles), std::string(kServerProfiles), TextFileOf(kServerProfiles)}) {
     if (AreOneName(own, name)) {
       throw Failure(kUsage, "\"" + name +

@@ -33,6 +33,20 @@ void Need(bool done, const std::string& name, const std::error_code& error) {
 
 }  // namespace
 
+void MoveKeptAnswers(const std::string& folder, const std::string& to) {
+  if (folder == to) return;
+  std::error_code error;
+  fs::rename(PathOf(folder) / kKeptAnswers, PathOf(to) / kKeptAnswers, error);
+  RemoveKeptAnswers(folder);
+}
+
+void RemoveKeptAnswers(const std::string& folder) {
+  std::error_code error;
+  fs::remove(PathOf(folder) / kKeptAnswers, error);
+  fs::remove(PathOf(folder) / (std::string(kKeptAnswers) + "-journal"), error);
+  fs::remove(PathOf(folder), error);  // only when it is empty
+}
+
 bool HasTables(const std::string& folder) {
   return std::ranges::all_of(TableNames(), [&](const std::string& file) {
     std::error_code error;

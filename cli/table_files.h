@@ -7,6 +7,13 @@
 
 namespace zvrsit::cli {
 
+// What the servers of other sites answered. It lies in the folder of a site's tables; for folders
+// that are no sites, in that of the database.
+inline constexpr const char* kKeptAnswers = "external.sqlite";
+// Moves that file to the folder of other tables, or removes it; and then the folder, if it is
+// empty. Those who ask the servers again bring it back, so no failure is told.
+void MoveKeptAnswers(const std::string& folder, const std::string& to);
+void RemoveKeptAnswers(const std::string& folder);
 // Whether all files of a site that was rebuilt once are in `folder`.
 bool HasTables(const std::string& folder);
 // Copies a file over another; a full disk is told as such.

@@ -54,5 +54,7 @@ foreach(control triggers shlibs)
   list(APPEND CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${file}")
 endforeach()
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "libzvrsit40-${ZVRSIT_ABI} (= ${PROJECT_VERSION}-1)")
+# Whom servers are trusted to be.
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libzvrsit40-${ZVRSIT_ABI} (= ${PROJECT_VERSION}-1)")
 include(CPack)

@@ -52,6 +52,7 @@ class Collector {
     if (!AddBroken() || !AddMissingFragments() || !AddMalformedUrls() || !AddRepeatedIds()) {
       return false;
     }
+    for (const UrlFinding& url : site_.urls) AddLinksToUrl(url);
     AddPlaces();
     AddLonelyFiles();
     std::erase_if(report_.findings, [](const Finding& finding) { return finding.places.empty(); });
@@ -219,22 +220,29 @@ class Collector {
     vec<SiteRecCell>* const urls = manager_.EnumUrl();
     if (urls == nullptr) return false;
     for (std::size_t i = 0; i < urls->size(); ++i) {
-      const std::string url = (*urls)[i].GetName();
-      const std::string fault = FaultOfUrl(url);
-      if (!fault.empty()) AddLinksToUrl((*urls)[i].GetID(), url, fault);
+      const std::string fault = FaultOfUrl((*urls)[i].GetName());
+      if (fault.empty()) continue;
+      const std::string url = WithoutCredentials((*urls)[i].GetName());
+      AddLinksToUrl(
+          {(*urls)[i].GetID(), Rule::kMalformedUrl, url, url + " is no URL: " + fault, ""});
     }
     SiteMgr::DeleteVecRecCell(urls);
     return true;
   }
 
-  void AddLinksToUrl(const UrlID& id, const std::string& url, const std::string& fault) {
-    const Numbers numbers(manager_.GetBackLinks(id));
+  void AddLinksToUrl(const UrlFinding& url) {
+    if (!severities_.IsOn(url.rule)) return;
+    const Numbers numbers(manager_.GetBackLinks(url.url));
     SiteLink link;
     for (std::size_t i = 0; numbers != nullptr && i < numbers->size(); ++i) {
       if (manager_.GetLink((*numbers)[i], link) != 0) continue;
       bool isNew = false;
-      Finding* const finding = FindingOf(Rule::kMalformedUrl, url, isNew);
-      if (isNew) finding->message = url + " is no URL: " + fault;
+      Finding* const finding = FindingOf(url.rule, url.target, isNew);
+      if (isNew) {
+        finding->message = url.message;
+        finding->suggestion = url.suggestion;
+      }
+      link.text = WithoutCredentials(link.text);
       AddLink((*numbers)[i], link, *finding);
     }
   }

@@ -4,13 +4,24 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "findings/finding.h"
 #include "findings/rules.h"
+#include "util/url_id.h"
 
 namespace zvrsit {
 
 class SiteMgr;
+
+// What is wrong with the URL of another site, as asking it has shown.
+struct UrlFinding {
+  UrlID url;
+  Rule rule = Rule::kExternalBroken;
+  std::string target;  // the URL as it is shown; links to several URLs may share it
+  std::string message;
+  std::string suggestion;  // may be empty
+};
 
 struct FoundSite {
   // `\` paths.
@@ -18,6 +29,7 @@ struct FoundSite {
   std::string top;     // may be empty
   // What there is on disk under a native path.
   std::function<std::filesystem::file_type(const std::string& native)> typeOf;
+  std::vector<UrlFinding> urls;
 };
 
 // Fills `report`, except its time and prefix. `site` names the site folder and its home page;

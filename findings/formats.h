@@ -24,6 +24,8 @@ std::string Counted(std::size_t count, const char* one);
 std::string PlaceText(const FindingReport& report, const FindingPlace& place);
 // "2 errors and 1 warning in 12 places".
 std::string CountedFindings(const FindingReport& report);
+// What is likely meant, where the message does not say it; empty for none.
+std::string UntoldSuggestion(const Finding& finding);
 // A message, and what is likely meant.
 std::string FullMessage(const Finding& finding);
 // The URL of a native path, absolute or relative: percent-encoded, in UTF-8.

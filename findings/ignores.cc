@@ -53,16 +53,24 @@ bool MatchesGlob(std::string_view pattern, std::string_view name) {
   return reached[whole.size()] != 0;
 }
 
+bool Ignores::HaveFile(const std::string& file) const {
+  return !files.empty() && MatchesAny(files, WithSlashes(file));
+}
+
+bool Ignores::HaveTarget(const std::string& target) const {
+  return !targets.empty() && !target.empty() && MatchesAny(targets, WithSlashes(target));
+}
+
 void Ignores::TakeOut(FindingReport& report) const {
   if (files.empty() && targets.empty()) return;
   std::unordered_map<std::string, bool> known;
   const auto isIgnored = [&](const FindingPlace& place) {
     const auto [entry, isNew] = known.try_emplace(place.file);
-    if (isNew) entry->second = MatchesAny(files, WithSlashes(place.file));
+    if (isNew) entry->second = HaveFile(place.file);
     return entry->second || (!place.reference.empty() && MatchesAny(targets, place.reference));
   };
   std::erase_if(report.findings, [&](Finding& finding) {
-    if (!finding.target.empty() && MatchesAny(targets, WithSlashes(finding.target))) return true;
+    if (HaveTarget(finding.target)) return true;
     std::erase_if(finding.places, isIgnored);
     return finding.places.empty();
   });

@@ -19,6 +19,9 @@ struct Ignores {
   std::vector<std::string> files;    // patterns of files, relative to the site folder, with "/"
   std::vector<std::string> targets;  // of what references mean, and of references as written
 
+  // Whether nothing is to be said of what stands in a native file, or of a target or reference.
+  bool HaveFile(const std::string& file) const;
+  bool HaveTarget(const std::string& target) const;
   // Takes the findings out that stand in such files, or are about such targets.
   void TakeOut(FindingReport& report) const;
 };

@@ -61,9 +61,15 @@ std::string CountedFindings(const FindingReport& report) {
   return text + " in " + Counted(report.CountPlaces(), "place");
 }
 
+std::string UntoldSuggestion(const Finding& finding) {
+  const bool isTold = finding.rule == Rule::kWrongCase || finding.rule == Rule::kExternalMoved;
+  return isTold ? "" : finding.suggestion;
+}
+
 std::string FullMessage(const Finding& finding) {
-  if (finding.suggestion.empty() || finding.rule == Rule::kWrongCase) return finding.message;
-  return finding.message + "; did you mean " + finding.suggestion + "?";
+  const std::string suggestion = UntoldSuggestion(finding);
+  return suggestion.empty() ? finding.message
+                            : finding.message + "; did you mean " + suggestion + "?";
 }
 
 }  // namespace zvrsit

@@ -19,11 +19,14 @@ enum class Rule : std::uint8_t {
   kOutsideSite,
   kUnservableName,
   kMalformedUrl,
+  kExternalBroken,
+  kExternalMoved,
+  kExternalUnsure,
   kOrphanPage,
   kUnusedFile,
   kDuplicateId,
 };
-inline constexpr std::size_t kRuleCount = 10;
+inline constexpr std::size_t kRuleCount = 13;
 
 struct RuleTraits {
   std::string_view name;  // as in options and outputs
@@ -45,6 +48,10 @@ inline constexpr std::array<RuleTraits, kRuleCount> kRules{{
     {"unservable-name", Severity::kError,
      "A reference holds %2F, %5C or %00 in a name: no server has such a file."},
     {"malformed-url", Severity::kError, "A reference to another site is no URL."},
+    {"external-broken", Severity::kError, "The URL of another site leads nowhere."},
+    {"external-moved", Severity::kWarning, "The URL of another site has moved for good."},
+    {"external-unsure", Severity::kWarning,
+     "Whether the URL of another site leads anywhere could not be found out."},
     {"orphan-page", Severity::kWarning, "No way leads to a page from the home page."},
     {"unused-file", Severity::kOff, "Nothing refers to a file that is no page."},
     {"duplicate-id", Severity::kWarning, "Two elements of one page have the same ID."},

@@ -49,8 +49,8 @@ class TextFormat {
     out_ += " ";
     AppendColored("[" + std::string(TraitsOf(finding.rule).name) + "]", "2");
     out_ += '\n';
-    if (finding.suggestion.empty() || finding.rule == Rule::kWrongCase) return;
-    out_ += "    did you mean " + LineText(finding.suggestion) + "?\n";
+    const std::string suggestion = UntoldSuggestion(finding);
+    if (!suggestion.empty()) out_ += "    did you mean " + LineText(suggestion) + "?\n";
   }
 
   void AppendOthers(const Finding& finding) {

@@ -49,23 +49,54 @@ std::string FaultOfHost(std::string_view host) {
   return "";
 }
 
-}  // namespace
+// The parts of a URL of one of these schemes, as places in its text: from `host` to `end` it names
+// a server, behind a user and a password where `host` is not `begin`.
+struct Authority {
+  bool isThere = false;
+  std::size_t begin = 0;
+  std::size_t host = 0;
+  std::size_t end = 0;
+};
 
-std::string FaultOfUrl(std::string_view url) {
+Authority AuthorityOf(std::string_view url) {
   constexpr std::array<std::string_view, 5> kSchemes{"http", "https", "ws", "wss", "ftp"};
   const std::string scheme = LowerScheme(url);
   const bool hasScheme = std::ranges::find(kSchemes, scheme) != kSchemes.end();
-  if (!hasScheme && !url.starts_with("//")) return "";
-  if (hasScheme) url.remove_prefix(scheme.size() + 1);
+  if (!hasScheme && !url.starts_with("//")) return {};
   // Any number of slashes, of either kind, is taken for two.
-  url.remove_prefix(std::min(url.find_first_not_of("/\\"), url.size()));
-  std::string_view place = url.substr(0, url.find_first_of("/\\?#"));
-  if (const auto at = place.rfind('@'); at != place.npos) place.remove_prefix(at + 1);
+  const std::size_t begin =
+      std::min(url.find_first_not_of("/\\", hasScheme ? scheme.size() + 1 : 0), url.size());
+  const std::size_t end = std::min(url.find_first_of("/\\?#", begin), url.size());
+  const std::size_t at = url.substr(begin, end - begin).rfind('@');
+  return {true, begin, at == url.npos ? begin : begin + at + 1, end};
+}
+
+}  // namespace
+
+std::string FaultOfUrl(std::string_view url) {
+  const Authority authority = AuthorityOf(url);
+  if (!authority.isThere) return "";
+  const std::string_view place = url.substr(authority.host, authority.end - authority.host);
   const auto bracket = place.rfind(']');
   const auto colon = place.find(':', bracket == place.npos ? 0 : bracket);
   std::string fault = FaultOfHost(place.substr(0, colon));
   if (!fault.empty() || colon == place.npos) return fault;
   return FaultOfPort(place.substr(colon + 1));
+}
+
+bool IsWebUrl(std::string_view url) {
+  const std::string scheme = LowerScheme(url);
+  const bool isWeb = scheme == "http" || scheme == "https" || url.starts_with("//");
+  return isWeb && FaultOfUrl(url).empty();
+}
+
+std::string WithoutCredentials(std::string_view url) {
+  // As browsers read it: without white space in front, tabs and line ends.
+  std::string read(url.substr(std::min(url.find_first_not_of(" \t\r\n\f"), url.size())));
+  std::erase_if(read, [](char c) { return c == '\t' || c == '\r' || c == '\n'; });
+  const Authority authority = AuthorityOf(read);
+  if (authority.host == authority.begin) return std::string(url);
+  return read.erase(authority.begin, authority.host - authority.begin);
 }
 
 }  // namespace zvrsit

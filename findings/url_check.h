@@ -11,4 +11,10 @@ namespace zvrsit {
 // up.
 std::string FaultOfUrl(std::string_view url);
 
+// Whether it is a URL of http or https, with a host; also when it begins with "//".
+bool IsWebUrl(std::string_view url);
+
+// The URL without its user and password, as it may be shown. Unchanged when it has none.
+std::string WithoutCredentials(std::string_view url);
+
 }  // namespace zvrsit

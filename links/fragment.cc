@@ -4,7 +4,6 @@
 
 #include "links/url_text.h"
 #include "platform/code_page_text.h"
-#include "util/ascii.h"
 
 namespace zvrsit {
 namespace {
@@ -33,11 +32,6 @@ std::string_view FragmentOf(std::string_view text, std::string& buffer) {
     fragment.remove_suffix(1);
   }
   return fragment;
-}
-
-bool NamesAnElement(std::string_view fragment) {
-  if (fragment.empty() || fragment.front() == '/' || fragment.front() == '!') return false;
-  return !EqualsLower(fragment, "top");
 }
 
 }  // namespace zvrsit

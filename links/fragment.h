@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "util/ascii.h"
+
 namespace zvrsit {
 
 // What stands behind the first "#" of a link's text, as a browser takes it: without tabs and line
@@ -13,6 +15,9 @@ std::string_view FragmentOf(std::string_view text, std::string& buffer);
 
 // Whether a fragment must name an element of its page. The empty fragment and "top" always lead
 // somewhere. One that begins with "/" or "!" is a route, which a script follows.
-bool NamesAnElement(std::string_view fragment);
+inline bool NamesAnElement(std::string_view fragment) {
+  if (fragment.empty() || fragment.front() == '/' || fragment.front() == '!') return false;
+  return !EqualsLower(fragment, "top");
+}
 
 }  // namespace zvrsit

@@ -28,9 +28,10 @@ BELOW = {
 # The rooms of the program: they see the library as applications do, and may use libraries of others.
 LIBRARY = {"manager", "manager_base", "legacy", "css", "links", "tables", "dom", "util", "platform"}
 PROGRAM = {"findings": LIBRARY, "exports": LIBRARY | {"findings"},
-           "cli": LIBRARY | {"exports", "findings"}}
+           "external": {"links", "dom", "util", "platform"},
+           "cli": LIBRARY | {"exports", "external", "findings"}}
 BELOW |= PROGRAM
-FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|gtest|gmock|benchmark)/|^(gumbo|sqlite3)\.h$")
+FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|curl|gtest|gmock|benchmark)/|^(gumbo|sqlite3)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 
 

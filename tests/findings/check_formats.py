@@ -6,6 +6,7 @@ Usage: check_formats.py PROGRAM SCHEMA [WORD...]   (the words run programs of th
 The site has one finding of each rule, and names that each format has to escape.
 """
 import csv
+import http.server
 import io
 import json
 import pathlib
@@ -13,6 +14,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import threading
 import urllib.parse
 import xml.etree.ElementTree as xml
 
@@ -35,11 +37,26 @@ FILES = {
     "../out.htm": "",
 }
 RULES = {"missing-file", "missing-fragment", "wrong-case", "folder-without-index", "outside-site",
-         "unservable-name", "malformed-url", "orphan-page", "unused-file", "duplicate-id"}
+         "unservable-name", "malformed-url", "external-broken", "external-moved", "external-unsure",
+         "orphan-page", "unused-file", "duplicate-id"}
+
+
+class Elsewhere(http.server.BaseHTTPRequestHandler):
+    """Another site: a page by its status code."""
+
+    def do_GET(self):
+        self.send_response(int(self.path[1:]) if self.path[1:].isdigit() else 200)
+        self.send_header("Location", "/there,a%7Cb")
+        self.send_header("Content-Length", "0")
+        self.end_headers()
+
+    do_HEAD = do_GET
+    log_message = lambda *_: None
 
 
 def run(folder, *words):
-    command = [*RUNNER, PROGRAM, "check", ".", "--doc-root", "..", "--rule", "unused-file=warning", *words]
+    command = [*RUNNER, PROGRAM, "check", ".", "--doc-root", "..", "--rule", "unused-file=warning",
+               "--external", "--private-network", "--retries", "0", "--db", folder / "../db", *words]
     done = subprocess.run(command, cwd=folder, capture_output=True)
     assert done.returncode == 1, (words, done)
     return done.stdout.decode()
@@ -112,4 +129,9 @@ with tempfile.TemporaryDirectory() as top:
         path = site / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(content)
+    elsewhere = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Elsewhere)
+    threading.Thread(target=elsewhere.serve_forever, daemon=True).start()
+    with open(site / "two.htm", "a") as page:
+        for status in 404, 301, 503:
+            page.write(f'\n<a href="http://127.0.0.1:{elsewhere.server_port}/{status}">x</a>')
     check(site)

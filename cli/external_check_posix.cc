@@ -1,0 +1,59 @@
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <optional>
+
+#include "cli/external_check.h"
+#include "cli/interrupts.h"
+#include "cli/output.h"
+#include "cli/progress.h"
+#include "external/own_network.h"
+#include "external/url.h"
+
+namespace zvrsit::cli {
+namespace {
+
+// Sooner than that nobody wonders.
+constexpr std::chrono::milliseconds kBeforeBar{500};
+
+void TellWhatWasNotAsked(const AskedUrls& asked) {
+  std::map<std::string, long> counts;
+  for (const UrlResult& result : asked.results) {
+    if (result.state == UrlState::kUnasked) ++counts[result.words];
+  }
+  for (const auto& [words, count] : counts) {
+    Warn(Counted(count, "external URL", "external URLs") + ": each " + words);
+  }
+}
+
+}  // namespace
+
+void NeedExternalChecks() {}
+
+AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
+  ExternalSettings& settings = asking.wish.settings;
+  const std::optional<AskableUrl> live = ParseUrl(asking.baseUrl);
+  if (live && !settings.offline && LiesInOwnNetwork(live->host)) settings.privateNetwork = true;
+
+  std::vector<std::string> texts(urls.size());
+  std::ranges::transform(urls, texts.begin(), &LinkedUrl::url);
+  const Interrupts interrupts;
+  const auto begin = std::chrono::steady_clock::now();
+  BarLine bar(!asking.isQuiet);
+  AskedUrls asked =
+      AskUrls(texts, settings, asking.keptFile,
+              [&](std::size_t done, std::size_t all, std::string_view url) {
+                Interrupts::Check();
+                if (std::chrono::steady_clock::now() - begin < kBeforeBar) return;
+                bar.Draw(static_cast<int>(done * 100 / all),
+                         fmt::format("{} of {} URLs", done, all), std::string(url));
+              });
+  bar.Clear();
+  if (!asked.fault.empty()) Warn(asking.keptFile + ": answers cannot be kept: " + asked.fault);
+  if (!asking.isQuiet) TellWhatWasNotAsked(asked);
+  return asked;
+}
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,36 @@
+// The options of external checks, on the command line and in the configuration.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "external/settings.h"
+
+namespace zvrsit::cli {
+
+// What is given, as texts, by the keys of the configuration.
+using GivenExternal = std::map<std::string, std::string>;
+
+struct ExternalWish {
+  bool isWanted = false;
+  ExternalSettings settings;
+};
+
+// Adds the options; `wish` is the one that turns the check on, such as "--external". What --help
+// leaves out stands in the manual.
+void AddExternalOptions(CLI::App& command, const std::string& wish, GivenExternal& given);
+
+// The keys of the configuration's table.
+std::vector<std::string> ExternalKeys();
+// Whether the value of a key names a file.
+bool IsExternalPath(const std::string& key);
+// What is wrong with a value of a key; empty for nothing.
+std::string FaultOfExternal(const std::string& key, const std::string& value);
+// The settings; all values are good.
+ExternalWish WishOf(const GivenExternal& given);
+
+}  // namespace zvrsit::cli
