@@ -42,14 +42,13 @@ AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
   const Interrupts interrupts;
   const auto begin = std::chrono::steady_clock::now();
   BarLine bar(!asking.isQuiet);
-  AskedUrls asked =
-      AskUrls(texts, settings, asking.keptFile,
-              [&](std::size_t done, std::size_t all, std::string_view url) {
-                Interrupts::Check();
-                if (std::chrono::steady_clock::now() - begin < kBeforeBar) return;
-                bar.Draw(static_cast<int>(done * 100 / all),
-                         fmt::format("{} of {} URLs", done, all), std::string(url));
-              });
+  AskedUrls asked = AskUrls(texts, settings, asking.keptFile,
+                            [&](std::size_t done, std::size_t all, std::string_view url) {
+                              Interrupts::Check();
+                              if (std::chrono::steady_clock::now() - begin < kBeforeBar) return;
+                              bar.Draw(static_cast<int>(done * 100 / all),
+                                       fmt::format("{} of {} URLs", done, all), std::string(url));
+                            });
   bar.Clear();
   if (!asked.fault.empty()) Warn(asking.keptFile + ": answers cannot be kept: " + asked.fault);
   if (!asking.isQuiet) TellWhatWasNotAsked(asked);
