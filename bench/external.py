@@ -26,7 +26,7 @@ CONFIGURATION = """
 daemon off; worker_processes 1; pid {folder}/pid; error_log {folder}/errors;
 events {{ worker_connections 2048; }}
 http {{
-  access_log {folder}/access buffer=1m flush=1s; keepalive_requests 1000000;
+  access_log {folder}/access combined buffer=1m flush=1s; keepalive_requests 1000000;
   client_body_temp_path {folder}/t1; proxy_temp_path {folder}/t2; fastcgi_temp_path {folder}/t3;
   uwsgi_temp_path {folder}/t4; scgi_temp_path {folder}/t5;
   server {{
