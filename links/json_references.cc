@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "links/asset_name.h"
 #include "links/json_strings.h"
 #include "links/link_type.h"
 #include "links/page_types.h"

@@ -58,8 +58,4 @@ constexpr bool IsShownAsPage(PageSyntax syntax) {
   return syntax != PageSyntax::kDrawing && !IsSiteData(syntax);
 }
 
-// Whether a file of this path or name is an image, a script or something else that pages load, by
-// its extension.
-bool IsAssetName(std::string_view path);
-
 }  // namespace zvrsit

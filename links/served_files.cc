@@ -2,6 +2,7 @@
 
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
+#include "links/asset_name.h"
 #include "links/page_types.h"
 #include "links/url_text.h"
 #include "platform/file.h"
