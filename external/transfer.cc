@@ -59,8 +59,7 @@ bool Transfer::Begin(const Request& request) {
 void Transfer::SetCommon() {
   CURL* const easy = easy_.get();
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_SHARE, share_);
-  curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
+  curl_easy_setopt(easy, CURLOPT_SHARE, share_);  // of cookies; it switches them on
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, error_.get());
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
