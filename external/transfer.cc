@@ -40,6 +40,7 @@ Transfer::Transfer(const ExternalSettings& settings, CURLSH* share)
 }
 
 bool Transfer::Begin(const Request& request) {
+  EasyFreer::ForgetCookieFiles(easy_.get());
   curl_easy_reset(easy_.get());
   response_ = Response();
   keepsBody_ = request.keepsBody;
@@ -59,7 +60,8 @@ bool Transfer::Begin(const Request& request) {
 void Transfer::SetCommon() {
   CURL* const easy = easy_.get();
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_SHARE, share_);  // of cookies; it switches them on
+  curl_easy_setopt(easy, CURLOPT_SHARE, share_);
+  curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");  // no file, but cookies
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, error_.get());
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);

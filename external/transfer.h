@@ -44,7 +44,12 @@ struct Response {
 };
 
 struct EasyFreer {
-  void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+  void operator()(CURL* easy) const {
+    ForgetCookieFiles(easy);
+    curl_easy_cleanup(easy);
+  }
+  // libcurl 7.88 loses the list of them when a transfer never began.
+  static void ForgetCookieFiles(CURL* easy) { curl_easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr); }
 };
 
 // Makes one request after the other. Between Begin and Finish its handle is with a multi handle.
