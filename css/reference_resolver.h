@@ -6,12 +6,10 @@
 
 #include "links/link_rules.h"
 #include "links/target_resolver.h"
-#include "util/recent_texts.h"
 
 namespace zvrsit {
 
-// A TargetResolver that remembers the results for the last references: the pages of one folder
-// refer to the same few sheets.
+// A TargetResolver that is told of a file when its first reference comes: many have none.
 class ReferenceResolver {
  public:
   explicit ReferenceResolver(LinkRules rules = LinkRules::Classic) : resolver_(rules) {}
@@ -21,25 +19,18 @@ class ReferenceResolver {
   // As those of TargetResolver. A live URL must be set before files are begun.
   void SetLiveUrl(std::string_view url, std::string_view siteFolder);
   void SetBase(std::string_view baseHref);
-  TargetKind Resolve(std::string_view reference, std::string& out);
+  TargetKind Resolve(std::string_view reference, std::string& out) {
+    return Begun().Resolve(reference, out);
+  }
   const RuleFlags& rules() const { return resolver_.rules(); }
 
  private:
-  struct Place {
-    TargetKind kind;
-    std::string text;
-  };
-
   TargetResolver& Begun();
 
   TargetResolver resolver_;
   std::string root_;
   std::string file_;
   bool isBegun_ = false;  // resolver_ has been told of the file
-  bool hasBase_ = false;
-
-  std::string folder_;  // of the files whose references are remembered
-  RecentTexts<Place> recent_;
 };
 
 }  // namespace zvrsit

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "links/page_file.h"
-#include "util/recent_texts.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
@@ -43,9 +42,6 @@ struct OperationMemo {
   // and the path numbers of those that wait.
   bool sheetsWait = false;
   std::vector<std::int32_t> waitingSheets;
-  // Path numbers of the files that the last style links lead to. No entry is deleted while links
-  // are collected.
-  RecentTexts<std::int32_t> styleTargets;
 
   // The page being read, kept from page to page for its memory.
   PageFile page;

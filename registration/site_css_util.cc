@@ -141,7 +141,7 @@ void SiteCSSUtil::RegisterSheets(CCSSFileTree& tree, const std::string* first) {
 // False when the sheet need not be read again in this operation, or has no entry in the tables.
 bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
   if (registrar_.IsHidden(*sheet)) return false;
-  const int number = AddTarget(*sheet, siteRoot_);
+  const int number = AddFile(*sheet, siteRoot_);
   if (number < 0 || !Registered().insert(number).second) return false;
   if (HasStyleLinks(number)) {
     RegisterIfMisread(*sheet, number);
@@ -226,7 +226,7 @@ UrlID SiteCSSUtil::AddPlace(std::string_view text, const std::string& place, boo
   if (isExternal) {
     registrar_.AddUrl(answer, to);
   } else {
-    to.id = AddTarget(answer, siteRoot);
+    to.id = AddFile(answer, siteRoot);
   }
   return to;
 }
@@ -235,16 +235,6 @@ UrlID SiteCSSUtil::AddPlace(std::string_view text, const std::string& place, boo
 // file.
 int SiteCSSUtil::OffsetInFile(int offset) const {
   return inPage_ ? registrar_.OffsetInFile(offset) : offset;
-}
-
-// AddFile() for a file that many pages may refer to: once in an operation is enough.
-int SiteCSSUtil::AddTarget(const std::string& path, const std::string& siteRoot) {
-  OperationMemo* const memo = manager_->GetOperationMemo();
-  if (memo == nullptr) return AddFile(path, siteRoot);
-  if (const std::int32_t* const known = memo->styleTargets.Find(path)) return *known;
-  const int number = AddFile(path, siteRoot);
-  if (number >= 0) memo->styleTargets.Put(path, number);
-  return number;
 }
 
 int SiteCSSUtil::AddFile(const std::string& path, const std::string& siteRoot) {

@@ -71,7 +71,6 @@ class SiteCSSUtil {
                      const std::string& siteRoot);
   UrlID AddPlace(std::string_view text, const std::string& place, bool isExternal,
                  const std::string& siteRoot);
-  [[nodiscard]] int AddTarget(const std::string& path, const std::string& siteRoot);
   [[nodiscard]] int AddFile(const std::string& path, const std::string& siteRoot);
   std::vector<SiteLinkRec> ListStyleLinks(int pathNumber) const;
   bool HasStyleLinks(int pathNumber) const;
