@@ -9,6 +9,7 @@
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
+#include "findings/dump_json.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -195,7 +196,7 @@ void PrintRecord(const char* table, const DumpedRecord& record) {
   for (const DumpedWord& word : record.words) {
     const Json value = WordAsJson(word);
     if (value.is_null() || (value.is_array() && value.empty())) continue;
-    Print("  {}={}", word.name, value.dump(-1, ' ', false, Json::error_handler_t::replace));
+    Print("  {}={}", word.name, DumpJson(value));
   }
   Print("\n");
 }
@@ -211,9 +212,7 @@ struct DumpOutput {
     if (output.options.json) {
       output.rows.Add(RecordAsJson(output.table, record));
     } else if (output.options.format == FindingFormat::kJsonl) {
-      Print(
-          "{}\n",
-          RecordAsJson(output.table, record).dump(-1, ' ', false, Json::error_handler_t::replace));
+      Print("{}\n", DumpJson(RecordAsJson(output.table, record)));
     } else {
       PrintRecord(output.table, record);
     }

@@ -6,6 +6,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "findings/dump_json.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -36,11 +37,11 @@ void Warn(std::string_view message) {
 }
 
 void PrintJson(const Json& value) {
-  Print("{}\n", value.dump(2, ' ', false, Json::error_handler_t::replace));
+  Print("{}\n", DumpJson(value, 2));
 }
 
 void JsonRows::Add(const Json& row) {
-  Print("{}{}", empty_ ? "[\n" : ",\n", row.dump(-1, ' ', false, Json::error_handler_t::replace));
+  Print("{}{}", empty_ ? "[\n" : ",\n", DumpJson(row));
   empty_ = false;
 }
 

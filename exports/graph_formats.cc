@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "exports/graph.h"
+#include "findings/dump_json.h"
 #include "findings/escapes.h"
 
 namespace zvrsit {
@@ -78,26 +79,23 @@ std::string FormatDot(const Graph& graph) {
 
 std::string FormatJson(const Graph& graph) {
   using Json = nlohmann::ordered_json;
-  const auto dump = [](const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-  };
-  std::string out = "{\"version\":1,\"site\":" + dump(graph.site) + ",\n\"nodes\":[";
+  std::string out = "{\"version\":1,\"site\":" + DumpJson(graph.site) + ",\n\"nodes\":[";
   const char* separator = "\n";
   for (const GraphNode& node : graph.nodes) {
-    out += separator + dump({{"id", IdOf(node)},
-                             {"kind", NodeKindName(node.kind)},
-                             {"name", node.name},
-                             {"title", node.title.empty() ? Json() : Json(node.title)},
-                             {"stands", node.stands},
-                             {"inner", node.inner}});
+    out += separator + DumpJson({{"id", IdOf(node)},
+                                 {"kind", NodeKindName(node.kind)},
+                                 {"name", node.name},
+                                 {"title", node.title.empty() ? Json() : Json(node.title)},
+                                 {"stands", node.stands},
+                                 {"inner", node.inner}});
     separator = ",\n";
   }
   out += "],\n\"edges\":[";
   separator = "\n";
   for (const GraphEdge& edge : graph.edges) {
-    out += separator + dump({{"from", IdOf(graph.nodes[edge.from])},
-                             {"to", IdOf(graph.nodes[edge.to])},
-                             {"weight", edge.weight}});
+    out += separator + DumpJson({{"from", IdOf(graph.nodes[edge.from])},
+                                 {"to", IdOf(graph.nodes[edge.to])},
+                                 {"weight", edge.weight}});
     separator = ",\n";
   }
   return out + "]}\n";

@@ -3,9 +3,8 @@
 #include <system_error>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include "exports/rows.h"
+#include "findings/dump_json.h"
 #include "findings/escapes.h"
 
 namespace zvrsit {
@@ -77,8 +76,7 @@ class JsonRows : public ExportRows {
       if (IsPlain(*text)) {
         line_ += '"' + *text + '"';
       } else {
-        line_ +=
-            nlohmann::json(*text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+        line_ += DumpJson(*text);
       }
     } else {
       line_ += "null";

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "findings/dump_json.h"
 #include "findings/escapes.h"
 #include "findings/formats.h"
 #include "platform/version.h"
@@ -15,10 +16,6 @@ using Json = nlohmann::ordered_json;
 
 // Raised when a field changes its meaning or goes; not for new ones.
 constexpr int kJsonVersion = 1;
-
-std::string Dump(const Json& value) {
-  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 Json AsJson(const std::vector<std::string>& names) {
   Json array = Json::array();
@@ -34,7 +31,7 @@ void AppendString(std::string& out, std::string_view text) {
     out += text;
     out += '"';
   } else {
-    out += Dump(JsonText(text));
+    out += DumpJson(JsonText(text));
   }
 }
 
@@ -106,21 +103,21 @@ void AppendSarifResult(const Finding& finding, const FindingPlace& place, std::s
 // The findings are written one by one, as there may be many.
 void AppendJson(const FindingReport& report, std::string& out) {
   const SiteTotals& totals = report.totals;
-  std::string head = Dump({{"version", kJsonVersion},
-                           {"folder", JsonText(report.folder)},
-                           {"files", totals.files},
-                           {"pages", totals.pages},
-                           {"sheets", totals.sheets},
-                           {"links", totals.links},
-                           {"urls", totals.urls},
-                           {"seconds", report.seconds},
-                           {"errors", report.Count(Severity::kError)},
-                           {"warnings", report.Count(Severity::kWarning)},
-                           {"places", report.CountPlaces()},
-                           {"changed", AsJson(report.changed)},
-                           {"gone", AsJson(report.gone)},
-                           {"new", AsJson(report.added)},
-                           {"unread", AsJson(report.unread)}});
+  std::string head = DumpJson({{"version", kJsonVersion},
+                               {"folder", JsonText(report.folder)},
+                               {"files", totals.files},
+                               {"pages", totals.pages},
+                               {"sheets", totals.sheets},
+                               {"links", totals.links},
+                               {"urls", totals.urls},
+                               {"seconds", report.seconds},
+                               {"errors", report.Count(Severity::kError)},
+                               {"warnings", report.Count(Severity::kWarning)},
+                               {"places", report.CountPlaces()},
+                               {"changed", AsJson(report.changed)},
+                               {"gone", AsJson(report.gone)},
+                               {"new", AsJson(report.added)},
+                               {"unread", AsJson(report.unread)}});
   head.pop_back();
   out += head + ",\n\"findings\": [";
   const char* separator = "\n";
@@ -143,9 +140,9 @@ void AppendSarif(const FindingReport& report, std::string& out) {
   const Json driver = {{"name", "zvrsit"}, {"version", Version()}, {"rules", SarifRules()}};
   out +=
       "{\"$schema\": \"https://json.schemastore.org/sarif-2.1.0.json\", \"version\": \"2.1.0\", ";
-  out += "\"runs\": [{\"tool\": {\"driver\": " + Dump(driver) + "},\n";
+  out += "\"runs\": [{\"tool\": {\"driver\": " + DumpJson(driver) + "},\n";
   out += "\"columnKind\": \"unicodeCodePoints\", \"originalUriBaseIds\": {\"SITE\": {\"uri\": " +
-         Dump("file://" + UrlOfPath(report.folder)) + "}},\n\"results\": [";
+         DumpJson("file://" + UrlOfPath(report.folder)) + "}},\n\"results\": [";
   const char* separator = "\n";
   for (const Finding& finding : report.findings) {
     for (const FindingPlace& place : finding.places) {
