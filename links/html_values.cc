@@ -163,13 +163,13 @@ constexpr std::string_view kAddressMetas[] = {"og:url",
                                               "msapplication-wide310x150logo",
                                               "msapplication-square310x310logo"};
 
+}  // namespace
+
 std::string_view Trimmed(std::string_view text) {
   SkipSpaces(text);
   while (!text.empty() && IsHtmlSpace(text.back())) text.remove_suffix(1);
   return text;
 }
-
-}  // namespace
 
 void AppendWords(std::string_view list, std::vector<std::string_view>& words) {
   for (SkipSpaces(list); !list.empty(); SkipSpaces(list)) {

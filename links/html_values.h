@@ -7,6 +7,9 @@
 
 namespace zvrsit {
 
+// A text without the white space at its ends.
+std::string_view Trimmed(std::string_view text);
+
 // The URLs of the image candidates of a srcset attribute ("parse a srcset attribute"), in order;
 // candidates with bad descriptors are left out. Appends views of `srcset`.
 void AppendImageCandidates(std::string_view srcset, std::vector<std::string_view>& urls);

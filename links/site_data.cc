@@ -5,6 +5,7 @@
 
 #include "dom/document.h"
 #include "links/extractor.h"
+#include "links/html_values.h"
 #include "links/json_references.h"
 #include "links/page_types.h"
 #include "links/redirect_rules.h"
@@ -15,13 +16,6 @@ namespace zvrsit {
 namespace {
 
 constexpr auto kNoPlace = std::string_view::npos;
-
-// Takes white space from both ends.
-std::string_view Stripped(std::string_view text) {
-  while (!text.empty() && IsHtmlSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsHtmlSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 // One file, filling the rows.
 class DataExtraction {
@@ -52,8 +46,8 @@ class DataExtraction {
     ForEachLine([this](std::string_view line) {
       line = line.substr(0, line.find('#'));
       const std::size_t colon = line.find(':');
-      if (colon == kNoPlace || !EqualsLower(Stripped(line.substr(0, colon)), "sitemap")) return;
-      AddPart(LT_SITEMAP, Stripped(line.substr(colon + 1)));
+      if (colon == kNoPlace || !EqualsLower(Trimmed(line.substr(0, colon)), "sitemap")) return;
+      AddPart(LT_SITEMAP, Trimmed(line.substr(colon + 1)));
     });
   }
 
@@ -80,11 +74,11 @@ class DataExtraction {
 
   void AddText(const Text& text) {
     if (!text) return;
-    const std::string_view raw = Stripped(text.rawData());
+    const std::string_view raw = Trimmed(text.rawData());
     const bool isPlain = text.kind() == TextKind::kCdata || raw.find('&') == kNoPlace;
     const std::string decoded = isPlain ? std::string() : text.data(true);
     LinkRow& row = AddPart(LT_SITEMAP, raw);
-    if (!isPlain) row.target = rows_.Keep(Stripped(decoded));
+    if (!isPlain) row.target = rows_.Keep(Trimmed(decoded));
   }
 
   // `part` is one of the text.

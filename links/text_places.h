@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "links/ignored_tag.h"
 #include "links/link_place.h"
 #include "platform/code_page.h"
 #include "platform/code_page_text.h"
@@ -24,6 +25,13 @@ class TextPlaces {
       SkipTo(offset);
     }
     return place_;
+  }
+
+  // The same for a reference of a page, which says whether it is to be told of.
+  LinkPlace OfReference(std::size_t offset) {
+    LinkPlace place = Of(offset);
+    place.isIgnored = IsIgnoredAt(text_, offset);
+    return place;
   }
 
  private:

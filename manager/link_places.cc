@@ -89,8 +89,7 @@ class WantedLinks {
     std::sort(all.begin(), all.end());
     TextPlaces places(text);
     for (const auto& [offset, link] : all) {
-      link->answer->push_back(places.Of(offset));
-      link->answer->back().isIgnored = isPage_ && IsIgnoredAt(text, offset);
+      link->answer->push_back(isPage_ ? places.OfReference(offset) : places.Of(offset));
     }
     for (auto& [ignored, links] : links_) {
       for (WantedLink& link : links) link.found.clear();
@@ -147,8 +146,7 @@ class RegisteredPlaces {
     TextPlaces places(bytes.substr(start));
     for (const AskedLink& link : links) {
       const auto offset = static_cast<std::size_t>(link.rec.offset);
-      link.answer->push_back(places.Of(offset - start));
-      link.answer->back().isIgnored = IsIgnoredAt(bytes, offset);
+      link.answer->push_back(places.OfReference(offset - start));
     }
     return true;
   }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 
-#include "links/ignored_tag.h"
 #include "links/text_places.h"
 
 namespace zvrsit {
@@ -19,9 +18,7 @@ void KeptPlaces::EndPage(const UrlID& page, std::string_view text) {
   TextPlaces places(text);
   for (const Noted& link : noted_) {
     if (!kept_.empty() && link.number < kept_.back().number) isSorted_ = false;
-    LinkPlace place = places.Of(link.offset);
-    place.isIgnored = IsIgnoredAt(text, link.offset);
-    kept_.push_back({link.number, page.id, link.offsetInFile, place});
+    kept_.push_back({link.number, page.id, link.offsetInFile, places.OfReference(link.offset)});
   }
   noted_.clear();
 }
