@@ -7,6 +7,7 @@
 #include "cli/freshness.h"
 #include "cli/output.h"
 #include "cli/url_commands.h"
+#include "findings/owned_cells.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -34,10 +35,6 @@ const char* FileTypeName(int type) {
   return "FT_OTHER";
 }
 
-struct CellsBack {
-  void operator()(Cells* cells) const { SiteMgr::DeleteVecRecCell(cells); }
-};
-
 // A file that was never seen on disk has neither size nor time.
 Json CellAsJson(const std::string& name, const SiteRecCell& cell) {
   Json row{{"name", JsonText(name)}};
@@ -64,7 +61,7 @@ void PrintCell(const std::string& name, const SiteRecCell& cell, bool inSite) {
 int RunQuery(const Options& options, const std::string& site, Query query, bool endsInNul) {
   Session session(options, Database::kAsk);
   session.OpenToAsk(site);
-  const std::unique_ptr<Cells, CellsBack> cells(query(session.manager()));
+  const OwnedCells cells(query(session.manager()));
   if (cells == nullptr) {
     throw Failure(kDatabase, "the tables of \"" + site + "\" cannot be read");
   }

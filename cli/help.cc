@@ -134,7 +134,8 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
                                      CLI::AppFormatMode) const {
   std::string help;
   AppendWrapped(app->get_description(), 0, help);
-  AppendWrapped(make_usage(app, name).substr(0, make_usage(app, name).find('\n')), 9, help);
+  const std::string usage = make_usage(app, name);
+  AppendWrapped(std::string_view(usage).substr(0, usage.find('\n')), 9, help);
   help += '\n';
   std::string seldom;
   for (const CLI::Option* const option : app->get_options()) {

@@ -7,6 +7,7 @@
 #include "cli/external_check.h"
 #include "cli/freshness.h"
 #include "cli/output.h"
+#include "findings/owned_cells.h"
 #include "findings/url_check.h"
 
 namespace zvrsit::cli {
@@ -30,13 +31,12 @@ std::vector<UrlResult> ResultsOfAll(Session& session, const std::vector<LinkedUr
   std::map<int, std::size_t> places;  // in `linked`, by record number
   for (std::size_t i = 0; i < linked.size(); ++i) places[linked[i].id.id] = i;
   std::vector<UrlResult> results;
-  vec<SiteRecCell>* const urls = session.manager().EnumUrl();
+  const OwnedCells urls(session.manager().EnumUrl());
   for (std::size_t i = 0; urls != nullptr && i < urls->size(); ++i) {
     const auto place = places.find((*urls)[i].GetID().id);
     results.push_back(place == places.end() ? Unasked((*urls)[i].GetName())
                                             : asked.results[place->second]);
   }
-  SiteMgr::DeleteVecRecCell(urls);
   return results;
 }
 

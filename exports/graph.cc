@@ -9,18 +9,14 @@
 
 #include "exports/folding.h"
 #include "findings/escapes.h"
+#include "findings/owned_cells.h"
 #include "links/link_type.h"
 #include "manager/site_mgr.h"
+#include "util/ascii.h"
 #include "util/file_type.h"
 
 namespace zvrsit {
 namespace {
-
-using Cells = vec<SiteRecCell>;
-struct CellsBack {
-  void operator()(Cells* cells) const { SiteMgr::DeleteVecRecCell(cells); }
-};
-using OwnCells = std::unique_ptr<Cells, CellsBack>;
 
 // The host of a URL, with its port; empty for none.
 std::string HostOf(const std::string& url) {
@@ -29,7 +25,7 @@ std::string HostOf(const std::string& url) {
   const std::size_t begin = slashes + 2;
   std::string host = url.substr(begin, url.find_first_of("/?#\\", begin) - begin);
   host.erase(0, host.rfind('@') + 1);
-  for (char& c : host) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  LowerAsciiLetters(host);
   return host;
 }
 
@@ -77,7 +73,7 @@ class GraphReader {
 
  private:
   int ReadFiles() {
-    const OwnCells cells(manager_.EnumPath());
+    const OwnedCells cells(manager_.EnumPath());
     if (cells == nullptr) return -1;
     for (const SiteRecCell& cell : *cells) {
       const bool isThere = cell.GetFlag() != 0;
@@ -92,7 +88,7 @@ class GraphReader {
   }
 
   int ReadHosts() {
-    const OwnCells cells(manager_.EnumUrl());
+    const OwnedCells cells(manager_.EnumUrl());
     if (cells == nullptr) return -1;
     std::unordered_map<std::string, std::size_t> hosts;
     for (const SiteRecCell& cell : *cells) {

@@ -7,6 +7,7 @@
 
 #include "exports/words.h"
 #include "findings/escapes.h"
+#include "findings/owned_cells.h"
 #include "manager/site_mgr.h"
 #include "platform/version.h"
 
@@ -118,10 +119,9 @@ class SiteExport {
 
   int ReadFamily() {
     if (manager_.UpdateLinkFamily() < 0) return -1;
-    vec<SiteRecCell>* const members = manager_.GetFtpMember();
+    const OwnedCells members(manager_.GetFtpMember());
     if (members == nullptr) return -1;
     for (const SiteRecCell& member : *members) family_.insert(member.GetID().id);
-    SiteMgr::DeleteVecRecCell(members);
     return 0;
   }
   int ReadRelations() {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "findings/known_files.h"
+#include "findings/owned_cells.h"
 #include "findings/url_check.h"
 #include "links/folder_documents.h"
 #include "manager/family_marks.h"
@@ -217,7 +218,7 @@ class Collector {
 
   bool AddMalformedUrls() {
     if (!severities_.IsOn(Rule::kMalformedUrl)) return true;
-    vec<SiteRecCell>* const urls = manager_.EnumUrl();
+    const OwnedCells urls(manager_.EnumUrl());
     if (urls == nullptr) return false;
     for (std::size_t i = 0; i < urls->size(); ++i) {
       const std::string fault = FaultOfUrl((*urls)[i].GetName());
@@ -226,7 +227,6 @@ class Collector {
       AddLinksToUrl(
           {(*urls)[i].GetID(), Rule::kMalformedUrl, url, url + " is no URL: " + fault, ""});
     }
-    SiteMgr::DeleteVecRecCell(urls);
     return true;
   }
 
@@ -291,13 +291,12 @@ class Collector {
       }
     }
     if (!severities_.IsOn(Rule::kUnusedFile)) return;
-    vec<SiteRecCell>* const unused = manager_.GetUnusedFiles();
+    const OwnedCells unused(manager_.GetUnusedFiles());
     for (std::size_t i = 0; unused != nullptr && i < unused->size(); ++i) {
       const SiteRecCell& cell = (*unused)[i];
       if (cell.GetFileType() == FT_HTML) continue;
       AddLonely(Rule::kUnusedFile, cell.GetID().id, "nothing refers to this file");
     }
-    SiteMgr::DeleteVecRecCell(unused);
   }
 
   void AddLonely(Rule rule, int number, const char* message) {

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "findings/known_files.h"
+#include "findings/owned_cells.h"
 #include "findings/url_check.h"
 #include "links/link_type.h"
 #include "manager/site_mgr.h"
@@ -39,14 +40,13 @@ std::vector<LinkedUrl> ListLinkedUrls(SiteMgr& manager, const std::string& folde
     return false;
   };
   std::vector<LinkedUrl> linked;
-  vec<SiteRecCell>* const urls = manager.EnumUrl();
+  const OwnedCells urls(manager.EnumUrl());
   for (std::size_t i = 0; urls != nullptr && i < urls->size(); ++i) {
     const std::string url = (*urls)[i].GetName();
     const std::string shown = WithoutCredentials(url.substr(0, url.find('#')));
     if (!IsWebUrl(url) || ignores.HaveTarget(shown)) continue;
     if (isLinkedTo((*urls)[i].GetID(), url)) linked.push_back({(*urls)[i].GetID(), url});
   }
-  SiteMgr::DeleteVecRecCell(urls);
   return linked;
 }
 

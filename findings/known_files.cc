@@ -1,4 +1,5 @@
 #include "findings/known_files.h"
+#include "findings/owned_cells.h"
 
 #include <algorithm>
 
@@ -15,7 +16,7 @@ std::string LastName(const std::string& name) {
 }  // namespace
 
 KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder) {
-  vec<SiteRecCell>* const cells = manager.EnumPath();
+  const OwnedCells cells(manager.EnumPath());
   for (std::size_t i = 0; cells != nullptr && i < cells->size(); ++i) {
     const SiteRecCell& cell = (*cells)[i];
     const std::string path = cell.GetName();
@@ -27,7 +28,6 @@ KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder) {
     files_[number] = {std::move(native), cell.GetFlag() != 0};
     numbers_.push_back(cell.GetID().id);
   }
-  SiteMgr::DeleteVecRecCell(cells);
 }
 
 const std::string& KnownFiles::Of(int number) const {

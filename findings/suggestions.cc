@@ -3,6 +3,8 @@
 #include <array>
 #include <bit>
 
+#include "util/ascii.h"
+
 namespace zvrsit {
 namespace {
 
@@ -14,9 +16,7 @@ constexpr std::size_t kShortest = 4;
 // In lower case, as far as letters are ASCII.
 std::string Folded(std::string_view name) {
   std::string folded(name);
-  for (char& c : folded) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-  }
+  LowerAsciiLetters(folded);
   return folded;
 }
 
