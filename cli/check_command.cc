@@ -55,7 +55,8 @@ int Examine(const Options& options, const GivenSite& site, const Selection& sele
   folder.Remove();  // from here on an interrupt ends the program
   FindAll(session, top, wanted, report,
           AskExternal(options, session, selection, wanted, site.baseUrl.value_or("")));
-  const SiteChanges changes = CompareSite(session);
+  SiteChanges changes;
+  session.manager().ListUnread(changes);
   TellUnread(session, changes);
   NoteChanges(session, changes, report);
   session.Discard();

@@ -1,4 +1,7 @@
 // The tables of the open site beside its files on disk.
+#include <algorithm>
+#include <iterator>
+#include <string>
 #include <utility>
 
 #include "manager/record_access.h"
@@ -11,6 +14,14 @@
 namespace zvrsit {
 
 namespace {
+
+// Whether a page that the walk leaves out belongs to the site all the same.
+bool IsKnown(const SitePathDB& paths, const std::string& native) {
+  std::string path;
+  SitePathRec rec;
+  return platform::FromNativePath(native, path) && paths.Get(paths.Find(path), rec) == 0 &&
+         rec.exists != 0;
+}
 
 // One comparison.
 class Comparison {
@@ -33,7 +44,7 @@ class Comparison {
     steps.nextFolder = [] { return 0; };
     steps.unlisted = [this](const std::string& name) { changes_.unlisted.push_back(name); };
     steps.leftOut = [this](const std::string& native) {
-      if (!IsKnown(native)) changes_.leftOut.push_back(native);
+      if (!IsKnown(paths_, native)) changes_.leftOut.push_back(native);
     };
     return steps;
   }
@@ -75,14 +86,6 @@ class Comparison {
     }
   }
 
-  // Whether a page that the walk leaves out belongs to the site all the same.
-  bool IsKnown(const std::string& native) const {
-    std::string path;
-    SitePathRec rec;
-    return platform::FromNativePath(native, path) && paths_.Get(paths_.Find(path), rec) == 0 &&
-           rec.exists != 0;
-  }
-
   const SitePathDB& paths_;
   const RecordedFiles recorded_;
   const PageTypes* const types_;  // null for none
@@ -99,6 +102,22 @@ int SiteMgr::CompareWithDisk(SiteChanges& changes) {
   SiteWalk(comparison.Steps(), inside->types(), inside->ignoreHook, inside->ignoreContext)
       .Run(*inside->siteFolder, 0);
   comparison.MeetOthers();
+  return 0;
+}
+
+int SiteMgr::ListUnread(SiteChanges& changes) const {
+  changes = {};
+  if (!inside->siteFolder || !HasFiles(pathDB)) return -1;
+  ForEachNumber(*pathDB, [&](int number) {
+    SitePathRec rec;
+    if (pathDB->Get(number, rec) < 0 || rec.exists == 0 || rec.unread == SitePathRec::kRead) return;
+    std::string path(pathDB->TextView(rec.name));
+    if (HoldsLinks(path, rec, inside->types())) changes.unread.push_back(std::move(path));
+  });
+  std::ranges::copy_if(inside->skippedByRebuild, std::back_inserter(changes.unlisted),
+                       [](const std::string& path) { return path.back() == '\\'; });
+  std::ranges::copy_if(inside->leftOutByRebuild, std::back_inserter(changes.leftOut),
+                       [&](const std::string& native) { return !IsKnown(*pathDB, native); });
   return 0;
 }
 

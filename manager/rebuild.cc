@@ -75,6 +75,7 @@ const std::vector<std::string>& SiteMgr::SkippedByRebuild() const {
 
 int SiteMgr::Rebuild::Run() {
   manager_.inside->skippedByRebuild.clear();
+  manager_.inside->leftOutByRebuild.clear();
   if (!CanRun()) return -1;
   const Operation operation(manager_);
   if (kind_ == Kind::kComplete) manager_.linksChanged = 1;

@@ -23,7 +23,9 @@ int SiteMgr::Rebuild::WalkFolders() {
   steps.unlisted = [this](const std::string& name) {
     manager_.inside->skippedByRebuild.push_back(name);
   };
-  steps.leftOut = [](const std::string&) {};
+  steps.leftOut = [this](const std::string& native) {
+    manager_.inside->leftOutByRebuild.push_back(native);
+  };
   return SiteWalk(std::move(steps), manager_.inside->types(), manager_.inside->ignoreHook,
                   manager_.inside->ignoreContext)
       .Run(siteDir_, number);

@@ -139,6 +139,9 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // and was changed within the second of its old time. The second one is noticed if the manager
   // only asks (SetLocking) and the file is younger than the tables.
   int CompareWithDisk(SiteChanges& changes);
+  // What the last rebuild of this object did not read, without asking the disk: the last three
+  // lists of `changes`; the others are empty. 0, or -1 without a site.
+  int ListUnread(SiteChanges& changes) const;
 
   // Removes dead records and texts from the files of the open site; numbers do not change. With
   // `all` false, a table is packed only if more than a quarter of one of its files is dead. Every

@@ -61,11 +61,12 @@ struct SiteMgrBase::Inside {
     KeptPlaces places;  // of the last operation
   };
   std::unique_ptr<Kept> kept;
-  // For SiteMgr: what the application wants left out of a site, and what the last rebuild could not
-  // read.
+  // For SiteMgr: what the application wants left out of a site; what the last rebuild could not
+  // read, and (native paths) what it left out because of its name.
   bool (*ignoreHook)(const std::string& path, void* context) = nullptr;
   void* ignoreContext = nullptr;
   std::vector<std::string> skippedByRebuild;
+  std::vector<std::string> leftOutByRebuild;
 };
 
 // While an object of this class lives, the manager remembers what it has found out (OperationMemo).

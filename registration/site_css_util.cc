@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "css/css_control.h"
+#include "dom/document.h"
 #include "links/link_type.h"
 #include "links/served_files.h"
+#include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
 #include "storage/records.h"
@@ -53,13 +55,26 @@ int SiteCSSUtil::CollectPage(const std::string& path, Document* document) {
   if (!IsReady() || cssControl_ == nullptr) return -1;
   CCSSFileTree tree = cssControl_->GetFileTree(path, document);
   const std::string* const page = tree.getRoot();
-  inPage_ = true;
-  const int result = RegisterTreeNode(page, tree, siteRoot_);
-  inPage_ = false;
-  if (result < 0) return -1;
+  if (RegisterPage(page, tree, document) < 0) return -1;
   RegisterSheets(tree, tree.getFirstChild(page));
   RegisterSheets(tree, tree.getNextSibling(page));
   return 0;
+}
+
+// Registers what the page itself refers to, and keeps the places of what is not there.
+int SiteCSSUtil::RegisterPage(const std::string* page, CCSSFileTree& tree,
+                              const Document* document) {
+  const OperationMemo* const memo = manager_->GetOperationMemo();
+  places_ = memo != nullptr && document != nullptr ? memo->places : nullptr;
+  if (places_ != nullptr) places_->BeginPage();
+  inPage_ = true;
+  const int result = RegisterTreeNode(page, tree, siteRoot_);
+  inPage_ = false;
+  if (places_ != nullptr) {
+    places_->EndPage(UrlID(kKindPath, pathTable_->Find(*page)), document->text());
+  }
+  places_ = nullptr;
+  return result;
 }
 
 int SiteCSSUtil::CollectSheet(const std::string& path) {
@@ -204,8 +219,10 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
   const int type = static_cast<int>(StyleLinkType(tree.getType(child)));
   if (registrar_.rules().storesOffsets) {
     // As AddLink: a link that cannot be added is passed over.
-    static_cast<void>(
-        linkTable_->Add(text, from, to, "", type, OffsetInFile(tree.getOffset(child))));
+    const int offset = OffsetInFile(tree.getOffset(child));
+    const int link = linkTable_->Add(text, from, to, "", type, offset);
+    registrar_.NotePlace(places_, link, to, static_cast<std::size_t>(tree.getOffset(child)),
+                         offset);
   } else {
     manager_->AddLink(text, from, to, type);
   }

@@ -15,6 +15,7 @@ namespace zvrsit {
 class CCSSControl;
 class CCSSFileTree;
 class Document;
+class KeptPlaces;
 class SiteLinkDB;
 class SiteMgrBase;
 class SitePathDB;
@@ -59,6 +60,8 @@ class SiteCSSUtil {
 
  private:
   bool IsReady() const;
+  [[nodiscard]] int RegisterPage(const std::string* page, CCSSFileTree& tree,
+                                 const Document* document);
   bool DependsOnCharset(const std::string& path) const;
   std::string CharsetOfReferrer(int sheet) const;
   bool WaitsForPage(int sheet);
@@ -84,8 +87,9 @@ class SiteCSSUtil {
   SiteLinkDB* linkTable_;
   TargetRegistrar registrar_;
   std::string siteRoot_;
-  bool inPage_ = false;  // the references being registered are the page's own
-  int sheet_ = -1;       // the path number of the sheet that is collected for its own sake
+  bool inPage_ = false;           // the references being registered are the page's own
+  KeptPlaces* places_ = nullptr;  // of that page; null when nobody wants them
+  int sheet_ = -1;                // the path number of the sheet that is collected for its own sake
   std::unordered_set<std::int32_t> registered_;  // in place of the operation's, outside of one
 };
 

@@ -292,10 +292,8 @@ Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, FoundStrin
                        ? linkTable->Add(row.target, text, page, target, alternative, code, offset)
                        : -1;
   if (link >= 0) {
-    const bool isWanted = places_ != nullptr && offset >= 0 && row.type != LT_APPLET_FILE;
-    if (isWanted && target.kind == kKindPath &&
-        places_->IsMissing(target.id, [&] { return IsKnownFile(target.id); })) {
-      places_->Note(link, row.offset, offset);
+    if (row.type != LT_APPLET_FILE) {
+      registrar_.NotePlace(places_, link, target, row.offset, offset);
     }
     return Outcome::kDone;
   }
@@ -393,18 +391,11 @@ Outcome SiteDOMUtil::RegisterTarget(std::string_view target, UrlID& place) {
 Outcome SiteDOMUtil::RegisterFile(std::string_view target, std::string& path, UrlID& place) {
   ServedFiles& served = *memo_->served;
   place = UrlID(kKindPath, pathTable->Find(path));
-  if (!served.mayPassFiles() && IsKnownFile(place.id)) return Outcome::kDone;
+  if (!served.mayPassFiles() && registrar_.IsKnownFile(place.id)) return Outcome::kDone;
   if (rules_.findsFolderDocuments && served.Serve(target, path) == TargetKind::kExternal) {
     return registrar_.AddUrl(path, place);
   }
   return registrar_.AddFile(path, siteFolder_, TargetRegistrar::From::kPage, place);
-}
-
-// Whether CheckPath would leave this entry as it is.
-bool SiteDOMUtil::IsKnownFile(int pathNumber) const {
-  std::int32_t exists = 0;
-  return pathNumber >= 0 && pathTable->GetNumber(pathNumber, &SitePathRec::exists, exists) == 0 &&
-         exists != 0;
 }
 
 }  // namespace zvrsit

@@ -71,7 +71,6 @@ class SiteDOMUtil {
                                    UrlID& target);
   [[nodiscard]] Outcome RegisterTarget(std::string_view target, UrlID& place);
   [[nodiscard]] Outcome RegisterFile(std::string_view target, std::string& path, UrlID& place);
-  bool IsKnownFile(int pathNumber) const;
   bool TakesDefaultName(const LinkRow& row) const;
 
   SiteMgrBase* manager;

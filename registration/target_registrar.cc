@@ -1,6 +1,7 @@
 #include "registration/target_registrar.h"
 
 #include "links/server_code.h"
+#include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/site_mgr_base.h"
 #include "tables/site_path_db.h"
@@ -51,6 +52,20 @@ std::int32_t TargetRegistrar::OffsetInFile(std::int64_t offsetInText) const {
   const OperationMemo* const memo = manager_->GetOperationMemo();
   return memo != nullptr ? memo->page.OffsetInFile(offsetInText)
                          : static_cast<std::int32_t>(offsetInText);
+}
+
+bool TargetRegistrar::IsKnownFile(int pathNumber) const {
+  std::int32_t exists = 0;
+  return pathNumber >= 0 && paths_->GetNumber(pathNumber, &SitePathRec::exists, exists) == 0 &&
+         exists != 0;
+}
+
+void TargetRegistrar::NotePlace(KeptPlaces* places, int number, const UrlID& target,
+                                std::size_t offsetInText, std::int32_t offsetInFile) const {
+  if (places == nullptr || number < 0 || offsetInFile < 0 || target.kind != kKindPath) return;
+  if (places->IsMissing(target.id, [&] { return IsKnownFile(target.id); })) {
+    places->Note(number, offsetInText, offsetInFile);
+  }
 }
 
 }  // namespace zvrsit

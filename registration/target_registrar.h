@@ -1,6 +1,7 @@
 // Enters in the tables what pages and style sheets refer to. Both use this one class.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 namespace zvrsit {
 
+class KeptPlaces;
 class SiteMgrBase;
 class SitePathDB;
 class SiteUrlDB;
@@ -42,6 +44,12 @@ class TargetRegistrar {
   // The place in the page's file that belongs to a place in its text; -1 when the page had to be
   // converted.
   std::int32_t OffsetInFile(std::int64_t offsetInText) const;
+
+  // Whether CheckPath would leave this entry as it is.
+  bool IsKnownFile(int pathNumber) const;
+  // Keeps where link `number` stands if it leads to a file that is not there. `places` may be null.
+  void NotePlace(KeptPlaces* places, int number, const UrlID& target, std::size_t offsetInText,
+                 std::int32_t offsetInFile) const;
 
  private:
   SiteMgrBase* manager_;

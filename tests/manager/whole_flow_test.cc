@@ -346,6 +346,22 @@ class WholeFlow : public testing::TestWithParam<Life> {
     }
   }
 
+  // Taken from the pages while they were read, if IDs are kept; else the pages are read again.
+  static std::vector<std::string> PlacesOfBrokenLinks(SiteMgr& manager) {
+    const std::unique_ptr<std::vector<int>> links(manager.EnumBrokenLink());
+    std::vector<std::vector<LinkPlace>> places;
+    EXPECT_EQ(manager.FindLinkPlaces(*links, places), 0);
+    std::vector<std::string> told;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      std::string line = "link " + std::to_string((*links)[i]);
+      for (const LinkPlace& place : places[i]) {
+        line += " " + std::to_string(place.line) + ":" + std::to_string(place.column);
+      }
+      told.push_back(std::move(line));
+    }
+    return told;
+  }
+
   Facts FactsOfFreshRebuild(int number) {
     SiteProfile profile;
     EXPECT_EQ(site_.mgr->GetSiteProf("demo", profile), 0);
@@ -356,7 +372,11 @@ class WholeFlow : public testing::TestWithParam<Life> {
     fresh.setDB((site_.folder().path(db) + "\\").c_str(), "sites.R", "servers.R", 0);
     EXPECT_EQ(fresh.SetSiteProf("fresh", profile), 0);
     EXPECT_EQ(fresh.SiteOpen("fresh", 0), 0);
+    fresh.KeepPageIds(true);
     EXPECT_EQ(fresh.SiteRebuildComplete(nullptr), 0);
+    const std::vector<std::string> kept = PlacesOfBrokenLinks(fresh);
+    fresh.KeepPageIds(false);
+    EXPECT_EQ(kept, PlacesOfBrokenLinks(fresh));
     Facts facts = FactsOf(fresh, site_.dir()).all();
     fresh.SiteClose();
     return facts;
