@@ -34,6 +34,8 @@ set(ZVRSIT_EXPORTED_HEADERS
   platform/native_path.h
   platform/version.h
   platform/window.h
+  repair/file_edits.h
+  repair/repair_plan.h
   tables/table_faults.h
   util/file_type.h
   util/site_rec_cell.h
