@@ -76,11 +76,14 @@ std::string ConfigOf(const GivenPaths& given) {
 }
 
 int RunCheck(const Options& options, GivenSite site, GivenPaths given, FindingOptions wanted) {
+  const GivenExternal external = wanted.external;
   if (const auto config = Configure(wanted, ConfigOf(given))) {
     FillFrom(config->site, site);
     if (given.root.empty()) given.root = *config->site.folder;
   }
-  if (WishOf(wanted.external).isWanted) NeedExternalChecks();
+  const bool asksOthers = WishOf(wanted.external).isWanted;
+  NeedUse(external, asksOthers, "--external");
+  if (asksOthers) NeedExternalChecks();
   const Selection selection(given);
   site.folder = selection.root();
   FindingReport report;

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <map>
 #include <optional>
 
+#include "cli/exit_code.h"
 #include "cli/external_check.h"
 #include "cli/interrupts.h"
+#include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "external/own_network.h"
@@ -28,12 +31,21 @@ void TellWhatWasNotAsked(const AskedUrls& asked) {
   }
 }
 
+// libcurl would do without them.
+void NeedFiles(const ExternalSettings& settings) {
+  for (const std::string& name : {settings.netrc, settings.caFile}) {
+    const std::ifstream file(PathOf(name));
+    if (!name.empty() && !file) throw Failure(kFileSystem, name + ": this file cannot be read");
+  }
+}
+
 }  // namespace
 
 void NeedExternalChecks() {}
 
 AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
   ExternalSettings& settings = asking.wish.settings;
+  NeedFiles(settings);
   const std::optional<AskableUrl> live = ParseUrl(asking.baseUrl);
   if (live && !settings.offline && LiesInOwnNetwork(live->host)) settings.privateNetwork = true;
 

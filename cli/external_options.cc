@@ -8,6 +8,8 @@
 #include <iterator>
 #include <optional>
 
+#include "cli/exit_code.h"
+
 namespace zvrsit::cli {
 namespace {
 
@@ -194,6 +196,17 @@ void AddRow(CLI::App& command, const ExternalRow& row, const std::string& name,
 void AddExternalOptions(CLI::App& command, const std::string& wish, GivenExternal& given) {
   for (const ExternalRow& row : kExternalRows)
     AddRow(command, row, *row.option ? row.option : wish, given);
+}
+
+void NeedUse(const GivenExternal& given, bool isWanted, const std::string& wish) {
+  const auto isGiven = [&given](const std::string& key) {
+    const auto value = given.find(key);
+    return value != given.end() && !value->second.empty();
+  };
+  if (isWanted || isGiven("check")) return;
+  for (const ExternalRow& row : kExternalRows) {
+    if (isGiven(row.key)) throw Failure(kUsage, fmt::format("{} wants {}", row.option, wish));
+  }
 }
 
 std::vector<std::string> ExternalKeys() {

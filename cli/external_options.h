@@ -28,6 +28,9 @@ void AddExternalOptions(CLI::App& command, const std::string& wish, GivenExterna
 std::vector<std::string> ExternalKeys();
 // Whether the value of a key names a file.
 bool IsExternalPath(const std::string& key);
+// Throws Failure(kUsage) when one of `given`, which the command line gave, is of no use: nothing is
+// to be asked, and that by no choice of the command line. `wish` as above.
+void NeedUse(const GivenExternal& given, bool isWanted, const std::string& wish);
 // What is wrong with a value of a key; empty for nothing.
 std::string FaultOfExternal(const std::string& key, const std::string& value);
 // The settings; all values are good.

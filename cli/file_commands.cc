@@ -8,6 +8,7 @@
 #include "cli/output.h"
 #include "cli/url_commands.h"
 #include "findings/owned_cells.h"
+#include "findings/url_check.h"
 #include "util/file_type.h"
 
 namespace zvrsit::cli {
@@ -71,10 +72,11 @@ int RunQuery(const Options& options, const std::string& site, Query query, bool 
   for (const SiteRecCell& cell : *cells) {
     const bool isFile = cell.GetID().kind == kKindPath;
     if (endsInNul) {
-      Print("{}{}", isFile ? NativePath(cell.GetName()) : cell.GetName(), '\0');
+      Print("{}{}", isFile ? NativePath(cell.GetName()) : WithoutCredentials(cell.GetName()), '\0');
       continue;
     }
-    const std::string name = isFile ? session.names().Shown(cell.GetName()) : cell.GetName();
+    const std::string name =
+        isFile ? session.names().Shown(cell.GetName()) : WithoutCredentials(cell.GetName());
     if (options.json) {
       rows.Add(CellAsJson(name, cell));
     } else {
@@ -119,7 +121,8 @@ void AddFileCommands(CLI::App& app, const Options& options, Run& run) {
         run = [&options, site, check] { return RunUrlCheck(options, *site, *check); };
         return;
       }
-      run = [&options, site, endsInNul, query] {
+      run = [&options, site, endsInNul, check, query] {
+        NeedUse(check->external, false, "--check");
         return RunQuery(options, *site, query, *endsInNul);
       };
     });

@@ -9,6 +9,7 @@
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 #include "cli/table_files.h"
+#include "findings/url_check.h"
 #include "tables/table_files.h"
 
 namespace zvrsit::cli {
@@ -277,7 +278,7 @@ void Session::FailToChange(const std::string& what) {
 }
 
 std::string Session::ShownEntry(const UrlID& id) {
-  if (id.kind == kKindUrl) return Take(manager_->UrlUrl(id.id));
+  if (id.kind == kKindUrl) return WithoutCredentials(Take(manager_->UrlUrl(id.id)));
   return names_.Shown(
       Take(id.kind == kKindFolder ? manager_->FolderName(id.id) : manager_->UrlPath(id.id)));
 }

@@ -8,6 +8,7 @@
 #include "exports/words.h"
 #include "findings/escapes.h"
 #include "findings/owned_cells.h"
+#include "findings/url_check.h"
 #include "manager/site_mgr.h"
 #include "platform/version.h"
 
@@ -166,7 +167,7 @@ class SiteExport {
   int WriteUrls() {
     rows_.Begin(kUrls);
     return ForEachRecord(TableKind::kUrls, [this](const DumpedRecord& record) {
-      rows_.Add({Number(record.number), Text(TextOf(record, "name"))});
+      rows_.Add({Number(record.number), Text(WithoutCredentials(TextOf(record, "name")))});
     });
   }
 
@@ -199,9 +200,9 @@ class SiteExport {
     rows_.Add({Number(number), Number(link.from.id), isUrl ? ExportValue() : Number(link.to.id),
                isUrl ? Number(link.to.id) : ExportValue(),
                isUrl ? ExportValue() : ExportValue(state), ExportValue(WordOfLinkType(link.type)),
-               Text(link.text), Text(link.alt), Number(link.count),
-               link.offset < 0 ? ExportValue() : Number(link.offset), place(&LinkPlace::line),
-               place(&LinkPlace::column)});
+               Text(isUrl ? WithoutCredentials(link.text) : link.text), Text(link.alt),
+               Number(link.count), link.offset < 0 ? ExportValue() : Number(link.offset),
+               place(&LinkPlace::line), place(&LinkPlace::column)});
   }
 
   void WriteFindings(const FindingReport& report) {

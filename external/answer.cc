@@ -12,11 +12,12 @@ struct StatusWords {
   int status;
   std::string_view words;
 };
-constexpr std::array<StatusWords, 12> kStatusWords{{{400, "bad request"},
+constexpr std::array<StatusWords, 13> kStatusWords{{{400, "bad request"},
                                                     {401, "a login is asked for"},
                                                     {403, "forbidden"},
                                                     {404, "not found"},
                                                     {405, "method not allowed"},
+                                                    {407, "the proxy asks for a login"},
                                                     {410, "gone for good"},
                                                     {429, "too many requests"},
                                                     {451, "withheld for legal reasons"},
@@ -36,7 +37,7 @@ struct FaultWords {
   std::string_view words;
 };
 // By ExternalFault.
-constexpr std::array<FaultWords, 12> kFaultWords{{
+constexpr std::array<FaultWords, 13> kFaultWords{{
     {UrlState::kOk, ""},
     {UrlState::kBroken, "has a host that nobody knows"},
     {UrlState::kBroken, "has a server that cannot be reached"},
@@ -49,12 +50,16 @@ constexpr std::array<FaultWords, 12> kFaultWords{{
     {UrlState::kUnsure, "was not asked, as it lies in this machine's own network"},
     {UrlState::kUnasked, "was not asked, as robots.txt forbids it"},
     {UrlState::kUnasked, "was not asked, and nothing is kept of it"},
+    {UrlState::kUnsure, "was not asked, as its server has too many requests (429)"},
 }};
 
-UrlVerdict JudgeFault(const Answer& answer) {
+UrlVerdict JudgeFault(const Answer& answer, const std::string& after) {
   const FaultWords& fault = kFaultWords[static_cast<std::size_t>(answer.fault)];
   std::string words(fault.words);
   if (!answer.detail.empty()) words += " (" + answer.detail + ")";
+  const bool tellsOfRedirects =
+      answer.fault == ExternalFault::kRedirects || answer.fault == ExternalFault::kScheme;
+  if (!tellsOfRedirects && fault.state != UrlState::kUnasked) words += after;
   return {fault.state, std::move(words)};
 }
 
@@ -71,8 +76,8 @@ bool MayPass(int status) {
 }
 
 UrlVerdict Judge(const Answer& answer, const ExternalSettings& settings) {
-  if (answer.fault != ExternalFault::kNone) return JudgeFault(answer);
   const std::string after = answer.endedAt.empty() ? "" : ", after a redirect to " + answer.endedAt;
+  if (answer.fault != ExternalFault::kNone) return JudgeFault(answer, after);
   if (!IsAccepted(answer.status, settings)) {
     const UrlState state = MayPass(answer.status) ? UrlState::kUnsure : UrlState::kBroken;
     return {state, WordsOfStatus(answer.status) + after};

@@ -26,7 +26,8 @@ enum class ExternalFault : std::uint8_t {
   // These are never kept:
   kOwnNetwork = 9,
   kRobots = 10,
-  kNotKept = 11,  // nothing is kept of it, and nothing was to be asked
+  kNotKept = 11,    // nothing is kept of it, and nothing was to be asked
+  kLeftAlone = 12,  // its server has answered 429, and wants to be left alone
 };
 
 enum class FragmentState : std::uint8_t { kFound = 0, kMissing = 1, kUnknown = 2 };

@@ -1,6 +1,7 @@
 #include "external/asker.h"
 
 #include <curl/curl.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <chrono>
@@ -17,6 +18,8 @@ namespace {
 
 // So many requests that fail without any answer of a server mean that none will come.
 constexpr int kMostFailures = 3;
+// So many URLs that a server answers with 429 to the last mean that it wants to be left alone.
+constexpr int kMostRefusals = 3;
 // Redirects of robots.txt that are followed (RFC 9309).
 constexpr int kMostRobotsRedirects = 5;
 constexpr std::chrono::milliseconds kLongestPoll{100};
@@ -37,6 +40,7 @@ struct Task {
   int tries = 0;
   int redirects = 0;
   bool allForGood = true;  // the redirects until now
+  std::string fragment;    // the one that they name; empty for none
   Answer answer;
 };
 
@@ -48,8 +52,10 @@ ExternalFault FaultOf(const Response& response) {
   if (response.metOwnNetwork && response.code == CURLE_COULDNT_CONNECT) {
     return ExternalFault::kOwnNetwork;
   }
+  if (response.proxyStatus / 100 > 2) return ExternalFault::kUnreachable;
   switch (response.code) {
     case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_URL_MALFORMAT:  // letters that no host can have
       return ExternalFault::kUnknownHost;
     case CURLE_COULDNT_CONNECT:
     case CURLE_COULDNT_RESOLVE_PROXY:
@@ -78,6 +84,9 @@ ExternalFault FaultOf(const Response& response) {
 
 std::string DetailOf(const Response& response, ExternalFault fault) {
   if (response.headersTooLong) return "its header lines are too long";
+  if (response.proxyStatus / 100 > 2) {
+    return fmt::format("the proxy answers {}", response.proxyStatus);
+  }
   if (response.code == CURLE_COULDNT_RESOLVE_PROXY || response.code == CURLE_PROXY) {
     return "it is the proxy that fails";
   }
@@ -271,11 +280,34 @@ class Run {
     const bool asksToWait = response.status == 429 || response.retryAfter.has_value();
     if (!isGood && !task.usesGet && !asksToWait) return TryWithGet(number);
     if (!isGood && MayPass(response.status) && TryLater(number, response)) return;
-    if (isGood && !task.question->fragments.empty()) {
+    NoteRefusal(*task.server, response);
+    if (isGood) LookAtPage(task, response);
+    Finish(number, ExternalFault::kNone);
+  }
+
+  static void LookAtPage(Task& task, const Response& response) {
+    if (task.question->fragments.empty()) return;
+    if (task.fragment.empty()) {
       task.answer.fragments = LookForFragments(
           {response.body, response.contentType, !response.isCut}, task.question->fragments);
+      return;
     }
-    Finish(number, ExternalFault::kNone);
+    // The browser goes where the redirect says; the fragments of the links do not count.
+    for (const std::string& fragment : task.question->fragments) {
+      task.answer.fragments.emplace_back(fragment, FragmentState::kFound);
+    }
+  }
+
+  // Nothing more is asked of a server that wants us to wait for too long, or refuses URL after URL.
+  void NoteRefusal(Server& server, const Response& response) {
+    if (response.status != 429) {
+      server.refusals = 0;
+      return;
+    }
+    const bool isTooLong = response.retryAfter && *response.retryAfter > settings_.longestWait;
+    if (!isTooLong && ++server.refusals < kMostRefusals) return;
+    server.dead.emplace().fault = ExternalFault::kLeftAlone;
+    server.notBefore = {};  // what waits for it need not
   }
 
   void TakeFault(std::size_t number, const Response& response) {
@@ -290,7 +322,7 @@ class Run {
     task.answer.status = 0;
     task.answer.detail = DetailOf(response, fault);
     if (fault == ExternalFault::kLost && !task.usesGet) return TryWithGet(number);
-    if (mayPass && !task.server->dead && TryLater(number, response)) return;
+    if (mayPass && TryLater(number, response)) return;
     NoteFailure(*task.server, task.answer, fault);
     Finish(number, fault);
   }
@@ -312,7 +344,7 @@ class Run {
   // False when it has been tried often enough, or would have to wait for too long.
   bool TryLater(std::size_t number, const Response& response) {
     Task& task = tasks_[number];
-    if (task.tries >= settings_.retries) return false;
+    if (task.tries >= settings_.retries || task.server->dead) return false;
     ExternalSettings::Milliseconds delay = settings_.retryDelay * (1 << std::min(task.tries, 10));
     if (response.retryAfter) delay = *response.retryAfter;
     if (delay > settings_.longestWait) return false;
@@ -334,7 +366,10 @@ class Run {
     next->user = isOfFirst ? first.user : "";
     next->password = isOfFirst ? first.password : "";
     task.allForGood = task.allForGood && (response.status == 301 || response.status == 308);
-    if (task.allForGood) task.answer.movedTo = next->url;
+    if (!next->fragment.empty()) task.fragment = next->fragment;
+    if (task.allForGood) {
+      task.answer.movedTo = next->url + (task.fragment.empty() ? "" : "#" + task.fragment);
+    }
     task.answer.endedAt = next->url;
     task.url = *std::move(next);
     Enqueue(number, true);

@@ -140,11 +140,10 @@ std::optional<Answer> KeptAnswers::Find(const std::string& url) {
 }
 
 void KeptAnswers::Keep(const std::string& url, const Answer& answer) {
-  if (database_ == nullptr || !fault_.empty()) return;
-  if (!hasUnwritten_) {
-    if (!Execute("BEGIN IMMEDIATE")) return Fail();
-    hasUnwritten_ = true;
-  }
+  if (database_ != nullptr && fault_.empty()) unwritten_.emplace_back(url, answer);
+}
+
+void KeptAnswers::WriteOne(const std::string& url, const Answer& answer) {
   sqlite3_stmt* const keep = keep_.get();
   BindText(keep, 1, url);
   sqlite3_bind_int64(keep, 2, answer.time);
@@ -176,8 +175,10 @@ void KeptAnswers::WriteSometimes() {
 }
 
 void KeptAnswers::Write() {
-  if (!hasUnwritten_) return;
-  hasUnwritten_ = false;
+  const auto answers = std::exchange(unwritten_, {});
+  if (answers.empty() || !fault_.empty()) return;
+  if (!Execute("BEGIN IMMEDIATE")) return Fail();
+  for (const auto& [url, answer] : answers) WriteOne(url, answer);
   if (!Execute("COMMIT")) {
     Fail();
     sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "external/answer.h"
 
@@ -27,7 +29,8 @@ class KeptAnswers {
 
   // What is kept of a URL, with the fragments that were ever looked for; nothing for none.
   std::optional<Answer> Find(const std::string& url);
-  // Keeps an answer in place of the one before. It is on disk after the next Write.
+  // Keeps an answer in place of the one before. It is on disk, and found, after the next Write.
+  // Until then the file is free for others.
   void Keep(const std::string& url, const Answer& answer);
   // Writes what is not written, if this was not done in the last half second.
   void WriteSometimes();
@@ -48,11 +51,12 @@ class KeptAnswers {
   bool Prepare(const char* sql, Statement& statement);
   bool Step(sqlite3_stmt* statement);  // false: no row
   void Write();
+  void WriteOne(const std::string& url, const Answer& answer);
   void Fail();
 
   std::unique_ptr<sqlite3, Closer> database_;  // null: nothing is kept
   Statement find_, findFragments_, keep_, keepFragment_, dropFragments_;
-  bool hasUnwritten_ = false;
+  std::vector<std::pair<std::string, Answer>> unwritten_;
   std::chrono::steady_clock::time_point lastWritten_{};
   std::string fault_;
 };

@@ -92,7 +92,8 @@ bool IsOwnNetwork(const sockaddr& address) {
   return IsOwn6(v6.sin6_addr.s6_addr);
 }
 
-bool NamesOwnNetwork(const std::string& host) {
+bool NamesOwnNetwork(const std::string& name) {
+  const std::string host = name.substr(0, name.size() - (name.ends_with('.') ? 1 : 0));
   if (host == "localhost" || host.ends_with(".localhost")) return true;
   std::array<std::uint8_t, 16> bytes;
   if (inet_pton(AF_INET, host.c_str(), bytes.data()) == 1) return IsOwn4(bytes);

@@ -12,8 +12,9 @@ namespace zvrsit {
 // written within an IPv6 address (mapped, translated, 6to4). An address of another family is.
 bool IsOwnNetwork(const sockaddr& address);
 
-// The same of a host that is written as such an address, or named localhost. Asks nobody.
-bool NamesOwnNetwork(const std::string& host);
+// The same of a host that is written as such an address, or named localhost, also with the dot of a
+// full name. Asks nobody.
+bool NamesOwnNetwork(const std::string& name);
 
 // Whether a host lies there: by its name, or by one of the addresses that its name has. Asks for
 // them, and waits.

@@ -30,6 +30,7 @@ struct Server {
   Robots robots;
   bool hasAnswered = false;
   int failures = 0;            // in a row, without any answer
+  int refusals = 0;            // in a row, of URLs that were given up after 429
   std::optional<Answer> dead;  // what everything here is answered with
 };
 

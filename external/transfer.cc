@@ -60,6 +60,7 @@ bool Transfer::Begin(const Request& request) {
 void Transfer::SetCommon() {
   CURL* const easy = easy_.get();
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // waits for no slow name server
   curl_easy_setopt(easy, CURLOPT_SHARE, share_);
   curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");  // no file, but cookies
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -143,8 +144,11 @@ curl_socket_t Transfer::OnSocket(void* self, curlsocktype, curl_sockaddr* addres
 Response Transfer::Finish(CURLcode code) {
   CURL* const easy = easy_.get();
   Response& response = response_;
-  response.code = response.isCut && code == CURLE_WRITE_ERROR ? CURLE_OK : code;
+  response.isCut = response.isCut || code == CURLE_BAD_CONTENT_ENCODING;
+  const bool isOurCut = code == CURLE_WRITE_ERROR || code == CURLE_BAD_CONTENT_ENCODING;
+  response.code = response.isCut && isOurCut ? CURLE_OK : code;
   response.status = static_cast<int>(InfoOf<long>(easy, CURLINFO_RESPONSE_CODE, 0));
+  response.proxyStatus = static_cast<int>(InfoOf<long>(easy, CURLINFO_HTTP_CONNECTCODE, 0));
   if (code != CURLE_OK)
     response.error = error_[0] != '\0' ? error_.get() : curl_easy_strerror(code);
   response.contentType = TextInfoOf(easy, CURLINFO_CONTENT_TYPE);

@@ -32,11 +32,14 @@ struct Request {
 struct Response {
   CURLcode code = CURLE_OK;
   int status = 0;           // 0 for none
+  int proxyStatus = 0;      // of a proxy that was to lead through to the server; 0 for none
   std::string error;        // of a failure, in libcurl's words
   std::string location;     // as the server says it; empty for none
   std::string contentType;  // in lower case
   std::string body;         // where it is kept
-  bool isCut = false;       // its body is longer than was wanted; `code` is CURLE_OK then
+  // Its body is longer than was wanted, or could not be unpacked to its end; `code` is CURLE_OK
+  // then.
+  bool isCut = false;
   bool wasConnected = false;
   bool metOwnNetwork = false;  // a connection there was wanted, and was not made
   bool headersTooLong = false;

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 #include <fmt/core.h>
+#include <locale.h>
 
 #include <algorithm>
 #include <array>
@@ -23,6 +24,35 @@ std::string PartOf(CURLU* url, CURLUPart part, unsigned flags = 0) {
   std::string copy(text);
   curl_free(text);
   return copy;
+}
+
+// While it lives, libcurl takes names for UTF-8 in this thread.
+class NamesInUtf8 {
+ public:
+  NamesInUtf8() : own_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
+    if (own_ != nullptr) before_ = uselocale(own_);
+  }
+  ~NamesInUtf8() {
+    if (own_ == nullptr) return;
+    uselocale(before_);
+    freelocale(own_);
+  }
+  NamesInUtf8(const NamesInUtf8&) = delete;
+  NamesInUtf8& operator=(const NamesInUtf8&) = delete;
+
+ private:
+  locale_t own_;
+  locale_t before_ = nullptr;
+};
+
+// The host as name servers know it, or as it stands where none can.
+std::string HostOf(CURLU* url) {
+  const std::string host = PartOf(url, CURLUPART_HOST);
+  const bool isPlain = std::ranges::all_of(host, [](unsigned char c) { return c < 0x80; });
+  if (isPlain) return host;
+  const NamesInUtf8 names;
+  const std::string ascii = PartOf(url, CURLUPART_HOST, CURLU_PUNYCODE);
+  return ascii.empty() ? host : ascii;
 }
 
 std::string LowerCase(std::string text) {
@@ -103,7 +133,7 @@ std::optional<AskableUrl> ParseUrl(std::string_view text, const AskableUrl* base
   if (!SetUrl(AsBrowsersRead(text, parsed.fragment), base, url.get())) return std::nullopt;
   parsed.user = PartOf(url.get(), CURLUPART_USER, CURLU_URLDECODE);
   parsed.password = PartOf(url.get(), CURLUPART_PASSWORD, CURLU_URLDECODE);
-  parsed.host = LowerCase(PartOf(url.get(), CURLUPART_HOST));
+  parsed.host = LowerCase(HostOf(url.get()));
   for (const CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_OPTIONS}) {
     curl_url_set(url.get(), part, nullptr, 0);
   }
@@ -117,15 +147,23 @@ std::optional<AskableUrl> ParseUrl(std::string_view text, const AskableUrl* base
 }
 
 bool LooksLikeLogin(const AskableUrl& url) {
-  constexpr std::array<std::string_view, 5> kWords{"login", "log-in", "signin", "sign-in",
-                                                   "sign_in"};
+  constexpr std::array<std::string_view, 6> kWords{"login",  "log-in",  "log_in",
+                                                   "signin", "sign-in", "sign_in"};
   constexpr std::array<std::string_view, 6> kSegments{"/auth/",  "/oauth/", "/oauth2/",
                                                       "/saml2/", "/saml/",  "/sso/"};
   constexpr std::array<std::string_view, 4> kHosts{"login.", "accounts.", "auth.", "sso."};
   const std::string path = LowerCase(url.path.substr(0, url.path.find('?'))) + "/";
+  const auto isLetter = [&path](std::size_t i) { return path[i] >= 'a' && path[i] <= 'z'; };
   const auto isIn = [&path](std::string_view word) { return path.find(word) != path.npos; };
+  // Not amid letters, as in "cataloging". Paths begin and end with a slash.
+  const auto isWord = [&](std::string_view word) {
+    for (std::size_t at = 0; (at = path.find(word, at + 1)) != path.npos;) {
+      if (!isLetter(at - 1) || !isLetter(at + word.size())) return true;
+    }
+    return false;
+  };
   const auto beginsHost = [&url](std::string_view label) { return url.host.starts_with(label); };
-  return std::ranges::any_of(kWords, isIn) || std::ranges::any_of(kSegments, isIn) ||
+  return std::ranges::any_of(kWords, isWord) || std::ranges::any_of(kSegments, isIn) ||
          std::ranges::any_of(kHosts, beginsHost);
 }
 

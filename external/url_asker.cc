@@ -144,7 +144,10 @@ class Batch {
     result.status = one.answer->status;
     result.time = one.answer->time;
     if (verdict.state == UrlState::kMoved) {
-      result.movedTo = one.answer->movedTo + (place.written.empty() ? "" : "#" + place.written);
+      result.movedTo = one.answer->movedTo;
+      const bool takesOver =
+          !place.written.empty() && result.movedTo.find('#') == std::string::npos;
+      if (takesOver) result.movedTo += "#" + place.written;
     }
     const bool isThere = verdict.state == UrlState::kOk || verdict.state == UrlState::kMoved;
     if (isThere && !place.fragment.empty()) TellFragment(*one.answer, place, result);
@@ -158,7 +161,7 @@ class Batch {
     result.state = isMissing ? UrlState::kMissingFragment : UrlState::kUnsure;
     result.url += "#" + place.written;
     result.words = isMissing ? "has nothing named \"" + place.fragment + "\""
-                             : "is too long to be looked through for \"" + place.fragment + "\"";
+                             : "cannot be looked through to its end for \"" + place.fragment + "\"";
   }
 
   const ExternalSettings& settings_;

@@ -3,6 +3,7 @@
 
 Usage: check_external.py PROGRAM
 """
+import collections
 import json
 import os
 import pathlib
@@ -85,19 +86,21 @@ ROWS = [
     ("/head-dropped", 2, 12, None),
     ("/moved", 1, 9, (MOVED, "/moved has moved for good to /ok?1")),
     ("/moved-308", 1, 1, (MOVED, "to /ok")),
+    ("/moved-to-place", 1, 1, (MOVED, "to /old-page#here")),
     ("/for-now", 1, 9, None),
     ("/moved-then-for-now", 1, 1, (MOVED, "to /for-now")),
     ("/for-now-then-moved", 1, 1, None),
     ("/moved-to-nothing", 1, 1, (BROKEN, "answers 404 (not found), after a redirect to /404")),
+    ("/moved-to-nobody", 1, 1, (BROKEN, "nobody knows, after a redirect to http://nosuch.invalid/y")),
     ("/loop", 11, 11, (BROKEN, "redirects without end")),
     ("/account", 1, 1, (UNSURE, "log in: /users/sign_in?next=/account")),
+    ("/to-cataloging", 1, 1, None),
     ("/to-ftp", 1, 1, (BROKEN, "redirects to what is no http or https URL")),
     ("/to-file", 1, 1, (BROKEN, "redirects to what is no http or https URL")),
     ("/to-password", 1, 1, (MOVED, "for good to /ok")),
     ("/to-mark", 1, 1, (MOVED, "to /%1B]0;x")),
     ("/wait-a-second", 2, 2, None),
     ("/wait-until", 2, 2, None),
-    ("/wait-for-ever", 1, 1, (UNSURE, "answers 429 (too many requests)")),
     ("/later", 3, 4, None),
     ("/dropped-once", 2, 12, None),
     ("/silent", 3, 3, (UNSURE, "did not answer in time")),
@@ -121,7 +124,10 @@ ROWS = [
 def check_rows(top, server):
     site = Site(top, server)
     site.links([row[0] for row in ROWS])
+    with open(site.folder / "site/index.html", "a", encoding="ascii") as page:
+        page.write(f'<a href="{server.address}/404?ignored" data-zvrsit-ignore>x</a>')
     found = site.check(*OWN, *QUICK, code=1)
+    expect("ignored in the page", server.asked("/404?ignored"), 0)
     for path, least, most, wanted in ROWS:
         rule, part = wanted or ("", "")
         seen = found.pop(path, ("", ""))
@@ -151,7 +157,8 @@ def check_fragments(top, server):
     good = ["/page#here", "/page#readme", "/page#old%20name", "/page#caf%C3%A9", "/page#top", "/page#",
             "/page#:~:text=x", "/page#!/route", "/zipped#here", "/old-page#caf%C3%A9", "/paper#page=3"]
     bad = {"/page#gone": FRAGMENT, "/zipped#gone": FRAGMENT, "/page#hidden": FRAGMENT,
-           "/moved#x": FRAGMENT, "/truncated#x": UNSURE, "/bomb#x": UNSURE, "/404#x": BROKEN}
+           "/moved#x": FRAGMENT, "/truncated#x": UNSURE, "/bomb#x": UNSURE, "/404#x": BROKEN,
+           "/moved-to-place#x": MOVED, "/no-gzip#x": UNSURE}
     site.links(good + list(bad))
     begin = server.seen.total()
     found = site.check(*OWN, *QUICK)
@@ -166,6 +173,22 @@ def check_fragments(top, server):
     expect("kept", site.check(*OWN, *QUICK, "--external-fragments"), found)
     expect("nothing asked", server.seen.total() - kept, 0)
     assert begin < kept
+
+
+def check_refusals(top, _):
+    """A server that says again and again that it is asked too much is left alone."""
+    for path, most in ("/wait-for-ever", 6), ("/429", 21):
+        server = Server()
+        site = Site(top, server)
+        site.links([f"{path}?{i}" for i in range(40)])
+        found = site.check(*OWN, *QUICK, "--no-robots", code=0)
+        expect("all are told", (len(found), {rule for rule, _ in found.values()}), (40, {UNSURE}))
+        assert 3 <= server.seen.total() <= most, server.seen
+        messages = collections.Counter(message.split(" ", 1)[1] for _, message in found.values())
+        assert messages["was not asked, as its server has too many requests (429)"] > 30, messages
+        first = server.seen.total()
+        site.check(*OWN, *QUICK, "--no-robots")
+        assert first < server.seen.total(), "those that were not asked are asked the next time"
 
 
 def check_memory(top, server):
@@ -190,6 +213,11 @@ def check_secrets(top, server, certificate):
     expect("passwords", set(site.check(*OWN, *QUICK, "--user-agent", "zvrsit/9 (test)")), {"/404", "/locked?2"})
     site.check(*OWN, *QUICK, "--no-robots", "--broken-age", "0s")
     site.run("check", site.folder / "site", "--external", *OWN, *QUICK)
+    site.run("add", "demo", site.folder / "site", code=0)
+    site.run("rebuild", "demo", code=0)
+    for words in ["urls"], ["links"], ["links", "--format", "json"], ["export", "--to", "jsonl"]:
+        assert plain in site.run(words[0], "demo", *words[1:], code=0), words
+    site.run("site", "delete", "demo", code=0)
     for file in site.folder.joinpath("db").rglob("*"):
         assert not file.is_file() or b"secret" not in file.read_bytes(), file
     netrc = site.folder / "netrc"
@@ -221,11 +249,15 @@ def check_own_network(top, server):
     assert len(found) >= 5, found
     # A proxy may lie there, but is not asked for what lies there.
     proxy = {"http_proxy": server.address}
-    site.links([f"http://127.0.0.1:{port}/404", "http://public.example/ok", "http://public.example/404",
-                "http://no.proxy.invalid/x"])
-    found = site.check(*QUICK, env={**proxy, "no_proxy": "other.example, .proxy.invalid"})
+    own = [f"http://{host}:{port}/404" for host in ("127.0.0.2", "127.0.0.3.", "localhost", "localhost.")]
+    site.links([*own, "http://public.example/ok", "http://public.example/404", "http://no.proxy.invalid/x",
+                "https://public.example/"])
+    found = site.check(*QUICK, env={**proxy, "https_proxy": server.address,
+                                    "no_proxy": "other.example, .proxy.invalid"})
     expect("by proxy", {target: rule for target, (rule, _) in found.items()},
-           {"/404": UNSURE, "http://public.example/404": BROKEN, "http://no.proxy.invalid/x": BROKEN})
+           {**{url: UNSURE for url in own}, "http://public.example/404": BROKEN,
+            "http://no.proxy.invalid/x": BROKEN, "https://public.example/": BROKEN})
+    assert "(the proxy answers 407)" in found["https://public.example/"][1], found
     site.links(["/ok", "/404"])
     expect("the site lies there", set(site.check("--base-url", server.address + "/docs/")), {"/404"})
 
@@ -295,6 +327,14 @@ def check_configuration(top, server):
         assert word in site.err, site.err
     for words in (["--accept", "20"], ["--timeout", "-1"], ["--per-server", "x"]):
         site.run("check", site.folder / "site", "--no-config", "--external", *words, code=2)
+    for words in (["--offline"], ["--external-fragments"], ["--accept", "200"]):
+        site.run("check", site.folder / "site", "--no-config", *words, code=2)
+        assert f"{words[0]} wants --external" in site.err, site.err
+        site.run("urls", "nosuch", *words, code=2)
+        assert f"{words[0]} wants --check" in site.err, site.err
+    for option in "--ca-file", "--netrc":
+        site.run("check", site.folder / "site", "--no-config", "--external", option, "nosuch", code=4)
+        assert "nosuch: this file cannot be read" in site.err, site.err
 
 
 def main():
@@ -307,8 +347,8 @@ def main():
         with open(certificate, "a", encoding="ascii") as both:
             both.write(pathlib.Path(certificate + "2").read_text())
         server = Server()
-        for part in (check_rows, check_fragments, check_memory, check_own_network, check_broken_off,
-                     check_kept_file, check_configuration):
+        for part in (check_rows, check_fragments, check_refusals, check_memory, check_own_network,
+                     check_broken_off, check_kept_file, check_configuration):
             begin = time.monotonic()
             server.forget()
             part(top, server)

@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ctime>
 
 #include "external/answer.h"
+#include "external/kept_answers.h"
 #include "external/own_network.h"
 #include "external/robots.h"
 #include "external/url.h"
+#include "support/temp_folder.h"
 
 namespace zvrsit::test {
 namespace {
@@ -89,6 +92,9 @@ TEST(Url, IsTakenApartAsBrowsersDo) {
       {"../x", "http://host:8080/x", "http://host:8080", "/x"},
       {"?r", "http://host:8080/dir/page?r", "http://host:8080", "/dir/page?r"},
       {"", "http://host:8080/dir/page?q", "http://host:8080", "/dir/page?q"},
+      {"http://B\xC3\xBC"
+       "cher.example/\xC3\xBC",
+       "http://xn--bcher-kva.example/%C3%BC", "http://xn--bcher-kva.example:80", "/%C3%BC"},
       {"ftp://a.b/", "", "", ""},
       {"javascript:x", "", "", ""},
       {"http://", "", "", ""},
@@ -130,6 +136,23 @@ TEST(Robots, FollowsTheLongestRule) {
   std::string hostile = "User-agent: *\nDisallow: /";
   for (int i = 0; i < 2000; ++i) hostile += "*a";
   EXPECT_TRUE(Robots(hostile + "b\n", "x").Allows("/" + std::string(20000, 'a')));
+}
+
+TEST(KeptAnswers, OfTwoRunsDoNotWaitForEachOther) {
+  const TempFolder folder;
+  const std::string file = folder.native("kept");
+  const Answer good{std::time(nullptr), 200, {}, "", "", "", false, {}};
+  const Answer gone{std::time(nullptr), 404, {}, "", "", "", false, {}};
+  {
+    KeptAnswers one(file), other(file);
+    one.Keep("http://a/", good);
+    other.Keep("http://b/", gone);
+    other.WriteSometimes();
+    one.Keep("http://b/", good);
+    EXPECT_EQ(one.fault() + other.fault(), "");
+    EXPECT_EQ(one.Find("http://b/").value_or(Answer()).status, 404);
+  }
+  EXPECT_EQ(KeptAnswers(file).Find("http://b/").value_or(Answer()).status, 200);
 }
 
 TEST(Answer, GrowsStaleAfterItsKind) {

@@ -81,6 +81,8 @@ class Server:
             writer.write("\r\n".join(lines).encode("utf-8") + b"\r\n\r\n" + (b"" if is_head else body))
             return True
 
+        if method == "CONNECT":
+            return send(407)
         if name.isdigit():
             return send(int(name))
         special = getattr(self, "at_" + name, None)
@@ -95,6 +97,15 @@ class Server:
 
     def at_moved_308(self, send, *_):
         return send(308, Location="ok")
+
+    def at_moved_to_place(self, send, *_):
+        return send(301, Location="/old-page#here")
+
+    def at_moved_to_nobody(self, send, *_):
+        return send(301, Location="http://nosuch.invalid/y")
+
+    def at_to_cataloging(self, send, *_):
+        return send(302, Location="/cataloging/")
 
     def at_for_now(self, send, *_):
         return send(302, Location="/ok")
@@ -227,6 +238,9 @@ class Server:
     def at_zipped(self, send, *_):
         return send(200, gzip.compress(PAGE.encode()), Content_Encoding="gzip",
                     Content_Type="text/html")
+
+    def at_no_gzip(self, send, *_):
+        return send(200, PAGE.encode(), Content_Encoding="gzip", Content_Type="text/html")
 
     def at_old_page(self, send, *_):
         return send(200, PAGE.encode("latin-1"), Content_Type="text/html")
