@@ -54,6 +54,13 @@ void DocumentBuilder::Build() {
   std::ranges::stable_sort(arrays_.styleTexts, {}, &Document::Arrays::StyleText::element);
 }
 
+void DocumentBuilder::AddId(const AttributeSlices& slices) {
+  if (tagHasId_ || foreign_.InTemplate() || foreign_.InShadow()) return;
+  tagHasId_ = true;
+  arrays_.ids.push_back(
+      {Offset(slices.value), static_cast<std::uint32_t>(slices.valueEnd - slices.value)});
+}
+
 // It holds a "-", as a few of SVG and MathML do too.
 bool DocumentBuilder::IsCustom(const TagSlices& slices) {
   if (std::find(slices.name, slices.nameEnd, '-') == slices.nameEnd) return false;

@@ -221,8 +221,9 @@ void SiteCSSUtil::RegisterChild(int source, CCSSFileTree& tree, const std::strin
     // As AddLink: a link that cannot be added is passed over.
     const int offset = OffsetInFile(tree.getOffset(child));
     const int link = linkTable_->Add(text, from, to, "", type, offset);
-    registrar_.NotePlace(places_, link, to, static_cast<std::size_t>(tree.getOffset(child)),
-                         offset);
+    if (places_ != nullptr)
+      registrar_.NotePlace(*places_, link, to, static_cast<std::size_t>(tree.getOffset(child)),
+                           offset);
   } else {
     manager_->AddLink(text, from, to, type);
   }

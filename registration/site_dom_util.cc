@@ -292,8 +292,8 @@ Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, FoundStrin
                        ? linkTable->Add(row.target, text, page, target, alternative, code, offset)
                        : -1;
   if (link >= 0) {
-    if (row.type != LT_APPLET_FILE) {
-      registrar_.NotePlace(places_, link, target, row.offset, offset);
+    if (places_ != nullptr && row.type != LT_APPLET_FILE) {
+      registrar_.NotePlace(*places_, link, target, row.offset, offset);
     }
     return Outcome::kDone;
   }

@@ -60,11 +60,11 @@ bool TargetRegistrar::IsKnownFile(int pathNumber) const {
          exists != 0;
 }
 
-void TargetRegistrar::NotePlace(KeptPlaces* places, int number, const UrlID& target,
+void TargetRegistrar::NotePlace(KeptPlaces& places, int number, const UrlID& target,
                                 std::size_t offsetInText, std::int32_t offsetInFile) const {
-  if (places == nullptr || number < 0 || offsetInFile < 0 || target.kind != kKindPath) return;
-  if (places->IsMissing(target.id, [&] { return IsKnownFile(target.id); })) {
-    places->Note(number, offsetInText, offsetInFile);
+  if (number < 0 || offsetInFile < 0 || target.kind != kKindPath) return;
+  if (places.IsMissing(target.id, [&] { return IsKnownFile(target.id); })) {
+    places.Note(number, offsetInText, offsetInFile);
   }
 }
 

@@ -47,8 +47,8 @@ class TargetRegistrar {
 
   // Whether CheckPath would leave this entry as it is.
   bool IsKnownFile(int pathNumber) const;
-  // Keeps where link `number` stands if it leads to a file that is not there. `places` may be null.
-  void NotePlace(KeptPlaces* places, int number, const UrlID& target, std::size_t offsetInText,
+  // Keeps where link `number` stands if it leads to a file that is not there.
+  void NotePlace(KeptPlaces& places, int number, const UrlID& target, std::size_t offsetInText,
                  std::int32_t offsetInFile) const;
 
  private:
