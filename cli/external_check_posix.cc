@@ -12,6 +12,7 @@
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/progress.h"
+#include "external/curl_library.h"
 #include "external/own_network.h"
 #include "external/url.h"
 
@@ -41,7 +42,11 @@ void NeedFiles(const ExternalSettings& settings) {
 
 }  // namespace
 
-void NeedExternalChecks() {}
+void NeedExternalChecks() {
+  if (const char* const fault = WhyNoCurl()) {
+    throw Failure(kUsage, std::string("no servers can be asked without libcurl 4: ") + fault);
+  }
+}
 
 AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
   ExternalSettings& settings = asking.wish.settings;

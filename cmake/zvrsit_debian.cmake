@@ -53,7 +53,9 @@ foreach(control triggers shlibs)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/debian/${control}.in" "${file}" @ONLY)
   list(APPEND CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${file}")
 endforeach()
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "libzvrsit40-${ZVRSIT_ABI} (= ${PROJECT_VERSION}-1)")
+# The program loads libcurl when it needs it, so that nothing is seen of it in the program.
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS
+  "libzvrsit40-${ZVRSIT_ABI} (= ${PROJECT_VERSION}-1), libcurl4 (>= 7.85)")
 # Whom servers are trusted to be.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libzvrsit40-${ZVRSIT_ABI} (= ${PROJECT_VERSION}-1)")

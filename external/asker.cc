@@ -1,7 +1,7 @@
 #include "external/asker.h"
 
-#include <curl/curl.h>
 #include <fmt/core.h>
+#include "external/curl_library.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,10 +25,10 @@ constexpr int kMostRobotsRedirects = 5;
 constexpr std::chrono::milliseconds kLongestPoll{100};
 
 struct MultiFreer {
-  void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+  void operator()(CURLM* multi) const { Curl().multi_cleanup(multi); }
 };
 struct ShareFreer {
-  void operator()(CURLSH* share) const { curl_share_cleanup(share); }
+  void operator()(CURLSH* share) const { Curl().share_cleanup(share); }
 };
 
 // A question on its way to its answer.
@@ -101,13 +101,13 @@ class Run {
       const AskingCalls& calls)
       : settings_(settings),
         calls_(calls),
-        share_(curl_share_init()),
-        multi_(curl_multi_init()),
+        share_(Curl().share_init()),
+        multi_(Curl().multi_init()),
         queue_(settings.perServer),
         tasks_(questions.size()) {
     if (share_ == nullptr || multi_ == nullptr) throw std::bad_alloc();
-    curl_share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
-    curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, static_cast<long>(settings.parallel));
+    Curl().share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    Curl().multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, static_cast<long>(settings.parallel));
     for (std::size_t i = 0; i < questions.size(); ++i) {
       tasks_[i].question = &questions[i];
       tasks_[i].url = questions[i].url;
@@ -117,7 +117,7 @@ class Run {
     progress_.all = questions.size();
   }
   ~Run() {
-    for (Slot& slot : slots_) curl_multi_remove_handle(multi_.get(), slot.transfer->handle());
+    for (Slot& slot : slots_) Curl().multi_remove_handle(multi_.get(), slot.transfer->handle());
   }
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
@@ -126,7 +126,7 @@ class Run {
     while (progress_.done < progress_.all) {
       Fill();
       int running = 0;
-      curl_multi_perform(multi_.get(), &running);
+      Curl().multi_perform(multi_.get(), &running);
       const bool hadMessages = TakeMessages();
       calls_.waiting(progress_);
       if (!hadMessages && progress_.done < progress_.all) Wait();
@@ -208,8 +208,8 @@ class Run {
     slot.isIdle = false;
     ++active_;
     ++server.active;
-    curl_easy_setopt(slot.transfer->handle(), CURLOPT_PRIVATE, &slot);
-    curl_multi_add_handle(multi_.get(), slot.transfer->handle());
+    Curl().easy_setopt(slot.transfer->handle(), CURLOPT_PRIVATE, &slot);
+    Curl().multi_add_handle(multi_.get(), slot.transfer->handle());
     return true;
   }
 
@@ -224,19 +224,19 @@ class Run {
   bool TakeMessages() {
     bool hadAny = false;
     int left = 0;
-    while (const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left)) {
+    while (const CURLMsg* const message = Curl().multi_info_read(multi_.get(), &left)) {
       if (message->msg != CURLMSG_DONE) continue;
       hadAny = true;
       const CURLcode code = message->data.result;  // the message goes with its handle
       void* slot = nullptr;
-      curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &slot);
+      Curl().easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &slot);
       TakeResponse(*static_cast<Slot*>(slot), code);
     }
     return hadAny;
   }
 
   void TakeResponse(Slot& slot, CURLcode code) {
-    curl_multi_remove_handle(multi_.get(), slot.transfer->handle());
+    Curl().multi_remove_handle(multi_.get(), slot.transfer->handle());
     const Response response = slot.transfer->Finish(code);
     slot.isIdle = true;
     --active_;
@@ -394,7 +394,7 @@ class Run {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - AskingClock::now());
       longest = std::clamp(left, std::chrono::milliseconds(0), kLongestPoll);
     }
-    curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(longest.count()), nullptr);
+    Curl().multi_poll(multi_.get(), nullptr, 0, static_cast<int>(longest.count()), nullptr);
   }
 
   const ExternalSettings& settings_;
@@ -410,9 +410,9 @@ class Run {
 
 struct CurlUse {
   CurlUse() {
-    if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) throw std::bad_alloc();
+    if (Curl().global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) throw std::bad_alloc();
   }
-  ~CurlUse() { curl_global_cleanup(); }
+  ~CurlUse() { Curl().global_cleanup(); }
   CurlUse(const CurlUse&) = delete;
   CurlUse& operator=(const CurlUse&) = delete;
 };

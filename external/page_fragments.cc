@@ -1,6 +1,6 @@
 #include "external/page_fragments.h"
 
-#include <curl/curl.h>
+#include "external/curl_library.h"
 
 #include <unordered_set>
 
@@ -33,10 +33,10 @@ Names NamesIn(std::string_view body) {
 std::string PercentDecoded(const std::string& text) {
   int length = 0;
   char* const decoded =
-      curl_easy_unescape(nullptr, text.c_str(), static_cast<int>(text.size()), &length);
+      Curl().easy_unescape(nullptr, text.c_str(), static_cast<int>(text.size()), &length);
   if (decoded == nullptr) return text;
   std::string copy(decoded, static_cast<std::size_t>(length));
-  curl_free(decoded);
+  Curl().free(decoded);
   return copy;
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 template <class T>
 T InfoOf(CURL* easy, CURLINFO what, T value) {
-  curl_easy_getinfo(easy, what, &value);
+  Curl().easy_getinfo(easy, what, &value);
   return value;
 }
 
@@ -34,14 +34,14 @@ long Count(ExternalSettings::Milliseconds time) {
 Transfer::Transfer(const ExternalSettings& settings, CURLSH* share)
     : settings_(settings),
       share_(share),
-      easy_(curl_easy_init()),
+      easy_(Curl().easy_init()),
       error_(new char[CURL_ERROR_SIZE]()) {
   if (easy_ == nullptr) throw std::bad_alloc();
 }
 
 bool Transfer::Begin(const Request& request) {
   EasyFreer::ForgetCookieFiles(easy_.get());
-  curl_easy_reset(easy_.get());
+  Curl().easy_reset(easy_.get());
   response_ = Response();
   keepsBody_ = request.keepsBody;
   mostBody_ = request.mostBody;
@@ -50,8 +50,8 @@ bool Transfer::Begin(const Request& request) {
   const std::string proxy = ProxyFor(request.url);
   usesProxy_ = !proxy.empty();
   if (usesProxy_ && !settings_.privateNetwork && NamesOwnNetwork(request.url.host)) return false;
-  curl_easy_setopt(easy_.get(), CURLOPT_PROXY, proxy.c_str());
-  curl_easy_setopt(easy_.get(), CURLOPT_NOPROXY, "");
+  Curl().easy_setopt(easy_.get(), CURLOPT_PROXY, proxy.c_str());
+  Curl().easy_setopt(easy_.get(), CURLOPT_NOPROXY, "");
   SetCommon();
   SetRequest(request);
   return true;
@@ -59,46 +59,46 @@ bool Transfer::Begin(const Request& request) {
 
 void Transfer::SetCommon() {
   CURL* const easy = easy_.get();
-  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // waits for no slow name server
-  curl_easy_setopt(easy, CURLOPT_SHARE, share_);
-  curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");  // no file, but cookies
-  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, error_.get());
-  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
-  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::OnBody);
-  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  Curl().easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  Curl().easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // waits for no slow name server
+  Curl().easy_setopt(easy, CURLOPT_SHARE, share_);
+  Curl().easy_setopt(easy, CURLOPT_COOKIEFILE, "");  // no file, but cookies
+  Curl().easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  Curl().easy_setopt(easy, CURLOPT_ERRORBUFFER, error_.get());
+  Curl().easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
+  Curl().easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  Curl().easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::OnBody);
+  Curl().easy_setopt(easy, CURLOPT_WRITEDATA, this);
   if (!settings_.privateNetwork) {
-    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &Transfer::OnSocket);
-    curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
+    Curl().easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &Transfer::OnSocket);
+    Curl().easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
   }
-  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, Count(settings_.connectTimeout));
-  curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, Count(settings_.timeout));
-  curl_easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
-  curl_easy_setopt(easy, CURLOPT_LOW_SPEED_TIME,
-                   std::max(1L, (Count(settings_.stallTimeout) + 999) / 1000));
+  Curl().easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, Count(settings_.connectTimeout));
+  Curl().easy_setopt(easy, CURLOPT_TIMEOUT_MS, Count(settings_.timeout));
+  Curl().easy_setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
+  Curl().easy_setopt(easy, CURLOPT_LOW_SPEED_TIME,
+                     std::max(1L, (Count(settings_.stallTimeout) + 999) / 1000));
   const std::string agent =
       settings_.userAgent.empty() ? std::string("zvrsit/") + Version() : settings_.userAgent;
-  curl_easy_setopt(easy, CURLOPT_USERAGENT, agent.c_str());
-  if (!settings_.caFile.empty()) curl_easy_setopt(easy, CURLOPT_CAINFO, settings_.caFile.c_str());
+  Curl().easy_setopt(easy, CURLOPT_USERAGENT, agent.c_str());
+  if (!settings_.caFile.empty()) Curl().easy_setopt(easy, CURLOPT_CAINFO, settings_.caFile.c_str());
   if (!settings_.netrc.empty()) {
-    curl_easy_setopt(easy, CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
-    curl_easy_setopt(easy, CURLOPT_NETRC_FILE, settings_.netrc.c_str());
+    Curl().easy_setopt(easy, CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
+    Curl().easy_setopt(easy, CURLOPT_NETRC_FILE, settings_.netrc.c_str());
   }
 }
 
 void Transfer::SetRequest(const Request& request) {
   CURL* const easy = easy_.get();
-  curl_easy_setopt(easy, CURLOPT_URL, request.url.url.c_str());
-  curl_easy_setopt(easy, CURLOPT_NOBODY, request.isHead ? 1L : 0L);
+  Curl().easy_setopt(easy, CURLOPT_URL, request.url.url.c_str());
+  Curl().easy_setopt(easy, CURLOPT_NOBODY, request.isHead ? 1L : 0L);
   // Whether a server takes several requests over one connection is known when the first is made.
-  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, request.url.isSecure() ? 1L : 0L);
-  if (request.keepsBody) curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+  Curl().easy_setopt(easy, CURLOPT_PIPEWAIT, request.url.isSecure() ? 1L : 0L);
+  if (request.keepsBody) Curl().easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
   if (!request.url.user.empty()) {
-    curl_easy_setopt(easy, CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
-    curl_easy_setopt(easy, CURLOPT_USERNAME, request.url.user.c_str());
-    curl_easy_setopt(easy, CURLOPT_PASSWORD, request.url.password.c_str());
+    Curl().easy_setopt(easy, CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
+    Curl().easy_setopt(easy, CURLOPT_USERNAME, request.url.user.c_str());
+    Curl().easy_setopt(easy, CURLOPT_PASSWORD, request.url.password.c_str());
   }
 }
 
@@ -150,7 +150,7 @@ Response Transfer::Finish(CURLcode code) {
   response.status = static_cast<int>(InfoOf<long>(easy, CURLINFO_RESPONSE_CODE, 0));
   response.proxyStatus = static_cast<int>(InfoOf<long>(easy, CURLINFO_HTTP_CONNECTCODE, 0));
   if (code != CURLE_OK)
-    response.error = error_[0] != '\0' ? error_.get() : curl_easy_strerror(code);
+    response.error = error_[0] != '\0' ? error_.get() : Curl().easy_strerror(code);
   response.contentType = TextInfoOf(easy, CURLINFO_CONTENT_TYPE);
   LowerAsciiLetters(response.contentType);
   response.wasConnected = InfoOf<curl_off_t>(easy, CURLINFO_CONNECT_TIME_T, 0) > 0 ||

@@ -1,7 +1,7 @@
 // One request over libcurl, and the response to it.
 #pragma once
 
-#include <curl/curl.h>
+#include "external/curl_library.h"
 
 #include <cstddef>
 #include <memory>
@@ -49,10 +49,12 @@ struct Response {
 struct EasyFreer {
   void operator()(CURL* easy) const {
     ForgetCookieFiles(easy);
-    curl_easy_cleanup(easy);
+    Curl().easy_cleanup(easy);
   }
   // libcurl 7.88 loses the list of them when a transfer never began.
-  static void ForgetCookieFiles(CURL* easy) { curl_easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr); }
+  static void ForgetCookieFiles(CURL* easy) {
+    Curl().easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr);
+  }
 };
 
 // Makes one request after the other. Between Begin and Finish its handle is with a multi handle.

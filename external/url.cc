@@ -1,8 +1,8 @@
 #include "external/url.h"
 
-#include <curl/curl.h>
 #include <fmt/core.h>
 #include <locale.h>
+#include "external/curl_library.h"
 
 #include <algorithm>
 #include <array>
@@ -14,15 +14,15 @@ namespace zvrsit {
 namespace {
 
 struct UrlFreer {
-  void operator()(CURLU* url) const { curl_url_cleanup(url); }
+  void operator()(CURLU* url) const { Curl().url_cleanup(url); }
 };
 using UrlHandle = std::unique_ptr<CURLU, UrlFreer>;
 
 std::string PartOf(CURLU* url, CURLUPart part, unsigned flags = 0) {
   char* text = nullptr;
-  if (curl_url_get(url, part, &text, flags) != CURLUE_OK) return "";
+  if (Curl().url_get(url, part, &text, flags) != CURLUE_OK) return "";
   std::string copy(text);
-  curl_free(text);
+  Curl().free(text);
   return copy;
 }
 
@@ -115,29 +115,29 @@ bool SetUrl(const std::string& read, const AskableUrl* base, CURLU* url) {
     if (rest == whole.npos) return false;
     whole = scheme + "://" + whole.substr(rest);
   } else if (base == nullptr ||
-             curl_url_set(url, CURLUPART_URL, base->url.c_str(), 0) != CURLUE_OK) {
+             Curl().url_set(url, CURLUPART_URL, base->url.c_str(), 0) != CURLUE_OK) {
     return false;
   }
   const std::size_t path =
       scheme.empty() ? 0 : std::min(whole.find_first_of("/?", scheme.size() + 3), whole.size());
   whole = whole.substr(0, path) + PercentEncoded(whole.substr(path));
   return whole.empty() ||
-         curl_url_set(url, CURLUPART_URL, whole.c_str(), CURLU_URLENCODE) == CURLUE_OK;
+         Curl().url_set(url, CURLUPART_URL, whole.c_str(), CURLU_URLENCODE) == CURLUE_OK;
 }
 
 }  // namespace
 
 std::optional<AskableUrl> ParseUrl(std::string_view text, const AskableUrl* base) {
   AskableUrl parsed;
-  const UrlHandle url(curl_url());
+  const UrlHandle url(Curl().url());
   if (!SetUrl(AsBrowsersRead(text, parsed.fragment), base, url.get())) return std::nullopt;
   parsed.user = PartOf(url.get(), CURLUPART_USER, CURLU_URLDECODE);
   parsed.password = PartOf(url.get(), CURLUPART_PASSWORD, CURLU_URLDECODE);
   parsed.host = LowerCase(HostOf(url.get()));
   for (const CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_OPTIONS}) {
-    curl_url_set(url.get(), part, nullptr, 0);
+    Curl().url_set(url.get(), part, nullptr, 0);
   }
-  curl_url_set(url.get(), CURLUPART_HOST, parsed.host.c_str(), 0);
+  Curl().url_set(url.get(), CURLUPART_HOST, parsed.host.c_str(), 0);
   parsed.url = PartOf(url.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT);
   parsed.origin = LowerCase(PartOf(url.get(), CURLUPART_SCHEME)) + "://" + parsed.host + ":" +
                   PartOf(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
