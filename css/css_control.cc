@@ -6,12 +6,11 @@
 
 #include "css/css_decode.h"
 #include "css/css_reader.h"
-#include "dom/attr_table.h"
+#include "css/page_styles.h"
 #include "dom/code_conv.h"
 #include "dom/document.h"
 #include "dom/dom.h"
 #include "dom/mapped_file.h"
-#include "links/html_values.h"
 #include "links/page_file.h"
 
 namespace zvrsit {
@@ -19,21 +18,6 @@ namespace {
 
 // Room is made for so many style links of a page at once.
 constexpr std::size_t kUsualLinks = 8;
-
-// The content of a STYLE or LINK element of another TYPE is no style sheet.
-bool IsCss(const AttributeList& attributes, bool parameters) {
-  const Attribute type = attributes.find(Attr::kType);
-  return !type || IsCssType(type.value(), parameters);
-}
-
-// Attributes of SVG elements that are CSS properties of the same names and may hold addresses.
-constexpr AttrSet kPresentationAttributes{Attr::kClipPath,    Attr::kCursor,    Attr::kFill,
-                                          Attr::kFilter,      Attr::kMarkerEnd, Attr::kMarkerMid,
-                                          Attr::kMarkerStart, Attr::kMask,      Attr::kStroke};
-
-bool HoldsCharacterReference(std::string_view html) {
-  return html.find('&') != std::string_view::npos;
-}
 
 void EndSiblings(std::vector<CssNode>& nodes) {
   if (!nodes.empty()) nodes.back().isLast = true;
@@ -178,38 +162,26 @@ void CCSSControl::Reader::CollectPage(const std::string& path, const Document& d
 
 void CCSSControl::Reader::CollectPart(const PagePart& part, CCSSFileTree::Sheets& tree) {
   AddLinks(part, tree);
+  const auto find = [&](const StyleText& style) { FindInStyle(*part.document, style); };
   found_.clear();
-  FindInStyles(*part.document);
-  FindInStyleAttributes(*part.document);
+  VisitStyles(*part.document, resolver.rules(), find);
   AddPageReferences(part, true, tree.ofThePage);
   if (!resolver.rules().readsSvgProperties) return;
   found_.clear();
-  FindInPresentationAttributes(*part.document);
+  VisitSvgProperties(*part.document, find);
   AddPageReferences(part, false, tree.ofThePage);
 }
 
-// Whether the rules let an element count.
-bool CCSSControl::Reader::Counts(const Element& element) const {
-  return resolver.rules().readsShadowRoots || !element.inShadow();
-}
-
-// A REL that is exactly STYLESHEET makes a style link. With other words beside it the LINK is an
-// ordinary link of the page, but the sheet is read all the same.
 void CCSSControl::Reader::AddLinks(const PagePart& part, CCSSFileTree::Sheets& tree) {
   const std::span<const std::uint32_t> links = part.document->elementsOf(Tag::kLink);
   tree.ofThePage.reserve(std::min(links.size(), kUsualLinks));
   for (const std::uint32_t index : links) {
     const Element element = part.document->element(index);
-    const AttributeList attributes = element.attributes();
-    const Attribute rel = attributes.find(Attr::kRel);
-    const Attribute href = attributes.find(Attr::kHref);
-    if (!rel || !href || !Counts(element)) continue;
-    rel_.clear();
-    rel.appendValue(rel_);
-    const bool isStyleLink = IsStyleSheetRel(rel_);
-    if (!isStyleLink && !HoldsStyleSheetRel(rel_)) continue;
-    if (resolver.rules().mindsTypes && !IsCss(attributes, true)) continue;
+    const SheetLink link = SheetLinkOf(element, resolver.rules());
+    if (link == SheetLink::kNone) continue;
+    const bool isStyleLink = link == SheetLink::kStyleLink;
     std::vector<CssNode>& nodes = isStyleLink ? tree.ofThePage : tree.roots;
+    const Attribute href = element.attributes().find(Attr::kHref);
     const auto offset = static_cast<int>(part.OffsetInPage(href.valueOffset()));
     UseBase(part.BaseAt(href.valueOffset()));
     href_.clear();
@@ -219,86 +191,15 @@ void CCSSControl::Reader::AddLinks(const PagePart& part, CCSSFileTree::Sheets& t
   }
 }
 
-void CCSSControl::Reader::FindInStyles(const Document& document) {
-  for (const std::uint32_t index : document.elementsOf(Tag::kStyle)) {
-    const Element style = document.element(index);
-    const Text text = style.firstChild().asText();
-    if (!text || !Counts(style) || !IsCss(style.attributes(), false)) continue;
-    FindInPage(document, text.rawData(), text.rawData(), CssSource::kSheet);
-  }
-  for (const std::uint32_t index : document.elementsOf(Tag::kSvgStyle)) {
-    const Element style = document.element(index);
-    if (Counts(style) && IsCss(style.attributes(), false)) FindInSvgStyle(document, style);
-  }
-}
-
-// In SVG a STYLE is no raw text. So the sheet is made of the element's own texts and CDATA
-// sections.
-void CCSSControl::Reader::FindInSvgStyle(const Document& document, const Element& style) {
-  const std::vector<Text> texts = style.ownTexts();
-  if (texts.empty()) return;
-  const std::string_view first = texts.front().rawData();
-  if (texts.size() == 1 && !HoldsCharacterReference(first)) {
-    FindInPage(document, first, first, CssSource::kSheet);
-    return;
-  }
-  std::string sheet;
-  for (const Text& text : texts) sheet += text.data(true);
-  FindInPage(document, first, sheet, CssSource::kSheet);
-}
-
-void CCSSControl::Reader::FindInStyleAttributes(const Document& document) {
-  bool hasBody = false;
-  for (const ElementAttribute& style : document.attributesNamed(Attr::kStyle)) {
-    if (!Counts(style.element)) continue;
-    if (resolver.rules().mendsTree && style.element.tag() == Tag::kBody) {
-      // A browser gives the attributes of a second BODY to the first, where that lacks them.
-      if (hasBody) continue;
-      hasBody = true;
-    }
-    FindInAttribute(document, style.attribute, {});
-  }
-}
-
-// For a style attribute, or an attribute that is the value of a property.
-void CCSSControl::Reader::FindInAttribute(const Document& document, const Attribute& attribute,
-                                          std::string_view property) {
-  const std::string_view raw = attribute.rawValue();
-  const bool isDecoded = !HoldsCharacterReference(raw);
-  if (isDecoded && raw.find('(') == std::string_view::npos) return;  // holds no address
-  const std::string decoded = isDecoded ? std::string() : attribute.value();
-  FindInPage(document, raw, isDecoded ? raw : decoded, CssSource::kDeclarations, property);
-}
-
-void CCSSControl::Reader::FindInPresentationAttributes(const Document& document) {
-  if (document.elementsOf(Tag::kSvg).empty()) return;
-  for (std::uint32_t index = 0; index < document.elementCount(); ++index) {
-    const Element element = document.element(index);
-    if (element.isHtml() || element.inTemplate()) continue;
-    const AttributeList attributes = element.attributes();
-    for (std::size_t i = 0; i < attributes.size(); ++i) {
-      const Attribute attribute = attributes.item(i);
-      if (!kPresentationAttributes.contains(attribute.attr())) continue;
-      FindInAttribute(document, attribute, AttrName(attribute.attr()));
-    }
-  }
-}
-
-// `raw` is a part of the document's text, and `decoded` is its meaning, or equal to it. Offsets in
-// decoded text would be wrong. So then all its references have the place of the whole part.
-void CCSSControl::Reader::FindInPage(const Document& document, std::string_view raw,
-                                     std::string_view decoded, CssSource source,
-                                     std::string_view property) {
-  const auto start = static_cast<std::int32_t>(raw.data() - document.text().data());
-  const bool isExact = decoded.data() == raw.data();
+// Offsets in a decoded text would be wrong. So then all its references have the place of the whole
+// text.
+void CCSSControl::Reader::FindInStyle(const Document& document, const StyleText& style) {
+  const auto start = static_cast<std::int32_t>(style.raw.data() - document.text().data());
   const size_t first = found_.size();
-  if (property.empty()) {
-    CollectCssReferences(decoded, source, found_);
-  } else {
-    CollectCssReferencesOfValue(decoded, property, found_);
-  }
+  const std::string decoded = style.isPlain ? std::string() : style.Decoded();
+  style.CollectReferences(style.isPlain ? style.raw : decoded, found_);
   for (size_t i = first; i < found_.size(); ++i) {
-    found_[i].offset = isExact ? start + found_[i].offset : start;
+    found_[i].offset = style.isPlain ? start + found_[i].offset : start;
   }
 }
 

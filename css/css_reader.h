@@ -20,8 +20,7 @@
 
 namespace zvrsit {
 
-class Attribute;
-class Element;
+struct StyleText;
 
 // The type of a node, by the kind of the reference.
 constexpr int NodeTypeOf(CssReferenceKind kind) {
@@ -47,16 +46,8 @@ class CCSSControl::Reader {
  private:
   void CollectPart(const PagePart& part, CCSSFileTree::Sheets& tree);
   void AddLinks(const PagePart& part, CCSSFileTree::Sheets& tree);
-  bool Counts(const Element& element) const;
-  // All append to found_.
-  void FindInStyles(const Document& document);
-  void FindInSvgStyle(const Document& document, const Element& style);
-  void FindInStyleAttributes(const Document& document);
-  void FindInPresentationAttributes(const Document& document);
-  void FindInAttribute(const Document& document, const Attribute& attribute,
-                       std::string_view property);
-  void FindInPage(const Document& document, std::string_view raw, std::string_view decoded,
-                  CssSource source, std::string_view property = {});
+  // Appends to found_.
+  void FindInStyle(const Document& document, const StyleText& style);
 
   // From here on references are resolved from the file at `path`.
   void BeginFile(const std::string& path);
@@ -72,7 +63,6 @@ class CCSSControl::Reader {
   PageParts parts_;
   std::int32_t base_ = kPageItself;  // of parts_, which references are taken from now
   std::vector<CssReference> found_;  // scratch
-  std::string rel_;                  // scratch
   std::string href_;                 // scratch
 };
 

@@ -327,7 +327,9 @@ class Collector {
     std::string text = CssValue(token.value);
     if (text.empty() || text.front() == '#') return;
     const auto offset = static_cast<std::int32_t>(token.raw.data() - text_.data());
-    found_.push_back({kind, std::move(text), offset});
+    const auto value = static_cast<std::int32_t>(token.value.data() - text_.data());
+    const auto length = static_cast<std::int32_t>(token.value.size());
+    found_.push_back({kind, std::move(text), offset, value, length});
   }
 
   std::string_view text_;

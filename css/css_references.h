@@ -18,6 +18,9 @@ struct CssReference {
   CssReferenceKind kind;
   std::string text;     // as written, escapes decoded; never empty, never a bare "#fragment"
   std::int32_t offset;  // in bytes, of its token in the text
+  // Of the address itself, without quotes and the like, nothing decoded.
+  std::int32_t valueOffset;
+  std::int32_t valueLength;
 };
 
 enum class CssSource : std::uint8_t {

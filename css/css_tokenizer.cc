@@ -111,20 +111,20 @@ constexpr Symbol kSymbols[] = {
 
 }  // namespace
 
-void AppendCssValue(std::string& out, std::string_view value) {
+size_t AppendCssCharacter(std::string& out, std::string_view value, size_t at) {
   const auto& leadBytes = platform::LeadBytes();
-  for (size_t at = 0; at < value.size();) {
-    if (value[at] == '\\') {
-      at = AppendEscape(out, value, at, leadBytes);
-    } else if (value[at] == '\0') {
-      platform::AppendCodePoint(out, kReplacement);
-      ++at;
-    } else {
-      const size_t length = CharacterLength(value, at, leadBytes);
-      out.append(value, at, length);
-      at += length;
-    }
+  if (value[at] == '\\') return AppendEscape(out, value, at, leadBytes);
+  if (value[at] == '\0') {
+    platform::AppendCodePoint(out, kReplacement);
+    return at + 1;
   }
+  const size_t length = CharacterLength(value, at, leadBytes);
+  out.append(value, at, length);
+  return at + length;
+}
+
+void AppendCssValue(std::string& out, std::string_view value) {
+  for (size_t at = 0; at < value.size();) at = AppendCssCharacter(out, value, at);
 }
 
 std::string CssValue(std::string_view value) {

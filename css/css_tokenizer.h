@@ -59,6 +59,8 @@ struct CssToken {
 // code page gives what platform::AppendCodePoint gives for it.
 void AppendCssValue(std::string& out, std::string_view value);
 std::string CssValue(std::string_view value);
+// The same for the first character or escape from `at` on; the place after it.
+size_t AppendCssCharacter(std::string& out, std::string_view value, size_t at);
 
 // Whether the decoded value equals `lowerCase` (lower-case ASCII), ASCII letter case aside.
 bool CssValueIs(std::string_view value, std::string_view lowerCase);

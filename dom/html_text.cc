@@ -14,6 +14,14 @@ struct Decoding {
   bool replaceNul;
 };
 
+constexpr Decoding kDecodingOfAttributes{true, true, true};
+
+Decoding DecodingOf(TextKind kind) {
+  const bool references = kind == TextKind::kData || kind == TextKind::kRcdata;
+  const bool replaceNul = kind == TextKind::kRcdata || kind == TextKind::kRawText;
+  return {references, false, replaceNul};
+}
+
 bool NeedsWork(char c) {
   return c == '&' || c == '\r' || c == '\0';
 }
@@ -87,13 +95,19 @@ bool NeedsDecoding(std::string_view raw) {
 }
 
 void AppendText(std::string& out, std::string_view raw, TextKind kind) {
-  const bool references = kind == TextKind::kData || kind == TextKind::kRcdata;
-  const bool replaceNul = kind == TextKind::kRcdata || kind == TextKind::kRawText;
-  Append(out, raw, {references, false, replaceNul});
+  Append(out, raw, DecodingOf(kind));
 }
 
 void AppendAttributeValue(std::string& out, std::string_view raw) {
-  Append(out, raw, {true, true, true});
+  Append(out, raw, kDecodingOfAttributes);
+}
+
+std::size_t AppendFirstOfText(std::string& out, std::string_view raw, TextKind kind) {
+  return AppendOne(out, raw, DecodingOf(kind));
+}
+
+std::size_t AppendFirstOfAttribute(std::string& out, std::string_view raw) {
+  return AppendOne(out, raw, kDecodingOfAttributes);
 }
 
 void AppendPlain(std::string& out, std::string_view raw) {

@@ -16,6 +16,10 @@ void AppendPlain(std::string& out, std::string_view raw);
 // Names of tags, attributes and document types, in lower case.
 void AppendName(std::string& out, std::string_view raw);
 
+// Appends what the bytes at the front of `raw`, which is not empty, stand for; how many they are.
+std::size_t AppendFirstOfText(std::string& out, std::string_view raw, TextKind kind);
+std::size_t AppendFirstOfAttribute(std::string& out, std::string_view raw);
+
 // Whether decoding an attribute value or a text could change it. `raw` is a part of a document's
 // text, so kTextPadding bytes after it are readable.
 bool NeedsDecoding(std::string_view raw);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "platform/file.h"
 #include "platform/single_byte.h"
@@ -9,16 +10,6 @@
 
 namespace zvrsit {
 namespace {
-
-bool IsFolder(const std::string& path) {
-  platform::FileStat stat;
-  return platform::Stat(path, stat) == 0 && stat.isFolder();
-}
-
-bool IsFile(const std::string& path) {
-  platform::FileStat stat;
-  return platform::Stat(path, stat) == 0 && stat.isRegular();
-}
 
 // What stands between the commas of a list, without spaces around it.
 std::vector<std::string> SplitList(std::string_view list) {
@@ -40,7 +31,15 @@ bool EndsAsFolder(std::string_view target) {
   return target.ends_with('/') && FindLastCharMB(target, '/') == target.size() - 1;
 }
 
-FolderDocuments::FolderDocuments(const std::string* defaultNames, std::string_view extensions) {
+FileKind KindOnDisk(const std::string& path) {
+  platform::FileStat stat;
+  if (platform::Stat(path, stat) != 0) return FileKind::kNone;
+  return stat.isRegular() ? FileKind::kFile : stat.isFolder() ? FileKind::kFolder : FileKind::kNone;
+}
+
+FolderDocuments::FolderDocuments(const std::string* defaultNames, std::string_view extensions,
+                                 AskKind kinds)
+    : kinds_(std::move(kinds)) {
   if (defaultNames != nullptr) names_ = SplitList(*defaultNames);
   if (names_.empty()) names_.assign(std::begin(kDefaultDocuments), std::end(kDefaultDocuments));
   if (extensions.find_first_of("/\\:") == std::string_view::npos) {
@@ -70,22 +69,22 @@ std::string FolderDocuments::DocumentOf(const std::string& path) const {
   if (FolderOf(folder) != folder) {
     std::string file = WithExtension(path);
     if (!file.empty()) return file;
-    if (!IsFolder(folder)) return "";
+    if (KindOf(folder) != FileKind::kFolder) return "";
     folder.push_back('\\');
   }
   if (names_.size() == 1) return folder + names_.front();
   for (const std::string& name : names_) {
-    if (IsFile(folder + name)) return folder + name;
+    if (KindOf(folder + name) == FileKind::kFile) return folder + name;
   }
   return folder + names_.front();
 }
 
 // Empty where there is no such file, and where the path is that of a file itself.
 std::string FolderDocuments::WithExtension(const std::string& path) const {
-  if (extensions_.empty() || IsFile(path)) return "";
+  if (extensions_.empty() || KindOf(path) == FileKind::kFile) return "";
   for (const std::string& extension : extensions_) {
     std::string file = path + "." + extension;
-    if (IsFile(file)) return file;
+    if (KindOf(file) == FileKind::kFile) return file;
   }
   return "";
 }

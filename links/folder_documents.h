@@ -6,6 +6,7 @@
 // put after it, whether or not this document is there.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -21,6 +22,11 @@ inline constexpr std::string_view kDefaultDocuments[] = {
 // Whether a target as written ends in a "/" that is no trail byte.
 bool EndsAsFolder(std::string_view target);
 
+enum class FileKind { kNone, kFile, kFolder };
+// Says what there is at a `\` path. An empty function means the disk itself.
+using AskKind = std::function<FileKind(const std::string& path)>;
+FileKind KindOnDisk(const std::string& path);
+
 // The documents that stand for their folders: the first of the names that is there; if none is, the
 // first of the names. The answers of the disk are remembered.
 //
@@ -33,10 +39,15 @@ class FolderDocuments {
   // wanted first; null or without a name for the usual ones. `extensions`: without their
   // dots, with commas or spaces between them; empty for none, and so is a text with a separator or
   // a colon.
-  explicit FolderDocuments(const std::string* defaultNames, std::string_view extensions = {});
+  explicit FolderDocuments(const std::string* defaultNames, std::string_view extensions = {},
+                           AskKind kinds = {});
 
   // The names that such a document may have, the most wanted first.
   const std::vector<std::string>& names() const { return names_; }
+  // What there is at a path.
+  FileKind KindOf(const std::string& path) const {
+    return kinds_ ? kinds_(path) : KindOnDisk(path);
+  }
   // Whether a file of this path has one of these names, in any letter case.
   bool MayBe(std::string_view path) const;
 
@@ -53,6 +64,7 @@ class FolderDocuments {
   std::string DocumentOf(const std::string& path) const;
   std::string WithExtension(const std::string& path) const;
 
+  AskKind kinds_;
   std::vector<std::string> names_;
   std::vector<std::string> extensions_;
   std::unordered_map<std::string, std::string> known_;  // a path to its document, or to ""

@@ -8,31 +8,31 @@
 
 namespace zvrsit {
 
+bool ReadPageText(const std::string& path, std::string_view text, const RuleFlags& rules,
+                  Document& document, DocumentScope scope) {
+  const PageSyntax syntax = rules.readsOtherPageTypes ? PageSyntaxOf(path) : PageSyntax::kHtml;
+  const int length = static_cast<int>(text.size());
+  if (syntax == PageSyntax::kServer) {
+    std::string page(text);
+    HideServerCode(page);
+    document.createNodes(page.data(), length, nullptr, true);
+    return true;
+  }
+  // Of files that are no pages, every element counts.
+  document.createNodesInPlace(
+      text.data(), length, true, IsSiteData(syntax) ? DocumentScope::kWhole : scope,
+      syntax == PageSyntax::kHtml ? DocumentSyntax::kHtml : DocumentSyntax::kXml);
+  return false;
+}
+
 bool PageFile::Read(const std::string& path, const RuleFlags& rules, Document& document,
                     DocumentScope scope) {
   Forget();
   if (!file_.open(path, 0)) return false;
   if (!text_.Import(file_.top(), file_.size(), 0)) return true;
-  Parse(path, rules, document, scope);
+  holdsServerCode_ = ReadPageText(path, {text_.text(), text_.length()}, rules, document, scope);
   textStart_ = text_.borrowed() ? static_cast<std::int64_t>(text_.textOffset()) : -1;
   return true;
-}
-
-void PageFile::Parse(const std::string& path, const RuleFlags& rules, Document& document,
-                     DocumentScope scope) {
-  const PageSyntax syntax = rules.readsOtherPageTypes ? PageSyntaxOf(path) : PageSyntax::kHtml;
-  const int length = static_cast<int>(text_.length());
-  holdsServerCode_ = syntax == PageSyntax::kServer;
-  if (holdsServerCode_) {
-    std::string page(text_.text(), text_.length());
-    HideServerCode(page);
-    document.createNodes(page.data(), length, nullptr, true);
-    return;
-  }
-  // Of files that are no pages, every element counts.
-  document.createNodesInPlace(
-      text_.text(), length, true, IsSiteData(syntax) ? DocumentScope::kWhole : scope,
-      syntax == PageSyntax::kHtml ? DocumentSyntax::kHtml : DocumentSyntax::kXml);
 }
 
 void PageFile::Forget() {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "dom/code_conv.h"
 #include "dom/document.h"
@@ -11,14 +12,20 @@
 
 namespace zvrsit {
 
+// Reads `text`, the text of the file `path`, into `document`. kTextPadding zeros must follow it. It
+// must not change until the document is cleared. RuleFlags::readsOtherPageTypes says whether the
+// name decides how the text is read. `scope` says how much the document keeps of the page; a page
+// with server code is kept whole. Whether some bytes of the document stand for server code
+// (links/server_code.h).
+bool ReadPageText(const std::string& path, std::string_view text, const RuleFlags& rules,
+                  Document& document, DocumentScope scope);
+
 // Reads one page after the other; the memory of one serves the next.
 class PageFile {
  public:
-  // Reads the file into `document` so that links can be collected from it.
-  // RuleFlags::readsOtherPageTypes says whether the name decides how the text is read. The document
-  // is good until the next call. False for a file that cannot be opened; the document is then
-  // unchanged. `scope` says how much the document keeps of the page; a page with server code is
-  // kept whole.
+  // Reads the file into `document` so that links can be collected from it, as ReadPageText does.
+  // The document is good until the next call. False for a file that cannot be opened; the document
+  // is then unchanged.
   [[nodiscard]] bool Read(const std::string& path, const RuleFlags& rules, Document& document,
                           DocumentScope scope = DocumentScope::kReferences);
   // To be called when the caller has read the page itself: its text then counts as the whole file.
@@ -35,9 +42,6 @@ class PageFile {
   std::int32_t OffsetInFile(std::int64_t offsetInText) const;
 
  private:
-  void Parse(const std::string& path, const RuleFlags& rules, Document& document,
-             DocumentScope scope);
-
   MappedFile file_;
   CodeConv text_;
   std::int64_t textStart_ = 0;

@@ -1,11 +1,12 @@
 #include "links/served_files.h"
 
+#include <utility>
+
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
 #include "links/asset_name.h"
 #include "links/page_types.h"
 #include "links/url_text.h"
-#include "platform/file.h"
 
 namespace zvrsit {
 namespace {
@@ -20,11 +21,6 @@ std::string ReadText(const std::string& path) {
   return {text.text(), text.length()};
 }
 
-bool IsRegularFile(const std::string& path) {
-  platform::FileStat found;
-  return platform::Stat(path, found) == 0 && found.isRegular();
-}
-
 // What stands between "?" and "#".
 std::string_view QueryOf(std::string_view target) {
   target = target.substr(0, target.find('#'));
@@ -37,11 +33,20 @@ std::string_view QueryOf(std::string_view target) {
 ServedFiles::ServedFiles(const ServedSite& site)
     : documents_(&site.defaultNames, site.fallbackExtensions) {
   if (site.folder.empty()) return;
-  const std::string path = site.folder + std::string(kRedirectsName);
-  text_ = ReadText(path);
+  text_ = ReadText(site.folder + std::string(kRedirectsName));
+  ReadRules(site);
+}
+
+ServedFiles::ServedFiles(const ServedSite& site, AskKind kinds, std::string redirects)
+    : documents_(&site.defaultNames, site.fallbackExtensions, std::move(kinds)),
+      text_(std::move(redirects)) {
+  ReadRules(site);
+}
+
+void ServedFiles::ReadRules(const ServedSite& site) {
   if (text_.empty()) return;
   resolver_.SetLiveUrl(site.liveUrl, site.folder);
-  resolver_.BeginPage(site.root, path);
+  resolver_.BeginPage(site.root, site.folder + std::string(kRedirectsName));
   rules_ = RedirectRules(text_, resolver_);
 }
 
@@ -59,7 +64,8 @@ TargetKind ServedFiles::FollowRules(std::string_view target, std::string& place,
     std::string file = path;
     if (count > 0 || from == From::kPage) documents_.ToDocument(file);
     std::string to;
-    const RedirectRule* const rule = rules_.Match(path, query, IsRegularFile(file), to);
+    const RedirectRule* const rule =
+        rules_.Match(path, query, documents_.KindOf(file) == FileKind::kFile, to);
     std::string next;
     const TargetKind kind =
         rule == nullptr || rule->status >= 400 ? TargetKind::kNone : resolver_.Resolve(to, next);

@@ -27,6 +27,9 @@ class ServedFiles {
   enum class From { kPage, kSheet };
 
   explicit ServedFiles(const ServedSite& site);
+  // The same for files that are not on the disk as they are asked about. `redirects` is the text of
+  // `_redirects`.
+  ServedFiles(const ServedSite& site, AskKind kinds, std::string redirects);
   ServedFiles(const ServedFiles&) = delete;
   ServedFiles& operator=(const ServedFiles&) = delete;
 
@@ -46,6 +49,7 @@ class ServedFiles {
   TargetKind Serve(std::string_view target, std::string& place, From from = From::kPage);
 
  private:
+  void ReadRules(const ServedSite& site);
   TargetKind FollowRules(std::string_view target, std::string& place, From from);
 
   FolderDocuments documents_;

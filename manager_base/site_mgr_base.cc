@@ -281,6 +281,10 @@ ServedSite SiteMgrBase::Work::ServedSiteOf(const SiteMgrBase& manager) {
   return site;
 }
 
+ServedSite SiteMgrBase::DescribeServer() const {
+  return Work::ServedSiteOf(*this);
+}
+
 SiteMgrBase::Operation::Operation(SiteMgrBase& manager)
     : inside_(*manager.inside), outermost_(inside_.operationMemo == nullptr) {
   if (!outermost_) return;

@@ -22,6 +22,7 @@ class SiteServProfDB;
 class SiteSiteProfDB;
 class SiteSiteRec;
 class SiteUrlDB;
+struct ServedSite;
 
 // The order of calls is: construct, setDom, setDB, then any number of OpenSite and CloseSite
 // pairs, then destroy. One thread uses a manager at a time.
@@ -112,6 +113,9 @@ class ZVRSIT_API SiteMgrBase {
   const std::string* GetLiveUrl() const;
   // The link rules of the open site, from its profile.
   LinkRules GetLinkRules() const;
+
+  // What the profile of the open site says about its server; nothing when no site is open.
+  ZVRSIT_LOCAL ServedSite DescribeServer() const;
 
   // Single entries. Each gives a record number (0 or above), or -1 also when no site is open or
   // its table is absent. Nothing is rolled back after a partial failure.
