@@ -4,13 +4,6 @@
 #include "dom/document.h"
 
 namespace zvrsit {
-namespace {
-
-// Only a page that is made to cost time goes deeper.
-constexpr int kDeepest = 4;
-
-}  // namespace
-
 struct PageParts::Inner {
   std::string text;  // with its padding
   Document document;
@@ -31,7 +24,7 @@ void PageParts::Read(const Document& document, const RuleFlags& rules) {
   if (!rules.readsInnerDocuments) return;
   ReadBase(parts_.front());
   std::size_t read = 0;
-  for (int depth = 0; depth < kDeepest; ++depth) {
+  for (int depth = 0; depth < kDeepestPart; ++depth) {
     for (const std::size_t end = parts_.size(); read < end; ++read) AddInnerParts(read);
   }
 }

@@ -23,6 +23,10 @@ struct PageBase {
 };
 inline constexpr std::int32_t kPageItself = -1;
 
+// How many levels of documents within documents are followed: only a page that is made to cost time
+// goes deeper.
+inline constexpr int kDeepestPart = 4;
+
 // One document of a page.
 struct PagePart {
   const Document* document = nullptr;

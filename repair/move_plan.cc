@@ -1,0 +1,195 @@
+// Which files a move or a retarget concerns.
+#include <memory>
+#include <set>
+#include <utility>
+
+#include "dom/code_conv.h"
+#include "links/page_types.h"
+#include "links/redirect_rules.h"
+#include "manager/site_mgr.h"
+#include "repair/file_planner.h"
+#include "repair/repair_plan.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "util/mb_string.h"
+
+namespace zvrsit {
+namespace {
+
+std::string TextOf(std::string_view bytes) {
+  CodeConv text;
+  if (!text.Import(bytes.data(), bytes.size(), 0)) return {};
+  return {text.text(), text.length()};
+}
+
+// The site as it is and as it will be, and what of it is concerned.
+class Repair {
+ public:
+  Repair(SiteMgr& manager, PathMap map)
+      : manager_(manager),
+        paths_(*manager.GetPathDB()),
+        links_(*manager.GetLinkDB()),
+        site_(manager.DescribeServer()),
+        map_(std::move(map)) {
+    if (source_.ReadPage(redirectsPath())) redirects_ = source_.text();
+    before_ = MakeWorld({}, redirects_);
+    after_ = MakeWorld(After(), map_.Moves(redirectsPath()) ? std::string() : redirects_);
+  }
+
+  void AddReferrers(int number) {
+    std::vector<int> found;
+    if (number < 0 || links_.Query(kAnyUrlID, UrlID(kKindPath, number), found) < 0) return;
+    for (const int link : found) AddSource(link);
+  }
+  void AddReferrers(const std::string& path) { AddReferrers(paths_.Find(path)); }
+
+  // A file that moves, with what it refers to and what refers to it.
+  void AddMoved(const std::string& path) {
+    const int number = paths_.Find(path);
+    AddReferrers(number);
+    std::vector<int> found;
+    const bool refers =
+        number >= 0 && links_.Query(UrlID(kKindPath, number), kAnyUrlID, found) >= 0;
+    const bool isServed = PageSyntaxOf(path) == PageSyntax::kServer;
+    if ((refers && !found.empty()) || isServed) concerned_.insert(path);
+  }
+
+  void AddFolder(const std::string& folder) {
+    std::string path;
+    for (int number = paths_.NextNumber(0); number >= 0; number = paths_.NextNumber(number + 1)) {
+      if (paths_.Name(number, path) < 0) continue;
+      if (path.starts_with(folder)) AddMoved(path);
+      // A manifest may have nothing but a scope, which is no link where it is a folder.
+      if (PageSyntaxOf(path) == PageSyntax::kManifest) concerned_.insert(path);
+    }
+  }
+
+  // What may lead elsewhere now that there is a file at `path`.
+  void AddRivals(const std::string& path) {
+    if (!FlagsOf(manager_.GetLinkRules()).findsFolderDocuments) return;
+    for (const std::string& other : after_->AlternativesOf(path)) AddReferrers(other);
+    if (after_->MayBeDocument(path)) {
+      const std::string folder(FolderOf(path));
+      for (const std::string& name : after_->documentNames()) AddReferrers(folder + name);
+    }
+  }
+
+  // With rules of the server any link may lead elsewhere.
+  void AddRedirected() {
+    if (!before_->redirects() && !after_->redirects()) return;
+    std::string page;
+    UrlID last;
+    for (int number = links_.NextNumber(0); number >= 0; number = links_.NextNumber(number + 1)) {
+      SiteLinkRec link;
+      if (links_.Get(number, link) < 0 || paths_.Name(link.from.id, page) < 0) continue;
+      if (!(link.from == last)) {
+        before_->BeginFile(page);
+        after_->BeginFile(page);
+        last = link.from;
+      }
+      const std::string_view text = links_.TextView(link.text);
+      const Place old = before_->PlaceOf(text, SiteWorld::From::kPage, true);
+      const Place now = after_->PlaceOf(text, SiteWorld::From::kPage, true);
+      if (old.kind != now.kind || now.path != map_.Of(old.path)) concerned_.insert(page);
+    }
+  }
+
+  void Run(RepairPlan& plan) {
+    plan = {};
+    if (before_->redirects() && concerned_.contains(redirectsPath())) SettleRedirects();
+    FilePlanner planner(manager_, *before_, *after_, map_);
+    for (const std::string& path : concerned_) planner.Plan(path, plan);
+  }
+
+ private:
+  std::string redirectsPath() const { return site_.folder + std::string(kRedirectsName); }
+  AskKind After() const {
+    return [map = map_](const std::string& path) { return map.KindAfter(path); };
+  }
+
+  std::unique_ptr<SiteWorld> MakeWorld(AskKind kinds, const std::string& redirects) const {
+    const std::string* const name = manager_.GetDefaultUrl();
+    return std::make_unique<SiteWorld>(manager_.GetLinkRules(), site_,
+                                       name != nullptr ? *name : std::string(), std::move(kinds),
+                                       redirects);
+  }
+
+  void AddSource(int number) {
+    SiteLinkRec link;
+    std::string path;
+    if (links_.Get(number, link) == 0 && paths_.Name(link.from.id, path) == 0) {
+      concerned_.insert(path);
+    }
+  }
+
+  // The rules of afterwards decide how the rules themselves are written.
+  void SettleRedirects() {
+    constexpr int kMostRounds = 3;
+    std::string text = redirects_;
+    for (int round = 0; round < kMostRounds; ++round) {
+      RepairPlan plan;
+      FilePlanner(manager_, *before_, *after_, map_).Plan(redirectsPath(), plan);
+      std::string bytes;
+      std::string next = redirects_;
+      if (!plan.files.empty() && source_.ReadPage(redirectsPath()) &&
+          ApplyEdits(source_.bytes(), plan.files.front(), bytes)) {
+        next = TextOf(bytes);
+      }
+      if (next == text || map_.Moves(redirectsPath())) return;
+      text = next;
+      after_ = MakeWorld(After(), text);
+    }
+  }
+
+  SiteMgr& manager_;
+  SitePathDB& paths_;
+  SiteLinkDB& links_;
+  const ServedSite site_;
+  const PathMap map_;
+  FileText source_;
+  std::string redirects_;
+  std::unique_ptr<SiteWorld> before_;
+  std::unique_ptr<SiteWorld> after_;
+  std::set<std::string> concerned_;
+};
+
+bool IsOpen(const SiteMgr& manager) {
+  const SitePathDB* const paths = manager.GetPathDB();
+  const SiteLinkDB* const links = manager.GetLinkDB();
+  return paths != nullptr && paths->strings() != nullptr && links != nullptr &&
+         links->strings() != nullptr && manager.GetCssCtrl() != nullptr;
+}
+
+}  // namespace
+
+int PlanMove(SiteMgr& manager, const std::string& from, const std::string& to, RepairPlan& plan) {
+  const bool isFolder = FolderOf(from) == from;
+  const FileKind wanted = isFolder ? FileKind::kFolder : FileKind::kFile;
+  if (!IsOpen(manager) || from.empty() || to.empty() || isFolder != (FolderOf(to) == to) ||
+      KindOnDisk(from) != wanted || KindOnDisk(to) != FileKind::kNone ||
+      (isFolder && to.starts_with(from))) {
+    return -1;
+  }
+  Repair repair(manager, PathMap(from, to));
+  if (isFolder) {
+    repair.AddFolder(from);
+  } else {
+    repair.AddMoved(from);
+    repair.AddRivals(to);
+  }
+  repair.AddRedirected();
+  repair.Run(plan);
+  return 0;
+}
+
+int PlanRetarget(SiteMgr& manager, const std::vector<Retarget>& targets, RepairPlan& plan) {
+  if (!IsOpen(manager)) return -1;
+  PathMap map;
+  for (const Retarget& target : targets) map.Add(target.from, target.to);
+  Repair repair(manager, std::move(map));
+  for (const Retarget& target : targets) repair.AddReferrers(target.from);
+  repair.Run(plan);
+  return 0;
+}
+
+}  // namespace zvrsit

@@ -1,0 +1,80 @@
+// A site on which plans are made and carried out.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "repair/repair_plan.h"
+#include "support/test_site.h"
+
+namespace zvrsit::test {
+
+// Files by their names from the folder of the site.
+using Files = std::map<std::string, std::string>;
+
+class MovedSite : public TestSite {
+ public:
+  explicit MovedSite(LinkRules rules) : TestSite(rules) {}
+
+  void SetProfile(const std::string& baseUrl, const std::string& extensions,
+                  const std::string& defaultName) {
+    SiteSiteProfDB& profiles = *mgr->GetSiteProf();
+    const int number = profiles.Find("demo");
+    for (const auto& [slot, text] :
+         {std::pair(kSlotLiveUrl, baseUrl), std::pair(kSlotFallbackExtensions, extensions)}) {
+      if (!text.empty()) {
+        EXPECT_GE(profiles.SetFolder(number, slot, text), 0);
+      }
+    }
+    if (!defaultName.empty()) {
+      EXPECT_GE(profiles.SetText(number, &SiteSiteRec::defaultUrl, defaultName), 0);
+    }
+  }
+
+  bool Rebuild() {
+    if (mgr->GetOpenSiteId() < 0 && Open() != 0) return false;
+    return mgr->SiteRebuildDB(1, nullptr) == 0 && mgr->NeedToRebuild("demo") == 2;
+  }
+
+  Files ReadAll() const {
+    Files files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(native(""))) {
+      if (!entry.is_regular_file()) continue;
+      const std::string name = std::filesystem::relative(entry.path(), native("")).generic_string();
+      files[name] = ReadWhole(entry.path().string());
+    }
+    return files;
+  }
+
+  int Plan(const std::string& from, const std::string& to, RepairPlan& plan) {
+    return PlanMove(*mgr, path(from), path(to), plan);
+  }
+
+  // Makes all edits of a plan in the files.
+  static void WriteEdits(const RepairPlan& plan) {
+    for (const FileEdits& file : plan.files) {
+      std::string name;
+      ASSERT_TRUE(platform::ToNativePath(file.path, name));
+      std::string after;
+      ASSERT_TRUE(ApplyEdits(ReadWhole(name), file, after)) << name;
+      WriteWhole(name, after);
+    }
+  }
+
+  void Rename(const std::string& from, const std::string& to) const {
+    const std::filesystem::path target = native(to);
+    const bool isFolder = to.ends_with('/');
+    std::filesystem::create_directories(isFolder ? target.parent_path().parent_path()
+                                                 : target.parent_path());
+    const auto clean = [](std::string name) {
+      if (name.ends_with('/')) name.pop_back();
+      return name;
+    };
+    std::filesystem::rename(clean(native(from)), clean(native(to)));
+  }
+};
+
+}  // namespace zvrsit::test
