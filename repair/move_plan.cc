@@ -29,11 +29,12 @@ class Repair {
       : manager_(manager),
         paths_(*manager.GetPathDB()),
         links_(*manager.GetLinkDB()),
-        site_(manager.DescribeServer()),
-        map_(std::move(map)) {
-    if (source_.ReadPage(redirectsPath())) redirects_ = source_.text();
-    before_ = MakeWorld({}, redirects_);
-    after_ = MakeWorld(After(), map_.Moves(redirectsPath()) ? std::string() : redirects_);
+        folder_(manager.DescribeServer().folder),
+        map_(std::move(map)),
+        redirects_(ReadRedirects(manager)) {
+    before_ = std::make_unique<SiteWorld>(manager, AskKind(), redirects_);
+    after_ = std::make_unique<SiteWorld>(manager, After(),
+                                         map_.Moves(redirectsPath()) ? std::string() : redirects_);
   }
 
   void AddReferrers(int number) {
@@ -102,16 +103,9 @@ class Repair {
   }
 
  private:
-  std::string redirectsPath() const { return site_.folder + std::string(kRedirectsName); }
+  std::string redirectsPath() const { return folder_ + std::string(kRedirectsName); }
   AskKind After() const {
     return [map = map_](const std::string& path) { return map.KindAfter(path); };
-  }
-
-  std::unique_ptr<SiteWorld> MakeWorld(AskKind kinds, const std::string& redirects) const {
-    const std::string* const name = manager_.GetDefaultUrl();
-    return std::make_unique<SiteWorld>(manager_.GetLinkRules(), site_,
-                                       name != nullptr ? *name : std::string(), std::move(kinds),
-                                       redirects);
   }
 
   void AddSource(int number) {
@@ -131,23 +125,23 @@ class Repair {
       FilePlanner(manager_, *before_, *after_, map_).Plan(redirectsPath(), plan);
       std::string bytes;
       std::string next = redirects_;
-      if (!plan.files.empty() && source_.ReadPage(redirectsPath()) &&
-          ApplyEdits(source_.bytes(), plan.files.front(), bytes)) {
+      FileText file;
+      if (!plan.files.empty() && file.ReadPage(redirectsPath()) &&
+          ApplyEdits(file.bytes(), plan.files.front(), bytes)) {
         next = TextOf(bytes);
       }
       if (next == text || map_.Moves(redirectsPath())) return;
       text = next;
-      after_ = MakeWorld(After(), text);
+      after_ = std::make_unique<SiteWorld>(manager_, After(), text);
     }
   }
 
   SiteMgr& manager_;
   SitePathDB& paths_;
   SiteLinkDB& links_;
-  const ServedSite site_;
+  const std::string folder_;
   const PathMap map_;
-  FileText source_;
-  std::string redirects_;
+  const std::string redirects_;
   std::unique_ptr<SiteWorld> before_;
   std::unique_ptr<SiteWorld> after_;
   std::set<std::string> concerned_;

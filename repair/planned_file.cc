@@ -195,8 +195,7 @@ bool PlannedFile::IsAsWanted(const std::vector<Change>& changes, const std::stri
   for (const Change& change : changes) wanted[change.reference] = change.text;
   for (std::size_t i = 0; i < count(); ++i) {
     const FoundReference& now = i < bases ? again.bases()[i] : again.references()[i - bases];
-    const bool isOther = !others_.empty();  // which may change fragments of any reference
-    if (now.target != wanted[i] && !isOther) return false;
+    if (now.target != wanted[i]) return false;
   }
   return true;
 }

@@ -2,17 +2,27 @@
 
 #include <utility>
 
+#include "links/redirect_rules.h"
 #include "links/url_text.h"
+#include "manager/site_mgr.h"
+#include "repair/file_text.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
 
-SiteWorld::SiteWorld(LinkRules rules, const ServedSite& site, const std::string& defaultName,
-                     AskKind kinds, std::string redirects)
-    : site_(site), defaultName_(defaultName), resolver_(rules) {
-  if (!FlagsOf(rules).findsFolderDocuments) redirects.clear();
-  served_ = std::make_unique<ServedFiles>(site, std::move(kinds), std::move(redirects));
-  resolver_.SetLiveUrl(site.liveUrl, site.folder);
+std::string ReadRedirects(const SiteMgr& manager) {
+  FileText text;
+  const std::string path = manager.DescribeServer().folder + std::string(kRedirectsName);
+  return text.ReadPage(path) ? std::string(text.text()) : std::string();
+}
+
+SiteWorld::SiteWorld(const SiteMgr& manager, AskKind kinds, std::string redirects)
+    : site_(manager.DescribeServer()), resolver_(manager.GetLinkRules()) {
+  const std::string* const name = manager.GetDefaultUrl();
+  if (name != nullptr) defaultName_ = *name;
+  if (!rules().findsFolderDocuments) redirects.clear();
+  served_ = std::make_unique<ServedFiles>(site_, std::move(kinds), std::move(redirects));
+  resolver_.SetLiveUrl(site_.liveUrl, site_.folder);
 }
 
 void SiteWorld::BeginFile(const std::string& path) {

@@ -12,6 +12,11 @@
 
 namespace zvrsit {
 
+class SiteMgr;
+
+// The text of `_redirects` as it is now; empty without one.
+std::string ReadRedirects(const SiteMgr& manager);
+
 // What a reference leads to.
 struct Place {
   TargetKind kind = TargetKind::kNone;
@@ -22,10 +27,8 @@ struct Place {
 
 class SiteWorld {
  public:
-  // `redirects` is the text of `_redirects`. The name of the default document is put after targets
-  // that end in "/" (without RuleFlags::findsFolderDocuments).
-  SiteWorld(LinkRules rules, const ServedSite& site, const std::string& defaultName, AskKind kinds,
-            std::string redirects);
+  // The open site of `manager`. `redirects` is the text of `_redirects`.
+  SiteWorld(const SiteMgr& manager, AskKind kinds, std::string redirects);
 
   // Begins a file; references are resolved from there, or from what UseBases says.
   void BeginFile(const std::string& path);
@@ -57,7 +60,7 @@ class SiteWorld {
 
  private:
   const ServedSite site_;
-  const std::string defaultName_;
+  std::string defaultName_;  // put after targets that end in "/", by the classic rules
   std::unique_ptr<ServedFiles> served_;
   TargetResolver resolver_;
   std::string file_;

@@ -436,6 +436,82 @@ TEST(MovePlan, InTheEncodingOfTheFile) {
   });
 }
 
+// An ID gets another name; the page's own texts of before and after, and those of another page.
+TEST(RenamedId, InItsPageAndInAllFragments) {
+  struct IdRow {
+    const char* from;
+    const char* to;
+    std::string page;
+    std::string pageAfter;
+    std::string other;
+    std::string otherAfter;
+    const char* kept;
+  };
+  const std::string e = "\xC3\xA9";
+  const IdRow kRows[] = {
+      {"x", "y-1",
+       "<p ID = x><a name='x'><label for=x aria-labelledby='w x z'><a href='#x'><i id=xx>",
+       "<p ID = y-1><a name='y-1'><label for=y-1 aria-labelledby='w y-1 z'><a href='#y-1'><i "
+       "id=xx>",
+       "<a href='p.html?q#x'><a href='/p.html#%78'><a href=q.html#x><a href='p.html#xx'>",
+       "<a href='p.html?q#y-1'><a href='/p.html#y-1'><a href=q.html#x><a href='p.html#xx'>", ""},
+      {"x", "a\"b'>&amp;", "<p id=x><p headers='x'>",
+       "<p id=\"a&quot;b'>&amp;amp;\"><p headers='a\"b&#39;>&amp;amp;'>",
+       "<a href='p.html#x:~:text=x'>", "<a href='p.html#a%22b&#39;>&amp;amp;:~:text=x'>", ""},
+      {"x", "100%", "<p id='x'>", "<p id='100%'>", "<a href='p.html#x'>",
+       "<a href='p.html#100%25'>", ""},
+      {"x", "caf\xC3\xA9", "<p id='x'>", "<p id='caf" + e + "'>", "<a href='p.html#x'>",
+       "<a href='p.html#caf%C3%A9'>", ""},
+      {"caf\xC3\xA9", "\xC3\xBC", "<p id='caf" + e + "'>", "<p id='\xC3\xBC'>",
+       "<a href='p.html#caf%c3%a9'><a href='p.html#caf" + e + "'>",
+       "<a href='p.html#%c3%bc'><a href='p.html#\xC3\xBC'>", ""},
+      {"x", "y",
+       "<style>#x,#xx{}</style><script>f('x')</script><svg><g id=x /><use href='#x'/>"
+       "<path fill='url(#x)' style='mask:url(\"#x\")'/></svg>",
+       "<style>#x,#xx{}</style><script>f('x')</script><svg><g id=y /><use href='#y'/>"
+       "<path fill='url(#y)' style='mask:url(\"#y\")'/></svg>",
+       "<svg><use href='p.html#x'/></svg>", "<svg><use href='p.html#y'/></svg>",
+       "1:8 a style names the ID; 1:34 a script may name the ID; "},
+  };
+  for (const IdRow& row : kRows) {
+    SCOPED_TRACE(row.page);
+    MovedSite site(LinkRules::Web);
+    site.write("p.html", row.page);
+    site.write("q.html", "<p id=x>");
+    site.write("o.html", row.other);
+    ASSERT_TRUE(site.Rebuild());
+    RepairPlan plan;
+    ASSERT_EQ(PlanRenamedId(*site.mgr, site.path("p.html"), row.from, row.to, plan), 0);
+    MovedSite::WriteEdits(plan);
+    EXPECT_EQ(test::ReadWhole(site.native("p.html")), row.pageAfter);
+    EXPECT_EQ(test::ReadWhole(site.native("o.html")), row.otherAfter);
+    std::string kept;
+    for (const KeptReference& one : plan.kept) {
+      kept += std::to_string(one.line) + ":" + std::to_string(one.column) + " " + one.why + "; ";
+    }
+    EXPECT_EQ(kept, row.kept);
+    EXPECT_EQ(PlanRenamedId(*site.mgr, site.path("p.html"), "missing", "new", plan), -1);
+    EXPECT_EQ(PlanRenamedId(*site.mgr, site.path("p.html"), row.to, row.to, plan), -1);
+    EXPECT_EQ(PlanRenamedId(*site.mgr, site.path("p.html"), row.to, "a b", plan), -1);
+  }
+}
+
+// All links to one file are to lead to another, which is there already.
+TEST(Retarget, LinksToAMissingFile) {
+  MovedSite site(LinkRules::Web);
+  site.write("d/prices.html", "");
+  site.write("a.html", "<a href=d/Prices.html#x><a href=/d/Prices.html><a href=d/other.html>");
+  site.write("d/b.html", "<a href='./Prices.html'>");
+  ASSERT_TRUE(site.Rebuild());
+  RepairPlan plan;
+  const std::vector<Retarget> targets{{site.path("d/Prices.html"), site.path("d/prices.html")}};
+  ASSERT_EQ(PlanRetarget(*site.mgr, targets, plan), 0);
+  MovedSite::WriteEdits(plan);
+  EXPECT_EQ(test::ReadWhole(site.native("a.html")),
+            "<a href=d/prices.html#x><a href=/d/prices.html><a href=d/other.html>");
+  EXPECT_EQ(test::ReadWhole(site.native("d/b.html")), "<a href='./prices.html'>");
+}
+
 // What cannot be planned, and a plan for bytes that have changed since.
 TEST(MovePlan, IsRefused) {
   MovedSite site(LinkRules::Web);
