@@ -117,12 +117,7 @@ class ConfigReader {
     for (const auto& [key, node] : table) {
       const std::string name(key.str());
       if (std::ranges::find(known, name) != known.end()) continue;
-      const int likeliest = NameSuggestions(known).Likeliest(name);
-      Fail(key.source(),
-           "\"" + name + "\" is no key here" +
-               (likeliest < 0
-                    ? ""
-                    : "; did you mean \"" + known[static_cast<std::size_t>(likeliest)] + "\"?"));
+      Fail(key.source(), "\"" + name + "\" is no key here" + DidYouMean(name, known));
     }
   }
 

@@ -1,7 +1,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <chrono>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -18,9 +17,6 @@
 
 namespace zvrsit::cli {
 namespace {
-
-// Sooner than that nobody wonders.
-constexpr std::chrono::milliseconds kBeforeBar{500};
 
 void TellWhatWasNotAsked(const AskedUrls& asked) {
   std::map<std::string, long> counts;
@@ -57,12 +53,10 @@ AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
   std::vector<std::string> texts(urls.size());
   std::ranges::transform(urls, texts.begin(), &LinkedUrl::url);
   const Interrupts interrupts;
-  const auto begin = std::chrono::steady_clock::now();
   BarLine bar(!asking.isQuiet);
   AskedUrls asked = AskUrls(texts, settings, asking.keptFile,
                             [&](std::size_t done, std::size_t all, std::string_view url) {
                               Interrupts::Check();
-                              if (std::chrono::steady_clock::now() - begin < kBeforeBar) return;
                               bar.Draw(static_cast<int>(done * 100 / all),
                                        fmt::format("{} of {} URLs", done, all), std::string(url));
                             });

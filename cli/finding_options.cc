@@ -10,6 +10,8 @@
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/terminal.h"
+#include "findings/escapes.h"
+#include "findings/suggestions.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -20,7 +22,12 @@ namespace fs = std::filesystem;
 std::string AddRule(const std::string& text, std::vector<std::pair<Rule, Severity>>& rules) {
   const std::size_t sign = text.find('=');
   const auto rule = RuleOfName(text.substr(0, sign));
-  if (!rule) return "there is no rule named \"" + text.substr(0, sign) + "\"";
+  if (!rule) {
+    const std::string name = text.substr(0, sign);
+    std::vector<std::string> known;
+    for (const RuleTraits& traits : kRules) known.emplace_back(traits.name);
+    return "there is no rule named \"" + name + "\"" + DidYouMean(name, known);
+  }
   const auto severity =
       sign == text.npos ? std::nullopt : SeverityOfName(std::string_view(text).substr(sign + 1));
   if (!severity) return "a rule is error, warning or off, such as " + text.substr(0, sign) + "=off";
@@ -118,7 +125,9 @@ void PrintFindings(const FindingReport& report, const FindingOptions& options) {
   style.colors = WantsColors(options.color);
   style.hyperlinks = style.colors && IsTerminal(stdout);
   const auto begin = std::chrono::steady_clock::now();
-  const std::string text = FormatFindings(report, options.format, style);
+  std::string text = FormatFindings(report, options.format, style);
+  const bool isForPrograms = options.format != FindingFormat::kText;
+  if (isForPrograms && IsTerminal(stdout)) text = WithoutControls(std::move(text));
   std::fwrite(text.data(), 1, text.size(), stdout);
   Tell(options, fmt::format("printed in {:.3f} s", SecondsSince(begin)));
 }

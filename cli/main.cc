@@ -13,6 +13,7 @@
 #include "cli/help.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
+#include "findings/suggestions.h"
 #include "platform/version.h"
 
 namespace zvrsit::cli {
@@ -48,6 +49,23 @@ int Perform(const Run& run) {
   }
 }
 
+std::vector<std::string> CommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+  return names;
+}
+
+// Also those of the commands above.
+std::vector<std::string> OptionNames(const CLI::App* app) {
+  std::vector<std::string> names;
+  for (; app != nullptr; app = app->get_parent()) {
+    for (const CLI::Option* option : app->get_options()) {
+      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+  }
+  return names;
+}
+
 // What is wrong with a command line, and where to read on.
 int ComplainOfUsage(const CLI::App& app, const CLI::ParseError& error) {
   const CLI::App* at = &app;
@@ -58,10 +76,15 @@ int ComplainOfUsage(const CLI::App& app, const CLI::ParseError& error) {
   }
   std::string message = error.what();
   const std::vector<std::string> unknown = app.remaining(true);
-  if (at->get_require_subcommand_min() > 0 && !unknown.empty()) {
-    message = "\"" + unknown.front() + "\" is no command";
+  if (!unknown.empty() && unknown.front().starts_with('-')) {
+    message = "\"" + unknown.front() + "\" is no option here" +
+              DidYouMean(unknown.front(), OptionNames(at));
+  } else if (!unknown.empty() && at->get_require_subcommand_min() > 0) {
+    message = "\"" + unknown.front() + "\" is no command" +
+              DidYouMean(unknown.front(), CommandNames(*at));
   }
-  return Complain(message + "; " + command + " --help tells more", kUsage);
+  return Complain(message + (message.ends_with('?') ? " " : "; ") + command + " --help tells more",
+                  kUsage);
 }
 
 void AddCommands(CLI::App& app, const Options& options, Run& run) {
@@ -92,7 +115,8 @@ int Main(int argc, char** argv) {
                  "how answers are printed; the first two for all, the others for findings")
       ->option_text("text|json|jsonl|csv|junit|sarif|github|markdown")
       ->check([](const std::string& name) {
-        return FormatOfName(name) ? std::string() : "\"" + name + "\" is no format";
+        return FormatOfName(name) ? std::string()
+                                  : "\"" + name + "\" is no format, such as text or json";
       });
   app.set_version_flag("--version", std::string("zvrsit ") + Version());
   app.require_subcommand(1);

@@ -7,9 +7,13 @@
 #include "cli/output.h"
 #include "cli/terminal.h"
 #include "platform/code_page.h"
+#include "util/mb_string.h"
 
 namespace zvrsit::cli {
 namespace {
+
+constexpr std::chrono::milliseconds kBeforeBar{500};
+constexpr std::chrono::milliseconds kBetweenBars{100};
 
 // The texts that the rebuild asks for by number.
 int LoadProgressText(unsigned id, char* buffer, int size) {
@@ -22,11 +26,11 @@ int LoadProgressText(unsigned id, char* buffer, int size) {
 
 }  // namespace
 
-BarLine::BarLine(bool isShown) : isShown_(isShown && IsTerminal(stderr)) {}
+BarLine::BarLine(bool isShown) : isShown_(isShown && CanRedraw()) {}
 
 void BarLine::Draw(int percent, const std::string& what, std::string name) {
   const auto now = std::chrono::steady_clock::now();
-  if (!isShown_ || now - lastDrawn_ < std::chrono::milliseconds(100)) return;
+  if (!isShown_ || now - begin_ < kBeforeBar || now - lastDrawn_ < kBetweenBars) return;
   lastDrawn_ = now;
   isDrawn_ = true;
   // Short enough for a line of 80 columns, and never half a character of UTF-8.
@@ -80,12 +84,7 @@ class ProgressLine {
     std::string value;
   };
 
-  void Draw() {
-    const std::string::size_type slash = file_.value.rfind('\\');
-    const std::string name =
-        slash == std::string::npos ? file_.value : file_.value.substr(slash + 1);
-    line_.Draw(position_, status_.value, platform::ToUtf8(name));
-  }
+  void Draw() { line_.Draw(position_, status_.value, platform::ToUtf8(NameInFolder(file_.value))); }
 
   int position_ = 0;
   BarLine line_{true};
@@ -98,7 +97,7 @@ class ProgressLine {
 TerminalProgress::TerminalProgress(bool isShown) {
   platform::SetStringLoader(&LoadProgressText);
   Interrupts::SetFlag(&dialog_.cancel);
-  if (isShown && IsTerminal(stderr)) {
+  if (isShown && CanRedraw()) {
     line_ = std::make_unique<ProgressLine>();
     line_->Attach(dialog_);
   }

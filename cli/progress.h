@@ -18,14 +18,16 @@ class BarLine {
   BarLine(const BarLine&) = delete;
   BarLine& operator=(const BarLine&) = delete;
 
-  // Draws ten times a second at most, as that must not slow the work down. `percent` is 0 to 100,
-  // `name` in UTF-8; its beginning is shown.
+  // Draws nothing in the first half second, in which nobody wonders, and then ten times a second at
+  // most, as that must not slow the work down. `percent` is 0 to 100, `name` in UTF-8; its
+  // beginning is shown.
   void Draw(int percent, const std::string& what, std::string name);
   void Clear();
 
  private:
   const bool isShown_;
   bool isDrawn_ = false;
+  const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::chrono::steady_clock::time_point lastDrawn_{};
 };
 
@@ -46,7 +48,7 @@ class TerminalProgress {
  private:
   const Interrupts interrupts_;
   CZvrSiteRebuildProgressDlg dialog_;
-  std::unique_ptr<ProgressLine> line_;  // null when stderr is no terminal
+  std::unique_ptr<ProgressLine> line_;  // null when no bar is shown
 };
 
 }  // namespace zvrsit::cli

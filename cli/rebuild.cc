@@ -10,6 +10,7 @@
 #include "cli/native_name.h"
 #include "cli/progress.h"
 #include "cli/unread_pages.h"
+#include "util/mb_string.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -56,7 +57,7 @@ bool NotOfTheSite::IsLeftOut(const std::string& path, void* context) {
   const auto& self = *static_cast<const NotOfTheSite*>(context);
   const bool isFolder = path.back() == '\\';
   const std::string_view name = std::string_view(path).substr(0, path.size() - (isFolder ? 1 : 0));
-  const std::string_view last = name.substr(name.rfind('\\') + 1);
+  const std::string_view last = NameInFolder(name);
   if (FlagsOf(self.manager_.GetLinkRules()).leavesOutTools) {
     if (isFolder && std::ranges::find(kVersionControl, last) != std::end(kVersionControl))
       return true;

@@ -130,7 +130,11 @@ Selection::Selection(const GivenPaths& given) {
   }
   for (const std::string& name : names) {
     std::error_code error;
-    if (!fs::exists(PathOf(name), error)) throw Failure(kFileSystem, name + ": no such file");
+    if (fs::exists(PathOf(name), error)) continue;
+    const std::string below = NameOf(PathOf(given.root) / PathOf(name));
+    const bool isBelow = !given.root.empty() && fs::exists(PathOf(below), error);
+    throw Failure(kFileSystem,
+                  name + ": no such file" + (isBelow ? "; did you mean \"" + below + "\"?" : ""));
   }
   root_ = NameOf(RootOf(given, names) / "");
   for (const std::string& name : names) Add(name);
@@ -159,7 +163,9 @@ void Selection::AskWhatChanged(const std::string& revision) {
   if (revision.starts_with('-') ||
       !AskGit(git + " diff --name-only --relative -z " + Quoted(revision) + " -- .", names) ||
       !AskGit(git + " ls-files -o --exclude-standard -z", names)) {
-    throw Failure(kUsage, "git cannot tell what has changed in " + root_ + " since " + revision);
+    throw Failure(kUsage, "git cannot tell what has changed in " + root_ + " since " + revision +
+                              ": is it a repository, and is the revision there? A shallow clone "
+                              "lacks most of them");
   }
   changed_.emplace();
   for (const std::string& name : SplitList(names)) {

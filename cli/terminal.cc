@@ -27,6 +27,10 @@ bool IsTerminal(std::FILE* stream) {
 #endif
 }
 
+bool CanRedraw() {
+  return IsTerminal(stderr) && Environment("TERM") != "dumb";
+}
+
 bool WantsColors(const std::string& choice) {
   if (choice != "auto") return choice == "always";
   if (!Environment("NO_COLOR").empty()) return false;

@@ -47,7 +47,7 @@ class NamesInUtf8 {
 
 // The host as name servers know it, or as it stands where none can.
 std::string HostOf(CURLU* url) {
-  const std::string host = PartOf(url, CURLUPART_HOST);
+  std::string host = PartOf(url, CURLUPART_HOST);
   const bool isPlain = std::ranges::all_of(host, [](unsigned char c) { return c < 0x80; });
   if (isPlain) return host;
   const NamesInUtf8 names;

@@ -18,6 +18,7 @@
 #include "manager/site_mgr.h"
 #include "platform/native_path.h"
 #include "util/file_type.h"
+#include "util/mb_string.h"
 
 namespace zvrsit {
 namespace {
@@ -47,7 +48,8 @@ class Collector {
         site_(site),
         severities_(severities),
         report_(report),
-        names_(manager, site.folder) {}
+        names_(manager, site.folder),
+        documents_(manager.GetDefaultUrl()) {}
 
   bool Collect() {
     if (!AddBroken() || !AddMissingFragments() || !AddMalformedUrls() || !AddRepeatedIds()) {
@@ -139,9 +141,10 @@ class Collector {
     if (link.outside && TypeOnDisk(path) == fs::file_type::regular) {
       return {Rule::kOutsideSite, target, target + " lies outside of the site", ""};
     }
-    if (namesNoFile &&
-        TypeOnDisk(path.substr(0, path.rfind('\\') + 1)) == fs::file_type::directory) {
-      const std::string folder = target.substr(0, target.find_last_of("/\\") + 1);
+    if (namesNoFile && TypeOnDisk(path.substr(0, path.size() - NameInFolder(path).size())) ==
+                           fs::file_type::directory) {
+      const std::string folder =
+          target.substr(0, target.size() - KnownFiles::LastNameOf(target).size());
       return {Rule::kFolderWithoutIndex, folder, folder + " has no document to show", ""};
     }
     const std::string other = names_.SameButForCase(target);
@@ -161,19 +164,11 @@ class Collector {
   // Whether a link leads to a folder: it does not end in the name of its file, which is that of a
   // document for folders and was added.
   bool NamesNoFile(const SiteLink& link, const std::string& path) const {
-    const std::size_t separator = path.rfind('\\');
-    if (separator == path.npos) return false;
-    const std::string_view name = std::string_view(path).substr(separator + 1);
+    const std::string_view name = NameInFolder(path);
     std::string_view written = link.text;
     written = written.substr(0, written.find('#'));
     written = written.substr(0, written.find('?'));
-    return !name.empty() && !written.ends_with(name) && StandsForFolder(name);
-  }
-
-  bool StandsForFolder(std::string_view name) const {
-    const std::string* const own = manager_.GetDefaultUrl();
-    if (own != nullptr && !own->empty()) return own->find(name) != own->npos;
-    return std::ranges::find(kDefaultDocuments, name) != std::end(kDefaultDocuments);
+    return !name.empty() && !written.ends_with(name) && documents_.MayBe(path);
   }
 
   // The `\` path of a file by its number; empty for none.
@@ -324,6 +319,7 @@ class Collector {
   const Severities& severities_;
   FindingReport& report_;
   KnownFiles names_;
+  FolderDocuments documents_;
   std::map<std::pair<Rule, std::string>, std::size_t> known_;
   std::unordered_map<int, BrokenTarget> broken_;  // by number
   std::unordered_map<int, Ids> idsOfPages_;

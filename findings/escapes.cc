@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/code_page.h"
 
@@ -53,6 +54,28 @@ std::string Escaped(std::string_view text) {
     text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return escaped;
+}
+
+// How many bytes the character at the start of a text in UTF-8 has, if it may only be shown as an
+// escape; else 0.
+std::size_t ControlLength(std::string_view text) {
+  const auto byte = [text](std::size_t i) {
+    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+  };
+  if (byte(0) == '\r') return byte(1) == '\n' ? 0 : 1;
+  if (byte(0) < ' ' || byte(0) == 0x7F) return byte(0) == '\n' || byte(0) == '\t' ? 0 : 1;
+  if (byte(0) == 0xC2) return byte(1) >= 0x80 && byte(1) < 0xA0 ? 2 : 0;
+  const bool turns = (byte(1) == 0x80 && byte(2) >= 0xAA && byte(2) <= 0xAE) ||
+                     (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9);
+  return byte(0) == 0xE2 && turns ? 3 : 0;
+}
+
+// Of a character of that many bytes as above.
+int CodePointOf(std::string_view character) {
+  const auto bits = [character](std::size_t i, int mask) { return character[i] & mask; };
+  return character.size() == 1   ? bits(0, 0x7F)
+         : character.size() == 2 ? bits(0, 0x1F) << 6 | bits(1, 0x3F)
+                                 : bits(0, 0x0F) << 12 | bits(1, 0x3F) << 6 | bits(2, 0x3F);
 }
 
 }  // namespace
@@ -106,7 +129,22 @@ std::string LineText(std::string_view text) {
       line += byte;
     }
   }
-  return line;
+  return platform::CodePage() == platform::kUtf8 ? WithoutControls(std::move(line)) : line;
+}
+
+std::string WithoutControls(std::string text) {
+  std::string shown;
+  std::size_t copied = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c >= ' ' && c < 0x7F) continue;
+    const std::size_t length = ControlLength(std::string_view(text).substr(i));
+    if (length == 0) continue;
+    shown += std::string_view(text).substr(copied, i - copied);
+    shown += fmt::format("\\u{:04x}", CodePointOf(std::string_view(text).substr(i, length)));
+    copied = i + length;
+  }
+  return copied == 0 ? text : shown + text.substr(copied);
 }
 
 std::string CsvField(std::string_view text) {

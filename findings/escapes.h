@@ -19,9 +19,13 @@ bool IsPlain(std::string_view text);
 std::string JsonText(std::string_view text);
 // Turns it back. The result is in UTF-8, except the bytes that were escaped.
 std::string TextOfJson(const std::string& text);
-// A string for one line of text. Control characters are written as escapes (\n, \t, \x1b), and `\`
-// as \\. On Windows `\` stays: it separates folders there, and no name holds a control character.
+// A string for one line of text. Control characters are written as escapes (\n, \t, \x1b, \u009b),
+// also those that turn the direction of writing (\u202e), and `\` as \\. On Windows `\` stays: it
+// separates folders there, and no name holds a control character.
 std::string LineText(std::string_view text);
+
+// The same for a text in UTF-8 whose line ends, tabs and `\` stay. JSON still means the same.
+std::string WithoutControls(std::string text);
 
 // A field of CSV (RFC 4180), quoted where it has to be. A table program would calculate a field
 // that begins with one of = + - @, so that one has a "'" before it, and so has one that begins with

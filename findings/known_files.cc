@@ -1,19 +1,19 @@
 #include "findings/known_files.h"
-#include "findings/owned_cells.h"
 
 #include <algorithm>
+#include <filesystem>
 
+#include "findings/owned_cells.h"
 #include "platform/native_path.h"
+#include "util/mb_string.h"
 #include "util/url_id.h"
 
 namespace zvrsit {
-namespace {
 
-std::string LastName(const std::string& name) {
-  return name.substr(name.find_last_of("/\\") + 1);
+std::string_view KnownFiles::LastNameOf(std::string_view name) {
+  if constexpr (std::filesystem::path::preferred_separator == '\\') return NameInFolder(name);
+  return name.substr(name.rfind('/') + 1);
 }
-
-}  // namespace
 
 KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder) {
   const OwnedCells cells(manager.EnumPath());
@@ -50,11 +50,25 @@ std::string KnownFiles::SameButForCase(const std::string& name) {
 std::string KnownFiles::Likeliest(const std::string& name) {
   Index();
   int found = near_->Likeliest(name);
+  if (found < 0) found = WithExtension(name);
   if (found < 0) {
-    const auto elsewhere = byLastName_.find(LastName(name));
+    const auto elsewhere = byLastName_.find(std::string(LastNameOf(name)));
     if (elsewhere != byLastName_.end()) found = elsewhere->second;
   }
   return found >= 0 ? there_[static_cast<std::size_t>(found)] : std::string();
+}
+
+// A page goes first; -1 for none.
+int KnownFiles::WithExtension(const std::string& name) const {
+  for (const char* const extension : {".html", ".htm", "."}) {
+    const std::string begin = name + extension;
+    const auto next = std::ranges::lower_bound(there_, begin);
+    const bool isIt =
+        next != there_.end() && next->starts_with(begin) &&
+        LastNameOf(*next).size() + name.size() == LastNameOf(name).size() + next->size();
+    if (isIt) return static_cast<int>(next - there_.begin());
+  }
+  return -1;
 }
 
 void KnownFiles::Index() {
@@ -65,7 +79,8 @@ void KnownFiles::Index() {
   std::ranges::sort(there_);
   near_ = std::make_unique<NameSuggestions>(there_);
   for (std::size_t i = 0; i < there_.size(); ++i) {
-    const auto [entry, isNew] = byLastName_.try_emplace(LastName(there_[i]), static_cast<int>(i));
+    const auto [entry, isNew] =
+        byLastName_.try_emplace(std::string(LastNameOf(there_[i])), static_cast<int>(i));
     if (!isNew) entry->second = -1;
   }
 }

@@ -13,6 +13,9 @@ namespace zvrsit {
 
 class KnownFiles {
  public:
+  // The last part of a native name.
+  static std::string_view LastNameOf(std::string_view name);
+
   // Reads the names of all files that the open site knows. `folder` is its site folder, a `\` path.
   KnownFiles(SiteMgr& manager, const std::string& folder);
   KnownFiles(const KnownFiles&) = delete;
@@ -26,12 +29,14 @@ class KnownFiles {
 
   // The file that is there under this name in other letter case; empty for none.
   std::string SameButForCase(const std::string& name);
-  // The file that is likely meant by a name that is not there. Either a file with a similar name in
-  // the same folder; or the only file with that name, in another folder. Empty for none.
+  // The file that is likely meant by a name that is not there. A file with a similar name in the
+  // same folder; or the name with an extension; or the only file with that name, in another folder.
+  // Empty for none.
   std::string Likeliest(const std::string& name);
 
  private:
   void Index();
+  int WithExtension(const std::string& name) const;
 
   struct File {
     std::string name;

@@ -134,4 +134,10 @@ int NameSuggestions::Likeliest(std::string_view name) const {
   return likeliest;
 }
 
+std::string DidYouMean(std::string_view name, const std::vector<std::string>& known) {
+  const int likeliest = NameSuggestions(known).Likeliest(name);
+  if (likeliest < 0) return "";
+  return "; did you mean \"" + known[static_cast<std::size_t>(likeliest)] + "\"?";
+}
+
 }  // namespace zvrsit

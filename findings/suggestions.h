@@ -55,4 +55,7 @@ class NameSuggestions {
   Table shortened_;  // the same and with one byte less
 };
 
+// `; did you mean "dot"?`, with the likeliest of the known names; empty for none.
+std::string DidYouMean(std::string_view name, const std::vector<std::string>& known);
+
 }  // namespace zvrsit

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/api.h"
+
 namespace zvrsit {
 
 // Searches give a byte index, or std::string::npos. These three are plain byte searches.
@@ -23,7 +25,7 @@ std::size_t FindLastBackslashMB(std::string_view text);
 // Everything up to the last `\`, with it: the folder of a path. Empty without one.
 std::string_view FolderOf(std::string_view path);
 // What stands after it: the name of a file.
-std::string_view NameInFolder(std::string_view path);
+ZVRSIT_API std::string_view NameInFolder(std::string_view path);
 
 // In place; all give 0.
 int ToUpperMB(std::string& text);

@@ -109,7 +109,13 @@ TEST(BadInput, NamesThatAreNotUtf8) {
   } rows[] = {{"\xE9\\", "\\xE9\\\\", "\xE9\\\\"},
               {"C:\\xE9", "C:\\\\xE9", "C:\\\\xE9"},
               {"C:\\\\xE9", "C:\\\\\\\\xE9", "C:\\\\\\\\xE9"},
-              {"C:\\new", "C:\\new", "C:\\\\new"}};
+              {"C:\\new", "C:\\new", "C:\\\\new"},
+              {"a\xC2\x9B"
+               "b\xC2\xA0",
+               "a\xC2\x9B"
+               "b\xC2\xA0",
+               "a\\u009bb\xC2\xA0"},
+              {"a\xE2\x80\xAE\xE2\x82\xAC", "a\xE2\x80\xAE\xE2\x82\xAC", "a\\u202e\xE2\x82\xAC"}};
   for (const auto& row : rows) {
     ASSERT_EQ(program.Run({"server", "set", "host", "--host", row.given}).code, 0);
     EXPECT_EQ(program.Ask({"server", "show", "host"})["host"], row.json);

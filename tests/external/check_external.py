@@ -7,6 +7,7 @@ import collections
 import json
 import os
 import pathlib
+import pty
 import re
 import signal
 import sqlite3
@@ -40,12 +41,12 @@ class Site:
         self.folder.joinpath("site").mkdir(exist_ok=True)
         self.folder.joinpath("site/index.html").write_text("".join(rows), "utf-8")
 
-    def start(self, *words, env=None):
+    def start(self, *words, env=None, stdout=subprocess.PIPE, stderr=subprocess.PIPE):
         environment = {name: value for name, value in os.environ.items()
                        if not name.lower().endswith("_proxy")}
         environment.update(env or {})
         return subprocess.Popen([PROGRAM, "--db", self.folder / "db", *words], env=environment,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                                stdout=stdout, stderr=stderr)
 
     def run(self, *words, code=None, env=None):
         process = self.start(*words, env=env)
@@ -337,6 +338,36 @@ def check_configuration(top, server):
         assert "nosuch: this file cannot be read" in site.err, site.err
 
 
+def check_terminal(top, server):
+    site = Site(top, server)
+
+    def shown(*words, **env):
+        terminal, side = pty.openpty()
+        process = site.start("check", site.folder / "site", *words, env={"NO_COLOR": "1", "TERM": "xterm", **env},
+                             stdout=side, stderr=side)
+        os.close(side)
+        seen = b""
+        try:
+            while part := os.read(terminal, 4096):
+                seen += part
+        except OSError:  # the program has ended
+            pass
+        os.close(terminal)
+        process.wait()
+        return seen.decode()
+
+    site.links(["x%1By.html", "x%C2%9By.html", "x%7Fy.html", "x%0Dy.html", "x%E2%80%AEy.html"])
+    for form in "text", "json", "jsonl", "csv", "junit", "sarif", "github", "markdown":
+        seen = shown("--format", form)
+        assert not re.search("[\x00-\x09\x0b\x0c\x0e-\x1f\x7f-\x9f\u202e]|\r(?!\r?\n)", seen), (form, seen)
+    site.links(["/silent"])
+    slow = ["--external", *OWN, "--timeout", "800ms", "--retries", "0"]
+    seen = shown(*slow)
+    assert "] " in seen and "0 of 1 URLs" in seen and "\x1b[K" in seen, seen
+    seen = shown(*slow, "--unsure-age", "0", TERM="dumb")
+    assert "\x1b" not in seen and "0 of 1 URLs" not in seen and "did not answer" in seen, seen
+
+
 def main():
     with tempfile.TemporaryDirectory() as top:
         certificate = os.path.join(top, "certificate.pem")
@@ -348,7 +379,7 @@ def main():
             both.write(pathlib.Path(certificate + "2").read_text())
         server = Server()
         for part in (check_rows, check_fragments, check_refusals, check_memory, check_own_network,
-                     check_broken_off, check_kept_file, check_configuration):
+                     check_broken_off, check_kept_file, check_configuration, check_terminal):
             begin = time.monotonic()
             server.forget()
             part(top, server)

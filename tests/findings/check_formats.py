@@ -31,7 +31,7 @@ FILES = {
                  '<img src=gone.gif><img src="gone.gif">\n<p id=i><p id=i><a href="/out.htm">x</a>'
                  % urllib.parse.quote(HOSTILE),
     "two.htm": '<a href="index.htm#i">x</a><img src="sub/../gone.gif"><a name=anchors>x</a>',
-    HOSTILE: '<a href="a,&quot;b&quot;%0A.htm">x</a>',
+    HOSTILE: '<a href="a,&quot;b&quot;%0A.htm">x</a><a href=orphan>x</a>',
     "sub/unused.gif": "",
     "orphan.htm": "",
     "../out.htm": "",
@@ -76,6 +76,7 @@ def check(folder):
     expect("one finding, three places", [f["count"] for f in gone], [3])
     fragment = [f for f in findings if f["rule"] == "missing-fragment"]
     expect("suggestion", [f["suggestion"] for f in fragment], ["#anchors"])
+    expect("with an extension", [f["suggestion"] for f in findings if f["target"] == "orphan"], ["orphan.htm"])
     expect("columns count characters",
            [p["column"] for f in findings if f["rule"] == "unservable-name" for p in f["places"]], [57])
 
