@@ -15,6 +15,7 @@
 #include "manager/family_marks.h"
 #include "manager/profiles.h"
 #include "manager/site_mgr.h"
+#include "repair/disk_change.h"
 #include "repair/repair_plan.h"
 #include "util/file_type.h"
 #include "util/site_rec_cell.h"

@@ -34,6 +34,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   platform/native_path.h
   platform/version.h
   platform/window.h
+  repair/disk_change.h
   repair/file_edits.h
   repair/repair_plan.h
   tables/table_faults.h

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace zvrsit::platform {
 
@@ -74,6 +75,14 @@ int Rename(const std::string& from, const std::string& to);
 // As Rename, but replaces an existing file on every system, in one step: at every moment either the
 // old or the new file is there.
 [[nodiscard]] int Replace(const std::string& from, const std::string& to);
+
+// What these have done is there after a power cut; each gives 0 or -1. The content of closed files:
+[[nodiscard]] int SyncFiles(const std::vector<std::string>& paths);
+// Which names are in a folder. No effect on Windows.
+[[nodiscard]] int SyncFolder(const std::string& path);
+// Gives `to` the permissions of `from`; and its owner and group, as far as the user may. No effect
+// on Windows, where a file has those of its folder.
+[[nodiscard]] int CopyPermissions(const std::string& from, const std::string& to);
 
 // An exclusive lock needs a file that is open for writing.
 enum class LockKind { kShared, kExclusive };

@@ -3,7 +3,18 @@
 
 namespace zvrsit::platform {
 
-enum class FileCall { kOpen, kRead, kWrite, kSeek, kClose, kStat, kMakeFolder, kUnlink, kRename };
+enum class FileCall {
+  kOpen,
+  kRead,
+  kWrite,
+  kSeek,
+  kClose,
+  kStat,
+  kMakeFolder,
+  kUnlink,
+  kRename,
+  kSync
+};
 
 // Asked before each file call of this thread; true makes that call fail with an I/O error.
 using FileFaultHook = bool (*)(FileCall call, void* context);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
+#include <set>
 
 #include "platform/file.h"
 #include "platform/file_fault_check.h"
@@ -51,6 +52,29 @@ int OpenNative(const char* name, int flags, int permission) {
     fd = ::open(name, SystemFlags(flags), static_cast<mode_t>(permission));
   } while (fd < 0 && errno == EINTR);
   return fd;
+}
+
+#if defined(__linux__)
+constexpr bool kSyncsSystems = true;
+int SyncSystem(int fd) {
+  return ::syncfs(fd);
+}
+#else
+constexpr bool kSyncsSystems = false;
+int SyncSystem(int fd) {
+  return ::fsync(fd);
+}
+#endif
+
+// Waits until a file or folder, or with `all` its whole file system, is on the disk.
+int SyncOne(const std::string& path, bool all) {
+  if (MustFail(FileCall::kSync)) return Fail(EIO);
+  if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
+  const int fd = ::open(nativePath.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  if (fd < 0) return Fail(errno);
+  const int result = Noted(all ? SyncSystem(fd) : ::fsync(fd));
+  ::close(fd);
+  return result;
 }
 
 std::int32_t ClampTime(std::int64_t time) {
@@ -209,6 +233,38 @@ int Rename(const std::string& from, const std::string& to) {
 
 int Replace(const std::string& from, const std::string& to) {
   return Rename(from, to);
+}
+
+int SyncFiles(const std::vector<std::string>& paths) {
+  // Of more files than these, writing out all that is waiting is less work than one by one.
+  constexpr std::size_t kFew = 16;
+  const bool all = kSyncsSystems && paths.size() > kFew;
+  std::set<std::uint64_t> systems;
+  for (const std::string& path : paths) {
+    FileStat stat;
+    if (all && Stat(path, stat) == 0 && !systems.insert(stat.device).second) continue;
+    if (SyncOne(path, all) != 0) return -1;
+  }
+  return 0;
+}
+
+int SyncFolder(const std::string& path) {
+  return SyncOne(path, false);
+}
+
+int CopyPermissions(const std::string& from, const std::string& to) {
+  if (MustFail(FileCall::kStat)) return Fail(EIO);
+  if (!ToNativePath(from, nativePath) || !ToNativePath(to, otherNativePath)) return Fail(ENOENT);
+  struct stat status;
+  struct stat now;
+  if (::stat(nativePath.c_str(), &status) != 0 || ::stat(otherNativePath.c_str(), &now) != 0) {
+    return Fail(errno);
+  }
+  const char* const name = otherNativePath.c_str();
+  // Not everybody may give a file away.
+  if (now.st_gid != status.st_gid && ::chown(name, uid_t(-1), status.st_gid) != 0) errno = 0;
+  if (now.st_uid != status.st_uid && ::chown(name, status.st_uid, gid_t(-1)) != 0) errno = 0;
+  return Noted(::chmod(name, status.st_mode & 07777));
 }
 
 // The lock belongs to the open file, not to the process, and ends with it.

@@ -220,6 +220,26 @@ int Replace(const std::string& from, const std::string& to) {
   return moved ? 0 : Fail(ErrorOfSystem());
 }
 
+int SyncFiles(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) {
+    if (MustFail(FileCall::kSync)) return Fail(EIO);
+    const int fd = Open(path, kOpenExisting);
+    if (fd < 0) return -1;
+    const int result = Noted(_commit(fd));
+    Close(fd);
+    if (result != 0) return -1;
+  }
+  return 0;
+}
+
+int SyncFolder(const std::string&) {
+  return MustFail(FileCall::kSync) ? Fail(EIO) : 0;
+}
+
+int CopyPermissions(const std::string&, const std::string&) {
+  return 0;
+}
+
 int LockByte(int fd, std::int64_t offset, LockKind kind) {
   const auto file = reinterpret_cast<HANDLE>(_get_osfhandle(fd));
   if (file == INVALID_HANDLE_VALUE) return Fail(EBADF);
