@@ -51,6 +51,7 @@ void FilePlanner::Plan(const std::string& path, RepairPlan& plan) {
   changes_.clear();
   newBases_.clear();
   base_ = kPageItself;
+  isBaseMoved_ = false;
   before_.BeginFile(path);
   after_.BeginFile(map_.Moves(path) ? map_.Of(path) : path);
   for (std::size_t i = 0; i < file_.count(); ++i) Decide(i);
@@ -67,6 +68,7 @@ void FilePlanner::UseBase(std::int32_t base) {
     old.push_back(file_.reference(static_cast<std::size_t>(base)).target);
     now.push_back(newBases_[static_cast<std::size_t>(base)]);
   }
+  isBaseMoved_ = old != now;
   std::ranges::reverse(old);
   std::ranges::reverse(now);
   before_.UseBases(old);
@@ -95,7 +97,7 @@ bool FilePlanner::IsLeftAlone(const FoundReference& reference, const Place& old,
   if (now.kind == old.kind && now.path == wanted) {
     return !after_.ClimbsTooHigh(reference.target) || before_.ClimbsTooHigh(reference.target);
   }
-  if (isMoved_) return false;
+  if (isMoved_ || isBaseMoved_) return false;
   // In a file that stays, what leads nowhere may lead somewhere afterwards.
   return old.kind == TargetKind::kExternal ||
          (wanted == old.path && before_.KindOf(old.path) == FileKind::kNone);
@@ -122,7 +124,8 @@ void FilePlanner::Decide(std::size_t number) {
   if (old.kind == TargetKind::kLocal) wanted.path = map_.Of(old.path);
   std::optional<std::string> text = Respell(reference, old, wanted);
   if (!text) {
-    file_.Keep(number, "no text of its kind leads there");
+    file_.Keep(number, lacksCharacter_ ? "the encoding of the file lacks a character of the name"
+                                       : "no text of its kind leads there");
     return;
   }
   if (isBase) newBases_.back() = *text;
@@ -133,13 +136,17 @@ bool FilePlanner::LeadsTo(const FoundReference& reference, const std::string& te
                           const Place& wanted) {
   if (!text.ends_with(reference.tail)) return false;
   const Place place = PlaceIn(after_, reference, text);
+  if (place.kind != wanted.kind || place.path != wanted.path) return false;
   std::string bytes;
-  return place.kind == wanted.kind && place.path == wanted.path && source_.Encode(text, bytes);
+  const bool isWritable = source_.Encode(text, bytes);
+  lacksCharacter_ |= !isWritable;
+  return isWritable;
 }
 
 std::optional<std::string> FilePlanner::Respell(const FoundReference& reference, const Place& old,
                                                 const Place& wanted) {
   const Spelling spelling(reference, after_);
+  lacksCharacter_ = false;
   if (wanted.kind == TargetKind::kExternal) {
     // A rule of the server leads there, or the text leaves the site.
     for (const bool encodesAll : {false, true}) {

@@ -98,7 +98,9 @@ class FilePlanner {
   const PathMap& map_;
   FileText source_;
   PlannedFile file_;
-  bool isMoved_ = false;
+  bool isMoved_ = false;         // the file itself
+  bool isBaseMoved_ = false;     // what its references are resolved from now, a BASE
+  bool lacksCharacter_ = false;  // a text that leads there cannot be written in the file
   std::int32_t base_ = kPageItself;
   std::vector<std::string> newBases_;  // as the bases will be
   std::vector<Change> changes_;

@@ -1,4 +1,5 @@
 // Which files a move or a retarget concerns.
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <utility>
@@ -11,6 +12,8 @@
 #include "repair/repair_plan.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
+#include "util/ascii.h"
+#include "util/file_type.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -60,8 +63,7 @@ class Repair {
     for (int number = paths_.NextNumber(0); number >= 0; number = paths_.NextNumber(number + 1)) {
       if (paths_.Name(number, path) < 0) continue;
       if (path.starts_with(folder)) AddMoved(path);
-      // A manifest may have nothing but a scope, which is no link where it is a folder.
-      if (PageSyntaxOf(path) == PageSyntax::kManifest) concerned_.insert(path);
+      if (MayNamePrefix(path)) concerned_.insert(path);
     }
   }
 
@@ -97,12 +99,33 @@ class Repair {
 
   void Run(RepairPlan& plan) {
     plan = {};
-    if (before_->redirects() && concerned_.contains(redirectsPath())) SettleRedirects();
+    if (before_->redirects() && concerned_.contains(redirectsPath()) &&
+        !map_.Moves(redirectsPath())) {
+      SettleRedirects();
+    }
     FilePlanner planner(manager_, *before_, *after_, map_);
-    for (const std::string& path : concerned_) planner.Plan(path, plan);
+    for (const std::string& path : concerned_) {
+      // In another place it is no list of rules.
+      if (path != redirectsPath() || !map_.Moves(path)) planner.Plan(path, plan);
+    }
   }
 
  private:
+  // Whether the file may name a folder for all that lies in it: as the scope of a manifest, or in
+  // an import map. Where the folder is there, this is no link.
+  bool MayNamePrefix(const std::string& path) {
+    if (!FlagsOf(manager_.GetLinkRules()).readsSiteData) return false;
+    const PageSyntax syntax = PageSyntaxOf(path);
+    if (syntax == PageSyntax::kManifest) return true;
+    const bool isPage =
+        ClassifyFileType(path) == FT_HTML || (syntax != PageSyntax::kHtml && !IsSiteData(syntax));
+    constexpr std::string_view kWord = "importmap";
+    if (!isPage || concerned_.contains(path) || !file_.ReadPage(path)) return false;
+    const std::string_view text = file_.text();
+    return std::search(text.begin(), text.end(), kWord.begin(), kWord.end(),
+                       [](char a, char b) { return LowerAscii(a) == b; }) != text.end();
+  }
+
   std::string redirectsPath() const { return folder_ + std::string(kRedirectsName); }
   AskKind After() const {
     return [map = map_](const std::string& path) { return map.KindAfter(path); };
@@ -125,12 +148,11 @@ class Repair {
       FilePlanner(manager_, *before_, *after_, map_).Plan(redirectsPath(), plan);
       std::string bytes;
       std::string next = redirects_;
-      FileText file;
-      if (!plan.files.empty() && file.ReadPage(redirectsPath()) &&
-          ApplyEdits(file.bytes(), plan.files.front(), bytes)) {
+      if (!plan.files.empty() && file_.ReadPage(redirectsPath()) &&
+          ApplyEdits(file_.bytes(), plan.files.front(), bytes)) {
         next = TextOf(bytes);
       }
-      if (next == text || map_.Moves(redirectsPath())) return;
+      if (next == text) return;
       text = next;
       after_ = std::make_unique<SiteWorld>(manager_, After(), text);
     }
@@ -142,6 +164,7 @@ class Repair {
   const std::string folder_;
   const PathMap map_;
   const std::string redirects_;
+  FileText file_;
   std::unique_ptr<SiteWorld> before_;
   std::unique_ptr<SiteWorld> after_;
   std::set<std::string> concerned_;

@@ -49,6 +49,13 @@ class MovedSite : public TestSite {
     return files;
   }
 
+  // The name of a file of the site, from its path.
+  std::string NameOf(const std::string& file) const {
+    std::string name;
+    EXPECT_TRUE(platform::ToNativePath(file, name));
+    return std::filesystem::relative(name, native("")).generic_string();
+  }
+
   int Plan(const std::string& from, const std::string& to, RepairPlan& plan) {
     return PlanMove(*mgr, path(from), path(to), plan);
   }
