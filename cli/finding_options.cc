@@ -57,14 +57,17 @@ void AddFindingOptions(CLI::App& command, FindingOptions& options) {
             }
           },
           "makes a rule error, warning or off; docs/rules.md has the names")
-      ->option_text("RULE=SEVERITY ...");
+      ->option_text("RULE=SEVERITY")
+      ->allow_extra_args(false);
   command
       .add_option("--ignore", options.ignores.files, "says nothing of files like this: drafts/**")
-      ->option_text("GLOB ...");
+      ->option_text("GLOB")
+      ->allow_extra_args(false);
   command
       .add_option("--ignore-target", options.ignores.targets,
                   "says nothing of references to files or URLs like this")
-      ->option_text("GLOB ...");
+      ->option_text("GLOB")
+      ->allow_extra_args(false);
   command.add_option("--config", options.config, "a configuration other than zvrsit.toml")
       ->option_text("FILE")
       ->check(NotEmpty());

@@ -32,7 +32,8 @@ struct FindingOptions {
   bool verbose = false;  // on stderr: what is looked at, and how long each step takes
 };
 
-// --rule, --ignore, --ignore-target, --config, --no-config, --all, --color, --quiet and --verbose.
+// --rule, --ignore and --ignore-target, of one value each time; --config, --no-config, --all,
+// --color, --quiet and --verbose.
 void AddFindingOptions(CLI::App& command, FindingOptions& options);
 
 // Reads the configuration that is wanted: the one that was named, else `found`, a native file or

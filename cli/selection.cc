@@ -47,16 +47,17 @@ std::vector<std::string> ReadList(const std::string& name) {
   return SplitList({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
 }
 
-// The text in quotes, as one word for the shell. Throws for a text that cannot be quoted on every
-// system.
+// The text in quotes, as one word for the shell. Throws for a text that cannot be quoted.
 std::string Quoted(const std::string& text) {
-  if (text.find_first_of("'\"%!\n") != text.npos) {
+#if defined(_WIN32)
+  if (text.find_first_of("\"%!\n") != text.npos) {
     throw Failure(kUsage, text + ": git cannot be asked about a name with quotes, % or !");
   }
-#if defined(_WIN32)
   return "\"" + text + "\"";
 #else
-  return "'" + text + "'";
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+  return quoted + "'";
 #endif
 }
 

@@ -71,7 +71,8 @@ int PrintResults(const std::vector<UrlResult>& results, bool json) {
 void AddUrlCheck(CLI::App& urls, FindingOptions& wanted) {
   AddExternalOptions(urls, "--check", wanted.external);
   urls.add_option("--ignore-target", wanted.ignores.targets, "asks no URLs like this")
-      ->option_text("GLOB ...");
+      ->option_text("GLOB")
+      ->allow_extra_args(false);
 }
 
 bool IsUrlCheck(const FindingOptions& wanted) {

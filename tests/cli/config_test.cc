@@ -1,6 +1,7 @@
 // The configuration of a site, and what the command line says against it.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
 
 #include "cli/program.h"
@@ -97,6 +98,60 @@ TEST_F(ConfigOfASite, FaultsAreToldWithTheirPlace) {
     const Outcome outcome = program.Run({"check", Native("/sub")});
     EXPECT_EQ(outcome.code, 2) << row.text;
     EXPECT_TRUE(outcome.complains(std::string("zvrsit.toml") + row.complaint)) << outcome.err;
+  }
+}
+
+// Findings are those of the files that are chosen, held against the whole site.
+TEST(Check, OfSomeFilesOfASite) {
+  const Program program;
+  const std::string site = program.folder.native("site/Ann's $site/");
+  const auto write = [&](const char* name, const char* html) {
+    program.Page(std::string("Ann's $site/") + name, html);
+  };
+  const auto git = [&](const std::string& words) {
+    return std::system(("git -C \"" + program.folder.native("site/Ann's \\$site") +
+                        "\" -c user.name=ann -c user.email=ann@example.org " + words +
+                        " >/dev/null 2>&1")
+                           .c_str());
+  };
+  write("index.html", "<a href=gone0.html><a href=sub/old.html><a href='sub/a%20b%C3%A9.html'>");
+  write("sub/old.html", "<a href=gone1.html><a href=../index.html>");
+  write("sub/a b\xC3\xA9.html", "<p>");
+  ASSERT_EQ(git("init") + git("add .") + git("commit -m first"), 0);
+  write("sub/a b\xC3\xA9.html", "<a href=gone2.html><a href=../index.html>");
+  write("sub/new'.html", "<a href=gone3.html>");
+  const std::string old = site + "sub/old.html", two = site + "sub/a b\xC3\xA9.html";
+  const std::string nul(1, '\0');
+  const struct {
+    Words words;
+    std::string input;
+    std::vector<std::string> gone;
+  } rows[] = {
+      {{site}, "", {"0", "2", "3", "1"}},
+      {{old, two}, "", {"2", "1"}},
+      {{site + "sub"}, "", {"2", "3", "1"}},
+      {{"--files-from", "-"}, old + "\r\n\n" + two, {"2", "1"}},
+      {{"--files-from", "-"}, old + nul + two + nul, {"2", "1"}},
+      {{"--files-from", "-", old}, two + "\n", {"2", "1"}},
+      {{"--files-from", "-"}, "", {}},
+      {{site, "--changed-since", "HEAD"}, "", {"2", "3"}},
+      {{old, two, "--changed-since", "HEAD"}, "", {"2"}},
+  };
+  for (const auto& row : rows) {
+    Words words{"check",    "--root", site,     "--format",       "json",
+                "--ignore", "none",   "--rule", "orphan-page=off"};
+    words.insert(words.end(), row.words.begin(), row.words.end());
+    std::vector<std::string> gone;
+    for (const Json& place : Rows(program.Run(words, row.input).json())) {
+      gone.push_back(place["text"].get<std::string>().substr(4, 1));
+    }
+    EXPECT_EQ(gone, row.gone) << row.words.front();
+  }
+  for (const char* revision : {"nosuch", "--output=x"}) {
+    const Outcome outcome =
+        program.Run({"check", site, "--changed-since=" + std::string(revision)});
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_TRUE(outcome.complains("git cannot tell")) << outcome.err;
   }
 }
 
