@@ -62,6 +62,9 @@ AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
                             });
   bar.Clear();
   if (!asked.fault.empty()) Warn(asking.keptFile + ": answers cannot be kept: " + asked.fault);
+  if (asked.asked > 1 && asked.unreached == asked.asked) {
+    Warn("no server could be reached: is this machine connected? --offline takes what is kept");
+  }
   if (!asking.isQuiet) TellWhatWasNotAsked(asked);
   return asked;
 }

@@ -80,6 +80,10 @@ class Batch {
     calls.answered = [&](std::size_t number, const Answer& answer) {
       Asked& one = *open[number];
       one.answer = answer;
+      if (answer.fault == ExternalFault::kUnknownHost ||
+          answer.fault == ExternalFault::kUnreachable) {
+        ++unreached_;
+      }
       const bool isForNowOnly = answer.fault >= ExternalFault::kOwnNetwork;
       if (!isForNowOnly && MayBeKept(one)) kept_.Keep(one.question.url.url, answer);
     };
@@ -94,6 +98,7 @@ class Batch {
     AskedUrls all;
     all.asked = now_;
     all.kept = fromBefore_;
+    all.unreached = unreached_;
     all.fault = kept_.fault();
     for (const Place& place : places_) all.results.push_back(ResultOf(place));
     return all;
@@ -170,6 +175,7 @@ class Batch {
   std::vector<Place> places_;  // of each URL
   std::size_t fromBefore_ = 0;
   std::size_t now_ = 0;
+  std::size_t unreached_ = 0;
 };
 
 }  // namespace

@@ -27,6 +27,7 @@ struct AskedUrls {
   std::vector<UrlResult> results;  // for each URL, in their order
   std::size_t asked = 0;           // how many URLs were asked now
   std::size_t kept = 0;            // how many answers were kept from before
+  std::size_t unreached = 0;       // of those asked now: no connection came about
   std::string fault;               // why the answers cannot be kept; empty: they are
 };
 

@@ -10,11 +10,13 @@ import pathlib
 import pty
 import re
 import signal
+import socket
 import sqlite3
 import subprocess
 import sys
 import tempfile
 import time
+import types
 
 sys.dont_write_bytecode = True
 from misbehaving_server import BOMB_SIZE, Server
@@ -137,6 +139,7 @@ def check_rows(top, server):
     expect("no others", found, {})
     assert server.seen["HEAD", "/ok?a%20b=%C3%A9"] == 1, server.seen
     assert "1 external URL: each was not asked, as robots.txt forbids it" in site.err, site.err
+    assert "is this machine connected?" not in site.err, site.err
     first, second = server.times["/wait-a-second"]
     assert second - first > 0.95, "Retry-After is kept"
     assert server.busiest <= 4, server.busiest
@@ -236,6 +239,35 @@ def check_secrets(top, server, certificate):
     expect("trusted", site.check(*OWN, "--ca-file", certificate, "--unsure-age", "0s"), {})
 
 
+def check_http2(top, certificate):
+    """The server knows no older version, and its log has a number for each connection."""
+    files = pathlib.Path(top, "served")
+    files.mkdir()
+    for number in range(60):
+        files.joinpath(f"{number}.html").write_text(f"<p id=a{number}>")
+    with socket.socket() as free:
+        free.bind(("127.0.0.1", 0))
+        port = free.getsockname()[1]
+    log = open(os.path.join(top, "http2.log"), "w+")
+    server = subprocess.Popen(["/usr/sbin/nghttpd", "-v", "-d", files, "-a", "127.0.0.1", str(port),
+                               certificate, certificate], stdout=log, stderr=log)
+    try:
+        while "listen" not in open(log.name).read():
+            assert server.poll() is None, "no server"
+            time.sleep(0.01)
+        site = Site(top, types.SimpleNamespace(address=f"https://127.0.0.1:{port}"))
+        site.links([f"/{number}.html#a{number}" for number in range(60)] + ["/gone.html#x", "/1.html#x"])
+        found = site.check(*OWN, "--ca-file", certificate, "--external-fragments")
+        expect("over HTTP/2", {target: rule for target, (rule, _) in found.items()},
+               {"/gone.html": BROKEN, "/1.html#x": FRAGMENT})
+    finally:
+        server.terminate()
+        server.wait()
+    log.seek(0)
+    expect("one connection for all", set(re.findall(r"\[id=(\d+)\]", log.read())), {"1"})
+    log.close()
+
+
 def check_own_network(top, server):
     """Nothing of it is asked, by whatever name, unless the site lies there or an option says so."""
     site = Site(top, server)
@@ -248,6 +280,9 @@ def check_own_network(top, server):
     expect("asked", server.seen.total(), 0)
     expect("rules", {rule for rule, _ in found.values()}, {UNSURE})
     assert len(found) >= 5, found
+    site.links(["http://nosuch.invalid/1", "http://other.invalid/2"])
+    expect("nothing is reached", {rule for rule, _ in site.check("--broken-age", "0s").values()}, {BROKEN})
+    assert "is this machine connected?" in site.err, site.err
     # A proxy may lie there, but is not asked for what lies there.
     proxy = {"http_proxy": server.address}
     own = [f"http://{host}:{port}/404" for host in ("127.0.0.2", "127.0.0.3.", "localhost", "localhost.")]
@@ -385,6 +420,7 @@ def main():
             part(top, server)
             print(f"{part.__name__}: {time.monotonic() - begin:.1f} s", flush=True)
         check_secrets(top, server, certificate)
+        check_http2(top, certificate)
 
 
 main()
