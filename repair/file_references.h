@@ -27,7 +27,7 @@ enum class Surroundings : std::uint8_t {
   kRefresh,   // a quote ends it
   kLine,      // white space ends it
   kRedirect,  // the same, and ":" and "*" make placeholders
-  kJson,      // a relative path begins with a dot where it began with one
+  kJson,      // a relative path may need a dot at its beginning
 };
 
 struct FoundReference {

@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "dom/code_conv.h"
+#include "links/html_values.h"
+#include "links/link_type.h"
 #include "links/page_types.h"
 #include "links/redirect_rules.h"
 #include "manager/site_mgr.h"
@@ -74,6 +76,21 @@ class Repair {
     if (after_->MayBeDocument(path)) {
       const std::string folder(FolderOf(path));
       for (const std::string& name : after_->documentNames()) AddReferrers(folder + name);
+    }
+  }
+
+  // The classic rules take all of a META refresh for a target.
+  void AddRefreshes() {
+    if (FlagsOf(manager_.GetLinkRules()).parsesRefresh) return;
+    std::string page;
+    for (int number = links_.NextNumber(0); number >= 0; number = links_.NextNumber(number + 1)) {
+      SiteLinkRec link;
+      if (links_.Get(number, link) < 0 || link.type != static_cast<int>(LT_META_REFRESH)) continue;
+      const std::string_view target = RefreshTarget(links_.TextView(link.text));
+      if (target.empty() || paths_.Name(link.from.id, page) < 0) continue;
+      before_->BeginFile(page);
+      const Place place = before_->PlaceOf(target, SiteWorld::From::kPage, false);
+      if (map_.Of(place.path) != place.path) concerned_.insert(page);
     }
   }
 
@@ -194,6 +211,7 @@ int PlanMove(SiteMgr& manager, const std::string& from, const std::string& to, R
     repair.AddMoved(from);
     repair.AddRivals(to);
   }
+  repair.AddRefreshes();
   repair.AddRedirected();
   repair.Run(plan);
   return 0;
@@ -205,6 +223,7 @@ int PlanRetarget(SiteMgr& manager, const std::vector<Retarget>& targets, RepairP
   for (const Retarget& target : targets) map.Add(target.from, target.to);
   Repair repair(manager, std::move(map));
   for (const Retarget& target : targets) repair.AddReferrers(target.from);
+  repair.AddRefreshes();
   repair.Run(plan);
   return 0;
 }

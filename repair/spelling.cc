@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "links/json_references.h"
+#include "links/link_type.h"
 #include "links/url_text.h"
 #include "platform/code_page.h"
 #include "util/ascii.h"
@@ -166,15 +168,25 @@ std::string Spelling::Relative(std::string_view path, bool encodesAll) const {
   names.insert(names.end(), to.begin() + static_cast<std::ptrdiff_t>(common), to.end());
   std::string text = Joined(names, isFolder, encodesAll);
   const std::string_view old = parts_.path;
-  const bool hadDot = old.size() > 1 && old[0] == '.' && IsSlash(old[1]);
-  const bool wantsDot =
-      hadDot || (old_.surroundings == Surroundings::kJson && old.starts_with(".."));
   if (text.empty()) return !old.empty() && IsSlash(old.back()) ? "./" : ".";
   const bool looksLikeScheme = text.find(':') < text.find_first_of("/\\");
-  if ((wantsDot || looksLikeScheme) && names.front() != "..") {
-    text.insert(0, {'.', slash_});
-  }
+  if (looksLikeScheme || WantsDot(text)) text.insert(0, {'.', slash_});
   return text;
+}
+
+// Whether "./" stands before a relative path: where it stood before, and where without it the path
+// would be taken for something else.
+bool Spelling::WantsDot(const std::string& path) const {
+  const std::string_view old = parts_.path;
+  const bool climbs = path.starts_with("..");
+  if (old.size() > 1 && old[0] == '.' && IsSlash(old[1])) {
+    return !climbs || old.substr(2).starts_with("..");
+  }
+  if (climbs || old_.surroundings != Surroundings::kJson) return false;
+  if (old_.type == LT_IMPORT_MAP) return true;
+  if (old_.type != LT_LINKED_DATA || path.find_first_of("\"\\") != kNone) return false;
+  const std::string alone = "{\"url\":\"" + path + "\"}";
+  return ReadJsonReferences(JsonKind::kLinkedData, alone).empty();
 }
 
 // The path of the address of the site: "/docs/"; "/" when it has none.

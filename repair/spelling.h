@@ -37,6 +37,7 @@ class Spelling {
   using Names = std::vector<std::string_view>;
 
   std::string Relative(std::string_view path, bool encodesAll) const;
+  bool WantsDot(const std::string& path) const;
   void AddFromRoot(std::string_view path, bool encodesAll, std::vector<std::string>& out) const;
   void AddWithHost(std::string_view path, bool encodesAll, std::vector<std::string>& out) const;
   std::string Joined(const Names& names, bool isFolder, bool encodesAll) const;

@@ -381,6 +381,9 @@ TEST(MovePlan, ByTheClassicRules) {
            "<a href='b.html'><a href='https://x.org/'><a href='javascript:f()'><a href=d/>"
            "<meta http-equiv=refresh content='0;url=b.html'><a href='?q'><a href='#x'>",
            b},
+          {"a refresh to a file that moves", "b.html", "c.html", "a.html",
+           "<meta http-equiv=refresh content='0;url=b.html'>",
+           "<meta http-equiv=refresh content='0;url=c.html'>", b},
           {"default document", "d/home.htm", "e/home.htm", "a.html",
            "<a href=d/><a href=d/home.htm>", "<a href=e/><a href=e/home.htm>", b},
           {"a name that cannot be written", "b.html", "c#d.html", "a.html", "<a href=b.html>",
