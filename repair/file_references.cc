@@ -17,8 +17,6 @@
 namespace zvrsit {
 namespace {
 
-constexpr auto kNone = std::string_view::npos;
-
 bool IsJsonType(std::uint32_t type) {
   return type == LT_LINKED_DATA || type == LT_IMPORT_MAP || type == LT_SPECULATION ||
          type == LT_MANIFEST;
@@ -29,8 +27,8 @@ std::size_t JsonUnit(std::string_view rest) {
   if (rest.front() != '\\') return 1;
   if (rest.size() < 2 || rest[1] != 'u') return std::min<std::size_t>(2, rest.size());
   const bool isPair = rest.size() >= 12 && (rest[2] == 'd' || rest[2] == 'D') &&
-                      std::string_view("89abAB").find(rest[3]) != kNone && rest[6] == '\\' &&
-                      rest[7] == 'u';
+                      std::string_view("89abAB").find(rest[3]) != std::string_view::npos &&
+                      rest[6] == '\\' && rest[7] == 'u';
   return std::min<std::size_t>(isPair ? 12 : 6, rest.size());
 }
 
@@ -325,7 +323,7 @@ void FileReferences::AddText(Part& part, const LinkRow& row) {
   }
   constexpr std::string_view kCdata = "<![CDATA[";
   const std::size_t last = text.substr(0, begin).find_last_not_of(" \t\r\n\f");
-  const bool isCdata = last != kNone && text.substr(0, last + 1).ends_with(kCdata);
+  const bool isCdata = last != std::string_view::npos && text.substr(0, last + 1).ends_with(kCdata);
   const std::size_t end = std::min(text.find(isCdata ? "]]>" : "<", begin), text.size());
   const std::string_view raw = Trimmed(text.substr(begin, end - begin));
   const TextKind kind = isCdata ? TextKind::kCdata : TextKind::kData;

@@ -18,8 +18,6 @@
 namespace zvrsit {
 namespace {
 
-constexpr auto kNone = std::string_view::npos;
-
 // Attributes that hold IDs of their page, one or several.
 constexpr std::string_view kIdAttributes[] = {"for",           "form",
                                               "headers",       "list",
@@ -48,11 +46,11 @@ bool IsPlainName(std::string_view id) {
 // Where "#" and the ID stand in a text as a whole word, from `at` on.
 std::size_t FindHashName(std::string_view text, const std::string& id, std::size_t at) {
   const std::string wanted = "#" + id;
-  for (; (at = text.find(wanted, at)) != kNone; ++at) {
+  for (; (at = text.find(wanted, at)) != std::string_view::npos; ++at) {
     const std::size_t end = at + wanted.size();
     if (end == text.size() || !IsOfName(text[end])) return at;
   }
-  return kNone;
+  return std::string_view::npos;
 }
 
 // A new name for an ID, in one file after another.
@@ -122,8 +120,8 @@ class IdPlanner {
     const std::string_view old = std::string_view(target).substr(begin, end - begin);
     const bool isRaw =
         std::ranges::any_of(old, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-    const bool lower =
-        old.find_first_of("abcdef", old.find('%')) != kNone && old.find('%') != kNone;
+    const bool lower = old.find_first_of("abcdef", old.find('%')) != std::string_view::npos &&
+                       old.find('%') != std::string_view::npos;
     std::string bytes;
     const bool staysRaw = isRaw && source_.Encode(to_, bytes);
     const std::string_view digits = lower ? "0123456789abcdef" : "0123456789ABCDEF";
@@ -188,9 +186,11 @@ class IdPlanner {
     const bool isHref = attribute.attr() == Attr::kHref || attribute.attr() == Attr::kXlinkHref;
     if (isHref && (element.isHtml() || element.tag() == Tag::kSvgA)) return;
     const std::string value = attribute.value();
-    for (std::size_t at = 0; (at = FindHashName(value, from_, at)) != kNone; ++at) {
+    for (std::size_t at = 0; (at = FindHashName(value, from_, at)) != std::string_view::npos;
+         ++at) {
       const bool isWhole = isHref && at == 0 && value.size() == from_.size() + 1;
-      const bool isUrl = !isHref && at > 0 && std::string_view("(\"'").find(value[at - 1]) != kNone;
+      const bool isUrl = !isHref && at > 0 &&
+                         std::string_view("(\"'").find(value[at - 1]) != std::string_view::npos;
       if (isWhole || (isUrl && IsPlainName(to_))) {
         EditPart(attribute, at + 1);
       } else if (isUrl) {
@@ -206,9 +206,9 @@ class IdPlanner {
     const std::string_view raw = text.rawData();
     std::size_t at = FindHashName(raw, from_, 0);
     for (const char quote : {'"', '\'', '`'}) {
-      if (isScript && at == kNone) at = raw.find(quote + from_ + quote);
+      if (isScript && at == std::string_view::npos) at = raw.find(quote + from_ + quote);
     }
-    if (at == kNone) return;
+    if (at == std::string_view::npos) return;
     const std::string_view all = file_.references().text();
     const char* const top = file_.references().document().text().data();
     const std::size_t place = static_cast<std::size_t>(raw.data() - top) + at;

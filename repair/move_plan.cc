@@ -136,10 +136,10 @@ class Repair {
     if (syntax == PageSyntax::kManifest) return true;
     const bool isPage =
         ClassifyFileType(path) == FT_HTML || (syntax != PageSyntax::kHtml && !IsSiteData(syntax));
-    constexpr std::string_view kWord = "importmap";
+    constexpr std::string_view kImportMap = "importmap";
     if (!isPage || concerned_.contains(path) || !file_.ReadPage(path)) return false;
     const std::string_view text = file_.text();
-    return std::search(text.begin(), text.end(), kWord.begin(), kWord.end(),
+    return std::search(text.begin(), text.end(), kImportMap.begin(), kImportMap.end(),
                        [](char a, char b) { return LowerAscii(a) == b; }) != text.end();
   }
 

@@ -12,12 +12,11 @@
 namespace zvrsit {
 namespace {
 
-constexpr auto kNone = std::string_view::npos;
-constexpr std::string_view kHex = "0123456789abcdef";
+constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 // Whether a "&" stands in `raw` that begins no character reference.
 bool HasBareAmpersand(std::string_view raw, bool inAttribute) {
-  for (std::size_t at = 0; (at = raw.find('&', at)) != kNone; ++at) {
+  for (std::size_t at = 0; (at = raw.find('&', at)) != std::string_view::npos; ++at) {
     if (MatchCharacterReference(raw.substr(at), inAttribute).length == 0) return true;
   }
   return false;
@@ -48,10 +47,10 @@ std::string AsCss(std::string_view text, std::string_view special) {
     const char c = character.front();
     const auto byte = static_cast<unsigned char>(c);
     if (byte < ' ' || byte == 0x7F) {
-      out.append({'\\', kHex[byte >> 4], kHex[byte & 15], ' '});
+      out.append({'\\', kHexDigits[byte >> 4], kHexDigits[byte & 15], ' '});
       return;
     }
-    if (character.size() == 1 && special.find(c) != kNone) out += '\\';
+    if (character.size() == 1 && special.find(c) != std::string_view::npos) out += '\\';
     out += character;
   });
   return out;
@@ -59,7 +58,7 @@ std::string AsCss(std::string_view text, std::string_view special) {
 
 void AppendJsonUnit(std::string& out, unsigned unit) {
   out += "\\u";
-  for (int shift = 12; shift >= 0; shift -= 4) out += kHex[unit >> shift & 15];
+  for (int shift = 12; shift >= 0; shift -= 4) out += kHexDigits[unit >> shift & 15];
 }
 
 // As escapes of UTF-16 units.
@@ -117,8 +116,8 @@ std::string SourceText::AsAttribute(std::string_view text, char quote) const {
 }
 
 std::string SourceText::AsJson(std::string_view text) const {
-  const bool escapesSlash = raw_.find("\\/") != kNone;
-  const bool escapesCodes = raw_.find("\\u") != kNone;
+  const bool escapesSlash = raw_.find("\\/") != std::string_view::npos;
+  const bool escapesCodes = raw_.find("\\u") != std::string_view::npos;
   std::string out;
   ForEachCharacter(text, [&](std::string_view character) {
     const char c = character.front();
@@ -158,7 +157,7 @@ bool SourceText::NeedsQuotes() const {
   if (writing_ != Writing::kAttribute || quote_ != '\0' || edits_.empty()) return false;
   std::size_t left = decoded_.size();
   for (const SourceEdit& edit : edits_) {
-    if (edit.text.find_first_of(" \t\n\f\r\"'=<>`") != kNone) return true;
+    if (edit.text.find_first_of(" \t\n\f\r\"'=<>`") != std::string_view::npos) return true;
     left = left + edit.text.size() - (edit.end - edit.begin);
   }
   return left == 0;
@@ -166,7 +165,7 @@ bool SourceText::NeedsQuotes() const {
 
 // Makes one edit of all: the whole value in quotes.
 void SourceText::Quote() {
-  const char quote = raw_.find('"') == kNone ? '"' : '\'';
+  const char quote = raw_.find('"') == std::string_view::npos ? '"' : '\'';
   SourceEdit all{begin_, begin_ + raw_.size(), std::string(1, quote), {}};
   std::size_t done = begin_;
   const auto copy = [&](std::size_t end) {

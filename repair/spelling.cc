@@ -14,8 +14,6 @@
 namespace zvrsit {
 namespace {
 
-constexpr auto kNone = std::string_view::npos;
-
 // ASCII characters that are encoded in a URL, unless the old text has them as they are.
 constexpr std::string_view kEncoded = " \"<>`{}|^[]";
 
@@ -117,7 +115,8 @@ bool Spelling::StaysRaw(char c, bool encodesAll) const {
     case Surroundings::kJson:
       break;
   }
-  return kEncoded.find(c) == kNone || (!encodesAll && parts_.path.find(c) != kNone);
+  return kEncoded.find(c) == std::string_view::npos ||
+         (!encodesAll && parts_.path.find(c) != std::string_view::npos);
 }
 
 std::string Spelling::Encoded(std::string_view name, bool encodesAll) const {
@@ -184,7 +183,8 @@ bool Spelling::WantsDot(const std::string& path) const {
   }
   if (climbs || old_.surroundings != Surroundings::kJson) return false;
   if (old_.type == LT_IMPORT_MAP) return true;
-  if (old_.type != LT_LINKED_DATA || path.find_first_of("\"\\") != kNone) return false;
+  if (old_.type != LT_LINKED_DATA || path.find_first_of("\"\\") != std::string_view::npos)
+    return false;
   const std::string alone = "{\"url\":\"" + path + "\"}";
   return ReadJsonReferences(JsonKind::kLinkedData, alone).empty();
 }
