@@ -11,7 +11,9 @@
 #include "links/json_strings.h"
 #include "links/link_type.h"
 #include "links/page_file.h"
+#include "links/redirect_rules.h"
 #include "links/site_data.h"
+#include "links/url_text.h"
 #include "util/ascii.h"
 
 namespace zvrsit {
@@ -214,6 +216,22 @@ void FileReferences::ReadRows(Part& part) {
     }
   }
   for (const LinkRow& row : rows.links) ReadRow(part, row);
+  if (syntax_ == PageSyntax::kRedirects) ReadPatterns(part);
+}
+
+// The targets of rules with placeholders: their folders stand for all that such a rule leads to.
+void FileReferences::ReadPatterns(Part& part) {
+  for (const RedirectRule& rule : ReadRedirectRules(part.source->text())) {
+    const std::size_t first = rule.to.find_first_of("*:", SchemeOf(rule.to).size() + 1);
+    const std::size_t slash = rule.to.substr(0, first).rfind('/');
+    if (!rule.hasPlaceholders() || slash == std::string_view::npos || slash == 0) continue;
+    LinkRow row;
+    row.type = LT_REDIRECT;
+    row.offset = static_cast<std::uint32_t>(rule.toOffset);
+    row.target = rule.to.substr(0, slash + 1);
+    row.isPrefix = true;
+    AddText(part, row);
+  }
 }
 
 void FileReferences::ReadRow(Part& part, const LinkRow& row) {

@@ -76,6 +76,7 @@ class FileReferences {
   void ReadBase(Part& part);
   void ReadRows(Part& part);
   void ReadRow(Part& part, const LinkRow& row);
+  void ReadPatterns(Part& part);
   void ReadRefresh(Part& part, const MetaRow& meta);
   void ReadStyles(Part& part);
   void ReadStyle(Part& part, const StyleText& style, bool atOnce);

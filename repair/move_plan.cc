@@ -61,6 +61,7 @@ class Repair {
   }
 
   void AddFolder(const std::string& folder) {
+    if (before_->redirects()) concerned_.insert(redirectsPath());
     std::string path;
     for (int number = paths_.NextNumber(0); number >= 0; number = paths_.NextNumber(number + 1)) {
       if (paths_.Name(number, path) < 0) continue;
@@ -200,10 +201,11 @@ int PlanMove(SiteMgr& manager, const std::string& from, const std::string& to, R
   const bool isFolder = FolderOf(from) == from;
   const FileKind wanted = isFolder ? FileKind::kFolder : FileKind::kFile;
   if (!IsOpen(manager) || from.empty() || to.empty() || isFolder != (FolderOf(to) == to) ||
-      KindOnDisk(from) != wanted || KindOnDisk(to) != FileKind::kNone ||
-      (isFolder && to.starts_with(from))) {
+      KindOnDisk(from) != wanted || manager.DescribeServer().folder.starts_with(from)) {
     return -1;
   }
+  const std::string place = isFolder ? to.substr(0, to.size() - 1) : to;
+  if (KindOnDisk(place) != FileKind::kNone || (isFolder && to.starts_with(from))) return -1;
   Repair repair(manager, PathMap(from, to));
   if (isFolder) {
     repair.AddFolder(from);

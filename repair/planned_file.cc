@@ -106,13 +106,17 @@ void PlannedFile::AddEdit(SourceText& source, std::size_t begin, std::size_t end
   others_.push_back({&source, begin, end, text, place, std::move(before)});
 }
 
-// If not all changes can be made together, those are made that can be made alone.
+// If not all changes can be made together, those are made that can be made alone; but none without
+// that of a BASE, because the others are made for it.
 void PlannedFile::Write(std::vector<Change> changes, RepairPlan& plan) {
   FileEdits edits;
   if (!TryWrite(changes, edits)) {
+    const std::size_t bases = references_->bases().size();
+    const bool hasBase = std::ranges::any_of(
+        changes, [bases](const Change& change) { return change.reference < bases; });
     std::erase_if(changes, [&](const Change& change) {
       FileEdits alone;
-      const bool isGood = TryWrite({change}, alone);
+      const bool isGood = !hasBase && TryWrite({change}, alone);
       if (!isGood) Keep(change.reference, "cannot be written in this file");
       return !isGood;
     });

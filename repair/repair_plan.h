@@ -31,7 +31,7 @@ struct Retarget {
 // Plans the move of a file, or of a folder with all that is in it; both paths then end in `\`. No
 // file or folder may be at `to` yet. References to what moves and those in it will lead to the same
 // files as before. 0; or -1 when no site is open, nothing is at `from`, something is at `to`, or
-// `to` lies in `from`.
+// `to` lies in `from`; and for the folder of the site itself.
 ZVRSIT_API int PlanMove(SiteMgr& manager, const std::string& from, const std::string& to,
                         RepairPlan& plan);
 

@@ -334,6 +334,15 @@ TEST(MovePlan, OfSiteData) {
        "/old /g/x%20y.html 301 # d/b.html\n/older /old\n/d/b.html /g/x%20y.html 302\n/p/* "
        "/d/:splat\n",
        d},
+      {"a rule with placeholders", "d/", "g h/", "_redirects", "/p/* /d/:splat 302\n/q/:x /:x\n",
+       "/p/* /g%20h/:splat 302\n/q/:x /:x\n", d},
+      {"served by a rule with placeholders",
+       "d/",
+       "g/",
+       "a.html",
+       "<a href=/p/b.html>",
+       "<a href=/p/b.html>",
+       {{"d/b.html", ""}, {"_redirects", "/p/* /d/:splat\n"}}},
       {"served by a rule",
        "d/b.html",
        "g/c.html",
@@ -527,6 +536,8 @@ TEST(MovePlan, IsRefused) {
   EXPECT_EQ(site.Plan("a.html", "d/c.html", plan), -1);
   EXPECT_EQ(site.Plan("d/", "d/e/", plan), -1);
   EXPECT_EQ(site.Plan("d", "e", plan), -1);
+  EXPECT_EQ(site.Plan("d/", "a.html/", plan), -1);
+  EXPECT_EQ(site.Plan("", "e/", plan), -1);
   ASSERT_EQ(site.Plan("d/c.html", "c.html", plan), 0);
   ASSERT_EQ(plan.files.size(), 1U);
   const TextEdit& edit = plan.files[0].edits.at(0);

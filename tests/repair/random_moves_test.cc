@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <random>
@@ -377,6 +378,7 @@ SiteLinks LinksOf(MovedSite& site, const std::function<std::string(const std::st
 }
 
 struct Tally {
+  double seconds = 0;  // of the last plan
   int moves = 0;
   int edits = 0;
   int kept = 0;
@@ -435,7 +437,9 @@ void MoveAndCompare(MovedSite& site, const std::string& from, const std::string&
     return isOf ? site.path(to) + path.substr(fromPath.size()) : path;
   };
   const SiteLinks before = LinksOf(site, moved);
+  const auto begin = std::chrono::steady_clock::now();
   ASSERT_EQ(site.Plan(from, to, plan), 0);
+  tally.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   MovedSite::WriteEdits(plan);
   site.Rename(from, to);
   ASSERT_TRUE(site.Rebuild());
