@@ -145,7 +145,9 @@ bool FilePlanner::LeadsTo(const FoundReference& reference, const std::string& te
 
 std::optional<std::string> FilePlanner::Respell(const FoundReference& reference, const Place& old,
                                                 const Place& wanted) {
-  const Spelling spelling(reference, after_);
+  const std::string_view path = PartsOf(reference.target, after_.rules()).path;
+  const std::string top = map_.Of(TopOf(path, before_.BaseFolder(), old.direct));
+  const Spelling spelling(reference, after_, top);
   lacksCharacter_ = false;
   if (wanted.kind == TargetKind::kExternal) {
     // A rule of the server leads there, or the text leaves the site.

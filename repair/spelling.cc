@@ -72,8 +72,25 @@ TargetParts PartsOf(std::string_view target, const RuleFlags& rules) {
   return parts;
 }
 
-Spelling::Spelling(const FoundReference& old, SiteWorld& world)
-    : old_(old), world_(world), parts_(PartsOf(old.target, world.rules())) {
+std::string TopOf(std::string_view path, std::string folder, const std::string& direct) {
+  std::string child;
+  while (!path.empty()) {
+    const std::size_t end = FindMB(path, 0, IsSlash);
+    const int dots = DotsOf(path.substr(0, end));
+    if (dots == 0 || folder.empty()) break;
+    if (dots == 2) {
+      child = folder;
+      folder.pop_back();
+      folder.resize(FolderOf(folder).size());
+    }
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  const bool goesBack = !child.empty() && !folder.empty() && direct.starts_with(child);
+  return goesBack ? folder : std::string();
+}
+
+Spelling::Spelling(const FoundReference& old, SiteWorld& world, std::string top)
+    : old_(old), world_(world), top_(std::move(top)), parts_(PartsOf(old.target, world.rules())) {
   const std::string_view path = parts_.path;
   const bool hasSlash = FindMB(path, 0, [](char c) { return c == '/'; }) < path.size();
   const bool hasOther = FindMB(path, 0, [](char c) { return c == '\\'; }) < path.size();
@@ -163,6 +180,9 @@ std::string Spelling::Relative(std::string_view path, bool encodesAll) const {
   std::size_t common = 0;
   while (common < most && from[common] == to[common]) ++common;
   if (common == 0) return {};
+  if (!top_.empty() && path.starts_with(top_) && folder.starts_with(top_)) {
+    common = std::min(common, NamesOf(top_).size());
+  }
   Names names(from.size() - common, "..");
   names.insert(names.end(), to.begin() + static_cast<std::ptrdiff_t>(common), to.end());
   std::string text = Joined(names, isFolder, encodesAll);

@@ -19,11 +19,16 @@ struct TargetParts {
 };
 TargetParts PartsOf(std::string_view target, const RuleFlags& rules);
 
+// The folder to which a relative path climbs from `folder` although the shortest way to `direct`,
+// where it leads, is inside: "../../a/b/x" in a/b/. Empty when it takes the shortest way.
+std::string TopOf(std::string_view path, std::string folder, const std::string& direct);
+
 // One target, written for other places.
 class Spelling {
  public:
-  // `world` stands at the file, with the bases, in which the new text will stand.
-  Spelling(const FoundReference& old, SiteWorld& world);
+  // `world` stands at the file, with the bases, in which the new text will stand. `top`: a folder
+  // to which relative paths climb if they can; may be empty.
+  Spelling(const FoundReference& old, SiteWorld& world, std::string top);
 
   // The ways to write `path`, the likeliest first. A path that ends in "\" means a folder.
   // `ofOtherKind`: relative ones in place of all others, and the other way round. `encodesAll`:
@@ -48,6 +53,7 @@ class Spelling {
 
   const FoundReference& old_;
   SiteWorld& world_;
+  const std::string top_;
   const TargetParts parts_;
   std::vector<std::pair<std::string, std::string_view>> spelled_;  // names as the old text has them
   char slash_ = '/';

@@ -529,7 +529,7 @@ TEST(RandomMoves, InAGivenTree) {
     RepairPlan back;
     MoveAndCompare(site, from, to, tally, plan);
     std::cout << from << " => " << to << ": " << plan.files.size() << " files, " << plan.kept.size()
-              << " kept\n";
+              << " kept, planned in " << tally.seconds << " s\n";
     if (i % 2 == 0) {
       MoveAndCompare(site, to, from, tally, back);
       CountRestored(site, files, plan, tally);
