@@ -109,7 +109,7 @@ BesideRebuild::~BesideRebuild() {
 }
 
 void BesideRebuild::Commit() {
-  copy_->Close();
+  copy_->CloseUpdated();
   const fs::path folder = PathOf(copy_->FolderOfTables(name_));
   copy_.reset();
   std::error_code error;

@@ -41,7 +41,7 @@ int RunSave(const Options& options, const std::string& site,
     }
     saved.push_back(session.names().Shown(path));
   }
-  session.Close();
+  session.CloseSaved(paths);
   Report(options, "saved", saved);
   return kClean;
 }
@@ -70,7 +70,7 @@ int RunRemove(const Options& options, const std::string& site,
     }
     removed.push_back(session.names().Shown(path));
   }
-  session.Close();
+  session.CloseSaved(paths);
   Report(options, "removed", removed);
   return kClean;
 }
@@ -84,7 +84,7 @@ int RunMove(const Options& options, const std::string& site, const std::string& 
   if (session.manager().Move(before, after) != 0) {
     session.FailToChange(from + ": cannot be moved in the tables");
   }
-  session.Close();
+  session.CloseSaved({before, after});
   Report(options, "moved", {session.names().Shown(before), session.names().Shown(after)});
   return kClean;
 }

@@ -15,6 +15,8 @@ using Run = std::function<int()>;
 
 // add, sites, rebuild
 void AddSiteCommands(CLI::App& app, const Options& options, Run& run);
+// update
+void AddUpdateCommand(CLI::App& app, const Options& options, Run& run);
 // links, broken
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
 // files, urls (with --check: cli/url_commands.h), unused, family

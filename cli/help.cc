@@ -32,6 +32,7 @@ constexpr CommandHelp kHelp[] = {
     {"add", "add harbour www --top www/index.html", ""},
     {"sites", "sites", ""},
     {"rebuild", "rebuild harbour", ""},
+    {"update", "update harbour", ""},
     {"links", "links harbour --to prices.html", ""},
     {"broken", "broken harbour --rule orphan-page=warning", ""},
     {"files", "files harbour -0 | xargs -0 ls -l", ""},

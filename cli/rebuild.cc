@@ -33,13 +33,6 @@ std::string WhyNotRead(Session& session, const std::string& path) {
   return "not read, as it is " + session.names().Shown(known) + " by another name";
 }
 
-// Names what the rebuild could not do. The rest of the site is right.
-void NameSkipped(Session& session) {
-  for (const std::string& path : session.manager().SkippedByRebuild()) {
-    Warn(NativePath(path) + ": " + WhyNotRead(session, path));
-  }
-}
-
 }  // namespace
 
 NotOfTheSite::NotOfTheSite(Session& session, const std::string& database)
@@ -87,9 +80,18 @@ int RebuildSite(Session& session, bool complete, const std::string& database, bo
          ": the top file lies outside of the site");
   }
   if (manager.PackSite(false) != 0) session.FailToWrite();
-  NameSkipped(session);
+  const int code = TellSkipped(session);
   WarnOfUnreadPages(session);
-  return manager.SkippedByRebuild().empty() ? kClean : kFileSystem;
+  return code;
+}
+
+// The rest of the site is right.
+int TellSkipped(Session& session) {
+  const std::vector<std::string>& skipped = session.manager().SkippedByRebuild();
+  for (const std::string& path : skipped) {
+    Warn(NativePath(path) + ": " + WhyNotRead(session, path));
+  }
+  return skipped.empty() ? kClean : kFileSystem;
 }
 
 SiteTotals CountSite(Session& session) {

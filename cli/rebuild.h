@@ -34,6 +34,8 @@ class NotOfTheSite {
 // out, by default that of the session.
 [[nodiscard]] int RebuildSite(Session& session, bool complete, const std::string& database = "",
                               bool showsProgress = true);
+// Names on stderr what the last rebuild or update could not read: the same codes.
+[[nodiscard]] int TellSkipped(Session& session);
 SiteTotals CountSite(Session& session);
 
 // As JSON, or in a line.

@@ -247,11 +247,23 @@ void Session::OpenToAsk(const std::string& name) {
   Open(name);
 }
 
-// While the tables are being written, they are marked as not whole.
 void Session::Close() {
+  CloseWith([this] { return manager_->FlushSite(); });
+}
+
+void Session::CloseUpdated() {
+  CloseWith([this] { return manager_->FlushUpdated(); });
+}
+
+void Session::CloseSaved(const std::vector<std::string>& paths) {
+  CloseWith([&] { return manager_->FlushSaved(paths); });
+}
+
+// While the tables are being written, they are marked as not whole.
+void Session::CloseWith(const std::function<int()>& flush) {
   const bool isWhole = !onlyAsks_ && manager_->GetSiteProfRebuildState() == kRebuilt;
   if (isWhole) SetRebuildState(kNotWhole);
-  if (!onlyAsks_ && manager_->FlushSite() != 0) FailToWrite();
+  if (!onlyAsks_ && flush() != 0) FailToWrite();
   if (isWhole) SetRebuildState(kRebuilt);
   manager_->SiteClose();
 }

@@ -1,6 +1,7 @@
 // One run of the program on one database: the locks, the manager and the open site.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -68,6 +69,10 @@ class Session {
   // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. A
   // site whose tables were not written to their end must be rebuilt.
   void Close();
+  // The same after a rebuild or an update, so that the next update knows the tables.
+  void CloseUpdated();
+  // The same after nothing but saves, removals and moves of these files.
+  void CloseSaved(const std::vector<std::string>& paths);
   // Lets go of the site and the database, and throws the same failure.
   [[noreturn]] void FailToWrite();
   // Marks the site as one to be rebuilt, and throws the failure of a change that the tables were
@@ -106,6 +111,7 @@ class Session {
   void NeedProfiles(bool areHeld);
   void LockSite(const std::string& name);
   void SetRebuildState(int state);
+  void CloseWith(const std::function<int()>& flush);
   int FindEntry(const std::string& native);
 
   std::string database_;  // native

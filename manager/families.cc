@@ -1,7 +1,9 @@
 // The publishing family: the files that the top file reaches, and with RuleFlags::readsSiteData
 // those that robots.txt and the sitemap name, kept as marks in the path records.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -167,6 +169,61 @@ std::vector<int> SiteMgr::Work::ListRoots() const {
     if (const int root = FindSiteFile(name); root >= 0) roots.push_back(root);
   }
   return roots;
+}
+
+namespace {
+
+// The links between files, by the file that they come from.
+class FileLinks {
+ public:
+  explicit FileLinks(SiteLinkDB& links, std::size_t files) : begin_(files + 2) {
+    const auto visit = [&](auto use) {
+      links.records()->FindIf<SiteRelRec>([&](const SiteRelRec& link) {
+        const auto from = static_cast<std::size_t>(link.from.id);
+        const bool isOfFiles = link.from.kind == kKindPath && link.to.kind == kKindPath;
+        if (isOfFiles && from < files && static_cast<std::size_t>(link.to.id) < files) {
+          use(from, link.to.id);
+        }
+        return false;
+      });
+    };
+    visit([&](std::size_t from, int) { ++begin_[from + 2]; });
+    for (std::size_t i = 2; i < begin_.size(); ++i) begin_[i] += begin_[i - 1];
+    targets_.resize(begin_.back());
+    visit([&](std::size_t from, int to) { targets_[begin_[from + 1]++] = to; });
+  }
+
+  std::span<const int> From(int file) const {
+    const auto at = static_cast<std::size_t>(file);
+    return {targets_.data() + begin_[at], begin_[at + 1] - begin_[at]};
+  }
+
+ private:
+  std::vector<std::size_t> begin_;
+  std::vector<int> targets_;
+};
+
+}  // namespace
+
+int SiteMgr::Work::MarkFamilyAnew() {
+  const auto count = static_cast<std::size_t>(m_.pathDB->Count());
+  const FileLinks links(*m_.linkDB, count);
+  std::vector<bool> isMember(count);
+  std::vector<int> members;
+  const auto enter = [&](int file) {
+    if (isMember[static_cast<std::size_t>(file)]) return;
+    isMember[static_cast<std::size_t>(file)] = true;
+    members.push_back(file);
+  };
+  if (FindTopFile() >= 0) std::ranges::for_each(ListRoots(), enter);
+  for (std::size_t next = 0; next < members.size(); ++next) {  // grows meanwhile
+    std::ranges::for_each(links.From(members[next]), enter);
+  }
+  int result = 0;
+  ForEachNumber(*m_.pathDB, [&](int number) {
+    if (MarkMember(m_.pathDB, number, isMember[static_cast<std::size_t>(number)]) < 0) result = -1;
+  });
+  return result;
 }
 
 int SiteMgr::TraverseFamily() {

@@ -33,8 +33,6 @@ int SiteMgr::Work::Remove(const std::string& path) {
   return m_.pathDB->Update(rec);
 }
 
-// Deletes the links of a file, each as often as it occurs, and raises the links-changed flag when
-// there were any.
 int SiteMgr::Work::DeleteForeLinks(int pathNumber) {
   const std::unique_ptr<std::vector<int>> links(m_.GetForeLinks(PathID(pathNumber)));
   if (links == nullptr) return -1;
@@ -45,7 +43,6 @@ int SiteMgr::Work::DeleteForeLinks(int pathNumber) {
   return 0;
 }
 
-// Deletes a file's entry and its relations to folders.
 int SiteMgr::Work::DeleteEntry(int pathNumber) {
   if (m_.DelPath(pathNumber) < 0) return -1;
   std::vector<int> relations;

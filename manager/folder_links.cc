@@ -233,6 +233,24 @@ void SiteMgr::Work::FollowFolderLinks(const std::string& path, bool cameOrWent) 
   SaveAll(sources.names(), path);
 }
 
+std::vector<std::string> SiteMgr::Work::ListSourcesOf(const CameOrGone& moved) const {
+  if (!FlagsOf(m_.GetLinkRules()).findsFolderDocuments) return {};
+  const ServedSite site = ServedSiteOf(m_);
+  WebLinks web(m_, site, WebLinks::Scope::kOfPages);
+  Sources sources(*m_.pathDB);
+  for (const std::string& folder : moved.folders) {
+    web.AddFolderReferrers(folder, true, sources);
+    if (!site.fallbackExtensions.empty()) web.AddAlternatives(folder, sources);
+  }
+  for (const std::string& file : moved.files) {
+    if (web.MayBeDocument(file)) {
+      web.AddFolderReferrers(std::string(FolderAbove(file)), true, sources);
+    }
+    if (!site.fallbackExtensions.empty()) web.AddAlternatives(file, sources);
+  }
+  return sources.names();
+}
+
 void SiteMgr::Work::DropReplacedFragments(std::vector<MissingFragment>& missing) const {
   if (missing.empty() || !FlagsOf(m_.GetLinkRules()).findsFolderDocuments || m_.urlDB == nullptr) {
     return;

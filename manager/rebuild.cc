@@ -1,6 +1,7 @@
 // The steps of a rebuild, except for the walk through the folders.
 #include "manager/rebuild.h"
 
+#include <ctime>
 #include <set>
 #include <utility>
 
@@ -17,9 +18,6 @@ namespace {
 // States of a site profile.
 constexpr int kRebuildFailed = 1;
 constexpr int kRebuilt = 2;
-
-// Of the names of a file that the walk does not meet, at most this many are read.
-constexpr int kMostNames = 8;
 
 // Gives back the texts of a page that will be collected again. A damaged list of anchors cannot be
 // given back. It is forgotten, so that a rebuild repairs it.
@@ -79,8 +77,15 @@ int SiteMgr::Rebuild::Run() {
   if (!CanRun()) return -1;
   const Operation operation(manager_);
   if (kind_ == Kind::kComplete) manager_.linksChanged = 1;
+  reading_.begin = std::time(nullptr);
+  reading_.isExact = manager_.pathDB->Count() == 0;
   const int result = RunSteps();
-  if (result < 0) manager_.linksChanged = 1;  // the family marks are gone
+  if (result < 0) {
+    manager_.linksChanged = 1;  // the family marks are gone
+    return result;
+  }
+  reading_.traits = manager_.inside->operationMemo->traits;
+  manager_.inside->reading = std::move(reading_);
   return result;
 }
 

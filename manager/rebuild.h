@@ -16,6 +16,8 @@ namespace zvrsit {
 class SiteMgr::Rebuild {
  public:
   enum class Kind { kComplete, kDiff };
+  // Of the names of a file that the walk does not meet, at most this many are read.
+  static constexpr int kMostNames = 8;
 
   Rebuild(SiteMgr& manager, Kind kind, CZvrSiteRebuildProgressDlg* dialog)
       : manager_(manager), work_(manager), kind_(kind), progress_(dialog) {}
@@ -55,6 +57,7 @@ class SiteMgr::Rebuild {
   const Kind kind_;
   RebuildProgress progress_;
   std::string siteDir_;
+  Inside::Reading reading_;
 
   std::vector<bool> walked_;   // by path number: the walk has seen the file
   std::vector<int> vanished_;  // path numbers

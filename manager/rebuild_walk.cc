@@ -26,6 +26,8 @@ int SiteMgr::Rebuild::WalkFolders() {
   steps.leftOut = [this](const std::string& native) {
     manager_.inside->leftOutByRebuild.push_back(native);
   };
+  steps.passedBy = [this](const std::string& path) { reading_.passedBy.push_back(path); };
+  steps.linkedFolder = [this](const std::string& name) { reading_.linkedFolders.push_back(name); };
   return SiteWalk(std::move(steps), manager_.inside->types(), manager_.inside->ignoreHook,
                   manager_.inside->ignoreContext)
       .Run(siteDir_, number);

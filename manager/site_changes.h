@@ -20,4 +20,12 @@ struct SiteChanges {
   std::vector<std::string> leftOut;
 };
 
+// What an update has done. Paths as above.
+struct SiteUpdates {
+  std::vector<std::string> added;    // files that were not known, or known as missing
+  std::vector<std::string> changed;  // of another size or time of modification
+  std::vector<std::string> gone;
+  int read = 0;  // how many pages and sheets were read
+};
+
 }  // namespace zvrsit

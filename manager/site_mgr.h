@@ -143,6 +143,33 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // lists of `changes`; the others are empty. 0, or -1 without a site.
   int ListUnread(SiteChanges& changes) const;
 
+  // ---- Update (update.cc) ----
+
+  // Brings the tables of the open site up to date with the disk. Files are looked for as in a
+  // rebuild. Only those are read that are new, have changed (CompareWithDisk), could not be read
+  // before, or have links that lead elsewhere now. Afterwards the tables are by names and contents
+  // what a complete rebuild into empty tables would make of the disk, except for record numbers.
+  // The user's marks stay, and keep the entries of files that are gone; titles that were set stay
+  // until the page is read, and what is known about the state of URLs until nothing links to them.
+  // SkippedByRebuild tells what could not be read.
+  //
+  // 0; kMustRebuild: the tables cannot be brought up to date so, and are to be rebuilt, or closed
+  // without being written; -1 when it failed or `dlg` has cancelled it: likewise. It is
+  // kMustRebuild when the tables were not written by FlushUpdated or FlushSaved last, when what the
+  // profile says about links has changed since, and with the few sites in which the order of the
+  // files decides what links mean (update.h).
+  static constexpr int kMustRebuild = 1;
+  int SiteUpdate(SiteUpdates& updates, CZvrSiteRebuildProgressDlg* dlg);
+  // Writes the tables of the open site to disk, and beside them a note, without which SiteUpdate
+  // does not trust them. To be called right after SiteUpdate, or after a rebuild; or after PackSite
+  // that followed. 0; or -1 when the tables cannot be written, or nothing of this has happened. A
+  // note that cannot be written is missing.
+  int FlushUpdated();
+  // The same after nothing but Save, Remove and Move of these files. If the tables were trusted
+  // before, the next update trusts them and looks after what these operations leave open. 0, or -1
+  // when the tables cannot be written.
+  int FlushSaved(const std::vector<std::string>& paths);
+
   // Removes dead records and texts from the files of the open site; numbers do not change. With
   // `all` false, a table is packed only if more than a quarter of one of its files is dead. Every
   // table is tried; -1 when one could not be packed.
@@ -444,6 +471,7 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
  private:
   class ZVRSIT_LOCAL Work;     // manager/work.h
   class ZVRSIT_LOCAL Rebuild;  // manager/rebuild.h
+  class ZVRSIT_LOCAL Update;   // manager/update.h
 
   // peeping.cc. BeginPeep opens the path table of another site as peepPathDB, even when it then
   // gives -1. EndPeep closes it. Each public operation that looks into another site calls both

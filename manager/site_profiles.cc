@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "manager/cells.h"
+#include "manager/update_note.h"
 #include "manager/work.h"
 #include "platform/file.h"
 #include "platform/single_byte.h"
@@ -43,6 +44,7 @@ void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
   for (const std::string& name : names) {
     if (name.empty()) continue;
     ForEachFileOfTable(dbDir + name, [](const std::string& path) { platform::Unlink(path); });
+    platform::Unlink(NoteBeside(dbDir + name));
     platform::RemoveFolder(std::string(FolderOf(dbDir + name)));
   }
 }
@@ -69,6 +71,7 @@ int MoveTables(const std::string& dbDir, const SiteTableNames& from, const SiteT
         MoveTable(dbDir + from[i], dbDir + to[i]) < 0) {
       result = -1;
     }
+    platform::Rename(NoteBeside(dbDir + from[i]), NoteBeside(dbDir + to[i]));
   }
   for (const std::string& name : from) {
     if (!name.empty())

@@ -66,7 +66,11 @@ int SiteWalk::Visit(const Folder& folder, platform::FindState* search,
 
 int SiteWalk::VisitFolder(const Folder& folder, const std::string& name,
                           const platform::FileStat& found) {
-  if (IsIgnored(name) || platform::IsLink(name.substr(0, name.size() - 1))) return 0;
+  if (IsIgnored(name)) return 0;
+  if (platform::IsLink(name.substr(0, name.size() - 1))) {
+    if (steps_.linkedFolder) steps_.linkedFolder(name);
+    return 0;
+  }
   if (found.file != 0 && !entered_.insert(IdentityOf(found)).second) return 0;
   const int number = steps_.folder(folder.number, name);
   if (number >= 0) workList_.push_back({name, number});
@@ -75,6 +79,7 @@ int SiteWalk::VisitFolder(const Folder& folder, const std::string& name,
 
 void SiteWalk::LeaveOut(const Folder& folder, const std::string& name,
                         const platform::FileStat& found) {
+  if (steps_.passedBy) steps_.passedBy(folder.name + name);
   const bool isPage =
       found.isRegular() && HoldsLinks(name, ClassifyFileType(std::string_view(name)), types_);
   std::string native;

@@ -36,6 +36,10 @@ class SiteWalk {
     std::function<void(const std::string& name)> unlisted;  // a folder that cannot be read
     // Called with the native path of a folder, page or sheet that is left out because of its name.
     std::function<void(const std::string& native)> leftOut;
+    // Called with the name, which ends in `\`, of a folder that is a link; may be empty.
+    std::function<void(const std::string& name)> linkedFolder;
+    // Called with every path that is left out because of its name; may be empty.
+    std::function<void(const std::string& path)> passedBy;
   };
 
   // `types`: which files are pages beside HTML pages; null for no others.

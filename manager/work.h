@@ -31,8 +31,21 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   bool IsThere(const std::string& path) const;  // as the tables have it
   int Save(const std::string& path, Document* doc);
   int Remove(const std::string& path);
+  // Deletes the links of a file, each as often as it occurs, and raises the links-changed flag when
+  // there were any.
+  [[nodiscard]] int DeleteForeLinks(int pathNumber);
+  // Deletes a file's entry and its relations to folders.
+  [[nodiscard]] int DeleteEntry(int pathNumber);
   void FollowFolderLinks(const std::string& path, bool cameOrWent);
   static std::vector<std::string> ListMovedLinkSources(const SiteMgr& manager, bool all);
+  // The same when much has come or gone at once: adds the pages whose links may lead elsewhere now.
+  // Folders have no `\` at their ends. Nothing without RuleFlags::findsFolderDocuments; rules of
+  // `_redirects` are not thought of.
+  struct CameOrGone {
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+  };
+  std::vector<std::string> ListSourcesOf(const CameOrGone& moved) const;
   // Takes out those for which a rule of `_redirects` leads to a fragment of its own.
   void DropReplacedFragments(std::vector<MissingFragment>& missing) const;
   // TraverseLinks, which does not note anything. Sets `unread` when the file had to be read and
@@ -62,6 +75,9 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   // The files from which the family is reached, the top file first. Those that are not registered
   // are left out.
   std::vector<int> ListRoots() const;
+  // Marks the family from the beginning, whatever is marked now: 0 or -1. For many files in less
+  // time than UpdateLinkFamily.
+  [[nodiscard]] int MarkFamilyAnew();
 
   // The record numbers of all site profiles; false when they cannot be read (peeping.cc).
   bool ListSites(std::vector<int>& sites) const;
@@ -96,8 +112,6 @@ class SiteMgr::Work : public SiteMgrBase::Work {
   [[nodiscard]] int RegisterAnew(int number, const std::string& path, const std::string& siteDir);
   [[nodiscard]] int CollectPageLinks(const std::string& siteDir, const std::string& path,
                                      Document* doc);
-  [[nodiscard]] int DeleteForeLinks(int pathNumber);
-  [[nodiscard]] int DeleteEntry(int pathNumber);
 
   SiteMgr& m_;
 };

@@ -48,6 +48,7 @@ struct SiteMgrBase::Inside {
     liveUrl.reset();
     pageTypes.reset();
     fallbackExtensions.clear();
+    reading.reset();
     if (kept != nullptr) *kept = {};
   }
 
@@ -67,6 +68,17 @@ struct SiteMgrBase::Inside {
   void* ignoreContext = nullptr;
   std::vector<std::string> skippedByRebuild;
   std::vector<std::string> leftOutByRebuild;
+
+  // For SiteMgr: how the tables were read by the last operation, if it was one that reads a whole
+  // site.
+  struct Reading {
+    std::int64_t begin = 0;             // seconds since the epoch
+    std::uint32_t traits = 0;           // SiteTraits
+    bool isExact = false;               // the tables hold nothing of an earlier state of the site
+    std::vector<std::string> passedBy;  // what the walk has left out because of its name, in order
+    std::vector<std::string> linkedFolders;  // folders of the site that are links, in order
+  };
+  std::optional<Reading> reading;
 };
 
 // While an object of this class lives, the manager remembers what it has found out (OperationMemo).

@@ -15,6 +15,17 @@ class KeptPlaces;
 class ServedFiles;  // links/served_files.h
 struct LinkMemo;    // registration/link_memo.h
 
+// What makes the links of a file depend on more than the file and on whether its targets are there.
+// Bits of OperationMemo::traits.
+enum SiteTraits : std::uint32_t {
+  kListsFolders = 1,  // an applet, which links to all files of a folder
+  kMindsFolders = 2,  // a reference that counts only while there is no folder of its name
+  // A style sheet with another extension, outside of the site, or that a rule of `_redirects`
+  // replaces.
+  kReadsOddSheets = 4,
+  kSharesEncodings = 8,  // a style sheet with references that takes its encoding from others
+};
+
 // It is right as long as only the operation itself changes the site. SiteMgrBase has one while an
 // Operation lives; outside of an operation there is none.
 struct OperationMemo {
@@ -32,6 +43,9 @@ struct OperationMemo {
 
   // Takes the places of broken links; null when nobody wants them.
   KeptPlaces* places = nullptr;
+
+  // What was met by now (SiteTraits).
+  std::uint32_t traits = 0;
 
   // Whether a link to a file was written from a sheet below the page or sheet that was collected.
   bool linkedFromBelow = false;

@@ -288,6 +288,7 @@ ServedSite SiteMgrBase::DescribeServer() const {
 SiteMgrBase::Operation::Operation(SiteMgrBase& manager)
     : inside_(*manager.inside), outermost_(inside_.operationMemo == nullptr) {
   if (!outermost_) return;
+  inside_.reading.reset();
   inside_.operationMemo = std::make_unique<OperationMemo>();
   if (FlagsOf(manager.GetLinkRules()).findsFolderDocuments) {
     inside_.operationMemo->served = std::make_shared<ServedFiles>(Work::ServedSiteOf(manager));

@@ -158,12 +158,28 @@ bool SiteCSSUtil::RegisterSheet(CCSSFileTree& tree, const std::string* sheet) {
   if (registrar_.IsHidden(*sheet)) return false;
   const int number = AddFile(*sheet, siteRoot_);
   if (number < 0 || !Registered().insert(number).second) return false;
+  NoteTraits(tree, sheet);
   if (HasStyleLinks(number)) {
     RegisterIfMisread(*sheet, number);
   } else if (tree.hasChildren(sheet)) {
     RegisterTreeNode(sheet, tree, siteRoot_);
   }
   return true;
+}
+
+void SiteCSSUtil::NoteTraits(CCSSFileTree& tree, const std::string* sheet) {
+  const bool isUsual = ClassifyFileType(*sheet) == FT_CSS && sheet->starts_with(siteRoot_);
+  if (!isUsual || IsRedirected(*sheet)) registrar_.Note(kReadsOddSheets);
+  if (DependsOnCharset(*sheet) && tree.hasChildren(sheet)) registrar_.Note(kSharesEncodings);
+}
+
+// Whether links to it lead elsewhere.
+bool SiteCSSUtil::IsRedirected(const std::string& sheet) const {
+  const OperationMemo* const memo = manager_->GetOperationMemo();
+  if (memo == nullptr || memo->served == nullptr || !memo->served->redirects()) return false;
+  std::string answer = sheet;
+  return memo->served->Serve({}, answer, ServedFiles::From::kSheet) == TargetKind::kExternal ||
+         answer != sheet;
 }
 
 // A sheet that was saved before anything referred to it was read in the code page.

@@ -67,6 +67,8 @@ class SiteCSSUtil {
   bool WaitsForPage(int sheet);
   void RegisterSheets(CCSSFileTree& tree, const std::string* first);
   bool RegisterSheet(CCSSFileTree& tree, const std::string* sheet);
+  bool IsRedirected(const std::string& sheet) const;
+  void NoteTraits(CCSSFileTree& tree, const std::string* sheet);
   void RegisterIfMisread(const std::string& path, int sheet);
   std::set<std::string> ListStyleTexts(int sheet) const;
   void DeleteStyleLinks(int sheet);

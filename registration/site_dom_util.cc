@@ -238,6 +238,7 @@ void SiteDOMUtil::UseBase(std::int32_t base) {
 // will most likely find.
 Outcome SiteDOMUtil::AddRow(const LinkRow& row, const FoundString& guess) {
   if (row.base != base_) UseBase(row.base);
+  if (row.isPrefix) registrar_.Note(kMindsFolders);
   if (registrar_.IsHidden(row.target) || (row.isPrefix && LeadsToFolder(row.target))) {
     return Outcome::kSkipped;
   }
@@ -303,6 +304,7 @@ Outcome SiteDOMUtil::AddLink(const LinkRow& row, const UrlID& target, FoundStrin
 // Links to every entry of the folder that the applet's file lies in. An entry that cannot be
 // registered is skipped.
 Outcome SiteDOMUtil::AddCodeBase(const LinkRow& applet, const UrlID& target) {
+  registrar_.Note(kListsFolders);
   std::string folder;
   if (pathTable->Name(target.id, folder) < 0) return Outcome::kDone;
   folder.resize(FolderOf(folder).size());

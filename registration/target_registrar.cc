@@ -68,4 +68,9 @@ void TargetRegistrar::NotePlace(KeptPlaces& places, int number, const UrlID& tar
   }
 }
 
+void TargetRegistrar::Note(std::uint32_t trait) const {
+  OperationMemo* const memo = manager_->GetOperationMemo();
+  if (memo != nullptr) memo->traits |= trait;
+}
+
 }  // namespace zvrsit

@@ -44,6 +44,8 @@ class TargetRegistrar {
   // The place in the page's file that belongs to a place in its text; -1 when the page had to be
   // converted.
   std::int32_t OffsetInFile(std::int64_t offsetInText) const;
+  // Notes one of the SiteTraits (manager_base/operation_memo.h) in the operation's memory.
+  void Note(std::uint32_t trait) const;
 
   // Whether CheckPath would leave this entry as it is.
   bool IsKnownFile(int pathNumber) const;

@@ -239,6 +239,34 @@ TEST(Commands, FollowChangesOnDisk) {
   EXPECT_EQ(program.Ask({"links", "demo"}).size(), links.size());
 }
 
+TEST(Commands, UpdateReadsWhatHasChanged) {
+  const Program program;
+  program.Page("index.html", "<a href=a.html><a href=b.html><a href=gone.html>");
+  program.Page("a.html", "<a href=index.html>");
+  EXPECT_EQ(program.Run({"update", "demo"}).code, 3) << "there is no database";
+  ASSERT_EQ(program.Run({"add", "demo", program.folder.native("site")}).code, 0);
+  EXPECT_EQ(program.Run({"update", "nix"}).code, 2);
+  EXPECT_EQ(program.Ask({"update", "demo"})["rebuilt"], true) << "it was never read";
+  EXPECT_EQ(program.Broken().size(), 2u);
+  program.Page("b.html", "<a href=a.html>");
+  program.Page("a.html", "<a href=index.html><a href=nowhere.html>");
+  const Outcome update = program.Run({"update", "demo"});
+  EXPECT_EQ(update.out,
+            "1 new, 1 changed, 0 gone; 3 read\n"
+            "3 files, 3 pages, 0 style sheets, 6 links, 0 external URLs\n");
+  EXPECT_EQ(update.err, "");
+  EXPECT_EQ(program.Broken().size(), 2u);
+  fs::remove(program.folder.native("site/b.html"));
+  const Json gone = program.Ask({"update", "demo"});
+  EXPECT_EQ(gone["gone"], 1);
+  EXPECT_EQ(gone["rebuilt"], false);
+  EXPECT_EQ(gone["links"], 5);
+  ASSERT_EQ(program.Run({"site", "set", "demo", "--default-url", "a.html"}).code, 0);
+  EXPECT_EQ(program.Ask({"update", "demo"})["rebuilt"], true) << "another profile";
+  ASSERT_EQ(program.Run({"rebuild", "demo"}).code, 0);
+  EXPECT_EQ(program.Ask({"update", "demo"})["rebuilt"], false);
+}
+
 TEST(Commands, ShowAndChangeProfiles) {
   const Program program;
   program.Page("index.html", "<a href=/a.html>");

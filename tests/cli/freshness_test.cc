@@ -82,7 +82,7 @@ TEST(Freshness, AStaleAnswerSaysSo) {
     ASSERT_EQ(program.Build("demo").code, 0);
     row.change(program);
     const Outcome broken = program.Run({"broken", "demo", "--format", "json"});
-    EXPECT_EQ(broken.err.find("zvrsit rebuild demo") != std::string::npos, !row.told.empty())
+    EXPECT_EQ(broken.err.find("zvrsit update demo") != std::string::npos, !row.told.empty())
         << row.what << broken.err;
     EXPECT_NE(broken.err.find(row.told), std::string::npos) << row.what << broken.err;
     EXPECT_EQ(broken.json()[row.list], row.name.empty() ? Json::array() : Json::array({row.name}))

@@ -123,6 +123,12 @@ TEST(Whole, KilledWhileTheTablesAreWritten) {
   ExpectNoAnswers(program, " after a save that was killed");
   EXPECT_EQ(program.Run({"rebuild", "demo"}).code, 0);
   EXPECT_EQ(program.Broken().size(), 500u);
+  // An update that was killed leaves no answers either; the next one reads everything.
+  program.Page("more.html", BrokenLinks(400));
+  kill({"update", "demo"});
+  ExpectNoAnswers(program, " after an update that was killed");
+  EXPECT_EQ(program.Ask({"update", "demo"})["rebuilt"], true);
+  EXPECT_EQ(program.Broken().size(), 900u);
   // What was left unfinished is of no site that gets the name later.
   kill({"rebuild", "demo"});
   EXPECT_EQ(program.Run({"site", "delete", "demo"}).code, 0);

@@ -1,0 +1,104 @@
+#include "manager/update_note.h"
+
+#include <charconv>
+#include <cstddef>
+
+#include "platform/file.h"
+
+namespace zvrsit {
+
+namespace {
+
+// A note is texts with a zero byte after each; a list has its length before it. It ends with kEnd,
+// so that one that was not written to its end is none.
+constexpr std::string_view kBegin = "zvrsit note 1";
+constexpr std::string_view kEnd = "end";
+
+void Put(std::string_view text, std::string& note) {
+  note.append(text).push_back('\0');
+}
+
+void Put(const std::vector<std::string>& texts, std::string& note) {
+  Put(std::to_string(texts.size()), note);
+  for (const std::string& text : texts) Put(text, note);
+}
+
+class Reader {
+ public:
+  explicit Reader(std::string_view note) : rest_(note) {}
+
+  std::string_view Text() {
+    const std::size_t end = rest_.find('\0');
+    if (end == std::string_view::npos) return {};
+    const std::string_view text = rest_.substr(0, end);
+    rest_.remove_prefix(end + 1);
+    return text;
+  }
+  std::size_t Number() {
+    const std::string_view text = Text();
+    std::size_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+  }
+  std::vector<std::string> Texts() {
+    std::vector<std::string> texts;
+    for (std::size_t count = Number(); count > 0 && !rest_.empty(); --count) {
+      texts.emplace_back(Text());
+    }
+    return texts;
+  }
+
+ private:
+  std::string_view rest_;
+};
+
+std::string ReadFile(const std::string& path) {
+  platform::FileStat found;
+  const int fd = platform::Open(path, platform::kOpenReadOnly);
+  std::string bytes;
+  if (fd < 0) return bytes;
+  if (platform::StatOpen(fd, found) == 0) {
+    bytes.resize(found.size);
+    const std::int64_t count = platform::Read(fd, bytes.data(), bytes.size());
+    bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+  }
+  platform::Close(fd);
+  return bytes;
+}
+
+}  // namespace
+
+bool UpdateNote::Read(const std::string& path) {
+  const std::string bytes = ReadFile(path);
+  Reader note(bytes);
+  if (note.Text() != kBegin || note.Texts() != conditions) return false;
+  traits = static_cast<std::uint32_t>(note.Number());
+  isExact = note.Number() != 0;
+  linkedFolders = note.Texts();
+  passedBy = note.Texts();
+  young = note.Texts();
+  saved = note.Texts();
+  return note.Text() == kEnd;
+}
+
+bool UpdateNote::Write(const std::string& path) const {
+  std::string bytes;
+  Put(kBegin, bytes);
+  Put(conditions, bytes);
+  Put(std::to_string(traits), bytes);
+  Put(isExact ? "1" : "0", bytes);
+  Put(linkedFolders, bytes);
+  Put(passedBy, bytes);
+  Put(young, bytes);
+  Put(saved, bytes);
+  Put(kEnd, bytes);
+  const int fd = platform::Open(path, platform::kOpenPack);
+  if (fd < 0) return false;
+  const bool isWhole =
+      platform::Write(fd, bytes.data(), bytes.size()) == static_cast<std::int64_t>(bytes.size());
+  platform::Close(fd);
+  if (!isWhole) platform::Unlink(path);
+  return isWhole;
+}
+
+}  // namespace zvrsit

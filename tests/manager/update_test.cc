@@ -1,0 +1,536 @@
+// An update of a site beside a complete rebuild of the same files into empty tables, over random
+// lives of small sites. They have all that makes the links of a page depend on other files.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "dom/dom.h"
+#include "manager/site_mgr.h"
+#include "support/folder_link.h"
+#include "support/temp_folder.h"
+#include "tables/site_folder_db.h"
+#include "tables/site_link_db.h"
+#include "tables/site_path_db.h"
+#include "tables/site_rel_db.h"
+#include "tables/site_url_db.h"
+
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
+namespace zvrsit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The tables of one site in a database folder of their own.
+class Tables {
+ public:
+  Tables(const TempFolder& folder, const std::string& database, const SiteProfile& profile)
+      : folder_(folder.path(database) + "\\"), native_(folder.native(database)) {
+    Start();
+    EXPECT_EQ(mgr->SetSiteProf("demo", profile), 0);
+  }
+
+  void Start() {
+    mgr = std::make_unique<SiteMgr>();
+    mgr->setDom(&dom_);
+    mgr->setDB(folder_.c_str(), "sites.R", "servers.R", 0);
+  }
+  void Open() { ASSERT_EQ(mgr->SiteOpen("demo", 0), 0); }
+  // Into empty tables.
+  void Rebuild() {
+    mgr = nullptr;
+    fs::remove_all(fs::path(native_) / "demo");
+    fs::create_directories(fs::path(native_) / "demo");
+    Start();
+    Open();
+    ASSERT_EQ(mgr->SiteRebuildDB(1, nullptr), 0);
+    ASSERT_EQ(mgr->FlushUpdated(), 0);
+  }
+
+  // All that the tables hold, by names, in an order that does not depend on numbers.
+  std::vector<std::string> Dump() const {
+    std::vector<std::string> lines;
+    const SitePathDB& paths = *mgr->GetPathDB();
+    Each(paths, [&](int number) {
+      SitePathRec rec;
+      EXPECT_EQ(paths.Get(number, rec), 0);
+      std::ostringstream line;
+      line << "file " << paths.NameView(number) << " " << rec.exists << " " << rec.fileType << " "
+           << rec.size << " " << rec.creationTime << " " << rec.modificationTime << " "
+           << rec.membership << " " << rec.unread;
+      for (const std::int32_t text : {rec.title, rec.lastModified, rec.expires, rec.generator,
+                                      rec.keywords, rec.description, rec.contentType})
+        line << " '" << paths.TextView(text) << "'";
+      std::vector<std::int32_t> anchors;
+      EXPECT_EQ(paths.GetList(rec, anchors), 0);
+      for (const std::int32_t anchor : anchors) line << " #" << paths.TextView(anchor);
+      lines.push_back(line.str());
+    });
+    Each(*mgr->GetFolderDB(), [&](int n) { lines.push_back("folder " + Name({kKindFolder, n})); });
+    Each(*mgr->GetUrlDB(), [&](int n) { lines.push_back("url " + Name({kKindUrl, n})); });
+    Each(*mgr->GetRelDB(), [&](int number) {
+      SiteRelRec rel;
+      EXPECT_EQ(mgr->GetRelDB()->Get(number, rel), 0);
+      lines.push_back("relation " + Name(rel.from) + " > " + Name(rel.to));
+    });
+    Each(*mgr->GetLinkDB(), [&](int number) {
+      SiteLinkRec link;
+      EXPECT_EQ(mgr->GetLinkDB()->Get(number, link), 0);
+      std::ostringstream line;
+      line << "link " << Name(link.from) << " > " << Name(link.to) << " '"
+           << mgr->GetLinkDB()->TextView(link.text) << "' '"
+           << mgr->GetLinkDB()->TextView(link.alternative) << "' " << std::hex << link.type
+           << std::dec << " x" << link.count << " @" << link.offset;
+      lines.push_back(line.str());
+    });
+    std::ranges::sort(lines);
+    return lines;
+  }
+
+  std::unique_ptr<SiteMgr> mgr;
+
+ private:
+  template <class Visit>
+  static void Each(const SiteTable& table, Visit visit) {
+    for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) visit(i);
+  }
+  std::string Name(const UrlID& id) const {
+    std::string name = "?";
+    if (id.kind == kKindFolder) (void)mgr->GetFolderDB()->Name(id.id, name);
+    if (id.kind == kKindPath) (void)mgr->GetPathDB()->Name(id.id, name);
+    if (id.kind == kKindUrl) (void)mgr->GetUrlDB()->Name(id.id, name);
+    return name;
+  }
+
+  const std::string folder_;
+  const std::string native_;
+  DOM dom_;
+};
+
+// One site that is edited at random.
+class Life {
+ public:
+  explicit Life(unsigned seed) : random_(seed) {
+    write("index.html", Page());
+    folder.makeFolder("kept");
+    profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
+    profile.topFile = folder.path("site/index.html");
+    profile.linkRules = Chance(70) ? LinkRules::Web : LinkRules::Classic;
+    if (Chance(20)) profile.defaultUrl = Pick({"index.htm", "default.htm,index.html", "p1.html"});
+    if (Chance(20)) profile.folders[kSlotFallbackExtensions] = "html,htm";
+    if (Chance(10)) profile.folders[kSlotLiveUrl] = "http://x.example/";
+    // What makes rebuilds necessary is rare, and in other sites not there at all.
+    odd_ = Chance(25) ? static_cast<int>(random_() % 5) : -1;
+    leadsOut_ = Chance(20);
+    for (int i = 0; i < 12; ++i) Edit();
+  }
+
+  // Some edits, as between two updates.
+  void EditSome() {
+    for (unsigned count = 1 + random_() % 4; count > 0; --count) Edit();
+  }
+  bool Chance(unsigned percent) { return random_() % 100 < percent; }
+
+  TempFolder folder;
+  SiteProfile profile;
+  // Since the last update: what was done; and which files were written or removed.
+  std::vector<std::string> edits;
+  std::vector<std::string> written;
+
+ private:
+  std::string Pick(const std::vector<std::string>& from) { return from[random_() % from.size()]; }
+
+  std::string File() {
+    const std::string name =
+        Pick({"index.html", "index.htm",  "default.htm", "p1.html", "p2.html",       "p3.html",
+              "P1.html",    "about.html", "about",       "i.gif",   "j.gif",         "s1.css",
+              "s2.css",     "s3.css",     "q.svg",       "x.php",   "manifest.json", "sitemap.xml",
+              "robots.txt", "n.txt",      "r#1.html"});
+    return Folder() + name;
+  }
+  std::string Folder() {
+    return Pick({"", "", "", "a/", "a/", "b/", "a/c/", "about/", "p2.html/"});
+  }
+
+  // A reference from anywhere.
+  std::string Reference() {
+    std::string target = Chance(25) ? Folder() : File();
+    if (Chance(20))
+      target = Folder() + Pick({"about", "p1", "a", "b", "c", "p2.html", ".", "..", ""});
+    if (Chance(15)) target = "../" + target;
+    if (Chance(20)) target = "/" + target;
+    if (Chance(8)) target = Pick({"http://x.example/", "http://y.example/z"}) + target;
+    if (leadsOut_ && Chance(10)) target = "../" + Pick({"out.html", "out.gif", "nowhere.gif", "o"});
+    if (Chance(15)) target += Pick({"#", "?"}) + Pick({"x", "y"});
+    if (const auto hash = target.find("r#1"); hash != std::string::npos) {
+      target.replace(hash + 1, 1, "%23");
+    }
+    return target.empty() ? "." : target;
+  }
+
+  std::string Element() {
+    const std::string to = Reference();
+    switch (random_() % 14) {
+      case 0:
+        return "<img src=\"" + to + "\" alt=\"" + Pick({"", "A", "B"}) + "\">";
+      case 1:
+        return "<img srcset=\"" + to + " 1x, " + Reference() + " 2x\">";
+      case 2:
+        return "<link rel=stylesheet href=\"" + Folder() + Pick({"s1", "s2", "s3"}) + ".css\">";
+      case 3:
+        return "<style>@import '" + Pick({"s1", "s2", "a/s1"}) + ".css'; b{background:url(\"" + to +
+               "\")}</style>";
+      case 4:
+        return "<title>" + Pick({"One", "Two"}) + "</title>";
+      case 5:
+        return "<meta name=description content=" + Pick({"x", "y"}) +
+               "><meta charset=" + Pick({"utf-8", "windows-1252", "shift_jis"}) + ">";
+      case 6:
+        return "<a name=" + Pick({"x", "y"}) + "></a><p style=\"background:url('" + to + "')\">";
+      case 7:
+        return "<meta http-equiv=refresh content='1;url=" + to + "'>";
+      case 8:
+        return Chance(30) ? "<base href=\"" + to + "\">" : "<p>";
+      case 9:
+        return odd_ == 0 ? "<applet code=\"" + Pick({"i.gif", "p1.html"}) + "\" codebase=\"" +
+                               Folder() + "\"></applet>"
+                         : "<i>";
+      case 10:
+        return odd_ == 1
+                   ? "<script type=importmap>{\"imports\":{\"k/\":\"./" + Folder() + "\"}}</script>"
+                   : "<b>";
+      case 11:
+        return odd_ == 2 ? "<link rel=\"" + Pick({"stylesheet", "alternate stylesheet"}) +
+                               "\" href=\"" + Folder() + Pick({"x.php", "n.txt", "s1.css"}) + "\">"
+                         : "<s>";
+      default:
+        return "<a href=\"" + to + "\">" + Pick({"one", "two", "caf\xC3\xA9"}) + "</a>";
+    }
+  }
+  std::string Page() {
+    std::string text;
+    for (unsigned i = random_() % 6; i > 0; --i) text += Element() + "\n";
+    return text;
+  }
+  std::string Sheet() {
+    std::string text = odd_ == 3 && Chance(50) ? "/* \xE3\x81\x82 */" : "";
+    if (Chance(10)) text += "@charset \"utf-8\";";
+    if (Chance(40)) text += "@import \"" + Folder() + Pick({"s1", "s2", "s3"}) + ".css\";";
+    if (Chance(70)) text += "b{background:url(\"" + Reference() + "\")}";
+    return text;
+  }
+  std::string Content(const std::string& name) {
+    if (name.ends_with(".css")) return Sheet();
+    if (name.ends_with(".gif")) return std::string(random_() % 3, 'g');
+    if (name.ends_with("manifest.json"))
+      return "{\"start_url\":\"" + Reference() + "\",\"scope\":\"" + (odd_ == 1 ? Folder() : "q") +
+             "\"}";
+    if (name.ends_with("sitemap.xml"))
+      return "<urlset><url><loc>http://x.example/" + File() + "</loc></url></urlset>";
+    if (name.ends_with("robots.txt")) return "Sitemap: http://x.example/" + File() + "\n";
+    if (name.ends_with("_redirects")) return "/" + File() + " /" + File() + "\n/b/* /a/:splat\n";
+    return Page();
+  }
+
+  // Times a second apart in the past, so that a change shows; sometimes the time of today.
+  void write(const std::string& name, const std::string& content) {
+    const fs::path path = folder.native("site/" + name);
+    std::error_code error;
+    for (fs::path above = path.parent_path(); above != folder.native("site");
+         above = above.parent_path()) {
+      const fs::file_status status = fs::symlink_status(above, error);
+      if (fs::exists(status) && !fs::is_directory(above, error)) return;
+    }
+    if (fs::is_directory(path, error)) return;
+    WriteWhole(path.string(), content);
+    if (!Chance(10)) SetTime(path);
+    written.push_back(name);
+    edits.push_back("write " + name + ": " + content);
+  }
+  void SetTime(const fs::path& path) {
+    std::error_code ignored;
+    fs::last_write_time(
+        path,
+        fs::file_time_type::clock::now() - std::chrono::hours(1000) + std::chrono::seconds(++time_),
+        ignored);
+  }
+
+  void Edit() {
+    const std::string name = File();
+    const fs::path path = folder.native("site/" + name);
+    std::error_code error;
+    switch (random_() % 16) {
+      case 0:
+        if (name != "index.html") fs::remove_all(path, error);
+        written.push_back(name);
+        edits.push_back("remove " + name);
+        break;
+      case 1: {  // the same bytes but one
+        std::string bytes = fs::is_regular_file(path, error) ? ReadWhole(path.string()) : "";
+        if (!bytes.empty()) bytes[random_() % bytes.size()] = 'a';
+        if (!bytes.empty()) write(name, bytes);
+        break;
+      }
+      case 2:
+        if (fs::exists(path, error)) SetTime(path);
+        edits.push_back("touch " + name);
+        break;
+      case 3:
+        Rename(name, File());
+        break;
+      case 4: {
+        const std::string gone = Folder();
+        if (!gone.empty() && Chance(40))
+          fs::remove_all(folder.native("site/" + gone.substr(0, gone.size() - 1)), error);
+        edits.push_back("remove " + gone);
+        break;
+      }
+      case 5: {
+        const std::string from = Folder(), to = Folder();
+        if (!from.empty() && !to.empty() && Chance(40))
+          Rename(from.substr(0, from.size() - 1), to.substr(0, to.size() - 1));
+        break;
+      }
+      case 6: {
+        const std::string made = Folder();
+        fs::create_directories(folder.native("site/" + made), error);
+        edits.push_back("folder " + made);
+        break;
+      }
+      case 7: {
+        const std::string out = Pick({"out.html", "out.gif", "o/index.html"});
+        if (!leadsOut_) break;
+        if (Chance(60))
+          folder.write(out, "out");
+        else
+          fs::remove(folder.native(out), error);
+        edits.push_back("outside " + out);
+        break;
+      }
+      case 8:
+        if (odd_ != 4) break;
+        if (Chance(50))
+          write("_redirects", Content("_redirects"));
+        else
+          fs::remove(folder.native("site/_redirects"), error);
+        break;
+      case 9:
+        if (odd_ != 3 || !Chance(50)) break;
+        if (!fs::exists(fs::symlink_status(folder.native("site/b"), error)))
+          LinkFolder("a", folder.native("site/b"));
+        edits.push_back("link b to a");
+        break;
+      default:
+        write(name, Content(name));
+    }
+  }
+  void Rename(const std::string& from, const std::string& to) {
+    std::error_code error;
+    if (from == "index.html" || to == "index.html") return;
+    fs::rename(folder.native("site/" + from), folder.native("site/" + to), error);
+    edits.push_back("rename " + from + " to " + to + (error ? " (not done)" : ""));
+  }
+
+  std::mt19937 random_;
+  int odd_ = -1;  // which of the things that make a rebuild necessary the site may have
+  bool leadsOut_ = false;
+  int time_ = 0;
+};
+
+std::string FirstDifference(const std::vector<std::string>& a, const std::vector<std::string>& b) {
+  std::string text;
+  std::vector<std::string> only;
+  std::ranges::set_difference(a, b, std::back_inserter(only));
+  for (const std::string& line : only) text += "  only after the update:  " + line + "\n";
+  only.clear();
+  std::ranges::set_difference(b, a, std::back_inserter(only));
+  for (const std::string& line : only) text += "  only after the rebuild: " + line + "\n";
+  return text;
+}
+
+class Updating : public testing::Test {
+ protected:
+  // Lives one life; false at the first difference.
+  bool Live(unsigned seed, int batches) {
+    Life life(seed);
+    Tables kept(life.folder, "kept", life.profile);
+    kept.Rebuild();
+    for (int batch = 0; batch < batches; ++batch) {
+      life.edits.clear();
+      life.written.clear();
+      life.EditSome();
+      if (life.Chance(20)) {
+        SaveOneByOne(life, kept);
+        life.EditSome();
+      }
+      SiteUpdates updates;
+      const int result = kept.mgr->SiteUpdate(updates, nullptr);
+      ++(result == 0 ? updated_ : rebuilt_);
+      if (result == 0) {
+        EXPECT_EQ(kept.mgr->FlushUpdated(), 0);
+      } else {
+        EXPECT_EQ(result, SiteMgr::kMustRebuild);
+        kept.Rebuild();
+      }
+      Tables fresh(life.folder, "fresh", life.profile);
+      fresh.Rebuild();
+      const std::vector<std::string> have = kept.Dump(), want = fresh.Dump();
+      if (have != want) {
+        std::string told;
+        for (const std::string& edit : life.edits) told += "  " + edit + "\n";
+        ADD_FAILURE() << "seed " << seed << ", batch " << batch << "\n"
+                      << told << FirstDifference(have, want);
+        return false;
+      }
+      if (life.Chance(30)) {
+        kept.mgr->SiteClose();
+        kept.Start();
+        kept.Open();
+      }
+    }
+    return true;
+  }
+
+  // As an application that reports each change, though it may forget some.
+  static void SaveOneByOne(const Life& life, Tables& kept) {
+    std::vector<std::string> paths;
+    for (const std::string& name : life.written) {
+      paths.push_back(life.folder.path("site/" + name));
+      const bool isThere = fs::is_regular_file(life.folder.native("site/" + name));
+      if (isThere) {
+        EXPECT_EQ(kept.mgr->Save(paths.back(), nullptr), 0);
+      } else {
+        kept.mgr->Remove(paths.back(), 0);
+      }
+    }
+    EXPECT_EQ(kept.mgr->FlushSaved(paths), 0);
+  }
+
+  int updated_ = 0;
+  int rebuilt_ = 0;
+};
+
+// ZVRSIT_UPDATE_SECONDS asks for more; ZVRSIT_UPDATE_SEED for one life.
+TEST_F(Updating, GivesWhatARebuildGives) {
+  const char* const asked = std::getenv("ZVRSIT_UPDATE_SECONDS");
+  const char* const only = std::getenv("ZVRSIT_UPDATE_SEED");
+  const auto end = std::chrono::steady_clock::now() +
+                   std::chrono::seconds(asked != nullptr ? std::atoi(asked) : 0);
+  unsigned seed = only != nullptr ? static_cast<unsigned>(std::atoi(only)) : 1;
+  if (asked != nullptr && only == nullptr) seed = std::random_device()();
+  int failures = 0;
+  for (int life = 0; life < 30 || std::chrono::steady_clock::now() < end; ++life, ++seed) {
+    if (!Live(seed, 12) && ++failures == 3) break;
+    if (only != nullptr) break;
+  }
+  std::cout << updated_ << " updates, " << rebuilt_ << " rebuilds\n";
+  if (only == nullptr) {
+    EXPECT_GT(updated_, 4 * rebuilt_);
+  }
+}
+
+// Tables that somebody else has written, or read by another profile, are not trusted; nor is a
+// note that is not whole.
+TEST_F(Updating, TrustsNoOtherTables) {
+  TempFolder folder;
+  folder.write("site/index.html", "<a href=a.html>");
+  folder.makeFolder("kept");
+  SiteProfile profile;
+  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
+  profile.topFile = folder.path("site/index.html");
+  profile.linkRules = LinkRules::Web;
+  Tables kept(folder, "kept", profile);
+  const auto update = [&] {
+    SiteUpdates updates;
+    return kept.mgr->SiteUpdate(updates, nullptr);
+  };
+  const auto reopen = [&] {
+    kept.mgr->SiteClose();
+    kept.Start();
+    kept.Open();
+  };
+  kept.Open();
+  EXPECT_EQ(update(), SiteMgr::kMustRebuild) << "never rebuilt";
+  EXPECT_EQ(kept.mgr->FlushUpdated(), -1);
+
+  const std::vector<std::pair<std::string, std::function<void()>>> changes = {
+      {"a save", [&] { kept.mgr->Save(folder.path("site/index.html"), nullptr); }},
+      {"a mark",
+       [&] {
+         kept.mgr->SetFtpFamily({kKindPath, 0}, 4);
+       }},
+      {"a default document", [&] { kept.mgr->SetSiteProfDefaultUrl("a.html"); }},
+      {"an address", [&] { kept.mgr->SetSiteProfDir(kSlotLiveUrl, "http://x.example/"); }},
+      {"a top file", [&] { kept.mgr->SetSiteProfTopFile(folder.path("site/index.html") + "x"); }},
+      {"rules", [&] { kept.mgr->SetSiteProfLinkRules(0); }},
+  };
+  for (const auto& [name, change] : changes) {
+    kept.Rebuild();
+    reopen();
+    EXPECT_EQ(update(), 0) << name;
+    change();
+    if (name != "a top file") reopen();
+    EXPECT_EQ(update(), SiteMgr::kMustRebuild) << name;
+    kept.mgr->SetSiteProf("demo", profile);
+  }
+
+  kept.Rebuild();
+  const std::string note = folder.read("kept/demo/NOTE");
+  for (std::size_t length = 0; length < note.size(); ++length) {
+    folder.write("kept/demo/NOTE", note.substr(0, length));
+    ASSERT_EQ(update(), SiteMgr::kMustRebuild) << length;
+  }
+  folder.write("kept/demo/NOTE", note);
+  EXPECT_EQ(update(), 0);
+  EXPECT_EQ(kept.mgr->FlushUpdated(), 0);
+  kept.mgr->SiteClose();
+  EXPECT_EQ(kept.mgr->RenameSiteProf("demo", "other"), 0);
+  EXPECT_EQ(kept.mgr->SiteOpen("other", 0), 0);
+  EXPECT_EQ(update(), 0) << "the note goes with the tables";
+  kept.mgr->SiteClose();
+  EXPECT_EQ(kept.mgr->DeleteSiteProf("other"), 0);
+  EXPECT_FALSE(folder.has("kept/other"));
+}
+
+// The user's marks stay, and keep the entry of a file that is gone.
+TEST_F(Updating, KeepsMarks) {
+  TempFolder folder;
+  folder.write("site/index.html", "");
+  folder.write("site/a.html", "");
+  folder.makeFolder("kept");
+  SiteProfile profile;
+  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
+  profile.topFile = folder.path("site/index.html");
+  Tables kept(folder, "kept", profile);
+  kept.Rebuild();
+  const auto mark = [&](const std::string& name) {
+    const int number = kept.mgr->FindPath(folder.path("site/" + name));
+    return number < 0 ? -1 : kept.mgr->GetUrlFtpMember({kKindPath, number});
+  };
+  EXPECT_EQ(kept.mgr->SiteRebuildDB(1, nullptr), 0);
+  for (const char* name : {"a.html", "index.html"}) {
+    const int number = kept.mgr->FindPath(folder.path(std::string("site/") + name));
+    EXPECT_EQ(kept.mgr->SetFtpFamily({kKindPath, number}, 8), 0);
+  }
+  EXPECT_EQ(kept.mgr->FlushUpdated(), 0);
+  fs::remove(folder.native("site/a.html"));
+  folder.write("site/index.html", "<a href=b.html>");
+  SiteUpdates updates;
+  EXPECT_EQ(kept.mgr->SiteUpdate(updates, nullptr), 0);
+  EXPECT_EQ(updates.gone, (std::vector<std::string>{folder.path("site/a.html")}));
+  EXPECT_EQ(mark("a.html"), 8);
+  EXPECT_EQ(mark("index.html"), 9);
+}
+
+}  // namespace
+}  // namespace zvrsit::test
