@@ -252,7 +252,8 @@ void Session::Close() {
 }
 
 void Session::CloseUpdated() {
-  CloseWith([this] { return manager_->FlushUpdated(); });
+  // Packing writes tables too.
+  CloseWith([this] { return manager_->PackSite(false) != 0 ? -1 : manager_->FlushUpdated(); });
 }
 
 void Session::CloseSaved(const std::vector<std::string>& paths) {

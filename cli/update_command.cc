@@ -62,7 +62,6 @@ bool UpdateOpenSite(Session& session, const std::string& name, bool showsProgres
   Interrupts::Check();
   if (result < 0) ThrowIfSystemFailed("the update failed");
   if (result != 0) return false;
-  if (session.manager().PackSite(false) != 0) session.FailToWrite();
   updated.code = TellSkipped(session);
   updated.totals = CountSite(session);
   return true;

@@ -10,6 +10,7 @@ namespace zvrsit {
 int SiteMgr::Remove(const std::string& path, int) {
   Work work(*this);
   if (work.Remove(path) < 0) return -1;
+  inside->cameOrWent.push_back(path);
   work.FollowFolderLinks(path, true);
   return 0;
 }

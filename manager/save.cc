@@ -60,6 +60,7 @@ int SiteMgr::Save(const std::string& path, Document* doc) {
   Work work(*this);
   const bool wasThere = work.IsThere(path);
   if (work.Save(path, doc) < 0) return -1;
+  if (!wasThere) inside->cameOrWent.push_back(path);
   work.FollowFolderLinks(path, !wasThere);
   return 0;
 }

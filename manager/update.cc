@@ -46,6 +46,7 @@ std::vector<std::string> SiteMgr::Update::ConditionsOf(const SiteMgr& manager) {
 
 int SiteMgr::FlushUpdated() {
   if (openSiteId < 0 || !inside->reading || FlushSite() < 0) return -1;
+  inside->cameOrWent.clear();
   UpdateNote note;
   note.conditions = Update::ConditionsOf(*this);
   const Inside::Reading& reading = *inside->reading;
@@ -76,6 +77,9 @@ int SiteMgr::FlushSaved(const std::vector<std::string>& paths) {
   note.conditions = Update::ConditionsOf(*this);
   note.isExact = false;
   note.saved.insert(note.saved.end(), paths.begin(), paths.end());
+  std::vector<std::string>& moved = inside->cameOrWent;
+  note.moved.insert(note.moved.end(), moved.begin(), moved.end());
+  moved.clear();
   if (note.conditions.empty() || !note.Write(place)) platform::Unlink(place);
   return 0;
 }
@@ -127,12 +131,7 @@ int SiteMgr::Update::TakeOutGone() {
   for (const int number : gone_) {
     SitePathRec rec;
     if (Forget(number) < 0 || m_.pathDB->Get(number, rec) < 0) return -1;
-    SitePathRec missing;
-    missing.id = rec.id;
-    missing.name = rec.name;
-    missing.fileType = rec.fileType;
-    missing.membership = rec.membership;
-    if (m_.pathDB->Update(missing) < 0) return -1;
+    if (m_.pathDB->Update(AsMissing(rec, m_.pathDB->NameView(number))) < 0) return -1;
   }
   return 0;
 }

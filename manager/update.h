@@ -61,6 +61,8 @@ class SiteMgr::Update {
   void NoteUnwatched(const Found& other, bool isFolder);
   void CompareFolders();
   std::unordered_set<std::string> FoldersOfOthers() const;
+  // The record of a file that was never seen on the disk.
+  static SitePathRec AsMissing(const SitePathRec& rec, std::string_view path);
   // Whether a record has what the disk once said about the file.
   static bool WasThere(const SitePathRec& rec);
   static bool IsSame(const SitePathRec& rec, const platform::FileStat& found);

@@ -78,6 +78,7 @@ bool UpdateNote::Read(const std::string& path) {
   passedBy = note.Texts();
   young = note.Texts();
   saved = note.Texts();
+  moved = note.Texts();
   return note.Text() == kEnd;
 }
 
@@ -91,6 +92,7 @@ bool UpdateNote::Write(const std::string& path) const {
   Put(passedBy, bytes);
   Put(young, bytes);
   Put(saved, bytes);
+  Put(moved, bytes);
   Put(kEnd, bytes);
   const int fd = platform::Open(path, platform::kOpenPack);
   if (fd < 0) return false;

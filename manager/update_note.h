@@ -30,6 +30,7 @@ struct UpdateNote {
   std::vector<std::string> young;
   // Files that were saved, removed or moved one by one since.
   std::vector<std::string> saved;
+  std::vector<std::string> moved;  // those of them that have come or gone with that
 
   // False when there is none under these conditions.
   [[nodiscard]] bool Read(const std::string& path);

@@ -16,16 +16,6 @@ namespace zvrsit {
 
 namespace {
 
-// Whether a record says nothing about a file on the disk.
-bool IsOfMissing(const SitePathRec& rec) {
-  SitePathRec missing;
-  missing.id = rec.id;
-  missing.name = rec.name;
-  missing.fileType = rec.fileType;
-  missing.membership = rec.membership;
-  return rec == missing;
-}
-
 bool HasNumber(const std::vector<int>& numbers, int number) {
   return std::ranges::find(numbers, number) != numbers.end();
 }
@@ -69,6 +59,15 @@ void SiteMgr::Update::MarkWalked(int number) {
   walked_[at] = true;
 }
 
+SitePathRec SiteMgr::Update::AsMissing(const SitePathRec& rec, std::string_view path) {
+  SitePathRec missing;
+  missing.id = rec.id;
+  missing.name = rec.name;
+  missing.fileType = static_cast<std::int32_t>(ClassifyFileType(path));
+  missing.membership = rec.membership;
+  return missing;
+}
+
 bool SiteMgr::Update::WasThere(const SitePathRec& rec) {
   return rec.exists != 0 || rec.size != 0 || rec.creationTime != 0 || rec.modificationTime != 0 ||
          rec.accessTime != 0;
@@ -103,7 +102,7 @@ void SiteMgr::Update::MeetFile(const std::string& path, const platform::FileStat
 void SiteMgr::Update::MeetYoung() {
   std::unordered_set<int> known(toRead_.begin(), toRead_.end());
   for (const Found& found : changed_) known.insert(found.number);
-  for (const std::string& path : note_.saved) {
+  for (const std::string& path : note_.moved) {
     moved_.files.push_back(path);
     std::string folder(FolderOf(path));
     while (folder.size() > siteDir_.size() && folder.starts_with(siteDir_)) {
@@ -139,7 +138,7 @@ void SiteMgr::Update::MeetOther(int number, const SitePathRec& rec) {
     others_.push_back(other);
     if (rec.unread != SitePathRec::kRead) toRead_.push_back(number);
     if (!WasThere(rec) || !IsSame(rec, other.stat)) changedOthers_.push_back(other);
-  } else if (!IsOfMissing(rec)) {
+  } else if (rec != AsMissing(rec, other.path)) {
     gone_.push_back(number);
     if (rec.exists != 0) updates_.gone.push_back(other.path);
   }

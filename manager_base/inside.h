@@ -49,6 +49,7 @@ struct SiteMgrBase::Inside {
     pageTypes.reset();
     fallbackExtensions.clear();
     reading.reset();
+    cameOrWent.clear();
     if (kept != nullptr) *kept = {};
   }
 
@@ -79,6 +80,9 @@ struct SiteMgrBase::Inside {
     std::vector<std::string> linkedFolders;  // folders of the site that are links, in order
   };
   std::optional<Reading> reading;
+  // For SiteMgr: files that have come or gone with a save or a removal since the tables were read
+  // or written.
+  std::vector<std::string> cameOrWent;
 };
 
 // While an object of this class lives, the manager remembers what it has found out (OperationMemo).
