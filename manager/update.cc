@@ -86,6 +86,7 @@ int SiteMgr::FlushSaved(const std::vector<std::string>& paths) {
 
 int SiteMgr::Update::Run() {
   m_.inside->skippedByRebuild.clear();
+  m_.inside->leftOutByRebuild.clear();
   if (m_.openSiteId < 0 || m_.siteProf == nullptr || m_.dom == nullptr || !HasFiles(m_.pathDB) ||
       !HasFiles(m_.linkDB) || !HasFiles(m_.folderDB) || !HasFiles(m_.relDB) ||
       !HasFiles(m_.urlDB) || !work_.ReadSiteFolder(siteDir_)) {

@@ -38,7 +38,9 @@ int SiteMgr::Update::WalkSite() {
   };
   steps.nextFolder = [this] { return progress_.Cancelled() ? -1 : 0; };
   steps.unlisted = [this](const std::string& name) { m_.inside->skippedByRebuild.push_back(name); };
-  steps.leftOut = [](const std::string&) {};
+  steps.leftOut = [this](const std::string& native) {
+    m_.inside->leftOutByRebuild.push_back(native);
+  };
   steps.passedBy = [this](const std::string& path) { reading_.passedBy.push_back(path); };
   steps.linkedFolder = [this](const std::string& name) { reading_.linkedFolders.push_back(name); };
   const Inside& inside = *m_.inside;
