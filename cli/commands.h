@@ -21,8 +21,10 @@ void AddUpdateCommand(CLI::App& app, const Options& options, Run& run);
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
 // files, urls (with --check: cli/url_commands.h), unused, family
 void AddFileCommands(CLI::App& app, const Options& options, Run& run);
-// save, rm, mv
+// save
 void AddChangeCommands(CLI::App& app, const Options& options, Run& run);
+// mv, rm, rename-id, fix
+void AddRepairCommands(CLI::App& app, const Options& options, Run& run);
 // verify, dump
 void AddDatabaseCommands(CLI::App& app, const Options& options, Run& run);
 // export

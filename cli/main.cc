@@ -94,6 +94,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddLinkCommands(app, options, run);
   AddFileCommands(app, options, run);
   AddChangeCommands(app, options, run);
+  AddRepairCommands(app, options, run);
   AddProfileCommands(app, options, run);
   AddServerCommands(app, options, run);
   AddExportCommand(app, options, run);

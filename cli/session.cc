@@ -8,6 +8,7 @@
 #include "cli/beside_rebuild.h"
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "cli/repair.h"
 #include "cli/table_files.h"
 #include "findings/url_check.h"
 #include "tables/table_files.h"
@@ -195,9 +196,11 @@ std::string Session::FolderOfTables(const std::string& name) const {
 
 void Session::HoldSite(const std::string& name) {
   LockSite(name);
+  const std::string tables = FolderOfTables(site_);
   if (!onlyAsks_) {
-    FinishRebuild(*manager_, number_, FolderOfTables(site_));
-  } else if (HasFinishedRebuild(FolderOfTables(site_))) {
+    FinishRebuild(*manager_, number_, tables);
+    RecoverChange(*manager_, number_, tables);
+  } else if (HasFinishedRebuild(tables) || HasJournal(tables)) {
     LetGo();
     Session(Options{database_, false}, Database::kMustExist).HoldSite(name);
     LockSite(name);

@@ -364,7 +364,12 @@ Recovery RecoverRepair(const std::string& journal, RecoveryReport& report) {
     return Recovery::kFailed;
   }
   Work work(steps, report.fault);
-  if (work.IsDone()) return Recovery::kFinished;
+  if (work.IsDone()) {
+    for (const JournalRename& rename : steps.renames) {
+      if (!rename.isRemoval) report.moves.push_back({rename.from, rename.to});
+    }
+    return Recovery::kFinished;
+  }
   if (!work.Undo(report.left)) return Recovery::kFailed;
   if (RemoveJournal(journal) == 0) return Recovery::kUndone;
   report.fault = {journal, platform::LastError()};

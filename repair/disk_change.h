@@ -68,6 +68,7 @@ enum class Recovery {
 
 struct RecoveryReport {
   DiskFault fault;
+  std::vector<PathChange> moves;  // that are finished
   // Files that somebody has changed since. They stay as they are.
   std::vector<std::string> left;
 };

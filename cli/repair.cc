@@ -1,0 +1,256 @@
+#include "cli/repair.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <system_error>
+#include <utility>
+
+#include "cli/exit_code.h"
+#include "cli/interrupts.h"
+#include "cli/native_name.h"
+#include "cli/output.h"
+#include "cli/unified_diff.h"
+#include "cli/update_command.h"
+
+namespace zvrsit::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned kUserMarks = 4 | 8;
+
+std::string WordsOf(const DiskFault& fault) {
+  const std::string file = NativePath(fault.path);
+  if (fault.reason == 0) return file + " has changed meanwhile";
+  if (fault.reason == EEXIST) return file + " is there already";
+  if (fault.reason == EXDEV) return file + ": the other place lies on another file system";
+  return file + ": " + std::generic_category().message(fault.reason);
+}
+
+// The path after the moves; the same if it does not move.
+std::string MovedPath(std::string path, const std::vector<PathChange>& moves) {
+  for (const PathChange& move : moves) {
+    const bool isFolder = move.from.ends_with('\\');
+    if (path == move.from || (isFolder && path.starts_with(move.from))) {
+      path = move.to + path.substr(move.from.size());
+    }
+  }
+  return path;
+}
+
+// The home page may be among what moves.
+void MoveTopFile(SiteMgr& manager, int number, const std::vector<PathChange>& moves) {
+  const std::string top = Take(manager.GetSiteProfTopFile(number));
+  const std::string moved = MovedPath(top, moves);
+  if (moved != top && manager.SetSiteProfTopFile(moved, number) != 0)
+    FailToWriteProfile("the site");
+}
+
+std::string ReadBytes(const std::string& path) {
+  std::ifstream file(NativePath(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// The files below a folder, or the file itself, as `\` paths in their order.
+std::vector<std::string> FilesAt(const std::string& path) {
+  std::vector<std::string> files;
+  std::error_code error;
+  if (!path.ends_with('\\')) return {path};
+  const fs::recursive_directory_iterator end;
+  for (fs::recursive_directory_iterator entry(PathOf(NativePath(path)), error);
+       !error && entry != end; entry.increment(error)) {
+    std::error_code unknown;
+    if (!entry->is_directory(unknown)) files.push_back(AbsolutePath(NameOf(entry->path())));
+  }
+  std::ranges::sort(files);
+  return files;
+}
+
+// Brings the site up to date before a session opens it.
+const Options& UpToDate(const Options& options, const std::string& site) {
+  UpdateSite(options, site, true);
+  return options;
+}
+
+std::string Line(const std::string& text) {
+  return LineText(JsonText(text));
+}
+
+}  // namespace
+
+std::string JournalIn(const std::string& tables) {
+  return FolderPath(tables) + "repair";
+}
+
+bool HasJournal(const std::string& tables) {
+  std::error_code error;
+  return fs::exists(PathOf(NativePath(JournalIn(tables))), error);
+}
+
+void RecoverChange(SiteMgr& manager, int number, const std::string& tables) {
+  if (!HasJournal(tables)) return;
+  const Interrupts interrupts;
+  const std::string journal = JournalIn(tables);
+  RecoveryReport report;
+  switch (RecoverRepair(journal, report)) {
+    case Recovery::kNone:
+      return;
+    case Recovery::kFailed:
+      throw Failure(kFileSystem,
+                    "a change that had stopped half-way cannot be undone yet: " +
+                        (report.fault.path == journal && report.fault.reason == 0
+                             ? NativePath(journal) + " is damaged: look at the site and remove it"
+                             : WordsOf(report.fault)));
+    case Recovery::kUndone:
+      Warn("a change of the site's files had stopped half-way: it was undone");
+      break;
+    case Recovery::kFinished:
+      MoveTopFile(manager, number, report.moves);
+      if (EndRepair(journal) != 0) throw Failure(kFileSystem, NativePath(journal) + " stays");
+      Warn("a change of the site's files had stopped at its end: it is complete");
+  }
+  for (const std::string& path : report.left) {
+    Warn(NativePath(path) + " was changed since, and stays as it is");
+  }
+}
+
+SiteRepair::SiteRepair(const Options& options, const RepairOptions& wanted)
+    : options_(options),
+      wanted_(wanted),
+      session_(UpToDate(options, wanted.site), Database::kMustExist) {
+  session_.Open(wanted_.site);
+}
+
+int SiteRepair::Run() {
+  change_.files = plan_.files;
+  // What goes need not be mended.
+  std::erase_if(change_.files, [&](const FileEdits& file) {
+    return std::ranges::any_of(change_.removals, [&](const std::string& path) {
+      return file.path == path || (path.ends_with('\\') && file.path.starts_with(path));
+    });
+  });
+  if (wanted_.dryRun) {
+    if (options_.json) {
+      PrintDone();
+    } else {
+      PrintDiff();
+      TellKept();
+    }
+    return kClean;
+  }
+  const Interrupts interrupts;
+  ChangeFiles();
+  ChangeTables();
+  if (EndRepair(JournalIn(session_.FolderOfTables(wanted_.site))) != 0) {
+    Warn("something of what was removed could not be deleted");
+  }
+  PrintDone();
+  Interrupts::Check();
+  return kClean;
+}
+
+void SiteRepair::ChangeFiles() {
+  DiskFault fault;
+  const std::string journal = JournalIn(session_.FolderOfTables(wanted_.site));
+  const int result = ChangeDisk(change_, journal, nullptr, fault);
+  if (result == 0) return;
+  throw Failure(kFileSystem,
+                WordsOf(fault) + (result == -1 ? ": nothing was changed"
+                                               : ": not everything could be undone; the next "
+                                                 "command tries again"));
+}
+
+// The marks that the user has set move with their files.
+void SiteRepair::ChangeTables() {
+  std::vector<std::pair<std::string, unsigned>> marks;
+  for (const PathChange& move : change_.moves) {
+    for (const std::string& path : FilesAt(move.to)) {
+      const std::string before = move.from + path.substr(move.to.size());
+      const UrlID id(kKindPath, manager().FindPath(before));
+      const int word = id.id < 0 ? -1 : manager().GetUrlFtpMember(id);
+      if (word == -1 || (static_cast<unsigned>(word) & kUserMarks) == 0) continue;
+      marks.emplace_back(path, static_cast<unsigned>(word) & kUserMarks);
+      manager().SetFtpFamily(id, 0);
+    }
+  }
+  MoveTopFile(manager(), session_.number(), change_.moves);
+  std::vector<std::string> paths;
+  for (const auto& [path, mark] : marks) {
+    if (manager().Save(path, nullptr) == 0) {
+      manager().SetFtpFamily({kKindPath, manager().FindPath(path)}, mark);
+    }
+    paths.push_back(path);
+  }
+  session_.CloseSaved(paths);
+  session_.Discard();
+  UpdateSite(options_, wanted_.site, true);
+}
+
+void SiteRepair::PrintDiff() {
+  std::map<std::string, const FileEdits*> files;  // what is said of each, by path
+  for (const FileEdits& file : change_.files) files[file.path] = &file;
+  for (const PathChange& move : change_.moves) {
+    for (const std::string& path : FilesAt(move.from)) files.try_emplace(path, nullptr);
+  }
+  for (const std::string& path : change_.removals) {
+    for (const std::string& file : FilesAt(path)) Print("{}", RemovalDiff(Shown(file)));
+  }
+  for (const auto& [path, edits] : files) {
+    const std::string bytes = edits != nullptr ? ReadBytes(path) : std::string();
+    Print("{}", UnifiedDiff(Shown(path), Shown(MovedPath(path, change_.moves)), bytes, edits));
+  }
+}
+
+void SiteRepair::TellKept() {
+  for (const KeptReference& kept : plan_.kept) {
+    Warn(fmt::format("{}:{}:{}: {} stays as it is: {}", Line(Shown(kept.path)), kept.line,
+                     kept.column, Line(kept.text), kept.why));
+  }
+}
+
+void SiteRepair::PrintDone() {
+  std::size_t edits = 0;
+  for (const FileEdits& file : change_.files) edits += file.edits.size();
+  if (!options_.json) {
+    for (const PathChange& move : change_.moves) {
+      Print("{} is now {}\n", Line(Shown(move.from)), Line(Shown(move.to)));
+    }
+    for (const std::string& path : change_.removals) Print("{} is removed\n", Line(Shown(path)));
+    Print("{} changed in {}\n", Counted(static_cast<long>(edits), "reference", "references"),
+          Counted(static_cast<long>(change_.files.size()), "file", "files"));
+    return TellKept();
+  }
+  Json answer;
+  Json& moved = answer["moved"] = Json::array();
+  for (const PathChange& move : change_.moves) {
+    moved.push_back({{"from", JsonText(Shown(move.from))}, {"to", JsonText(Shown(move.to))}});
+  }
+  Json& removed = answer["removed"] = Json::array();
+  for (const std::string& path : change_.removals) removed.push_back(JsonText(Shown(path)));
+  Json& files = answer["files"] = Json::array();
+  for (const FileEdits& file : change_.files) {
+    Json rows = Json::array();
+    for (const TextEdit& edit : file.edits) {
+      rows.push_back({{"line", edit.line},
+                      {"column", edit.column},
+                      {"before", JsonText(edit.before)},
+                      {"after", JsonText(edit.after)}});
+    }
+    files.push_back({{"file", JsonText(Shown(file.path))}, {"edits", rows}});
+  }
+  Json& kept = answer["kept"] = Json::array();
+  for (const KeptReference& one : plan_.kept) {
+    kept.push_back({{"file", JsonText(Shown(one.path))},
+                    {"line", one.line},
+                    {"column", one.column},
+                    {"reference", JsonText(one.text)},
+                    {"why", one.why}});
+  }
+  PrintJson(answer);
+}
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,56 @@
+// Commands that change the files of a site, and mend its links: what they have in common.
+#pragma once
+
+#include <string>
+
+#include "cli/session.h"
+#include "repair/disk_change.h"
+#include "repair/file_edits.h"
+
+namespace zvrsit::cli {
+
+// The `\` path of the journal of a change, in the native folder of the site's tables.
+std::string JournalIn(const std::string& tables);
+// Whether one was left behind.
+bool HasJournal(const std::string& tables);
+// Finishes or undoes a change that had stopped half-way, and says so on stderr. The site must be
+// held. Throws Failure(kFileSystem) when this is not possible yet.
+void RecoverChange(SiteMgr& manager, int number, const std::string& tables);
+
+struct RepairOptions {
+  std::string site;
+  bool dryRun = false;
+};
+
+// One change of a site.
+class SiteRepair {
+ public:
+  // Brings the site up to date and opens it. Throws as UpdateSite and Session::Open.
+  SiteRepair(const Options& options, const RepairOptions& wanted);
+
+  Session& session() { return session_; }
+  SiteMgr& manager() { return session_.manager(); }
+  DiskChange& change() { return change_; }
+  RepairPlan& plan() { return plan_; }
+
+  // Makes the change and the plan's edits on the disk, brings the tables up to date, and says what
+  // was done; in a dry run prints what would be done, as a diff. Throws Failure(kFileSystem), with
+  // everything as it was.
+  int Run();
+
+ private:
+  void ChangeFiles();
+  void ChangeTables();
+  void PrintDiff();
+  void PrintDone();
+  void TellKept();
+  std::string Shown(const std::string& path) { return session_.names().Shown(path); }
+
+  const Options& options_;
+  const RepairOptions wanted_;
+  Session session_;
+  DiskChange change_;
+  RepairPlan plan_;
+};
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,21 @@
+// Changes of files as people and `patch` read them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "repair/file_edits.h"
+
+namespace zvrsit::cli {
+
+// The unified diff of one file with three lines of context, headed as git does it, so that
+// `git apply` takes it. `from` and `to` are the names before and after; `edits`, which may be null
+// for a file that is only renamed, were planned for `bytes`. Of a file with NUL bytes, such as one
+// in UTF-16, it is only said that it differs.
+std::string UnifiedDiff(const std::string& from, const std::string& to, std::string_view bytes,
+                        const FileEdits* edits);
+
+// A file that is removed; only its name is said.
+std::string RemovalDiff(const std::string& name);
+
+}  // namespace zvrsit::cli
