@@ -145,9 +145,6 @@ int SiteRepair::Run() {
   const Interrupts interrupts;
   ChangeFiles();
   ChangeTables();
-  if (EndRepair(JournalIn(session_.FolderOfTables(wanted_.site))) != 0) {
-    Warn("something of what was removed could not be deleted");
-  }
   PrintDone();
   Interrupts::Check();
   return kClean;
@@ -185,7 +182,9 @@ void SiteRepair::ChangeTables() {
     }
     paths.push_back(path);
   }
+  const std::string journal = JournalIn(session_.FolderOfTables(wanted_.site));
   session_.CloseSaved(paths);
+  if (EndRepair(journal) != 0) Warn("what was removed could not be deleted as a whole");
   session_.Discard();
   UpdateSite(options_, wanted_.site, true);
 }

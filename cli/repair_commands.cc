@@ -75,7 +75,7 @@ std::string PlaceFor(const SiteNames& names, const std::string& native, bool isO
 std::string LastName(const std::string& path) {
   const bool isFolder = path.ends_with('\\');
   const std::string_view bare = std::string_view(path).substr(0, path.size() - (isFolder ? 1 : 0));
-  return path.substr(FolderOf(bare).size());
+  return std::string(NameInFolder(bare)) + (isFolder ? "\\" : "");
 }
 
 // Links to a file that was moved before are led to its new place; so are those to the files of a
