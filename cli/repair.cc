@@ -14,7 +14,6 @@
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/unified_diff.h"
-#include "cli/update_command.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -70,12 +69,6 @@ std::vector<std::string> FilesAt(const std::string& path) {
   return files;
 }
 
-// Brings the site up to date before a session opens it.
-const Options& UpToDate(const Options& options, const std::string& site) {
-  UpdateSite(options, site, true);
-  return options;
-}
-
 std::string Line(const std::string& text) {
   return LineText(JsonText(text));
 }
@@ -121,7 +114,8 @@ void RecoverChange(SiteMgr& manager, int number, const std::string& tables) {
 SiteRepair::SiteRepair(const Options& options, const RepairOptions& wanted)
     : options_(options),
       wanted_(wanted),
-      session_(UpToDate(options, wanted.site), Database::kMustExist) {
+      found_(UpdateSite(options, wanted.site, true)),
+      session_(options, Database::kMustExist) {
   session_.Open(wanted_.site);
 }
 

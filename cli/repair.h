@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/session.h"
+#include "cli/update_command.h"
 #include "repair/disk_change.h"
 #include "repair/file_edits.h"
 
@@ -30,6 +31,8 @@ class SiteRepair {
 
   Session& session() { return session_; }
   SiteMgr& manager() { return session_.manager(); }
+  // What bringing it up to date has found.
+  const Updated& found() const { return found_; }
   DiskChange& change() { return change_; }
   RepairPlan& plan() { return plan_; }
 
@@ -48,6 +51,7 @@ class SiteRepair {
 
   const Options& options_;
   const RepairOptions wanted_;
+  const Updated found_;
   Session session_;
   DiskChange change_;
   RepairPlan plan_;

@@ -162,7 +162,12 @@ void AddRemoval(SiteRepair& repair, const std::string& file, bool recursive) {
   Session& session = repair.session();
   const std::optional<Meant> meant = FindOnDisk(session.names(), file);
   if (!meant) {
-    session.EntryOf(file);  // it is gone already: the update has seen that
+    // Gone already: bringing the site up to date was all there was to do.
+    const std::vector<std::string> candidates = session.names().Candidates(file);
+    const std::vector<std::string>& gone = repair.found().changes.gone;
+    const bool isKnown =
+        repair.found().isRebuilt || std::ranges::find_first_of(gone, candidates) != gone.end();
+    if (!isKnown) session.EntryOf(file);
     return;
   }
   if (meant->path.ends_with('\\') && !recursive) {
