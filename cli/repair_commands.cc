@@ -267,8 +267,8 @@ void AddName(CLI::App& command, const char* name, std::string& value, const char
 
 void AddRepairCommands(CLI::App& app, const Options& options, Run& run) {
   const auto moved = std::make_shared<Given>();
-  CLI::App* move = AddRepair(app, "mv", "Move a file or a folder, and all references with it",
-                             options, run, &RunMove, moved);
+  CLI::App* move = AddRepair(app, "mv", "Move a file or a folder; references follow", options, run,
+                             &RunMove, moved);
   AddName(*move, "FROM", moved->from, "a file or a folder of the site");
   AddName(*move, "TO", moved->to, "where it goes: a new name, or a folder");
 
@@ -286,7 +286,7 @@ void AddRepairCommands(CLI::App& app, const Options& options, Run& run) {
   remove->add_flag("--force", removed->force, "remove them though references break");
 
   const auto renamed = std::make_shared<Given>();
-  CLI::App* rename = AddRepair(app, "rename-id", "Give an ID of a page another name, and the links",
+  CLI::App* rename = AddRepair(app, "rename-id", "Give an ID of a page another name; links follow",
                                options, run, &RunRenameId, renamed);
   AddName(*rename, "FILE", renamed->file, "the page");
   AddName(*rename, "OLD", renamed->from, "its ID or anchor name");
