@@ -152,7 +152,8 @@ Losses FindLosses(SiteRepair& repair, const std::string& other) {
       if (manager.GetLink((*links)[k], link) != 0) continue;
       const std::string source = Take(manager.UrlPath(link.from.id));
       if (IsRemoved(removals, source)) continue;
-      losses.links.push_back(NativePath(source) + " refers to " + NativePath(path));
+      const SiteNames& names = repair.session().names();
+      losses.links.push_back(names.Shown(source) + " refers to " + names.Shown(path));
     }
   }
   return losses;
