@@ -54,8 +54,7 @@ void TellChanges(const Session& session, const SiteChanges& changes, const std::
     for (const auto* paths : {&changes.changed, &changes.gone, &changes.added}) {
       AddShown(session, *paths, names);
     }
-    Warn(counts + " since \"" + site + "\" was read (" + Named(names) + "): zvrsit update " +
-         site);
+    Warn(counts + " since \"" + site + "\" was read (" + Named(names) + "): zvrsit update " + site);
   }
   TellUnread(session, changes);
 }
