@@ -84,9 +84,7 @@ class ConfigReader {
   }
 
   void ReadRules(const toml::table& table, std::vector<std::pair<Rule, Severity>>& rules) {
-    std::vector<std::string> known(kRules.size());
-    std::ranges::transform(kRules, known.begin(), [](const auto& rule) { return rule.name; });
-    NeedKnown(table, known);
+    NeedKnown(table, RuleNames());
     for (const auto& [key, node] : table) {
       const auto severity = SeverityOfName(TextOf(node, key.str()));
       if (!severity) Fail(node.source(), "a rule is \"error\", \"warning\" or \"off\"");

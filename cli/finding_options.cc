@@ -24,8 +24,7 @@ std::string AddRule(const std::string& text, std::vector<std::pair<Rule, Severit
   const auto rule = RuleOfName(text.substr(0, sign));
   if (!rule) {
     const std::string name = text.substr(0, sign);
-    std::vector<std::string> known;
-    for (const RuleTraits& traits : kRules) known.emplace_back(traits.name);
+    const std::vector<std::string> known = RuleNames();
     return "there is no rule named \"" + name + "\"" + DidYouMean(name, known);
   }
   const auto severity =

@@ -279,7 +279,8 @@ class Run {
     const bool isGood = IsAccepted(response.status, settings_);
     const bool asksToWait = response.status == 429 || response.retryAfter.has_value();
     if (!isGood && !task.usesGet && !asksToWait) return TryWithGet(number);
-    if (!isGood && MayPass(response.status) && TryLater(number, response)) return;
+    const bool mayPass = MayPass(response.status) || response.retryAfter;
+    if (!isGood && mayPass && TryLater(number, response)) return;
     NoteRefusal(*task.server, response);
     if (isGood) LookAtPage(task, response);
     Finish(number, ExternalFault::kNone);

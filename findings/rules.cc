@@ -9,6 +9,12 @@ constexpr std::array<std::string_view, 3> kSeverityNames{"off", "warning", "erro
 
 }  // namespace
 
+std::vector<std::string> RuleNames() {
+  std::vector<std::string> names(kRules.size());
+  std::ranges::transform(kRules, names.begin(), &RuleTraits::name);
+  return names;
+}
+
 std::optional<Rule> RuleOfName(std::string_view name) {
   const auto found = std::ranges::find(kRules, name, &RuleTraits::name);
   if (found == kRules.end()) return std::nullopt;

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace zvrsit {
 
@@ -60,6 +62,7 @@ inline constexpr std::array<RuleTraits, kRuleCount> kRules{{
 inline constexpr const RuleTraits& TraitsOf(Rule rule) {
   return kRules[static_cast<std::size_t>(rule)];
 }
+std::vector<std::string> RuleNames();
 // The rule of a name; nothing when there is none.
 std::optional<Rule> RuleOfName(std::string_view name);
 

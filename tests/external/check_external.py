@@ -104,6 +104,7 @@ ROWS = [
     ("/to-mark", 1, 1, (MOVED, "to /%1B]0;x")),
     ("/wait-a-second", 2, 2, None),
     ("/wait-until", 2, 2, None),
+    ("/wait-forbidden", 2, 2, None),
     ("/later", 3, 4, None),
     ("/dropped-once", 2, 12, None),
     ("/silent", 3, 3, (UNSURE, "did not answer in time")),
@@ -393,7 +394,7 @@ def check_terminal(top, server):
 
     site.links(["x%1By.html", "x%C2%9By.html", "x%7Fy.html", "x%0Dy.html", "x%E2%80%AEy.html"])
     for form in "text", "json", "jsonl", "csv", "junit", "sarif", "github", "markdown":
-        seen = shown("--format", form)
+        seen = shown("--quiet", "--format", form)
         assert not re.search("[\x00-\x09\x0b\x0c\x0e-\x1f\x7f-\x9f\u202e]|\r(?!\r?\n)", seen), (form, seen)
     site.links(["/silent"])
     slow = ["--external", *OWN, "--timeout", "800ms", "--retries", "0"]

@@ -159,6 +159,9 @@ class Server:
         when = email.utils.formatdate(time.time() + 2, usegmt=True)
         return send(503, Retry_After=when) if self.asked(path) == 1 else send(200)
 
+    def at_wait_forbidden(self, send, is_head, headers, path, writer):
+        return send(403, Retry_After="1") if self.asked(path) == 1 else send(200)
+
     def at_wait_for_ever(self, send, *_):
         return send(429, Retry_After="999999999999")
 
