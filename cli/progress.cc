@@ -7,7 +7,7 @@
 #include "cli/output.h"
 #include "cli/terminal.h"
 #include "platform/code_page.h"
-#include "util/mb_string.h"
+#include "util/path_parts.h"
 
 namespace zvrsit::cli {
 namespace {

@@ -10,7 +10,7 @@
 #include "cli/native_name.h"
 #include "cli/progress.h"
 #include "cli/unread_pages.h"
-#include "util/mb_string.h"
+#include "util/path_parts.h"
 
 namespace zvrsit::cli {
 namespace {

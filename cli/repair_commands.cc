@@ -12,7 +12,7 @@
 #include "cli/output.h"
 #include "cli/repair.h"
 #include "repair/repair_plan.h"
-#include "util/mb_string.h"
+#include "util/path_parts.h"
 
 namespace zvrsit::cli {
 namespace {

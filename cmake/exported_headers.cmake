@@ -39,6 +39,7 @@ set(ZVRSIT_EXPORTED_HEADERS
   repair/repair_plan.h
   tables/table_faults.h
   util/file_type.h
+  util/path_parts.h
   util/site_rec_cell.h
   util/site_slots.h
   util/url_id.h

@@ -13,12 +13,11 @@
 #include "findings/known_files.h"
 #include "findings/owned_cells.h"
 #include "findings/url_check.h"
-#include "links/folder_documents.h"
 #include "manager/family_marks.h"
 #include "manager/site_mgr.h"
 #include "platform/native_path.h"
 #include "util/file_type.h"
-#include "util/mb_string.h"
+#include "util/path_parts.h"
 
 namespace zvrsit {
 namespace {
@@ -49,7 +48,7 @@ class Collector {
         severities_(severities),
         report_(report),
         names_(manager, site.folder),
-        documents_(manager.GetDefaultUrl()) {}
+        documents_(manager.ListFolderDocuments()) {}
 
   bool Collect() {
     if (!AddBroken() || !AddMissingFragments() || !AddMalformedUrls() || !AddRepeatedIds()) {
@@ -168,7 +167,8 @@ class Collector {
     std::string_view written = link.text;
     written = written.substr(0, written.find('#'));
     written = written.substr(0, written.find('?'));
-    return !name.empty() && !written.ends_with(name) && documents_.MayBe(path);
+    return !name.empty() && !written.ends_with(name) &&
+           std::ranges::find(documents_, name) != documents_.end();
   }
 
   // The `\` path of a file by its number; empty for none.
@@ -319,7 +319,7 @@ class Collector {
   const Severities& severities_;
   FindingReport& report_;
   KnownFiles names_;
-  FolderDocuments documents_;
+  const std::vector<std::string> documents_;  // that stand for their folders
   std::map<std::pair<Rule, std::string>, std::size_t> known_;
   std::unordered_map<int, BrokenTarget> broken_;  // by number
   std::unordered_map<int, Ids> idsOfPages_;

@@ -5,7 +5,7 @@
 
 #include "findings/owned_cells.h"
 #include "platform/native_path.h"
-#include "util/mb_string.h"
+#include "util/path_parts.h"
 #include "util/url_id.h"
 
 namespace zvrsit {

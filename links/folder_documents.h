@@ -12,8 +12,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/api.h"
-
 namespace zvrsit {
 
 // The usual names of the document that stands for its folder, the likeliest first.
@@ -35,7 +33,7 @@ FileKind KindOnDisk(const std::string& path);
 // Extensions may be left out where the site's profile says which: `about` is then the first there
 // is of the file `about`, that file with one of the extensions, and the folder `about`. `about/` is
 // always the folder.
-class ZVRSIT_API FolderDocuments {
+class FolderDocuments {
  public:
   // Both come from the site's profile. `defaultNames`: names with commas between them, the most
   // wanted first; null or without a name for the usual ones. `extensions`: without their

@@ -184,6 +184,10 @@ int SiteMgr::ReflectDefaultUrl(const std::string&) {
   return 0;
 }
 
+std::vector<std::string> SiteMgr::ListFolderDocuments() const {
+  return FolderDocuments(defaultUrl).names();
+}
+
 std::vector<std::string> SiteMgr::ListFolderLinkSources() const {
   return Work::ListMovedLinkSources(*this, false);
 }

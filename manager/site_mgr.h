@@ -217,6 +217,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   int ReflectDefaultUrl(const std::string& url);
   // The paths of the pages that ReflectDefaultUrl would save now, in its order.
   std::vector<std::string> ListFolderLinkSources() const;
+  // The names that a document which stands for its folder may have, the most wanted first.
+  std::vector<std::string> ListFolderDocuments() const;
 
   // ---- Links (queries_links.cc) ----
   //

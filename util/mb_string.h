@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/api.h"
+#include "util/path_parts.h"
 
 namespace zvrsit {
 
@@ -21,11 +21,6 @@ std::size_t FindQuery(std::string_view text);  // "?"
 std::size_t FindLastCharMB(std::string_view text, char wanted);
 std::size_t FindLastHashMB(std::string_view text);
 std::size_t FindLastBackslashMB(std::string_view text);
-
-// Everything up to the last `\`, with it: the folder of a path. Empty without one.
-std::string_view FolderOf(std::string_view path);
-// What stands after it: the name of a file.
-ZVRSIT_API std::string_view NameInFolder(std::string_view path);
 
 // In place; all give 0.
 int ToUpperMB(std::string& text);
