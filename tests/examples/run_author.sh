@@ -5,7 +5,7 @@ work=$1 program=$2
 shift 2
 rm -rf "$work"
 mkdir -p "$work/site"
-echo '<a href="a.htm">a</a> <a href="http://example.org/">out</a>' >"$work/site/index.htm"
+echo '<a href="a.htm">b</a> <a href="http://example.org/">out</a>' >"$work/site/index.htm"
 echo '<a href="index.htm">home</a>' >"$work/site/a.htm"
 
 site=$work/site/
@@ -14,7 +14,7 @@ if [ $# -gt 0 ]; then
   site=$(echo "Z:$site" | tr / '\\')
   database=$(echo "Z:$database" | tr / '\\')
 fi
-said=$("$@" "$program" "$site" "$database" index.htm | tr -d '\r')
+said=$("$@" "$program" "$site" "$database" index.htm a.htm b.htm | tr -d '\r')
 shown=$(echo "$site" | tr / '\\')
 diff -u - <(echo "$said") <<END
 saving the top page; its links:
@@ -26,4 +26,13 @@ rebuilding:
   reading links
   links are read
 rebuilt; the bar stands at 100
+renaming a page:
+  ${shown}index.htm: 1 to change
+  in the editor, line 1: a.htm becomes b.htm
+renamed; the links of the top page:
+  ${shown}b.htm
+  http://example.org/
+END
+diff - "$work/site/index.htm" <<END
+<a href="b.htm">b</a> <a href="http://example.org/">out</a>
 END
