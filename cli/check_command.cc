@@ -6,11 +6,13 @@
 #include "cli/external_check.h"
 #include "cli/finding_options.h"
 #include "cli/freshness.h"
+#include "cli/known_site.h"
 #include "cli/native_name.h"
 #include "cli/private_folder.h"
 #include "cli/rebuild.h"
 #include "cli/selection.h"
 #include "cli/site_profile.h"
+#include "cli/update_command.h"
 #include "findings/collect.h"
 
 namespace zvrsit::cli {
@@ -65,6 +67,43 @@ int Examine(const Options& options, const GivenSite& site, const Selection& sele
   return code;
 }
 
+// The same for a site of the database, whose tables are brought up to date. False when they cannot
+// be, such as where another program is changing them.
+bool ExamineKnown(const Options& options, const KnownSite& site, const Selection& selection,
+                  const FindingOptions& wanted, FindingReport& report, int& code) {
+  const auto begin = std::chrono::steady_clock::now();
+  try {
+    code = UpdateSite(options, site.name, !wanted.quiet).code;
+  } catch (const Failure& failure) {
+    if (failure.code() != kDatabase && failure.code() != kFileSystem) throw;
+    Tell(wanted, std::string("the database is not used: ") + failure.what());
+    return false;
+  }
+  Tell(wanted,
+       fmt::format("the site is \"{}\", up to date in {:.2f} s", site.name, SecondsSince(begin)));
+  Session session(options, Database::kAsk);
+  session.OpenToAsk(site.name);
+  FindAll(session, site.profile.topFile, wanted, report,
+          AskExternal(options, session, selection, wanted, site.profile.folders[kSlotLiveUrl]));
+  session.LetGo();
+  const SiteChanges changes = CompareSite(session);
+  TellUnread(session, changes);
+  NoteChanges(session, changes, report);
+  report.seconds = SecondsSince(begin);
+  Tell(wanted, fmt::format("looked through in {:.2f} s", report.seconds));
+  return true;
+}
+
+// The site of the database that is asked about, if what is given says nothing else.
+std::optional<KnownSite> KnownAs(const Options& options, const GivenSite& given,
+                                 const std::string& root) {
+  std::optional<KnownSite> site = FindSiteAround(options, {root});
+  if (!site || site->profile.folders[kSlotSiteFolder] != FolderPath(root)) return std::nullopt;
+  Session session(options, Database::kAsk);
+  if (!HasGiven(session, given, site->profile)) return std::nullopt;
+  return site;
+}
+
 // The configuration of the site that all these paths lie in; empty for none.
 std::string ConfigOf(const GivenPaths& given) {
   if (!given.root.empty()) return FindConfig(given.root);
@@ -84,10 +123,19 @@ int RunCheck(const Options& options, GivenSite site, GivenPaths given, FindingOp
   const bool asksOthers = WishOf(wanted.external).isWanted;
   NeedUse(external, asksOthers, "--external");
   if (asksOthers) NeedExternalChecks();
+  if (given.root.empty() && given.filesFrom.empty() && given.changedSince.empty()) {
+    const std::vector<std::string> here = {"."};
+    const auto around = FindSiteAround(options, given.paths.empty() ? here : given.paths);
+    if (around) given.root = NativePath(around->profile.folders[kSlotSiteFolder]);
+  }
   const Selection selection(given);
   site.folder = selection.root();
   FindingReport report;
-  const int code = Examine(options, site, selection, wanted, report);
+  int code = kClean;
+  const std::optional<KnownSite> known = KnownAs(options, site, selection.root());
+  if (!known || !ExamineKnown(options, *known, selection, wanted, report, code)) {
+    code = Examine(options, site, selection, wanted, report);
+  }
   selection.Narrow(report);
   PrintFindings(report, wanted);
   if (code != kClean) return code;

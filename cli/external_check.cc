@@ -4,6 +4,7 @@
 #include <map>
 
 #include "cli/exit_code.h"
+#include "cli/known_site.h"
 #include "cli/native_name.h"
 #include "cli/site_profile.h"
 #include "cli/table_files.h"
@@ -46,21 +47,16 @@ std::string KeptFileOfSite(const Session& session, const std::string& name) {
 
 std::string KeptFileOfFolder(const Options& options, const std::string& folder) {
   try {
+    const std::optional<KnownSite> site = FindSiteAround(options, {folder});
+    if (site && site->profile.folders[kSlotSiteFolder] == FolderPath(folder)) {
+      return KeptFileOfSite(Session(options, Database::kAsk), site->name);
+    }
     const fs::path database = PathOf(DatabaseFolder(options));
     std::error_code error;
-    if (fs::exists(database / kSiteProfiles, error)) {
-      Session session(options, Database::kAsk);
-      for (const std::string& name : TakeList(session.manager().EnumSiteProf())) {
-        const SiteProfile profile = ReadProfile(session, name);
-        if (profile.folders[kSlotSiteFolder] == FolderPath(folder)) {
-          return KeptFileOfSite(session, name);
-        }
-      }
-    }
     fs::create_directories(database, error);
     return error ? "" : NameOf(database / kKeptAnswers);
   } catch (const Failure&) {
-    return "";  // no home folder, or a database that is in use or damaged: nothing is kept
+    return "";  // no home folder, or a database that is in use: nothing is kept
   }
 }
 

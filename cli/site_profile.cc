@@ -150,6 +150,14 @@ std::vector<std::string> ReadFolderLinksAnew(Session& session) {
 
 }  // namespace
 
+bool HasGiven(Session& session, const GivenSite& site, const SiteProfile& profile) {
+  GivenSite given = site;
+  given.folder.reset();
+  SiteProfile wanted = profile;
+  Apply(session, given, wanted);
+  return wanted == profile;
+}
+
 std::string FaultOfExtensions(const std::string& list) {
   if (list.empty() || PageTypes::IsList(list)) return "";
   return "\"" + list + "\" is no list of extensions, such as php,xhtml";

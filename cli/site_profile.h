@@ -50,6 +50,9 @@ SiteProfile NewProfile(Session& session, const GivenSite& site);
 // than `except` has it. Letter case is ignored, because on some systems both would have the same
 // folder.
 void NeedNewName(Session& session, const std::string& name, const std::string& except);
+// Whether a profile has the values that are given; the folder is not looked at. Throws as
+// NewProfile.
+bool HasGiven(Session& session, const GivenSite& site, const SiteProfile& profile);
 // Stores the profile of a new site. Throws as NewProfile, and Failure(kUsage) when the name is not
 // allowed or taken.
 void AddSite(Session& session, const std::string& name, const GivenSite& site);

@@ -168,5 +168,34 @@ TEST(Freshness, ASavedPageMayLeadToOneThatWasNeverRead) {
   EXPECT_EQ(Texts(Rows(broken)), Words{"new.html no.html"});
 }
 
+// In the folder of a site a check brings the tables up to date; not when it is to look at the
+// folder by other rules, and not when it cannot write them. The findings are the same.
+TEST(Freshness, ACheckUpdatesTheSiteThatItIsAskedAbout) {
+  struct Row {
+    Words words;
+    bool updates;
+  };
+  const Row rows[] = {
+      {{"check", "site"}, true},
+      {{"check", "site/sub"}, true},
+      {{"check", "site/sub/a.html", "--base-url", ""}, true},
+      {{"check", "site", "--rules", "classic"}, false},
+      {{"check", "site", "--fallback-extensions", "html"}, false},
+  };
+  for (const Row& row : rows) {
+    const Program program;
+    program.Page("index.html", "<a href=sub/a.html>");
+    program.Page("sub/a.html", "");
+    ASSERT_EQ(program.Build("demo").code, 0);
+    program.Page("sub/a.html", "<a href=gone.html>");
+    Words words = row.words;
+    words[1] = program.folder.native(words[1]);
+    SCOPED_TRACE(words.size() > 2 ? words[2] : words[1]);
+    const Json report = program.Ask(words);
+    EXPECT_EQ(Texts(Rows(report)), Words{"sub/a.html gone.html"}) << report;
+    EXPECT_EQ(program.Run({"files", "demo"}).err.empty(), row.updates);
+  }
+}
+
 }  // namespace
 }  // namespace zvrsit::test
