@@ -83,6 +83,7 @@ bool ExamineKnown(const Options& options, const KnownSite& site, const Selection
        fmt::format("the site is \"{}\", up to date in {:.2f} s", site.name, SecondsSince(begin)));
   Session session(options, Database::kAsk);
   session.OpenToAsk(site.name);
+  session.manager().KeepPageIds(true);  // two rules ask for them
   FindAll(session, site.profile.topFile, wanted, report,
           AskExternal(options, session, selection, wanted, site.profile.folders[kSlotLiveUrl]));
   session.LetGo();

@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // What the command line says.
-struct Given : RepairOptions {
+struct GivenRepair : RepairOptions {
   std::string from;
   std::string to;
   std::string file;
@@ -96,7 +96,7 @@ void PlanFormerMove(SiteRepair& repair, const std::string& from, const std::stri
   Warn(NativePath(to) + " was moved before: what it refers to itself is left as it is");
 }
 
-int RunMove(const Options& options, const Given& given) {
+int RunMove(const Options& options, const GivenRepair& given) {
   SiteRepair repair(options, given);
   const SiteNames& names = repair.session().names();
   const std::optional<Meant> from = FindOnDisk(names, given.from);
@@ -180,7 +180,7 @@ void AddRemoval(SiteRepair& repair, const std::string& file, bool recursive) {
   repair.change().removals.push_back(meant->path);
 }
 
-int RunRemove(const Options& options, const Given& given) {
+int RunRemove(const Options& options, const GivenRepair& given) {
   SiteRepair repair(options, given);
   for (const std::string& file : given.files) AddRemoval(repair, file, given.recursive);
   std::string other;
@@ -204,7 +204,7 @@ int RunRemove(const Options& options, const Given& given) {
   return repair.Run();
 }
 
-int RunRenameId(const Options& options, const Given& given) {
+int RunRenameId(const Options& options, const GivenRepair& given) {
   SiteRepair repair(options, given);
   const std::string file = repair.session().names().FileOf(given.file);
   if (PlanRenamedId(repair.manager(), file, given.from, given.to, repair.plan()) != 0) {
@@ -215,7 +215,7 @@ int RunRenameId(const Options& options, const Given& given) {
 }
 
 // The files that findings of these kinds certainly mean.
-std::vector<Retarget> CertainTargets(Session& session, const Given& given) {
+std::vector<Retarget> CertainTargets(Session& session, const GivenRepair& given) {
   FindingOptions wanted;
   FindingReport report;
   FindAll(session, "", wanted, report);
@@ -235,7 +235,7 @@ std::vector<Retarget> CertainTargets(Session& session, const Given& given) {
   return targets;
 }
 
-int RunFix(const Options& options, const Given& given) {
+int RunFix(const Options& options, const GivenRepair& given) {
   if (!given.wrongCase && !given.moved) {
     throw Failure(kUsage, "say what is to be mended: --wrong-case, --moved");
   }
@@ -249,8 +249,8 @@ int RunFix(const Options& options, const Given& given) {
 
 // Its options are those of `given`, which lives as long as the command line.
 CLI::App* AddRepair(CLI::App& app, const char* name, const char* help, const Options& options,
-                    Run& run, int (*act)(const Options&, const Given&),
-                    const std::shared_ptr<Given>& given) {
+                    Run& run, int (*act)(const Options&, const GivenRepair&),
+                    const std::shared_ptr<GivenRepair>& given) {
   CLI::App* command = app.add_subcommand(name, help);
   AddSiteName(*command, given->site);
   command->add_flag("--dry-run", given->dryRun, "print what would change, as a diff");
@@ -267,13 +267,13 @@ void AddName(CLI::App& command, const char* name, std::string& value, const char
 }  // namespace
 
 void AddRepairCommands(CLI::App& app, const Options& options, Run& run) {
-  const auto moved = std::make_shared<Given>();
+  const auto moved = std::make_shared<GivenRepair>();
   CLI::App* move = AddRepair(app, "mv", "Move a file or a folder; references follow", options, run,
                              &RunMove, moved);
   AddName(*move, "FROM", moved->from, "a file or a folder of the site");
   AddName(*move, "TO", moved->to, "where it goes: a new name, or a folder");
 
-  const auto removed = std::make_shared<Given>();
+  const auto removed = std::make_shared<GivenRepair>();
   CLI::App* remove = AddRepair(app, "rm", "Remove files that nothing refers to", options, run,
                                &RunRemove, removed);
   remove->add_option("FILE", removed->files, "files of the site")
@@ -286,14 +286,14 @@ void AddRepairCommands(CLI::App& app, const Options& options, Run& run) {
   remove->add_flag("-r,--recursive", removed->recursive, "folders with all that is in them too");
   remove->add_flag("--force", removed->force, "remove them though references break");
 
-  const auto renamed = std::make_shared<Given>();
+  const auto renamed = std::make_shared<GivenRepair>();
   CLI::App* rename = AddRepair(app, "rename-id", "Give an ID of a page another name; links follow",
                                options, run, &RunRenameId, renamed);
   AddName(*rename, "FILE", renamed->file, "the page");
   AddName(*rename, "OLD", renamed->from, "its ID or anchor name");
   AddName(*rename, "NEW", renamed->to, "the new one");
 
-  const auto fixed = std::make_shared<Given>();
+  const auto fixed = std::make_shared<GivenRepair>();
   CLI::App* fix = AddRepair(app, "fix", "Mend references where it is certain what is meant",
                             options, run, &RunFix, fixed);
   fix->add_flag("--wrong-case", fixed->wrongCase, "names in other letter case");

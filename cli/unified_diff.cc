@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kContext = 3;
 
 // A name as git writes it: with bytes that are no printable ASCII as octal numbers, in quotes.
-std::string Quoted(const std::string& name) {
+std::string GitName(const std::string& name) {
   std::string text;
   bool isPlain = true;
   for (const char c : name) {
@@ -136,10 +136,10 @@ class FileDiff {
 
 std::string UnifiedDiff(const std::string& from, const std::string& to, std::string_view bytes,
                         const FileEdits* edits) {
-  const std::string oldName = Quoted("a/" + from);
-  const std::string newName = Quoted("b/" + to);
+  const std::string oldName = GitName("a/" + from);
+  const std::string newName = GitName("b/" + to);
   std::string text = fmt::format("diff --git {} {}\n", oldName, newName);
-  if (from != to) text += fmt::format("rename from {}\nrename to {}\n", Quoted(from), Quoted(to));
+  if (from != to) text += fmt::format("rename from {}\nrename to {}\n", GitName(from), GitName(to));
   std::string after;
   if (edits == nullptr || !ApplyEdits(bytes, *edits, after)) return text;
   if (bytes.find('\0') != bytes.npos) {
@@ -150,7 +150,7 @@ std::string UnifiedDiff(const std::string& from, const std::string& to, std::str
 }
 
 std::string RemovalDiff(const std::string& name) {
-  return fmt::format("Only in a: {}\n", Quoted(name));
+  return fmt::format("Only in a: {}\n", GitName(name));
 }
 
 }  // namespace zvrsit::cli
