@@ -100,6 +100,7 @@ int SiteMgr::Update::Run() {
   reading_.begin = std::time(nullptr);
   progress_.BeginWalk();
   if (WalkSite() < 0) return -1;
+  MeetWhatWasNotWalked();
   progress_.EndWalk();
   int result = 0;
   if (IsChange()) {
@@ -200,11 +201,12 @@ int SiteMgr::Update::Forget(int number) {
   return m_.pathDB->Update(rec);
 }
 
-int SiteMgr::Update::ReadAgain() {
+// The pages and sheets that are to be read.
+std::vector<int> SiteMgr::Update::ListToRead() const {
   std::vector<int> numbers = toRead_;
-  for (const Found& found : come_) numbers.push_back(found.number);
-  for (const Found& found : changed_) numbers.push_back(found.number);
-  for (const Found& found : changedOthers_) numbers.push_back(found.number);
+  for (const std::vector<Found>* const list : {&come_, &changed_, &changedOthers_}) {
+    for (const Found& found : *list) numbers.push_back(found.number);
+  }
   for (const Work::CameOrGone* const moved : {&moved_, &unwatched_}) {
     for (const std::string& path : work_.ListSourcesOf(*moved)) {
       numbers.push_back(m_.pathDB->Find(path));
@@ -217,6 +219,11 @@ int SiteMgr::Update::ReadAgain() {
     return m_.pathDB->Get(number, rec) < 0 || rec.exists == 0 ||
            !HoldsLinks(m_.pathDB->TextView(rec.name), rec, m_.inside->types());
   });
+  return numbers;
+}
+
+int SiteMgr::Update::ReadAgain() {
+  const std::vector<int> numbers = ListToRead();
   for (const int number : numbers) {
     if (Forget(number) < 0) return -1;
   }

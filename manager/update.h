@@ -11,6 +11,7 @@
 //     their encoding from others, when any page or sheet has changed
 //   - pages and sheets below folders that are links, and sheets with a "#" in their names: at any
 //     change; pages with a "#", when they lose a link
+//   - folders that cannot be read: always
 //   - with the classic rules, files outside of the site that are there: at any change; with the web
 //     rules, when they lie in more than one folder
 #pragma once
@@ -54,6 +55,7 @@ class SiteMgr::Update {
 
   // update_walk.cc
   [[nodiscard]] int WalkSite();
+  void MeetWhatWasNotWalked();
   void MeetFile(const std::string& path, const platform::FileStat& found);
   void MeetYoung();
   void MeetOthers();
@@ -71,6 +73,8 @@ class SiteMgr::Update {
     return number >= 0 && static_cast<std::size_t>(number) < walked_.size() &&
            walked_[static_cast<std::size_t>(number)];
   }
+  // Whether folders could not be read; until files are read, nothing else was skipped.
+  bool HasUnlisted() const { return !m_.inside->skippedByRebuild.empty(); }
   bool IsChange() const;
   bool ListedFoldersChanged() const;
   bool NeedsRebuild() const;
@@ -87,6 +91,7 @@ class SiteMgr::Update {
   [[nodiscard]] int TakeOutGone();
   [[nodiscard]] int StoreFacts();
   [[nodiscard]] int AddCome();
+  std::vector<int> ListToRead() const;
   [[nodiscard]] int ReadAgain();
   [[nodiscard]] int Forget(int number);
   void CollectOne(int number);

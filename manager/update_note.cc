@@ -52,7 +52,7 @@ class Reader {
   std::string_view rest_;
 };
 
-std::string ReadFile(const std::string& path) {
+std::string BytesOf(const std::string& path) {
   platform::FileStat found;
   const int fd = platform::Open(path, platform::kOpenReadOnly);
   std::string bytes;
@@ -69,7 +69,7 @@ std::string ReadFile(const std::string& path) {
 }  // namespace
 
 bool UpdateNote::Read(const std::string& path) {
-  const std::string bytes = ReadFile(path);
+  const std::string bytes = BytesOf(path);
   Reader note(bytes);
   if (note.Text() != kBegin || note.Texts() != conditions) return false;
   traits = static_cast<std::uint32_t>(note.Number());

@@ -44,15 +44,15 @@ int SiteMgr::Update::WalkSite() {
   steps.passedBy = [this](const std::string& path) { reading_.passedBy.push_back(path); };
   steps.linkedFolder = [this](const std::string& name) { reading_.linkedFolders.push_back(name); };
   const Inside& inside = *m_.inside;
-  if (SiteWalk(std::move(steps), inside.types(), inside.ignoreHook, inside.ignoreContext)
-          .Run(siteDir_, 0) < 0) {
-    return -1;
-  }
+  return SiteWalk(std::move(steps), inside.types(), inside.ignoreHook, inside.ignoreContext)
+      .Run(siteDir_, 0);
+}
+
+void SiteMgr::Update::MeetWhatWasNotWalked() {
   walkedFolders_.insert(folders_.begin(), folders_.end());
   MeetOthers();
   MeetYoung();
   CompareFolders();
-  return 0;
 }
 
 void SiteMgr::Update::MarkWalked(int number) {
@@ -189,7 +189,7 @@ std::unordered_set<std::string> SiteMgr::Update::FoldersOfOthers() const {
 }
 
 bool SiteMgr::Update::IsChange() const {
-  return !note_.isExact || !come_.empty() || !changed_.empty() || !gone_.empty() ||
+  return !note_.isExact || HasUnlisted() || !come_.empty() || !changed_.empty() || !gone_.empty() ||
          !toRead_.empty() || !changedOthers_.empty() || !moved_.files.empty() ||
          !moved_.folders.empty() || reading_.linkedFolders != note_.linkedFolders ||
          ListedFoldersChanged() || !work_.ListSourcesOf(unwatched_).empty();
@@ -208,7 +208,7 @@ bool SiteMgr::Update::NeedsRebuild() const {
     const int number = m_.pathDB->Find(path);
     return number >= 0 && !IsWalked(number) && IsFoundPage(path);
   });
-  return reading_.linkedFolders != note_.linkedFolders || ListedFoldersChanged() ||
+  return HasUnlisted() || reading_.linkedFolders != note_.linkedFolders || ListedFoldersChanged() ||
          (has(kMindsFolders) && folderMoved) || has(kReadsOddSheets) || savedFoundPage ||
          (has(kSharesEncodings) && TouchesPages()) || HasTroublesomeOthers() ||
          RedirectsMatter(folderMoved || !moved_.files.empty());
