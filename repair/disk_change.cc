@@ -1,5 +1,6 @@
 #include "repair/disk_change.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -61,6 +62,14 @@ std::string RealPath(const std::string& path) {
   std::error_code error;
   const std::filesystem::path found = std::filesystem::canonical(native, error);
   return !error && platform::FromNativePath(found.string(), real) ? real : path;
+}
+
+// Whether it is a link whose text counts from the folder in which it lies.
+bool IsRelativeLink(const std::string& path) {
+  std::string native;
+  if (!platform::IsLink(path) || !platform::ToNativePath(path, native)) return false;
+  std::error_code error;
+  return std::filesystem::read_symlink(native, error).is_relative();
 }
 
 // The path after the moves.
@@ -223,19 +232,22 @@ class Work {
 // Makes the journal of a change, and looks whether the disk is as the change wants it.
 class Preparation {
  public:
-  Preparation(Journal& journal, DiskFault& fault) : journal_(journal), fault_(fault) {}
+  Preparation(Journal& journal, DiskFault& fault, const std::vector<PathChange>& moves)
+      : journal_(journal), fault_(fault) {
+    for (const PathChange& move : moves) moves_.push_back({move.from, move.to, false});
+  }
 
   bool Add(const FileEdits& edits) {
     JournalFile file;
     file.path = RealPath(edits.path);
     file.temporary = FolderAround(file.path) + unique_ + std::to_string(journal_.files.size());
+    if (file.path != edits.path && IsParted(edits.path, file.path)) {
+      return Fail(edits.path, EMLINK);
+    }
     std::string bytes;
     std::string changed;
     if (ReadWholeFile(file.path, bytes) != 0) return Fail(edits.path, platform::LastError());
-    // The other one of two names of one file would change it a second time.
-    if (!ApplyEdits(bytes, edits, changed) || !known_.insert(file.path).second) {
-      return Fail(edits.path, 0);
-    }
+    if (!ApplyEdits(bytes, edits, changed)) return Fail(edits.path, 0);
     file.before = ContentMark::Of(bytes);
     file.after = ContentMark::Of(changed);
     for (const TextEdit& edit : edits.edits) {
@@ -244,6 +256,7 @@ class Preparation {
                                          static_cast<std::size_t>(edit.length)),
                             edit.text});
     }
+    if (!known_.insert(file.path).second) return IsKnown(file) || Fail(edits.path, EMLINK);
     journal_.files.push_back(std::move(file));
     return true;
   }
@@ -251,6 +264,9 @@ class Preparation {
   bool Add(const PathChange& move) {
     if (!IsThere(move.from)) return Fail(move.from, ENOENT);
     if (IsThere(move.to) && !AreOne(move.from, move.to)) return Fail(move.to, EEXIST);
+    if (FolderAround(move.from) != FolderAround(move.to) && IsRelativeLink(Bare(move.from))) {
+      return Fail(move.from, EMLINK);
+    }
     AddFolders(move.to);
     journal_.renames.push_back({move.from, move.to, false});
     return true;
@@ -270,6 +286,18 @@ class Preparation {
     return false;
   }
 
+  // Whether a link moves away from its file, or the file from it.
+  bool IsParted(const std::string& link, const std::string& file) const {
+    return (Moved(link, moves_) == link) != (Moved(file, moves_) == file);
+  }
+
+  // Whether the file has the same change under another name.
+  bool IsKnown(const JournalFile& file) const {
+    return std::ranges::any_of(journal_.files, [&](const JournalFile& known) {
+      return known.path == file.path && known.after == file.after;
+    });
+  }
+
   // Those around `path` that are not there.
   void AddFolders(const std::string& path) {
     std::vector<std::string> missing;
@@ -283,12 +311,13 @@ class Preparation {
 
   Journal& journal_;
   DiskFault& fault_;
+  std::vector<JournalRename> moves_;
   const std::string unique_ = UniqueName();
   std::set<std::string> known_;  // real paths of files, and folders to be made
 };
 
 bool Prepare(const DiskChange& change, OpenFiles* open, Journal& journal, DiskFault& fault) {
-  Preparation preparation(journal, fault);
+  Preparation preparation(journal, fault, change.moves);
   for (const FileEdits& edits : change.files) {
     if (open != nullptr && open->IsOpen(edits.path)) continue;
     if (!preparation.Add(edits)) return false;

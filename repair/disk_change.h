@@ -31,7 +31,8 @@ struct DiskChange {
 };
 
 // What kept a change from being made. A `reason` of the system is an errno number; 0: the file is
-// not the one that the change was planned for.
+// not the one that the change was planned for; EMLINK: a symbolic link would lead elsewhere, or its
+// file would need another text under each of its names.
 struct DiskFault {
   std::string path;
   int reason = 0;

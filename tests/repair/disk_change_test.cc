@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <map>
 
@@ -259,6 +260,36 @@ TEST_F(ChangedFolder, ADamagedJournalIsToldAndChangesNothing) {
 }
 
 #if !defined(_WIN32)
+// A file with two names has one text.
+TEST_F(ChangedFolder, LinksHaveTheTextOfTheirFile) {
+  struct Row {
+    const char* to;    // the new name of the link; if empty, the page is changed as well
+    const char* text;  // in place of old/a.html, under the name of the link
+    int result;
+  };
+  const Row rows[] = {
+      {"", "new/place/a.html", 0}, {"", "other.html", -1},     {"twin2.html", "", 0},
+      {"twin2.html", "other", -1}, {"deep/twin.html", "", -1},
+  };
+  for (const Row& row : rows) {
+    Begin();
+    const std::string twin = folder_.path("site/twin.html");
+    fs::create_symlink("index.html", folder_.native("site/twin.html"));
+    DiskChange change;
+    const std::string to = row.to;
+    if (to.empty()) change.files = {Edits("index.html", {{"old/a.html", "new/place/a.html"}})};
+    if (*row.text != '\0') change.files.push_back(Edits("twin.html", {{"old/a.html", row.text}}));
+    if (!to.empty()) change.moves = {{twin, folder_.path("site/" + to)}};
+    const Content before = ReadAll();
+    DiskFault fault;
+    EXPECT_EQ(ChangeDisk(change, journal(), nullptr, fault), row.result) << row.to << row.text;
+    if (row.result == 0) continue;
+    EXPECT_EQ(fault.path, twin);
+    EXPECT_EQ(fault.reason, EMLINK);
+    EXPECT_EQ(ReadAll(), before);
+  }
+}
+
 TEST_F(ChangedFolder, KeepsPermissionsLinksAndTimes) {
   Begin();
   fs::rename(folder_.native("site/index.html"), folder_.native("real.html"));
