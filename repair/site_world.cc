@@ -58,6 +58,9 @@ std::string SiteWorld::BaseFolder() {
 }
 
 bool SiteWorld::ClimbsTooHigh(std::string_view target) {
+  while (!target.empty() && static_cast<unsigned char>(target.front()) <= ' ') {
+    target.remove_prefix(1);
+  }
   if (!rules().resolvesAsBrowser || !SchemeOf(target).empty()) return false;
   const std::string_view path = WithoutQueryAndFragment(target);
   const std::string folder = BaseFolder();
