@@ -26,6 +26,9 @@ std::string WordsOf(const DiskFault& fault) {
   const std::string file = NativePath(fault.path);
   if (fault.reason == 0) return file + " has changed meanwhile";
   if (fault.reason == EEXIST) return file + " is there already";
+  if (fault.reason == EMLINK) {
+    return file + " is a symbolic link that would be wrong: remove it, and make it anew afterwards";
+  }
   if (fault.reason == EXDEV) return file + ": the other place lies on another file system";
   return file + ": " + std::generic_category().message(fault.reason);
 }
@@ -59,6 +62,11 @@ std::vector<std::string> FilesAt(const std::string& path) {
   std::vector<std::string> files;
   std::error_code error;
   if (!path.ends_with('\\')) return {path};
+  // A link to a folder has no files of its own.
+  if (std::string bare = path.substr(0, path.size() - 1);
+      fs::is_symlink(PathOf(NativePath(bare)), error)) {
+    return {bare};
+  }
   const fs::recursive_directory_iterator end;
   for (fs::recursive_directory_iterator entry(PathOf(NativePath(path)), error);
        !error && entry != end; entry.increment(error)) {
@@ -69,8 +77,15 @@ std::vector<std::string> FilesAt(const std::string& path) {
   return files;
 }
 
-std::string Line(const std::string& text) {
-  return LineText(JsonText(text));
+std::string RemovalAt(const std::string& path, const std::string& shown) {
+  std::error_code error;
+  const fs::path native = PathOf(NativePath(path));
+  if (fs::is_symlink(native)) {
+    return RemovalDiff(shown, NameOf(fs::read_symlink(native, error)), "120000");
+  }
+  const bool runs =
+      (fs::status(native, error).permissions() & fs::perms::owner_exec) != fs::perms::none;
+  return RemovalDiff(shown, ReadBytes(path), runs ? "100755" : "100644");
 }
 
 }  // namespace
@@ -134,14 +149,14 @@ int SiteRepair::Run() {
       PrintDiff();
       TellKept();
     }
-    return kClean;
+    return Result();
   }
   const Interrupts interrupts;
   ChangeFiles();
   ChangeTables();
   PrintDone();
   Interrupts::Check();
-  return kClean;
+  return Result();
 }
 
 void SiteRepair::ChangeFiles() {
@@ -190,7 +205,7 @@ void SiteRepair::PrintDiff() {
     for (const std::string& path : FilesAt(move.from)) files.try_emplace(path, nullptr);
   }
   for (const std::string& path : change_.removals) {
-    for (const std::string& file : FilesAt(path)) Print("{}", RemovalDiff(Shown(file)));
+    for (const std::string& file : FilesAt(path)) Print("{}", RemovalAt(file, Shown(file)));
   }
   for (const auto& [path, edits] : files) {
     const std::string bytes = edits != nullptr ? ReadBytes(path) : std::string();
@@ -200,8 +215,8 @@ void SiteRepair::PrintDiff() {
 
 void SiteRepair::TellKept() {
   for (const KeptReference& kept : plan_.kept) {
-    Warn(fmt::format("{}:{}:{}: {} stays as it is: {}", Line(Shown(kept.path)), kept.line,
-                     kept.column, Line(kept.text), kept.why));
+    Warn(fmt::format("{}:{}:{}: {} stays as it is: {}", Shown(kept.path), kept.line, kept.column,
+                     kept.text, kept.why));
   }
 }
 
@@ -210,9 +225,10 @@ void SiteRepair::PrintDone() {
   for (const FileEdits& file : change_.files) edits += file.edits.size();
   if (!options_.json) {
     for (const PathChange& move : change_.moves) {
-      Print("{} is now {}\n", Line(Shown(move.from)), Line(Shown(move.to)));
+      Print("{} is now {}\n", LineText(Shown(move.from)), LineText(Shown(move.to)));
     }
-    for (const std::string& path : change_.removals) Print("{} is removed\n", Line(Shown(path)));
+    for (const std::string& path : change_.removals)
+      Print("{} is removed\n", LineText(Shown(path)));
     Print("{} changed in {}\n", Counted(static_cast<long>(edits), "reference", "references"),
           Counted(static_cast<long>(change_.files.size()), "file", "files"));
     return TellKept();

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "cli/exit_code.h"
 #include "cli/session.h"
 #include "cli/update_command.h"
 #include "repair/disk_change.h"
@@ -37,11 +38,12 @@ class SiteRepair {
   RepairPlan& plan() { return plan_; }
 
   // Makes the change and the plan's edits on the disk, brings the tables up to date, and says what
-  // was done; in a dry run prints what would be done, as a diff. Throws Failure(kFileSystem), with
-  // everything as it was.
+  // was done; in a dry run prints what would be done, as a diff. kFindings when references stay
+  // that ought to change. Throws Failure(kFileSystem), with everything as it was.
   int Run();
 
  private:
+  int Result() const { return plan_.kept.empty() ? kClean : kFindings; }
   void ChangeFiles();
   void ChangeTables();
   void PrintDiff();

@@ -146,14 +146,16 @@ Losses FindLosses(SiteRepair& repair, const std::string& other) {
     const std::string path = (*files)[i].GetName();
     if (!IsRemoved(removals, path)) continue;
     losses.targets.push_back({path, other});
+    if (!IsThere(path)) continue;  // references to it are broken already
     const std::unique_ptr<std::vector<int>> links(manager.GetBackLinks((*files)[i].GetID()));
     for (std::size_t k = 0; links != nullptr && k < links->size(); ++k) {
-      SiteLink link;
-      if (manager.GetLink((*links)[k], link) != 0) continue;
-      const std::string source = Take(manager.UrlPath(link.from.id));
+      SiteLink found;
+      if (manager.GetLink((*links)[k], found) != 0) continue;
+      const std::string source = Take(manager.UrlPath(found.from.id));
       if (IsRemoved(removals, source)) continue;
       const SiteNames& names = repair.session().names();
-      losses.links.push_back(names.Shown(source) + " refers to " + names.Shown(path));
+      std::string link = names.Shown(source) + " refers to " + names.Shown(path);
+      if (losses.links.empty() || losses.links.back() != link) losses.links.push_back(link);
     }
   }
   return losses;
@@ -177,7 +179,11 @@ void AddRemoval(SiteRepair& repair, const std::string& file, bool recursive) {
   if (IsRemoved({meant->path}, Take(repair.manager().GetSiteProfTopFile()))) {
     throw Failure(kUsage, file + ": the home page of the site cannot be removed");
   }
-  repair.change().removals.push_back(meant->path);
+  // What lies in a folder goes with it, and nothing goes twice.
+  std::vector<std::string>& removals = repair.change().removals;
+  if (IsRemoved(removals, meant->path)) return;
+  std::erase_if(removals, [&](const std::string& path) { return IsRemoved({meant->path}, path); });
+  removals.push_back(meant->path);
 }
 
 int RunRemove(const Options& options, const GivenRepair& given) {

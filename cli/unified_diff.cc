@@ -49,6 +49,18 @@ std::size_t LineAt(const std::vector<std::size_t>& begins, std::size_t offset) {
   return static_cast<std::size_t>(next - begins.begin()) - 1;
 }
 
+void AppendLine(char mark, std::string_view line, std::string& text) {
+  text += mark;
+  text += line;
+  if (!line.ends_with('\n')) text += "\n\\ No newline at end of file\n";
+}
+
+// As "begin,count" counted from 1.
+std::string Range(std::size_t begin, std::size_t end) {
+  if (end - begin == 1) return std::to_string(begin + 1);
+  return fmt::format("{},{}", end == begin ? begin : begin + 1, end - begin);
+}
+
 class FileDiff {
  public:
   FileDiff(std::string_view before, std::string_view after, const FileEdits& edits)
@@ -98,18 +110,6 @@ class FileDiff {
     }
   }
 
-  static void AppendLine(char mark, std::string_view line, std::string& text) {
-    text += mark;
-    text += line;
-    if (!line.ends_with('\n')) text += "\n\\ No newline at end of file\n";
-  }
-
-  // As "begin,count" counted from 1.
-  static std::string Range(std::size_t begin, std::size_t end) {
-    if (end - begin == 1) return std::to_string(begin + 1);
-    return fmt::format("{},{}", end == begin ? begin : begin + 1, end - begin);
-  }
-
   void AppendHunk(std::size_t first, std::size_t last, std::string& text) const {
     const std::size_t lead = std::min(blocks_[first].begin, kContext);
     const std::size_t trail = std::min(before_.size() - blocks_[last].end, kContext);
@@ -149,8 +149,18 @@ std::string UnifiedDiff(const std::string& from, const std::string& to, std::str
   return text + FileDiff(bytes, after, *edits).Text();
 }
 
-std::string RemovalDiff(const std::string& name) {
-  return fmt::format("Only in a: {}\n", GitName(name));
+std::string RemovalDiff(const std::string& name, std::string_view bytes, const char* mode) {
+  const std::string oldName = GitName("a/" + name);
+  std::string text =
+      fmt::format("diff --git {} {}\ndeleted file mode {}\n", oldName, GitName("b/" + name), mode);
+  if (bytes.empty()) return text;
+  if (bytes.find('\0') != bytes.npos) {
+    return text + fmt::format("Binary files {} and /dev/null differ\n", oldName);
+  }
+  const std::vector<std::string_view> lines = LinesOf(bytes);
+  text += fmt::format("--- {}\n+++ /dev/null\n@@ -{} +0,0 @@\n", oldName, Range(0, lines.size()));
+  for (const std::string_view line : lines) AppendLine('-', line, text);
+  return text;
 }
 
 }  // namespace zvrsit::cli

@@ -15,7 +15,7 @@ namespace zvrsit::cli {
 std::string UnifiedDiff(const std::string& from, const std::string& to, std::string_view bytes,
                         const FileEdits* edits);
 
-// A file that is removed; only its name is said.
-std::string RemovalDiff(const std::string& name);
+// The same of a file that is removed, with `bytes` and the mode that git has for it ("100644").
+std::string RemovalDiff(const std::string& name, std::string_view bytes, const char* mode);
 
 }  // namespace zvrsit::cli
