@@ -79,7 +79,7 @@ def check(folder, db):
            [["\u00e4.htm#f", 2, 3, 10, "there", "link"]])
     expect("folders", [o["path"] for o in objects if o["table"] == "folders"], [".", "sub/"])
     answer = json.loads(run("broken", "demo", "--db", db, "--format", "json", "--rule",
-                            "orphan-page=warning", "duplicate-id=warning", code=1))
+                            "orphan-page=warning", "--rule", "duplicate-id=warning", code=1))
     expect("findings", [o["message"] for o in objects if o["table"] == "findings"],
            [finding["message"] for finding in answer["findings"]])
 
