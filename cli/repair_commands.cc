@@ -48,7 +48,7 @@ struct Meant {
   bool isOfSite = false;  // named from the site folder, not from the working folder
 };
 
-std::string AsFolder(std::string path) {
+std::string AsFolder(const std::string& path) {
   return path.ends_with('\\') ? path : path + '\\';
 }
 
