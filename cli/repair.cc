@@ -14,13 +14,12 @@
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/unified_diff.h"
+#include "manager/family_marks.h"
 
 namespace zvrsit::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr unsigned kUserMarks = 4 | 8;
 
 std::string WordsOf(const DiskFault& fault) {
   const std::string file = NativePath(fault.path);
@@ -173,15 +172,13 @@ void SiteRepair::ChangeFiles() {
 // The marks that the user has set move with their files.
 void SiteRepair::ChangeTables() {
   std::vector<std::pair<std::string, unsigned>> marks;
-  for (const PathChange& move : change_.moves) {
-    for (const std::string& path : FilesAt(move.to)) {
-      const std::string before = move.from + path.substr(move.to.size());
-      const UrlID id(kKindPath, manager().FindPath(before));
-      const int word = id.id < 0 ? -1 : manager().GetUrlFtpMember(id);
-      if (word == -1 || (static_cast<unsigned>(word) & kUserMarks) == 0) continue;
-      marks.emplace_back(path, static_cast<unsigned>(word) & kUserMarks);
-      manager().SetFtpFamily(id, 0);
-    }
+  for (const int number : manager().ListMarkedByUser()) {
+    const std::string before = Take(manager().UrlPath(number));
+    const std::string path = MovedPath(before, change_.moves);
+    if (path == before) continue;
+    const UrlID id(kKindPath, number);
+    marks.emplace_back(path, static_cast<unsigned>(manager().GetUrlFtpMember(id) & kUserMarks));
+    manager().SetFtpFamily(id, 0);
   }
   MoveTopFile(manager(), session_.number(), change_.moves);
   std::vector<std::string> paths;

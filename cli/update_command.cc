@@ -10,12 +10,11 @@
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "cli/rebuild.h"
+#include "manager/family_marks.h"
 #include "manager/site_changes.h"
 
 namespace zvrsit::cli {
 namespace {
-
-constexpr std::int32_t kUserMarks = 4 | 8;
 
 struct Mark {
   std::string path;
@@ -26,12 +25,9 @@ struct Mark {
 std::vector<Mark> ListMarks(Session& session) {
   SiteMgr& manager = session.manager();
   std::vector<Mark> all;
-  const std::unique_ptr<vec<SiteRecCell>> files(manager.EnumPath());
-  for (std::size_t i = 0; files != nullptr && i < files->size(); ++i) {
-    const int word = manager.GetUrlFtpMember((*files)[i].GetID());
-    if (word > 0 && (word & kUserMarks) != 0) {
-      all.push_back({(*files)[i].GetName(), word & kUserMarks});
-    }
+  for (const int number : manager.ListMarkedByUser()) {
+    const int word = manager.GetUrlFtpMember({kKindPath, number});
+    all.push_back({Take(manager.UrlPath(number)), word & kUserMarks});
   }
   return all;
 }

@@ -140,6 +140,17 @@ int SiteMgr::SetFtpFamily(const UrlID& id, unsigned int marks) {
   return pathDB->Update(rec);
 }
 
+std::vector<int> SiteMgr::ListMarkedByUser() const {
+  std::vector<int> marked;
+  if (!HasRecords(pathDB)) return marked;
+  ForEachNumber(*pathDB, [&](int number) {
+    std::int32_t word = -1;
+    const bool isKnown = pathDB->GetNumber(number, &SitePathRec::membership, word) == 0;
+    if (isKnown && word != -1 && (word & kUserMarks) != 0) marked.push_back(number);
+  });
+  return marked;
+}
+
 int SiteMgr::PropagateFamily(int pathNumber) {
   return Spread(pathDB, linkDB, true).From(pathNumber);
 }

@@ -200,6 +200,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // Replaces the user marks 4 and 8 of a file by `marks`. Other bits in `marks` are set and are
   // never cleared.
   int SetFtpFamily(const UrlID& id, unsigned int marks);
+  // The record numbers of the files with one of these marks, ascending; empty without a site.
+  std::vector<int> ListMarkedByUser() const;
   // Marks a file and every file that it reaches.
   int PropagateFamily(int pathNumber);
   // Unmarks a file that no member links to, and the files that are reached only from it. Files of a
