@@ -10,6 +10,7 @@
 #include "manager/record_access.h"
 #include "manager/site_walk.h"
 #include "manager/update.h"
+#include "platform/native_path.h"
 #include "util/mb_string.h"
 
 namespace zvrsit {
@@ -239,6 +240,10 @@ bool SiteMgr::Update::HasTroublesomeOthers() const {
   for (const Found& other : others_) {
     if (!other.path.starts_with(siteDir_)) outside.insert(FolderOf(other.path));
     if (!IsFoundPage(other.path)) continue;
+    std::int32_t exists = 0;
+    m_.pathDB->GetNumber(other.number, &SitePathRec::exists, exists);
+    // It has another name now, which differs in letter case alone.
+    if (platform::kNamesIgnoreCase && exists != 0) return true;
     const bool isCounted = other.stat.file != 0;
     if (!reading_.linkedFolders.empty() || ClassifyFileType(other.path) == FT_CSS ||
         (isCounted && ++names[{other.stat.device, other.stat.file}] > Rebuild::kMostNames)) {

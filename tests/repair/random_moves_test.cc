@@ -84,9 +84,22 @@ class RandomSite {
     return extension == ".htm" ? ".html" : extension;
   }
 
+  // On Windows without the names that files cannot have there, or that its code page lacks.
+  static std::vector<std::string> NamesOfThisSystem(std::vector<std::string> names) {
+#if defined(_WIN32)
+    std::erase_if(names, [](const std::string& name) {
+      return std::ranges::any_of(name, [](char c) {
+        return static_cast<unsigned char>(c) >= 0x80 ||
+               std::string_view("\":?").find(c) != std::string_view::npos;
+      });
+    });
+#endif
+    return names;
+  }
+
   std::vector<std::string> Folders() const {
-    if (!isWeb_) return {"d", "e", "f g", "\xE8\xA1\xA8"};
-    return {"d", "e", "f g", "\xE8\xA1\xA8", "h%20", "i,j"};
+    if (!isWeb_) return NamesOfThisSystem({"d", "e", "f g", "\xE8\xA1\xA8"});
+    return NamesOfThisSystem({"d", "e", "f g", "\xE8\xA1\xA8", "h%20", "i,j"});
   }
   std::vector<std::string> Names() const {
     std::vector<std::string> names{
@@ -99,7 +112,7 @@ class RandomSite {
         if (std::string_view(name).find('\\') == std::string_view::npos) names.emplace_back(name);
       }
     }
-    return names;
+    return NamesOfThisSystem(std::move(names));
   }
   std::string RandomFolder() {
     std::string folder;
