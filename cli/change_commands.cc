@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -6,13 +5,10 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
-#include "cli/native_name.h"
 #include "cli/output.h"
 
 namespace zvrsit::cli {
 namespace {
-
-namespace fs = std::filesystem;
 
 void Report(const Options& options, const char* what, const std::vector<std::string>& files) {
   if (!options.json) return;

@@ -17,6 +17,7 @@ namespace zvrsit {
 // clang-format on
 
 struct CurlLibrary {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): it is the name of a member
 #define ZVRSIT_CURL_POINTER(name) decltype(&::curl_##name) name = nullptr;
   ZVRSIT_CURL_FUNCTIONS(ZVRSIT_CURL_POINTER)
 #undef ZVRSIT_CURL_POINTER

@@ -241,9 +241,10 @@ bool SiteMgr::Update::HasTroublesomeOthers() const {
     if (!other.path.starts_with(siteDir_)) outside.insert(FolderOf(other.path));
     if (!IsFoundPage(other.path)) continue;
     std::int32_t exists = 0;
-    m_.pathDB->GetNumber(other.number, &SitePathRec::exists, exists);
+    const bool isKnown =
+        m_.pathDB->GetNumber(other.number, &SitePathRec::exists, exists) == 0 && exists != 0;
     // It has another name now, which differs in letter case alone.
-    if (platform::kNamesIgnoreCase && exists != 0) return true;
+    if (platform::kNamesIgnoreCase && isKnown) return true;
     const bool isCounted = other.stat.file != 0;
     if (!reading_.linkedFolders.empty() || ClassifyFileType(other.path) == FT_CSS ||
         (isCounted && ++names[{other.stat.device, other.stat.file}] > Rebuild::kMostNames)) {
