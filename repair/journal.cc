@@ -59,7 +59,7 @@ class Reader {
   std::string Text() {
     const std::uint64_t length = Number();
     if (length > rest_.size()) return Fail(), std::string();
-    const std::string text(rest_.substr(0, static_cast<std::size_t>(length)));
+    std::string text(rest_.substr(0, static_cast<std::size_t>(length)));
     rest_.remove_prefix(text.size());
     return text;
   }
