@@ -9,6 +9,7 @@
 //   - applets, when any file has come or gone; references that mind folders, when a folder has
 //   - sheets with other extensions or outside of the site, and sheets with references that take
 //     their encoding from others, when any page or sheet has changed
+//   - pages and sheets that links name in other letter case, where the system ignores it;
 //   - pages and sheets below folders that are links, and sheets with a "#" in their names: at any
 //     change; pages with a "#", when they lose a link
 //   - folders that cannot be read: always

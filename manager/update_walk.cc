@@ -240,11 +240,8 @@ bool SiteMgr::Update::HasTroublesomeOthers() const {
   for (const Found& other : others_) {
     if (!other.path.starts_with(siteDir_)) outside.insert(FolderOf(other.path));
     if (!IsFoundPage(other.path)) continue;
-    std::int32_t exists = 0;
-    const bool isKnown =
-        m_.pathDB->GetNumber(other.number, &SitePathRec::exists, exists) == 0 && exists != 0;
-    // It has another name now, which differs in letter case alone.
-    if (platform::kNamesIgnoreCase && isKnown) return true;
+    // The walk has met it by a name in other letter case.
+    if (platform::kNamesIgnoreCase) return true;
     const bool isCounted = other.stat.file != 0;
     if (!reading_.linkedFolders.empty() || ClassifyFileType(other.path) == FT_CSS ||
         (isCounted && ++names[{other.stat.device, other.stat.file}] > Rebuild::kMostNames)) {

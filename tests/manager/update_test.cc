@@ -435,7 +435,8 @@ TEST_F(Updating, GivesWhatARebuildGives) {
   }
   std::cout << updated_ << " updates, " << rebuilt_ << " rebuilds\n";
   if (only == nullptr) {
-    EXPECT_GT(updated_, 2 * rebuilt_);
+    // Where names ignore letter case, more of the lives have to be rebuilt.
+    EXPECT_GT(updated_, platform::kNamesIgnoreCase ? rebuilt_ : 2 * rebuilt_);
   }
 }
 
