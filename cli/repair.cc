@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -35,10 +35,7 @@ std::string WordsOf(const DiskFault& fault) {
 // The path after the moves; the same if it does not move.
 std::string MovedPath(std::string path, const std::vector<PathChange>& moves) {
   for (const PathChange& move : moves) {
-    const bool isFolder = move.from.ends_with('\\');
-    if (path == move.from || (isFolder && path.starts_with(move.from))) {
-      path = move.to + path.substr(move.from.size());
-    }
+    if (LiesAt(path, move.from)) path = move.to + path.substr(move.from.size());
   }
   return path;
 }
@@ -52,8 +49,9 @@ void MoveTopFile(SiteMgr& manager, int number, const std::vector<PathChange>& mo
 }
 
 std::string ReadBytes(const std::string& path) {
-  std::ifstream file(NativePath(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ostringstream bytes;
+  bytes << std::ifstream(NativePath(path), std::ios::binary).rdbuf();
+  return std::move(bytes).str();
 }
 
 // The files below a folder, or the file itself, as `\` paths in their order.
@@ -88,6 +86,14 @@ std::string RemovalAt(const std::string& path, const std::string& shown) {
 }
 
 }  // namespace
+
+bool LiesAt(const std::string& path, const std::string& place) {
+  return path == place || (place.ends_with('\\') && path.starts_with(place));
+}
+
+bool LiesAtAny(const std::string& path, const std::vector<std::string>& places) {
+  return std::ranges::any_of(places, [&](const std::string& place) { return LiesAt(path, place); });
+}
 
 std::string JournalIn(const std::string& tables) {
   return FolderPath(tables) + "repair";
@@ -136,11 +142,8 @@ SiteRepair::SiteRepair(const Options& options, const RepairOptions& wanted)
 int SiteRepair::Run() {
   change_.files = plan_.files;
   // What goes need not be mended.
-  std::erase_if(change_.files, [&](const FileEdits& file) {
-    return std::ranges::any_of(change_.removals, [&](const std::string& path) {
-      return file.path == path || (path.ends_with('\\') && file.path.starts_with(path));
-    });
-  });
+  std::erase_if(change_.files,
+                [&](const FileEdits& file) { return LiesAtAny(file.path, change_.removals); });
   if (wanted_.dryRun) {
     if (options_.json) {
       PrintDone();

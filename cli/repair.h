@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/exit_code.h"
 #include "cli/session.h"
@@ -18,6 +19,10 @@ bool HasJournal(const std::string& tables);
 // Finishes or undoes a change that had stopped half-way, and says so on stderr. The site must be
 // held. Throws Failure(kFileSystem) when this is not possible yet.
 void RecoverChange(SiteMgr& manager, int number, const std::string& tables);
+
+// Whether a `\` path is `place`; or, if that is a folder, which ends in `\`, lies below it.
+bool LiesAt(const std::string& path, const std::string& place);
+bool LiesAtAny(const std::string& path, const std::vector<std::string>& places);
 
 struct RepairOptions {
   std::string site;

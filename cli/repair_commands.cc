@@ -125,12 +125,6 @@ int RunMove(const Options& options, const GivenRepair& given) {
   return repair.Run();
 }
 
-bool IsRemoved(const std::vector<std::string>& removals, const std::string& path) {
-  return std::ranges::any_of(removals, [&](const std::string& removed) {
-    return path == removed || (removed.ends_with('\\') && path.starts_with(removed));
-  });
-}
-
 // The entries that go, and the links to them from what stays.
 struct Losses {
   std::vector<Retarget> targets;
@@ -144,7 +138,7 @@ Losses FindLosses(SiteRepair& repair, const std::string& other) {
   const std::unique_ptr<vec<SiteRecCell>> files(manager.EnumPath());
   for (std::size_t i = 0; files != nullptr && i < files->size(); ++i) {
     const std::string path = (*files)[i].GetName();
-    if (!IsRemoved(removals, path)) continue;
+    if (!LiesAtAny(path, removals)) continue;
     losses.targets.push_back({path, other});
     if (!IsThere(path)) continue;  // references to it are broken already
     const std::unique_ptr<std::vector<int>> links(manager.GetBackLinks((*files)[i].GetID()));
@@ -152,7 +146,7 @@ Losses FindLosses(SiteRepair& repair, const std::string& other) {
       SiteLink found;
       if (manager.GetLink((*links)[k], found) != 0) continue;
       const std::string source = Take(manager.UrlPath(found.from.id));
-      if (IsRemoved(removals, source)) continue;
+      if (LiesAtAny(source, removals)) continue;
       const SiteNames& names = repair.session().names();
       std::string link = names.Shown(source) + " refers to " + names.Shown(path);
       if (losses.links.empty() || losses.links.back() != link) losses.links.push_back(link);
@@ -176,13 +170,13 @@ void AddRemoval(SiteRepair& repair, const std::string& file, bool recursive) {
   if (meant->path.ends_with('\\') && !recursive) {
     throw Failure(kUsage, file + ": this is a folder (zvrsit rm --recursive)");
   }
-  if (IsRemoved({meant->path}, Take(repair.manager().GetSiteProfTopFile()))) {
+  if (LiesAt(Take(repair.manager().GetSiteProfTopFile()), meant->path)) {
     throw Failure(kUsage, file + ": the home page of the site cannot be removed");
   }
   // What lies in a folder goes with it, and nothing goes twice.
   std::vector<std::string>& removals = repair.change().removals;
-  if (IsRemoved(removals, meant->path)) return;
-  std::erase_if(removals, [&](const std::string& path) { return IsRemoved({meant->path}, path); });
+  if (LiesAtAny(meant->path, removals)) return;
+  std::erase_if(removals, [&](const std::string& path) { return LiesAt(path, meant->path); });
   removals.push_back(meant->path);
 }
 
@@ -193,7 +187,7 @@ int RunRemove(const Options& options, const GivenRepair& given) {
   if (!given.linksTo.empty()) other = repair.session().names().FileOf(given.linksTo);
   const Losses losses = FindLosses(repair, other);
   if (!other.empty()) {
-    if (IsRemoved(repair.change().removals, other)) {
+    if (LiesAtAny(other, repair.change().removals)) {
       throw Failure(kUsage, given.linksTo + ": this is removed too");
     }
     if (PlanRetarget(repair.manager(), losses.targets, repair.plan()) != 0) {

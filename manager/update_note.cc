@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "platform/file.h"
+#include "util/whole_file.h"
 
 namespace zvrsit {
 
@@ -52,24 +53,11 @@ class Reader {
   std::string_view rest_;
 };
 
-std::string BytesOf(const std::string& path) {
-  platform::FileStat found;
-  const int fd = platform::Open(path, platform::kOpenReadOnly);
-  std::string bytes;
-  if (fd < 0) return bytes;
-  if (platform::StatOpen(fd, found) == 0) {
-    bytes.resize(found.size);
-    const std::int64_t count = platform::Read(fd, bytes.data(), bytes.size());
-    bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
-  }
-  platform::Close(fd);
-  return bytes;
-}
-
 }  // namespace
 
 bool UpdateNote::Read(const std::string& path) {
-  const std::string bytes = BytesOf(path);
+  std::string bytes;
+  if (ReadWholeFile(path, bytes) != 0) return false;
   Reader note(bytes);
   if (note.Text() != kBegin || note.Texts() != conditions) return false;
   traits = static_cast<std::uint32_t>(note.Number());
@@ -94,11 +82,7 @@ bool UpdateNote::Write(const std::string& path) const {
   Put(saved, bytes);
   Put(moved, bytes);
   Put(kEnd, bytes);
-  const int fd = platform::Open(path, platform::kOpenPack);
-  if (fd < 0) return false;
-  const bool isWhole =
-      platform::Write(fd, bytes.data(), bytes.size()) == static_cast<std::int64_t>(bytes.size());
-  platform::Close(fd);
+  const bool isWhole = WriteWholeFile(path, bytes) == 0;
   if (!isWhole) platform::Unlink(path);
   return isWhole;
 }

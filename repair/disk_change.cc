@@ -11,8 +11,8 @@
 #include "platform/file.h"
 #include "platform/native_path.h"
 #include "repair/journal.h"
-#include "repair/whole_file.h"
 #include "util/mb_string.h"
+#include "util/whole_file.h"
 
 namespace zvrsit {
 

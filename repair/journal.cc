@@ -4,9 +4,9 @@
 #include <cerrno>
 
 #include "platform/file.h"
-#include "repair/whole_file.h"
 #include "util/little_endian.h"
 #include "util/mb_string.h"
+#include "util/whole_file.h"
 
 namespace zvrsit {
 

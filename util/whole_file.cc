@@ -1,4 +1,4 @@
-#include "repair/whole_file.h"
+#include "util/whole_file.h"
 
 #include "platform/file.h"
 
