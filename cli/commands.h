@@ -31,6 +31,8 @@ void AddDatabaseCommands(CLI::App& app, const Options& options, Run& run);
 void AddExportCommand(CLI::App& app, const Options& options, Run& run);
 // graph
 void AddGraphCommand(CLI::App& app, const Options& options, Run& run);
+// report
+void AddReportCommand(CLI::App& app, const Options& options, Run& run);
 // check
 void AddCheckCommand(CLI::App& app, const Options& options, Run& run);
 // site show, set, rename, delete

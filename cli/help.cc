@@ -29,6 +29,7 @@ constexpr CommandHelp kHelp[] = {
     {"check", "check docs --top docs/index.html",
      "--files-from --root --config --no-config --default-url --doc-root --page-types --rules "
      "--ignore-target --verbose --external-fragments --offline --accept --private-network"},
+    {"report", "report harbour -o harbour.html", ""},
     {"add", "add harbour www --top www/index.html", ""},
     {"sites", "sites", ""},
     {"rebuild", "rebuild harbour", ""},

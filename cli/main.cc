@@ -89,6 +89,7 @@ int ComplainOfUsage(const CLI::App& app, const CLI::ParseError& error) {
 
 void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddCheckCommand(app, options, run);
+  AddReportCommand(app, options, run);
   AddSiteCommands(app, options, run);
   AddUpdateCommand(app, options, run);
   AddLinkCommands(app, options, run);

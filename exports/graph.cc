@@ -10,24 +10,13 @@
 #include "exports/folding.h"
 #include "findings/escapes.h"
 #include "findings/owned_cells.h"
+#include "findings/url_check.h"
 #include "links/link_type.h"
 #include "manager/site_mgr.h"
-#include "util/ascii.h"
 #include "util/file_type.h"
 
 namespace zvrsit {
 namespace {
-
-// The host of a URL, with its port; empty for none.
-std::string HostOf(const std::string& url) {
-  const std::size_t slashes = url.find("//");
-  if (slashes == url.npos || slashes > url.find_first_of("/?#")) return "";
-  const std::size_t begin = slashes + 2;
-  std::string host = url.substr(begin, url.find_first_of("/?#\\", begin) - begin);
-  host.erase(0, host.rfind('@') + 1);
-  LowerAsciiLetters(host);
-  return host;
-}
 
 bool IsOfSite(NodeKind kind) {
   return kind != NodeKind::kHost && kind != NodeKind::kOutside;
@@ -92,7 +81,7 @@ class GraphReader {
     if (cells == nullptr) return -1;
     std::unordered_map<std::string, std::size_t> hosts;
     for (const SiteRecCell& cell : *cells) {
-      const std::string host = JsonText(HostOf(cell.GetName()));
+      const std::string host = JsonText(HostOfUrl(cell.GetName()));
       if (host.empty()) continue;
       const auto [known, isNew] = hosts.emplace(host, graph_.nodes.size());
       if (isNew) graph_.nodes.push_back({NodeKind::kHost, host, ""});

@@ -23,21 +23,9 @@ Json AsJson(const std::vector<std::string>& names) {
   return array;
 }
 
-// A text of a report as a JSON string. Most texts need no escape; the library escapes the others.
-// Findings are written field by field: as values of the library, 10,000 took 140 ms instead of 20.
-void AppendString(std::string& out, std::string_view text) {
-  if (IsPlain(text)) {
-    out += '"';
-    out += text;
-    out += '"';
-  } else {
-    out += DumpJson(JsonText(text));
-  }
-}
-
 void AppendField(std::string& out, std::string_view key, std::string_view text) {
   out += key;
-  AppendString(out, text);
+  AppendJsonString(out, text);
 }
 
 void AppendField(std::string& out, std::string_view key, int number) {

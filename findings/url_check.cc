@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "util/ascii.h"
+
 namespace zvrsit {
 namespace {
 
@@ -97,6 +99,16 @@ std::string WithoutCredentials(std::string_view url) {
   const Authority authority = AuthorityOf(read);
   if (authority.host == authority.begin) return std::string(url);
   return read.erase(authority.begin, authority.host - authority.begin);
+}
+
+std::string HostOfUrl(std::string_view url) {
+  const std::size_t slashes = url.find("//");
+  if (slashes == url.npos || slashes > url.find_first_of("/?#")) return "";
+  const std::size_t begin = slashes + 2;
+  std::string host(url.substr(begin, url.find_first_of("/?#\\", begin) - begin));
+  host.erase(0, host.rfind('@') + 1);
+  LowerAsciiLetters(host);
+  return host;
 }
 
 }  // namespace zvrsit

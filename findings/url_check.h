@@ -17,4 +17,7 @@ bool IsWebUrl(std::string_view url);
 // The URL without its user and password, as it may be shown. Unchanged when it has none.
 std::string WithoutCredentials(std::string_view url);
 
+// The host of a URL, in lower case, with its port; empty for none.
+std::string HostOfUrl(std::string_view url);
+
 }  // namespace zvrsit

@@ -31,10 +31,11 @@ BELOW = {
 LIBRARY = {"repair", "manager", "manager_base", "legacy", "css", "links", "tables", "dom", "util",
            "platform"}
 PROGRAM = {"findings": LIBRARY, "exports": LIBRARY | {"findings"},
+           "web": LIBRARY | {"exports", "findings"},
            "external": {"links", "dom", "util", "platform"},
-           "cli": LIBRARY | {"exports", "external", "findings"}}
+           "cli": LIBRARY | {"exports", "external", "findings", "web"}}
 BELOW |= PROGRAM
-FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|curl|gtest|gmock|benchmark)/|^(gumbo|sqlite3)\.h$")
+FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|curl|gtest|gmock|benchmark)/|^(gumbo|sqlite3|zlib)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 
 

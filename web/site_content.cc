@@ -1,0 +1,354 @@
+#include "web/site_content.h"
+
+#include <algorithm>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+#include "findings/owned_cells.h"
+#include "findings/url_check.h"
+#include "links/link_type.h"
+#include "links/page_types.h"
+#include "manager/family_marks.h"
+#include "manager/site_mgr.h"
+#include "util/file_type.h"
+
+namespace zvrsit {
+namespace {
+
+constexpr std::string_view kImages[] = {"avif", "bmp", "gif", "ico",  "jpeg", "jpg",
+                                        "png",  "svg", "tif", "tiff", "webp", "xbm"};
+constexpr std::string_view kScripts[] = {"cjs", "js", "mjs"};
+constexpr std::string_view kMedia[] = {"aac", "au",  "avi", "flac", "m4a", "m4v", "mid", "mkv",
+                                       "mov", "mp3", "mp4", "oga",  "ogg", "ogv", "wav", "webm"};
+
+bool Holds(std::span<const std::string_view> names, std::string_view name) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+LinkKind KindOfLink(std::uint32_t type) {
+  switch (type) {
+    case LT_ANCHOR:
+    case LT_AREA:
+    case LT_SELF_ANCHOR:
+    case LT_META_REFRESH:
+    case LT_REDIRECT:
+    case LT_SITEMAP:
+      return LinkKind::kLink;
+    case LT_IMG:
+    case LT_IMG_USEMAP:
+    case LT_IMG_ISMAP:
+    case LT_SRCSET:
+    case LT_INPUT:
+    case LT_CSS_IMAGE:
+    case LT_BODY_BACKGROUND:
+    case LT_TABLE_BACKGROUND:
+    case LT_TR_BACKGROUND:
+    case LT_TD_BACKGROUND:
+    case LT_TH_BACKGROUND:
+      return LinkKind::kImage;
+    case LT_SCRIPT:
+      return LinkKind::kScript;
+    case LT_CSS_LINK:
+    case LT_CSS_IMPORT:
+      return LinkKind::kSheet;
+    case LT_FRAME:
+    case LT_IFRAME:
+      return LinkKind::kFrame;
+    case LT_MEDIA:
+    case LT_EMBED:
+    case LT_OBJECT:
+    case LT_APPLET:
+    case LT_APPLET_FILE:
+      return LinkKind::kMedia;
+    default:
+      return LinkKind::kOther;
+  }
+}
+
+bool IsLoaded(LinkKind kind, std::uint32_t type) {
+  return type != LT_SRCSET && (kind == LinkKind::kImage || kind == LinkKind::kScript ||
+                               kind == LinkKind::kSheet || kind == LinkKind::kFrame);
+}
+
+// In which of the three parts of the list a file stands.
+int PartOf(FileKind kind) {
+  return kind == FileKind::kOutside ? 2 : kind == FileKind::kMissing ? 1 : 0;
+}
+
+class ContentReader {
+ public:
+  ContentReader(SiteMgr& manager, const ExportedSite& site, const std::string& top,
+                SiteContent& content)
+      : manager_(manager), site_(site), top_(top), content_(content) {}
+
+  int Read() {
+    if (manager_.UpdateLinkFamily() < 0) return -1;
+    if (ReadFiles() < 0 || ReadUrls() < 0 || ReadLinks() < 0 || ReadUnused() < 0) return -1;
+    SortFiles();
+    FillFolders();
+    SortLinks();
+    Weigh();
+    return 0;
+  }
+
+ private:
+  int ReadFiles() {
+    const OwnedCells cells(manager_.EnumPath());
+    if (cells == nullptr) return -1;
+    std::unique_ptr<std::string, void (*)(std::string*)> list(
+        manager_.GetSiteProfDir(kSlotPageTypes),
+        [](std::string* text) { SiteMgr::DeleteString(text); });
+    const bool readsOthers = FlagsOf(manager_.GetLinkRules()).readsOtherPageTypes;
+    const PageTypes types(list != nullptr ? *list : std::string());
+    for (const SiteRecCell& cell : *cells) {
+      const int number = cell.GetID().id;
+      Place(fileOf_, number) = static_cast<std::int32_t>(content_.files.size());
+      content_.files.push_back(FileOf(cell, readsOthers ? &types : nullptr));
+    }
+    content_.home = FileOf(manager_.FindPath(top_));
+    return 0;
+  }
+
+  ContentFile FileOf(const SiteRecCell& cell, const PageTypes* types) {
+    const std::string path = cell.GetName();
+    ContentFile file{.path = site_.nameOf(path),
+                     .title = cell.GetTitle(),
+                     .folder = -1,
+                     .kind = KindOf(cell, path, types)};
+    if (cell.GetTime() != 0) {
+      file.time = cell.GetTime();
+      file.size = cell.GetSize();
+    }
+    const int member = manager_.GetUrlFtpMember(cell.GetID());
+    file.isFamily = member != -1 && (member & kFamilyMember) != 0;
+    return file;
+  }
+
+  static FileKind KindOf(const SiteRecCell& cell, const std::string& path, const PageTypes* types) {
+    if (cell.GetFlag() == 0) return FileKind::kMissing;
+    const auto type = static_cast<std::uint32_t>(cell.GetFileType());
+    if (type == FT_HTML) return FileKind::kPage;
+    if (type == FT_CSS) return FileKind::kSheet;
+    const std::string extension = ExtensionOf(path);
+    if (Holds(kImages, extension)) return FileKind::kImage;
+    if (Holds(kScripts, extension)) return FileKind::kScript;
+    if (Holds(kMedia, extension)) return FileKind::kMedia;
+    const bool isPage = types != nullptr && types->Hold(path) && IsShownAsPage(PageSyntaxOf(path));
+    return isPage ? FileKind::kPage : FileKind::kOther;
+  }
+
+  int ReadUrls() {
+    const OwnedCells cells(manager_.EnumUrl());
+    if (cells == nullptr) return -1;
+    std::unordered_map<std::string, std::int32_t> hosts;
+    for (const SiteRecCell& cell : *cells) {
+      const std::string url = WithoutCredentials(cell.GetName());
+      std::string host = HostOfUrl(url);
+      if (host.empty()) host = url.substr(0, url.find(':') + 1);
+      const auto [known, isNew] =
+          hosts.try_emplace(host, static_cast<std::int32_t>(content_.hosts.size()));
+      if (isNew) content_.hosts.push_back(host);
+      urlOf_[cell.GetID().id] = static_cast<std::int32_t>(content_.urls.size());
+      content_.urls.push_back({url, known->second, ""});
+    }
+    return 0;
+  }
+
+  int ReadLinks() {
+    const std::unique_ptr<std::vector<int>> numbers(manager_.EnumLink());
+    if (numbers == nullptr) return -1;
+    std::vector<bool> isTarget(content_.files.size());
+    links_.reserve(numbers->size());
+    SiteLink link;
+    for (const int number : *numbers) {
+      if (manager_.GetLink(number, link) != 0) continue;
+      const std::int32_t from = FileOf(link.from.id);
+      const bool isUrl = link.to.kind == kKindUrl;
+      const std::int32_t to = isUrl ? UrlOf(link.to.id) : FileOf(link.to.id);
+      if (from < 0 || to < 0) continue;
+      if (!isUrl) {
+        isTarget[static_cast<std::size_t>(to)] = true;
+        if (link.outside) content_.files[static_cast<std::size_t>(to)].kind = FileKind::kOutside;
+        if (link.unservable) TakeMarkOff(content_.files[static_cast<std::size_t>(to)].path);
+      }
+      const LinkKind kind = KindOfLink(link.type);
+      links_.push_back({from, static_cast<std::uint32_t>(to), isUrl, kind,
+                        IsLoaded(kind, link.type),
+                        static_cast<std::uint32_t>(std::max(link.count, 1))});
+    }
+    isTarget_ = std::move(isTarget);
+    return 0;
+  }
+  // The table marks such a name by a separator behind it.
+  static void TakeMarkOff(std::string& name) {
+    if (name.ends_with('/') || name.ends_with('\\')) name.pop_back();
+  }
+
+  int ReadUnused() {
+    const OwnedCells cells(manager_.GetUnusedFiles());
+    if (cells == nullptr) return -1;
+    for (const SiteRecCell& cell : *cells) {
+      content_.unused.push_back(FileOf(cell.GetID().id));
+    }
+    return 0;
+  }
+
+  // Puts the files in order, and drops those that are not there and that nothing refers to.
+  void SortFiles() {
+    std::vector<std::int32_t> order;
+    for (std::size_t i = 0; i < content_.files.size(); ++i) {
+      const bool isShown = content_.files[i].kind < FileKind::kMissing || isTarget_[i];
+      if (isShown) order.push_back(static_cast<std::int32_t>(i));
+    }
+    std::ranges::sort(order, [this](std::int32_t a, std::int32_t b) {
+      const ContentFile& one = FileAt(a);
+      const ContentFile& other = FileAt(b);
+      return std::tuple(PartOf(one.kind), std::string_view(one.path)) <
+             std::tuple(PartOf(other.kind), std::string_view(other.path));
+    });
+    newPlace_.assign(content_.files.size(), -1);
+    std::vector<ContentFile> files;
+    files.reserve(order.size());
+    for (const std::int32_t old : order) {
+      newPlace_[static_cast<std::size_t>(old)] = static_cast<std::int32_t>(files.size());
+      files.push_back(std::move(FileAt(old)));
+    }
+    content_.files = std::move(files);
+    const auto move = [this](std::int32_t& file) {
+      if (file >= 0) file = newPlace_[static_cast<std::size_t>(file)];
+    };
+    move(content_.home);
+    for (std::int32_t& file : content_.unused) move(file);
+    std::ranges::sort(content_.unused);
+  }
+
+  void FillFolders() {
+    content_.folders.push_back({"", -1});
+    std::unordered_map<std::string, std::int32_t> known{{"", 0}};
+    for (ContentFile& file : content_.files) {
+      if (file.kind == FileKind::kOutside) continue;
+      file.folder = FolderAt(ParentOf(file.path), known);
+    }
+  }
+  static std::string ParentOf(const std::string& path) {
+    const std::size_t separator = path.find_last_of(kSeparators);
+    return separator == path.npos ? "" : path.substr(0, separator);
+  }
+  // Makes it with its parents.
+  std::int32_t FolderAt(const std::string& path,
+                        std::unordered_map<std::string, std::int32_t>& known) {
+    const auto found = known.find(path);
+    if (found != known.end()) return found->second;
+    const std::string parent = ParentOf(path);
+    const std::int32_t above = FolderAt(parent, known);
+    const auto number = static_cast<std::int32_t>(content_.folders.size());
+    content_.folders.push_back({path.substr(parent.empty() ? 0 : parent.size() + 1), above});
+    known.emplace(path, number);
+    return number;
+  }
+
+  void SortLinks() {
+    const auto first = static_cast<std::uint32_t>(content_.files.size());
+    std::erase_if(links_, [this](const RawLink& link) {
+      return newPlace_[static_cast<std::size_t>(link.from)] < 0;
+    });
+    for (RawLink& link : links_) {
+      link.from = newPlace_[static_cast<std::size_t>(link.from)];
+      link.to = link.isUrl ? first + link.to : static_cast<std::uint32_t>(newPlace_[link.to]);
+    }
+    std::ranges::sort(
+        links_, {}, [](const RawLink& link) { return std::tuple(link.from, link.to, link.kind); });
+    content_.firstLink.assign(content_.files.size() + 1, 0);
+    loads_.assign(content_.files.size(), {});
+    const RawLink* last = nullptr;
+    for (const RawLink& link : links_) {
+      const auto from = static_cast<std::size_t>(link.from);
+      if (link.isLoaded && !link.isUrl) loads_[from].push_back(link.to);
+      const bool isSame = last != nullptr && last->from == link.from && last->to == link.to &&
+                          last->kind == link.kind;
+      if (isSame) {
+        content_.links.back().times += link.times;
+      } else {
+        content_.links.push_back({link.to, link.kind, link.times});
+        ++content_.firstLink[from + 1];
+      }
+      last = &link;
+    }
+    for (std::size_t i = 1; i < content_.firstLink.size(); ++i) {
+      content_.firstLink[i] += content_.firstLink[i - 1];
+    }
+  }
+
+  void Weigh() {
+    std::vector<std::uint32_t> seenBy(content_.files.size());
+    std::vector<std::uint32_t> open;
+    for (std::uint32_t page = 0; page < content_.files.size(); ++page) {
+      ContentFile& file = content_.files[page];
+      if (file.kind != FileKind::kPage) continue;
+      open.assign(1, page);
+      seenBy[page] = page + 1;
+      while (!open.empty()) {
+        const std::uint32_t one = open.back();
+        open.pop_back();
+        if (content_.files[one].size >= 0) file.weight += content_.files[one].size;
+        ++file.requests;
+        for (const std::uint32_t next : loads_[one]) {
+          if (std::exchange(seenBy[next], page + 1) != page + 1) open.push_back(next);
+        }
+      }
+    }
+  }
+
+  ContentFile& FileAt(std::int32_t file) { return content_.files[static_cast<std::size_t>(file)]; }
+  static std::int32_t& Place(std::vector<std::int32_t>& places, int number) {
+    const auto index = static_cast<std::size_t>(number);
+    if (index >= places.size()) places.resize(index + 1, -1);
+    return places[index];
+  }
+  // -1 for none.
+  std::int32_t FileOf(int number) const {
+    const auto index = static_cast<std::size_t>(number);
+    return number >= 0 && index < fileOf_.size() ? fileOf_[index] : -1;
+  }
+  std::int32_t UrlOf(int number) const {
+    const auto found = urlOf_.find(number);
+    return found == urlOf_.end() ? -1 : found->second;
+  }
+
+  struct RawLink {
+    std::int32_t from;
+    std::uint32_t to;
+    bool isUrl;
+    LinkKind kind;
+    bool isLoaded;
+    std::uint32_t times;
+  };
+#if defined(_WIN32)
+  static constexpr const char* kSeparators = "/\\";
+#else
+  static constexpr const char* kSeparators = "/";
+#endif
+
+  SiteMgr& manager_;
+  const ExportedSite& site_;
+  const std::string& top_;
+  SiteContent& content_;
+  std::vector<std::int32_t> fileOf_;  // by record number
+  std::unordered_map<int, std::int32_t> urlOf_;
+  std::vector<bool> isTarget_;          // of a link; as files were before they were sorted
+  std::vector<std::int32_t> newPlace_;  // likewise
+  std::vector<RawLink> links_;
+  std::vector<std::vector<std::uint32_t>> loads_;  // what a file loads
+};
+
+}  // namespace
+
+int ReadContent(SiteMgr& manager, const ExportedSite& site, const std::string& top,
+                SiteContent& content) {
+  return ContentReader(manager, site, top, content).Read();
+}
+
+}  // namespace zvrsit
