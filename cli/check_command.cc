@@ -42,7 +42,7 @@ std::vector<UrlFinding> AskExternal(const Options& options, Session& session,
 int Examine(const Options& options, const GivenSite& site, const Selection& selection,
             const FindingOptions& wanted, FindingReport& report) {
   const auto begin = std::chrono::steady_clock::now();
-  PrivateFolder folder(PathOf(options.database));
+  PrivateFolder folder;
   Options own = options;
   own.database = NameOf(folder.path());
   Session session(own, Database::kMake);

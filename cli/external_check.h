@@ -26,6 +26,9 @@ struct Asking {
 // it: Failure; what was answered by then is kept.
 AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking);
 
+// What is kept of these URLs; nobody is asked.
+std::vector<UrlResult> KeptResults(const std::vector<LinkedUrl>& urls, const std::string& keptFile);
+
 // What is wrong with these URLs; results[i] are those of urls[i].
 std::vector<UrlFinding> FindingsOf(const std::vector<LinkedUrl>& urls,
                                    const std::vector<UrlResult>& results);

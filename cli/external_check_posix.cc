@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -28,6 +29,12 @@ void TellWhatWasNotAsked(const AskedUrls& asked) {
   }
 }
 
+std::vector<std::string> TextsOf(const std::vector<LinkedUrl>& urls) {
+  std::vector<std::string> texts(urls.size());
+  std::ranges::transform(urls, texts.begin(), &LinkedUrl::url);
+  return texts;
+}
+
 // libcurl would do without them.
 void NeedFiles(const ExternalSettings& settings) {
   for (const std::string& name : {settings.netrc, settings.caFile}) {
@@ -44,17 +51,26 @@ void NeedExternalChecks() {
   }
 }
 
+std::vector<UrlResult> KeptResults(const std::vector<LinkedUrl>& urls,
+                                   const std::string& keptFile) {
+  ExternalSettings settings;
+  settings.offline = true;
+  std::error_code error;
+  return AskUrls(TextsOf(urls), settings,
+                 std::filesystem::exists(PathOf(keptFile), error) ? keptFile : "",
+                 [](std::size_t, std::size_t, std::string_view) {})
+      .results;
+}
+
 AskedUrls AskWithProgress(const std::vector<LinkedUrl>& urls, Asking asking) {
   ExternalSettings& settings = asking.wish.settings;
   NeedFiles(settings);
   const std::optional<AskableUrl> live = ParseUrl(asking.baseUrl);
   if (live && !settings.offline && LiesInOwnNetwork(live->host)) settings.privateNetwork = true;
 
-  std::vector<std::string> texts(urls.size());
-  std::ranges::transform(urls, texts.begin(), &LinkedUrl::url);
   const Interrupts interrupts;
   BarLine bar(!asking.isQuiet);
-  AskedUrls asked = AskUrls(texts, settings, asking.keptFile,
+  AskedUrls asked = AskUrls(TextsOf(urls), settings, asking.keptFile,
                             [&](std::size_t done, std::size_t all, std::string_view url) {
                               Interrupts::Check();
                               bar.Draw(static_cast<int>(done * 100 / all),

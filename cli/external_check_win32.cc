@@ -15,4 +15,10 @@ AskedUrls AskWithProgress(const std::vector<LinkedUrl>&, Asking) {
   return {};
 }
 
+std::vector<UrlResult> KeptResults(const std::vector<LinkedUrl>& urls, const std::string&) {
+  UrlResult unasked;
+  unasked.state = UrlState::kUnasked;
+  return std::vector(urls.size(), unasked);
+}
+
 }  // namespace zvrsit::cli

@@ -7,6 +7,7 @@
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
+#include "cli/external_check.h"
 #include "cli/finding_options.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
@@ -235,12 +236,24 @@ std::vector<Retarget> CertainTargets(Session& session, const GivenRepair& given)
   return targets;
 }
 
+// URLs that have moved for good, as far as it is known from asking their servers before.
+void AddMovedUrls(Session& session, const std::string& site, std::vector<Retarget>& targets) {
+  const auto all = [](const std::string&) { return true; };
+  const std::vector<LinkedUrl> urls =
+      ListLinkedUrls(session.manager(), session.names().folder(), {}, all);
+  const std::vector<UrlResult> results = KeptResults(urls, KeptFileOfSite(session, site));
+  for (std::size_t i = 0; i < urls.size(); ++i) {
+    if (results[i].state == UrlState::kMoved) targets.push_back({urls[i].url, results[i].movedTo});
+  }
+}
+
 int RunFix(const Options& options, const GivenRepair& given) {
   if (!given.wrongCase && !given.moved) {
     throw Failure(kUsage, "say what is to be mended: --wrong-case, --moved");
   }
   SiteRepair repair(options, given);
-  const std::vector<Retarget> targets = CertainTargets(repair.session(), given);
+  std::vector<Retarget> targets = CertainTargets(repair.session(), given);
+  if (given.moved) AddMovedUrls(repair.session(), given.site, targets);
   if (PlanRetarget(repair.manager(), targets, repair.plan()) != 0) {
     throw Failure(kDatabase, "the broken references cannot be looked for");
   }
@@ -297,7 +310,7 @@ void AddRepairCommands(CLI::App& app, const Options& options, Run& run) {
   CLI::App* fix = AddRepair(app, "fix", "Mend references where it is certain what is meant",
                             options, run, &RunFix, fixed);
   fix->add_flag("--wrong-case", fixed->wrongCase, "names in other letter case");
-  fix->add_flag("--moved", fixed->moved, "missing files with a name that one other file has");
+  fix->add_flag("--moved", fixed->moved, "files and URLs that have moved");
 }
 
 }  // namespace zvrsit::cli

@@ -202,7 +202,14 @@ void Session::HoldSite(const std::string& name) {
     RecoverChange(*manager_, number_, tables);
   } else if (HasFinishedRebuild(tables) || HasJournal(tables)) {
     LetGo();
-    Session(Options{database_, false}, Database::kMustExist).HoldSite(name);
+    try {
+      Session(Options{database_, false}, Database::kMustExist).HoldSite(name);
+    } catch (const Failure& failure) {
+      throw Failure(
+          failure.code(),
+          "a change of \"" + name +
+              "\" had stopped half-way, and cannot be finished or undone: " + failure.what());
+    }
     LockSite(name);
   }
 }

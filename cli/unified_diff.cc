@@ -142,9 +142,6 @@ std::string UnifiedDiff(const std::string& from, const std::string& to, std::str
   if (from != to) text += fmt::format("rename from {}\nrename to {}\n", GitName(from), GitName(to));
   std::string after;
   if (edits == nullptr || !ApplyEdits(bytes, *edits, after)) return text;
-  if (bytes.find('\0') != bytes.npos) {
-    return text + fmt::format("Binary files {} and {} differ\n", oldName, newName);
-  }
   text += fmt::format("--- {}\n+++ {}\n", oldName, newName);
   return text + FileDiff(bytes, after, *edits).Text();
 }

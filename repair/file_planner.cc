@@ -112,13 +112,16 @@ void FilePlanner::Decide(std::size_t number) {
     if (isMoved_ && !IsAbsolute(reference.target)) file_.Keep(number, "holds server code");
     return;
   }
+  const Place old = PlaceIn(before_, reference, reference.target);
+  if (old.kind == TargetKind::kExternal && old.isDirect() && map_.Of(old.path) != old.path) {
+    return Readdress(number, map_.Of(old.path));
+  }
   // The classic rules take URLs of some schemes for names of files.
   const bool isWeb = after_.rules().resolvesAsBrowser;
   const bool isPath = !IsAbsolute(reference.target) || IsSlash(reference.target.front());
   if (reference.target.empty() || (!isWeb && (!isPath || reference.target.starts_with("//")))) {
     return;
   }
-  const Place old = PlaceIn(before_, reference, reference.target);
   if (IsLeftAlone(reference, old, PlaceIn(after_, reference, reference.target))) return;
   Place wanted = old;
   if (old.kind == TargetKind::kLocal) wanted.path = map_.Of(old.path);
@@ -130,6 +133,15 @@ void FilePlanner::Decide(std::size_t number) {
   }
   if (isBase) newBases_.back() = *text;
   if (*text != reference.target) changes_.push_back({number, std::move(*text)});
+}
+
+void FilePlanner::Readdress(std::size_t number, std::string url) {
+  std::string bytes;
+  if (file_.reference(number).tail.empty() && source_.Encode(url, bytes)) {
+    changes_.push_back({number, std::move(url)});
+  } else {
+    file_.Keep(number, "the new URL cannot be written there");
+  }
 }
 
 bool FilePlanner::LeadsTo(const FoundReference& reference, const std::string& text,

@@ -34,6 +34,8 @@ class PlannedFile {
   FileReferences& references() { return *references_; }
   std::size_t count() const;
   const FoundReference& reference(std::size_t number) const;
+  // The HREFs of a base and of those that it is resolved from, the outermost first.
+  std::vector<std::string> HrefsOf(std::int32_t base) const;
 
   // Adds to the plan what makes these changes, as far as they can be made. After them the file has
   // the references that it had, but for the texts that are changed.
@@ -86,6 +88,7 @@ class FilePlanner {
  private:
   void Decide(std::size_t number);
   void UseBase(std::int32_t base);
+  void Readdress(std::size_t number, std::string url);
   bool IsLeftAlone(const FoundReference& reference, const Place& old, const Place& now);
   std::optional<std::string> Respell(const FoundReference& reference, const Place& old,
                                      const Place& wanted);

@@ -92,12 +92,7 @@ class IdPlanner {
   void UseBase(std::int32_t base) {
     if (base == base_) return;
     base_ = base;
-    std::vector<std::string> hrefs;
-    for (; base != kPageItself; base = file_.reference(static_cast<std::size_t>(base)).base) {
-      hrefs.push_back(file_.reference(static_cast<std::size_t>(base)).target);
-    }
-    std::ranges::reverse(hrefs);
-    world_.UseBases(hrefs);
+    world_.UseBases(file_.HrefsOf(base));
   }
 
   bool LeadsToId(const FoundReference& reference) {

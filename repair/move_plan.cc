@@ -14,6 +14,7 @@
 #include "repair/repair_plan.h"
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
+#include "tables/site_url_db.h"
 #include "util/ascii.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
@@ -42,17 +43,21 @@ class Repair {
                                          map_.Moves(redirectsPath()) ? std::string() : redirects_);
   }
 
-  void AddReferrers(int number) {
+  void AddReferrers(UrlID target) {
     std::vector<int> found;
-    if (number < 0 || links_.Query(kAnyUrlID, UrlID(kKindPath, number), found) < 0) return;
+    if (target.id < 0 || links_.Query(kAnyUrlID, target, found) < 0) return;
     for (const int link : found) AddSource(link);
   }
-  void AddReferrers(const std::string& path) { AddReferrers(paths_.Find(path)); }
+  // `target` is a path or a URL.
+  void AddReferrers(const std::string& target) {
+    AddReferrers(UrlID(kKindPath, paths_.Find(target)));
+    AddReferrers(UrlID(kKindUrl, manager_.GetUrlDB()->Find(target)));
+  }
 
   // A file that moves, with what it refers to and what refers to it.
   void AddMoved(const std::string& path) {
     const int number = paths_.Find(path);
-    AddReferrers(number);
+    AddReferrers(UrlID(kKindPath, number));
     std::vector<int> found;
     const bool refers =
         number >= 0 && links_.Query(UrlID(kKindPath, number), kAnyUrlID, found) >= 0;

@@ -1,4 +1,4 @@
-// What becomes of the paths of a site.
+// What becomes of the paths of a site, and of URLs.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ class PathMap {
   // Of a move; of a folder when both end in "\".
   PathMap(std::string from, std::string to);
 
-  // References to one file are to lead to another.
+  // References to one file, or one URL, are to lead to another.
   void Add(const std::string& from, const std::string& to) { single_[from] = to; }
 
   // The path that stands for `path` afterwards.

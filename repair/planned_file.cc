@@ -91,6 +91,15 @@ const FoundReference& PlannedFile::reference(std::size_t number) const {
   return number < bases ? references_->bases()[number] : references_->references()[number - bases];
 }
 
+std::vector<std::string> PlannedFile::HrefsOf(std::int32_t base) const {
+  std::vector<std::string> hrefs;
+  for (; base != kPageItself; base = reference(static_cast<std::size_t>(base)).base) {
+    hrefs.push_back(reference(static_cast<std::size_t>(base)).target);
+  }
+  std::ranges::reverse(hrefs);
+  return hrefs;
+}
+
 void PlannedFile::Keep(std::size_t number, const std::string& why) {
   const FoundReference& found = reference(number);
   Keep(found.place, found.target, why);

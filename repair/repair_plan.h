@@ -22,9 +22,10 @@ namespace zvrsit {
 
 class SiteMgr;
 
-// References to the file `from` are to lead to the file `to`. Paths are `\` paths.
+// References to the file `from` are to lead to the file `to`: `\` paths. Or those to one external
+// URL, as EnumUrl names it, to another one.
 struct Retarget {
-  std::string from;  // may be missing
+  std::string from;  // a file may be missing
   std::string to;
 };
 
@@ -35,7 +36,8 @@ struct Retarget {
 ZVRSIT_API int PlanMove(SiteMgr& manager, const std::string& from, const std::string& to,
                         RepairPlan& plan);
 
-// Plans that all references to these files lead to others. 0 or -1.
+// Plans that all references to these files and URLs lead to others. The new URL is written as it is
+// in place of the whole reference. 0 or -1.
 ZVRSIT_API int PlanRetarget(SiteMgr& manager, const std::vector<Retarget>& targets,
                             RepairPlan& plan);
 

@@ -26,6 +26,12 @@ Content ReadSite(const Program& program) {
   return content;
 }
 
+std::string Utf16(const std::string& ascii) {
+  std::string text = "\xFF\xFE";
+  for (const char c : ascii) text.append({c, '\0'});
+  return text;
+}
+
 const Content kSite = {
     {"index.html", "<a href=news/a.html>a</a>\n<a href='news/b.html#x'>b</a>\n<img src=img/i.png>"},
     {"news/a.html", "<a id=top href=\"../index.html\">up</a>\n<a href=b.html>b</a>"},
@@ -33,6 +39,8 @@ const Content kSite = {
     {"other/lost.html", ""},
     {"img/i.png", "png"},
     {"unused.html", ""},
+    {"wide.html", Utf16("<p>\n<img src=img/w.png>\n\n<p>")},
+    {"img/w.png", ""},
 };
 
 void Build(const Program& program, const Content& site = kSite) {
@@ -64,7 +72,9 @@ TEST(Repair, EachCommandChangesWhatItSays) {
       {{"rm", "demo", "unused.html"}, {{"unused.html", "-"}}},
       {{"rm", "demo", "news/a.html", "news", "news", "news/b.html", "--recursive", "--force"},
        {{"news/a.html", "-"}, {"news/b.html", "-"}}},
-      {{"rm", "demo", "img", "--recursive", "--force"}, {{"img/i.png", "-"}}},
+      {{"rm", "demo", "img", "--recursive", "--force"}, {{"img/i.png", "-"}, {"img/w.png", "-"}}},
+      {{"mv", "demo", "img/w.png", "w.png"},
+       {{"img/w.png", "-"}, {"w.png", ""}, {"wide.html", Utf16("<p>\n<img src=w.png>\n\n<p>")}}},
       {{"rm", "demo", "news/a.html", "--links-to", "unused.html"},
        {{"news/a.html", "-"},
         {"index.html",

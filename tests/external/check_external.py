@@ -347,6 +347,26 @@ def check_kept_file(top, server):
     site.run("add", "external.sqlite", site.folder / "site", code=2)
 
 
+def check_moved_urls(top, server):
+    site = Site(top, server)
+    moved = server.address + "/moved"
+    page = site.folder / "site/index.html"
+    page.parent.mkdir()
+    before = f'<base href="{server.address}/x/"><a href="{moved}#a">1</a><a title=x href=../moved>2</a>' \
+             f'<a href="{server.address}/404">3</a><style>p {{ background: url({moved}) }}</style>' \
+             f'<a href="{server.address}/for-now">4</a>'
+    page.write_text(before, "utf-8")
+    site.run("add", "demo", site.folder / "site", "--top", page, code=0)
+    site.run("rebuild", "demo", code=0)
+    site.run("fix", "demo", "--moved", code=0)
+    expect("never asked", page.read_text("utf-8"), before)
+    site.run("urls", "demo", "--check", *OWN, code=1)
+    site.run("fix", "demo", "--moved", code=0)
+    expect("moved", page.read_text("utf-8").replace(server.address, ""),
+           '<base href="/x/"><a href="/ok?1#a">1</a><a title=x href=/ok?1>2</a>'
+           '<a href="/404">3</a><style>p { background: url(/ok?1) }</style><a href="/for-now">4</a>')
+
+
 def check_configuration(top, server):
     site = Site(top, server)
     site.links(["/404", "/moved"])
@@ -415,7 +435,7 @@ def main():
             both.write(pathlib.Path(certificate + "2").read_text())
         server = Server()
         for part in (check_rows, check_fragments, check_refusals, check_memory, check_own_network,
-                     check_broken_off, check_kept_file, check_configuration, check_terminal):
+                     check_broken_off, check_kept_file, check_moved_urls, check_configuration, check_terminal):
             begin = time.monotonic()
             server.forget()
             part(top, server)
