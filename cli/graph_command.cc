@@ -7,7 +7,7 @@
 #include "cli/freshness.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
-#include "exports/graph.h"
+#include "exports/graph_picture.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -17,12 +17,23 @@ struct GraphOptions {
   std::string to;
   std::string output;
   std::string from;
+  std::string area;
+  bool isPicture = false;
   GraphWanted wanted;
 };
+
+// What a picture can hold, and other programs can.
+constexpr std::size_t kMostAreas = 300;
+constexpr std::size_t kMostNodes = 500;
 
 GraphFormat FormatOf(const Options& options, const std::string& to) {
   if (to == "graphml") return GraphFormat::kGraphml;
   return to == "json" || (to.empty() && options.json) ? GraphFormat::kJson : GraphFormat::kDot;
+}
+
+std::string Drawn(const Graph& graph, const Options& options, const GraphOptions& given) {
+  if (!given.isPicture) return FormatGraph(graph, FormatOf(options, given.to));
+  return DrawGraph(graph, given.area == "links" ? AreaOf::kInLinks : AreaOf::kBytes);
 }
 
 void WriteTo(const std::string& place, const std::string& text) {
@@ -52,7 +63,7 @@ int RunGraph(const Options& options, GraphOptions given) {
   }
   session.LetGo();
   TellChanges(session, CompareSite(session), given.site);
-  WriteTo(given.output, FormatGraph(graph, FormatOf(options, given.to)));
+  WriteTo(given.output, Drawn(graph, options, given));
   return kClean;
 }
 
@@ -60,20 +71,26 @@ int RunGraph(const Options& options, GraphOptions given) {
 
 void AddGraphCommand(CLI::App& app, const Options& options, Run& run) {
   const auto given = std::make_shared<GraphOptions>();
-  given->wanted.fold = 500;
   CLI::App* graph =
       app.add_subcommand("graph", "Draw the pages of a site and the links between them as a graph");
   AddSiteName(*graph, given->site);
-  graph->add_option("--to", given->to, "for Graphviz, for programs, for editors of graphs")
-      ->option_text("dot|json|graphml")
-      ->check(CLI::IsMember({"dot", "json", "graphml"}));
+  CLI::Option* to =
+      graph->add_option("--to", given->to, "Graphviz, programs, editors of graphs, a picture")
+          ->option_text("dot|json|graphml|svg")
+          ->check(CLI::IsMember({"dot", "json", "graphml", "svg"}));
+  graph->add_flag("--svg", given->isPicture, "a picture: areas within areas, and arcs for links")
+      ->excludes(to);
+  graph->add_option("--area", given->area, "what areas of the picture show (size)")
+      ->option_text("size|links")
+      ->check(CLI::IsMember({"size", "links"}));
   graph->add_option("-o,--output", given->output, "a file, instead of stdout")
       ->option_text("FILE")
       ->check(NotEmpty());
-  graph
-      ->add_option("--fold", given->wanted.fold,
-                   "with more files than this, folders stand for them (500); 0: never")
-      ->option_text("NUMBER");
+  CLI::Option* fold =
+      graph
+          ->add_option("--fold", given->wanted.fold,
+                       "folders stand for more files than this (500; svg: 300); 0: never")
+          ->option_text("NUMBER");
   CLI::Option* from = graph->add_option("--from", given->from, "only what is near to this file")
                           ->option_text("FILE")
                           ->check(NotEmpty());
@@ -82,8 +99,11 @@ void AddGraphCommand(CLI::App& app, const Options& options, Run& run) {
       ->check(CLI::Range(0, 1 << 20))
       ->needs(from);
   graph->add_flag("--all-files", given->wanted.allFiles, "also images, style sheets and the like");
-  graph->callback(
-      [&options, &run, given] { run = [&options, given] { return RunGraph(options, *given); }; });
+  graph->callback([&options, &run, given, fold] {
+    given->isPicture = given->isPicture || given->to == "svg";
+    if (fold->count() == 0) given->wanted.fold = given->isPicture ? kMostAreas : kMostNodes;
+    run = [&options, given] { return RunGraph(options, *given); };
+  });
 }
 
 }  // namespace zvrsit::cli

@@ -72,6 +72,7 @@ class GraphReader {
                               : isPage ? NodeKind::kPage
                                        : NodeKind::kFile,
                               JsonText(site_.nameOf(cell.GetName())), JsonText(cell.GetTitle())});
+      if (isThere) graph_.nodes.back().size = cell.GetSize();
     }
     return 0;
   }
@@ -98,6 +99,13 @@ class GraphReader {
       if (manager_.GetLink(number, link) == 0) AddLink(link);
     }
     Merge(graph_.edges);
+    for (const GraphEdge& edge : graph_.edges) {
+      if (edge.from == edge.to) continue;
+      graph_.nodes[edge.to].inLinks += edge.weight;
+      if (graph_.nodes[edge.to].kind == NodeKind::kMissing) {
+        graph_.nodes[edge.from].broken += edge.weight;
+      }
+    }
     return 0;
   }
   void AddLink(const SiteLink& link) {
@@ -191,7 +199,11 @@ class GraphReader {
       const auto [known, isNew] = folders.emplace(*folder, nodes.size());
       if (isNew) nodes.push_back({NodeKind::kFolder, folder->empty() ? "." : *folder, "", 0});
       places[i] = known->second;
-      ++nodes[known->second].stands;
+      GraphNode& standing = nodes[known->second];
+      ++standing.stands;
+      standing.size += node.size;
+      standing.inLinks += node.inLinks;
+      standing.broken += node.broken;
     }
     graph_.nodes = std::move(nodes);
     MoveEdges(graph_.edges, places);

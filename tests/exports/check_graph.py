@@ -101,6 +101,85 @@ def graph(db, *words):
             {(nodes[a]["name"], nodes[b]["name"]): weight for a, b, weight in edges})
 
 
+SVG = "{http://www.w3.org/2000/svg}"
+
+
+def box_of(group):
+    return [float(group.find(SVG + "rect").get(key)) for key in ("x", "y", "width", "height")]
+
+
+def areas_of(group):
+    """The areas directly in an element: their names, boxes, looks and elements."""
+    return [{"name": g.find(SVG + "title").text.split("\n")[0], "box": box_of(g), "group": g,
+             "facts": g.find(SVG + "title").text.split("\n")[1:],
+             "looks": [rect.get("class") for rect in g.findall(SVG + "rect")]}
+            for g in group.findall(SVG + "g") if g.find(SVG + "title") is not None]
+
+
+def overlap(one, other):
+    across, down = (min(one[i] + one[i + 2], other[i] + other[i + 2]) - max(one[i], other[i])
+                    for i in (0, 1))
+    return max(0, across) * max(0, down)
+
+
+def leaves_below(group, around, least):
+    """Checks areas within areas. Gives those without parts by their names, and what all weigh."""
+    found = {}
+    areas = areas_of(group)
+    weights = []
+    for i, area in enumerate(areas):
+        x, y, width, height = box = area["box"]
+        assert x > around[0] - .02 and y > around[1] - .02, (area["name"], box, around)
+        assert x + width < around[0] + around[2] + .02, (area["name"], box, around)
+        assert y + height < around[1] + around[3] + .02, (area["name"], box, around)
+        for other in areas[:i]:
+            assert overlap(box, other["box"]) < .02 * (width + height), (area, other)
+        if "folder" in area["looks"]:
+            below, weight = leaves_below(area["group"], box, least)
+            found.update(below)
+        else:
+            found[area["name"]] = area
+            sizes = [f.split()[0].replace(",", "") for f in area["facts"] if "byte" in f]
+            weight = max(int(*sizes), least)
+        weights.append(weight)
+    shares = [area["box"][2] * area["box"][3] / weight for area, weight in zip(areas, weights)]
+    assert max(shares) < 1.02 * min(shares), ([area["name"] for area in areas], shares)
+    return found, sum(weights)
+
+
+def check_picture(folder, db):
+    site = folder / "site"
+    for i in range(8):  # enough for rows of several areas
+        (site / "a" / f"{i}.htm").write_text("-" * i * 97)
+    run("rebuild", "demo", "--db", db)
+    sizes = {path.relative_to(site).as_posix(): path.stat().st_size
+             for path in site.rglob("*") if path.is_file()}
+    for fold in [*range(1, 18), 0]:
+        words = ["graph", "demo", "--db", db, "--fold", str(fold), "--all-files"]
+        text = run(*words, "--svg")
+        expect("the same twice", run(*words, "--to", "svg"), text)
+        leaves, _ = leaves_below(xml.fromstring(text), [0, 0, 1600, 1000],
+                                 sum(sizes.values()) / 1000)
+        nodes = [n for n in json.loads(run(*words, "--to", "json"))["nodes"]
+                 if n["kind"] not in ("host", "outside")]
+        expect("areas", sorted(leaves), sorted(
+            (("./" if n["name"] == "." else n["name"]) + (f" ({n['title']})" if n["title"] else ""))
+            .replace("\x1b", "\\u001b") for n in nodes))
+    leaves = {name.split(" (")[0]: area for name, area in leaves.items()}
+    expect("sizes", {name: leaves[name]["facts"][0] for name in sizes},
+           {name: f"{size} bytes" for name, size in sizes.items()})
+    expect("broken", sorted(n for n in leaves if "broken" in leaves[n]["looks"]),
+           sorted([HOSTILE, "a/deep/four.htm", "a/s.css"]))
+    expect("missing", sorted(n for n in leaves if "missing" in leaves[n]["looks"]),
+           ["a/deep/gone.htm", "a/t.gif", "gone gone.htm"])
+    expect("linked", leaves["a/one.htm"]["facts"][-1], "2 links to it")
+    arcs = [arc.find(SVG + "title").text for arc in xml.fromstring(text).findall(SVG + "path")
+            if arc.find(SVG + "title") is not None]
+    assert "index.htm -> a/one.htm\n2 links" in arcs, arcs
+    assert len(run("graph", "demo", "--db", db, "--svg", "--area", "links")) > 1000
+    run("graph", "demo", "--db", db, "--svg", "--to", "dot", code=2)
+
+
 def check(folder, db):
     nodes, edges = graph(db)
     pages = [name for name in FILES if name.endswith(".htm") and not name.startswith("..")]
@@ -149,5 +228,7 @@ with tempfile.TemporaryDirectory() as top:
     run("add", "demo", top / "site", "--top", "index.htm", "--doc-root", top, "--db", top / "db")
     run("rebuild", "demo", "--db", top / "db")
     check(top, top / "db")
+    if not RUNNER:
+        check_picture(top, top / "db")
     run("graph", "demo", "--db", top / "db", "-o", top / "site", code=4)
     run("graph", "demo", "--db", top / "db", "--depth", "2", code=2)
