@@ -66,7 +66,7 @@ constexpr CommandHelp kHelp[] = {
     {"legacy peek", "legacy peek old", ""},
     {"legacy undo", "legacy undo old < changes", ""},
     {"export", "export harbour --to sqlite -o harbour.db", ""},
-    {"graph", "graph harbour | dot -Tsvg > harbour.svg", ""},
+    {"graph", "graph harbour --svg -o harbour.svg", ""},
     {"dump", "dump harbour", ""},
     {"verify", "verify harbour || zvrsit rebuild harbour --anew", ""},
     {"manual", "manual | man -l -", ""},
