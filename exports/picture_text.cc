@@ -59,7 +59,7 @@ double TextWidth(std::string_view text, double fontSize) {
 
 std::string FitText(std::string_view text, double width, double fontSize) {
   constexpr std::size_t kLeastLetters = 3;
-  const std::string line = InOneLine(text);
+  std::string line = InOneLine(text);
   if (TextWidth(line, fontSize) <= width) return line;
   std::size_t end = 0;
   std::size_t letters = 0;
