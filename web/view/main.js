@@ -1,10 +1,66 @@
-import { readData } from "./data.js";
+// Shows the report: the view that the address names.
+import { Site, readData } from "./data.js";
+import { announce, element, fill } from "./dom.js";
+import { numberText } from "./format.js";
+import { showFindings } from "./findings.js";
+import { showHosts } from "./hosts.js";
+import { forgetLists } from "./lists.js";
+import { showFile } from "./page_view.js";
+import { showPages } from "./pages.js";
+import { addressOf, followAddress } from "./router.js";
+import { showUnused, unreachedFiles } from "./unused.js";
 
-async function start() {
-  const data = await readData();
-  const view = document.getElementById("view");
-  view.textContent = `${data.files.name.length} files, ${data.findings.length} findings`;
-  view.dataset.ready = "yes";
+// Each draws itself into an element and answers its title.
+const VIEWS = { findings: showFindings, unused: showUnused, pages: showPages, hosts: showHosts,
+  map: showMap, file: showFile, url: showFile };
+
+function showMap(container, site) {
+  fill(container, element("h2", { tabindex: "-1" }, "Map"));
+  if (typeof drawMap === "function") drawMap(container.appendChild(element("div")), site, (file) => { location.hash = addressOf(site, file); });
+  return "Map";
 }
 
-start();
+async function startReport() {
+  const main = document.getElementById("main");
+  try {
+    const site = new Site(await readData());
+    fillTabs(site);
+    const name = document.title;
+    followAddress((route, isFirst) => showRoute(main, site, route, name, isFirst));
+  } catch (error) {
+    fill(main, element("p", { class: "nothing" }, "The report cannot be read: " + error.message));
+    throw error;
+  }
+}
+
+function showRoute(main, site, route, name, isFirst) {
+  const show = VIEWS[route.name] ?? showFindings;
+  forgetLists();
+  const title = show(main, site, route);
+  document.title = title + " – " + name;
+  for (const link of document.querySelectorAll("nav a")) {
+    if (link.hash === "#/" + route.name) link.setAttribute("aria-current", "page");
+    else link.removeAttribute("aria-current");
+  }
+  if (isFirst) return;
+  announce(title);
+  main.querySelector("h2")?.focus({ preventScroll: true });
+}
+
+// How much there is behind each tab.
+function fillTabs(site) {
+  const counts = { findings: site.findings.length, unused: unreachedFiles(site).length,
+    pages: site.data.totals.pages, hosts: site.data.hosts.length };
+  for (const [name, count] of Object.entries(counts)) {
+    document.querySelector(`nav a[href="#/${name}"]`)?.append(" ", element("span", { class: "tab-count" }, numberText(count)));
+  }
+}
+
+// The address after "#" names views, so the link to the content goes there by hand.
+document.querySelector(".skip").addEventListener("click", (event) => {
+  event.preventDefault();
+  document.getElementById("main").focus();
+});
+
+// The head is painted before the data is unpacked.
+requestAnimationFrame(() => setTimeout(startReport));

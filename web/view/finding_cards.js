@@ -1,0 +1,97 @@
+// A finding with its places, and a page with its findings.
+import { element, named, plain } from "./dom.js";
+import { counted } from "./format.js";
+import { shortList } from "./lists.js";
+import { commandLine, excerptLine, fileLink, severityMark, titleText } from "./parts.js";
+import { addressWith } from "./router.js";
+
+// `row` is { finding, id, places }.
+export function findingCard(site, { finding, id, places }) {
+  return element("li", { class: "card card-" + finding.severity },
+    findingHead(site, finding, id),
+    advice(finding),
+    places.length === 0 ? null : shortList(places, (place) => placeRow(site, place), ["place"]));
+}
+
+function findingHead(site, finding, id) {
+  return element("div", { class: "card-head" },
+    severityMark(finding.severity),
+    element("h3", {}, messageText(site, finding)),
+    element("span", { class: "card-facts" }, newBadge(site, id), ruleLink(finding.rule),
+      element("span", { class: "number" }, counted(finding.places.length, "place"))));
+}
+
+// The message; what it is about leads to its own view.
+function messageText(site, finding) {
+  const { message, target, targetFile } = finding;
+  const at = targetFile < 0 || target === "" ? -1 : message.indexOf(target);
+  if (at < 0) {
+    return [plain(message), targetFile < 0 ? null : [" ", fileLink(site, targetFile)]];
+  }
+  return [plain(message.slice(0, at)), fileLink(site, targetFile, target),
+    plain(message.slice(at + target.length))];
+}
+
+function ruleLink(rule) {
+  return element("a", { class: "badge", href: addressWith("findings", { rule }) }, rule);
+}
+
+function newBadge(site, id) {
+  const fresh = site.once("fresh", () => new Set(site.data.since?.added ?? []));
+  return fresh.has(id) ? element("span", { class: "badge badge-new" }, "new") : null;
+}
+
+// What is likely meant, and the command that mends it.
+export function advice(finding) {
+  if (!finding.suggestion && !finding.command) return null;
+  return element("div", { class: "advice" },
+    finding.suggestion ? element("p", {}, "Likely meant: ", named(finding.suggestion, { class: "path" })) : null,
+    finding.command ? commandLine(finding.command) : null);
+}
+
+// "12:7"; nothing for a file as a whole.
+function positionText([, line, column]) {
+  return line > 0 ? element("span", { class: "position", title: "line " + line + ", column " + column },
+    line + ":" + column) : null;
+}
+
+function placeRow(site, place) {
+  return element("li", {}, element("div", { class: "place-head" }, fileLink(site, place[0]),
+    positionText(place), titleText(site, place[0])), placeText(site, place));
+}
+
+function placeText(site, [, , , reference, excerpt]) {
+  if (excerpt >= 0) return excerptLine(site.data.excerpts[excerpt]);
+  return reference ? element("code", { class: "excerpt", dir: "ltr" }, element("mark", {}, plain(reference))) : null;
+}
+
+// `rows` are [{ finding, id, place }] of one page.
+export function pageCard(site, { file, rows }) {
+  const severity = rows.some((row) => row.finding.severity === "error") ? "error" : "warning";
+  return element("li", { class: "card card-" + severity },
+    element("div", { class: "card-head" },
+      severityMark(severity),
+      element("h3", {}, fileLink(site, file), " ", titleText(site, file)),
+      element("span", { class: "card-facts" }, element("span", { class: "number" }, counted(rows.length, "place")))),
+    shortList(byLine(rows), (row) => findingRow(site, row), ["place"]));
+}
+
+function byLine(rows) {
+  return [...rows].sort((a, b) => a.place[1] - b.place[1] || a.place[2] - b.place[2]);
+}
+
+// A finding in a page that has been named already.
+export function findingRow(site, { finding, id, place }) {
+  return element("li", {},
+    element("div", { class: "place-head" }, severityMark(finding.severity), positionText(place),
+      element("span", { class: "message" }, messageText(site, finding)), newBadge(site, id),
+      ruleLink(finding.rule)),
+    placeText(site, place), advice(finding));
+}
+
+// Rows for the findings of one file.
+export function rowsOfFile(site, file) {
+  return byLine(site.findingsIn(file).flatMap((id) => site.findings[id].places
+    .filter((place) => place[0] === file)
+    .map((place) => ({ finding: site.findings[id], id, place }))));
+}

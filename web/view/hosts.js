@@ -1,0 +1,93 @@
+// The view of other sites: which hosts the pages lead to, and what their servers have answered.
+import { element, fill, mark, named, plain } from "./dom.js";
+import { counted } from "./format.js";
+import { shortList } from "./lists.js";
+import { fileLink, nothing } from "./parts.js";
+import { SortedTable, quietNumber } from "./tables.js";
+
+export function showHosts(container, site, route) {
+  fill(container, element("h2", { tabindex: "-1" }, "Hosts of other sites"));
+  if (site.urlCount === 0) {
+    container.append(nothing("This site links to no other site."));
+    return "Hosts";
+  }
+  const hosts = hostRows(site);
+  const table = new SortedTable({ name: "hosts", label: "Hosts of other sites", what: ["host"], rows: hosts,
+    columns: hostColumns(site), words: (row) => row.words,
+    filters: [["Show", [["", "all hosts"], ["bad", "hosts with findings"], ["unasked", "hosts not asked"]], "show",
+      (row, show) => (show === "bad" ? row.bad > 0 : row.asked < row.urls.length)]],
+    values: Object.fromEntries(route.params) });
+  if (hosts.every((row) => row.asked === 0)) {
+    container.append(element("p", { class: "note" },
+      "No server has been asked yet: ", element("code", {}, "zvrsit urls NAME --check"), " does it."));
+  }
+  container.append(...table.parts().flat(2));
+  table.refresh();
+  return "Hosts";
+}
+
+// [{ host, urls, links, asked, bad, words }]
+function hostRows(site) {
+  return site.once("hosts", () => {
+    const rows = site.data.hosts.map((host) => ({ host, urls: [], links: 0, asked: 0, bad: 0, words: "" }));
+    site.data.urls.host.forEach((host, i) => {
+      const url = site.fileCount + i;
+      const row = rows[host];
+      row.urls.push(url);
+      row.links += site.inCountOf(url);
+      if (urlState(site, url).mark !== "unasked") ++row.asked;
+      row.bad += site.findingsAbout(url).length;
+    });
+    for (const row of rows) {
+      row.words = [row.host, ...row.urls.map((url) => site.pathOf(url))].join("\n").toLowerCase();
+    }
+    return rows.filter((row) => row.urls.length > 0);
+  });
+}
+
+// What is known of a URL: { mark, words }.
+export function urlState(site, url) {
+  const found = site.findingsAbout(url).map((id) => site.findings[id]);
+  const result = site.data.urls.result[url - site.fileCount];
+  const worst = found.find((finding) => finding.severity === "error") ?? found[0];
+  if (worst) return { mark: worst.severity, words: worst.message };
+  if (result === "") return { mark: "unasked", words: "not asked" };
+  return { mark: /^\d+$/.test(result) && Number(result) >= 400 ? "error" : "good",
+    words: /^\d+$/.test(result) ? "answered " + result : result };
+}
+
+function hostColumns(site) {
+  const number = { class: "number", descends: true };
+  return [
+    { key: "host", title: "Host", narrow: true, isHead: true, class: "name", by: (row) => row.host,
+      cell: (row) => hostCell(site, row) },
+    { key: "bad", title: "Result", narrow: true, class: "result", descends: true, by: (row) => row.bad * 1e6 + row.asked,
+      cell: (row) => resultCell(row) },
+    { ...number, key: "urls", title: "URLs", by: (row) => row.urls.length, cell: (row) => quietNumber(row.urls.length) },
+    { ...number, key: "links", title: "Links", by: (row) => row.links, cell: (row) => quietNumber(row.links) },
+  ];
+}
+
+// Opened, it shows the URLs of the host.
+function hostCell(site, row) {
+  const details = element("details", {}, element("summary", {}, named(row.host || "(no host)")));
+  details.addEventListener("toggle", () => {
+    if (details.open && details.children.length === 1) {
+      details.append(...shortList(row.urls, (url) => urlRow(site, url), ["URL"], 25));
+    }
+  });
+  return details;
+}
+
+function urlRow(site, url) {
+  const state = urlState(site, url);
+  return element("li", {}, fileLink(site, url), " ",
+    element("span", { class: "state" }, mark(state.mark), " ", plain(state.words)), " ",
+    element("span", { class: "quiet" }, counted(site.inCountOf(url), "page")));
+}
+
+function resultCell({ urls, asked, bad }) {
+  if (bad > 0) return [mark("error"), " ", counted(bad, "finding")];
+  if (asked === 0) return [mark("unasked"), " ", element("span", { class: "quiet" }, "not asked")];
+  return [mark("good"), " ", asked === urls.length ? "all answer" : asked + " of " + urls.length + " asked"];
+}

@@ -1,0 +1,91 @@
+// Lists of any length: rows are made when the reader comes near them.
+import { element } from "./dom.js";
+import { counted, numberText } from "./format.js";
+
+const STEP = 100;
+// As many rows as are printed; a browser lays out more of them too slowly.
+const PRINTED = 3000;
+
+// Shows `items` in `list`, a list or the body of a table, each as makeRow(item). The button under it
+// shows the next ones, and is pressed by itself when it comes into sight.
+export class LongList {
+  constructor(list, makeRow, what) {
+    this.list = list;
+    this.makeRow = makeRow;
+    this.items = [];
+    this.what = what;
+    this.button = element("button", { type: "button", class: "more", hidden: true,
+      onclick: () => this.showMore() });
+    this.observer = new IntersectionObserver((entries) => {
+      if (entries.some((entry) => entry.isIntersecting)) this.append(STEP);
+    }, { rootMargin: "800px" });
+  }
+
+  show(items) {
+    this.items = items;
+    this.list.replaceChildren();
+    this.shown = 0;
+    this.append(STEP);
+  }
+
+  append(count) {
+    const end = Math.min(this.shown + count, this.items.length);
+    const rows = document.createDocumentFragment();
+    while (this.shown < end) rows.append(this.makeRow(this.items[this.shown++]));
+    this.list.append(rows);
+    const left = this.items.length - this.shown;
+    this.button.hidden = left === 0;
+    this.button.textContent = "Show more: " + numberText(left) + " of " +
+      counted(this.items.length, ...this.what) + " left";
+    // Observed anew, it tells again when it is still in sight.
+    this.observer.unobserve(this.button);
+    if (left > 0) this.observer.observe(this.button);
+  }
+
+  // By hand: the keyboard goes on with the first new row.
+  showMore() {
+    const before = this.shown;
+    this.append(STEP);
+    this.list.children[before]?.querySelector("a, button")?.focus();
+  }
+}
+
+// The first items of a list inside of a card, with a button for more of them.
+export function shortList(items, makeRow, what, first = 4) {
+  const list = element("ul", { class: "places" });
+  let shown = 0;
+  const button = element("button", { type: "button", class: "more-places" });
+  const append = (count) => {
+    const before = shown;
+    for (const end = Math.min(items.length, shown + count); shown < end; ++shown) {
+      list.append(makeRow(items[shown]));
+    }
+    button.hidden = shown === items.length;
+    button.textContent = "Show more: " + numberText(items.length - shown) + " of " +
+      counted(items.length, ...what) + " left";
+    return list.children[before];
+  };
+  append(items.length <= first + 1 ? items.length : first);
+  button.addEventListener("click", () => append(STEP)?.querySelector("a, code")?.focus());
+  return [list, button];
+}
+
+// The lists of the view that is shown, for printing.
+let listsOfView = [];
+
+export function forgetLists() {
+  for (const list of listsOfView) list.observer.disconnect();
+  listsOfView = [];
+}
+
+// A LongList in `list`, and its button.
+export function longList(list, makeRow, what) {
+  const made = new LongList(list, makeRow, what);
+  listsOfView.push(made);
+  return made;
+}
+
+// Paper does not scroll.
+addEventListener("beforeprint", () => {
+  for (const list of listsOfView) list.append(Math.max(0, PRINTED - list.shown));
+});

@@ -1,0 +1,89 @@
+// The view of pages and other files: which are large, slow, far from the home page.
+import { element, fill } from "./dom.js";
+import { counted, dateText, numberText, secondsText, sizeText } from "./format.js";
+import { fileLink, kindWord, severityMark, titleText } from "./parts.js";
+import { SortedTable, bar, quietNumber } from "./tables.js";
+
+// A page on a slow phone.
+const BYTES_A_SECOND = 200000;
+const ROUND_TRIP = 0.15;
+const AT_ONCE = 6;
+
+export function loadSeconds(weight, requests) {
+  return weight / BYTES_A_SECOND + ROUND_TRIP * (1 + Math.ceil(Math.max(0, requests - 1) / AT_ONCE));
+}
+
+export function showPages(container, site, route) {
+  const rows = Array.from({ length: site.fileCount }, (_, i) => i);
+  const table = new SortedTable({ name: "pages", label: "Files of the site", what: ["file"], rows,
+    columns: pageColumns(site), words: (i) => site.searchTexts()[i],
+    filters: [["Show", kindRows(site), "kind", (i, kind) => kind === "all" || site.kindOf(i) === kind]],
+    values: { kind: "page", ...Object.fromEntries(route.params) } });
+  fill(container, element("h2", { tabindex: "-1" }, "Pages and files"),
+    element("p", { class: "note" }, "Weight is a page with all that it loads, each file once. ",
+      "The time is an estimate for a slow phone: 1.6 Mbit/s, 0.15 s a round trip, six files at a time."),
+    table.parts());
+  table.refresh();
+  return "Pages";
+}
+
+const PLURALS = { page: "pages", sheet: "style sheets", image: "images", script: "scripts", other: "other files" };
+
+function kindRows(site) {
+  const counts = new Map();
+  for (const kind of site.data.files.kind) counts.set(kind, (counts.get(kind) ?? 0) + 1);
+  const rows = site.data.fileKinds.map((kind, i) => [kind, kindWord(kind), counts.get(i) ?? 0])
+    .filter(([kind, , count]) => count > 0 || kind === "page");
+  return [...rows, ["all", "everything", site.fileCount]]
+    .map(([kind, word, count]) => [kind, (PLURALS[kind] ?? word) + " (" + numberText(count) + ")"]);
+}
+
+export function weightOrSize(site, i) {
+  return site.kindOf(i) === "page" ? site.weightOf(i) : site.sizeOf(i);
+}
+
+function secondsOf(site, i) {
+  return site.kindOf(i) === "page" ? loadSeconds(site.weightOf(i), site.requestsOf(i)) : 0;
+}
+
+function pageColumns(site) {
+  const heaviest = site.once("heaviest", () => {
+    let most = 0;
+    for (let i = 0; i < site.fileCount; ++i) most = Math.max(most, weightOrSize(site, i));
+    return most;
+  });
+  const number = { class: "number", descends: true };
+  return [
+    { key: "weight", title: "Weight", narrow: true, by: (i) => weightOrSize(site, i), descends: true,
+      class: "number weight", cell: (i) => [sizeText(weightOrSize(site, i)), bar(weightOrSize(site, i), heaviest)] },
+    { ...number, key: "time", title: "Time", by: (i) => secondsOf(site, i),
+      cell: (i) => (site.kindOf(i) === "page" ? secondsText(secondsOf(site, i)) : "") },
+    { key: "path", title: "File", narrow: true, isHead: true, by: (i) => site.pathOf(i), class: "name",
+      cell: (i) => nameCell(site, i) },
+    { ...number, key: "size", title: "Size", by: (i) => site.sizeOf(i), cell: (i) => sizeText(site.sizeOf(i)) },
+    { ...number, key: "requests", title: "Loads", by: (i) => site.requestsOf(i),
+      cell: (i) => (site.kindOf(i) === "page" ? quietNumber(site.requestsOf(i)) : "") },
+    { ...number, key: "in", title: "In", by: (i) => site.inCountOf(i), cell: (i) => quietNumber(site.inCountOf(i)) },
+    { ...number, key: "out", title: "Out", by: (i) => site.outCountOf(i), cell: (i) => quietNumber(site.outCountOf(i)) },
+    { ...number, key: "depth", title: "Clicks", by: (i) => depthOrder(site, i),
+      cell: (i) => (site.depthOf(i) < 0 ? element("span", { class: "quiet", title: "no way from the home page" }, "none")
+                                        : numberText(site.depthOf(i))) },
+    { ...number, key: "findings", title: "Findings", by: (i) => site.findingsIn(i).length,
+      cell: (i) => quietNumber(site.findingsIn(i).length) },
+    { key: "changed", title: "Changed", class: "date", descends: true, by: (i) => site.data.files.time[i],
+      cell: (i) => dateText(site.data.files.time[i]) },
+  ];
+}
+
+// No way at all is further than any.
+function depthOrder(site, i) {
+  return site.depthOf(i) < 0 ? Infinity : site.depthOf(i);
+}
+
+function nameCell(site, i) {
+  const severity = site.severityIn(i);
+  return [severity ? severityMark(severity) : null, fileLink(site, i), " ", titleText(site, i),
+    element("span", { class: "narrow-facts" }, counted(site.inCountOf(i), "link") + " in, " +
+      numberText(site.outCountOf(i)) + " out" +
+      (site.findingsIn(i).length > 0 ? ", " + counted(site.findingsIn(i).length, "finding") : ""))];
+}

@@ -1,0 +1,107 @@
+// Which findings the reader wants to see. Counted in one pass with each key that is typed.
+
+// The words of a search, in lower case.
+export function wordsOf(text) {
+  return text.toLowerCase().split(/\s+/).filter((word) => word !== "");
+}
+
+// What is found at a finding itself; what is found at its places is its files.
+function textOf(finding) {
+  const references = new Set(finding.places.map((place) => place[3]));
+  return [finding.rule, finding.target, finding.message, finding.suggestion, ...references]
+    .join("\n").toLowerCase();
+}
+
+// `wanted` is { q, severity, rule, folder, fresh }; an empty value takes all. Answers
+//   found: [{ finding, id, places }], in the order of the report; places are those wanted
+//   bySeverity, byRule: how many findings each choice would show, under the other choices
+export function searchFindings(site, wanted) {
+  const words = wordsOf(wanted.q);
+  const texts = site.once("findingTexts", () => site.findings.map(textOf));
+  const fresh = wanted.fresh ? new Set(site.data.since?.added ?? []) : null;
+  const isPlaceWanted = placeTest(site, wanted.folder);
+  const answer = { found: [], bySeverity: new Map(), byRule: new Map(), places: 0 };
+  site.findings.forEach((finding, id) => {
+    if (fresh && !fresh.has(id)) return;
+    const left = words.filter((word) => !texts[id].includes(word));
+    const places = finding.places.filter((place) => isPlaceWanted(place[0], left));
+    if (places.length > 0) add(answer, wanted, { finding, id, places });
+  });
+  return answer;
+}
+
+function add(answer, wanted, row) {
+  const { severity, rule } = row.finding;
+  const isSeverity = wanted.severity === "" || wanted.severity === severity;
+  const isRule = wanted.rule === "" || wanted.rule === rule;
+  if (isRule) answer.bySeverity.set(severity, (answer.bySeverity.get(severity) ?? 0) + 1);
+  if (isSeverity) answer.byRule.set(rule, (answer.byRule.get(rule) ?? 0) + 1);
+  if (!isSeverity || !isRule) return;
+  answer.found.push(row);
+  answer.places += row.places.length;
+}
+
+// Tells for a file whether it lies in the folder and has all these words in its path or title. What
+// was found out about a file is kept while the search is running.
+function placeTest(site, folder) {
+  const below = folder === "" ? null : site.foldersBelow(Number(folder));
+  const texts = site.searchTexts();
+  const known = new Map();  // word -> for each file 0 (not asked), 1 (no) or 2 (yes)
+  return (file, words) => {
+    if (below && below[site.data.files.folder[file]] !== 1) return false;
+    return words.every((word) => {
+      if (!known.has(word)) known.set(word, new Uint8Array(site.fileCount));
+      const of = known.get(word);
+      if (of[file] === 0) of[file] = texts[file].includes(word) ? 2 : 1;
+      return of[file] === 2;
+    });
+  };
+}
+
+// Folders that have findings in them or below, with how many places: [[number, path, places]].
+export function foldersWithFindings(site) {
+  return site.once("foldersWithFindings", () => {
+    const counts = new Uint32Array(site.folderPaths.length);
+    for (const finding of site.findings) {
+      for (const [file] of finding.places) ++counts[site.data.files.folder[file]];
+    }
+    const { parent } = site.data.folders;
+    for (let i = parent.length; i-- > 1;) if (parent[i] >= 0) counts[parent[i]] += counts[i];
+    return site.folderPaths.map((path, i) => [i, path, counts[i]]).filter((row) => row[2] > 0);
+  });
+}
+
+const RANKS = { error: 0, warning: 1 };
+
+const ORDERS = {
+  places: (a, b) => b.places.length - a.places.length,
+  severity: (a, b) => RANKS[a.finding.severity] - RANKS[b.finding.severity],
+  target: (a, b) => compareTexts(a.finding.target, b.finding.target),
+  rule: (a, b) => compareTexts(a.finding.rule, b.finding.rule),
+};
+
+export function compareTexts(a, b) { return a < b ? -1 : a > b ? 1 : 0; }
+
+// Sorted for showing a card a finding; what is equal stays in the order of the report. The first
+// order puts errors first, and what shows in most places.
+export function sortFindings(found, sort) {
+  const order = ORDERS[sort] ?? ((a, b) => ORDERS.severity(a, b) || ORDERS.places(a, b));
+  return [...found].sort(order);
+}
+
+// The same as a card a page: [{ file, rows: [{ finding, id, place }] }], rows by line.
+export function groupByPage(site, found, sort) {
+  const pages = new Map();
+  for (const { finding, id, places } of found) {
+    for (const place of places) {
+      if (!pages.has(place[0])) pages.set(place[0], { file: place[0], rows: [], errors: 0 });
+      const page = pages.get(place[0]);
+      page.rows.push({ finding, id, place });
+      if (finding.severity === "error") ++page.errors;
+    }
+  }
+  const groups = [...pages.values()];
+  if (sort === "target") return groups.sort((a, b) => compareTexts(site.pathOf(a.file), site.pathOf(b.file)));
+  if (sort === "places") return groups.sort((a, b) => b.rows.length - a.rows.length);
+  return groups.sort((a, b) => b.errors - a.errors || b.rows.length - a.rows.length);
+}

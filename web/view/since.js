@@ -1,0 +1,48 @@
+// What has changed since the last report.
+import { element, mark, named, plain } from "./dom.js";
+import { counted, dateText } from "./format.js";
+
+// Nothing where there was no report before. `filter(isOn)` shows new findings only.
+export function sinceLastReport(site, isFiltered, filter) {
+  const { since } = site.data;
+  if (!since) return null;
+  const { added, mended } = since;
+  return element("section", { class: "since", "aria-labelledby": "since-title" },
+    element("h3", { id: "since-title" }, "Since the last report", " ",
+      element("small", {}, dateText(since.made))),
+    element("div", { class: "since-row" }, element("p", {}, changeText(site, since)),
+      added.length === 0 ? null : freshButton(added.length, isFiltered, filter)),
+    mended.length === 0 ? null : element("details", {},
+      element("summary", {}, counted(mended.length, "finding"), " mended"),
+      element("ul", { class: "mended" }, mended.slice(0, 500).map(mendedRow))));
+}
+
+function changeText(site, { added, mended, totals }) {
+  if (added.length + mended.length === 0) return "The same is wrong as then." + sizeChange(site, totals);
+  return counted(added.length, "new finding") + ", " + counted(mended.length, "finding") + " mended." +
+    sizeChange(site, totals);
+}
+
+function sizeChange(site, then) {
+  const changes = [["pages", "page"], ["files", "file"], ["links", "link"]]
+    .map(([key, word]) => [site.data.totals[key] - then[key], word])
+    .filter(([change]) => change !== 0)
+    .map(([change, word]) => (change > 0 ? counted(change, word) + " more" : counted(-change, word) + " fewer"));
+  return changes.length === 0 ? "" : " The site has " + changes.join(", ") + ".";
+}
+
+function freshButton(count, isFiltered, filter) {
+  const button = element("button", { type: "button", class: "chip", "aria-pressed": String(isFiltered),
+    onclick: () => {
+      const isOn = button.getAttribute("aria-pressed") !== "true";
+      button.setAttribute("aria-pressed", String(isOn));
+      filter(isOn);
+    } }, "Only new findings ", element("span", { class: "chip-count" }, String(count)));
+  return button;
+}
+
+function mendedRow({ rule, target, message }) {
+  return element("li", {}, mark("good", "mended"), " ", element("span", {}, plain(message)),
+    message.includes(target) ? null : [" ", named(target, { class: "path" })], " ",
+    element("span", { class: "badge" }, rule));
+}
