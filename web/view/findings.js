@@ -6,7 +6,7 @@ import { longList } from "./lists.js";
 import { choice, countLine, nothing, searchField, selection } from "./parts.js";
 import { keepInAddress } from "./router.js";
 import { foldersWithFindings, groupByPage, searchFindings, sortFindings } from "./search.js";
-import { sinceLastReport } from "./since.js";
+import { sinceLastReport, staleNotice } from "./since.js";
 
 const SORTS = [["", "Errors first"], ["places", "Most places"], ["target", "Name"], ["rule", "Rule"]];
 
@@ -37,6 +37,7 @@ class FindingsView {
     const folders = foldersWithFindings(this.site).map(([folder, path, places]) =>
       [String(folder), (path === "" ? "All folders" : path + "/") + " (" + numberText(places) + ")"]);
     return [
+      staleNotice(this.site),
       sinceLastReport(this.site, wanted.fresh !== "", (fresh) => this.set("fresh", fresh ? "1" : "")),
       element("div", { class: "tools" },
         searchField("Search in findings", wanted.q, (text) => this.set("q", text)),

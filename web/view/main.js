@@ -1,7 +1,7 @@
 // Shows the report: the view that the address names.
 import { Site, readData } from "./data.js";
 import { announce, element, fill } from "./dom.js";
-import { numberText } from "./format.js";
+import { dateText, numberText } from "./format.js";
 import { showFindings } from "./findings.js";
 import { showHosts } from "./hosts.js";
 import { forgetLists } from "./lists.js";
@@ -25,6 +25,7 @@ async function startReport() {
   try {
     const site = new Site(await readData());
     fillTabs(site);
+    localTimes();
     const name = document.title;
     followAddress((route, isFirst) => showRoute(main, site, route, name, isFirst));
   } catch (error) {
@@ -54,6 +55,11 @@ function fillTabs(site) {
   for (const [name, count] of Object.entries(counts)) {
     document.querySelector(`nav a[href="#/${name}"]`)?.append(" ", element("span", { class: "tab-count" }, numberText(count)));
   }
+}
+
+// The head says the time as the program does, in UTC.
+function localTimes() {
+  for (const time of document.querySelectorAll("header time")) time.textContent = dateText(time.dateTime);
 }
 
 // The address after "#" names views, so the link to the content goes there by hand.

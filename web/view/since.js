@@ -1,4 +1,4 @@
-// What has changed since the last report.
+// What has changed since the last report, and on the disk since the site was read.
 import { element, mark, named, plain } from "./dom.js";
 import { counted, dateText } from "./format.js";
 
@@ -14,7 +14,7 @@ export function sinceLastReport(site, isFiltered, filter) {
       added.length === 0 ? null : freshButton(added.length, isFiltered, filter)),
     mended.length === 0 ? null : element("details", {},
       element("summary", {}, counted(mended.length, "finding"), " mended"),
-      element("ul", { class: "mended" }, mended.slice(0, 500).map(mendedRow))));
+      element("ul", { class: "mended" }, mended.slice(0, NAMED).map(mendedRow))));
 }
 
 function changeText(site, { added, mended, totals }) {
@@ -39,6 +39,22 @@ function freshButton(count, isFiltered, filter) {
       filter(isOn);
     } }, "Only new findings ", element("span", { class: "chip-count" }, String(count)));
   return button;
+}
+
+const STALE = [["changed", "changed"], ["gone", "gone"], ["new", "new"], ["unread", "not read"]];
+// So many names are listed.
+const NAMED = 500;
+
+// Where the report may be incomplete; nothing where it is not.
+export function staleNotice(site) {
+  const rows = STALE.filter(([key]) => site.data.stale[key].length > 0);
+  if (rows.length === 0) return null;
+  return element("details", { class: "stale" },
+    element("summary", {}, mark("warning", "warning"), " The disk differs from what was read: ",
+      rows.map(([key, word]) => counted(site.data.stale[key].length, "file") + " " + word).join(", ")),
+    rows.map(([key, word]) => [element("h3", {}, word[0].toUpperCase() + word.slice(1)),
+      element("ul", {}, site.data.stale[key].slice(0, NAMED).map((name) =>
+        element("li", {}, named(name, { class: "path" }))))]));
 }
 
 function mendedRow({ rule, target, message }) {
