@@ -3,12 +3,8 @@
 #include <queue>
 #include <utility>
 
-#include "platform/native_path.h"
-
 namespace zvrsit {
 namespace {
-
-constexpr char kSeparator = platform::kNamesIgnoreCase ? '\\' : '/';
 
 std::string_view FolderIn(std::string_view path) {
   const std::size_t separator = path.rfind(kSeparator);

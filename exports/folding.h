@@ -8,7 +8,12 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/native_path.h"
+
 namespace zvrsit {
+
+// Between the names of a native path.
+inline constexpr char kSeparator = platform::kNamesIgnoreCase ? '\\' : '/';
 
 // Files by their native paths in UTF-8, relative to the site folder. Folders are named so too, with
 // a separator at the end; the site folder is "".

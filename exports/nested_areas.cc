@@ -6,12 +6,11 @@
 #include <tuple>
 #include <utility>
 
-#include "platform/native_path.h"
+#include "exports/folding.h"
 
 namespace zvrsit {
 namespace {
 
-constexpr char kSeparator = platform::kNamesIgnoreCase ? '\\' : '/';
 constexpr double kLeastShare = 0.001;
 constexpr double kInset = 3;
 
