@@ -74,8 +74,8 @@ bool IsLoaded(LinkKind kind, std::uint32_t type) {
 }
 
 // In which of the three parts of the list a file stands.
-int PartOf(FileKind kind) {
-  return kind == FileKind::kOutside ? 2 : kind == FileKind::kMissing ? 1 : 0;
+int PartOf(ContentKind kind) {
+  return kind == ContentKind::kOutside ? 2 : kind == ContentKind::kMissing ? 1 : 0;
 }
 
 class ContentReader {
@@ -127,17 +127,18 @@ class ContentReader {
     return file;
   }
 
-  static FileKind KindOf(const SiteRecCell& cell, const std::string& path, const PageTypes* types) {
-    if (cell.GetFlag() == 0) return FileKind::kMissing;
+  static ContentKind KindOf(const SiteRecCell& cell, const std::string& path,
+                            const PageTypes* types) {
+    if (cell.GetFlag() == 0) return ContentKind::kMissing;
     const auto type = static_cast<std::uint32_t>(cell.GetFileType());
-    if (type == FT_HTML) return FileKind::kPage;
-    if (type == FT_CSS) return FileKind::kSheet;
+    if (type == FT_HTML) return ContentKind::kPage;
+    if (type == FT_CSS) return ContentKind::kSheet;
     const std::string extension = ExtensionOf(path);
-    if (Holds(kImages, extension)) return FileKind::kImage;
-    if (Holds(kScripts, extension)) return FileKind::kScript;
-    if (Holds(kMedia, extension)) return FileKind::kMedia;
+    if (Holds(kImages, extension)) return ContentKind::kImage;
+    if (Holds(kScripts, extension)) return ContentKind::kScript;
+    if (Holds(kMedia, extension)) return ContentKind::kMedia;
     const bool isPage = types != nullptr && types->Hold(path) && IsShownAsPage(PageSyntaxOf(path));
-    return isPage ? FileKind::kPage : FileKind::kOther;
+    return isPage ? ContentKind::kPage : ContentKind::kOther;
   }
 
   int ReadUrls() {
@@ -171,7 +172,7 @@ class ContentReader {
       if (from < 0 || to < 0) continue;
       if (!isUrl) {
         isTarget[static_cast<std::size_t>(to)] = true;
-        if (link.outside) content_.files[static_cast<std::size_t>(to)].kind = FileKind::kOutside;
+        if (link.outside) content_.files[static_cast<std::size_t>(to)].kind = ContentKind::kOutside;
         if (link.unservable) TakeMarkOff(content_.files[static_cast<std::size_t>(to)].path);
       }
       const LinkKind kind = KindOfLink(link.type);
@@ -200,7 +201,7 @@ class ContentReader {
   void SortFiles() {
     std::vector<std::int32_t> order;
     for (std::size_t i = 0; i < content_.files.size(); ++i) {
-      const bool isShown = content_.files[i].kind < FileKind::kMissing || isTarget_[i];
+      const bool isShown = content_.files[i].kind < ContentKind::kMissing || isTarget_[i];
       if (isShown) order.push_back(static_cast<std::int32_t>(i));
     }
     std::ranges::sort(order, [this](std::int32_t a, std::int32_t b) {
@@ -229,7 +230,7 @@ class ContentReader {
     content_.folders.push_back({"", -1});
     std::unordered_map<std::string, std::int32_t> known{{"", 0}};
     for (ContentFile& file : content_.files) {
-      if (file.kind == FileKind::kOutside) continue;
+      if (file.kind == ContentKind::kOutside) continue;
       file.folder = FolderAt(ParentOf(file.path), known);
     }
   }
@@ -287,7 +288,7 @@ class ContentReader {
     std::vector<std::uint32_t> open;
     for (std::uint32_t page = 0; page < content_.files.size(); ++page) {
       ContentFile& file = content_.files[page];
-      if (file.kind != FileKind::kPage) continue;
+      if (file.kind != ContentKind::kPage) continue;
       open.assign(1, page);
       seenBy[page] = page + 1;
       while (!open.empty()) {

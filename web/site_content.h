@@ -13,7 +13,7 @@ namespace zvrsit {
 
 class SiteMgr;
 
-enum class FileKind : std::uint8_t {
+enum class ContentKind : std::uint8_t {
   kPage,
   kSheet,
   kImage,
@@ -35,7 +35,7 @@ struct ContentFile {
   std::string path;     // as findings name it
   std::string title;    // of a page
   std::int32_t folder;  // index into SiteContent::folders; -1: outside of the site
-  FileKind kind;
+  ContentKind kind;
   bool isFamily = false;      // the home page reaches it
   std::int64_t size = -1;     // bytes; -1: not known
   std::int64_t time = 0;      // seconds since 1970; 0: not known
