@@ -3,6 +3,8 @@ import { element } from "./dom.js";
 import { counted, numberText } from "./format.js";
 
 const STEP = 100;
+// At first only as many as a screen shows, so that each key that is typed in a search shows at once.
+const FIRST = 30;
 // As many rows as are printed; a browser lays out more of them too slowly.
 const PRINTED = 3000;
 
@@ -25,7 +27,7 @@ export class LongList {
     this.items = items;
     this.list.replaceChildren();
     this.shown = 0;
-    this.append(STEP);
+    this.append(FIRST);
   }
 
   append(count) {

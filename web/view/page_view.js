@@ -37,6 +37,7 @@ function facts(...rows) {
 
 function fileFacts(site, file) {
   const isPage = site.kindOf(file) === "page";
+  const isRead = isPage || site.outCountOf(file) > 0;
   const weight = isPage ? site.weightOf(file) : 0;
   return facts(
     ["Size", sizeText(site.sizeOf(file))],
@@ -44,10 +45,10 @@ function fileFacts(site, file) {
     ["Time on a slow phone", isPage ? "about " + secondsText(loadSeconds(weight, site.requestsOf(file))) : ""],
     ["Changed", dateText(site.data.files.time[file])],
     ["Linked from", counted(site.inCountOf(file), "file")],
-    ["Links to", counted(site.outCountOf(file), "file or URL", "files and URLs")],
+    ["Links to", isRead ? counted(site.outCountOf(file), "file or URL", "files and URLs") : ""],
     ["From the home page", clicksText(site, file)],
-    ["Family of the home page", site.home < 0 ? "" : site.isInFamily(file) ? "belongs to it" : "does not belong to it"],
-    ["Findings in it", numberText(site.findingsIn(file).length)]);
+    ["Family of the home page", site.home < 0 || !isRead ? "" : site.isInFamily(file) ? "belongs to it" : "does not belong to it"],
+    ["Findings in it", isRead ? numberText(site.findingsIn(file).length) : ""]);
 }
 
 function clicksText(site, file) {
@@ -101,7 +102,7 @@ function linksSection(site, file, direction) {
   if (links.length === 0) return direction === "in" ? section(title, element("p", { class: "quiet" }, "Nothing refers to it.")) : null;
   const list = element("div");
   const show = (text) => fill(list, shortList(links.filter(({ other }) =>
-    site.pathOf(other).toLowerCase().includes(text.toLowerCase())), (link) => linkRow(site, link), ["link"], 25));
+    site.pathOf(other).toLowerCase().includes(text.toLowerCase())), (link) => linkRow(site, link, direction), ["link"], 25));
   show("");
   const heading = [title + " ", element("small", {}, numberText(links.length))];
   if (links.length <= 25) return section(heading, list);
@@ -121,12 +122,12 @@ function joined(links) {
   return [...byOther.values()];
 }
 
-function linkRow(site, { other, kinds, times }) {
+function linkRow(site, { other, kinds, times }, direction) {
   const state = site.isUrl(other) ? urlState(site, other).mark : site.isBroken(other) ? "error" : "";
   return element("li", { class: "link-row" },
     state === "error" || state === "warning" ? mark(state, state) : null,
     fileLink(site, other),
     element("span", { class: "quiet" }, kinds.map(kindWord).join(", "),
       times > 1 ? ", " + numberText(times) + " times" : "",
-      kinds.some((kind) => kind !== "link") && site.sizeOf(other) >= 0 ? ", " + sizeText(site.sizeOf(other)) : ""));
+      direction === "out" && kinds.some((kind) => kind !== "link") && site.sizeOf(other) >= 0 ? ", " + sizeText(site.sizeOf(other)) : ""));
 }

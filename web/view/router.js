@@ -1,11 +1,11 @@
 // The address after "#": #/findings?rule=missing-file, #/file/news/index.htm. Each view has one, so
 // that it can be kept, sent, and left with the button "back".
 
-const FIRST = "/findings";
+const FIRST_VIEW = "/findings";
 
 // { name: "file", rest: "news/index.htm", params }
 export function currentRoute() {
-  const [path, query = ""] = (location.hash.slice(1) || FIRST).split(/\?(.*)/s);
+  const [path, query = ""] = (location.hash.slice(1) || FIRST_VIEW).split(/\?(.*)/s);
   const [name, ...rest] = path.replace(/^\//, "").split("/");
   return { name, rest: decoded(rest.join("/")), params: new URLSearchParams(query) };
 }
@@ -55,7 +55,7 @@ export function followAddress(show) {
     const isBack = history.state !== null && history.state.seen === true;
     current = location.hash;
     const position = isBack ? positions.get(current) ?? 0 : 0;
-    history.replaceState({ seen: true }, "", location.hash || "#" + FIRST);
+    history.replaceState({ seen: true }, "", location.hash || "#" + FIRST_VIEW);
     show(currentRoute(), isFirst);
     if (!isFirst) scrollTo(0, position);
   };
