@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 
 preset=${1:-asan}
 shift || true
-require_packages "${BUILD_PACKAGES[@]}"
+require_packages "${BUILD_PACKAGES[@]}" "${BROWSER_PACKAGES[@]}"
 
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"

@@ -5,6 +5,7 @@ import tempfile
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.keys import Keys  # noqa: F401, for those who use a browser
 
 FLAGS = ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
          "--disable-background-networking", "--disable-component-update", "--disable-sync",
@@ -45,6 +46,10 @@ class Browser:
         self.driver.get("about:blank")
         self.driver.get(pathlib.Path(path).resolve().as_uri() + route)
         self.wait("return document.querySelector('main h2') !== null")
+
+    def keys(self, *keys):
+        """Pressed where the focus is."""
+        webdriver.ActionChains(self.driver, duration=0).send_keys(*keys).perform()
 
     def wait(self, script, *values):
         self.driver.execute_async_script(

@@ -28,6 +28,7 @@ async function startReport() {
     localTimes();
     const name = document.title;
     followAddress((route, isFirst) => showRoute(main, site, route, name, isFirst));
+    performance.mark("shown");
   } catch (error) {
     fill(main, element("p", { class: "nothing" }, "The report cannot be read: " + error.message));
     throw error;

@@ -1,0 +1,361 @@
+#!/usr/bin/env python3
+"""Opens reports in a browser, and uses each view as a reader does.
+
+Usage: check_view.py PROGRAM EXAMPLE-SITE
+
+With ZVRSIT_LARGE_SITE=FOLDER that site is opened too, and how long it takes is held against its limits.
+"""
+import base64
+import os
+import pathlib
+import re
+import shutil
+import statistics
+import sys
+import tempfile
+import urllib.parse
+
+from browser import Browser, Keys
+from reports import Sites, expect
+
+PROGRAM, EXAMPLE = sys.argv[1:3]
+LONG = "long" * 60 + ".html"
+# Names and titles that try to be more than text.
+HOSTILE = {
+    "<img src=x onerror=alert(1)>.html": "</title><b>&lt;b>bold&lt;/b></b>",
+    "a\u202egpj.html": "&lt;/script>&lt;script>alert(2)&lt;/script>",
+    LONG: "&#x202e;turned &#0;round",
+    b"caf\xe9.html": "--&gt;&lt;!--",
+    "100% {x} ${y} `z`.html": "",
+}
+MANY = 10000
+ROUTES = ["findings", "findings?by=page", "unused", "pages", "pages?kind=all&sort=-in", "hosts", "map",
+          "file/home.htm", "file/img/missing.gif", "file/there%20is/no%20such", "url/mailto%3A"]
+
+
+def write_hostile(folder):
+    links = []
+    for name, title in HOSTILE.items():
+        encoded = name if isinstance(name, bytes) else name.encode()
+        links.append(f'<a href="{urllib.parse.quote(encoded)}">x</a>')
+        path = os.path.join(os.fsencode(folder), encoded)
+        with open(path, "w", encoding="utf-8") as page:
+            page.write(f'<meta charset=utf-8><title>{title}</title><img src="%3Csvg onload=alert(3)%3E.gif">'
+                       '<a href="%3Ci%3Egone.html">\u202e&lt;i></a>')
+    (folder / "index.html").write_text("<title>Home</title>" + "".join(links) + '<a href="many.html">x</a>')
+    (folder / "many.html").write_text("".join(f'<a href="no/{i}.html">x</a>\n' for i in range(MANY)))
+
+
+def text_of(browser, selector):
+    return browser.run("return [...document.querySelectorAll(arguments[0])].map((e) => e.textContent)", selector)
+
+
+def count_line(browser):
+    return text_of(browser, "main .count")[0]
+
+
+def check_quiet(browser, where):
+    expect(f"what the console says of {where}", browser.complaints(), [])
+
+
+def check_views(browser, report):
+    browser.open(report)
+    for route in ROUTES:
+        browser.go("#/" + route)
+        expect(f"headings of {route}", len(text_of(browser, "main h2")), 1)
+        check_quiet(browser, route)
+    current = browser.run("return [...document.querySelectorAll('nav a')].map((a) => a.getAttribute('href'))")
+    for address in current:
+        browser.go(address)
+        expect("current tab", browser.run(
+            "return document.querySelector('nav a[aria-current=page]').getAttribute('href')"), address)
+
+
+def check_counts(browser, report, answer):
+    """The same numbers as the program says."""
+    browser.open(report)
+    totals = dict(zip(text_of(browser, ".totals dt"), text_of(browser, ".totals dd")))
+    for word in ("errors", "warnings", "pages", "files", "links"):
+        expect(word, totals[word].replace(",", ""), str(answer[word]))
+    rows = answer["findings"]
+    expect("count line", count_line(browser), f"{len(rows)} findings in {answer['places']} places")
+    by_rule = {rule: sum(row["rule"] == rule for row in rows) for rule in {row["rule"] for row in rows}}
+    chips = dict(chip.rsplit(" ", 1) for chip in text_of(browser, ".chips[aria-label=Rule] .chip"))
+    expect("rules", chips, {rule: str(count) for rule, count in by_rule.items()})
+
+
+def place_texts(row, place):
+    return " ".join([row["rule"], row["target"], row["message"], row["suggestion"] or "", place["file"],
+                     place.get("reference") or ""]).lower()
+
+
+def shown_findings(browser):
+    return sorted(text_of(browser, ".card h3"))
+
+
+def type_search(browser, text):
+    field = browser.driver.find_element("css selector", "main input[type=search]")
+    field.send_keys(Keys.CONTROL, "a", Keys.NULL, Keys.BACKSPACE, text)
+
+
+def check_choices(browser, report, answer):
+    """Searches and filters show what the program's answer has of it."""
+    rows = answer["findings"]
+    tests = [("cgi", lambda row, place: "cgi" in place_texts(row, place)),
+             ("HOME prices", lambda row, place: all(word in place_texts(row, place) for word in ("home", "prices"))),
+             ("img/ not", lambda row, place: all(word in place_texts(row, place) for word in ("img/", "not"))),
+             ("nothing has this", lambda row, place: False)]
+    browser.open(report)
+    for text, test in tests:
+        type_search(browser, text)
+        wanted = sorted(row["message"] for row in rows if any(test(row, place) for place in row["places"]))
+        titles = re.compile(r" “.*”$")
+        expect(f"found by {text}", [titles.sub("", t) for t in shown_findings(browser)], wanted)
+    for route, test in [("severity=warning", lambda row, place: row["severity"] == "warning"),
+                        ("rule=wrong-case", lambda row, place: row["rule"] == "wrong-case"),
+                        ("rule=missing-file&severity=warning", lambda row, place: False)]:
+        browser.go(f"#/findings?{route}")
+        expect(route, len(shown_findings(browser)),
+               sum(any(test(row, place) for place in row["places"]) for row in rows))
+    browser.go("#/findings")
+    choose(browser, "Folder", "news/")
+    in_news = [place["file"] for row in rows for place in row["places"] if place["file"].startswith("news/")]
+    expect("places in a folder", count_line(browser).split(" in ")[1], f"{len(in_news)} places")
+    press(browser, "By page")
+    expect("pages of a folder", len(shown_findings(browser)), len(set(in_news)))
+    # What is chosen stands in the address, and a reload keeps it.
+    browser.wait("return location.hash.includes('by=page') && location.hash.includes('folder=')")
+    browser.driver.refresh()
+    browser.wait("return document.querySelector('.card') !== null")
+    expect("after a reload", len(shown_findings(browser)), len(set(in_news)))
+    check_quiet(browser, "choices")
+
+
+def choose(browser, label, begin):
+    browser.run("""const [label, begin] = arguments;
+        const field = [...document.querySelectorAll("main .field")].find((f) => f.textContent.startsWith(label));
+        const select = field.querySelector("select");
+        select.value = [...select.options].find((option) => option.text.startsWith(begin)).value;
+        select.dispatchEvent(new Event("change"));""", label, begin)
+
+
+def press(browser, text):
+    button = browser.run("""return [...document.querySelectorAll("main button, main summary")]
+        .find((b) => b.textContent.trim().startsWith(arguments[0])) ?? null;""", text)
+    assert button is not None, f"no button {text}"
+    button.click()
+
+
+def section_links(browser, title):
+    return sorted(browser.run("""const section = [...document.querySelectorAll("main section")]
+        .find((s) => s.querySelector("h3").textContent.startsWith(arguments[0]));
+        return section ? [...section.querySelectorAll("li a")].map((a) => a.textContent) : [];""", title))
+
+
+def check_file_view(browser, report, sites, folder):
+    """Links in and out are those of `links`; the way from the home page is made of links."""
+    browser.open(report)
+    for name in ("home.htm", "news/index.htm", "img/logo.png", "style/site.css"):
+        browser.go("#/file/" + name)
+        for side, title, other in (("--to", "Links to it", "from"), ("--from", "Links from it", "to")):
+            rows = sites.answer("links", "demo", side, pathlib.Path(folder) / name)
+            expect(f"{title}: {name}", section_links(browser, title),
+                   sorted({path_below(row[other], folder) for row in rows}))
+        way = text_of(browser, ".way li")
+        assert way[0] == "index.htm" and way[-1] == name, way
+        for here, there in zip(way, way[1:]):
+            rows = sites.answer("links", "demo", "--from", pathlib.Path(folder) / here)
+            assert there in {path_below(row["to"], folder) for row in rows}, (here, there)
+
+
+def path_below(name, folder):
+    return name.removeprefix(str(pathlib.Path(folder).resolve()) + "/")
+
+
+def check_tables(browser, report, sites, folder):
+    unused = sites.answer("unused", "demo")
+    browser.open(report, "#/unused?show=unused")
+    expect("unused", sorted(text_of(browser, "tbody th a")),
+           sorted(row["name"] for row in unused))
+    browser.go("#/pages?kind=page&sort=size")
+    sizes = {path: (pathlib.Path(folder) / path).stat().st_size for path in text_of(browser, "tbody th a")}
+    expect("pages by size", list(sizes.values()), sorted(sizes.values(), reverse=True))
+    press(browser, "Size")
+    expect("turned round", [sizes[path] for path in text_of(browser, "tbody th a")], sorted(sizes.values()))
+    type_search(browser, "news/")
+    expect("searched", set(text_of(browser, "tbody th a")), {path for path in sizes if path.startswith("news/")})
+    browser.go("#/hosts")
+    expect("hosts", count_line(browser).split()[0], text_of(browser, "nav a[href='#/hosts'] .tab-count")[0])
+
+
+def check_hostile(browser, report):
+    """Every name and title is text, and no name hides what it is."""
+    browser.open(report)
+    for name in ["findings", "findings?by=page", "unused", "pages?kind=all", "hosts", "map"]:
+        browser.go("#/" + name)
+        expect(f"elements made of names in {name}", browser.run(
+            "return document.querySelectorAll('main img, main script, main b, main i, main [onload], "
+            "main [onerror]').length"), 0)
+        assert "\u202e" not in text_of(browser, "main")[0], name
+    browser.go("#/pages")
+    paths = text_of(browser, "tbody th a")
+    for shown in ("<img src=x onerror=alert(1)>.html", "a\\u202egpj.html", LONG, "caf\\xE9.html",
+                  "100% {x} ${y} `z`.html"):
+        assert shown in paths, (shown, paths)
+    for at in range(len(paths)):
+        browser.go("#/pages")
+        browser.run("document.querySelectorAll('tbody th a')[arguments[0]].click()", at)
+        browser.wait("return document.querySelector('.file-head') !== null")
+        assert paths[at] in text_of(browser, ".file-head")[0], paths[at]
+    browser.screen(360)
+    for route in ("findings", "pages", "file/" + LONG):
+        browser.go("#/" + route)
+        check_width(browser, route)
+    browser.screen(1280)
+    check_quiet(browser, "hostile names")
+
+
+def check_width(browser, where):
+    wide, there = browser.run("return [document.documentElement.scrollWidth, document.documentElement.clientWidth]")
+    assert wide <= there, f"{where} is {wide} wide on a screen of {there}"
+
+
+def check_many(browser, report):
+    """A list of 10,000 is shown in parts; each key that is typed shows at once."""
+    browser.open(report)
+    rows = lambda: browser.run("return document.querySelectorAll('.card').length")
+    first = rows()
+    assert 0 < first <= 400, first
+    browser.run("scrollTo(0, document.body.scrollHeight)")
+    browser.wait(f"return document.querySelectorAll('.card').length > {first}")
+    times = typing_times(browser, "no/123")
+    print("ms a key with 10,000 findings:", times)
+    assert statistics.median(times) < 50, times
+    expect("found", count_line(browser).split()[0], str(sum("no/123" in f"no/{i}.html" for i in range(MANY))))
+    type_search(browser, "")
+    browser.run("dispatchEvent(new Event('beforeprint'))")
+    assert rows() >= 3000, rows()
+
+
+def typing_times(browser, text):
+    """Milliseconds from each key to the next frame."""
+    return browser.driver.execute_async_script("""
+        const [text, done] = arguments;
+        const input = document.querySelector("main input[type=search]");
+        const times = [];
+        const key = (length) => {
+          if (length > text.length) return done(times);
+          const begin = performance.now();
+          input.value = text.slice(0, length);
+          input.dispatchEvent(new Event("input", { bubbles: true }));
+          const { port1, port2 } = new MessageChannel();
+          port1.onmessage = () => {
+            times.push(Math.round(performance.now() - begin));
+            setTimeout(() => key(length + 1), 30);
+          };
+          requestAnimationFrame(() => port2.postMessage(0));
+        };
+        key(1);""", text)
+
+
+def check_keyboard(browser, report):
+    """Tab reaches everything that can be used, in order, and shows where it is."""
+    browser.open(report, "#/findings?rule=wrong-case")
+    press_key = lambda *keys: browser.keys(*keys)
+    press_key(Keys.TAB)
+    expect("first stop", browser.run("return document.activeElement.className"), "skip")
+    press_key(Keys.ENTER)
+    expect("after the skip link", browser.run("return document.activeElement.id"), "main")
+    expect("the address", browser.run("return location.hash"), "#/findings?rule=wrong-case")
+    for route in ("findings?rule=wrong-case", "pages?q=news", "file/home.htm"):
+        browser.open(report, "#/" + route)
+        wanted = browser.run("""window.stops = [...document.querySelectorAll(
+            "a[href], button:not([hidden]), input, select, summary, [tabindex='0']")]
+            .filter((e) => e.checkVisibility()); return window.stops.length;""")
+        for at in range(wanted):
+            press_key(Keys.TAB)
+            here, seen = browser.run("""const e = document.activeElement; const s = getComputedStyle(e);
+                return [window.stops.indexOf(e), s.outlineStyle !== "none" && parseFloat(s.outlineWidth) >= 2];""")
+            expect(f"stop {at} of {route}", (here, seen), (at, True))
+    browser.open(report)
+    link = browser.run("return document.querySelector('.card h3 a')")
+    link.send_keys(Keys.ENTER)
+    browser.wait("return document.querySelector('.file-head') !== null")
+    expect("focus in the new view", browser.run("return document.activeElement.tagName"), "H2")
+
+
+def check_back(browser, report):
+    browser.open(report, "#/pages?kind=all")
+    browser.run("scrollTo(0, 500)")
+    browser.wait("return scrollY === 500")
+    browser.run("document.querySelectorAll('tbody th a')[9].click()")
+    browser.wait("return document.querySelector('.file-head') !== null && scrollY === 0")
+    browser.driver.back()
+    browser.wait("return document.querySelector('tbody') !== null && scrollY === 500")
+
+
+def check_print(browser, report):
+    """On paper stand the findings, and no controls."""
+    browser.open(report)
+    pdf = base64.b64decode(browser.command("Page.printToPDF", printBackground=True)["data"])
+    assert pdf.startswith(b"%PDF-") and len(pdf) > 20000 and pdf.count(b"/Type /Page\n") >= 2, len(pdf)
+    browser.command("Emulation.setEmulatedMedia", media="print")
+    shown = lambda selector: browser.run(
+        "return [...document.querySelectorAll(arguments[0])].filter((e) => e.checkVisibility()).length", selector)
+    expect("controls on paper", shown("nav, .tools, .copy, .more"), 0)
+    assert shown(".card") == browser.run("return document.querySelectorAll('.card').length") > 0
+    browser.command("Emulation.setEmulatedMedia", media="")
+
+
+def check_without_script(browser, report):
+    browser.command("Emulation.setScriptExecutionDisabled", value=True)
+    browser.driver.get("about:blank")
+    browser.driver.get(report.as_uri())
+    body = browser.driver.find_element("css selector", "body").text
+    browser.command("Emulation.setScriptExecutionDisabled", value=False)
+    assert "JavaScript" in body and "errors" in body, body
+
+
+def check_large(browser, report):
+    """The limits of a site with 10,000 pages: painted in 1 s, a key in 50 ms."""
+    browser.open(report)
+    painted, shown = browser.run("return [performance.getEntriesByName('first-contentful-paint')[0].startTime, "
+                                 "performance.getEntriesByName('shown')[0].startTime]")
+    print(f"large site: painted after {painted:.0f} ms, findings shown after {shown:.0f} ms")
+    assert painted < 1000, painted
+    for route in ("findings", "findings?by=page", "pages", "pages?kind=all", "hosts"):
+        browser.go("#/" + route)
+        times = typing_times(browser, "javax.lang")
+        print(f"ms a key in {route}:", times)
+        assert statistics.median(times) < 50, times
+    check_quiet(browser, "the large site")
+
+
+def main():
+    with tempfile.TemporaryDirectory(prefix="zvrsit-web-") as folder, Browser() as browser:
+        sites = Sites(PROGRAM, folder)
+        example = pathlib.Path(folder) / "site"
+        shutil.copytree(EXAMPLE, example)
+        report = sites.add("demo", example, "index.htm")
+        answer = sites.answer("check", code=1, cwd=example)
+        browser.screen(1280)
+        check_views(browser, report)
+        check_counts(browser, report, answer)
+        check_choices(browser, report, answer)
+        check_file_view(browser, report, sites, example)
+        check_tables(browser, report, sites, example)
+        check_keyboard(browser, report)
+        check_back(browser, report)
+        check_print(browser, report)
+        check_without_script(browser, report)
+        hostile = pathlib.Path(folder) / "hostile"
+        hostile.mkdir()
+        write_hostile(hostile)
+        report = sites.add("hostile", hostile, "index.html")
+        check_hostile(browser, report)
+        check_many(browser, report)
+        if large := os.environ.get("ZVRSIT_LARGE_SITE"):
+            check_large(browser, sites.add("large", large, "index.html"))
+
+
+main()
