@@ -104,6 +104,7 @@ class GraphReader {
       graph_.nodes[edge.to].inLinks += edge.weight;
       if (graph_.nodes[edge.to].kind == NodeKind::kMissing) {
         graph_.nodes[edge.from].broken += edge.weight;
+        graph_.nodes[edge.from].brokenFiles = 1;
       }
     }
     return 0;
@@ -204,6 +205,7 @@ class GraphReader {
       standing.size += node.size;
       standing.inLinks += node.inLinks;
       standing.broken += node.broken;
+      standing.brokenFiles += node.brokenFiles;
     }
     graph_.nodes = std::move(nodes);
     MoveEdges(graph_.edges, places);

@@ -31,10 +31,11 @@ struct GraphNode {
   std::int64_t stands = 1;  // for how many files of the site a folder stands
   std::int64_t inner = 0;   // how many links lead from it to itself
   // Of all the files that it stands for: bytes, links to them from other files, and links from them
-  // to files that are not there.
+  // to files that are not there; and how many of them have such links.
   std::int64_t size = 0;
   std::int64_t inLinks = 0;
   std::int64_t broken = 0;
+  std::int64_t brokenFiles = 0;
 };
 struct GraphEdge {
   std::size_t from = 0;  // index into Graph::nodes

@@ -15,7 +15,9 @@ constexpr double kWidth = 1600;
 constexpr double kHeight = 1000;
 constexpr Box kMap{12, 62, kWidth - 24, kHeight - 62 - 44};
 constexpr std::size_t kMostArcs = 60;
+constexpr std::size_t kMostLost = 20;  // of them, to missing files
 constexpr double kLineHeight = 15;
+constexpr double kBand = 6;
 
 // Text on each fill, and what is hatched, have the contrast that WCAG 2.1 asks for at level AA.
 constexpr const char* kStyle = R"svg(<style>
@@ -131,7 +133,7 @@ class GraphPicture {
                                              : "file",
             area.box);
     if (node.kind == NodeKind::kMissing) DrawBox("stripes faint", area.box);
-    if (node.broken > 0) DrawBroken(area.box, node.broken);
+    if (node.broken > 0) DrawBroken(area.box, node);
     if (area.box.height < kLineHeight + 1) return;
     const double width = area.box.width - 8;
     const std::string count = Counted(node.stands, "file");
@@ -162,12 +164,15 @@ class GraphPicture {
         box.x, box.y, box.width, box.height);
   }
 
-  // A striped band along the lower edge, and how many links it is about where there is room.
-  void DrawBroken(const Box& box, std::int64_t count) {
-    const double band = std::min(6.0, box.height / 4);
-    DrawBox("stripes", {box.x, box.y + box.height - band, box.width, band});
-    DrawBox("broken", box);
-    const std::string text = fmt::format("! {}", count);
+  // A striped band along as much of the lower edge as files have such links, and where there is
+  // room how many links these are.
+  void DrawBroken(const Box& box, const GraphNode& node) {
+    const double band = std::min(kBand, box.height / 4);
+    const double share = static_cast<double>(node.brokenFiles) / static_cast<double>(node.stands);
+    const double length = std::min(box.width, std::max(kBand, box.width * share));
+    DrawBox("stripes", {box.x, box.y + box.height - band, length, band});
+    if (node.kind != NodeKind::kFolder) DrawBox("broken", box);
+    const std::string text = fmt::format("! {}", node.broken);
     const double width = TextWidth(text, 11) + 8;
     if (box.width < width + 4 || box.height < 3 * kLineHeight) return;
     const double x = box.x + box.width - width - 2;
@@ -182,22 +187,29 @@ class GraphPicture {
     return graph_.nodes[edge.to].kind == NodeKind::kMissing;
   }
 
-  // Those to missing files and the heaviest ones, last and above the others.
+  // The heaviest last, above the others.
   void DrawArcs() {
     std::vector<const Area*> shown(graph_.nodes.size());
     MarkShown(0, shown);
+    std::vector<const GraphEdge*> lost;
     std::vector<const GraphEdge*> edges;
     for (const GraphEdge& edge : graph_.edges) {
-      if (shown[edge.from] != nullptr && shown[edge.to] != nullptr) edges.push_back(&edge);
+      if (shown[edge.from] == nullptr || shown[edge.to] == nullptr) continue;
+      (IsLost(edge) ? lost : edges).push_back(&edge);
     }
-    std::ranges::stable_sort(edges, {}, [this](const GraphEdge* edge) {
-      return std::tuple(!IsLost(*edge), -edge->weight);
-    });
-    if (edges.size() > kMostArcs) edges.resize(kMostArcs);
-    std::ranges::reverse(edges);
-    for (const GraphEdge* const edge : edges) {
-      DrawArc(*edge, shown[edge->from]->box, shown[edge->to]->box);
+    KeepHeaviest(lost, kMostLost);
+    KeepHeaviest(edges, kMostArcs - lost.size());
+    edges.insert(edges.begin(), lost.begin(), lost.end());
+    std::int64_t heaviest = 10;  // few links are thin everywhere
+    for (const GraphEdge* const edge : edges) heaviest = std::max(heaviest, edge->weight);
+    for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) {
+      DrawArc(**edge, heaviest, shown[(*edge)->from]->box, shown[(*edge)->to]->box);
     }
+  }
+
+  static void KeepHeaviest(std::vector<const GraphEdge*>& edges, std::size_t most) {
+    std::ranges::stable_sort(edges, {}, [](const GraphEdge* edge) { return -edge->weight; });
+    if (edges.size() > most) edges.resize(most);
   }
 
   void MarkShown(std::size_t index, std::vector<const Area*>& shown) const {
@@ -207,7 +219,7 @@ class GraphPicture {
   }
 
   // Bent to the left of its direction, so that the way back is another arc.
-  void DrawArc(const GraphEdge& edge, const Box& from, const Box& to) {
+  void DrawArc(const GraphEdge& edge, std::int64_t heaviest, const Box& from, const Box& to) {
     const double x1 = from.x + from.width / 2;
     const double y1 = from.y + from.height / 2;
     const double x2 = to.x + to.width / 2;
@@ -218,7 +230,9 @@ class GraphPicture {
         R"svg(stroke-width="{:.1f}" marker-end="url(#{})"><title>{}</title></path>)svg"
         "\n",
         isLost ? " lost" : "", x1, y1, (x1 + x2) / 2 + (y2 - y1) / 5, (y1 + y2) / 2 - (x2 - x1) / 5,
-        x2, y2, 0.8 + 0.6 * std::log10(static_cast<double>(edge.weight)), isLost ? "lost" : "to",
+        x2, y2,
+        0.8 + 2 * std::sqrt(static_cast<double>(edge.weight) / static_cast<double>(heaviest)),
+        isLost ? "lost" : "to",
         PictureText(graph_.nodes[edge.from].name + " -> " + graph_.nodes[edge.to].name) + "\n" +
             Counted(edge.weight, "link"));
   }

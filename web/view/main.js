@@ -5,20 +5,15 @@ import { dateText, numberText } from "./format.js";
 import { showFindings } from "./findings.js";
 import { showHosts } from "./hosts.js";
 import { forgetLists } from "./lists.js";
+import { showMap } from "./map.js";
 import { showFile } from "./page_view.js";
 import { showPages } from "./pages.js";
-import { addressOf, followAddress } from "./router.js";
+import { followAddress } from "./router.js";
 import { showUnused, unreachedFiles } from "./unused.js";
 
 // Each draws itself into an element and answers its title.
 const VIEWS = { findings: showFindings, unused: showUnused, pages: showPages, hosts: showHosts,
   map: showMap, file: showFile, url: showFile };
-
-function showMap(container, site) {
-  fill(container, element("h2", { tabindex: "-1" }, "Map"));
-  if (typeof drawMap === "function") drawMap(container.appendChild(element("div")), site, (file) => { location.hash = addressOf(site, file); });
-  return "Map";
-}
 
 async function startReport() {
   const main = document.getElementById("main");

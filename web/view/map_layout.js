@@ -120,7 +120,7 @@ export function layoutRings(root, depths, centre, most) {
   let count = 0;
   let waiting = rings.map((ring) => ({ part: root, ring, begin: 0, end: ring.files.length }));
   while (waiting.length > 0) {
-    waiting.sort((a, b) => arcLength(b) - arcLength(a));
+    waiting.sort((a, b) => (b.part === root) - (a.part === root) || arcLength(b) - arcLength(a));
     const [sector, ...others] = waiting;
     const below = partsInRing(sector);
     const isRoom = count + waiting.length + below.length <= most &&
@@ -209,4 +209,13 @@ export function linksBetween({ starts, targets, times }, areaOf, count) {
     if (weight > 0 && from !== to) links.push({ from, to, weight });
   });
   return links.sort((a, b) => b.weight - a.weight);
+}
+
+// The last links of the shortest ways to files, as above; `before` has the file before each one.
+export function waysBetween(before, areaOf, count) {
+  const starts = Uint32Array.from({ length: areaOf.length + 1 }, (_, i) => i);
+  const targets = Uint32Array.from(areaOf, (_, file) => (before[file] < 0 ? areaOf.length : before[file]));
+  const times = new Uint8Array(areaOf.length).fill(1);
+  return linksBetween({ starts, targets, times }, areaOf, count)
+    .map(({ from, to, weight }) => ({ from: to, to: from, weight }));
 }

@@ -87,13 +87,13 @@ function rootOf(site, isWanted) {
     const around = site.data.folders.parent[i];
     if (around < 0 || !holdsFiles[i]) continue;
     holdsFiles[around] = 1;
-    folders[around].parts.push(joined(grouped(folders[i])));
+    folders[around].parts.push(withOnlyFolder(grouped(folders[i])));
   }
   return Object.assign(grouped(folders[0]), { name: site.data.site.name || "all files" });
 }
 
 // A folder that holds nothing but one folder is one area with it.
-function joined(folder) {
+function withOnlyFolder(folder) {
   const [only] = folder.parts;
   if (folder.parts.length !== 1 || only.file >= 0) return folder;
   return { ...only, name: folder.name + only.name };
