@@ -9,7 +9,7 @@ import { addressWith } from "./router.js";
 export function findingCard(site, { finding, id, places }) {
   return element("li", { class: "card card-" + finding.severity },
     findingHead(site, finding, id),
-    advice(finding),
+    advice(site, finding),
     places.length === 0 ? null : shortList(places, (place) => placeRow(site, place), ["place"]));
 }
 
@@ -24,12 +24,11 @@ function findingHead(site, finding, id) {
 // The message; what it is about leads to its own view.
 function messageText(site, finding) {
   const { message, target, targetFile } = finding;
-  const at = targetFile < 0 || target === "" ? -1 : message.indexOf(target);
-  if (at < 0) {
-    return [plain(message), targetFile < 0 ? null : [" ", fileLink(site, targetFile)]];
-  }
-  return [plain(message.slice(0, at)), fileLink(site, targetFile, target),
-    plain(message.slice(at + target.length))];
+  if (targetFile < 0) return plain(message);
+  const name = [target, site.pathOf(targetFile)].find((one) => one !== "" && message.includes(one));
+  if (name === undefined) return [plain(message), " ", fileLink(site, targetFile)];
+  const at = message.indexOf(name);
+  return [plain(message.slice(0, at)), fileLink(site, targetFile, name), plain(message.slice(at + name.length))];
 }
 
 function ruleLink(rule) {
@@ -42,11 +41,13 @@ function newBadge(site, id) {
 }
 
 // What is likely meant, and the command that mends it.
-export function advice(finding) {
-  if (!finding.suggestion && !finding.command) return null;
+function advice(site, { suggestion, command }) {
+  if (!suggestion && !command) return null;
+  const file = site.indexOf(suggestion);
   return element("div", { class: "advice" },
-    finding.suggestion ? element("p", {}, "Likely meant: ", named(finding.suggestion, { class: "path" })) : null,
-    finding.command ? commandLine(finding.command) : null);
+    suggestion ? element("p", {}, "Likely meant: ",
+      file >= 0 ? fileLink(site, file) : named(suggestion, { class: "path" })) : null,
+    command ? commandLine(command) : null);
 }
 
 // "12:7"; nothing for a file as a whole.
@@ -84,9 +85,9 @@ function byLine(rows) {
 export function findingRow(site, { finding, id, place }) {
   return element("li", {},
     element("div", { class: "place-head" }, severityMark(finding.severity), positionText(place),
-      element("span", { class: "message" }, messageText(site, finding)), newBadge(site, id),
-      ruleLink(finding.rule)),
-    placeText(site, place), advice(finding));
+      element("span", { class: "message" }, messageText(site, finding), " ", newBadge(site, id), " ",
+        ruleLink(finding.rule))),
+    placeText(site, place), advice(site, finding));
 }
 
 // Rows for the findings of one file.

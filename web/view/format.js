@@ -1,7 +1,7 @@
 // Numbers, sizes and times in words.
 
 const NUMBERS = new Intl.NumberFormat("en");
-const TENTHS = new Intl.NumberFormat("en", { maximumFractionDigits: 1 });
+const TENTHS = new Intl.NumberFormat("en", { minimumFractionDigits: 1, maximumFractionDigits: 1 });
 const DATES = new Intl.DateTimeFormat("en-GB", { dateStyle: "medium", timeStyle: "short" });
 
 export function numberText(value) { return NUMBERS.format(value); }

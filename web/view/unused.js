@@ -46,7 +46,7 @@ function summary(site, rows) {
   };
   return element("ul", { class: "sums" },
     part((row) => row.isOrphan, ["orphan page"], site.home < 0
-      ? "without a home page, no page is an orphan" : "no way leads to them from the home page"),
+      ? "without a home page, no page is an orphan" : "not reached from the home page"),
     part((row) => row.isUnused, ["unused file"], "nothing refers to them"));
 }
 
