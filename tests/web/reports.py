@@ -12,7 +12,7 @@ class Sites:
     """A database with sites, and their reports, in a folder."""
 
     def __init__(self, program, folder):
-        self.program = program
+        self.program = pathlib.Path(program).resolve()
         self.folder = pathlib.Path(folder)
 
     def run(self, *words, code=0, cwd=None):
