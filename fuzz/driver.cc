@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fuzz/seeds.h"
 #include "fuzz/target.h"
 
 namespace {
@@ -85,14 +86,6 @@ int ReadFile(const char* name) {
   return 0;
 }
 
-int WriteSeeds(const std::vector<std::string>& seeds, const std::string& folder) {
-  for (std::size_t i = 0; i < seeds.size(); ++i) {
-    std::ofstream out(folder + "/seed" + std::to_string(i), std::ios::binary);
-    if (!out.write(seeds[i].data(), static_cast<std::streamsize>(seeds[i].size()))) return 1;
-  }
-  return 0;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -104,7 +97,7 @@ int main(int argc, char** argv) {
     if (argument == "--rounds" && i + 1 < argc) {
       rounds = std::atol(argv[++i]);
     } else if (argument == "--seeds" && i + 1 < argc) {
-      return WriteSeeds(seeds, argv[++i]);
+      return WriteSeeds(argv[++i]);
     } else {
       readFiles = true;
       if (ReadFile(argv[i]) != 0) return 1;

@@ -6,21 +6,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "dom/dom.h"
-#include "manager/site_mgr.h"
 #include "support/folder_link.h"
-#include "support/temp_folder.h"
-#include "tables/site_folder_db.h"
-#include "tables/site_link_db.h"
-#include "tables/site_path_db.h"
-#include "tables/site_rel_db.h"
-#include "tables/site_url_db.h"
+#include "support/site_tables.h"
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
@@ -30,92 +21,6 @@ namespace zvrsit::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The tables of one site in a database folder of their own.
-class Tables {
- public:
-  Tables(const TempFolder& folder, const std::string& database, const SiteProfile& profile)
-      : folder_(folder.path(database) + "\\"), native_(folder.native(database)) {
-    Start();
-    EXPECT_EQ(mgr->SetSiteProf("demo", profile), 0);
-  }
-
-  void Start() {
-    mgr = std::make_unique<SiteMgr>();
-    mgr->setDom(&dom_);
-    mgr->setDB(folder_.c_str(), "sites.R", "servers.R", 0);
-  }
-  void Open() { ASSERT_EQ(mgr->SiteOpen("demo", 0), 0); }
-  // Into empty tables.
-  void Rebuild() {
-    mgr = nullptr;
-    fs::remove_all(fs::path(native_) / "demo");
-    fs::create_directories(fs::path(native_) / "demo");
-    Start();
-    Open();
-    ASSERT_EQ(mgr->SiteRebuildDB(1, nullptr), 0);
-    ASSERT_EQ(mgr->FlushUpdated(), 0);
-  }
-
-  // All that the tables hold, by names, in an order that does not depend on numbers.
-  std::vector<std::string> Dump() const {
-    std::vector<std::string> lines;
-    const SitePathDB& paths = *mgr->GetPathDB();
-    Each(paths, [&](int number) {
-      SitePathRec rec;
-      EXPECT_EQ(paths.Get(number, rec), 0);
-      std::ostringstream line;
-      line << "file " << paths.NameView(number) << " " << rec.exists << " " << rec.fileType << " "
-           << rec.size << " " << rec.creationTime << " " << rec.modificationTime << " "
-           << rec.membership << " " << rec.unread;
-      for (const std::int32_t text : {rec.title, rec.lastModified, rec.expires, rec.generator,
-                                      rec.keywords, rec.description, rec.contentType})
-        line << " '" << paths.TextView(text) << "'";
-      std::vector<std::int32_t> anchors;
-      EXPECT_EQ(paths.GetList(rec, anchors), 0);
-      for (const std::int32_t anchor : anchors) line << " #" << paths.TextView(anchor);
-      lines.push_back(line.str());
-    });
-    Each(*mgr->GetFolderDB(), [&](int n) { lines.push_back("folder " + Name({kKindFolder, n})); });
-    Each(*mgr->GetUrlDB(), [&](int n) { lines.push_back("url " + Name({kKindUrl, n})); });
-    Each(*mgr->GetRelDB(), [&](int number) {
-      SiteRelRec rel;
-      EXPECT_EQ(mgr->GetRelDB()->Get(number, rel), 0);
-      lines.push_back("relation " + Name(rel.from) + " > " + Name(rel.to));
-    });
-    Each(*mgr->GetLinkDB(), [&](int number) {
-      SiteLinkRec link;
-      EXPECT_EQ(mgr->GetLinkDB()->Get(number, link), 0);
-      std::ostringstream line;
-      line << "link " << Name(link.from) << " > " << Name(link.to) << " '"
-           << mgr->GetLinkDB()->TextView(link.text) << "' '"
-           << mgr->GetLinkDB()->TextView(link.alternative) << "' " << std::hex << link.type
-           << std::dec << " x" << link.count << " @" << link.offset;
-      lines.push_back(line.str());
-    });
-    std::ranges::sort(lines);
-    return lines;
-  }
-
-  std::unique_ptr<SiteMgr> mgr;
-
- private:
-  template <class Visit>
-  static void Each(const SiteTable& table, Visit visit) {
-    for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) visit(i);
-  }
-  std::string Name(const UrlID& id) const {
-    std::string name = "?";
-    if (id.kind == kKindFolder) (void)mgr->GetFolderDB()->Name(id.id, name);
-    if (id.kind == kKindPath) (void)mgr->GetPathDB()->Name(id.id, name);
-    if (id.kind == kKindUrl) (void)mgr->GetUrlDB()->Name(id.id, name);
-    return name;
-  }
-
-  const std::string folder_;
-  const std::string native_;
-  DOM dom_;
-};
 
 // One site that is edited at random.
 class Life {
@@ -363,7 +268,7 @@ class Updating : public testing::Test {
   // Lives one life; false at the first difference.
   bool Live(unsigned seed, int batches) {
     Life life(seed);
-    Tables kept(life.folder, "kept", life.profile);
+    SiteTables kept(life.folder, "kept", life.profile);
     kept.Rebuild();
     for (int batch = 0; batch < batches; ++batch) {
       life.edits.clear();
@@ -382,7 +287,7 @@ class Updating : public testing::Test {
         EXPECT_EQ(result, SiteMgr::kMustRebuild);
         kept.Rebuild();
       }
-      Tables fresh(life.folder, "fresh", life.profile);
+      SiteTables fresh(life.folder, "fresh", life.profile);
       fresh.Rebuild();
       const std::vector<std::string> have = kept.Dump(), want = fresh.Dump();
       if (have != want) {
@@ -402,7 +307,7 @@ class Updating : public testing::Test {
   }
 
   // As an application that reports each change, though it may forget some.
-  static void SaveOneByOne(const Life& life, Tables& kept) {
+  static void SaveOneByOne(const Life& life, SiteTables& kept) {
     std::vector<std::string> paths;
     for (const std::string& name : life.written) {
       paths.push_back(life.folder.path("site/" + name));
@@ -443,7 +348,7 @@ TEST_F(Updating, GivesWhatARebuildGives) {
   }
 }
 
-// Tables that somebody else has written, or read by another profile, are not trusted; nor is a
+// SiteTables that somebody else has written, or read by another profile, are not trusted; nor is a
 // note that is not whole.
 TEST_F(Updating, TrustsNoOtherTables) {
   TempFolder folder;
@@ -453,7 +358,7 @@ TEST_F(Updating, TrustsNoOtherTables) {
   profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
   profile.topFile = folder.path("site/index.html");
   profile.linkRules = LinkRules::Web;
-  Tables kept(folder, "kept", profile);
+  SiteTables kept(folder, "kept", profile);
   const auto update = [&] {
     SiteUpdates updates;
     return kept.mgr->SiteUpdate(updates, nullptr);
@@ -515,7 +420,7 @@ TEST_F(Updating, KeepsMarks) {
   SiteProfile profile;
   profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
   profile.topFile = folder.path("site/index.html");
-  Tables kept(folder, "kept", profile);
+  SiteTables kept(folder, "kept", profile);
   kept.Rebuild();
   const auto mark = [&](const std::string& name) {
     const int number = kept.mgr->FindPath(folder.path("site/" + name));
