@@ -294,6 +294,19 @@ def check_back(browser, report):
     browser.wait("return document.querySelector('tbody') !== null && scrollY === 500")
 
 
+def check_back_in_a_long_list(browser, report):
+    browser.open(report)
+    browser.run("document.querySelectorAll('.cards > li')[20].scrollIntoView()")
+    browser.wait("return document.querySelectorAll('.cards > li').length > 100")
+    browser.run("document.querySelectorAll('.cards > li')[90].scrollIntoView()")
+    browser.wait("return scrollY > 5000")
+    far = browser.run("return scrollY")
+    browser.run("document.querySelectorAll('.cards > li')[91].querySelector('h3 a').click()")
+    browser.wait("return document.querySelector('.file-head') !== null")
+    browser.driver.back()
+    browser.wait("return document.querySelector('.cards') !== null && Math.abs(scrollY - arguments[0]) < 500", far)
+
+
 def check_print(browser, report):
     """On paper stand the findings, and no controls."""
     browser.open(report)
@@ -354,6 +367,7 @@ def main():
         report = sites.add("hostile", hostile, "index.html")
         check_hostile(browser, report)
         check_many(browser, report)
+        check_back_in_a_long_list(browser, report)
         if large := os.environ.get("ZVRSIT_LARGE_SITE"):
             check_large(browser, sites.add("large", large, "index.html"))
 

@@ -157,9 +157,11 @@ export class Site {
       !this.findings[i].target.includes("#"));
   }
 
-  // Whether each folder is this one or lies in it.
-  foldersBelow(folder) {
+  // Whether each folder is the one with this path or lies in it.
+  foldersBelow(path) {
     const below = new Uint8Array(this.folderPaths.length);
+    const folder = this.folderPaths.indexOf(path);
+    if (folder < 0) return below;
     below[folder] = 1;
     const { parent } = this.data.folders;
     for (let i = folder + 1; i < parent.length; ++i) below[i] = parent[i] >= 0 ? below[parent[i]] : 0;

@@ -10,7 +10,12 @@ export function findingCard(site, { finding, id, places }) {
   return element("li", { class: "card card-" + finding.severity },
     findingHead(site, finding, id),
     advice(site, finding),
-    places.length === 0 ? null : shortList(places, (place) => placeRow(site, place), ["place"]));
+    isAboutItself(finding) ? null : shortList(places, (place) => placeRow(site, place), ["place"]));
+}
+
+// A file as a whole, which the message names.
+function isAboutItself({ places, targetFile }) {
+  return places.length === 1 && places[0][1] === 0 && places[0][0] === targetFile;
 }
 
 function findingHead(site, finding, id) {

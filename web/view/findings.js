@@ -34,8 +34,8 @@ class FindingsView {
 
   parts() {
     const { wanted } = this;
-    const folders = foldersWithFindings(this.site).map(([folder, path, places]) =>
-      [String(folder), (path === "" ? "All folders" : path + "/") + " (" + numberText(places) + ")"]);
+    const folders = foldersWithFindings(this.site).map(([path, places]) =>
+      [path, (path === "" ? "All folders" : path + "/") + " (" + numberText(places) + ")"]);
     return [
       staleNotice(this.site),
       sinceLastReport(this.site, wanted.fresh !== "", (fresh) => this.set("fresh", fresh ? "1" : "")),
@@ -45,8 +45,8 @@ class FindingsView {
         element("div", { class: "tools-row" },
           choice("Group by", [["", "By finding"], ["page", "By page"]], wanted.by,
             (by) => this.set("by", by)),
-          folders.length > 1 ? selection("Folder", folders, wanted.folder === "" ? "0" : wanted.folder,
-            (folder) => this.set("folder", folder === "0" ? "" : folder)) : null,
+          folders.length > 1 ? selection("Folder", folders, wanted.folder,
+            (folder) => this.set("folder", folder)) : null,
           selection("Sort", SORTS, wanted.sort, (sort) => this.set("sort", sort)))),
       this.count.line, this.list, this.cards.button, this.empty,
     ];

@@ -80,6 +80,13 @@ export function forgetLists() {
   listsOfView = [];
 }
 
+// Shows so many rows that the view is as high as this, where there are as many.
+export function growLists(height) {
+  for (const list of listsOfView) {
+    while (document.documentElement.scrollHeight < height && list.shown < list.items.length) list.append(STEP);
+  }
+}
+
 // A LongList in `list`, and its button.
 export function longList(list, makeRow, what) {
   const made = new LongList(list, makeRow, what);

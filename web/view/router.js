@@ -1,5 +1,6 @@
 // The address after "#": #/findings?rule=missing-file, #/file/news/index.htm. Each view has one, so
 // that it can be kept, sent, and left with the button "back".
+import { growLists } from "./lists.js";
 
 const FIRST_VIEW = "/findings";
 
@@ -32,32 +33,37 @@ export function addressWith(name, values) {
   return "#/" + name + (query ? "?" + query : "");
 }
 
-let waiting = 0;
+// The view that is shown, which the address may be ahead of.
+let here = "";
 
-// Keeps in the address what the reader has chosen, without a step for the button "back". Not at
-// once: browsers refuse when it changes with every key.
+// Keeps in the address what the reader has chosen, without a step for the button "back".
 export function keepInAddress(name, values) {
-  clearTimeout(waiting);
-  const address = addressWith(name, values);
-  waiting = setTimeout(() => history.replaceState({ seen: true }, "", address), 250);
+  setAddress(addressWith(name, values));
+}
+
+function setAddress(address) {
+  try {
+    history.replaceState({ seen: true }, "", address);
+  } catch {
+    // Browsers refuse when it changes too often; the next change sets it.
+  }
+  here = location.hash;
 }
 
 // Where the reader was in each view, for the button "back".
 const positions = new Map();
 
-// Calls `show(route)` now and whenever the address changes. `show` returns how far it could scroll
-// when it is called again with `position`.
+// Calls show(route, isFirst) now and whenever the address changes.
 export function followAddress(show) {
-  let current = location.hash;
-  addEventListener("scroll", () => positions.set(current, scrollY), { passive: true });
+  addEventListener("scroll", () => positions.set(here, scrollY), { passive: true });
   const go = (isFirst) => {
-    clearTimeout(waiting);
     const isBack = history.state !== null && history.state.seen === true;
-    current = location.hash;
-    const position = isBack ? positions.get(current) ?? 0 : 0;
-    history.replaceState({ seen: true }, "", location.hash || "#" + FIRST_VIEW);
+    setAddress(location.hash || "#" + FIRST_VIEW);
+    const position = isBack ? positions.get(here) ?? 0 : 0;
     show(currentRoute(), isFirst);
-    if (!isFirst) scrollTo(0, position);
+    if (isFirst) return;
+    growLists(position + innerHeight);
+    scrollTo(0, position);
   };
   addEventListener("hashchange", () => go(false));
   go(true);

@@ -44,7 +44,7 @@ function add(answer, wanted, row) {
 // Tells for a file whether it lies in the folder and has all these words in its path or title. What
 // was found out about a file is kept while the search is running.
 function placeTest(site, folder) {
-  const below = folder === "" ? null : site.foldersBelow(Number(folder));
+  const below = folder === "" ? null : site.foldersBelow(folder);
   const texts = site.searchTexts();
   const known = new Map();  // word -> for each file 0 (not asked), 1 (no) or 2 (yes)
   return (file, words) => {
@@ -58,7 +58,7 @@ function placeTest(site, folder) {
   };
 }
 
-// Folders that have findings in them or below, with how many places: [[number, path, places]].
+// Folders that have findings in them or below, with how many places: [[path, places]].
 export function foldersWithFindings(site) {
   return site.once("foldersWithFindings", () => {
     const counts = new Uint32Array(site.folderPaths.length);
@@ -67,7 +67,7 @@ export function foldersWithFindings(site) {
     }
     const { parent } = site.data.folders;
     for (let i = parent.length; i-- > 1;) if (parent[i] >= 0) counts[parent[i]] += counts[i];
-    return site.folderPaths.map((path, i) => [i, path, counts[i]]).filter((row) => row[2] > 0);
+    return site.folderPaths.map((path, i) => [path, counts[i]]).filter((row) => row[1] > 0);
   });
 }
 

@@ -28,7 +28,7 @@ export class SortedTable {
         (this.filters ?? []).map(([label, rows, key]) =>
           selection(label, rows, this.values[key] ?? rows[0][0], (value) => this.set(key, value))),
         this.sorter = selection("Sort", this.columns.filter((column) => column.by)
-          .map((column) => [column.key, column.title]), this.values.sort, (key) => this.set("sort", key))),
+          .map((column) => [column.key, column.title]), this.values.sort.replace(/^-/, ""), (key) => this.set("sort", key))),
       this.count.line,
       element("table", {}, element("caption", { class: "unseen" }, this.label),
         element("thead", {}, element("tr", {}, this.heads)), this.body),
