@@ -1,8 +1,8 @@
 // The map: folders and files as nested areas or in rings, and the links between them.
-import { announce, element, fill, svgElement } from "./dom.js";
+import { announce, element, fill, named, plain, svgElement } from "./dom.js";
 import { counted } from "./format.js";
 import { linksBetween, waysBetween } from "./map_layout.js";
-import { MapTree } from "./map_tree.js";
+import { MapTree, folderPathOf } from "./map_tree.js";
 import { arcLayer, areaItems, definitions, labelLayer, lookOf, markLayer, ringCaptions, ringItems, troubleIn } from "./map_drawing.js";
 import { partsTable, showFacts, spokenText } from "./map_facts.js";
 import { saveMap } from "./map_picture.js";
@@ -79,12 +79,12 @@ class SiteMap {
   // Goes into a folder or group, or up to one; `from` is what the focus is on then.
   enter(part, from = null) {
     this.root = part;
-    this.values.in = part.path;
+    this.values.in = folderPathOf(part);
     keepInAddress("map", this.values);
     this.draw();
-    const at = this.items.findIndex((item) => item.part === from);
+    const at = from ? this.items.findIndex(({ part }) => part === from) : 0;
     if (this.items.length > 0) this.shapes[Math.max(0, at)].focus({ preventScroll: true });
-    announce(part.name + ", " + counted(this.items.length, "area"));
+    announce(plain(part.name) + ", " + counted(this.items.length, "area"));
   }
 
   leave() {
@@ -112,7 +112,7 @@ class SiteMap {
     this.cursor = svgElement("path", { class: "map-cursor" });
     this.svg.setAttribute("viewBox", `0 0 ${size.width} ${size.height}`);
     this.svg.setAttribute("height", size.height);
-    this.svg.setAttribute("aria-label", `Map of ${this.root.name}: ${counted(this.items.length, "area")}. Arrow keys go from one to the next.`);
+    this.svg.setAttribute("aria-label", `Map of ${plain(this.root.name)}: ${counted(this.items.length, "area")}. Arrow keys go from one to the next.`);
     fill(this.svg, definitions(), svgElement("g", { class: "map-shapes" }, this.shapes),
       markLayer(this.tree, this.items), rings ? ringCaptions(rings.rings, rings.centre) : null,
       this.arcs, labelLayer(this.tree, this.items), this.cursor);
@@ -210,8 +210,8 @@ class SiteMap {
     const parts = [];
     for (let part = this.root; part; part = part.above) parts.unshift(part);
     fill(this.way, parts.map((part) => element("li", {}, part === this.root
-      ? element("span", { "aria-current": "true" }, part.name)
-      : element("button", { type: "button", class: "map-enter", onclick: () => this.enter(part, this.root) }, part.name))));
+      ? element("span", { "aria-current": "true" }, named(part.name))
+      : element("button", { type: "button", class: "map-enter", onclick: () => this.enter(part, this.root) }, named(part.name)))));
   }
 
   showLegend() {

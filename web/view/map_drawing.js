@@ -177,7 +177,7 @@ function labelsOf(item) {
 }
 
 // Without the folders around it.
-export function nameOf({ part }) { return part === null ? "elsewhere in the site" : part.name; }
+function nameOf({ part }) { return part === null ? "elsewhere in the site" : part.name; }
 
 // The numbers of the rings, in the gap at the top.
 export function ringCaptions(rings, centre) {

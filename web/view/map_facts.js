@@ -1,7 +1,7 @@
 // What the map says in words: about one area, and about all of them as a list.
-import { element, fill, named } from "./dom.js";
+import { element, fill, named, plain } from "./dom.js";
 import { counted, numberText, sizeText } from "./format.js";
-import { nameOf, troubleIn } from "./map_drawing.js";
+import { troubleIn } from "./map_drawing.js";
 import { fileLink, kindWord, titleText } from "./parts.js";
 
 // Of files, one after the other: [word, value]. Values that are empty are left out.
@@ -21,23 +21,29 @@ function factsOf(tree, item) {
     ["With warnings only", some("warnings")], ["Not there", some("missing")]];
 }
 
+// A path; the name of a group.
+function fullName(part) {
+  return part.path === "" ? part.name : part.path + (part.file < 0 ? "/" : "");
+}
+
 // For screen readers.
 export function spokenText(tree, item) {
   if (item.part === null) return "elsewhere in the site, one level up";
   const facts = factsOf(tree, item).filter(([, value]) => value !== "");
-  return [nameOf(item), ...facts.map(([word, value]) => word.toLowerCase() + " " + value)].join(", ");
+  return [plain(fullName(item.part)), ...facts.map(([word, value]) => word.toLowerCase() + " " + value)].join(", ");
 }
 
 // Fills the panel beside the map. Without an item it says how the map is used.
 export function showFacts(panel, tree, item) {
   if (!item || item.part === null) {
     fill(panel, element("p", { class: "quiet" }, item ? "Everything that is not in this folder. A click leads one level up."
+      : tree.files.length === 0 ? "There are no files to show."
       : "Point at an area, or go to it with the arrow keys, to see what it is. A click or Enter opens it; Escape leads one level up."));
     return;
   }
   const { part } = item;
   const rows = factsOf(tree, item).filter(([, value]) => value !== "");
-  fill(panel, element("p", { class: "map-name path" }, named(part.path ? part.path + (part.file < 0 ? "/" : "") : part.name)),
+  fill(panel, element("p", { class: "map-name path" }, named(fullName(part))),
     part.file >= 0 ? element("p", {}, titleText(tree.site, part.file)) : null,
     element("dl", {}, rows.map(([word, value]) => element("div", {}, element("dt", {}, word), element("dd", {}, value)))));
 }
@@ -56,7 +62,7 @@ export function partsTable(tree, root, enter) {
       element("td", { class: "wide" }, trouble.severity ? troubleText(part, trouble) : ""));
   };
   const head = (text, look) => element("th", { scope: "col", class: look }, text);
-  return element("table", {}, element("caption", { class: "unseen" }, "Parts of " + root.name),
+  return element("table", {}, element("caption", { class: "unseen" }, plain("Parts of " + root.name)),
     element("thead", {}, element("tr", {}, head("Name"), head("Files", "number wide"), head("Size", "number"),
       head("Links to it", "number"), head("Findings", "wide"))),
     element("tbody", {}, root.parts.map(row)));

@@ -150,15 +150,16 @@ function ringsOf(root, depths) {
     count: inRing.length, depth: ring === Infinity ? -1 : ring, isLast: ring === MOST_RINGS - 1 }));
 }
 
-// The home page is the disc in the middle.
+// The home page is the disc in the middle. Rings with many files are broader.
 function placeRings(rings, radius) {
   const hole = Math.max(22, radius * 0.12);
-  const around = rings.filter(({ depth }) => depth !== 0);
-  const thick = (radius - hole) / Math.max(1, around.length);
+  const breadth = ({ depth, count }) => (depth === 0 ? 0 : 1.5 + Math.log10(count));
+  const unit = (radius - hole) / rings.reduce((sum, ring) => sum + breadth(ring), 0);
+  let at = hole;
   for (const ring of rings) {
-    const at = around.indexOf(ring);
-    ring.inner = at < 0 ? 0 : hole + at * thick;
-    ring.outer = at < 0 ? hole : ring.inner + thick;
+    ring.inner = ring.depth === 0 ? 0 : at;
+    if (ring.depth !== 0) at += breadth(ring) * unit;
+    ring.outer = at;
   }
 }
 

@@ -63,8 +63,15 @@ function severityOf(site, file) {
   return site.kindOf(file) === "missing" ? "error" : site.severityIn(file);
 }
 
+// A group has no path of its own.
 function holdsPath(part, path) {
-  return part.path !== "" && (path + "/").startsWith(part.path + "/");
+  return part.path === "" ? part.parts.some((below) => below.file < 0 && holdsPath(below, path))
+                          : (path + "/").startsWith(part.path + "/");
+}
+
+// The path of the folder that a part is, or lies in.
+export function folderPathOf(part) {
+  return part.path === "" && part.above ? folderPathOf(part.above) : part.path;
 }
 
 function newPart(name, path, file = -1) {
