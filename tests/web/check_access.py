@@ -18,8 +18,9 @@ from reports import Sites, expect
 PROGRAM, EXAMPLE, KEPT = sys.argv[1:4]
 SKIPPED = 77
 ROUTES = ["findings", "findings?by=page&severity=error", "findings?q=nothing+has+this", "unused", "pages",
-          "pages?kind=all&sort=-path", "hosts", "map", "file/home.htm", "file/img/missing.gif",
-          "file/orphan.htm", "file/style/site.css", "url/mailto%3Aboats%40example.org", "file/none"]
+          "pages?kind=all&sort=-path", "hosts", "map", "map?layout=rings&files=all", "map?in=news",
+          "file/home.htm", "file/img/missing.gif", "file/orphan.htm", "file/style/site.css",
+          "url/mailto%3Aboats%40example.org", "file/none"]
 SCREENS = [("light", 1280, {}), ("dark", 1280, {"dark": True}), ("narrow", 360, {"reduced": True})]
 
 
