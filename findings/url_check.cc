@@ -96,9 +96,13 @@ std::string WithoutCredentials(std::string_view url) {
   // As browsers read it: without white space in front, tabs and line ends.
   std::string read(url.substr(std::min(url.find_first_not_of(" \t\r\n\f"), url.size())));
   std::erase_if(read, [](char c) { return c == '\t' || c == '\r' || c == '\n'; });
-  const Authority authority = AuthorityOf(read);
-  if (authority.host == authority.begin) return std::string(url);
-  return read.erase(authority.begin, authority.host - authority.begin);
+  // What is left of "http:@//user:password@host" has a password once more.
+  bool hasSome = false;
+  for (Authority all = AuthorityOf(read); all.host != all.begin; all = AuthorityOf(read)) {
+    read.erase(all.begin, all.host - all.begin);
+    hasSome = true;
+  }
+  return hasSome ? read : std::string(url);
 }
 
 std::string HostOfUrl(std::string_view url) {

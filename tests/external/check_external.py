@@ -218,6 +218,7 @@ def check_secrets(top, server, certificate):
     expect("passwords", set(site.check(*OWN, *QUICK, "--user-agent", "zvrsit/9 (test)")), {"/404", "/locked?2"})
     site.check(*OWN, *QUICK, "--no-robots", "--broken-age", "0s")
     site.run("check", site.folder / "site", "--external", *OWN, *QUICK)
+    site.links([f"http://bob:secret@{plain}/404", f"ws:@//bob:secret@{plain}/x"])
     site.run("add", "demo", site.folder / "site", code=0)
     site.run("rebuild", "demo", code=0)
     for words in ["urls"], ["links"], ["links", "--format", "json"], ["export", "--to", "jsonl"]:
