@@ -38,7 +38,7 @@ void Check(const Row& row, const Profile& profile) {
   ASSERT_TRUE(site.Rebuild());
   RepairPlan plan;
   ASSERT_EQ(site.Plan(row.from, row.to, plan), 0);
-  MovedSite::WriteEdits(plan);
+  EXPECT_TRUE(site.Change(plan));
   EXPECT_EQ(test::ReadWhole(site.native(row.file)), row.after);
   std::string kept;
   for (const KeptReference& one : plan.kept) kept += one.text + " ";
@@ -508,7 +508,7 @@ TEST(RenamedId, InItsPageAndInAllFragments) {
     ASSERT_TRUE(site.Rebuild());
     RepairPlan plan;
     ASSERT_EQ(PlanRenamedId(*site.mgr, site.path("p.html"), row.from, row.to, plan), 0);
-    MovedSite::WriteEdits(plan);
+    EXPECT_TRUE(site.Change(plan));
     EXPECT_EQ(test::ReadWhole(site.native("p.html")), row.pageAfter);
     EXPECT_EQ(test::ReadWhole(site.native("o.html")), row.otherAfter);
     std::string kept;
@@ -532,7 +532,7 @@ TEST(Retarget, LinksToAMissingFile) {
   RepairPlan plan;
   const std::vector<Retarget> targets{{site.path("d/Prices.html"), site.path("d/prices.html")}};
   ASSERT_EQ(PlanRetarget(*site.mgr, targets, plan), 0);
-  MovedSite::WriteEdits(plan);
+  EXPECT_TRUE(site.Change(plan));
   EXPECT_EQ(test::ReadWhole(site.native("a.html")),
             "<a href=d/prices.html#x><a href=/d/prices.html><a href=d/other.html>");
   EXPECT_EQ(test::ReadWhole(site.native("d/b.html")), "<a href='./prices.html'>");

@@ -1,12 +1,14 @@
 // A site on which plans are made and carried out.
 #pragma once
 
+#include <cerrno>
 #include <filesystem>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "repair/disk_change.h"
 #include "repair/repair_plan.h"
 #include "support/test_site.h"
 
@@ -60,27 +62,18 @@ class MovedSite : public TestSite {
     return PlanMove(*mgr, path(from), path(to), plan);
   }
 
-  // Makes all edits of a plan in the files.
-  static void WriteEdits(const RepairPlan& plan) {
-    for (const FileEdits& file : plan.files) {
-      std::string name;
-      ASSERT_TRUE(platform::ToNativePath(file.path, name));
-      std::string after;
-      ASSERT_TRUE(ApplyEdits(ReadWhole(name), file, after)) << name;
-      WriteWhole(name, after);
-    }
-  }
-
-  void Rename(const std::string& from, const std::string& to) const {
-    const std::filesystem::path target = native(to);
-    const bool isFolder = to.ends_with('/');
-    std::filesystem::create_directories(isFolder ? target.parent_path().parent_path()
-                                                 : target.parent_path());
-    const auto clean = [](std::string name) {
-      if (name.ends_with('/')) name.pop_back();
-      return name;
-    };
-    std::filesystem::rename(clean(native(from)), clean(native(to)));
+  // Makes the edits of a plan in the files, and the move if there is one. False, with nothing
+  // changed, where symbolic links forbid it.
+  bool Change(const RepairPlan& plan, const std::string& from = "", const std::string& to = "") {
+    DiskChange change{plan.files, {}, {}};
+    if (!from.empty()) change.moves.push_back({path(from), path(to)});
+    const std::string journal = folder().path("journal");
+    DiskFault fault;
+    const int result = ChangeDisk(change, journal, nullptr, fault);
+    if (result == -1 && fault.reason == EMLINK) return false;
+    EXPECT_EQ(result, 0) << fault.path << " " << fault.reason;
+    EXPECT_EQ(EndRepair(journal), 0);
+    return true;
   }
 };
 

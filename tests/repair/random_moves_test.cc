@@ -394,6 +394,7 @@ SiteLinks LinksOf(MovedSite& site, const std::function<std::string(const std::st
 struct Tally {
   double seconds = 0;  // of the last plan
   int moves = 0;
+  int refused = 0;  // moves, for symbolic links that would lead elsewhere
   int edits = 0;
   int kept = 0;
   int files = 0;     // that a move changed
@@ -401,9 +402,9 @@ struct Tally {
   int restored = 0;  // of these, files that had their bytes of before
 
   void Tell() const {
-    std::cout << moves << " moves, " << files << " files changed, " << edits << " edits, " << kept
-              << " kept; of " << undone << " files changed there and back " << restored
-              << " are as before\n";
+    std::cout << moves << " moves, " << refused << " refused, " << files << " files changed, "
+              << edits << " edits, " << kept << " kept; of " << undone
+              << " files changed there and back " << restored << " are as before\n";
   }
 };
 
@@ -451,8 +452,10 @@ void MoveAndCompare(MovedSite& site, const std::string& from, const std::string&
   const auto begin = std::chrono::steady_clock::now();
   ASSERT_EQ(site.Plan(from, to, plan), 0);
   tally.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-  MovedSite::WriteEdits(plan);
-  site.Rename(from, to);
+  if (!site.Change(plan, from, to)) {
+    ++tally.refused;
+    return;
+  }
   ASSERT_TRUE(site.Rebuild());
   Compare(before, LinksOf(site, [](const std::string& path) { return path; }), plan, moved);
   // By the web rules every name can be written everywhere, but for what only the server knows.
@@ -546,7 +549,7 @@ TEST(RandomMoves, InAGivenTree) {
     MoveAndCompare(site, from, to, tally, plan);
     std::cout << from << " => " << to << ": " << plan.files.size() << " files, " << plan.kept.size()
               << " kept, planned in " << tally.seconds << " s\n";
-    if (i % 2 == 0) {
+    if (i % 2 == 0 && !std::filesystem::exists(site.native(from))) {
       MoveAndCompare(site, to, from, tally, back);
       CountRestored(site, files, plan, tally);
     }
