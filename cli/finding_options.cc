@@ -44,8 +44,7 @@ std::string PrefixOf(const std::string& folder) {
 
 }  // namespace
 
-void AddFindingOptions(CLI::App& command, FindingOptions& options) {
-  command.add_flag("--all", options.all, "a line for each place, not only the first of a finding");
+void AddRuleOptions(CLI::App& command, FindingOptions& options) {
   command
       .add_option_function<std::vector<std::string>>(
           "--rule",
@@ -72,6 +71,11 @@ void AddFindingOptions(CLI::App& command, FindingOptions& options) {
       ->check(NotEmpty());
   command.add_flag_callback(
       "--no-config", [&options] { options.usesConfig = false; }, "reads none");
+}
+
+void AddFindingOptions(CLI::App& command, FindingOptions& options) {
+  command.add_flag("--all", options.all, "a line for each place, not only the first of a finding");
+  AddRuleOptions(command, options);
   command.add_flag("-q,--quiet", options.quiet, "findings alone, no totals");
   command.add_flag("-v,--verbose", options.verbose,
                    "tells what is looked at, and how long each step takes");

@@ -32,8 +32,9 @@ struct FindingOptions {
   bool verbose = false;  // on stderr: what is looked at, and how long each step takes
 };
 
-// --rule, --ignore and --ignore-target, of one value each time; --config, --no-config, --all,
-// --color, --quiet and --verbose.
+// --rule, --ignore and --ignore-target, of one value each time; --config and --no-config.
+void AddRuleOptions(CLI::App& command, FindingOptions& options);
+// The same, and --all, --color, --quiet and --verbose.
 void AddFindingOptions(CLI::App& command, FindingOptions& options);
 
 // Reads the configuration that is wanted: the one that was named, else `found`, a native file or

@@ -29,7 +29,10 @@ constexpr CommandHelp kHelp[] = {
     {"check", "check docs --top docs/index.html",
      "--files-from --root --config --no-config --default-url --doc-root --page-types --rules "
      "--ignore-target --verbose --external-fragments --offline --accept --private-network"},
-    {"report", "report harbour -o harbour.html", ""},
+    {"report", "report harbour -o harbour.html",
+     "--config --no-config --default-url --doc-root --page-types --rules --base-url "
+     "--fallback-extensions --ignore-target --external-fragments --offline --accept "
+     "--private-network"},
     {"add", "add harbour www --top www/index.html", ""},
     {"sites", "sites", ""},
     {"rebuild", "rebuild harbour", ""},

@@ -1,35 +1,186 @@
 // The command report.
-#include <cstdio>
+#include <algorithm>
 #include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/examine.h"
 #include "cli/exit_code.h"
-#include "cli/finding_options.h"
+#include "cli/external_check.h"
 #include "cli/freshness.h"
 #include "cli/interrupts.h"
+#include "cli/known_site.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
+#include "cli/terminal.h"
 #include "exports/new_file.h"
+#include "findings/formats.h"
+#include "findings/owned_cells.h"
+#include "findings/url_check.h"
 #include "web/report.h"
 
 namespace zvrsit::cli {
 namespace {
 
+namespace fs = std::filesystem;
+
 struct ReportWanted {
-  std::string site;
-  std::string output;
+  std::string site;    // a name or a folder; may be empty
+  std::string output;  // "-" or empty: stdout
+  std::string since;   // may be empty
+  GivenCheck given;
 };
+
+bool GoesToStdout(const ReportWanted& wanted) {
+  return wanted.output.empty() || wanted.output == "-";
+}
 
 std::string Now() {
   const std::time_t now = std::time(nullptr);
   char text[32];
-  const std::size_t length =
-      std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now));
-  return std::string(text, length);
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now))};
+}
+
+// Empty when it cannot be read.
+std::string ReadText(const std::string& name) {
+  std::ifstream file(PathOf(name), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The report that is compared with. A file that is no report is not replaced by one: it may be a
+// page of the site.
+std::optional<EarlierReport> FindEarlier(const ReportWanted& wanted) {
+  std::error_code error;
+  std::optional<EarlierReport> earlier;
+  if (!GoesToStdout(wanted) && fs::is_regular_file(PathOf(wanted.output), error)) {
+    const std::string page = ReadText(wanted.output);
+    if (!page.empty() && !IsReport(page)) {
+      throw Failure(kUsage, wanted.output + ": is there already, and is no report");
+    }
+    earlier = ReadReport(page);
+  }
+  if (wanted.since.empty()) return earlier;
+  const std::string page = ReadText(wanted.since);
+  if (page.empty()) throw Failure(kFileSystem, wanted.since + ": this file cannot be read");
+  earlier = ReadReport(page);
+  if (!earlier) throw Failure(kUsage, wanted.since + ": this is no report that can be compared");
+  return earlier;
+}
+
+bool IsOfOthers(Rule rule) {
+  return rule == Rule::kExternalBroken || rule == Rule::kExternalMoved ||
+         rule == Rule::kExternalUnsure;
+}
+std::vector<std::string> RulesInForce(const FindingOptions& options) {
+  const bool asksOthers = WishOf(options.external).isWanted;
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < kRuleCount; ++i) {
+    const Rule rule = static_cast<Rule>(i);
+    if (!options.severities.IsOn(rule) || (IsOfOthers(rule) && !asksOthers)) continue;
+    names.emplace_back(TraitsOf(rule).name);
+  }
+  return names;
+}
+
+// What is kept of asking the URLs of the site, by record number.
+std::unordered_map<int, std::string> KeptOf(const ExaminedSite& site, const std::string& keptFile) {
+  std::unordered_map<int, std::string> kept;
+  std::error_code error;
+  if (!fs::exists(PathOf(keptFile), error)) return kept;
+  std::vector<LinkedUrl> urls;
+  const OwnedCells cells(site.session.manager().EnumUrl());
+  for (std::size_t i = 0; cells != nullptr && i < cells->size(); ++i) {
+    const SiteRecCell& cell = (*cells)[i];
+    if (IsWebUrl(cell.GetName())) urls.push_back({cell.GetID(), cell.GetName()});
+  }
+  const std::vector<UrlResult> results = KeptResults(urls, keptFile);
+  for (std::size_t i = 0; i < urls.size(); ++i) {
+    const UrlResult& result = results[i];
+    if (result.state == UrlState::kUnasked) continue;
+    kept[urls[i].id.id] = !result.words.empty() ? result.words : std::to_string(result.status);
+  }
+  return kept;
+}
+
+// The file that they are kept in; empty for none.
+std::string KeptFileOf(const Options& options, const ReportWanted& wanted,
+                       const ExaminedSite& site) {
+  if (!site.name.empty()) return KeptFileOfSite(site.session, site.name);
+  const bool asksOthers = WishOf(wanted.given.findings.external).isWanted;
+  return asksOthers ? KeptFileOfFolder(options, site.session.names().nativeFolder()) : "";
+}
+
+// Reads what the page is to show from a site that is open.
+void Gather(const Options& options, const ReportWanted& wanted, const ExaminedSite& site,
+            const FindingReport& report, SiteView& view) {
+  Session& session = site.session;
+  SiteMgr& manager = session.manager();
+  const SiteNames& names = session.names();
+  const std::string& folder = names.nativeFolder();
+  const ExportedSite exported{site.name, folder,
+                              [&names](const std::string& path) { return names.Shown(path); }};
+  const ContentWanted content{exported, site.top, KeptOf(site, KeptFileOf(options, wanted, site))};
+  if (ReadContent(manager, content, view.content) != 0) {
+    throw Failure(kDatabase, "the tables of the site cannot be read");
+  }
+  view.site = {site.name,    folder,
+               site.baseUrl, manager.GetLinkRules() == LinkRules::Classic,
+               Now(),        RulesInForce(wanted.given.findings)};
+  view.mending = {"zvrsit", site.name, FindUnlinked(manager, report, view.content)};
+  if (!options.database.empty()) {
+    const std::string word = ShellWord(NativePath(AbsolutePath(options.database)));
+    if (word.empty()) view.mending.site.clear();
+    view.mending.program += " --db " + word;
+  }
+}
+
+bool IsSiteName(const Options& options, const std::string& name) {
+  try {
+    return Session(options, Database::kAsk).manager().FindSiteProf(name) >= 0;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+// Asks a site of the database, as it is known there.
+void AskSite(const Options& options, ReportWanted& wanted, SiteView& view) {
+  const std::string& name = wanted.site;
+  FindingOptions& findings = wanted.given.findings;
+  Session session(options, Database::kAsk);
+  session.OpenToAsk(name);
+  const SiteProfile profile = ReadProfile(session, name);
+  if (!HasGiven(session, wanted.given.site, profile)) {
+    throw Failure(kUsage, "\"" + name + "\" has another profile: zvrsit site show " + name);
+  }
+  ConfigureCheck(findings, ConfigIn(session.names().nativeFolder()));
+  session.manager().KeepPageIds(true);  // two rules ask for them
+  const ExaminedSite site{session, name, profile.topFile, profile.folders[kSlotLiveUrl]};
+  FindAll(
+      session, site.top, findings, view.report,
+      AskOthers(options, session, findings, site.baseUrl, [](const std::string&) { return true; }));
+  Gather(options, wanted, site, view.report, view);
+  session.LetGo();
+  const SiteChanges changes = CompareSite(session);
+  TellChanges(session, changes, name);
+  NoteChanges(session, changes, view.report);
+}
+
+// Looks through a folder, or the site that it lies in.
+int LookThrough(const Options& options, ReportWanted& wanted, SiteView& view) {
+  const std::string folder = wanted.site.empty() ? "." : wanted.site;
+  const auto around = FindSiteAround(options, {folder});
+  wanted.given.paths.root = around ? NativePath(around->profile.folders[kSlotSiteFolder]) : folder;
+  return Examine(options, wanted.given, view.report,
+                 [&](const ExaminedSite& site, const FindingReport& report) {
+                   Gather(options, wanted, site, report, view);
+                 });
 }
 
 void WriteReport(const std::string& place, const std::string& page) {
+  const Interrupts interrupts;
   try {
     NewFile file({place, PathOf(place)});
     file.Write(page);
@@ -40,32 +191,50 @@ void WriteReport(const std::string& place, const std::string& page) {
   }
 }
 
-int RunReport(const Options& options, const ReportWanted& wanted) {
-  const Interrupts interrupts;
-  Session session(options, Database::kAsk);
-  session.OpenToAsk(wanted.site);
-  const SiteNames& names = session.names();
-  FindingOptions rules;
-  Configure(rules, ConfigIn(names.nativeFolder()));
-  SiteMgr& manager = session.manager();
-  const std::string top = Take(manager.GetSiteProfTopFile());
-  FindingReport report;
-  FindAll(session, top, rules, report);
-  const ExportedSite exported{wanted.site, names.nativeFolder(),
-                              [&names](const std::string& path) { return names.Shown(path); }};
-  SiteContent content;
-  if (ReadContent(manager, exported, top, content) != 0) {
-    throw Failure(kDatabase, "the tables of \"" + wanted.site + "\" cannot be read");
+void TellWritten(const Options& options, const std::string& place, const SiteView& view) {
+  const SinceThen since =
+      view.earlier ? Compare(*view.earlier, view.site, view.report) : SinceThen{};
+  if (options.json) {
+    PrintJson({{"file", JsonText(place)},
+               {"errors", view.report.Count(Severity::kError)},
+               {"warnings", view.report.Count(Severity::kWarning)},
+               {"places", view.report.CountPlaces()},
+               {"since", view.earlier ? Json(view.earlier->made) : Json()},
+               {"added", since.added.size()},
+               {"mended", since.mended.size()}});
+    return;
   }
-  const ViewedSite site{wanted.site, names.nativeFolder(),
-                        Take(manager.GetSiteProfDir(kSlotLiveUrl)),
-                        manager.GetLinkRules() == LinkRules::Classic, Now()};
-  session.LetGo();
-  const SiteChanges changes = CompareSite(session);
-  TellChanges(session, changes, wanted.site);
-  NoteChanges(session, changes, report);
-  WriteReport(wanted.output, ReportPage(site, content, report));
-  return kClean;
+  Print("{}: {}\n", LineText(place), CountedFindings(view.report));
+  if (!view.earlier) return;
+  Print("since {}: {} new, {} mended\n", LineText(view.earlier->made), since.added.size(),
+        since.mended.size());
+}
+
+int RunReport(const Options& options, ReportWanted wanted) {
+  if (wanted.output.empty() && IsTerminal(stdout)) {
+    throw Failure(kUsage, "where is the report to go? -o FILE.html");
+  }
+  SiteView view;
+  view.earlier = FindEarlier(wanted);
+  std::error_code error;
+  const bool isFolder = wanted.site.empty() || fs::is_directory(PathOf(wanted.site), error);
+  int code = kClean;
+  if (isFolder && (wanted.site.empty() || !IsSiteName(options, wanted.site))) {
+    code = LookThrough(options, wanted, view);
+  } else {
+    AskSite(options, wanted, view);
+  }
+  const bool isOfOther =
+      view.earlier && wanted.since.empty() && view.earlier->folder != JsonText(view.site.folder);
+  if (isOfOther) view.earlier.reset();
+  const std::string page = ReportPage(view);
+  if (GoesToStdout(wanted)) {
+    std::fwrite(page.data(), 1, page.size(), stdout);
+  } else {
+    WriteReport(wanted.output, page);
+    TellWritten(options, wanted.output, view);
+  }
+  return code;
 }
 
 }  // namespace
@@ -74,11 +243,20 @@ void AddReportCommand(CLI::App& app, const Options& options, Run& run) {
   const auto wanted = std::make_shared<ReportWanted>();
   CLI::App* report =
       app.add_subcommand("report", "Write all that is known of a site as one web page");
-  AddSiteName(*report, wanted->site);
-  report->add_option("-o,--output", wanted->output, "the file")
-      ->option_text("FILE.html")
-      ->required()
+  report->add_option("SITE", wanted->site, "its name; or a folder, with nothing to set up")
+      ->option_text(" ")
       ->check(NotEmpty());
+  report->add_option("-o,--output", wanted->output, "the file; by default stdout")
+      ->option_text("FILE.html")
+      ->check(NotEmpty());
+  report
+      ->add_option("--since", wanted->since,
+                   "an earlier report to compare with; by default the one replaced")
+      ->option_text("OLD.html")
+      ->check(NotEmpty());
+  AddRuleOptions(*report, wanted->given.findings);
+  AddExternalOptions(*report, "--external", wanted->given.findings.external);
+  AddSiteOptions(*report, wanted->given.site);
   report->callback([&options, &run, wanted] {
     run = [&options, wanted] { return RunReport(options, *wanted); };
   });

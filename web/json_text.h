@@ -1,5 +1,4 @@
 // Writes JSON piece by piece: as values of the JSON library, a large site would take too long.
-// Texts are appended by AppendJsonString (findings/dump_json.h).
 #pragma once
 
 #include <charconv>
@@ -7,11 +6,21 @@
 #include <string>
 #include <string_view>
 
+#include "findings/dump_json.h"
+
 namespace zvrsit {
 
 inline void AppendNumber(std::string& out, std::int64_t number) {
   char digits[24];
   out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+// `"key":"text"`; the text is one of the code page.
+inline void AppendField(std::string& out, std::string_view key, std::string_view text) {
+  out += '"';
+  out += key;
+  out += "\":";
+  AppendJsonString(out, text);
 }
 
 // `"key":[` and so on, with what each(item) appends for an item.

@@ -66,9 +66,16 @@ std::string HeadMarkup(const ViewedSite& site, const FindingReport& report) {
          "</dl>\n";
 }
 
-std::string DataMarkup(const std::string& json) {
-  return "<script type=\"application/octet-stream\" id=\"data\">" + Base64(Gzip(json)) +
-         "</script>";
+// No text in it can end its element, or begin a comment.
+std::string SummaryMarkup(const SiteView& view) {
+  static constexpr Replacements kEscapes{{'<', "\\u003c"}};
+  return std::string(kSummaryBegin) + kEscapes.In(SummaryJson(view.site, view.report)) +
+         std::string(kScriptEnd);
+}
+
+std::string DataMarkup(const SiteView& view) {
+  return "<script type=\"application/octet-stream\" id=\"data\">" +
+         Base64(Gzip(SiteViewJson(view))) + std::string(kScriptEnd);
 }
 
 }  // namespace
@@ -84,14 +91,13 @@ std::string IdOf(const Finding& finding) {
   return fmt::format("{:016x}", hash);
 }
 
-std::string ReportPage(const ViewedSite& site, const SiteContent& content,
-                       const FindingReport& report) {
-  return FillMarks(kView.page, {{"title", XmlText(NameOfSite(site)) + " - links and findings"},
+std::string ReportPage(const SiteView& view) {
+  return FillMarks(kView.page, {{"title", XmlText(NameOfSite(view.site)) + " - links and findings"},
                                 {"policy", Policy()},
                                 {"style", std::string(kView.style)},
-                                {"head", HeadMarkup(site, report)},
-                                {"summary", ""},
-                                {"data", DataMarkup(SiteViewJson(site, content, report))},
+                                {"head", HeadMarkup(view.site, view.report)},
+                                {"summary", SummaryMarkup(view)},
+                                {"data", DataMarkup(view)},
                                 {"script", std::string(kView.script)}});
 }
 

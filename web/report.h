@@ -3,14 +3,12 @@
 
 #include <string>
 
-#include "findings/finding.h"
 #include "web/site_view.h"
 
 namespace zvrsit {
 
 // The page, in UTF-8. Its data stand in it compressed; what it says at once, its title and its
 // totals, also without them. It loads nothing and asks no server; a browser opens it as a file.
-std::string ReportPage(const ViewedSite& site, const SiteContent& content,
-                       const FindingReport& report);
+std::string ReportPage(const SiteView& view);
 
 }  // namespace zvrsit

@@ -80,12 +80,10 @@ int PartOf(ContentKind kind) {
 
 class ContentReader {
  public:
-  ContentReader(SiteMgr& manager, const ExportedSite& site, const std::string& top,
-                SiteContent& content)
-      : manager_(manager), site_(site), top_(top), content_(content) {}
+  ContentReader(SiteMgr& manager, const ContentWanted& wanted, SiteContent& content)
+      : manager_(manager), wanted_(wanted), content_(content) {}
 
   int Read() {
-    if (manager_.UpdateLinkFamily() < 0) return -1;
     if (ReadFiles() < 0 || ReadUrls() < 0 || ReadLinks() < 0 || ReadUnused() < 0) return -1;
     SortFiles();
     FillFolders();
@@ -95,6 +93,15 @@ class ContentReader {
   }
 
  private:
+  struct RawLink {
+    std::uint32_t from;
+    std::uint32_t to;
+    std::uint32_t times;
+    LinkKind kind;
+    bool isUrl;
+    bool isLoaded;
+  };
+
   int ReadFiles() {
     const OwnedCells cells(manager_.EnumPath());
     if (cells == nullptr) return -1;
@@ -108,13 +115,13 @@ class ContentReader {
       Place(fileOf_, number) = static_cast<std::int32_t>(content_.files.size());
       content_.files.push_back(FileOf(cell, readsOthers ? &types : nullptr));
     }
-    content_.home = FileOf(manager_.FindPath(top_));
+    content_.home = FileOf(manager_.FindPath(wanted_.top));
     return 0;
   }
 
   ContentFile FileOf(const SiteRecCell& cell, const PageTypes* types) {
     const std::string path = cell.GetName();
-    ContentFile file{.path = site_.nameOf(path),
+    ContentFile file{.path = wanted_.site.nameOf(path),
                      .title = cell.GetTitle(),
                      .folder = -1,
                      .kind = KindOf(cell, path, types)};
@@ -153,7 +160,9 @@ class ContentReader {
           hosts.try_emplace(host, static_cast<std::int32_t>(content_.hosts.size()));
       if (isNew) content_.hosts.push_back(host);
       urlOf_[cell.GetID().id] = static_cast<std::int32_t>(content_.urls.size());
-      content_.urls.push_back({url, known->second, ""});
+      const auto result = wanted_.results.find(cell.GetID().id);
+      content_.urls.push_back(
+          {url, known->second, result == wanted_.results.end() ? "" : result->second});
     }
     return 0;
   }
@@ -161,7 +170,7 @@ class ContentReader {
   int ReadLinks() {
     const std::unique_ptr<std::vector<int>> numbers(manager_.EnumLink());
     if (numbers == nullptr) return -1;
-    std::vector<bool> isTarget(content_.files.size());
+    std::vector<bool> isWanted(content_.files.size());
     links_.reserve(numbers->size());
     SiteLink link;
     for (const int number : *numbers) {
@@ -171,17 +180,25 @@ class ContentReader {
       const std::int32_t to = isUrl ? UrlOf(link.to.id) : FileOf(link.to.id);
       if (from < 0 || to < 0) continue;
       if (!isUrl) {
-        isTarget[static_cast<std::size_t>(to)] = true;
+        isWanted[static_cast<std::size_t>(to)] = true;
+        if (!link.exists) NoteOffset(content_.files[static_cast<std::size_t>(from)].path, link);
         if (link.outside) content_.files[static_cast<std::size_t>(to)].kind = ContentKind::kOutside;
         if (link.unservable) TakeMarkOff(content_.files[static_cast<std::size_t>(to)].path);
       }
+      isWanted[static_cast<std::size_t>(from)] = true;
       const LinkKind kind = KindOfLink(link.type);
-      links_.push_back({from, static_cast<std::uint32_t>(to), isUrl, kind,
-                        IsLoaded(kind, link.type),
-                        static_cast<std::uint32_t>(std::max(link.count, 1))});
+      links_.push_back({static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to),
+                        static_cast<std::uint32_t>(std::max(link.count, 1)), kind, isUrl,
+                        IsLoaded(kind, link.type)});
     }
-    isTarget_ = std::move(isTarget);
+    isWanted_ = std::move(isWanted);
     return 0;
+  }
+  void NoteOffset(const std::string& file, const SiteLink& link) {
+    const bool isKnown = link.count == 1 && link.offset >= 0;
+    const auto [entry, isNew] =
+        content_.offsets.try_emplace(file + '\n' + link.text, isKnown ? link.offset : -1);
+    if (!isNew) entry->second = -1;
   }
   // The table marks such a name by a separator behind it.
   static void TakeMarkOff(std::string& name) {
@@ -201,7 +218,7 @@ class ContentReader {
   void SortFiles() {
     std::vector<std::int32_t> order;
     for (std::size_t i = 0; i < content_.files.size(); ++i) {
-      const bool isShown = content_.files[i].kind < ContentKind::kMissing || isTarget_[i];
+      const bool isShown = content_.files[i].kind < ContentKind::kMissing || isWanted_[i];
       if (isShown) order.push_back(static_cast<std::int32_t>(i));
     }
     std::ranges::sort(order, [this](std::int32_t a, std::int32_t b) {
@@ -251,35 +268,45 @@ class ContentReader {
     return number;
   }
 
+  // Puts the links of each file together. They come nearly so, as their pages were read one after
+  // the other.
   void SortLinks() {
     const auto first = static_cast<std::uint32_t>(content_.files.size());
-    std::erase_if(links_, [this](const RawLink& link) {
-      return newPlace_[static_cast<std::size_t>(link.from)] < 0;
-    });
+    std::vector<std::size_t> next(content_.files.size() + 1);
     for (RawLink& link : links_) {
-      link.from = newPlace_[static_cast<std::size_t>(link.from)];
+      link.from = static_cast<std::uint32_t>(newPlace_[link.from]);
       link.to = link.isUrl ? first + link.to : static_cast<std::uint32_t>(newPlace_[link.to]);
+      ++next[link.from + 1];
     }
-    std::ranges::sort(
-        links_, {}, [](const RawLink& link) { return std::tuple(link.from, link.to, link.kind); });
-    content_.firstLink.assign(content_.files.size() + 1, 0);
+    for (std::size_t i = 1; i < next.size(); ++i) next[i] += next[i - 1];
+    std::vector<RawLink> sorted(links_.size());
+    for (const RawLink& link : links_) sorted[next[link.from]++] = link;
+    links_ = std::move(sorted);
+    std::size_t begin = 0;
     loads_.assign(content_.files.size(), {});
+    for (std::size_t file = 0; file < content_.files.size(); ++file) {
+      content_.firstLink.push_back(content_.links.size());
+      JoinLinks(std::span(links_).subspan(begin, next[file] - begin), loads_[file]);
+      begin = next[file];
+    }
+    content_.firstLink.push_back(content_.links.size());
+  }
+
+  // Adds the links of one file, those with the same target and kind as one.
+  void JoinLinks(std::span<RawLink> links, std::vector<std::uint32_t>& loads) {
+    const auto keyOf = [](const RawLink& link) {
+      return std::uint64_t{link.to} << 8 | static_cast<std::uint8_t>(link.kind);
+    };
+    std::ranges::sort(links, {}, keyOf);
     const RawLink* last = nullptr;
-    for (const RawLink& link : links_) {
-      const auto from = static_cast<std::size_t>(link.from);
-      if (link.isLoaded && !link.isUrl) loads_[from].push_back(link.to);
-      const bool isSame = last != nullptr && last->from == link.from && last->to == link.to &&
-                          last->kind == link.kind;
-      if (isSame) {
+    for (const RawLink& link : links) {
+      if (link.isLoaded && !link.isUrl) loads.push_back(link.to);
+      if (last != nullptr && keyOf(*last) == keyOf(link)) {
         content_.links.back().times += link.times;
       } else {
         content_.links.push_back({link.to, link.kind, link.times});
-        ++content_.firstLink[from + 1];
       }
       last = &link;
-    }
-    for (std::size_t i = 1; i < content_.firstLink.size(); ++i) {
-      content_.firstLink[i] += content_.firstLink[i - 1];
     }
   }
 
@@ -319,14 +346,6 @@ class ContentReader {
     return found == urlOf_.end() ? -1 : found->second;
   }
 
-  struct RawLink {
-    std::int32_t from;
-    std::uint32_t to;
-    bool isUrl;
-    LinkKind kind;
-    bool isLoaded;
-    std::uint32_t times;
-  };
 #if defined(_WIN32)
   static constexpr const char* kSeparators = "/\\";
 #else
@@ -334,12 +353,11 @@ class ContentReader {
 #endif
 
   SiteMgr& manager_;
-  const ExportedSite& site_;
-  const std::string& top_;
+  const ContentWanted& wanted_;
   SiteContent& content_;
   std::vector<std::int32_t> fileOf_;  // by record number
   std::unordered_map<int, std::int32_t> urlOf_;
-  std::vector<bool> isTarget_;          // of a link; as files were before they were sorted
+  std::vector<bool> isWanted_;          // has links, or is their target; as files were at first
   std::vector<std::int32_t> newPlace_;  // likewise
   std::vector<RawLink> links_;
   std::vector<std::vector<std::uint32_t>> loads_;  // what a file loads
@@ -347,9 +365,8 @@ class ContentReader {
 
 }  // namespace
 
-int ReadContent(SiteMgr& manager, const ExportedSite& site, const std::string& top,
-                SiteContent& content) {
-  return ContentReader(manager, site, top, content).Read();
+int ReadContent(SiteMgr& manager, const ContentWanted& wanted, SiteContent& content) {
+  return ContentReader(manager, wanted, content).Read();
 }
 
 }  // namespace zvrsit

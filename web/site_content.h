@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "exports/site_rows.h"
+#include "web/excerpts.h"
 
 namespace zvrsit {
 
@@ -23,8 +24,8 @@ enum class ContentKind : std::uint8_t {
   kMissing,  // something refers to it, and it is not there
   kOutside,  // something refers to it, and it lies outside of the site, there or not
 };
-inline constexpr const char* kFileKindNames[] = {"page",  "sheet", "image",   "script",
-                                                 "media", "other", "missing", "outside"};
+inline constexpr const char* kContentKindNames[] = {"page",  "sheet", "image",   "script",
+                                                    "media", "other", "missing", "outside"};
 
 enum class LinkKind : std::uint8_t { kLink, kImage, kScript, kSheet, kFrame, kMedia, kOther };
 inline constexpr const char* kLinkKindNames[] = {"link",  "image", "script", "sheet",
@@ -58,6 +59,12 @@ struct ContentLink {
   std::uint32_t times;
 };
 
+struct ContentWanted {
+  const ExportedSite& site;
+  std::string top;                               // the `\` path of the home page; may be empty
+  std::unordered_map<int, std::string> results;  // of asking URLs, by record number
+};
+
 struct SiteContent {
   std::vector<ContentFolder> folders;  // each behind its parent
   // By path: those of the site, then the missing ones, then those outside.
@@ -69,14 +76,14 @@ struct SiteContent {
   std::vector<std::size_t> firstLink;
   std::vector<std::int32_t> unused;  // files that nothing links to
   std::int32_t home = -1;            // a file; -1: none
+  ReferenceOffsets offsets;          // of references to files that are not there
 };
 
-// Reads it from the open site; `top` is the `\` path of the home page, or empty. 0, or -1 when a
-// table cannot be read.
+// Reads it from the open site; 0, or -1 when a table cannot be read. The family is taken as the
+// findings take it, as it stands in the tables.
 //
 // A page loads its style sheets, scripts, images and frames, and what these load. Of the images
 // that SRCSET has to choose from none counts beside the one of SRC; nor do fonts, sounds and films.
-[[nodiscard]] int ReadContent(SiteMgr& manager, const ExportedSite& site, const std::string& top,
-                              SiteContent& content);
+[[nodiscard]] int ReadContent(SiteMgr& manager, const ContentWanted& wanted, SiteContent& content);
 
 }  // namespace zvrsit

@@ -4,199 +4,151 @@
 
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "findings/dump_json.h"
 #include "findings/known_files.h"
 #include "platform/version.h"
+#include "web/excerpts.h"
 #include "web/finding_id.h"
 #include "web/json_text.h"
 
 namespace zvrsit {
 namespace {
 
-// `"key":"text"`.
-void AppendText(std::string& out, std::string_view key, std::string_view text) {
-  out += '"';
-  out += key;
-  out += "\":";
-  AppendJsonString(out, text);
+template <class Rows, class Value>
+void AppendNumbers(std::string& out, std::string_view key, const Rows& rows, Value value) {
+  AppendArray(out, key, rows,
+              [&](const auto& row) { AppendNumber(out, static_cast<std::int64_t>(value(row))); });
+}
+template <class Rows, class Value>
+void AppendTexts(std::string& out, std::string_view key, const Rows& rows, Value value) {
+  AppendArray(out, key, rows, [&](const auto& row) { AppendJsonString(out, value(row)); });
+}
+template <class Names>
+void AppendNames(std::string& out, std::string_view key, const Names& names) {
+  AppendTexts(out, key, names, [](const auto& name) -> std::string_view { return name; });
 }
 
-void AppendNames(std::string& out, std::string_view key, const std::vector<std::string>& names) {
-  AppendArray(out, key, names, [&](const std::string& name) { AppendJsonString(out, name); });
+void AppendHead(const ViewedSite& site, std::int32_t home, std::string& out) {
+  AppendField(out += "{\"version\":1,", "program", Version());
+  AppendField(out += ',', "made", site.made);
+  AppendField(out += ",\"live\":false,\"site\":{", "name", site.name);
+  AppendField(out += ',', "folder", site.folder);
+  AppendField(out += ',', "rules", site.isClassic ? "classic" : "web");
+  AppendField(out += ',', "baseUrl", site.baseUrl);
+  out += ",\"home\":";
+  AppendNumber(out, home);
+  out += "},";
+  AppendNames(out, "fileKinds", kContentKindNames);
+  AppendNames(out += ',', "linkKinds", kLinkKindNames);
 }
 
-class ViewWriter {
- public:
-  ViewWriter(const ViewedSite& site, const SiteContent& content, const FindingReport& report)
-      : site_(site), content_(content), report_(report) {
-    for (std::size_t i = 0; i < content.files.size(); ++i) {
-      targets_.emplace(content.files[i].path, static_cast<std::int64_t>(i));
-    }
-    for (std::size_t i = 0; i < content.urls.size(); ++i) {
-      targets_.emplace(content.urls[i].text, static_cast<std::int64_t>(content.files.size() + i));
+void AppendStale(const FindingReport& report, std::string& out) {
+  AppendNames(out += "\"stale\":{", "changed", report.changed);
+  AppendNames(out += ',', "gone", report.gone);
+  AppendNames(out += ',', "new", report.added);
+  AppendNames(out += ',', "unread", report.unread);
+  out += '}';
+}
+
+void AppendFiles(const SiteContent& content, std::string& out) {
+  const auto& folders = content.folders;
+  out += "\"folders\":{";
+  AppendTexts(
+      out, "name", folders, [](const auto& row) -> auto& { return row.name; });
+  AppendNumbers(out += ',', "parent", folders, [](const auto& row) { return row.parent; });
+  out += "},\n\"files\":{";
+  const auto& files = content.files;
+  AppendTexts(out, "name", files, [](const ContentFile& file) {
+    return file.folder < 0 ? std::string_view(file.path) : KnownFiles::LastNameOf(file.path);
+  });
+  AppendTexts(
+      out += ',', "title", files, [](const auto& file) -> auto& { return file.title; });
+  const auto append = [&](std::string_view key, auto value) {
+    AppendNumbers(out += ',', key, files, value);
+  };
+  append("folder", [](const ContentFile& file) { return file.folder; });
+  append("kind", [](const ContentFile& file) { return file.kind; });
+  append("size", [](const ContentFile& file) { return file.size; });
+  append("time", [](const ContentFile& file) { return file.time; });
+  append("family", [](const ContentFile& file) { return file.isFamily; });
+  append("weight", [](const ContentFile& file) { return file.weight; });
+  append("requests", [](const ContentFile& file) { return file.requests; });
+  out += "},\n";
+  AppendNumbers(out, "unused", content.unused, [](std::int32_t file) { return file; });
+}
+
+void AppendUrls(const SiteContent& content, std::string& out) {
+  const auto& urls = content.urls;
+  AppendNames(out, "hosts", content.hosts);
+  AppendTexts(
+      out += ",\"urls\":{", "text", urls, [](const auto& url) -> auto& { return url.text; });
+  AppendNumbers(out += ',', "host", urls, [](const auto& url) { return url.host; });
+  AppendTexts(
+      out += ',', "result", urls, [](const auto& url) -> auto& { return url.result; });
+  out += '}';
+}
+
+void AppendLinks(const SiteContent& content, std::string& out) {
+  const auto& links = content.links;
+  const auto& first = content.firstLink;
+  std::vector<std::size_t> counts;
+  std::vector<std::uint32_t> steps;
+  steps.reserve(links.size());
+  for (std::size_t file = 0; file + 1 < first.size(); ++file) {
+    counts.push_back(first[file + 1] - first[file]);
+    std::uint32_t before = 0;
+    for (std::size_t i = first[file]; i < first[file + 1]; ++i) {
+      steps.push_back(links[i].target - before);
+      before = links[i].target;
     }
   }
+  const auto same = [](auto number) { return number; };
+  AppendNumbers(out += "\"links\":{", "count", counts, same);
+  AppendNumbers(out += ',', "target", steps, same);
+  AppendNumbers(out += ',', "kind", links, [](const auto& link) { return link.kind; });
+  AppendNumbers(out += ',', "times", links, [](const auto& link) { return link.times; });
+  out += '}';
+}
 
-  std::string Write() {
-    out_.reserve(content_.links.size() * 8 + content_.files.size() * 100);
-    AppendHead();
-    AppendFolders();
-    AppendFiles();
-    AppendUrls();
-    AppendLinks();
-    AppendFindings();
-    AppendArray(out_, "unused", content_.unused, [this](auto file) { AppendNumber(out_, file); });
-    out_ += ",\"since\":null}";
-    return std::move(out_);
+// Writes the findings of a view.
+class FindingWriter {
+ public:
+  FindingWriter(const SiteView& view, std::string& out)
+      : view_(view), excerpts_(ReadExcerpts(view.report, view.content.offsets)), out_(out) {
+    const auto& files = view.content.files;
+    const auto& urls = view.content.urls;
+    for (std::size_t i = 0; i < files.size(); ++i) targets_.emplace(files[i].path, i);
+    for (std::size_t i = 0; i < urls.size(); ++i) targets_.emplace(urls[i].text, files.size() + i);
+  }
+
+  void Write() {
+    AppendArray(out_, "findings", view_.report.findings, [this](const Finding& finding) {
+      out_ += '\n';
+      WriteOne(finding);
+    });
+    AppendArray(out_ += ",\n", "excerpts", excerpts_.all, [this](const Excerpt& excerpt) {
+      out_ += '[';
+      out_ += DumpJson(excerpt.text);
+      out_ += fmt::format(",{},{}]", excerpt.offset, excerpt.length);
+    });
   }
 
  private:
-  void AppendHead() {
-    out_ += "{\"version\":1,";
-    AppendText(out_, "program", Version());
-    out_ += ',';
-    AppendText(out_, "made", site_.made);
-    out_ += ",\"live\":false,\"site\":{";
-    AppendText(out_, "name", site_.name);
-    out_ += ',';
-    AppendText(out_, "folder", site_.folder);
-    out_ += ',';
-    AppendText(out_, "rules", site_.isClassic ? "classic" : "web");
-    out_ += ',';
-    AppendText(out_, "baseUrl", site_.baseUrl);
-    out_ += ",\"home\":";
-    AppendNumber(out_, content_.home);
-    out_ += "},\"totals\":" + TotalsJson(report_) + ",\"stale\":{";
-    AppendNames(out_, "changed", report_.changed);
-    out_ += ',';
-    AppendNames(out_, "gone", report_.gone);
-    out_ += ',';
-    AppendNames(out_, "new", report_.added);
-    out_ += ',';
-    AppendNames(out_, "unread", report_.unread);
-    out_ += "},";
-    AppendArray(out_, "fileKinds", kFileKindNames,
-                [this](const char* name) { AppendJsonString(out_, name); });
-    out_ += ',';
-    AppendArray(out_, "linkKinds", kLinkKindNames,
-                [this](const char* name) { AppendJsonString(out_, name); });
-    out_ += ',';
-  }
-
-  template <class Rows, class Value>
-  void AppendNumbers(std::string_view key, const Rows& rows, Value value) {
-    AppendArray(out_, key, rows, [&](const auto& row) {
-      AppendNumber(out_, static_cast<std::int64_t>(value(row)));
-    });
-  }
-  template <class Rows, class Value>
-  void AppendTexts(std::string_view key, const Rows& rows, Value value) {
-    AppendArray(out_, key, rows, [&](const auto& row) { AppendJsonString(out_, value(row)); });
-  }
-
-  void AppendFolders() {
-    out_ += "\"folders\":{";
-    AppendTexts(
-        "name", content_.folders, [](const auto& row) -> auto& { return row.name; });
-    out_ += ',';
-    AppendNumbers("parent", content_.folders, [](const auto& row) { return row.parent; });
-    out_ += "},";
-  }
-
-  void AppendFiles() {
-    const auto& files = content_.files;
-    out_ += "\"files\":{";
-    AppendTexts("name", files, [](const ContentFile& file) {
-      return file.folder < 0 ? std::string_view(file.path) : KnownFiles::LastNameOf(file.path);
-    });
-    out_ += ',';
-    AppendTexts(
-        "title", files, [](const ContentFile& file) -> auto& { return file.title; });
-    const auto numbers = [&](std::string_view key, auto value) {
-      out_ += ',';
-      AppendNumbers(key, files, value);
-    };
-    numbers("folder", [](const ContentFile& file) { return file.folder; });
-    numbers("kind", [](const ContentFile& file) { return file.kind; });
-    numbers("size", [](const ContentFile& file) { return file.size; });
-    numbers("time", [](const ContentFile& file) { return file.time; });
-    numbers("family", [](const ContentFile& file) { return file.isFamily; });
-    numbers("weight", [](const ContentFile& file) { return file.weight; });
-    numbers("requests", [](const ContentFile& file) { return file.requests; });
-    out_ += "},";
-  }
-
-  void AppendUrls() {
-    AppendNames(out_, "hosts", content_.hosts);
-    out_ += ",\"urls\":{";
-    AppendTexts(
-        "text", content_.urls, [](const ContentUrl& url) -> auto& { return url.text; });
-    out_ += ',';
-    AppendNumbers("host", content_.urls, [](const ContentUrl& url) { return url.host; });
-    out_ += ',';
-    AppendTexts(
-        "result", content_.urls, [](const ContentUrl& url) -> auto& { return url.result; });
-    out_ += "},";
-  }
-
-  void AppendLinks() {
-    const auto& links = content_.links;
-    out_ += "\"links\":{";
-    std::vector<std::size_t> counts;
-    std::vector<std::uint32_t> steps;
-    steps.reserve(links.size());
-    for (std::size_t file = 0; file + 1 < content_.firstLink.size(); ++file) {
-      const std::size_t end = content_.firstLink[file + 1];
-      counts.push_back(end - content_.firstLink[file]);
-      std::uint32_t before = 0;
-      for (std::size_t i = content_.firstLink[file]; i < end; ++i) {
-        steps.push_back(links[i].target - before);
-        before = links[i].target;
-      }
-    }
-    AppendNumbers("count", counts, [](std::size_t count) { return count; });
-    out_ += ',';
-    AppendNumbers("target", steps, [](std::uint32_t step) { return step; });
-    out_ += ',';
-    AppendNumbers("kind", links, [](const ContentLink& link) { return link.kind; });
-    out_ += ',';
-    AppendNumbers("times", links, [](const ContentLink& link) { return link.times; });
-    out_ += "},";
-  }
-
-  void AppendFindings() {
-    AppendArray(out_, "findings", report_.findings,
-                [this](const Finding& finding) { AppendFinding(finding); });
-    out_ += ",\"excerpts\":[],";
-  }
-
-  void AppendFinding(const Finding& finding) {
-    out_ += '{';
-    AppendText(out_, "id", IdOf(finding));
-    out_ += ',';
-    AppendText(out_, "rule", TraitsOf(finding.rule).name);
-    out_ += ',';
-    AppendText(out_, "severity", SeverityName(finding.severity));
-    out_ += ',';
-    AppendText(out_, "target", finding.target);
-    out_ += ",\"targetFile\":";
-    AppendNumber(out_, TargetOf(finding));
-    out_ += ',';
-    AppendText(out_, "message", finding.message);
-    out_ += ',';
-    AppendText(out_, "suggestion", finding.suggestion);
-    out_ += ",\"command\":\"\",";
-    AppendArray(out_, "places", finding.places, [this](const FindingPlace& place) {
-      out_ += '[';
-      AppendNumber(out_, NumberOf(place.file));
-      out_ += ',';
-      AppendNumber(out_, place.line);
-      out_ += ',';
-      AppendNumber(out_, place.column);
-      out_ += ',';
+  void WriteOne(const Finding& finding) {
+    AppendField(out_ += '{', "id", IdOf(finding));
+    AppendField(out_ += ',', "rule", TraitsOf(finding.rule).name);
+    AppendField(out_ += ',', "severity", SeverityName(finding.severity));
+    AppendField(out_ += ',', "target", finding.target);
+    out_ += fmt::format(",\"targetFile\":{},", TargetOf(finding));
+    AppendField(out_, "message", finding.message);
+    AppendField(out_ += ',', "suggestion", finding.suggestion);
+    AppendField(out_ += ',', "command", view_.mending.CommandFor(finding));
+    AppendArray(out_ += ',', "places", finding.places, [this](const FindingPlace& place) {
+      out_ += fmt::format("[{},{},{},", NumberOf(place.file), place.line, place.column);
       AppendJsonString(out_, place.reference);
-      out_ += ",-1]";
+      out_ += fmt::format(",{}]", excerpts_.ofPlace[nextPlace_++]);
     });
     out_ += '}';
   }
@@ -204,27 +156,51 @@ class ViewWriter {
   // Of a file or a URL; -1 for none.
   std::int64_t NumberOf(std::string_view name) const {
     const auto found = targets_.find(name);
-    return found == targets_.end() ? -1 : found->second;
+    return found == targets_.end() ? -1 : static_cast<std::int64_t>(found->second);
   }
+  // A fragment may hold "#" too, and so may the name of a file.
   std::int64_t TargetOf(const Finding& finding) const {
-    const std::int64_t number = NumberOf(finding.target);
-    if (number >= 0 || finding.rule != Rule::kMissingFragment) return number;
-    // A fragment may hold "#" too, and so may the name of a file.
-    const std::string_view target = finding.target;
-    for (std::size_t at = target.rfind('#'); at != target.npos && at > 0;
-         at = target.rfind('#', at - 1)) {
-      const std::int64_t file = NumberOf(target.substr(0, at));
-      if (file >= 0) return file;
+    std::string_view target = finding.target;
+    std::int64_t number = NumberOf(target);
+    if (finding.rule != Rule::kMissingFragment) return number;
+    while (number < 0 && target.rfind('#') != target.npos) {
+      target = target.substr(0, target.rfind('#'));
+      number = NumberOf(target);
     }
-    return -1;
+    return number;
   }
 
-  const ViewedSite& site_;
-  const SiteContent& content_;
-  const FindingReport& report_;
-  std::unordered_map<std::string_view, std::int64_t> targets_;
-  std::string out_;
+  const SiteView& view_;
+  const Excerpts excerpts_;
+  std::string& out_;
+  std::unordered_map<std::string_view, std::size_t> targets_;
+  std::size_t nextPlace_ = 0;
 };
+
+// A text that is JSON's already.
+void AppendKept(std::string& out, const char* key, const std::string& text) {
+  out += fmt::format("\"{}\":{}", key, DumpJson(text));
+}
+
+void AppendSince(const SiteView& view, std::string& out) {
+  out += "\"since\":";
+  if (!view.earlier) {
+    out += "null";
+    return;
+  }
+  const SinceThen since = Compare(*view.earlier, view.site, view.report);
+  AppendKept(out += '{', "made", view.earlier->made);
+  out += ",\"totals\":" + DumpJson(view.earlier->totals) + ",";
+  AppendNumbers(out, "added", since.added, [](std::size_t finding) { return finding; });
+  AppendArray(out += ',', "mended", since.mended, [&](const EarlierFinding& finding) {
+    AppendKept(out += '{', "rule", finding.rule);
+    AppendKept(out += ',', "severity", finding.severity);
+    AppendKept(out += ',', "target", finding.target);
+    AppendKept(out += ',', "message", finding.message);
+    out += '}';
+  });
+  out += '}';
+}
 
 }  // namespace
 
@@ -237,9 +213,18 @@ std::string TotalsJson(const FindingReport& report) {
       report.Count(Severity::kError), report.Count(Severity::kWarning), report.CountPlaces());
 }
 
-std::string SiteViewJson(const ViewedSite& site, const SiteContent& content,
-                         const FindingReport& report) {
-  return ViewWriter(site, content, report).Write();
+std::string SiteViewJson(const SiteView& view) {
+  std::string out;
+  out.reserve(view.content.links.size() * 8 + view.content.files.size() * 100);
+  AppendHead(view.site, view.content.home, out);
+  out += ",\n\"totals\":" + TotalsJson(view.report) + ",\n";
+  AppendStale(view.report, out);
+  AppendFiles(view.content, out += ",\n");
+  AppendUrls(view.content, out += ",\n");
+  AppendLinks(view.content, out += ",\n");
+  FindingWriter(view, out += ",\n").Write();
+  AppendSince(view, out += ",\n");
+  return out + "}";
 }
 
 }  // namespace zvrsit

@@ -39,9 +39,13 @@
 //                     "mended": [{"rule", "severity", "target", "message"}...]} }
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "findings/finding.h"
+#include "web/earlier_report.h"
+#include "web/mending.h"
 #include "web/site_content.h"
 
 namespace zvrsit {
@@ -52,13 +56,22 @@ struct ViewedSite {
   std::string folder;
   std::string baseUrl;
   bool isClassic = false;
-  std::string made;  // when, in UTC: 2026-11-22T20:15:00Z
+  std::string made;                // when, in UTC: 2026-11-22T20:15:00Z
+  std::vector<std::string> rules;  // those that it was held against
 };
 
-std::string SiteViewJson(const ViewedSite& site, const SiteContent& content,
-                         const FindingReport& report);
+struct SiteView {
+  ViewedSite site;
+  SiteContent content;
+  FindingReport report;
+  Mending mending;
+  std::optional<EarlierReport> earlier;  // for "since"
+};
 
-// "totals" as above.
+// The JSON above. Reads the pages that have findings, for their lines.
+std::string SiteViewJson(const SiteView& view);
+
+// "totals" of it.
 std::string TotalsJson(const FindingReport& report);
 
 }  // namespace zvrsit
