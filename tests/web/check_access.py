@@ -21,7 +21,7 @@ ROUTES = ["findings", "findings?by=page&severity=error", "findings?q=nothing+has
           "pages?kind=all&sort=-path", "hosts", "map", "map?layout=rings&files=all", "map?in=news",
           "file/home.htm", "file/img/missing.gif", "file/orphan.htm", "file/style/site.css",
           "url/mailto%3Aboats%40example.org", "file/none"]
-SCREENS = [("light", 1280, {}), ("dark", 1280, {"dark": True}), ("narrow", 360, {"reduced": True})]
+SCREENS = [("light", 1280, {}), ("dark", 1280, {"dark": True}), ("narrow", 320, {"reduced": True})]
 
 
 def fetch_axe(folder):

@@ -51,7 +51,7 @@ def text_of(browser, selector):
 
 
 def count_line(browser):
-    return text_of(browser, "main .count")[0]
+    return text_of(browser, "main .count[role=status]")[0]
 
 
 def check_quiet(browser, where):

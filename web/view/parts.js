@@ -34,8 +34,7 @@ export function excerptLine([text, offset, length]) {
 
 // A command to be run, with a button that copies it.
 export function commandLine(command) {
-  const code = element("code", { tabindex: "0", role: "textbox", "aria-readonly": "true",
-    "aria-label": "Command" }, command);
+  const code = element("code", {}, command);
   const button = element("button", { type: "button", class: "copy",
     onclick: () => copyText(command, code, button) }, "Copy");
   return element("div", { class: "command" }, code, button);
