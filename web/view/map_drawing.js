@@ -4,7 +4,7 @@
 //   { part: of the tree, or null for everything elsewhere in the site, isOpen,
 //     files: positions in the tree's `files`; none of an open folder,
 //     shape: { tag, attributes }, edge: its outline as a path, bandOf(share): a strip along so much
-//     of its edge, as a path, at: { x, y } where arcs end, room: { x, y, width, height } for its name,
+//     of its edge, as a path; the middle of the strip where the item is centred, at: { x, y } where arcs end, room: { x, y, width, height } for its name,
 //     turn: how its name is turned, in degrees, isCentred: whether it stands in the middle }
 import { plain, svgElement } from "./dom.js";
 import { counted, numberText } from "./format.js";
@@ -54,15 +54,16 @@ function sectorItem(sector, centre) {
   const at = pointAt(centre, middle, radius);
   const length = sector.inner === 0 ? 2 * sector.outer
                                     : 2 * radius * Math.sin(Math.min(Math.PI / 2, (sector.to - sector.from) / 2));
-  const height = sector.inner === 0 ? LINE_HEIGHT + 2 : sector.outer - sector.inner - 2;
+  const height = sector.inner === 0 ? LINE_HEIGHT + 2 : sector.outer - sector.inner - BAND;
+  const middleOfName = pointAt(centre, middle, Math.max(0, radius - BAND / 2));
   // Names stand upright in the lower half too.
   const degrees = radius === 0 ? 0 : middle * 180 / Math.PI;
-  const bandOf = (share) => sectorPath({ ...sector, inner: Math.max(sector.inner, sector.outer - BAND),
-    to: sector.from + shown(share, (sector.to - sector.from) * sector.outer) / sector.outer }, centre);
+  const bandOf = (share) => arcPath(sector.from, sector.from +
+    shown(share, (sector.to - sector.from) * sector.outer) / sector.outer, sector.outer - 1 - BAND / 2, centre);
   return { part: sector.part, isOpen: false, files: sector.files, at,
     shape: { tag: "path", attributes: { d: sectorPath(sector, centre) } },
     edge: sectorPath({ ...sector, outer: sector.outer - 1 }, centre), bandOf,
-    room: { x: at.x - length / 2, y: at.y - height / 2, width: length, height }, isCentred: true,
+    room: { x: middleOfName.x - length / 2, y: middleOfName.y - height / 2, width: length, height }, isCentred: true,
     turn: degrees > 90 && degrees < 270 ? degrees - 180 : degrees };
 }
 
@@ -84,6 +85,13 @@ function rectPath({ x, y, width, height }) {
 
 function pointAt(centre, angle, radius) {
   return { x: centre.x + radius * Math.sin(angle), y: centre.y - radius * Math.cos(angle) };
+}
+
+function arcPath(from, to, radius, centre) {
+  const end = Math.min(to, from + 2 * Math.PI - 0.01);
+  const [first, last] = [pointAt(centre, from, radius), pointAt(centre, end, radius)];
+  return `M${short(first.x)} ${short(first.y)}A${short(radius)} ${short(radius)} 0 ${end - from > Math.PI ? 1 : 0} 1 ` +
+    `${short(last.x)} ${short(last.y)}`;
 }
 
 function sectorPath({ from, to, inner, outer }, centre) {
@@ -141,8 +149,14 @@ export function markLayer(tree, items) {
   }
   const shapes = ["warning", "error"].flatMap((severity) => ["band", "edge"]
     .filter((what) => paths[severity][what])
-    .map((what) => svgElement("path", { class: `map-${what} map-${what}-${severity}`, d: paths[severity][what] })));
+    .map((what) => svgElement("path", { class: lookOfMark(what, severity, items), d: paths[severity][what] })));
   return svgElement("g", { class: "map-marks", "aria-hidden": "true" }, shapes, badges);
+}
+
+// Stripes stand across the strips of rings.
+function lookOfMark(what, severity, [{ isCentred }]) {
+  const look = what === "band" && isCentred ? "ticks" : what;
+  return `map-${look} map-${look}-${severity}`;
 }
 
 function badge({ x, y, width, height }, count) {
@@ -165,8 +179,9 @@ function labelsOf(item) {
   const { x, y, width, height } = item.room;
   const name = fitText(nameOf(item), width - 8, 12, item.isOpen ? 600 : 400);
   if (item.isCentred) {
-    return name ? [svgElement("text", { class: "map-centred", x: short(item.at.x), y: short(item.at.y + 4),
-      transform: `rotate(${item.turn.toFixed(1)} ${short(item.at.x)} ${short(item.at.y)})` }, name)] : [];
+    const middle = { x: short(x + width / 2), y: y + height / 2 };
+    return name ? [svgElement("text", { class: "map-centred", x: middle.x, y: short(middle.y + 4),
+      transform: `rotate(${item.turn.toFixed(1)} ${middle.x} ${short(middle.y)})` }, name)] : [];
   }
   const line = (text, at, look) => svgElement("text", { class: look, x: short(x + 5), y: short(y + at) }, text);
   const labels = name ? [line(name, 14, item.isOpen ? "map-header" : null)] : [];

@@ -1,6 +1,6 @@
 // Saves the map as a picture that stands alone: its looks are written into it.
 
-const LOOKS = ["fill", "fill-opacity", "fill-rule", "stroke", "stroke-opacity", "stroke-width", "stroke-dasharray",
+const LOOKS = ["fill", "fill-opacity", "stroke", "stroke-opacity", "stroke-width", "stroke-dasharray",
   "paint-order", "font-family", "font-size", "font-weight", "text-anchor"];
 const DRAWN = "rect, path, circle, text";
 
