@@ -6,13 +6,16 @@ Usage: check_view.py PROGRAM EXAMPLE-SITE
 With ZVRSIT_LARGE_SITE=FOLDER that site is opened too, and how long it takes is held against its limits.
 """
 import base64
+import http.server
 import os
 import pathlib
 import re
 import shutil
 import statistics
+import subprocess
 import sys
 import tempfile
+import threading
 import urllib.parse
 
 from browser import Browser, Keys
@@ -31,6 +34,19 @@ HOSTILE = {
 MANY = 10000
 ROUTES = ["findings", "findings?by=page", "unused", "pages", "pages?kind=all&sort=-in", "hosts", "map",
           "file/home.htm", "file/img/missing.gif", "file/there%20is/no%20such", "url/mailto%3A"]
+
+
+class Host(http.server.SimpleHTTPRequestHandler):
+    """A site elsewhere, of one page."""
+
+    def do_GET(self):
+        self.send_response(200 if self.path == "/there" else 404)
+        self.end_headers()
+
+    do_HEAD = do_GET
+
+    def log_message(self, *_):
+        pass
 
 
 def write_hostile(folder):
@@ -258,6 +274,66 @@ def typing_times(browser, text):
         key(1);""", text)
 
 
+def check_advice(browser, report):
+    """The line is shown with the reference marked, and the command that mends it can be copied."""
+    browser.open(report, "#/findings?rule=wrong-case")
+    expect("marked", text_of(browser, ".excerpt mark"), ["Prices.htm"])
+    assert 'href="Prices.htm"' in text_of(browser, ".excerpt")[0], text_of(browser, ".excerpt")
+    command = text_of(browser, ".command code")[0]
+    assert command.startswith("zvrsit ") and command.endswith(" fix demo --wrong-case"), command
+    # As where there is no clipboard.
+    browser.run("Object.defineProperty(navigator, 'clipboard', { value: undefined }); "
+                "document.addEventListener('copy', () => { window.taken = getSelection().toString(); })")
+    press(browser, "Copy")
+    browser.wait("return document.querySelector('.copy').textContent === 'Copied'")
+    expect("copied", browser.run("return window.taken"), command)
+    assert "copied" in text_of(browser, "#said")[0], text_of(browser, "#said")
+    return command
+
+
+def check_since(browser, sites, site, command):
+    """A second report tells what the command has mended, and what is new."""
+    folder = str(pathlib.Path(PROGRAM).resolve().parent)
+    subprocess.run(["sh", "-c", command], check=True, stdout=subprocess.DEVNULL,
+                   env=os.environ | {"PATH": folder + os.pathsep + os.environ["PATH"]})
+    page = site / "home.htm"
+    page.write_text(page.read_text() + '<img src="img/new.gif">')
+    sites.run("update", "demo")
+    report = sites.report("demo")
+    browser.open(report)
+    expect("changes", text_of(browser, ".since p"), ["1 new finding, 1 finding mended. The site has 1 link more."])
+    expect("mended", [row.split(" is not")[0] for row in text_of(browser, ".mended li")], [" Prices.htm"])
+    press(browser, "Only new findings")
+    expect("new", shown_findings(browser), ["img/new.gif is not there"])
+    expect("marked as new", len(text_of(browser, ".badge-new")), 1)
+    check_quiet(browser, "changes")
+
+
+def check_answers(browser, sites, folder):
+    """What servers have answered stands beside their hosts and URLs."""
+    with http.server.ThreadingHTTPServer(("127.0.0.1", 0), Host) as server:
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        there = f"http://127.0.0.1:{server.server_port}"
+        folder.mkdir()
+        (folder / "index.html").write_text(f'<a href="{there}/there">x</a><a href="{there}/gone">x</a>'
+                                           '<a href="mailto:ann@example.org">x</a>')
+        sites.add("linked", folder, "index.html")
+        sites.run("urls", "linked", "--check", "--private-network", code=1)
+        server.shutdown()
+    browser.open(sites.report("linked", "--external", "--private-network", "--offline"), "#/hosts")
+    results = dict(zip(text_of(browser, "tbody summary"), text_of(browser, "tbody .result")))
+    expect("hosts", {host: result.strip() for host, result in results.items()},
+           {there.removeprefix("http://"): "1 finding", "mailto:": "not asked"})
+    browser.run("document.querySelectorAll('summary').forEach((s) => s.click())")
+    browser.wait("return document.querySelectorAll('tbody li').length === 3")
+    states = dict(zip(text_of(browser, "tbody li a"), text_of(browser, "tbody li .state")))
+    expect("an answer", states[there + "/there"].strip(), "answered 200")
+    assert "404" in states[there + "/gone"], states
+    browser.go("#/url/" + urllib.parse.quote(there + "/gone", safe=""))
+    assert "404" in text_of(browser, ".facts")[0], text_of(browser, ".facts")
+    expect("links to a URL", section_links(browser, "Links to it"), ["index.html"])
+
+
 def check_keyboard(browser, report):
     """Tab reaches everything that can be used, in order, and shows where it is."""
     browser.open(report, "#/findings?rule=wrong-case")
@@ -361,6 +437,8 @@ def main():
         check_back(browser, report)
         check_print(browser, report)
         check_without_script(browser, report)
+        check_since(browser, sites, example, check_advice(browser, report))
+        check_answers(browser, sites, pathlib.Path(folder) / "linked")
         hostile = pathlib.Path(folder) / "hostile"
         hostile.mkdir()
         write_hostile(hostile)

@@ -25,8 +25,8 @@ class Sites:
         self.run("rebuild", name)
         return self.report(name)
 
-    def report(self, name):
-        self.run("report", name, "-o", self.folder / f"{name}.html")
+    def report(self, name, *words):
+        self.run("report", name, *words, "-o", self.folder / f"{name}.html")
         return self.folder / f"{name}.html"
 
     def answer(self, *words, **how):
