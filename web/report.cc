@@ -44,8 +44,8 @@ std::string WithCommas(std::size_t number) {
 }
 
 std::string TotalMarkup(std::string_view word, std::size_t number) {
-  return fmt::format("<div class=\"total {}\"><dt>{}</dt><dd>{}</dd></div>\n", word, word,
-                     WithCommas(number));
+  return fmt::format("<div class=\"{}{}\"><dt>{}</dt><dd>{}</dd></div>\n", word,
+                     number == 0 ? " none" : "", word, WithCommas(number));
 }
 
 std::string NameOfSite(const ViewedSite& site) {
@@ -62,7 +62,7 @@ std::string HeadMarkup(const ViewedSite& site, const FindingReport& report) {
          "<dl class=\"totals\">\n" + TotalMarkup("errors", report.Count(Severity::kError)) +
          TotalMarkup("warnings", report.Count(Severity::kWarning)) +
          TotalMarkup("pages", number(totals.pages)) + TotalMarkup("files", number(totals.files)) +
-         TotalMarkup("links", number(totals.links)) + TotalMarkup("urls", number(totals.urls)) +
+         TotalMarkup("links", number(totals.links)) + TotalMarkup("URLs", number(totals.urls)) +
          "</dl>\n";
 }
 

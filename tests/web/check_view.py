@@ -405,6 +405,20 @@ def check_without_script(browser, report):
     assert "JavaScript" in body and "errors" in body, body
 
 
+def check_clean(browser, sites, folder):
+    """A folder without faults, which is no site of the database."""
+    folder.mkdir()
+    (folder / "index.html").write_text('<title>Home</title><a href="b.html">b</a>')
+    (folder / "b.html").write_text("<title>b</title>")
+    sites.run("report", folder, "-o", sites.folder / "clean.html")
+    browser.open(sites.folder / "clean.html")
+    assert "Nothing is wrong" in text_of(browser, "main")[0], text_of(browser, "main")
+    expect("tabs", text_of(browser, ".tab-count"), ["0", "0", "2", "0"])
+    for name in ("unused", "pages", "hosts", "map"):
+        browser.go("#/" + name)
+    check_quiet(browser, "a clean folder")
+
+
 def check_large(browser, report):
     """The limits of a site with 10,000 pages: painted in 1 s, a key in 50 ms."""
     browser.open(report)
@@ -439,6 +453,7 @@ def main():
         check_without_script(browser, report)
         check_since(browser, sites, example, check_advice(browser, report))
         check_answers(browser, sites, pathlib.Path(folder) / "linked")
+        check_clean(browser, sites, pathlib.Path(folder) / "clean")
         hostile = pathlib.Path(folder) / "hostile"
         hostile.mkdir()
         write_hostile(hostile)

@@ -39,7 +39,7 @@ class FindingsView {
     return [
       staleNotice(this.site),
       sinceLastReport(this.site, wanted.fresh !== "", (fresh) => this.set("fresh", fresh ? "1" : "")),
-      element("div", { class: "tools" },
+      this.site.findings.length === 0 ? null : element("div", { class: "tools" },
         searchField("Search in findings", wanted.q, (text) => this.set("q", text)),
         element("div", { class: "tools-row" }, this.severities, this.rules),
         element("div", { class: "tools-row" },
@@ -65,7 +65,7 @@ class FindingsView {
     this.cards.what = [wanted.by === "page" ? "page" : "finding"];
     this.cards.show(wanted.by === "page" ? groupByPage(site, answer.found, wanted.sort)
                                          : sortFindings(answer.found, wanted.sort));
-    this.count.line.textContent = this.countText(answer);
+    this.count.line.textContent = site.findings.length === 0 ? "" : this.countText(answer);
     fill(this.empty, answer.found.length > 0 ? null
       : nothing(site.findings.length === 0 ? "Nothing is wrong with this site."
                                            : "Nothing is found with this choice."));

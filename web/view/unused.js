@@ -33,7 +33,9 @@ export function unreachedFiles(site) {
     for (const finding of site.findings) {
       if (finding.rule === "orphan-page" && finding.targetFile >= 0) row(finding.targetFile).isOrphan = true;
     }
-    for (const file of site.data.unused) row(file).isUnused = true;
+    for (const file of site.data.unused) {
+      if (file !== site.home) row(file).isUnused = true;
+    }
     return [...rows.values()];
   });
 }
