@@ -168,11 +168,25 @@ void AskSite(const Options& options, ReportWanted& wanted, SiteView& view) {
   NoteChanges(session, changes, view.report);
 }
 
+// The folder of the site that a folder belongs to, by the database or by a configuration; else the
+// folder itself.
+std::string RootOf(const Options& options, const FindingOptions& findings,
+                   const std::string& folder) {
+  if (const auto around = FindSiteAround(options, {folder})) {
+    return NativePath(around->profile.folders[kSlotSiteFolder]);
+  }
+  const std::string config = findings.config.empty() ? FindConfig(folder) : findings.config;
+  if (!findings.usesConfig || config.empty()) return folder;
+  const std::string root = *ReadConfig(config).site.folder;
+  const bool isIts = FolderPath(folder).starts_with(FolderPath(root)) ||
+                     FolderPath(root).starts_with(FolderPath(folder));
+  return isIts ? root : folder;
+}
+
 // Looks through a folder, or the site that it lies in.
 int LookThrough(const Options& options, ReportWanted& wanted, SiteView& view) {
-  const std::string folder = wanted.site.empty() ? "." : wanted.site;
-  const auto around = FindSiteAround(options, {folder});
-  wanted.given.paths.root = around ? NativePath(around->profile.folders[kSlotSiteFolder]) : folder;
+  wanted.given.paths.root =
+      RootOf(options, wanted.given.findings, wanted.site.empty() ? "." : wanted.site);
   return Examine(options, wanted.given, view.report,
                  [&](const ExaminedSite& site, const FindingReport& report) {
                    Gather(options, wanted, site, report, view);

@@ -205,6 +205,8 @@ TEST(Whole, AReadOnlyMediumCanBeAsked) {
       EXPECT_EQ(outcome.code, asked[i].code) << Json(questions[i]);
       EXPECT_EQ(outcome.code == 2, questions[i].back() == "none") << Json(questions[i]);
     }
+    const std::string report = program.folder.native("report.html");
+    EXPECT_EQ(program.Run({"report", "demo", "-o", report}).code, 0);
     for (const Words& words :
          {Words{"rebuild", "demo"}, Words{"save", "demo", "b.html"},
           Words{"site", "delete", "demo"}, Words{"legacy", "rebuild", "demo"}}) {
