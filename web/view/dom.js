@@ -19,8 +19,12 @@ function furnish(made, attributes, children) {
     if (typeof value === "function") made.addEventListener(name.slice(2), value);
     else made.setAttribute(name, value === true ? "" : String(value));
   }
-  made.append(...children.flat(3).filter((child) => child !== null && child !== undefined && child !== false));
+  made.append(...present(children));
   return made;
+}
+
+function present(children) {
+  return children.flat(3).filter((child) => child !== null && child !== undefined && child !== false);
 }
 
 // Characters that show nothing, or turn the direction of the text around them.
@@ -57,7 +61,7 @@ export function mark(name, label = "") {
 
 // Puts these in the place of what the element holds.
 export function fill(container, ...children) {
-  container.replaceChildren(...children.flat(3).filter((child) => child !== null && child !== undefined && child !== false));
+  container.replaceChildren(...present(children));
 }
 
 // Says it to screen readers.

@@ -33,7 +33,8 @@ function messageText(site, finding) {
   const name = [target, site.pathOf(targetFile)].find((one) => one !== "" && message.includes(one));
   if (name === undefined) return [plain(message), " ", fileLink(site, targetFile)];
   const at = message.indexOf(name);
-  return [plain(message.slice(0, at)), fileLink(site, targetFile, name), plain(message.slice(at + name.length))];
+  return [plain(message.slice(0, at)), fileLink(site, targetFile, name),
+    plain(message.slice(at + name.length))];
 }
 
 function ruleLink(rule) {
@@ -68,7 +69,7 @@ function placeRow(site, place) {
 
 function placeText(site, [, , , reference, excerpt]) {
   if (excerpt >= 0) return excerptLine(site.data.excerpts[excerpt]);
-  return reference ? element("code", { class: "excerpt", dir: "ltr" }, element("mark", {}, plain(reference))) : null;
+  return reference ? excerptLine([reference, 0, reference.length]) : null;
 }
 
 // `rows` are [{ finding, id, place }] of one page.
@@ -78,7 +79,7 @@ export function pageCard(site, { file, rows }) {
     element("div", { class: "card-head" },
       severityMark(severity),
       element("h3", {}, fileLink(site, file), " ", titleText(site, file)),
-      element("span", { class: "card-facts" }, element("span", { class: "number" }, counted(rows.length, "place")))),
+      element("span", { class: "card-facts number" }, counted(rows.length, "place"))),
     shortList(byLine(rows), (row) => findingRow(site, row), ["place"]));
 }
 

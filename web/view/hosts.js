@@ -3,7 +3,9 @@ import { element, fill, mark, named, plain } from "./dom.js";
 import { counted } from "./format.js";
 import { shortList } from "./lists.js";
 import { fileLink, nothing } from "./parts.js";
-import { SortedTable, quietNumber } from "./tables.js";
+import { SortedTable, numberColumn } from "./tables.js";
+
+const CHOICES = [["", "all hosts"], ["bad", "hosts with findings"], ["unasked", "hosts not asked"]];
 
 export function showHosts(container, site, route) {
   fill(container, element("h2", { tabindex: "-1" }, "Hosts of other sites"));
@@ -12,9 +14,9 @@ export function showHosts(container, site, route) {
     return "Hosts";
   }
   const hosts = hostRows(site);
-  const table = new SortedTable({ name: "hosts", label: "Hosts of other sites", what: ["host"], rows: hosts,
-    columns: hostColumns(site), words: (row) => row.words,
-    filters: [["Show", [["", "all hosts"], ["bad", "hosts with findings"], ["unasked", "hosts not asked"]], "show",
+  const table = new SortedTable({ name: "hosts", label: "Hosts of other sites", what: ["host"],
+    rows: hosts, columns: hostColumns(site), words: (row) => row.words,
+    filters: [["Show", CHOICES, "show",
       (row, show) => (show === "bad" ? row.bad > 0 : row.asked < row.urls.length)]],
     values: Object.fromEntries(route.params) });
   if (hosts.every((row) => row.asked === 0)) {
@@ -57,14 +59,13 @@ export function urlState(site, url) {
 }
 
 function hostColumns(site) {
-  const number = { class: "number", descends: true };
   return [
     { key: "host", title: "Host", narrow: true, isHead: true, class: "name", by: (row) => row.host,
       cell: (row) => hostCell(site, row) },
-    { key: "bad", title: "Result", narrow: true, class: "result", descends: true, by: (row) => row.bad * 1e6 + row.asked,
-      cell: (row) => resultCell(row) },
-    { ...number, key: "urls", title: "URLs", by: (row) => row.urls.length, cell: (row) => quietNumber(row.urls.length) },
-    { ...number, key: "links", title: "Links", by: (row) => row.links, cell: (row) => quietNumber(row.links) },
+    { key: "bad", title: "Result", narrow: true, class: "result", descends: true,
+      by: (row) => row.bad * 1e6 + row.asked, cell: (row) => resultCell(row) },
+    numberColumn("urls", "URLs", (row) => row.urls.length),
+    numberColumn("links", "Links", (row) => row.links),
   ];
 }
 

@@ -20,7 +20,7 @@ export class LongList {
       onclick: () => this.showMore() });
     this.observer = new IntersectionObserver((entries) => {
       if (entries.some((entry) => entry.isIntersecting)) this.append(STEP);
-    }, { rootMargin: "800px" });
+    }, { rootMargin: "400px" });
   }
 
   show(items) {
@@ -83,7 +83,9 @@ export function forgetLists() {
 // Shows so many rows that the view is as high as this, where there are as many.
 export function growLists(height) {
   for (const list of listsOfView) {
-    while (document.documentElement.scrollHeight < height && list.shown < list.items.length) list.append(STEP);
+    while (document.documentElement.scrollHeight < height && list.shown < list.items.length) {
+      list.append(STEP);
+    }
   }
 }
 

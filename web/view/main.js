@@ -49,7 +49,8 @@ function fillTabs(site) {
   const counts = { findings: site.findings.length, unused: unreachedFiles(site).length,
     pages: site.data.totals.pages, hosts: site.data.hosts.length };
   for (const [name, count] of Object.entries(counts)) {
-    document.querySelector(`nav a[href="#/${name}"]`)?.append(" ", element("span", { class: "tab-count" }, numberText(count)));
+    document.querySelector(`nav a[href="#/${name}"]`)?.append(" ",
+      element("span", { class: "tab-count" }, numberText(count)));
   }
 }
 

@@ -5,7 +5,10 @@ import { findingCard, findingRow, rowsOfFile } from "./finding_cards.js";
 import { urlState } from "./hosts.js";
 import { shortList } from "./lists.js";
 import { loadSeconds } from "./pages.js";
-import { fileLink, kindBadge, kindWord, nothing } from "./parts.js";
+import { fileLink, kindBadge, kindWord, nothing, searchField } from "./parts.js";
+
+// So many links are shown at first; where there are more, they can be searched.
+const FIRST_LINKS = 25;
 
 export function showFile(container, site, route) {
   const file = site.indexOf(route.rest);
@@ -38,17 +41,23 @@ function facts(...rows) {
 function fileFacts(site, file) {
   const isPage = site.kindOf(file) === "page";
   const isRead = isPage || site.outCountOf(file) > 0;
-  const weight = isPage ? site.weightOf(file) : 0;
+  const weight = site.weightOf(file);
+  const requests = site.requestsOf(file);
   return facts(
     ["Size", sizeText(site.sizeOf(file))],
-    ["Weight with all it loads", isPage ? sizeText(weight) + " in " + counted(site.requestsOf(file), "file") : ""],
-    ["Time on a slow phone", isPage ? "about " + secondsText(loadSeconds(weight, site.requestsOf(file))) : ""],
+    ["Weight with all it loads", isPage ? sizeText(weight) + " in " + counted(requests, "file") : ""],
+    ["Time on a slow phone", isPage ? "about " + secondsText(loadSeconds(weight, requests)) : ""],
     ["Changed", dateText(site.data.files.time[file])],
     ["Linked from", counted(site.inCountOf(file), "file")],
     ["Links to", isRead ? counted(site.outCountOf(file), "file or URL", "files and URLs") : ""],
     ["From the home page", clicksText(site, file)],
-    ["Family of the home page", site.home < 0 || !isRead ? "" : site.isInFamily(file) ? "belongs to it" : "does not belong to it"],
+    ["Family of the home page", isRead ? familyText(site, file) : ""],
     ["Findings in it", isRead ? numberText(site.findingsIn(file).length) : ""]);
+}
+
+function familyText(site, file) {
+  if (site.home < 0) return "";
+  return site.isInFamily(file) ? "belongs to it" : "does not belong to it";
 }
 
 function clicksText(site, file) {
@@ -84,14 +93,19 @@ function aboutSection(site, file) {
   const ids = site.findingsAbout(file);
   if (ids.length === 0) return null;
   const list = element("ol", { class: "cards" });
-  const rows = ids.map((id) => findingCard(site, { finding: site.findings[id], id, places: site.findings[id].places }));
-  list.append(...rows.slice(0, 200));
+  for (const id of ids.slice(0, 200)) {
+    const finding = site.findings[id];
+    list.append(findingCard(site, { finding, id, places: finding.places }));
+  }
   return section("What is wrong with " + (site.isUrl(file) ? "this URL" : "references to it"), list);
 }
 
 function findingsSection(site, file) {
   const rows = rowsOfFile(site, file);
-  if (rows.length === 0) return site.kindOf(file) === "page" ? section("Findings in it", nothing("Nothing is wrong in this page.")) : null;
+  if (rows.length === 0) {
+    return site.kindOf(file) === "page" ? section("Findings in it", nothing("Nothing is wrong in this page."))
+                                        : null;
+  }
   return section("Findings in it", shortList(rows, (row) => findingRow(site, row), ["finding"], 50));
 }
 
@@ -99,15 +113,18 @@ function findingsSection(site, file) {
 function linksSection(site, file, direction) {
   const links = joined(direction === "in" ? site.linksTo(file) : site.linksFrom(file));
   const title = direction === "in" ? "Links to it" : "Links from it";
-  if (links.length === 0) return direction === "in" ? section(title, element("p", { class: "quiet" }, "Nothing refers to it.")) : null;
+  if (links.length === 0) {
+    if (direction === "out") return null;
+    return section(title, element("p", { class: "quiet" }, "Nothing refers to it."));
+  }
   const list = element("div");
   const show = (text) => fill(list, shortList(links.filter(({ other }) =>
-    site.pathOf(other).toLowerCase().includes(text.toLowerCase())), (link) => linkRow(site, link, direction), ["link"], 25));
+    site.pathOf(other).toLowerCase().includes(text.toLowerCase())),
+  (link) => linkRow(site, link, direction), ["link"], FIRST_LINKS));
   show("");
   const heading = [title + " ", element("small", {}, numberText(links.length))];
-  if (links.length <= 25) return section(heading, list);
-  return section(heading, element("input", { type: "search", class: "small-search", "aria-label": "Search in " + title.toLowerCase(),
-    placeholder: "Search", autocomplete: "off", spellcheck: "false", oninput: (event) => show(event.target.value) }), list);
+  if (links.length <= FIRST_LINKS) return section(heading, list);
+  return section(heading, searchField("Search in " + title.toLowerCase(), "", show), list);
 }
 
 // Links with the same other end as one: [{ other, kinds, times }].
@@ -123,11 +140,12 @@ function joined(links) {
 }
 
 function linkRow(site, { other, kinds, times }, direction) {
+  const isLoaded = direction === "out" && kinds.some((kind) => kind !== "link") && site.sizeOf(other) >= 0;
   const state = site.isUrl(other) ? urlState(site, other).mark : site.isBroken(other) ? "error" : "";
   return element("li", { class: "link-row" },
     state === "error" || state === "warning" ? mark(state, state) : null,
     fileLink(site, other),
     element("span", { class: "quiet" }, kinds.map(kindWord).join(", "),
       times > 1 ? ", " + numberText(times) + " times" : "",
-      direction === "out" && kinds.some((kind) => kind !== "link") && site.sizeOf(other) >= 0 ? ", " + sizeText(site.sizeOf(other)) : ""));
+      isLoaded ? ", " + sizeText(site.sizeOf(other)) : ""));
 }

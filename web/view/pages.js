@@ -2,7 +2,7 @@
 import { element, fill } from "./dom.js";
 import { counted, dateText, numberText, secondsText, sizeText } from "./format.js";
 import { fileLink, kindWord, severityMark, titleText } from "./parts.js";
-import { SortedTable, bar, quietNumber } from "./tables.js";
+import { SortedTable, bar, numberColumn, quietNumber } from "./tables.js";
 
 // A page on a slow phone.
 const BYTES_A_SECOND = 200000;
@@ -27,7 +27,8 @@ export function showPages(container, site, route) {
   return "Pages";
 }
 
-const PLURALS = { page: "pages", sheet: "style sheets", image: "images", script: "scripts", other: "other files" };
+const PLURALS = { page: "pages", sheet: "style sheets", image: "images", script: "scripts",
+  other: "other files" };
 
 function kindRows(site) {
   const counts = new Map();
@@ -55,7 +56,8 @@ function pageColumns(site) {
   const number = { class: "number", descends: true };
   return [
     { key: "weight", title: "Weight", narrow: true, by: (i) => weightOrSize(site, i), descends: true,
-      class: "number weight", cell: (i) => [sizeText(weightOrSize(site, i)), bar(weightOrSize(site, i), heaviest)] },
+      class: "number weight",
+      cell: (i) => [sizeText(weightOrSize(site, i)), bar(weightOrSize(site, i), heaviest)] },
     { ...number, key: "time", title: "Time", by: (i) => secondsOf(site, i),
       cell: (i) => (site.kindOf(i) === "page" ? secondsText(secondsOf(site, i)) : "") },
     { key: "path", title: "File", narrow: true, isHead: true, by: (i) => site.pathOf(i), class: "name",
@@ -63,16 +65,19 @@ function pageColumns(site) {
     { ...number, key: "size", title: "Size", by: (i) => site.sizeOf(i), cell: (i) => sizeText(site.sizeOf(i)) },
     { ...number, key: "requests", title: "Loads", by: (i) => site.requestsOf(i),
       cell: (i) => (site.kindOf(i) === "page" ? quietNumber(site.requestsOf(i)) : "") },
-    { ...number, key: "in", title: "In", by: (i) => site.inCountOf(i), cell: (i) => quietNumber(site.inCountOf(i)) },
-    { ...number, key: "out", title: "Out", by: (i) => site.outCountOf(i), cell: (i) => quietNumber(site.outCountOf(i)) },
+    numberColumn("in", "In", (i) => site.inCountOf(i)),
+    numberColumn("out", "Out", (i) => site.outCountOf(i)),
     { ...number, key: "depth", title: "Clicks", by: (i) => depthOrder(site, i),
-      cell: (i) => (site.depthOf(i) < 0 ? element("span", { class: "quiet", title: "no way from the home page" }, "none")
-                                        : numberText(site.depthOf(i))) },
-    { ...number, key: "findings", title: "Findings", by: (i) => site.findingsIn(i).length,
-      cell: (i) => quietNumber(site.findingsIn(i).length) },
+      cell: (i) => depthCell(site.depthOf(i)) },
+    numberColumn("findings", "Findings", (i) => site.findingsIn(i).length),
     { key: "changed", title: "Changed", class: "date", descends: true, by: (i) => site.data.files.time[i],
       cell: (i) => dateText(site.data.files.time[i]) },
   ];
+}
+
+function depthCell(depth) {
+  if (depth >= 0) return numberText(depth);
+  return element("span", { class: "quiet", title: "no way from the home page" }, "none");
 }
 
 // No way at all is further than any.

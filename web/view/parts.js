@@ -14,7 +14,8 @@ export function titleText(site, index) {
   return title ? named("“" + title + "”", { class: "title" }) : null;
 }
 
-const KIND_WORDS = { sheet: "style sheet", other: "other file", outside: "outside of the site", url: "other site" };
+const KIND_WORDS = { sheet: "style sheet", other: "other file", outside: "outside of the site",
+  url: "other site" };
 
 export function kindWord(kind) { return KIND_WORDS[kind] ?? kind; }
 
@@ -90,7 +91,7 @@ export function selection(label, rows, chosen, choose) {
 export function searchField(label, text, search) {
   const input = element("input", { type: "search", value: text, autocomplete: "off", spellcheck: "false",
     placeholder: label, "aria-label": label, oninput: () => search(input.value) });
-  return element("div", { class: "search", role: "search" }, input);
+  return element("div", { class: "search", role: "search", "aria-label": label }, input);
 }
 
 // Where a list would be empty.

@@ -101,7 +101,9 @@ export function groupByPage(site, found, sort) {
     }
   }
   const groups = [...pages.values()];
-  if (sort === "target") return groups.sort((a, b) => compareTexts(site.pathOf(a.file), site.pathOf(b.file)));
+  if (sort === "target") {
+    return groups.sort((a, b) => compareTexts(site.pathOf(a.file), site.pathOf(b.file)));
+  }
   if (sort === "places") return groups.sort((a, b) => b.rows.length - a.rows.length);
   return groups.sort((a, b) => b.errors - a.errors || b.rows.length - a.rows.length);
 }

@@ -27,7 +27,7 @@ function sizeChange(site, then) {
   const changes = [["pages", "page"], ["files", "file"], ["links", "link"]]
     .map(([key, word]) => [site.data.totals[key] - then[key], word])
     .filter(([change]) => change !== 0)
-    .map(([change, word]) => (change > 0 ? counted(change, word) + " more" : counted(-change, word) + " fewer"));
+    .map(([change, word]) => counted(Math.abs(change), word) + (change > 0 ? " more" : " fewer"));
   return changes.length === 0 ? "" : " The site has " + changes.join(", ") + ".";
 }
 

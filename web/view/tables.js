@@ -28,7 +28,7 @@ export class SortedTable {
         (this.filters ?? []).map(([label, rows, key]) =>
           selection(label, rows, this.values[key] ?? rows[0][0], (value) => this.set(key, value))),
         this.sorter = selection("Sort", this.columns.filter((column) => column.by)
-          .map((column) => [column.key, column.title]), this.values.sort.replace(/^-/, ""), (key) => this.set("sort", key))),
+          .map((column) => [column.key, column.title]), this.sortKey(), (key) => this.set("sort", key))),
       this.count.line,
       element("table", {}, element("caption", { class: "unseen" }, this.label),
         element("thead", {}, element("tr", {}, this.heads)), this.body),
@@ -41,6 +41,9 @@ export class SortedTable {
     return element("th", { scope: "col", class: classes, "data-key": column.key },
       element("button", { type: "button", onclick: () => this.sortBy(column.key) }, column.title));
   }
+
+  // A "-" before it turns the order round.
+  sortKey() { return this.values.sort.replace(/^-/, ""); }
 
   // Again, it turns the order round.
   sortBy(key) {
@@ -55,8 +58,7 @@ export class SortedTable {
   }
 
   refresh() {
-    const key = this.values.sort.replace(/^-/, "");
-    const column = this.columns.find((one) => one.key === key && one.by) ?? this.columns[0];
+    const column = this.columns.find((one) => one.key === this.sortKey() && one.by) ?? this.columns[0];
     const isTurned = this.values.sort.startsWith("-");
     for (const head of this.heads) head.removeAttribute("aria-sort");
     this.heads[this.columns.indexOf(column)].setAttribute("aria-sort",
@@ -108,6 +110,11 @@ export function bar(part, whole) {
   const line = element("span", { class: "bar", "aria-hidden": "true" });
   line.style.setProperty("--part", whole > 0 ? (100 * part / whole).toFixed(1) + "%" : "0%");
   return line;
+}
+
+// A column of numbers, the largest first.
+export function numberColumn(key, title, by) {
+  return { key, title, class: "number", descends: true, by, cell: (row) => quietNumber(by(row)) };
 }
 
 // A number that is left out when it is 0.

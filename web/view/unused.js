@@ -5,6 +5,8 @@ import { counted, dateText, numberText, sizeText } from "./format.js";
 import { fileLink, kindBadge, nothing, titleText } from "./parts.js";
 import { SortedTable, bar } from "./tables.js";
 
+const REASONS = [["", "everything"], ["orphan", "orphan pages"], ["unused", "unused files"]];
+
 export function showUnused(container, site, route) {
   const rows = unreachedFiles(site);
   fill(container, element("h2", { tabindex: "-1" }, "Orphans and unused files"), summary(site, rows));
@@ -14,7 +16,7 @@ export function showUnused(container, site, route) {
   }
   const table = new SortedTable({ name: "unused", label: "Orphans and unused files", what: ["file"], rows,
     columns: unusedColumns(site, rows), words: (row) => site.searchTexts()[row.file],
-    filters: [["Show", [["", "everything"], ["orphan", "orphan pages"], ["unused", "unused files"]], "show",
+    filters: [["Show", REASONS, "show",
       (row, show) => (show === "orphan" ? row.isOrphan : row.isUnused)]],
     values: Object.fromEntries(route.params) });
   container.append(...table.parts().flat(2));
@@ -62,12 +64,16 @@ function unusedColumns(site, rows) {
     { key: "size", title: "Size", narrow: true, class: "number weight", descends: true,
       by: (row) => site.sizeOf(row.file),
       cell: (row) => [sizeText(site.sizeOf(row.file)), bar(site.sizeOf(row.file), largest)] },
-    { key: "path", title: "File", narrow: true, isHead: true, class: "name", by: (row) => site.pathOf(row.file),
+    { key: "path", title: "File", narrow: true, isHead: true, class: "name",
+      by: (row) => site.pathOf(row.file),
       cell: (row) => [fileLink(site, row.file), " ", titleText(site, row.file),
         element("span", { class: "narrow-facts" }, reasonText(site, row))] },
-    { key: "kind", title: "Kind", by: (row) => site.kindOf(row.file), cell: (row) => kindBadge(site.kindOf(row.file)) },
-    { key: "why", title: "Why", class: "reason", by: (row) => reasonText(site, row), cell: (row) => reasonText(site, row) },
-    { key: "changed", title: "Changed", class: "date", descends: true, by: (row) => site.data.files.time[row.file],
+    { key: "kind", title: "Kind", by: (row) => site.kindOf(row.file),
+      cell: (row) => kindBadge(site.kindOf(row.file)) },
+    { key: "why", title: "Why", class: "reason", by: (row) => reasonText(site, row),
+      cell: (row) => reasonText(site, row) },
+    { key: "changed", title: "Changed", class: "date", descends: true,
+      by: (row) => site.data.files.time[row.file],
       cell: (row) => dateText(site.data.files.time[row.file]) },
   ];
 }
