@@ -41,7 +41,7 @@ std::string IdOf(const GraphNode& node) {
 }
 
 // Neither DOT nor XML can hold control characters.
-std::string WithoutControls(std::string_view utf8) {
+std::string WithControlsEscaped(std::string_view utf8) {
   std::string text;
   for (const char c : utf8) {
     const auto value = static_cast<unsigned char>(c);
@@ -53,11 +53,11 @@ std::string WithoutControls(std::string_view utf8) {
 // A quoted text of DOT, whose labels know escapes and entities.
 std::string DotText(std::string_view utf8) {
   static constexpr Replacements kEscapes{{'\\', "\\\\"}, {'"', "\\\""}, {'&', "&amp;"}};
-  return '"' + kEscapes.In(WithoutControls(utf8)) + '"';
+  return '"' + kEscapes.In(WithControlsEscaped(utf8)) + '"';
 }
 
 std::string GraphXml(std::string_view utf8) {
-  return XmlMarkup(WithoutControls(utf8));
+  return XmlMarkup(WithControlsEscaped(utf8));
 }
 
 std::string FormatDot(const Graph& graph) {
