@@ -1,6 +1,7 @@
 #include "web/site_content.h"
 
 #include <algorithm>
+#include <bit>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -28,44 +29,29 @@ bool Holds(std::span<const std::string_view> names, std::string_view name) {
   return std::ranges::find(names, name) != names.end();
 }
 
+struct KindOfTypes {
+  std::uint32_t types;  // an OR of codes
+  LinkKind kind;
+};
+constexpr KindOfTypes kKindsOfLinks[] = {
+    {LT_ANCHOR | LT_AREA | LT_SELF_ANCHOR | LT_META_REFRESH, LinkKind::kLink},
+    {LT_IMG | LT_IMG_USEMAP | LT_IMG_ISMAP | LT_SRCSET | LT_INPUT | LT_CSS_IMAGE |
+         LT_BODY_BACKGROUND | LT_TABLE_BACKGROUND | LT_TR_BACKGROUND | LT_TD_BACKGROUND |
+         LT_TH_BACKGROUND,
+     LinkKind::kImage},
+    {LT_SCRIPT, LinkKind::kScript},
+    {LT_CSS_LINK | LT_CSS_IMPORT, LinkKind::kSheet},
+    {LT_FRAME | LT_IFRAME, LinkKind::kFrame},
+    {LT_MEDIA | LT_EMBED | LT_OBJECT | LT_APPLET | LT_APPLET_FILE, LinkKind::kMedia},
+};
+
 LinkKind KindOfLink(std::uint32_t type) {
-  switch (type) {
-    case LT_ANCHOR:
-    case LT_AREA:
-    case LT_SELF_ANCHOR:
-    case LT_META_REFRESH:
-    case LT_REDIRECT:
-    case LT_SITEMAP:
-      return LinkKind::kLink;
-    case LT_IMG:
-    case LT_IMG_USEMAP:
-    case LT_IMG_ISMAP:
-    case LT_SRCSET:
-    case LT_INPUT:
-    case LT_CSS_IMAGE:
-    case LT_BODY_BACKGROUND:
-    case LT_TABLE_BACKGROUND:
-    case LT_TR_BACKGROUND:
-    case LT_TD_BACKGROUND:
-    case LT_TH_BACKGROUND:
-      return LinkKind::kImage;
-    case LT_SCRIPT:
-      return LinkKind::kScript;
-    case LT_CSS_LINK:
-    case LT_CSS_IMPORT:
-      return LinkKind::kSheet;
-    case LT_FRAME:
-    case LT_IFRAME:
-      return LinkKind::kFrame;
-    case LT_MEDIA:
-    case LT_EMBED:
-    case LT_OBJECT:
-    case LT_APPLET:
-    case LT_APPLET_FILE:
-      return LinkKind::kMedia;
-    default:
-      return LinkKind::kOther;
+  if (type == LT_REDIRECT || type == LT_SITEMAP) return LinkKind::kLink;
+  if (!std::has_single_bit(type)) return LinkKind::kOther;
+  for (const KindOfTypes& row : kKindsOfLinks) {
+    if ((row.types & type) != 0) return row.kind;
   }
+  return LinkKind::kOther;
 }
 
 bool IsLoaded(LinkKind kind, std::uint32_t type) {

@@ -38,7 +38,8 @@ PAGES = {
     "c.html": ('<meta charset=windows-1252><p id=install><p id=wrong>caf\u00e9 na\u00efve \u00e9<a href="caf\u00e9.gone">'
                '<a href="c.html#instal">', "cp1252"),
     "sixteen.html": (f"\ufeff\n{KANJI}<a href='{KANJI}.html'>" + "\u00e4" * 300, "utf-16-le"),
-    "long.html": ("\u00e9" * 500 + '<a href="far.html">' + "\u00e4" * 2000 + '<a href=far.html>', "utf-8"),
+    "long.html": ("\u00e9" * 500 + '<a href="far.html">' + "\u00e4" * 2000 + '<a href=far.html>' + "\u00e4" * 2000
+                  + '<a href=alone.html>' + "\u00e4" * 2000, "utf-8"),
     "sub/moved.html": ("<p id=x>", "utf-8"),
     "wrong.html": ("", "utf-8"),
     "<img src=x onerror=alert(1)>.html": ('<p id="a&quot;b"><p id="a&quot;b"><a href="a&amp;b.html">', "utf-8"),
@@ -230,7 +231,7 @@ def check_since(sites, folder):
     expect("made", since["made"], before["made"])
     expect("totals", since["totals"], before["totals"])
     expect("new", [data["findings"][i]["target"] for i in since["added"]], ["new.html"])
-    expect("mended", [one["target"] for one in since["mended"]], ["far.html"])
+    expect("mended", [one["target"] for one in since["mended"]], ["far.html", "alone.html"])
     # A rule that was off is no news either; nor is a report of another folder.
     sites.run("report", "demo's", "-o", report)
     expect("rule on again", [data_of(report.read_bytes())["since"][key] for key in ("added", "mended")], [[], []])
