@@ -19,9 +19,9 @@
 namespace zvrsit {
 namespace {
 
-constexpr std::size_t kLongest = 240;  // characters of an excerpt
-constexpr std::size_t kBefore = 80;    // of them before the reference
-constexpr std::size_t kLongestUser = 512;
+constexpr std::size_t kLongest = 240;      // characters of an excerpt
+constexpr std::size_t kBefore = 80;        // of them before the reference
+constexpr std::size_t kLongestUser = 512;  // bytes
 
 bool IsInside(char c) {
   return (c & 0xC0) == 0x80;
@@ -162,6 +162,9 @@ bool IsControl(std::string_view text, std::size_t at) {
 }
 
 std::string Shown(std::string_view text) {
+  if (std::ranges::all_of(text, [](char c) { return c >= ' ' && c < 0x7F; })) {
+    return std::string(text);
+  }
   std::string shown;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t next = Forth(text, at, 1);
@@ -184,8 +187,8 @@ Excerpt CutOut(std::string_view line, std::size_t at, const std::string& referen
       std::max(Back(line, first, kBefore), std::min(line.find_first_not_of(" \t"), first));
   const std::size_t end = Forth(line, begin, kLongest);
   // A user may begin before the part, and a password end behind it.
-  const std::size_t from = Back(line, begin, kLongestUser);
-  std::string around(line.substr(from, Forth(line, end, kLongestUser) - from));
+  const std::size_t from = begin - std::min(begin, kLongestUser);
+  std::string around(line.substr(from, end + kLongestUser - from));
   HideUsers(around);
   const std::string_view part = std::string_view(around).substr(begin - from, end - begin);
   return {Shown(part), LengthInUtf16(part.substr(0, first - begin)),
