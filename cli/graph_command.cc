@@ -22,10 +22,6 @@ struct GraphOptions {
   GraphWanted wanted;
 };
 
-// What a picture can hold, and other programs can.
-constexpr std::size_t kMostAreas = 300;
-constexpr std::size_t kMostNodes = 500;
-
 GraphFormat FormatOf(const Options& options, const std::string& to) {
   if (to == "graphml") return GraphFormat::kGraphml;
   return to == "json" || (to.empty() && options.json) ? GraphFormat::kJson : GraphFormat::kDot;
@@ -71,6 +67,7 @@ int RunGraph(const Options& options, GraphOptions given) {
 
 void AddGraphCommand(CLI::App& app, const Options& options, Run& run) {
   const auto given = std::make_shared<GraphOptions>();
+  given->wanted.fold = 500;
   CLI::App* graph =
       app.add_subcommand("graph", "Draw the pages of a site and the links between them as a graph");
   AddSiteName(*graph, given->site);
@@ -86,11 +83,10 @@ void AddGraphCommand(CLI::App& app, const Options& options, Run& run) {
   graph->add_option("-o,--output", given->output, "a file, instead of stdout")
       ->option_text("FILE")
       ->check(NotEmpty());
-  CLI::Option* fold =
-      graph
-          ->add_option("--fold", given->wanted.fold,
-                       "folders stand for more files than this (500; svg: 300); 0: never")
-          ->option_text("NUMBER");
+  graph
+      ->add_option("--fold", given->wanted.fold,
+                   "with more files than this, folders stand for them (500); 0: never")
+      ->option_text("NUMBER");
   CLI::Option* from = graph->add_option("--from", given->from, "only what is near to this file")
                           ->option_text("FILE")
                           ->check(NotEmpty());
@@ -99,9 +95,8 @@ void AddGraphCommand(CLI::App& app, const Options& options, Run& run) {
       ->check(CLI::Range(0, 1 << 20))
       ->needs(from);
   graph->add_flag("--all-files", given->wanted.allFiles, "also images, style sheets and the like");
-  graph->callback([&options, &run, given, fold] {
+  graph->callback([&options, &run, given] {
     given->isPicture = given->isPicture || given->to == "svg";
-    if (fold->count() == 0) given->wanted.fold = given->isPicture ? kMostAreas : kMostNodes;
     run = [&options, given] { return RunGraph(options, *given); };
   });
 }

@@ -11,7 +11,7 @@
 namespace zvrsit {
 namespace {
 
-constexpr double kLeastShare = 0.001;
+constexpr double kLeastShare = 1.0 / 4000;
 constexpr double kInset = 3;
 
 class Nesting {

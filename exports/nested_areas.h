@@ -30,7 +30,7 @@ inline constexpr double kHeaderHeight = 18;
 
 // The site folder first, filling `box`, whose unit is about a pixel. Hosts and files outside of the
 // site have no area. In a folder the areas of parts are in the ratio of what they show, where that
-// is at least a thousandth of the whole site; what is smaller is drawn as large as that. A folder
+// is at least a 4,000th of the whole site; what is smaller is drawn as large as that. A folder
 // with nothing but one folder in it is one area with it.
 std::vector<Area> NestAreas(const Graph& graph, AreaOf what, const Box& box);
 

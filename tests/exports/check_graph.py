@@ -159,7 +159,7 @@ def check_picture(folder, db):
         text = run(*words, "--svg")
         expect("the same twice", run(*words, "--to", "svg"), text)
         leaves, _ = leaves_below(xml.fromstring(text), [0, 0, 1600, 1000],
-                                 sum(sizes.values()) / 1000)
+                                 sum(sizes.values()) / 4000)
         nodes = [n for n in json.loads(run(*words, "--to", "json"))["nodes"]
                  if n["kind"] not in ("host", "outside")]
         expect("areas", sorted(leaves), sorted(

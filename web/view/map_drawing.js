@@ -4,7 +4,8 @@
 //   { part: of the tree, or null for everything elsewhere in the site, isOpen,
 //     files: positions in the tree's `files`; none of an open folder,
 //     shape: { tag, attributes }, edge: its outline as a path, bandOf(share): a strip along so much
-//     of its edge, as a path; the middle of the strip where the item is centred, at: { x, y } where arcs end, room: { x, y, width, height } for its name,
+//     of its edge, as a path; the middle of the strip where the item is centred, across: its lesser
+//     width, at: { x, y } where arcs end, room: { x, y, width, height } for its name,
 //     turn: how its name is turned, in degrees, isCentred: whether it stands in the middle }
 import { plain, svgElement } from "./dom.js";
 import { counted, numberText } from "./format.js";
@@ -13,6 +14,7 @@ import { HEADER_HEIGHT, layoutAreas, layoutRings } from "./map_layout.js";
 const LINE_HEIGHT = 15;
 const BAND = 6;
 const STRIP = 26;
+const LEAST_EDGED = 12;  // of less one would see nothing but the edge
 
 // Items of `root`, as nested areas that show `what` ("size" or "links") in a box of that size.
 export function areaItems(tree, root, what, { width, height }, most) {
@@ -29,7 +31,7 @@ function areaItem({ part, box, isOpen, hasHeader }) {
     edge: rectPath({ x: x + 1, y: y + 1, width: width - 2, height: height - 2 }),
     bandOf: (share) => rectPath({ x: x + 1, y: y + height - band - 1, width: shown(share, width - 2), height: band }),
     at: { x: x + width / 2, y: y + (isOpen ? HEADER_HEIGHT / 2 : height / 2) },
-    room: isOpen && !hasHeader ? null : box, turn: 0 };
+    across: Math.min(width, height), room: isOpen && !hasHeader ? null : box, turn: 0 };
 }
 
 function elsewhereItem(width, height) {
@@ -62,7 +64,7 @@ function sectorItem(sector, centre) {
     shown(share, (sector.to - sector.from) * sector.outer) / sector.outer, sector.outer - 1 - BAND / 2, centre);
   return { part: sector.part, isOpen: false, files: sector.files, at,
     shape: { tag: "path", attributes: { d: sectorPath(sector, centre) } },
-    edge: sectorPath({ ...sector, outer: sector.outer - 1 }, centre), bandOf,
+    edge: sectorPath({ ...sector, outer: sector.outer - 1 }, centre), bandOf, across: Math.min(length, height),
     room: { x: middleOfName.x - length / 2, y: middleOfName.y - height / 2, width: length, height }, isCentred: true,
     turn: degrees > 90 && degrees < 270 ? degrees - 180 : degrees };
 }
@@ -143,7 +145,7 @@ export function markLayer(tree, items) {
     const isMissing = lookOf(tree.site, item) === "missing";  // this is striped as a whole
     if (!severity || isMissing) continue;
     const isFile = item.part.file >= 0;
-    if (isFile) paths[severity].edge += item.edge;
+    if (isFile && item.across >= LEAST_EDGED) paths[severity].edge += item.edge;
     paths[severity].band += item.bandOf(isFile ? 1 : count / item.files.length);
     if (severity === "error" && count > 0 && !item.isCentred) badges.push(...badge(item.room, count));
   }

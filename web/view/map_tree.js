@@ -131,5 +131,5 @@ function shortStart({ name }, neighbour) {
   let same = 2;
   while (neighbour && same < name.length && name[same] === neighbour.name[same] &&
          name.startsWith(neighbour.name.slice(0, same))) ++same;
-  return name.slice(0, same + 1);
+  return name.slice(0, same + 1).replace(/[._ -]+$/, "") || name;
 }
