@@ -193,6 +193,11 @@ int LookThrough(const Options& options, ReportWanted& wanted, SiteView& view) {
                  });
 }
 
+// Whether a new file there would be one of the site.
+bool LiesInSite(const std::string& place, const std::string& folder) {
+  return AbsolutePath(place).starts_with(FolderPath(folder));
+}
+
 void WriteReport(const std::string& place, const std::string& page) {
   const Interrupts interrupts;
   try {
@@ -246,6 +251,9 @@ int RunReport(const Options& options, ReportWanted wanted) {
     std::fwrite(page.data(), 1, page.size(), stdout);
   } else {
     WriteReport(wanted.output, page);
+    if (LiesInSite(wanted.output, view.site.folder)) {
+      Warn(wanted.output + ": this lies in the site, and will be one of its pages");
+    }
     TellWritten(options, wanted.output, view);
   }
   return code;

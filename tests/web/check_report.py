@@ -259,6 +259,10 @@ def check_places(sites, folder):
     expect("a full disk", done.returncode, 4)
     expect("the old one stays", report.read_bytes(), old)
     expect("nothing is left", list(sites.folder.glob("*.new")), [])
+    within = subprocess.run([PROGRAM, "--db", sites.folder / "db", "report", "demo's", "-o", folder / "new.report"],
+                            capture_output=True, text=True)
+    expect("a place in the site is told of", [within.returncode, "one of its pages" in within.stderr], [0, True])
+    (folder / "new.report").unlink()
     for words in ([], ["-o", "-"]):
         check_markup(sites.run("report", "demo's", *words).encode())
     sites.run("report", "no such", "-o", report, code=2)
