@@ -86,8 +86,9 @@ std::vector<std::string> RulesInForce(const FindingOptions& options) {
 }
 
 // What is kept of asking the URLs of the site, by record number.
-std::unordered_map<int, std::string> KeptOf(const ExaminedSite& site, const std::string& keptFile) {
-  std::unordered_map<int, std::string> kept;
+std::unordered_map<int, ContentAnswer> KeptOf(const ExaminedSite& site,
+                                              const std::string& keptFile) {
+  std::unordered_map<int, ContentAnswer> kept;
   std::error_code error;
   if (!fs::exists(PathOf(keptFile), error)) return kept;
   std::vector<LinkedUrl> urls;
@@ -100,7 +101,8 @@ std::unordered_map<int, std::string> KeptOf(const ExaminedSite& site, const std:
   for (std::size_t i = 0; i < urls.size(); ++i) {
     const UrlResult& result = results[i];
     if (result.state == UrlState::kUnasked) continue;
-    kept[urls[i].id.id] = !result.words.empty() ? result.words : std::to_string(result.status);
+    kept[urls[i].id.id] = {std::string(UrlStateName(result.state)),
+                           !result.words.empty() ? result.words : std::to_string(result.status)};
   }
   return kept;
 }

@@ -146,9 +146,9 @@ class ContentReader {
           hosts.try_emplace(host, static_cast<std::int32_t>(content_.hosts.size()));
       if (isNew) content_.hosts.push_back(host);
       urlOf_[cell.GetID().id] = static_cast<std::int32_t>(content_.urls.size());
-      const auto result = wanted_.results.find(cell.GetID().id);
+      const auto answer = wanted_.answers.find(cell.GetID().id);
       content_.urls.push_back(
-          {url, known->second, result == wanted_.results.end() ? "" : result->second});
+          {url, known->second, answer == wanted_.answers.end() ? ContentAnswer() : answer->second});
     }
     return 0;
   }

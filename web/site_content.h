@@ -47,10 +47,15 @@ struct ContentFolder {
   std::string name;
   std::int32_t parent;  // -1 for the first one, the site folder
 };
+// What asking the server of a URL has come to. Both empty: it was not asked.
+struct ContentAnswer {
+  std::string state;  // "ok", "moved", "broken" or "unsure"
+  std::string words;  // "200", or what is wrong
+};
 struct ContentUrl {
-  std::string text;    // without a password
-  std::int32_t host;   // index into SiteContent::hosts
-  std::string result;  // of asking its server: "200", or what is wrong; empty: it was not asked
+  std::string text;   // without a password
+  std::int32_t host;  // index into SiteContent::hosts
+  ContentAnswer answer;
 };
 // All links of one file with the same target and kind.
 struct ContentLink {
@@ -61,8 +66,8 @@ struct ContentLink {
 
 struct ContentWanted {
   const ExportedSite& site;
-  std::string top;                               // the `\` path of the home page; may be empty
-  std::unordered_map<int, std::string> results;  // of asking URLs, by record number
+  std::string top;                                 // the `\` path of the home page; may be empty
+  std::unordered_map<int, ContentAnswer> answers;  // by record number of the URL
 };
 
 struct SiteContent {

@@ -86,7 +86,9 @@ void AppendUrls(const SiteContent& content, std::string& out) {
       out += ",\"urls\":{", "text", urls, [](const auto& url) -> auto& { return url.text; });
   AppendNumbers(out += ',', "host", urls, [](const auto& url) { return url.host; });
   AppendTexts(
-      out += ',', "result", urls, [](const auto& url) -> auto& { return url.result; });
+      out += ',', "state", urls, [](const auto& url) -> auto& { return url.answer.state; });
+  AppendTexts(
+      out += ',', "result", urls, [](const auto& url) -> auto& { return url.answer.words; });
   out += '}';
 }
 

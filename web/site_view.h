@@ -21,6 +21,7 @@
 //             // those of the site, then missing ones, then those outside, each by path
 //   "hosts": ["example.org", "mailto:", ...],
 //   "urls": {"text": [...], "host": [index into hosts...],
+//            "state": ["" not asked, "ok", "moved", "broken" or "unsure"...],
 //            "result": ["" not asked, "200", or what is wrong, in words]},
 //   "links": {"count": [how many of file 0, 1, ...], "target": [...], "kind": [...],
 //             "times": [...]},

@@ -5,7 +5,7 @@ import { shortList } from "./lists.js";
 import { fileLink, nothing } from "./parts.js";
 import { SortedTable, numberColumn } from "./tables.js";
 
-const CHOICES = [["", "all hosts"], ["bad", "hosts with findings"], ["unasked", "hosts not asked"]];
+const CHOICES = [["", "all hosts"], ["bad", "hosts with faults"], ["unasked", "hosts not asked"]];
 
 export function showHosts(container, site, route) {
   fill(container, element("h2", { tabindex: "-1" }, "Hosts of other sites"));
@@ -17,7 +17,7 @@ export function showHosts(container, site, route) {
   const table = new SortedTable({ name: "hosts", label: "Hosts of other sites", what: ["host"],
     rows: hosts, columns: hostColumns(site), words: (row) => row.words,
     filters: [["Show", CHOICES, "show",
-      (row, show) => (show === "bad" ? row.bad > 0 : row.asked < row.urls.length)]],
+      (row, show) => (show === "bad" ? row.errors + row.warnings > 0 : row.asked < row.urls.length)]],
     values: Object.fromEntries(route.params) });
   if (hosts.every((row) => row.asked === 0)) {
     container.append(element("p", { class: "note" },
@@ -28,17 +28,20 @@ export function showHosts(container, site, route) {
   return "Hosts";
 }
 
-// [{ host, urls, links, asked, bad, words }]
+// [{ host, urls, links, asked, errors, warnings, words }]; errors and warnings are numbers of URLs.
 function hostRows(site) {
   return site.once("hosts", () => {
-    const rows = site.data.hosts.map((host) => ({ host, urls: [], links: 0, asked: 0, bad: 0, words: "" }));
+    const rows = site.data.hosts.map((host) => ({ host, urls: [], links: 0, asked: 0, errors: 0,
+      warnings: 0, words: "" }));
     site.data.urls.host.forEach((host, i) => {
       const url = site.fileCount + i;
       const row = rows[host];
       row.urls.push(url);
       row.links += site.inCountOf(url);
-      if (urlState(site, url).mark !== "unasked") ++row.asked;
-      row.bad += site.findingsAbout(url).length;
+      const state = urlState(site, url).mark;
+      if (state !== "unasked") ++row.asked;
+      if (state === "error") ++row.errors;
+      if (state === "warning") ++row.warnings;
     });
     for (const row of rows) {
       row.words = [row.host, ...row.urls.map((url) => site.pathOf(url))].join("\n").toLowerCase();
@@ -47,15 +50,17 @@ function hostRows(site) {
   });
 }
 
-// What is known of a URL: { mark, words }.
+const STATE_MARKS = { "": "unasked", ok: "good", broken: "error", moved: "warning", unsure: "warning" };
+
+// What is known of a URL: { mark, words }. An answer that is kept counts also where it is no finding.
 export function urlState(site, url) {
   const found = site.findingsAbout(url).map((id) => site.findings[id]);
+  const state = site.data.urls.state[url - site.fileCount];
   const result = site.data.urls.result[url - site.fileCount];
   const worst = found.find((finding) => finding.severity === "error") ?? found[0];
   if (worst) return { mark: worst.severity, words: worst.message };
-  if (result === "") return { mark: "unasked", words: "not asked" };
-  return { mark: /^\d+$/.test(result) && Number(result) >= 400 ? "error" : "good",
-    words: /^\d+$/.test(result) ? "answered " + result : result };
+  return { mark: STATE_MARKS[state],
+    words: state === "" ? "not asked" : state === "ok" ? "answered " + result : result };
 }
 
 function hostColumns(site) {
@@ -63,7 +68,7 @@ function hostColumns(site) {
     { key: "host", title: "Host", narrow: true, isHead: true, class: "name", by: (row) => row.host,
       cell: (row) => hostCell(site, row) },
     { key: "bad", title: "Result", narrow: true, class: "result", descends: true,
-      by: (row) => row.bad * 1e6 + row.asked, cell: (row) => resultCell(row) },
+      by: (row) => row.errors * 1e9 + row.warnings * 1e4 + row.asked, cell: (row) => resultCell(row) },
     numberColumn("urls", "URLs", (row) => row.urls.length),
     numberColumn("links", "Links", (row) => row.links),
   ];
@@ -87,8 +92,11 @@ function urlRow(site, url) {
     element("span", { class: "quiet" }, counted(site.inCountOf(url), "page")));
 }
 
-function resultCell({ urls, asked, bad }) {
-  if (bad > 0) return [mark("error"), " ", counted(bad, "finding")];
+function resultCell({ urls, asked, errors, warnings }) {
+  if (errors + warnings > 0) {
+    return [errors > 0 ? element("div", {}, mark("error"), " ", errors + " broken") : null,
+      warnings > 0 ? element("div", {}, mark("warning"), " ", warnings + " moved or unsure") : null];
+  }
   if (asked === 0) return [mark("unasked"), " ", element("span", { class: "quiet" }, "not asked")];
   return [mark("good"), " ", asked === urls.length ? "all answer" : asked + " of " + urls.length + " asked"];
 }

@@ -139,13 +139,15 @@ function joined(links) {
   return [...byOther.values()];
 }
 
+function linkWord(kind) { return kind === "other" ? "other reference" : kindWord(kind); }
+
 function linkRow(site, { other, kinds, times }, direction) {
   const isLoaded = direction === "out" && kinds.some((kind) => kind !== "link") && site.sizeOf(other) >= 0;
   const state = site.isUrl(other) ? urlState(site, other).mark : site.isBroken(other) ? "error" : "";
   return element("li", { class: "link-row" },
     state === "error" || state === "warning" ? mark(state, state) : null,
     fileLink(site, other),
-    element("span", { class: "quiet" }, kinds.map(kindWord).join(", "),
+    element("span", { class: "quiet" }, kinds.map(linkWord).join(", "),
       times > 1 ? ", " + numberText(times) + " times" : "",
       isLoaded ? ", " + sizeText(site.sizeOf(other)) : ""));
 }
