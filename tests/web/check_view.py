@@ -244,21 +244,18 @@ def check_many(browser, report):
     assert 0 < first <= 400, first
     browser.run("scrollTo(0, document.body.scrollHeight)")
     browser.wait(f"return document.querySelectorAll('.card').length > {first}")
-    check_typing(browser, "10,000 findings", "no/123")
+    # A bound that holds on a machine with much else to do: all 10,000 would take seconds.
+    check_typing(browser, "10,000 findings", "no/123", 500)
     expect("found", count_line(browser).split()[0], str(sum("no/123" in f"no/{i}.html" for i in range(MANY))))
     type_search(browser, "")
     browser.run("dispatchEvent(new Event('beforeprint'))")
-    assert rows() >= 3000, rows()
+    expect("printed", rows(), 1000)
 
 
-def check_typing(browser, where, text):
-    """Another program may have the machine for a while: one quiet time of three is enough."""
-    for _ in range(3):
-        times = typing_times(browser, text)
-        print(f"ms a key, {where}:", times)
-        if statistics.median(times) < 50:
-            return
-    raise AssertionError(times)
+def check_typing(browser, where, text, limit):
+    times = typing_times(browser, text)
+    print(f"ms a key, {where}:", times)
+    assert statistics.median(times) < limit, times
 
 
 def typing_times(browser, text):
@@ -437,7 +434,7 @@ def check_large(browser, report):
     assert painted < 1000, painted
     for route in ("findings", "findings?by=page", "pages", "pages?kind=all", "hosts"):
         browser.go("#/" + route)
-        check_typing(browser, f"{route} of the large site", "javax.lang")
+        check_typing(browser, f"{route} of the large site", "javax.lang", 50)
     check_quiet(browser, "the large site")
 
 

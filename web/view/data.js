@@ -154,7 +154,7 @@ export class Site {
   // Whether a reference to this file or URL is an error.
   isBroken(index) {
     return this.findingsAbout(index).some((i) => this.findings[i].severity === "error" &&
-      !this.findings[i].target.includes("#"));
+      this.findings[i].rule !== "missing-fragment");
   }
 
   // Whether each folder is the one with this path or lies in it.

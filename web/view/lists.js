@@ -6,11 +6,11 @@ const STEP = 100;
 // At first only as many as a screen shows, so that each key that is typed in a search shows at once.
 const FIRST = 30;
 // As many rows as are printed; a browser lays out more of them too slowly.
-const PRINTED = 3000;
+const PRINTED = 1000;
 
 // Shows `items` in `list`, a list or the body of a table, each as makeRow(item). The button under it
 // shows the next ones, and is pressed by itself when it comes into sight.
-export class LongList {
+class LongList {
   constructor(list, makeRow, what) {
     this.list = list;
     this.makeRow = makeRow;

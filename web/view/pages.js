@@ -39,7 +39,7 @@ function kindRows(site) {
     .map(([kind, word, count]) => [kind, (PLURALS[kind] ?? word) + " (" + numberText(count) + ")"]);
 }
 
-export function weightOrSize(site, i) {
+function weightOrSize(site, i) {
   return site.kindOf(i) === "page" ? site.weightOf(i) : site.sizeOf(i);
 }
 

@@ -55,8 +55,9 @@ const positions = new Map();
 
 // Calls show(route, isFirst) now and whenever the address changes.
 export function followAddress(show) {
-  addEventListener("scroll", () => positions.set(here, scrollY), { passive: true });
+  history.scrollRestoration = "manual";
   const go = (isFirst) => {
+    positions.set(here, scrollY);
     const isBack = history.state !== null && history.state.seen === true;
     setAddress(location.hash || "#" + FIRST_VIEW);
     const position = isBack ? positions.get(here) ?? 0 : 0;

@@ -80,7 +80,7 @@ const ORDERS = {
   rule: (a, b) => compareTexts(a.finding.rule, b.finding.rule),
 };
 
-export function compareTexts(a, b) { return a < b ? -1 : a > b ? 1 : 0; }
+function compareTexts(a, b) { return a < b ? -1 : a > b ? 1 : 0; }
 
 // Sorted for showing a card a finding; what is equal stays in the order of the report. The first
 // order puts errors first, and what shows in most places.
