@@ -1,5 +1,7 @@
 #include "web/excerpts.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -180,9 +182,15 @@ std::string Shown(std::string_view text) {
   return shown;
 }
 
-// The part of the line around the reference at byte `at`.
-Excerpt CutOut(std::string_view line, std::size_t at, const std::string& reference) {
-  const auto [first, last] = SpanOf(line, at, reference);
+// A line, or a long part of it, and the byte in it where a reference begins.
+struct LinePart {
+  std::string_view text;
+  std::size_t at;
+};
+
+Excerpt CutOut(const LinePart& whole, const std::string& reference) {
+  const std::string_view line = whole.text;
+  const auto [first, last] = SpanOf(line, whole.at, reference);
   const std::size_t begin =
       std::max(Back(line, first, kBefore), std::min(line.find_first_not_of(" \t"), first));
   const std::size_t end = Forth(line, begin, kLongest);
@@ -204,19 +212,17 @@ class PageWindow {
     if (file_ != nullptr) std::setvbuf(file_.get(), nullptr, _IONBF, 0);
   }
 
-  // Nothing when the reference is not there.
-  std::optional<Excerpt> At(std::int64_t offset, const std::string& reference) {
-    constexpr std::int64_t kAround = 4 * (kLongest + kLongestUser);
+  // Good until the next call; nothing when the reference is not there.
+  std::optional<LinePart> At(std::int64_t offset, const std::string& reference) {
     const std::int64_t from = std::max<std::int64_t>(offset - kAround, 0);
     if (file_ == nullptr || std::fseek(file_.get(), static_cast<long>(from), SEEK_SET) != 0) {
       return std::nullopt;
     }
-    std::array<char, 2 * kAround> bytes;
-    std::string_view text(bytes.data(), std::fread(bytes.data(), 1, bytes.size(), file_.get()));
+    std::string_view text(bytes_.data(), std::fread(bytes_.data(), 1, bytes_.size(), file_.get()));
     auto at = static_cast<std::size_t>(offset - from);
     if (at > text.size() || !text.substr(at).starts_with(reference)) return std::nullopt;
     const std::size_t end = text.find('\n', at);
-    const bool isCut = end == text.npos && text.size() == bytes.size();
+    const bool isCut = end == text.npos && text.size() == bytes_.size();
     text = text.substr(0, end);
     const std::size_t begin = text.substr(0, at).rfind('\n') + 1;  // 0 for none
     text.remove_prefix(begin);
@@ -225,11 +231,14 @@ class PageWindow {
     while (isCut && text.size() > at && (text.back() & 0x80) != 0) text.remove_suffix(1);
     if (text.ends_with('\r')) text.remove_suffix(1);
     if (platform::ToUtf8(text) != text) return std::nullopt;
-    return CutOut(text, at, reference);
+    return LinePart{text, at};
   }
 
  private:
+  static constexpr std::int64_t kAround = 4 * (kLongest + kLongestUser);
+
   File file_;
+  std::array<char, 2 * kAround> bytes_;
 };
 
 struct HashExcerpt {
@@ -241,10 +250,11 @@ struct HashExcerpt {
 struct AskedPlace {
   const FindingPlace* place;
   std::size_t number;  // among all places
+  std::size_t file;    // as findings come to them
 
   bool ComesBefore(const AskedPlace& other) const {
-    return std::tie(place->file, place->line, place->column) <
-           std::tie(other.place->file, other.place->line, other.place->column);
+    return std::tie(file, place->line, place->column) <
+           std::tie(other.file, other.place->line, other.place->column);
   }
 };
 
@@ -253,9 +263,13 @@ class ExcerptReader {
   ExcerptReader(const FindingReport& report, const ReferenceOffsets& offsets)
       : folder_(report.folder), offsets_(offsets) {
     std::size_t count = 0;
+    std::unordered_map<std::string_view, std::size_t> files;
     for (const Finding& finding : report.findings) {
       for (const FindingPlace& place : finding.places) {
-        if (place.line > 0) asked_.push_back({&place, count});
+        if (place.line > 0) {
+          const std::size_t file = files.try_emplace(place.file, files.size()).first->second;
+          asked_.push_back({&place, count, file});
+        }
         ++count;
       }
     }
@@ -264,33 +278,48 @@ class ExcerptReader {
 
   Excerpts Read() {
     std::ranges::sort(asked_, std::mem_fn(&AskedPlace::ComesBefore));
-    for (const auto& [place, number] : asked_) {
-      if (file_ == nullptr || *file_ != place->file) {
-        file_ = &place->file;
+    const AskedPlace* last = nullptr;
+    for (const AskedPlace& asked : asked_) {
+      if (last == nullptr || last->file != asked.file) {
         isLinesOpen_ = false;
-        window_.Open(folder_, *file_);
+        window_.Open(folder_, asked.place->file);
       }
-      if (std::optional<Excerpt> excerpt = ReadOne(*place)) {
-        const auto [entry, isNew] = known_.try_emplace(
-            *std::move(excerpt), static_cast<std::int32_t>(excerpts_.all.size()));
-        if (isNew) excerpts_.all.push_back(entry->first);
-        excerpts_.ofPlace[number] = entry->second;
-      }
+      excerpts_.ofPlace[asked.number] = ReadOne(*asked.place);
+      last = &asked;
     }
     return std::move(excerpts_);
   }
 
  private:
-  std::optional<Excerpt> ReadOne(const FindingPlace& place) {
-    const auto known = offsets_.find(place.file + '\n' + place.reference);
-    if (known != offsets_.end() && known->second >= 0 && !place.reference.empty()) {
-      std::optional<Excerpt> excerpt = window_.At(known->second, place.reference);
-      if (excerpt) return excerpt;
+  // The index of its excerpt; -1 for none.
+  std::int32_t ReadOne(const FindingPlace& place) {
+    const std::string& reference = place.reference;
+    const auto known = offsets_.find(place.file + '\n' + reference);
+    if (known != offsets_.end() && known->second >= 0 && !reference.empty()) {
+      const std::optional<LinePart> part = window_.At(known->second, reference);
+      if (part) return IndexOf(*part, reference);
     }
     if (!isLinesOpen_) hasLines_ = lines_.Open(folder_, place.file);
     isLinesOpen_ = true;
-    if (!hasLines_ || !lines_.GoTo(place.line, place.column)) return std::nullopt;
-    return CutOut(lines_.line(), lines_.at(), place.reference);
+    if (!hasLines_ || !lines_.GoTo(place.line, place.column)) return -1;
+    return IndexOf({lines_.line(), lines_.at()}, reference);
+  }
+
+  // The pages of a site are much alike: most of their lines have been cut before.
+  std::int32_t IndexOf(const LinePart& part, const std::string& reference) {
+    constexpr std::size_t kLongestKept = 4096;
+    if (part.text.size() > kLongestKept) return IndexOf(CutOut(part, reference));
+    key_ = part.text;
+    key_ += fmt::format("\n{}\n{}", part.at, reference);
+    const auto [entry, isNew] = ofLine_.try_emplace(key_, -1);
+    if (isNew) entry->second = IndexOf(CutOut(part, reference));
+    return entry->second;
+  }
+  std::int32_t IndexOf(Excerpt excerpt) {
+    const auto [entry, isNew] =
+        known_.try_emplace(std::move(excerpt), static_cast<std::int32_t>(excerpts_.all.size()));
+    if (isNew) excerpts_.all.push_back(entry->first);
+    return entry->second;
   }
 
   const std::string& folder_;
@@ -298,7 +327,9 @@ class ExcerptReader {
   std::vector<AskedPlace> asked_;
   Excerpts excerpts_;
   std::unordered_map<Excerpt, std::int32_t, HashExcerpt> known_;
-  const std::string* file_ = nullptr;  // that is being looked at
+  std::unordered_map<std::string, std::int32_t> ofLine_;  // by line, place in it and reference
+  std::string key_;                                       // of it
+  // The file that is being looked at:
   PageWindow window_;
   PageLines lines_;
   bool isLinesOpen_ = false;
