@@ -104,42 +104,55 @@ bool SiteMgr::Work::ReadIds(int pathNumber, PageIds& ids) {
 }
 
 int SiteMgr::FindMissingFragments(std::vector<MissingFragment>& missing) {
+  std::vector<int> links;
+  if (HasFiles(linkDB)) ForEachNumber(*linkDB, [&](int number) { links.push_back(number); });
+  return FindMissingFragments(links, missing);
+}
+
+int SiteMgr::FindMissingFragments(const std::vector<int>& links,
+                                  std::vector<MissingFragment>& missing) {
   missing.clear();
   if (!HasFiles(linkDB) || !HasFiles(pathDB) || dom == nullptr) return -1;
   PageIds own;
   PageIds& ids = inside->kept != nullptr ? inside->kept->ids : own;
   Work work(*this);
   Fragments fragments(*linkDB);
-  ForEachNumber(*linkDB, [&](int number) {
+  for (const int number : links) {
     SiteLinkRec link;
     // In linked data a fragment makes a name, which need not stand in the page.
     if (linkDB->Get(number, link) < 0 || link.to.kind != kKindPath ||
         link.type == static_cast<int>(LT_LINKED_DATA)) {
-      return;
+      continue;
     }
     const std::uint64_t hash = fragments.HashIn(link.text);
-    if (hash == 0 || !work.ReadIds(link.to.id, ids) || ids.Has(link.to.id, hash)) return;
+    if (hash == 0 || !work.ReadIds(link.to.id, ids) || ids.Has(link.to.id, hash)) continue;
     std::string decoded;
     const bool isText = AppendPercentDecoded(fragments.Of(link.text), decoded);
     if (!isText || !ids.Has(link.to.id, PageIds::HashOf(decoded))) {
       missing.push_back({number, std::move(decoded)});
     }
-  });
+  }
   work.DropReplacedFragments(missing);
   return 0;
 }
 
 int SiteMgr::FindRepeatedIds(std::vector<RepeatedId>& repeated) {
+  std::vector<int> files;
+  if (HasFiles(pathDB)) ForEachNumber(*pathDB, [&](int number) { files.push_back(number); });
+  return FindRepeatedIds(files, repeated);
+}
+
+int SiteMgr::FindRepeatedIds(const std::vector<int>& files, std::vector<RepeatedId>& repeated) {
   repeated.clear();
   if (!HasFiles(pathDB) || dom == nullptr) return -1;
   PageIds own;
   PageIds& ids = inside->kept != nullptr ? inside->kept->ids : own;
   Work work(*this);
-  ForEachNumber(*pathDB, [&](int number) {
+  for (const int number : files) {
     const auto* const found = work.ReadIds(number, ids) ? ids.FindRepeated(number) : nullptr;
-    if (found == nullptr) return;
+    if (found == nullptr) continue;
     for (const PageIds::Repeated& one : *found) repeated.push_back({number, one.id, one.places});
-  });
+  }
   return 0;
 }
 

@@ -26,6 +26,10 @@ struct SiteUpdates {
   std::vector<std::string> changed;  // of another size or time of modification
   std::vector<std::string> gone;
   int read = 0;  // how many pages and sheets were read
+  // The record numbers of the files of these lists, of the pages and sheets that were read, and of
+  // files outside of the site that have come, changed or gone; ascending. An entry that nothing
+  // needs any more is gone, and a new file may have its number.
+  std::vector<int> touched;
 };
 
 }  // namespace zvrsit

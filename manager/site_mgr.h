@@ -264,9 +264,13 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // The links to files of the site whose fragment names nothing there, by number. Reads each such
   // file once, unless its IDs are kept. 0, or -1 without a site.
   int FindMissingFragments(std::vector<MissingFragment>& missing);
+  // The same among these links (record numbers) alone, in their order.
+  int FindMissingFragments(const std::vector<int>& links, std::vector<MissingFragment>& missing);
   // The IDs that one page has more than once, by page and first place. Reads each page of the site,
   // unless its IDs are kept; then only the pages that have such IDs. 0, or -1 without a site.
   int FindRepeatedIds(std::vector<RepeatedId>& repeated);
+  // The same for these files (record numbers) alone, in their order.
+  int FindRepeatedIds(const std::vector<int>& files, std::vector<RepeatedId>& repeated);
   // The IDs and anchor names of the page `path` as it is now, in the order of the file: 0, or -1
   // when it cannot be read.
   int ListPageIds(const std::string& path, std::vector<PageId>& ids);

@@ -110,6 +110,7 @@ int SiteMgr::Update::Run() {
     result = StoreFacts();
   }
   if (result != 0) return result;
+  ListTouched();
   reading_.isExact = true;
   reading_.traits = note_.traits | m_.inside->operationMemo->traits;
   m_.inside->reading = std::move(reading_);
@@ -191,10 +192,21 @@ std::vector<UrlID> SiteMgr::Update::TargetsOf(int number) const {
   return targets;
 }
 
+void SiteMgr::Update::ListTouched() {
+  std::vector<int>& touched = updates_.touched;
+  for (const std::vector<Found>* const list : {&come_, &changed_, &changedOthers_}) {
+    for (const Found& found : *list) touched.push_back(found.number);
+  }
+  for (const Reread& reread : rereads_) touched.push_back(reread.number);
+  std::ranges::sort(touched);
+  touched.erase(std::unique(touched.begin(), touched.end()), touched.end());
+}
+
 // Takes out all that a file was found to hold.
 int SiteMgr::Update::Forget(int number) {
   SitePathRec rec;
   if (m_.pathDB->Get(number, rec) < 0) return -1;
+  if (m_.inside->kept != nullptr) m_.inside->kept->ids.Forget(number);
   rereads_.push_back({number, TargetsOf(number)});
   if (work_.DeleteForeLinks(number) < 0 || m_.pathDB->ReleaseTexts(rec) < 0) return -1;
   rec.unread = SitePathRec::kRead;

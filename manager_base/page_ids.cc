@@ -15,13 +15,13 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 }  // namespace
 
 void PageIds::Note(int number, const Document& document) {
+  Forget(number);
   const std::size_t begin = hashes_.size();
   for (const TextRange& id : document.ids()) {
     hashes_.push_back(HashOf(Decode(document.text().substr(id.offset, id.length))));
   }
   const auto first = hashes_.begin() + static_cast<std::ptrdiff_t>(begin);
   std::sort(first, hashes_.end());
-  repeated_.erase(number);
   if (std::adjacent_find(first, hashes_.end()) != hashes_.end()) {
     repeated_[number] = RepeatedIn(document, {first, hashes_.end()});
   }
@@ -65,19 +65,32 @@ std::string_view PageIds::Decode(std::string_view raw) {
 }
 
 void PageIds::NoteAny(int number) {
+  Forget(number);
   PageOf(number) = {0, 0, true, true};
-  repeated_.erase(number);
-}
-
-void PageIds::ForgetAll() {
-  pages_.clear();
-  hashes_.clear();
-  repeated_.clear();
 }
 
 void PageIds::Forget(int number) {
-  PageOf(number) = {};
+  Page& page = PageOf(number);
+  forgotten_ += page.end - page.begin;
+  page = {};
   repeated_.erase(number);
+  if (forgotten_ > hashes_.size() / 2) CloseUp();
+}
+
+// Takes out the hashes that no page has any more.
+void PageIds::CloseUp() {
+  std::vector<std::uint64_t> hashes;
+  hashes.reserve(hashes_.size() - forgotten_);
+  for (Page& page : pages_) {
+    const auto first = hashes_.begin();
+    const std::size_t begin = hashes.size();
+    hashes.insert(hashes.end(), first + static_cast<std::ptrdiff_t>(page.begin),
+                  first + static_cast<std::ptrdiff_t>(page.end));
+    page.begin = begin;
+    page.end = hashes.size();
+  }
+  hashes_ = std::move(hashes);
+  forgotten_ = 0;
 }
 
 bool PageIds::IsKnown(int number) const {

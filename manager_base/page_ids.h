@@ -30,7 +30,6 @@ class PageIds {
   // Page `number` may have any name: nothing is known about its IDs.
   void NoteAny(int number);
   void Forget(int number);
-  void ForgetAll();
 
   bool IsKnown(int number) const;
   // Whether page `number`, which is known, has a name of that hash.
@@ -49,6 +48,7 @@ class PageIds {
   };
 
   Page& PageOf(int number);
+  void CloseUp();
   // `hashes`: those of all IDs of the page, ascending.
   std::vector<Repeated> RepeatedIn(const Document& document, std::span<const std::uint64_t> hashes);
   // The text of an attribute's value; good until the next call.
@@ -57,6 +57,7 @@ class PageIds {
 
   std::vector<Page> pages_;  // by number
   std::vector<std::uint64_t> hashes_;
+  std::size_t forgotten_ = 0;                                // of them, those of no page any more
   std::unordered_map<int, std::vector<Repeated>> repeated_;  // by page
   std::string scratch_;
 };
