@@ -17,6 +17,8 @@ using Run = std::function<int()>;
 void AddSiteCommands(CLI::App& app, const Options& options, Run& run);
 // update
 void AddUpdateCommand(CLI::App& app, const Options& options, Run& run);
+// watch
+void AddWatchCommand(CLI::App& app, const Options& options, Run& run);
 // links, broken
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
 // files, urls (with --check: cli/url_commands.h), unused, family

@@ -25,4 +25,10 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
+// The same when another process has what the command needs: later it may be free.
+class InUse : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 }  // namespace zvrsit::cli

@@ -34,14 +34,6 @@ std::string AddRule(const std::string& text, std::vector<std::pair<Rule, Severit
   return "";
 }
 
-// How files of that folder are named from the working folder.
-std::string PrefixOf(const std::string& folder) {
-  std::error_code error;
-  const fs::path below = PathOf(folder).lexically_relative(fs::current_path(error));
-  if (error || below.empty() || *below.begin() == "..") return folder;
-  return below == "." ? "" : NameOf(below / "");
-}
-
 }  // namespace
 
 void AddRuleOptions(CLI::App& command, FindingOptions& options) {
@@ -106,13 +98,25 @@ void Tell(const FindingOptions& options, std::string_view what) {
   if (options.verbose) Warn(what);
 }
 
-void FindAll(Session& session, const std::string& top, const FindingOptions& options,
-             FindingReport& report, std::vector<UrlFinding> urls) {
+FoundSite FoundSiteOf(const Session& session, const std::string& top,
+                      std::vector<UrlFinding> urls) {
   const auto typeOf = [](const std::string& native) {
     std::error_code error;
     return fs::status(PathOf(native), error).type();
   };
-  const FoundSite site{session.names().folder(), top, typeOf, std::move(urls)};
+  return {session.names().folder(), top, typeOf, std::move(urls)};
+}
+
+std::string PrefixOf(const std::string& folder) {
+  std::error_code error;
+  const fs::path below = PathOf(folder).lexically_relative(fs::current_path(error));
+  if (error || below.empty() || *below.begin() == "..") return folder;
+  return below == "." ? "" : NameOf(below / "");
+}
+
+void FindAll(Session& session, const std::string& top, const FindingOptions& options,
+             FindingReport& report, std::vector<UrlFinding> urls) {
+  const FoundSite site = FoundSiteOf(session, top, std::move(urls));
   if (CollectFindings(session.manager(), site, options.severities, report) != 0) {
     throw Failure(kDatabase, "the tables of the site cannot be read");
   }
@@ -124,12 +128,17 @@ double SecondsSince(std::chrono::steady_clock::time_point begin) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-void PrintFindings(const FindingReport& report, const FindingOptions& options) {
+TextStyle StyleOf(const FindingOptions& options) {
   TextStyle style;
   style.all = options.all;
   style.totals = !options.quiet;
   style.colors = WantsColors(options.color);
   style.hyperlinks = style.colors && IsTerminal(stdout);
+  return style;
+}
+
+void PrintFindings(const FindingReport& report, const FindingOptions& options) {
+  const TextStyle style = StyleOf(options);
   const auto begin = std::chrono::steady_clock::now();
   std::string text = FormatFindings(report, options.format, style);
   const bool isForPrograms = options.format != FindingFormat::kText;

@@ -41,9 +41,14 @@ void AddFindingOptions(CLI::App& command, FindingOptions& options);
 // empty. What the command line says stays. Nothing when there is none; Failure as of ReadConfig().
 std::optional<Config> Configure(FindingOptions& options, const std::string& found);
 
-// Finds what is wrong in the open site and how its files are named from the working folder. `top`
-// is the `\` path of the home page, `urls` what is wrong with URLs of other sites. Throws
-// Failure(kDatabase) when a table cannot be read.
+// The open site, as CollectFindings takes it. `top` is the `\` path of the home page, `urls` what
+// is wrong with URLs of other sites.
+FoundSite FoundSiteOf(const Session& session, const std::string& top,
+                      std::vector<UrlFinding> urls = {});
+// How files of that native folder are named from the working folder.
+std::string PrefixOf(const std::string& folder);
+// Finds what is wrong in the open site and how its files are named from the working folder.
+// Throws Failure(kDatabase) when a table cannot be read.
 void FindAll(Session& session, const std::string& top, const FindingOptions& options,
              FindingReport& report, std::vector<UrlFinding> urls = {});
 
@@ -51,6 +56,8 @@ void FindAll(Session& session, const std::string& top, const FindingOptions& opt
 void Tell(const FindingOptions& options, std::string_view what);
 // How long ago that was; what finding took.
 double SecondsSince(std::chrono::steady_clock::time_point begin);
+// How text looks on stdout.
+TextStyle StyleOf(const FindingOptions& options);
 // Prints the report on stdout.
 void PrintFindings(const FindingReport& report, const FindingOptions& options);
 

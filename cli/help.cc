@@ -37,6 +37,8 @@ constexpr CommandHelp kHelp[] = {
     {"sites", "sites", ""},
     {"rebuild", "rebuild harbour", ""},
     {"update", "update harbour", ""},
+    {"watch", "watch harbour --rule orphan-page=off",
+     "--config --no-config --ignore-target --color"},
     {"links", "links harbour --to prices.html", ""},
     {"broken", "broken harbour --rule orphan-page=warning", ""},
     {"files", "files harbour -0 | xargs -0 ls -l", ""},

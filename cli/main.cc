@@ -92,6 +92,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddReportCommand(app, options, run);
   AddSiteCommands(app, options, run);
   AddUpdateCommand(app, options, run);
+  AddWatchCommand(app, options, run);
   AddLinkCommands(app, options, run);
   AddFileCommands(app, options, run);
   AddChangeCommands(app, options, run);

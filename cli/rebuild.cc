@@ -35,10 +35,29 @@ std::string WhyNotRead(Session& session, const std::string& path) {
 
 }  // namespace
 
-NotOfTheSite::NotOfTheSite(Session& session, const std::string& database)
-    : manager_(session.manager()) {
+LeftOut::LeftOut(LinkRules rules, const std::string& database)
+    : leavesOutTools_(FlagsOf(rules).leavesOutTools) {
   std::error_code error;
-  database_ = fs::canonical(PathOf(database.empty() ? session.database() : database), error);
+  database_ = fs::canonical(PathOf(database), error);
+}
+
+bool LeftOut::HasFolder(const fs::path& folder) const {
+  const fs::path name = folder.filename();
+  if (leavesOutTools_ &&
+      std::ranges::find(kVersionControl, NameOf(name)) != std::end(kVersionControl))
+    return true;
+  std::error_code error;
+  return !database_.empty() && name == database_.filename() &&
+         fs::equivalent(folder, database_, error);
+}
+
+bool LeftOut::HasFile(std::string_view name) const {
+  return leavesOutTools_ && name == kConfigName;
+}
+
+NotOfTheSite::NotOfTheSite(Session& session, const std::string& database)
+    : manager_(session.manager()),
+      leftOut_(manager_.GetLinkRules(), database.empty() ? session.database() : database) {
   manager_.SetIgnoreHook(&IsLeftOut, this);
 }
 
@@ -47,22 +66,9 @@ NotOfTheSite::~NotOfTheSite() {
 }
 
 bool NotOfTheSite::IsLeftOut(const std::string& path, void* context) {
-  const auto& self = *static_cast<const NotOfTheSite*>(context);
-  const bool isFolder = path.back() == '\\';
-  const std::string_view name = std::string_view(path).substr(0, path.size() - (isFolder ? 1 : 0));
-  const std::string_view last = NameInFolder(name);
-  if (FlagsOf(self.manager_.GetLinkRules()).leavesOutTools) {
-    if (isFolder && std::ranges::find(kVersionControl, last) != std::end(kVersionControl))
-      return true;
-    if (!isFolder && last == kConfigName) return true;
-  }
-  return isFolder && self.IsDatabase(PathOf(NativePath(std::string(name))));
-}
-
-bool NotOfTheSite::IsDatabase(const fs::path& folder) const {
-  std::error_code error;
-  return !database_.empty() && folder.filename() == database_.filename() &&
-         fs::equivalent(folder, database_, error);
+  const LeftOut& leftOut = static_cast<const NotOfTheSite*>(context)->leftOut_;
+  if (path.back() != '\\') return leftOut.HasFile(NameInFolder(path));
+  return leftOut.HasFolder(PathOf(NativePath(path.substr(0, path.size() - 1))));
 }
 
 int RebuildSite(Session& session, bool complete, const std::string& database, bool showsProgress) {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "cli/output.h"
 #include "cli/session.h"
@@ -10,9 +11,22 @@
 
 namespace zvrsit::cli {
 
-// While this lives, the manager's walks through the site leave out what no author publishes: the
-// program's own database, if that lies in the site (the native folder `database`, by default that
-// of the session); and by the web rules its configuration and the folders of version control.
+// What lies in the folder of a site and is left out of it, as no author publishes it: the program's
+// own database; and by the web rules the configuration and the folders of version control.
+class LeftOut {
+ public:
+  // `database`: a native folder.
+  LeftOut(LinkRules rules, const std::string& database);
+  bool HasFolder(const std::filesystem::path& folder) const;
+  bool HasFile(std::string_view name) const;  // by its last name
+
+ private:
+  const bool leavesOutTools_;
+  std::filesystem::path database_;  // empty when it is not there
+};
+
+// While this lives, the manager's walks through the site leave that out. `database` is by default
+// that of the session.
 class NotOfTheSite {
  public:
   explicit NotOfTheSite(Session& session, const std::string& database = "");
@@ -22,10 +36,9 @@ class NotOfTheSite {
 
  private:
   static bool IsLeftOut(const std::string& path, void* context);
-  bool IsDatabase(const std::filesystem::path& folder) const;
 
   SiteMgr& manager_;
-  std::filesystem::path database_;  // empty when it is not there
+  const LeftOut leftOut_;
 };
 
 // Rebuilds the open site with a progress bar and updates its family. Names on stderr each page and

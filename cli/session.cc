@@ -141,7 +141,7 @@ void Session::Discard() {
 
 void FailToLock(const SiteMgr& manager, const std::string& database, const std::string& what) {
   if (!manager.FoundInUse()) ThrowIfSystemFailed(database);
-  throw Failure(kDatabase, what + " is in use by another process");
+  throw InUse(kDatabase, what + " is in use by another process");
 }
 
 void Session::NeedProfiles(bool areHeld) {
@@ -185,9 +185,20 @@ void Session::HoldOlder() {
 void Session::LetGo() {
   LetProfilesGo();
   if (number_ < 0) return;
+  stamp_ = StampOfTables(FolderOfTables(site_));
   manager_->UnlockSite(number_);
   if (manager_->GetOpenSiteId() == number_) manager_->UnlockSite(number_);
   number_ = -1;
+}
+
+bool Session::HoldAgain() {
+  HoldSite(site_);
+  LetProfilesGo();
+  const bool areSame = number_ == manager_->GetOpenSiteId() &&
+                       StampOfTables(FolderOfTables(site_)) == stamp_ &&
+                       manager_->NeedToRebuild(site_) == kRebuilt;
+  // The open site has a hold of its own.
+  return areSame && manager_->LockSite(number_) == 0;
 }
 
 std::string Session::FolderOfTables(const std::string& name) const {
@@ -258,25 +269,31 @@ void Session::OpenToAsk(const std::string& name) {
 }
 
 void Session::Close() {
-  CloseWith([this] { return manager_->FlushSite(); });
+  WriteWith([this] { return manager_->FlushSite(); });
+  manager_->SiteClose();
 }
 
 void Session::CloseUpdated() {
+  WriteUpdated();
+  manager_->SiteClose();
+}
+
+void Session::WriteUpdated() {
   // Packing writes tables too.
-  CloseWith([this] { return manager_->PackSite(false) != 0 ? -1 : manager_->FlushUpdated(); });
+  WriteWith([this] { return manager_->PackSite(false) != 0 ? -1 : manager_->FlushUpdated(); });
 }
 
 void Session::CloseSaved(const std::vector<std::string>& paths) {
-  CloseWith([&] { return manager_->FlushSaved(paths); });
+  WriteWith([&] { return manager_->FlushSaved(paths); });
+  manager_->SiteClose();
 }
 
 // While the tables are being written, they are marked as not whole.
-void Session::CloseWith(const std::function<int()>& flush) {
+void Session::WriteWith(const std::function<int()>& flush) {
   const bool isWhole = !onlyAsks_ && manager_->GetSiteProfRebuildState() == kRebuilt;
   if (isWhole) SetRebuildState(kNotWhole);
   if (!onlyAsks_ && flush() != 0) FailToWrite();
   if (isWhole) SetRebuildState(kRebuilt);
-  manager_->SiteClose();
 }
 
 // If the mark cannot be written, the tables are not written either. Otherwise changed tables

@@ -66,11 +66,16 @@ class Session {
   void OpenToAsk(const std::string& name);
   // Gives back every lock before an answer is printed. The open site then answers from memory.
   void LetGo();
+  // Takes the locks of the open site again. False when its tables are others by now: then it is to
+  // be discarded. Throws as Open.
+  [[nodiscard]] bool HoldAgain();
   // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. A
   // site whose tables were not written to their end must be rebuilt.
   void Close();
   // The same after a rebuild or an update, so that the next update knows the tables.
   void CloseUpdated();
+  // The same, and the site stays open.
+  void WriteUpdated();
   // The same after nothing but saves, removals and moves of these files.
   void CloseSaved(const std::vector<std::string>& paths);
   // Lets go of the site and the database, and throws the same failure.
@@ -111,7 +116,7 @@ class Session {
   void NeedProfiles(bool areHeld);
   void LockSite(const std::string& name);
   void SetRebuildState(int state);
-  void CloseWith(const std::function<int()>& flush);
+  void WriteWith(const std::function<int()>& flush);
   int FindEntry(const std::string& native);
 
   std::string database_;  // native
@@ -120,7 +125,8 @@ class Session {
   int number_ = -1;  // of the site that is locked
   DOM dom_;
   std::unique_ptr<SiteMgr> manager_;
-  std::string site_;  // the name of the site that was opened
+  std::string site_;   // the name of the site that was opened
+  std::string stamp_;  // of its tables (StampOfTables), as they are in memory
   SiteNames names_;
 };
 

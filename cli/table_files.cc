@@ -55,6 +55,20 @@ bool HasTables(const std::string& folder) {
   });
 }
 
+std::string StampOfTables(const std::string& folder) {
+  std::string stamp;
+  std::vector<std::string> names = TableNames();
+  names.emplace_back("NOTE");
+  for (const std::string& name : names) {
+    std::error_code error;
+    const fs::path file = PathOf(folder) / name;
+    const std::uintmax_t size = fs::file_size(file, error);
+    const auto time = fs::last_write_time(file, error).time_since_epoch().count();
+    stamp += std::to_string(size) + " " + std::to_string(time) + "\n";
+  }
+  return stamp;
+}
+
 std::error_code CopyOneFile(const fs::path& from, const fs::path& to) {
   std::error_code error;
   errno = 0;

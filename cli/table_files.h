@@ -16,6 +16,8 @@ void MoveKeptAnswers(const std::string& folder, const std::string& to);
 void RemoveKeptAnswers(const std::string& folder);
 // Whether all files of a site that was rebuilt once are in `folder`.
 bool HasTables(const std::string& folder);
+// Another text when any file in `folder` that an update writes is another one, by size and time.
+std::string StampOfTables(const std::string& folder);
 // Copies a file over another; a full disk is told as such.
 [[nodiscard]] std::error_code CopyOneFile(const std::filesystem::path& from,
                                           const std::filesystem::path& to);

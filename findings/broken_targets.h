@@ -23,8 +23,8 @@ class BrokenTargets {
   // Whether a link leads to a folder: it does not end in the name of its file, which is that of a
   // document for folders and was added.
   bool NamesFolder(const SiteLink& link);
-  // What is wrong with all links to this file (a path number) that lead to it so; null when the rule
-  // is off. A link to it is asked for what it knows of the file.
+  // What is wrong with all links to this file (a path number) that lead to it so; null when the
+  // rule is off. A link to it is asked for what it knows of the file.
   const Subject* Of(const SiteLink& link, bool namesFolder);
 
  private:

@@ -27,7 +27,8 @@ bool StandsBefore(const FindingPlace* a, const FindingPlace* b) {
   return std::tie(a->line, a->column) < std::tie(b->line, b->column);
 }
 
-// Appends as many places of each of two lists as the shorter one has. Both are in the order of lines.
+// Appends as many places of each of two lists as the shorter one has. Both are in the order of
+// lines.
 void Match(const std::vector<FindingPlace*>& before, const std::vector<FindingPlace*>& after,
            std::vector<const FindingPlace*>& shared) {
   std::vector<const FindingPlace*> left;

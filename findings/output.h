@@ -29,6 +29,7 @@ struct TextStyle {
   bool hyperlinks = false;  // of terminals (OSC 8)
   bool totals = true;       // a last line of them
   bool all = false;         // every place of a finding, not only the first ones
+  bool mended = false;      // the findings are no longer there
 };
 
 // The whole report in that format. Order and bytes depend on the report alone.

@@ -36,8 +36,9 @@ std::string TextOf(std::string* text) {
 // A link whose places are not known gets places without a line, as many as it occurs.
 void AppendPlaces(const std::string& file, const std::string& reference, int count,
                   const std::vector<LinkPlace>& places, std::vector<FindingPlace>& all) {
-  if (places.empty()) all.insert(all.end(), static_cast<std::size_t>(std::max(count, 1)),
-                                 FindingPlace{file, 0, 0, reference});
+  if (places.empty())
+    all.insert(all.end(), static_cast<std::size_t>(std::max(count, 1)),
+               FindingPlace{file, 0, 0, reference});
   for (const LinkPlace& place : places) {
     if (place.isIgnored) continue;
     const bool isKnown = place.line > 0 && count > 0;
@@ -239,8 +240,8 @@ std::vector<int> SiteFindings::ListLinksOf(const std::vector<int>& files) {
   std::vector<int> links;
   for (const int file : files) {
     const UrlID id(kKindPath, file);
-    for (const Numbers& numbers : {Numbers(manager_.GetForeLinks(id)),
-                                   Numbers(manager_.GetBackLinks(id))}) {
+    for (const Numbers& numbers :
+         {Numbers(manager_.GetForeLinks(id)), Numbers(manager_.GetBackLinks(id))}) {
       if (numbers != nullptr) links.insert(links.end(), numbers->begin(), numbers->end());
     }
   }
@@ -324,8 +325,12 @@ std::vector<Finding> SiteFindings::FindingsOf(const std::vector<std::span<const 
       const auto [entry, isNew] = known.try_emplace(row.subject, findings.size());
       if (isNew) {
         const Subject& subject = *row.subject;
-        findings.push_back({subject.rule, subjects_.severities().Of(subject.rule), subject.target,
-                            subject.message, subject.suggestion, {}});
+        findings.push_back({subject.rule,
+                            subjects_.severities().Of(subject.rule),
+                            subject.target,
+                            subject.message,
+                            subject.suggestion,
+                            {}});
       }
       AppendPlaces(names.Of(row.page), row.reference, row.count, row.places,
                    findings[entry->second].places);

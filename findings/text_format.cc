@@ -38,10 +38,9 @@ class TextFormat {
 
  private:
   void AppendHead(const Finding& finding, const FindingPlace& place) {
-    const bool isError = finding.severity == Severity::kError;
     AppendPlace(place, "1");
     out_ += ": ";
-    AppendColored(std::string(SeverityName(finding.severity)) + ":", isError ? "1;31" : "1;35");
+    AppendSeverity(finding.severity);
     out_ += " " + LineText(finding.message);
     if (!place.reference.empty() && place.reference != finding.target) {
       out_ += " (" + LineText(place.reference) + ")";
@@ -49,8 +48,14 @@ class TextFormat {
     out_ += " ";
     AppendColored("[" + std::string(TraitsOf(finding.rule).name) + "]", "2");
     out_ += '\n';
-    const std::string suggestion = UntoldSuggestion(finding);
+    const std::string suggestion = style_.mended ? "" : UntoldSuggestion(finding);
     if (!suggestion.empty()) out_ += "    did you mean " + LineText(suggestion) + "?\n";
+  }
+
+  void AppendSeverity(Severity severity) {
+    if (style_.mended) return AppendColored("mended:", "1;32");
+    const bool isError = severity == Severity::kError;
+    AppendColored(std::string(SeverityName(severity)) + ":", isError ? "1;31" : "1;35");
   }
 
   void AppendOthers(const Finding& finding) {

@@ -1,0 +1,50 @@
+// Tells when the files of a site change.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zvrsit::cli {
+
+// Throws Failure(kUsage) where the program cannot watch folders.
+void NeedFolderWatch();
+
+// Watches folders of Linux, with inotify. It does not say what has changed, only that something may
+// have: whoever is told looks at all files.
+class FolderWatch {
+ public:
+  // Throws Failure(kFileSystem) when the system lets this user watch no more.
+  FolderWatch();
+  ~FolderWatch();
+  FolderWatch(const FolderWatch&) = delete;
+  FolderWatch& operator=(const FolderWatch&) = delete;
+
+  using LeavesOut = std::function<bool(const std::filesystem::path& folder)>;
+  // From now on watches `root` with all folders below it, except those that are left out and those
+  // that are links; the files that links there lead to; and these files, which lie elsewhere. What
+  // is not there is watched for as well. Gives whether something is watched that was not before:
+  // its files may have changed unseen. Throws as above.
+  bool Watch(const std::filesystem::path& root, const LeavesOut& leavesOut,
+             const std::vector<std::string>& files);
+  // Whether folders have come or gone since, so that Watch is to be called again.
+  bool foldersMoved() const { return foldersMoved_; }
+
+  enum class Met { kChange, kNothing, kReaderGone };
+  // Waits until something changes, and then until nothing has changed for a moment, but for less
+  // than half a second. kNothing after `milliseconds` (-1 for ever) in which nothing changed;
+  // kReaderGone when nobody can read what is printed on stdout any more. An interrupt: Failure, as
+  // Interrupts::Check; there must be an object of that class.
+  Met Wait(int milliseconds);
+
+ private:
+  class Watched;
+
+  int fd_ = -1;
+  bool foldersMoved_ = false;
+  std::unique_ptr<Watched> watched_;
+};
+
+}  // namespace zvrsit::cli

@@ -1,0 +1,118 @@
+#include "cli/watch_loop.h"
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "cli/exit_code.h"
+#include "cli/folder_watch.h"
+#include "cli/interrupts.h"
+#include "cli/native_name.h"
+#include "cli/output.h"
+
+namespace zvrsit::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// How long it waits until it tries again, in milliseconds: for another process, and for files.
+constexpr int kForOthers = 200;
+constexpr int kForFiles = 2000;
+// The folder of a site may be replaced by another one. So long it can be missing.
+constexpr std::chrono::milliseconds kReplacing(1000);
+
+class WatchLoop {
+ public:
+  WatchLoop(LiveSite& site, const WatchSteps& steps) : site_(site), steps_(steps) {}
+
+  void Run() {
+    Watch();
+    while (!Follow()) {
+      if (folders_.Wait(retry_) == FolderWatch::Met::kReaderGone) return;
+    }
+    steps_.begun();
+    while (Wait()) {
+      if (folders_.foldersMoved()) {
+        NeedFolder();
+        Watch();
+      }
+      Follow();
+    }
+  }
+
+ private:
+  // Gives whether something is watched that was not before.
+  bool Watch() {
+    return folders_.Watch(
+        PathOf(site_.folder()), [this](const fs::path& folder) { return site_.LeavesOut(folder); },
+        files_);
+  }
+
+  bool Wait() {
+    const FolderWatch::Met met = folders_.Wait(retry_);
+    return met != FolderWatch::Met::kReaderGone;
+  }
+
+  // False when it is to be tried again.
+  bool Follow() {
+    retry_ = -1;
+    try {
+      do {
+        const FindingChange change = site_.Follow();
+        if (hasBegun_ && !change.isEmpty()) steps_.changed(change);
+        hasBegun_ = true;
+        files_ = site_.ListFiles();
+      } while (Watch());
+      told_.clear();
+      return true;
+    } catch (const InUse& failure) {
+      retry_ = kForOthers;
+      Tell(std::string(failure.what()) + ": waiting for it");
+    } catch (const Failure& failure) {
+      if (failure.code() != kFileSystem || !hasBegun_) throw;
+      retry_ = kForFiles;
+      Tell(failure.what());
+    }
+    return false;
+  }
+
+  void Tell(const std::string& what) {
+    if (what != told_) Warn(what);
+    told_ = what;
+  }
+
+  void NeedFolder() {
+    std::error_code error;
+    const auto end = std::chrono::steady_clock::now() + kReplacing;
+    while (!fs::is_directory(PathOf(site_.folder()), error)) {
+      if (std::chrono::steady_clock::now() > end) {
+        throw Failure(kFileSystem, site_.folder() + ": the site folder is not there any more");
+      }
+      folders_.Wait(20);
+    }
+  }
+
+  LiveSite& site_;
+  const WatchSteps& steps_;
+  FolderWatch folders_;
+  std::vector<std::string> files_;  // that the site knows
+  bool hasBegun_ = false;
+  int retry_ = -1;    // milliseconds until it is tried again; -1: when something changes
+  std::string told_;  // why it waits
+};
+
+}  // namespace
+
+void WatchSite(LiveSite& site, const WatchSteps& steps) {
+  NeedFolderWatch();
+  const Interrupts interrupts;
+  try {
+    WatchLoop(site, steps).Run();
+  } catch (const Failure& failure) {
+    if (failure.code() < kSignal) throw;
+  }
+}
+
+}  // namespace zvrsit::cli

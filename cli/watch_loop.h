@@ -1,0 +1,24 @@
+// Keeping a site true for as long as the user wants it.
+#pragma once
+
+#include <functional>
+
+#include "cli/live_site.h"
+
+namespace zvrsit::cli {
+
+struct WatchSteps {
+  // Called once, when the database is up to date and everything is watched.
+  std::function<void()> begun;
+  // Called whenever findings have changed since; nothing is locked then.
+  std::function<void(const FindingChange& change)> changed;
+};
+
+// Returns when a signal ends it, or when nobody reads stdout any more. Where another process uses
+// the site, or a file of it cannot be read or written, it says so once, waits and tries again.
+// Throws Failure: kUsage where no folders can be watched, and when the site is taken out of the
+// database or gets another name; kDatabase when the database is gone or damaged; kFileSystem when
+// the folder of the site is gone for longer than a moment, or no more folders can be watched.
+void WatchSite(LiveSite& site, const WatchSteps& steps);
+
+}  // namespace zvrsit::cli
