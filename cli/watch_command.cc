@@ -36,11 +36,11 @@ class WatchOutput {
   void Tell(const FindingChange& change) {
     AddFindings(change.broke, false);
     AddFindings(change.mended, true);
-    if (!site_.options().quiet) {
-      const FindingReport report = site_.Report();
-      Add(isText_ ? "now " + CountedFindings(report) + "\n"
-                  : JsonTotals("now", report, Json::object()));
-    }
+    Write();
+    if (site_.options().quiet) return;
+    const FindingReport report = site_.Report();  // takes its time where there is much
+    Add(isText_ ? "now " + CountedFindings(report) + "\n"
+                : JsonTotals("now", report, Json::object()));
     Write();
   }
 
@@ -97,11 +97,12 @@ int RunWatch(const Options& options, const std::string& name, const FindingOptio
   }
   LiveSite site(options, name, wanted);
   WatchOutput output(site);
-  WatchSite(site, {[&] {
-                     if (!wanted.quiet) output.Begin();
-                   },
-                   [&](const FindingChange& change) { output.Tell(change); }});
-  if (!wanted.quiet) output.End();
+  const WatchSteps steps{[&] {
+                           if (!wanted.quiet) output.Begin();
+                         },
+                         [&](const FindingChange& change) { output.Tell(change); }};
+  const bool hasReader = WatchSite(site, steps);
+  if (hasReader && !wanted.quiet) output.End();
   return kClean;
 }
 

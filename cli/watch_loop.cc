@@ -27,6 +27,7 @@ class WatchLoop {
  public:
   WatchLoop(LiveSite& site, const WatchSteps& steps) : site_(site), steps_(steps) {}
 
+  // Until nobody reads stdout any more.
   void Run() {
     Watch();
     while (!Follow()) {
@@ -105,14 +106,16 @@ class WatchLoop {
 
 }  // namespace
 
-void WatchSite(LiveSite& site, const WatchSteps& steps) {
+bool WatchSite(LiveSite& site, const WatchSteps& steps) {
   NeedFolderWatch();
   const Interrupts interrupts;
   try {
     WatchLoop(site, steps).Run();
   } catch (const Failure& failure) {
     if (failure.code() < kSignal) throw;
+    return true;
   }
+  return false;
 }
 
 }  // namespace zvrsit::cli

@@ -14,11 +14,12 @@ struct WatchSteps {
   std::function<void(const FindingChange& change)> changed;
 };
 
-// Returns when a signal ends it, or when nobody reads stdout any more. Where another process uses
-// the site, or a file of it cannot be read or written, it says so once, waits and tries again.
-// Throws Failure: kUsage where no folders can be watched, and when the site is taken out of the
-// database or gets another name; kDatabase when the database is gone or damaged; kFileSystem when
-// the folder of the site is gone for longer than a moment, or no more folders can be watched.
-void WatchSite(LiveSite& site, const WatchSteps& steps);
+// Returns true when a signal has ended it, false when nobody reads stdout any more. Where another
+// process uses the site, or a file of it cannot be read or written, it says so once, waits and
+// tries again. Throws Failure: kUsage where no folders can be watched, and when the site is taken
+// out of the database or gets another name; kDatabase when the database is gone or damaged;
+// kFileSystem when the folder of the site is gone for longer than a moment, or no more folders can
+// be watched.
+bool WatchSite(LiveSite& site, const WatchSteps& steps);
 
 }  // namespace zvrsit::cli

@@ -15,7 +15,7 @@ std::string_view KnownFiles::LastNameOf(std::string_view name) {
   return name.substr(name.rfind('/') + 1);
 }
 
-KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder) {
+KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder, const KnownFiles* before) {
   const OwnedCells cells(manager.EnumPath());
   for (std::size_t i = 0; cells != nullptr && i < cells->size(); ++i) {
     const SiteRecCell& cell = (*cells)[i];
@@ -28,6 +28,17 @@ KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder) {
     files_[number] = {std::move(native), cell.GetFlag() != 0};
     numbers_.push_back(cell.GetID().id);
   }
+  if (before != nullptr && HasSameThere(*before)) index_ = before->index_;
+}
+
+bool KnownFiles::HasSameThere(const KnownFiles& other) const {
+  const std::size_t count = std::max(files_.size(), other.files_.size());
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool isThere = i < files_.size() && files_[i].isThere;
+    if (isThere != (i < other.files_.size() && other.files_[i].isThere)) return false;
+    if (isThere && files_[i].name != other.files_[i].name) return false;
+  }
+  return true;
 }
 
 const std::string& KnownFiles::Of(int number) const {
@@ -42,45 +53,49 @@ bool KnownFiles::IsThere(int number) const {
 }
 
 std::string KnownFiles::SameButForCase(const std::string& name) {
-  Index();
-  const int found = near_->SameButForCase(name);
-  return found >= 0 ? there_[static_cast<std::size_t>(found)] : std::string();
+  const Index& index = TheIndex();
+  const int found = index.near->SameButForCase(name);
+  return found >= 0 ? index.names[static_cast<std::size_t>(found)] : std::string();
 }
 
 std::string KnownFiles::Likeliest(const std::string& name) {
-  Index();
-  int found = near_->Likeliest(name);
-  if (found < 0) found = WithExtension(name);
+  const Index& index = TheIndex();
+  int found = index.near->Likeliest(name);
+  if (found < 0) found = index.WithExtension(name);
   if (found < 0) {
-    const auto elsewhere = byLastName_.find(std::string(LastNameOf(name)));
-    if (elsewhere != byLastName_.end()) found = elsewhere->second;
+    const auto elsewhere = index.byLastName.find(std::string(LastNameOf(name)));
+    if (elsewhere != index.byLastName.end()) found = elsewhere->second;
   }
-  return found >= 0 ? there_[static_cast<std::size_t>(found)] : std::string();
+  return found >= 0 ? index.names[static_cast<std::size_t>(found)] : std::string();
 }
 
 // A page goes first; -1 for none.
-int KnownFiles::WithExtension(const std::string& name) const {
+int KnownFiles::Index::WithExtension(const std::string& name) const {
   for (const char* const extension : {".html", ".htm", "."}) {
     const std::string begin = name + extension;
-    const auto next = std::ranges::lower_bound(there_, begin);
+    const auto next = std::ranges::lower_bound(names, begin);
     const bool isIt =
-        next != there_.end() && next->starts_with(begin) &&
+        next != names.end() && next->starts_with(begin) &&
         LastNameOf(*next).size() + name.size() == LastNameOf(name).size() + next->size();
-    if (isIt) return static_cast<int>(next - there_.begin());
+    if (isIt) return static_cast<int>(next - names.begin());
   }
   return -1;
 }
 
-void KnownFiles::Index() {
-  if (near_ != nullptr) return;
-  for (const File& file : files_) {
-    if (file.isThere) there_.push_back(file.name);
+const KnownFiles::Index& KnownFiles::TheIndex() {
+  if (index_ == nullptr) index_ = std::make_shared<const Index>(files_);
+  return *index_;
+}
+
+KnownFiles::Index::Index(const std::vector<File>& files) {
+  for (const File& file : files) {
+    if (file.isThere) names.push_back(file.name);
   }
-  std::ranges::sort(there_);
-  near_ = std::make_unique<NameSuggestions>(there_);
-  for (std::size_t i = 0; i < there_.size(); ++i) {
+  std::ranges::sort(names);
+  near = std::make_unique<NameSuggestions>(names);
+  for (std::size_t i = 0; i < names.size(); ++i) {
     const auto [entry, isNew] =
-        byLastName_.try_emplace(std::string(LastNameOf(there_[i])), static_cast<int>(i));
+        byLastName.try_emplace(std::string(LastNameOf(names[i])), static_cast<int>(i));
     if (!isNew) entry->second = -1;
   }
 }

@@ -17,7 +17,8 @@ class KnownFiles {
   static std::string_view LastNameOf(std::string_view name);
 
   // Reads the names of all files that the open site knows. `folder` is its site folder, a `\` path.
-  KnownFiles(SiteMgr& manager, const std::string& folder);
+  // What was found out for `before` is kept when the same files are there; null for none.
+  KnownFiles(SiteMgr& manager, const std::string& folder, const KnownFiles* before = nullptr);
   KnownFiles(const KnownFiles&) = delete;
   KnownFiles& operator=(const KnownFiles&) = delete;
 
@@ -35,19 +36,26 @@ class KnownFiles {
   std::string Likeliest(const std::string& name);
 
  private:
-  void Index();
-  int WithExtension(const std::string& name) const;
-
   struct File {
     std::string name;
     bool isThere = false;
   };
+  // The names of the files that are there.
+  struct Index {
+    explicit Index(const std::vector<File>& files);
+    int WithExtension(const std::string& name) const;
+
+    std::vector<std::string> names;  // ascending
+    std::unique_ptr<NameSuggestions> near;
+    std::unordered_map<std::string, int> byLastName;  // index in names; -1 for several
+  };
+
+  bool HasSameThere(const KnownFiles& other) const;
+  const Index& TheIndex();
+
   std::vector<File> files_;  // by number
   std::vector<int> numbers_;
-  // Made when they are first needed:
-  std::vector<std::string> there_;
-  std::unique_ptr<NameSuggestions> near_;
-  std::unordered_map<std::string, int> byLastName_;  // index in there_; -1 for several
+  std::shared_ptr<const Index> index_;  // made when it is first needed
 };
 
 }  // namespace zvrsit

@@ -54,7 +54,7 @@ SiteFindings::SiteFindings(SiteMgr& manager, FoundSite site, const Severities& s
 }
 
 void SiteFindings::LookAround() {
-  names_ = std::make_unique<KnownFiles>(manager_, site_.folder);
+  names_ = std::make_shared<KnownFiles>(manager_, site_.folder, names_.get());
   broken_ = std::make_unique<BrokenTargets>(manager_, site_, *names_, subjects_);
   idsOfPages_.clear();
 }
@@ -220,7 +220,7 @@ void SiteFindings::AddLonely(Rule rule, int number, const char* message, Rows& r
 
 bool SiteFindings::Follow(const SiteUpdates& updates, std::vector<Finding>& before,
                           std::vector<Finding>& after) {
-  const std::unique_ptr<KnownFiles> names = std::move(names_);
+  const std::shared_ptr<KnownFiles> names = names_;
   LookAround();
   const std::vector<int> links = ListLinksOf(updates.touched);
   Rows gone;

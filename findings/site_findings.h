@@ -84,7 +84,7 @@ class SiteFindings {
   Rows lonely_;  // pages that the home page does not lead to, and files that nothing refers to
 
   // Of the files as they are now; made anew for each collection.
-  std::unique_ptr<KnownFiles> names_;
+  std::shared_ptr<KnownFiles> names_;
   std::unique_ptr<BrokenTargets> broken_;
   std::unordered_map<int, Ids> idsOfPages_;
 };
