@@ -24,7 +24,8 @@ struct CommandHelp {
 };
 constexpr CommandHelp kHelp[] = {
     {"", "check docs",
-     "--db --format --version files family save rename-id export graph server dump verify legacy "
+     "--db --format --version sites files urls family save rename-id export graph server dump "
+     "verify legacy "
      "manual completion"},
     {"check", "check docs --top docs/index.html",
      "--files-from --root --config --no-config --default-url --doc-root --page-types --rules "

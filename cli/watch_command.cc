@@ -112,7 +112,7 @@ void AddWatchCommand(CLI::App& app, const Options& options, Run& run) {
   const auto name = std::make_shared<std::string>();
   const auto wanted = std::make_shared<FindingOptions>();
   CLI::App* watch =
-      app.add_subcommand("watch", "Keep it so while you edit, and tell what breaks");
+      app.add_subcommand("watch", "Update while you edit, and tell what breaks");
   AddSiteName(*watch, *name);
   AddFindingOptions(*watch, *wanted);
   watch->callback([&options, &run, name, wanted] {

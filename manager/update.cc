@@ -272,13 +272,24 @@ void SiteMgr::Update::CollectOne(int number) {
 bool SiteMgr::Update::HasMetWhatNeedsRebuild() {
   const std::uint32_t traits = m_.inside->operationMemo->traits;
   if ((traits & (kReadsOddSheets | kSharesEncodings)) != 0) return true;
-  ForEachNumber(*m_.pathDB, [this](int number) {
-    if (number < countBefore_ || IsWalked(number)) return;
+  MeetFound();
+  return HasTroublesomeOthers();
+}
+
+// The files that are in the tables only since pages were read; some may have come meanwhile.
+void SiteMgr::Update::MeetFound() {
+  std::unordered_set<int> known;
+  for (const Found& other : others_) known.insert(other.number);
+  ForEachNumber(*m_.pathDB, [&](int number) {
+    SitePathRec rec;
+    if (IsWalked(number) || known.contains(number) || m_.pathDB->Get(number, rec) < 0 ||
+        !WasThere(rec)) {
+      return;
+    }
     Found other{number, std::string(m_.pathDB->NameView(number)), {}};
     const bool isThere = platform::Stat(other.path, other.stat) == 0 && other.stat.isRegular();
     if (isThere) others_.push_back(std::move(other));
   });
-  return HasTroublesomeOthers();
 }
 
 }  // namespace zvrsit

@@ -97,6 +97,7 @@ class SiteMgr::Update {
   [[nodiscard]] int Forget(int number);
   void CollectOne(int number);
   bool HasMetWhatNeedsRebuild();
+  void MeetFound();
   void ListTouched();
   std::vector<UrlID> TargetsOf(int number) const;
 

@@ -139,8 +139,8 @@ class Watch:
             if wanted == held:
                 return
             if time.monotonic() > end:
-                raise AssertionError(f"missing {[row for row in wanted if row not in held][:4]}, "
-                                     f"too much {[row for row in held if row not in wanted][:4]}")
+                raise AssertionError(f"missing {[row for row in wanted if row not in held][:1]}, "
+                                     f"too much {[row for row in held if row not in wanted][:1]}")
 
 
 def tells_what_breaks_and_what_is_mended(site):

@@ -8,8 +8,11 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "platform/window.h"
+#include "support/dialog_recorder.h"
 #include "support/folder_link.h"
 #include "support/site_tables.h"
 
@@ -409,6 +412,50 @@ TEST_F(Updating, TrustsNoOtherTables) {
   kept.mgr->SiteClose();
   EXPECT_EQ(kept.mgr->DeleteSiteProf("other"), 0);
   EXPECT_FALSE(folder.has("kept/other"));
+}
+
+// Does something when the update names the file that it is about to read.
+class BeforeReading : public CWnd {
+ public:
+  explicit BeforeReading(std::function<void()> act) : act_(std::move(act)) {
+    dialog.fileNameText = this;
+  }
+  void SetWindowTextA(const char*) override {
+    if (act_) std::exchange(act_, nullptr)();
+  }
+
+  CZvrSiteRebuildProgressDlg dialog;
+
+ private:
+  std::function<void()> act_;
+};
+
+// What is not there when the folders are walked may be there when a page that links to it is read.
+TEST_F(Updating, FilesMayComeMeanwhile) {
+  TempFolder folder;
+  folder.write("site/index.html", "<a href=new/a.html><a href=new/b.gif><a href=c.gif>");
+  folder.makeFolder("kept");
+  SiteProfile profile;
+  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
+  profile.topFile = folder.path("site/index.html");
+  profile.linkRules = LinkRules::Web;
+  SiteTables kept(folder, "kept", profile);
+  kept.Rebuild();
+  folder.write("site/index.html",
+               "<a href=new/a.html><a href=new/b.gif><a href=c.gif><a href=d.gif>");
+  BeforeReading window([&] {
+    for (const char* const name : {"new/a.html", "new/b.gif", "c.gif", "d.gif"}) {
+      folder.write(std::string("site/") + name, "");
+    }
+  });
+  SiteUpdates updates;
+  ASSERT_EQ(kept.mgr->SiteUpdate(updates, &window.dialog), 0);
+  ASSERT_EQ(kept.mgr->FlushUpdated(), 0);
+  ASSERT_EQ(kept.mgr->SiteUpdate(updates, nullptr), 0);
+  SiteTables fresh(folder, "fresh", profile);
+  fresh.Rebuild();
+  const std::vector<std::string> have = kept.Dump(), want = fresh.Dump();
+  EXPECT_TRUE(have == want) << FirstDifference(have, want);
 }
 
 // The user's marks stay, and keep the entry of a file that is gone.
