@@ -111,8 +111,7 @@ int RunWatch(const Options& options, const std::string& name, const FindingOptio
 void AddWatchCommand(CLI::App& app, const Options& options, Run& run) {
   const auto name = std::make_shared<std::string>();
   const auto wanted = std::make_shared<FindingOptions>();
-  CLI::App* watch =
-      app.add_subcommand("watch", "Update while you edit, and tell what breaks");
+  CLI::App* watch = app.add_subcommand("watch", "Update while you edit, and tell what breaks");
   AddSiteName(*watch, *name);
   AddFindingOptions(*watch, *wanted);
   watch->callback([&options, &run, name, wanted] {
