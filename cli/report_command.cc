@@ -131,7 +131,7 @@ void Gather(const Options& options, const ReportWanted& wanted, const ExaminedSi
   view.site = {site.name,    folder,
                site.baseUrl, manager.GetLinkRules() == LinkRules::Classic,
                Now(),        RulesInForce(wanted.given.findings)};
-  view.mending = {"zvrsit", site.name, FindUnlinked(manager, report, view.content)};
+  view.mending = {"zvrsit", site.name, folder, FindUnlinked(manager, report, view.content)};
   if (!options.database.empty()) {
     const std::string word = ShellWord(NativePath(AbsolutePath(options.database)));
     if (word.empty()) view.mending.site.clear();

@@ -62,9 +62,14 @@ bool IsLinked(SiteMgr& manager, int page, const std::string& fragment) {
   return links == nullptr;
 }
 
+// In shorter names one letter makes another word.
+constexpr std::size_t kShortestMistaken = 4;
+
 // Whether the missing file is what another one was called before, or one that has been misspelt.
 bool IsOtherName(std::string_view missing, std::string_view other) {
-  return FolderPart(missing) == FolderPart(other) && Extension(missing) == Extension(other);
+  const std::string_view extension = Extension(other);
+  return FolderPart(missing) == FolderPart(other) && Extension(missing) == extension &&
+         KnownFiles::LastNameOf(other).size() >= kShortestMistaken + extension.size();
 }
 
 }  // namespace
@@ -112,6 +117,21 @@ std::string Line(const std::string& program, std::string_view command, const std
 
 }  // namespace
 
+namespace {
+
+// Erases those that several findings suggest: one of them alone can have the name.
+void EraseDisputed(const FindingReport& report, std::set<std::string>& unlinked) {
+  std::set<std::string> suggested;
+  for (const Finding& finding : report.findings) {
+    if (finding.suggestion.empty()) continue;
+    const bool isFragment = finding.rule == Rule::kMissingFragment;
+    const std::string name = (isFragment ? PageOf(finding) : "") + finding.suggestion;
+    if (!suggested.insert(name).second) unlinked.erase(name);
+  }
+}
+
+}  // namespace
+
 std::set<std::string> FindUnlinked(SiteMgr& manager, const FindingReport& report,
                                    const SiteContent& content) {
   std::set<std::string> unlinked;
@@ -128,6 +148,7 @@ std::set<std::string> FindUnlinked(SiteMgr& manager, const FindingReport& report
       unlinked.insert(page + finding.suggestion);
     }
   }
+  EraseDisputed(report, unlinked);
   return unlinked;
 }
 
@@ -150,13 +171,16 @@ std::string Mending::CommandFor(const Finding& finding) const {
         return fix(" --moved");
       }
       if (!unlinked.contains(suggestion) || !IsOtherName(target, suggestion)) return "";
-      return Line(program, "mv", site, {suggestion, target});
+      return Line(program, "mv", site, {folder + suggestion, folder + target});
     case Rule::kMissingFragment: {
       // One link alone has more likely been misspelt itself.
       const std::string page = PageOf(finding);
-      if (finding.places.size() < 2 || !unlinked.contains(page + suggestion)) return "";
+      if (finding.places.size() < 2 || suggestion.size() <= kShortestMistaken ||
+          !unlinked.contains(page + suggestion)) {
+        return "";
+      }
       return Line(program, "rename-id", site,
-                  {page, suggestion.substr(1), target.substr(page.size() + 1)});
+                  {folder + page, suggestion.substr(1), target.substr(page.size() + 1)});
     }
     default:
       return "";

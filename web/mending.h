@@ -15,7 +15,10 @@ class SiteMgr;
 struct Mending {
   std::string program;  // with its options, as a shell takes it: "zvrsit"
   std::string site;     // empty for a folder that is no site: nothing is mended there
-  // Of the files and fragments ("a.htm#top") that findings suggest, those that nothing links to.
+  std::string folder;   // of the site, native and with a separator at its end; files are named
+                        // with it, so that a command means the same wherever it is run
+  // Of the files and fragments ("a.htm#top") that findings suggest, those that nothing links to
+  // and that one finding alone suggests.
   std::set<std::string> unlinked;
 
   // A command line for a shell, ready to be copied. Empty where it is not certain that it does what

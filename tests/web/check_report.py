@@ -36,7 +36,8 @@ PAGES = {
                    '<img srcset="large.png 2x"><script src="s.js"></script>', "utf-8"),
     "b.html": ('<title>B</title><a href="#instal"><a href="index.html">\n<a href="c.html#instal"><a href="c.html#wron">', "utf-8"),
     "c.html": ('<meta charset=windows-1252><p id=install><p id=wrong>caf\u00e9 na\u00efve \u00e9<a href="caf\u00e9.gone">'
-               '<a href="c.html#instal">', "cp1252"),
+               '<a href="c.html#instal"><img src="chartA.png"><img src="chartB.png">'
+              '<img src="v.png">', "cp1252"),
     "sixteen.html": (f"\ufeff\n{KANJI}<a href='{KANJI}.html'>" + "\u00e4" * 300, "utf-16-le"),
     "long.html": ("\u00e9" * 500 + '<a href="far.html">' + "\u00e4" * 2000 + '<a href=far.html>' + "\u00e4" * 2000
                   + '<a href=alone.html>' + "\u00e4" * 2000, "utf-8"),
@@ -44,7 +45,7 @@ PAGES = {
     "wrong.html": ("", "utf-8"),
     "<img src=x onerror=alert(1)>.html": ('<p id="a&quot;b"><p id="a&quot;b"><a href="a&amp;b.html">', "utf-8"),
 }
-FILES = {b"-pic.png": b"12345", b"i.png": b"123", b"large.png": b"x" * 99, b"s.js": b"1",
+FILES = {b"-pic.png": b"12345", b"sub/-pic.png": b"another", b"chart.png": b"", b"w.png": b"", b"i.png": b"123", b"large.png": b"x" * 99, b"s.js": b"1",
          b"s.css": b"@import 't.css'; a { background: url( 'none.png' ) }", b"t.css": b"b { background: url(i.png) }",
          b"caf\xe9.html": b'<a href="gone.html">'}
 
@@ -193,7 +194,7 @@ def check_site(sites, folder):
 
 
 def run_commands(sites, folder):
-    """Every command that is offered does what it promises."""
+    """Every command that is offered does what it promises, also where other files have the same names."""
     bin_folder = sites.folder / "bin"
     bin_folder.mkdir()
     (bin_folder / "zvrsit").symlink_to(sites.program)
@@ -208,7 +209,7 @@ def run_commands(sites, folder):
     expect("where there is none", {t for ts in commands.values() for t in ts},
            {"Wrong.html", "moved.html", "-pict.png", "c.html#instal"})
     for command, targets in commands.items():
-        subprocess.run(["sh", "-c", command], check=True, env=environment, cwd="/", capture_output=True)
+        subprocess.run(["sh", "-c", command], check=True, env=environment, cwd=folder / "sub", capture_output=True)
         answer = sites.answer("report", "demo's", "-o", report)
         since = data_of(report.read_bytes())["since"]
         assert set(targets) <= {one["target"] for one in since["mended"]}, (command, since)
