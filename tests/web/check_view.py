@@ -133,7 +133,12 @@ def check_choices(browser, report, answer):
         browser.go(f"#/findings?{route}")
         expect(route, len(shown_findings(browser)),
                sum(any(test(row, place) for place in row["places"]) for row in rows))
-    browser.go("#/findings")
+    check_quiet(browser, "choices")
+
+
+def check_folder_and_pages(browser, report, answer):
+    browser.open(report)
+    rows = answer["findings"]
     choose(browser, "Folder", "news/")
     in_news = [place["file"] for row in rows for place in row["places"] if place["file"].startswith("news/")]
     expect("places in a folder", count_line(browser).split(" in ")[1], f"{len(in_news)} places")
@@ -144,7 +149,7 @@ def check_choices(browser, report, answer):
     browser.driver.refresh()
     browser.wait("return document.querySelector('.card') !== null")
     expect("after a reload", len(shown_findings(browser)), len(set(in_news)))
-    check_quiet(browser, "choices")
+    check_quiet(browser, "folders")
 
 
 def choose(browser, label, begin):
@@ -449,6 +454,7 @@ def main():
         check_views(browser, report)
         check_counts(browser, report, answer)
         check_choices(browser, report, answer)
+        check_folder_and_pages(browser, report, answer)
         check_file_view(browser, report, sites, example)
         check_tables(browser, report, sites, example)
         check_keyboard(browser, report)

@@ -47,31 +47,38 @@ function secondsOf(site, i) {
   return site.kindOf(i) === "page" ? loadSeconds(site.weightOf(i), site.requestsOf(i)) : 0;
 }
 
+const NUMBER = { class: "number", descends: true };
+
 function pageColumns(site) {
+  return [...weightColumns(site),
+    { key: "path", title: "File", narrow: true, isHead: true, by: (i) => site.pathOf(i), class: "name",
+      cell: (i) => nameCell(site, i) },
+    { ...NUMBER, key: "size", title: "Size", spare: true, by: (i) => site.sizeOf(i),
+      cell: (i) => sizeText(site.sizeOf(i)) },
+    { ...NUMBER, key: "requests", title: "Loads", spare: true, by: (i) => site.requestsOf(i),
+      cell: (i) => (site.kindOf(i) === "page" ? quietNumber(site.requestsOf(i)) : "") },
+    numberColumn("in", "In", (i) => site.inCountOf(i)),
+    numberColumn("out", "Out", (i) => site.outCountOf(i)),
+    { ...NUMBER, key: "depth", title: "Clicks", by: (i) => depthOrder(site, i),
+      cell: (i) => depthCell(site.depthOf(i)) },
+    numberColumn("findings", "Findings", (i) => site.findingsIn(i).length),
+    { key: "changed", title: "Changed", class: "date", spare: true, descends: true,
+      by: (i) => site.data.files.time[i], cell: (i) => dateText(site.data.files.time[i]) },
+  ];
+}
+
+function weightColumns(site) {
   const heaviest = site.once("heaviest", () => {
     let most = 0;
     for (let i = 0; i < site.fileCount; ++i) most = Math.max(most, weightOrSize(site, i));
     return most;
   });
-  const number = { class: "number", descends: true };
   return [
     { key: "weight", title: "Weight", narrow: true, by: (i) => weightOrSize(site, i), descends: true,
       class: "number weight",
       cell: (i) => [sizeText(weightOrSize(site, i)), bar(weightOrSize(site, i), heaviest)] },
-    { ...number, key: "time", title: "Time", by: (i) => secondsOf(site, i),
+    { ...NUMBER, key: "time", title: "Time", by: (i) => secondsOf(site, i),
       cell: (i) => (site.kindOf(i) === "page" ? secondsText(secondsOf(site, i)) : "") },
-    { key: "path", title: "File", narrow: true, isHead: true, by: (i) => site.pathOf(i), class: "name",
-      cell: (i) => nameCell(site, i) },
-    { ...number, key: "size", title: "Size", by: (i) => site.sizeOf(i), cell: (i) => sizeText(site.sizeOf(i)) },
-    { ...number, key: "requests", title: "Loads", by: (i) => site.requestsOf(i),
-      cell: (i) => (site.kindOf(i) === "page" ? quietNumber(site.requestsOf(i)) : "") },
-    numberColumn("in", "In", (i) => site.inCountOf(i)),
-    numberColumn("out", "Out", (i) => site.outCountOf(i)),
-    { ...number, key: "depth", title: "Clicks", by: (i) => depthOrder(site, i),
-      cell: (i) => depthCell(site.depthOf(i)) },
-    numberColumn("findings", "Findings", (i) => site.findingsIn(i).length),
-    { key: "changed", title: "Changed", class: "date", descends: true, by: (i) => site.data.files.time[i],
-      cell: (i) => dateText(site.data.files.time[i]) },
   ];
 }
 

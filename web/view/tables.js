@@ -7,8 +7,9 @@ import { keepInAddress } from "./router.js";
 import { wordsOf } from "./search.js";
 
 // A table that the reader sorts. `columns` are
-//   { key, title, cell: (row) => content, by: (row) => a number or text, descends, narrow }
-// without `by` it does not sort; the columns with `narrow` stay on a narrow screen.
+//   { key, title, cell: (row) => content, by: (row) => a number or text, descends, narrow, spare }
+// without `by` it does not sort; the columns with `narrow` stay on a narrow screen, and those with
+// `spare` need a wide one.
 export class SortedTable {
   // `options`: { name: of the view in the address, label, what: ["page"], columns, rows, values: chosen
   // so far, words: (row) => text in lower case, filters: [[label, rows, key, test(row, value)]] }
@@ -92,7 +93,8 @@ export class SortedTable {
 }
 
 function classesOf(column) {
-  return [column.narrow ? "" : "wide", column.class ?? ""].join(" ").trim() || null;
+  const place = column.narrow ? "" : column.spare ? "widest" : "wide";
+  return [place, column.class ?? ""].join(" ").trim() || null;
 }
 
 // Equal rows stay as they are.
