@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Joins the modules of the view into one script, and writes it, the style and the template as C++.
 
-    embed.py OUT.cc TEMPLATE.html FILE.css... FILE.js...
+    embed.py OUT.cc TEMPLATE.html FILE.css... FILE.js... --alone FILE.js...
 
 The modules are joined in the order given: lines that import are dropped, and the word `export` before
-a declaration. So the top-level names are unique over all of them, and an import stands on one line.
+a declaration. So the top-level names are unique over all of them, and an import stands on one line. What stands
+after --alone is not joined: each is a text of its own, named as its file.
 """
 import base64
 import hashlib
@@ -58,7 +59,8 @@ def digest(text):
 
 
 def main():
-    out, template, *rest = map(pathlib.Path, sys.argv[1:])
+    at = sys.argv.index("--alone")
+    out, template, *rest = map(pathlib.Path, sys.argv[1:at])
     style = "\n".join(path.read_text(encoding="utf-8") for path in rest if path.suffix == ".css")
     script = joined_script([path for path in rest if path.suffix == ".js"])
     for text, end in ((style, "</style"), (script, "</script"), (script, "<!--")):
@@ -67,6 +69,8 @@ def main():
     page = template.read_text(encoding="utf-8")
     rows = {"page": page, "style": style, "styleHash": digest(style), "script": script,
             "scriptHash": digest(script)}
+    for path in map(pathlib.Path, sys.argv[at + 1:]):
+        rows[path.stem] = path.read_text(encoding="utf-8")
     texts = "".join(f"    // {name}\n{literal(text)},\n" for name, text in rows.items())
     out.write_text('// Written by web/embed.py.\n#include "web/view_texts.h"\n\n'
                    f"namespace zvrsit {{\n\nconst ViewTexts kView = {{\n{texts}}};\n\n}}  // namespace zvrsit\n",

@@ -11,6 +11,7 @@ struct ViewTexts {
   std::string_view styleHash;   // for a content security policy: "sha256-..."
   std::string_view script;      // of a SCRIPT element, a module
   std::string_view scriptHash;  // likewise
+  std::string_view overlay;     // a script that marks findings in the pages of a site
 };
 extern const ViewTexts kView;
 

@@ -2,12 +2,22 @@
 // what stands in it.
 import { backwards, shortestWays } from "./graph.js";
 
-// The browser unpacks it; nothing is loaded. Base64 of gzip, or of plain JSON.
+// Whether the program serves the page; a report from a file holds its data.
+export function isServed() { return document.getElementById("data") === null; }
+
+// What a page holds, the browser unpacks, and nothing is loaded: base64 of gzip, or of plain JSON.
 export async function readData() {
+  if (isServed()) return fetchData();
   const bytes = bytesOfBase64(document.getElementById("data").textContent.trim());
   if (bytes[0] !== 0x1f) return JSON.parse(new TextDecoder().decode(bytes));
   const unpacked = new Blob([bytes]).stream().pipeThrough(new DecompressionStream("gzip"));
   return new Response(unpacked).json();
+}
+
+export async function fetchData() {
+  const answer = await fetch("data", { cache: "no-store" });
+  if (!answer.ok) throw new Error("the program answers " + answer.status);
+  return answer.json();
 }
 
 function bytesOfBase64(text) {
@@ -21,8 +31,10 @@ function bytesOfBase64(text) {
 // Files are named by their numbers; numbers from `fileCount` on are URLs of other sites. What costs
 // time is made when it is first asked for.
 export class Site {
-  constructor(data) {
+  // `news` are ids of findings with a word that marks them.
+  constructor(data, news = new Map()) {
     this.data = data;
+    this.news = news;
     this.fileCount = data.files.name.length;
     this.urlCount = data.urls.text.length;
     this.home = data.site.home;
@@ -144,6 +156,11 @@ export class Site {
   findingsAbout(index) {
     return (this.once("findingsByTarget", () => groupFindings(this.findings, (finding) =>
       [finding.targetFile]))).get(index) ?? [];
+  }
+  // "new" for a finding that was not there before, or "".
+  newsOf(index) {
+    const added = this.once("added", () => new Set(this.data.since?.added ?? []));
+    return this.news.get(this.findings[index].id) ?? (added.has(index) ? "new" : "");
   }
   // "error", "warning", or "" for a file without findings in it.
   severityIn(index) {

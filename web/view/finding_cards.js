@@ -3,7 +3,7 @@ import { element, named, plain } from "./dom.js";
 import { counted } from "./format.js";
 import { shortList } from "./lists.js";
 import { commandLine, excerptLine, fileLink, severityMark, titleText } from "./parts.js";
-import { addressWith } from "./router.js";
+import { addressWith, editorAddress } from "./router.js";
 
 // `row` is { finding, id, places }.
 export function findingCard(site, { finding, id, places }) {
@@ -42,8 +42,8 @@ function ruleLink(rule) {
 }
 
 function newBadge(site, id) {
-  const fresh = site.once("fresh", () => new Set(site.data.since?.added ?? []));
-  return fresh.has(id) ? element("span", { class: "badge badge-new" }, "new") : null;
+  const news = site.newsOf(id);
+  return news ? element("span", { class: "badge badge-new" }, news) : null;
 }
 
 // What is likely meant, and the command that mends it.
@@ -56,15 +56,18 @@ function advice(site, { suggestion, command }) {
     command ? commandLine(command) : null);
 }
 
-// "12:7"; nothing for a file as a whole.
-function positionText([, line, column]) {
-  return line > 0 ? element("span", { class: "position", title: "line " + line + ", column " + column },
-    line + ":" + column) : null;
+// "12:7"; nothing for a file as a whole. A link where the reader has told an editor.
+function positionText(site, [file, line, column]) {
+  if (line <= 0) return null;
+  const href = editorAddress(site, file, line, column);
+  return element(href ? "a" : "span", { class: "position", href,
+    title: (href ? "open in the editor at " : "") + "line " + line + ", column " + column },
+    line + ":" + column);
 }
 
 function placeRow(site, place) {
   return element("li", {}, element("div", { class: "place-head" }, fileLink(site, place[0]),
-    positionText(place), titleText(site, place[0])), placeText(site, place));
+    positionText(site, place), titleText(site, place[0])), placeText(site, place));
 }
 
 function placeText(site, [, , , reference, excerpt]) {
@@ -90,7 +93,7 @@ function byLine(rows) {
 // A finding in a page that has been named already.
 export function findingRow(site, { finding, id, place }) {
   return element("li", {},
-    element("div", { class: "place-head" }, severityMark(finding.severity), positionText(place),
+    element("div", { class: "place-head" }, severityMark(finding.severity), positionText(site, place),
       element("span", { class: "message" }, messageText(site, finding), " ", newBadge(site, id), " ",
         ruleLink(finding.rule))),
     placeText(site, place), advice(site, finding));

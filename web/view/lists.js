@@ -89,6 +89,13 @@ export function growLists(height) {
   }
 }
 
+// How many rows each list shows, and as many again.
+export function rowsShown() { return listsOfView.map((list) => list.shown); }
+
+export function showRows(counts) {
+  listsOfView.forEach((list, i) => list.append(Math.max(0, (counts[i] ?? 0) - list.shown)));
+}
+
 // A LongList in `list`, and its button.
 export function longList(list, makeRow, what) {
   const made = new LongList(list, makeRow, what);

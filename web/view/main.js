@@ -5,10 +5,12 @@ import { dateText, numberText } from "./format.js";
 import { showFindings } from "./findings.js";
 import { showHosts } from "./hosts.js";
 import { forgetLists } from "./lists.js";
+import { followedProgram } from "./live.js";
 import { showMap } from "./map.js";
 import { showFile } from "./page_view.js";
 import { showPages } from "./pages.js";
-import { followAddress } from "./router.js";
+import { drawAnew } from "./redraw.js";
+import { currentRoute, followAddress } from "./router.js";
 import { showUnused, unreachedFiles } from "./unused.js";
 
 // Each draws itself into an element and answers its title.
@@ -18,11 +20,17 @@ const VIEWS = { findings: showFindings, unused: showUnused, pages: showPages, ho
 async function startReport() {
   const main = document.getElementById("main");
   try {
-    const site = new Site(await readData());
+    const program = followedProgram();
+    let site = new Site(await readData());
     fillTabs(site);
     localTimes();
     const name = document.title;
     followAddress((route, isFirst) => showRoute(main, site, route, name, isFirst));
+    program?.start(site, (changed) => {
+      site = changed;
+      fillTabs(site);
+      drawAnew(main, () => showRoute(main, site, currentRoute(), name, true));
+    });
     performance.mark("shown");
   } catch (error) {
     fill(main, element("p", { class: "nothing" }, "The report cannot be read: " + error.message));
@@ -49,7 +57,8 @@ function fillTabs(site) {
   const counts = { findings: site.findings.length, unused: unreachedFiles(site).length,
     pages: site.data.totals.pages, hosts: site.data.hosts.length };
   for (const [name, count] of Object.entries(counts)) {
-    document.querySelector(`nav a[href="#/${name}"]`)?.append(" ",
+    const link = document.querySelector(`nav a[href="#/${name}"]`);
+    fill(link, link.firstChild.textContent.trim(), " ",
       element("span", { class: "tab-count" }, numberText(count)));
   }
 }

@@ -6,6 +6,7 @@ import { urlState } from "./hosts.js";
 import { shortList } from "./lists.js";
 import { loadSeconds } from "./pages.js";
 import { fileLink, kindBadge, kindWord, nothing, searchField } from "./parts.js";
+import { pageAddress } from "./router.js";
 
 // So many links are shown at first; where there are more, they can be searched.
 const FIRST_LINKS = 25;
@@ -29,7 +30,14 @@ function fileHead(site, file) {
   const title = site.titleOf(file);
   return element("div", { class: "file-head" }, kindBadge(site.kindOf(file)),
     element("h2", { tabindex: "-1" }, named(title || site.pathOf(file))),
-    title ? element("p", { class: "path" }, named(site.pathOf(file))) : null);
+    title ? element("p", { class: "path" }, named(site.pathOf(file))) : null,
+    pageLink(site, file));
+}
+
+function pageLink(site, file) {
+  const href = pageAddress(site, file);
+  return href ? element("p", {}, element("a", { href, target: "_blank", rel: "noopener noreferrer" },
+    "Open the page in a new tab")) : null;
 }
 
 // A list of names and values; values that are empty are left out.

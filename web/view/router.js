@@ -23,7 +23,31 @@ function decoded(text) {
 export function addressOf(site, index) {
   const path = site.pathOf(index);
   return site.isUrl(index) ? "#/url/" + encodeURIComponent(path)
-                           : "#/file/" + path.split("/").map(encodeURIComponent).join("/");
+                           : "#/file/" + encodedPath(path);
+}
+
+// The address that opens a place in the editor of the reader; null where none is known.
+export function editorAddress(site, file, line, column) {
+  const { editor } = site.data;
+  if (!editor) return null;
+  const values = { path: encodedPath(absolutePath(site, file)), line, column };
+  return editor.replace(/\{(path|line|column)\}/g, (_, name) => values[name]);
+}
+
+function absolutePath(site, file) {
+  const path = site.pathOf(file);
+  return site.kindOf(file) === "outside" ? path : site.data.site.folder + path;
+}
+
+function encodedPath(path) { return path.split("/").map(encodeURIComponent).join("/"); }
+
+// The page itself, as the program serves it; null in a report from a file.
+export function pageAddress(site, file) {
+  const { siteAddress } = site.data;
+  if (!siteAddress || site.kindOf(file) !== "page") return null;
+  const address = new URL(siteAddress);
+  address.pathname = address.pathname.replace(/\/$/, "") + "/" + encodedPath(site.pathOf(file));
+  return address.href;
 }
 
 // "#/findings?rule=missing-file"; values that are empty are left out.

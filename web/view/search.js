@@ -18,11 +18,10 @@ function textOf(finding) {
 export function searchFindings(site, wanted) {
   const words = wordsOf(wanted.q);
   const texts = site.once("findingTexts", () => site.findings.map(textOf));
-  const fresh = wanted.fresh ? new Set(site.data.since?.added ?? []) : null;
   const isPlaceWanted = placeTest(site, wanted.folder);
   const answer = { found: [], bySeverity: new Map(), byRule: new Map(), places: 0 };
   site.findings.forEach((finding, id) => {
-    if (fresh && !fresh.has(id)) return;
+    if (wanted.fresh && site.newsOf(id) === "") return;
     const left = words.filter((word) => !texts[id].includes(word));
     const places = finding.places.filter((place) => isPlaceWanted(place[0], left));
     if (places.length > 0) add(answer, wanted, { finding, id, places });
