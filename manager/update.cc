@@ -56,8 +56,9 @@ int SiteMgr::FlushUpdated() {
   note.passedBy = reading.passedBy;
   ForEachNumber(*pathDB, [&](int number) {
     SitePathRec rec;
+    if (pathDB->Get(number, rec) < 0) return;
     // Times come from a clock that may be a little behind.
-    if (pathDB->Get(number, rec) < 0 || rec.modificationTime < reading.begin - 1) return;
+    if (std::max(rec.modificationTime, rec.creationTime) < reading.begin - 1) return;
     const std::string_view path = pathDB->TextView(rec.name);
     if (rec.exists != 0 && HoldsLinks(path, rec, inside->types())) note.young.emplace_back(path);
   });

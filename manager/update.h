@@ -58,6 +58,7 @@ class SiteMgr::Update {
   [[nodiscard]] int WalkSite();
   void MeetWhatWasNotWalked();
   void MeetFile(const std::string& path, const platform::FileStat& found);
+  void MeetSame(const Found& file, const SitePathRec& rec);
   void MeetYoung();
   void MeetOthers();
   void MeetOther(int number, const SitePathRec& rec);

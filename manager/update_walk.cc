@@ -92,12 +92,20 @@ void SiteMgr::Update::MeetFile(const std::string& path, const platform::FileStat
     changed_.push_back({number, path, found});
     updates_.changed.push_back(path);
   } else {
-    if (rec.unread != SitePathRec::kRead) toRead_.push_back(number);
-    const bool isEqual =
-        rec.creationTime == found.creationTime && rec.accessTime == found.accessTime;
-    if (!isEqual) touched_.push_back({number, path, found});
+    MeetSame({number, path, found}, rec);
   }
   if (number >= 0) MarkWalked(number);
+}
+
+// A file of the same size and time of modification. It may have been given its old time again, as
+// programs do that copy and unpack; then its time of creation is another one.
+void SiteMgr::Update::MeetSame(const Found& file, const SitePathRec& rec) {
+  const bool isOther = rec.creationTime != file.stat.creationTime;
+  if (isOther || rec.accessTime != file.stat.accessTime) touched_.push_back(file);
+  if (rec.unread != SitePathRec::kRead ||
+      (isOther && HoldsLinks(file.path, rec, m_.inside->types()))) {
+    toRead_.push_back(file.number);
+  }
 }
 
 // Files that may have changed unseen, and what may have come or gone with those that were saved one
@@ -139,8 +147,11 @@ void SiteMgr::Update::MeetOther(int number, const SitePathRec& rec) {
   const bool isThere = isAsked && other.stat.isRegular();
   if (isThere) {
     others_.push_back(other);
-    if (rec.unread != SitePathRec::kRead) toRead_.push_back(number);
-    if (!WasThere(rec) || !IsSame(rec, other.stat)) changedOthers_.push_back(other);
+    if (WasThere(rec) && IsSame(rec, other.stat)) {
+      MeetSame(other, rec);
+    } else {
+      changedOthers_.push_back(other);
+    }
   } else if (rec != AsMissing(rec, other.path)) {
     gone_.push_back(number);
     if (rec.exists != 0) updates_.gone.push_back(other.path);

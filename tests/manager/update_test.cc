@@ -185,8 +185,12 @@ class Life {
         break;
       case 1: {  // the same bytes but one
         std::string bytes = fs::is_regular_file(path, error) ? ReadWhole(path.string()) : "";
-        if (!bytes.empty()) bytes[random_() % bytes.size()] = 'a';
-        if (!bytes.empty()) write(name, bytes);
+        if (bytes.empty()) break;
+        bytes[random_() % bytes.size()] = 'a';
+        const auto before = fs::last_write_time(path, error);
+        write(name, bytes);
+        // Its old time again; Windows does not tell of that.
+        if (Chance(50) && !platform::kNamesIgnoreCase) fs::last_write_time(path, before, error);
         break;
       }
       case 2:
