@@ -24,9 +24,10 @@ class FolderWatch {
 
   using LeavesOut = std::function<bool(const std::filesystem::path& folder)>;
   // From now on watches `root` with all folders below it, except those that are left out and those
-  // that are links; the files that links there lead to; and these files, which lie elsewhere. What
-  // is not there is watched for as well. Gives whether something is watched that was not before:
-  // its files may have changed unseen. Throws as above.
+  // that are links; the files that links there lead to; these files, which lie elsewhere; and the
+  // folders and links on the way to the root and to all of them. What is not there is watched for
+  // as well. Gives whether something is watched that was not before: its files may have changed
+  // unseen. Throws as above.
   bool Watch(const std::filesystem::path& root, const LeavesOut& leavesOut,
              const std::vector<std::string>& files);
   // Whether folders have come or gone since, so that Watch is to be called again.

@@ -10,12 +10,12 @@
 #include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <fstream>
 #include <set>
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "cli/exit_code.h"
 #include "cli/folder_watch.h"
@@ -32,6 +32,9 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kQuiet(20);
 // A burst that does not end is looked at nevertheless.
 constexpr std::chrono::milliseconds kLongest(300);
+
+// As many links as the system follows for one path.
+constexpr int kMostLinks = 40;
 
 constexpr std::uint32_t kEvents = IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB | IN_CREATE | IN_DELETE |
                                   IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF;
@@ -58,7 +61,7 @@ class FolderWatch::Watched {
   // whether something was that is new.
   void Begin() {
     listed_.clear();
-    folders_.clear();
+    numbers_.clear();
   }
   bool End() {
     bool isMore = false;
@@ -80,18 +83,38 @@ class FolderWatch::Watched {
     const int number = Add(folder);
     if (number < 0) return false;
     listed_[number].all = true;
-    folders_.insert(folder.native());
+    numbers_[folder.native()] = number;
     return true;
   }
-  // One file; or, as long as its folder is missing, the first folder above it that is.
-  void AddFile(const fs::path& file) {
-    if (folders_.contains(file.parent_path().native())) return;
-    for (fs::path at = file; at.has_relative_path(); at = at.parent_path()) {
-      const int number = Add(at.parent_path());
-      if (number < 0) continue;
-      listed_[number].some.insert(at.filename().native());
-      return;
+  // What lies at this absolute path, or will: each folder and each link on the way, where it leads.
+  void AddPath(const fs::path& path) {
+    const fs::path rest = path.relative_path();
+    std::deque<fs::path> parts(rest.begin(), rest.end());
+    fs::path at = path.root_path();
+    for (int links = 0; !parts.empty() && links <= kMostLinks;) {
+      const fs::path part = std::move(parts.front());
+      parts.pop_front();
+      if (part == "..") at = at.parent_path();
+      if (part.empty() || part == "." || part == "..") continue;
+      AddName(at, part);
+      std::error_code none;
+      const fs::path target = fs::read_symlink(at / part, none);
+      if (none) {
+        at /= part;
+        continue;
+      }
+      ++links;
+      const fs::path lead = target.relative_path();
+      parts.insert(parts.begin(), lead.begin(), lead.end());
+      if (target.is_absolute()) at = target.root_path();
     }
+  }
+
+  // A file that may lie in a folder that is watched.
+  void AddFile(const fs::path& file) {
+    const auto found = numbers_.find(file.parent_path().native());
+    const bool isKnown = found != numbers_.end() && found->second >= 0;
+    if (!isKnown || !listed_[found->second].all) AddPath(file);
   }
 
   // Notes what has happened to a folder.
@@ -116,6 +139,14 @@ class FolderWatch::Watched {
     std::set<std::string, std::less<>> some;
   };
 
+  // A name in a folder, which may not be there.
+  void AddName(const fs::path& folder, const fs::path& name) {
+    const auto [entry, isNew] = numbers_.try_emplace(folder.native(), -1);
+    if (isNew) entry->second = Add(folder);
+    if (entry->second < 0) return;
+    Names& names = listed_[entry->second];
+    if (!names.all) names.some.insert(name.native());
+  }
   int Add(const fs::path& folder) {
     const int number =
         inotify_add_watch(fd_, folder.c_str(), kEvents | IN_ONLYDIR | IN_EXCL_UNLINK);
@@ -128,7 +159,7 @@ class FolderWatch::Watched {
   const int fd_;
   std::unordered_map<int, Names> watched_;
   std::unordered_map<int, Names> listed_;
-  std::unordered_set<std::string> folders_;  // the listed ones that are watched whole
+  std::unordered_map<std::string, int> numbers_;  // of the listed ones; -1: not there
 };
 
 void NeedFolderWatch() {}
@@ -146,7 +177,8 @@ bool FolderWatch::Watch(const fs::path& root, const LeavesOut& leavesOut,
                         const std::vector<std::string>& files) {
   foldersMoved_ = false;
   watched_->Begin();
-  std::vector<fs::path> folders{root};
+  // Without a separator at its end.
+  std::vector<fs::path> folders{(root / ".").lexically_normal().parent_path()};
   std::error_code error;
   while (!folders.empty()) {
     const fs::path folder = std::move(folders.back());
@@ -156,18 +188,14 @@ bool FolderWatch::Watch(const fs::path& root, const LeavesOut& leavesOut,
          !error && entry != fs::directory_iterator(); entry.increment(error)) {
       std::error_code unknown;
       if (entry->is_symlink(unknown)) {
-        const fs::path real = fs::weakly_canonical(entry->path(), unknown);
-        if (!unknown) watched_->AddFile(real);
+        watched_->AddPath(entry->path());
       } else if (entry->is_directory(unknown) && !leavesOut(entry->path())) {
         folders.push_back(entry->path());
       }
     }
   }
   // Nobody tells a folder that one above it was moved.
-  for (fs::path at = fs::weakly_canonical(root / ".", error).parent_path(); at.has_relative_path();
-       at = at.parent_path()) {
-    watched_->AddFile(at);
-  }
+  watched_->AddPath(root);
   for (const std::string& file : files) watched_->AddFile(file);
   return watched_->End();
 }

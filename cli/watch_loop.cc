@@ -58,15 +58,21 @@ class WatchLoop {
 
   // False when it is to be tried again.
   bool Follow() {
+    do {
+      FindingChange change;
+      if (!TryToFollow(change)) return false;
+      if (hasBegun_ && !change.isEmpty()) steps_.changed(change);
+      hasBegun_ = true;
+      files_ = site_.ListFiles();
+    } while (Watch());
+    told_.clear();
+    return true;
+  }
+
+  bool TryToFollow(FindingChange& change) {
     retry_ = -1;
     try {
-      do {
-        const FindingChange change = site_.Follow();
-        if (hasBegun_ && !change.isEmpty()) steps_.changed(change);
-        hasBegun_ = true;
-        files_ = site_.ListFiles();
-      } while (Watch());
-      told_.clear();
+      change = site_.Follow();
       return true;
     } catch (const InUse& failure) {
       retry_ = kForOthers;

@@ -11,6 +11,7 @@ import json
 import os
 import pathlib
 import random
+import resource
 import shutil
 import signal
 import subprocess
@@ -236,6 +237,32 @@ def sees_how_editors_and_people_change_files(site):
     watch.end(signal.SIGTERM)
 
 
+def follows_links_on_the_way(site):
+    """The folder of the site is a link, and so is a link to which a page leads."""
+    def lead(name, to):
+        (site.base / "next").symlink_to(to)
+        (site.base / "next").rename(name)
+
+    for name in ("one.html", "two.html"):
+        (site.base / name).write_text(f"<a href=from-{name}>x</a>")
+    lead(site.base / "current.html", "one.html")
+    lead(site.site / "page.html", "../current.html")
+    shutil.copytree(site.site, site.base / "second", symlinks=True)
+    site.site.rename(site.base / "first")
+    lead(site.site, "first")
+    site.add()
+    watch = Watch(site)
+    (site.base / "second/a.html").write_text("<a href=second.html>x</a>")
+    for name, to in ((site.base / "current.html", "two.html"), (site.site, "second"),
+                     (site.base / "current.html", "one.html")):
+        lead(name, to)
+        watch.settle()
+    site.write("a.html", "<a href=changed.html>x</a>")
+    watch.settle()
+    watch.holds_tables()
+    watch.end()
+
+
 def survives_an_overflow_of_the_queue(site):
     site.add()
     watch = Watch(site)
@@ -307,6 +334,16 @@ def ends_when_it_must(site):
     process.stdout.readline()
     process.stdout.close()
     assert process.wait(PATIENCE) == 0, process.returncode
+    # Nor can what it prints be written any more: it says so, and drops no findings.
+    limit = 1 << 20
+    (site.base / "out").write_bytes(b" " * (limit - 500))
+    with open(site.base / "out", "ab") as out:
+        process = subprocess.Popen([PROGRAM, "--db", str(site.base / "db"), "watch", "demo"], stdout=out,
+                                   stderr=subprocess.PIPE, text=True, cwd=site.base, restore_signals=False,
+                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+    time.sleep(0.5)
+    site.write("a.html", "".join(f"<a href=none{i}.html>x</a>" for i in range(9)))
+    assert process.wait(PATIENCE) == 4 and "cannot be written" in process.stderr.read(), process.returncode
     # A signal while it reads: nothing is left behind, and the database can be asked.
     for i in range(3000):
         site.write(f"many/{i}.html", f"<a href={i + 1}.html>x</a>" * 20)
@@ -425,7 +462,7 @@ def lives_a_random_life(site):
 
 
 CASES = (tells_what_breaks_and_what_is_mended, sees_how_editors_and_people_change_files,
-         survives_an_overflow_of_the_queue, shares_the_database, ends_when_it_must,
+         follows_links_on_the_way, survives_an_overflow_of_the_queue, shares_the_database, ends_when_it_must,
          says_what_to_set_when_the_system_watches_no_more, survives_a_checkout, lives_a_random_life)
 
 
