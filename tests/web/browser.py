@@ -24,6 +24,7 @@ class Browser:
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
         self.driver.set_script_timeout(30)
+        self.command("Performance.enable", timeDomain="threadTicks")
         # Before anything of a page runs: what its policy forbids is kept.
         self.command("Page.addScriptToEvaluateOnNewDocument", source="""
             window.violations = [];
@@ -70,6 +71,11 @@ class Browser:
         self.command("Emulation.setEmulatedMedia", features=[
             {"name": "prefers-color-scheme", "value": "dark" if dark else "light"},
             {"name": "prefers-reduced-motion", "value": "reduce" if reduced else "no-preference"}])
+
+    def busy(self):
+        """Seconds of the processor that the page has taken."""
+        metrics = self.command("Performance.getMetrics")["metrics"]
+        return next(row["value"] for row in metrics if row["name"] == "TaskDuration")
 
     def complaints(self):
         """What the console and the policy have said."""

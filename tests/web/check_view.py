@@ -249,8 +249,8 @@ def check_many(browser, report):
     assert 0 < first <= 400, first
     browser.run("scrollTo(0, document.body.scrollHeight)")
     browser.wait(f"return document.querySelectorAll('.card').length > {first}")
-    # A bound that holds on a machine with much else to do: all 10,000 would take seconds.
-    check_typing(browser, "10,000 findings", "no/123", 500)
+    # Showing all 10,000 would take seconds; how fast it has to be is held to in check_large.
+    check_typing(browser, "10,000 findings", "no/123", 150)
     expect("found", count_line(browser).split()[0], str(sum("no/123" in f"no/{i}.html" for i in range(MANY))))
     type_search(browser, "")
     browser.run("dispatchEvent(new Event('beforeprint'))")
@@ -258,9 +258,12 @@ def check_many(browser, report):
 
 
 def check_typing(browser, where, text, limit):
+    """Milliseconds a key, of the processor's time: other programs do not count."""
+    begin = browser.busy()
     times = typing_times(browser, text)
-    print(f"ms a key, {where}:", times)
-    assert statistics.median(times) < limit, times
+    busy = 1000 * (browser.busy() - begin) / len(text)
+    print(f"{where}: {busy:.0f} ms a key, {statistics.median(times)} by the clock")
+    assert busy < limit, (where, busy, times)
 
 
 def typing_times(browser, text):
@@ -383,7 +386,7 @@ def check_back(browser, report):
 
 def check_back_in_a_long_list(browser, report):
     browser.open(report)
-    browser.run("document.querySelectorAll('.cards > li')[20].scrollIntoView()")
+    browser.run("document.querySelectorAll('.cards > li')[11].scrollIntoView()")
     browser.wait("return document.querySelectorAll('.cards > li').length > 100")
     browser.run("document.querySelectorAll('.cards > li')[90].scrollIntoView()")
     browser.wait("return scrollY > 5000")

@@ -75,15 +75,15 @@ function placeText(site, [, , , reference, excerpt]) {
   return reference ? excerptLine([reference, 0, reference.length]) : null;
 }
 
-// `rows` are [{ finding, id, place }] of one page.
-export function pageCard(site, { file, rows }) {
-  const severity = rows.some((row) => row.finding.severity === "error") ? "error" : "warning";
+// A page with those of its findings that `found` has, by their numbers.
+export function pageCard(site, { file, count, errors }, found) {
+  const severity = errors > 0 ? "error" : "warning";
   return element("li", { class: "card card-" + severity },
     element("div", { class: "card-head" },
       severityMark(severity),
       element("h3", {}, fileLink(site, file), " ", titleText(site, file)),
-      element("span", { class: "card-facts number" }, counted(rows.length, "place"))),
-    shortList(byLine(rows), (row) => findingRow(site, row), ["place"]));
+      element("span", { class: "card-facts number" }, counted(count, "place"))),
+    shortList(rowsOfFile(site, file, found), (row) => findingRow(site, row), ["place"]));
 }
 
 function byLine(rows) {
@@ -99,9 +99,10 @@ export function findingRow(site, { finding, id, place }) {
     placeText(site, place), advice(site, finding));
 }
 
-// Rows for the findings of one file.
-export function rowsOfFile(site, file) {
-  return byLine(site.findingsIn(file).flatMap((id) => site.findings[id].places
+// [{ finding, id, place }] of one file, of all findings or of those in `found`.
+export function rowsOfFile(site, file, found = null) {
+  const ids = site.findingsIn(file).filter((id) => !found || found.has(id));
+  return byLine(ids.flatMap((id) => (found ? found.get(id) : site.findings[id]).places
     .filter((place) => place[0] === file)
     .map((place) => ({ finding: site.findings[id], id, place }))));
 }

@@ -28,7 +28,7 @@ class FindingsView {
     this.rules = element("div", { class: "chips", role: "group", "aria-label": "Rule" });
     this.severities = element("div", { class: "chips", role: "group", "aria-label": "Severity" });
     this.list = element("ol", { class: "cards" });
-    this.cards = longList(this.list, (row) => this.card(row), ["card"]);
+    this.cards = longList(this.list, (row) => this.card(row), ["finding"], 12);
     this.empty = element("div");
   }
 
@@ -62,9 +62,11 @@ class FindingsView {
     const { site, wanted } = this;
     const answer = searchFindings(site, wanted);
     this.showChips(answer);
-    this.cards.what = [wanted.by === "page" ? "page" : "finding"];
-    this.cards.show(wanted.by === "page" ? groupByPage(site, answer.found, wanted.sort)
-                                         : sortFindings(answer.found, wanted.sort));
+    const isByPage = wanted.by === "page";
+    this.cards.what = [isByPage ? "page" : "finding"];
+    this.found = isByPage ? new Map(answer.found.map((row) => [row.id, row])) : null;
+    this.cards.show(isByPage ? groupByPage(site, answer.found, wanted.sort)
+                             : sortFindings(answer.found, wanted.sort));
     this.count.line.textContent = site.findings.length === 0 ? "" : this.countText(answer);
     fill(this.empty, answer.found.length > 0 ? null
       : nothing(site.findings.length === 0 ? "Nothing is wrong with this site."
@@ -79,7 +81,7 @@ class FindingsView {
   }
 
   card(row) {
-    return row.finding ? findingCard(this.site, row) : pageCard(this.site, row);
+    return this.found ? pageCard(this.site, row, this.found) : findingCard(this.site, row);
   }
 
   showChips({ bySeverity, byRule }) {

@@ -4,18 +4,19 @@ import { counted, numberText } from "./format.js";
 
 const STEP = 100;
 // At first only as many as a screen shows, so that each key that is typed in a search shows at once.
-const FIRST = 30;
+const FIRST_ROWS = 30;
 // As many rows as are printed; a browser lays out more of them too slowly.
 const PRINTED = 1000;
 
 // Shows `items` in `list`, a list or the body of a table, each as makeRow(item). The button under it
 // shows the next ones, and is pressed by itself when it comes into sight.
 class LongList {
-  constructor(list, makeRow, what) {
+  constructor(list, makeRow, what, first) {
     this.list = list;
     this.makeRow = makeRow;
     this.items = [];
     this.what = what;
+    this.first = first;
     this.button = element("button", { type: "button", class: "more", hidden: true,
       onclick: () => this.showMore() });
     this.observer = new IntersectionObserver((entries) => {
@@ -27,7 +28,7 @@ class LongList {
     this.items = items;
     this.list.replaceChildren();
     this.shown = 0;
-    this.append(FIRST);
+    this.append(this.first);
   }
 
   append(count) {
@@ -97,8 +98,8 @@ export function showRows(counts) {
 }
 
 // A LongList in `list`, and its button.
-export function longList(list, makeRow, what) {
-  const made = new LongList(list, makeRow, what);
+export function longList(list, makeRow, what, first = FIRST_ROWS) {
+  const made = new LongList(list, makeRow, what, first);
   listsOfView.push(made);
   return made;
 }

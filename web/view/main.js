@@ -33,7 +33,8 @@ async function startReport() {
     });
     performance.mark("shown");
   } catch (error) {
-    fill(main, element("p", { class: "nothing" }, "The report cannot be read: " + error.message));
+    fill(main, element("p", { class: "nothing" },
+      "The report cannot be shown. It may be damaged, or the browser too old: " + error.message));
     throw error;
   }
 }

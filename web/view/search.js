@@ -18,12 +18,13 @@ function textOf(finding) {
 export function searchFindings(site, wanted) {
   const words = wordsOf(wanted.q);
   const texts = site.once("findingTexts", () => site.findings.map(textOf));
-  const isPlaceWanted = placeTest(site, wanted.folder);
+  const wantedFiles = fileTest(site, wanted.folder);
   const answer = { found: [], bySeverity: new Map(), byRule: new Map(), places: 0 };
   site.findings.forEach((finding, id) => {
     if (wanted.fresh && site.newsOf(id) === "") return;
     const left = words.filter((word) => !texts[id].includes(word));
-    const places = finding.places.filter((place) => isPlaceWanted(place[0], left));
+    const files = left.length === 0 && wanted.folder === "" ? null : wantedFiles(left);
+    const places = files ? finding.places.filter(([file]) => files[file] === 1) : finding.places;
     if (places.length > 0) add(answer, wanted, { finding, id, places });
   });
   return answer;
@@ -40,20 +41,19 @@ function add(answer, wanted, row) {
   answer.places += row.places.length;
 }
 
-// Tells for a file whether it lies in the folder and has all these words in its path or title. What
-// was found out about a file is kept while the search is running.
-function placeTest(site, folder) {
+// Answers for words a table of all files: 1 for those that lie in the folder and have all the words in
+// their paths or titles.
+function fileTest(site, folder) {
   const below = folder === "" ? null : site.foldersBelow(folder);
+  const { folder: folders } = site.data.files;
   const texts = site.searchTexts();
-  const known = new Map();  // word -> for each file 0 (not asked), 1 (no) or 2 (yes)
-  return (file, words) => {
-    if (below && below[site.data.files.folder[file]] !== 1) return false;
-    return words.every((word) => {
-      if (!known.has(word)) known.set(word, new Uint8Array(site.fileCount));
-      const of = known.get(word);
-      if (of[file] === 0) of[file] = texts[file].includes(word) ? 2 : 1;
-      return of[file] === 2;
-    });
+  const known = new Map();
+  const find = (words) => Uint8Array.from(texts, (text, file) =>
+    (!below || below[folders[file]] === 1) && words.every((word) => text.includes(word)) ? 1 : 0);
+  return (words) => {
+    const key = words.join(" ");
+    if (!known.has(key)) known.set(key, find(words));
+    return known.get(key);
   };
 }
 
@@ -88,21 +88,20 @@ export function sortFindings(found, sort) {
   return [...found].sort(order);
 }
 
-// The same as a card a page: [{ file, rows: [{ finding, id, place }] }], rows by line.
+// The same as a card a page: [{ file, count, errors }], of places and of those that are errors.
 export function groupByPage(site, found, sort) {
-  const pages = new Map();
-  for (const { finding, id, places } of found) {
-    for (const place of places) {
-      if (!pages.has(place[0])) pages.set(place[0], { file: place[0], rows: [], errors: 0 });
-      const page = pages.get(place[0]);
-      page.rows.push({ finding, id, place });
-      if (finding.severity === "error") ++page.errors;
+  const counts = new Uint32Array(site.fileCount);
+  const errors = new Uint32Array(site.fileCount);
+  for (const { finding, places } of found) {
+    const isError = finding.severity === "error" ? 1 : 0;
+    for (const [file] of places) {
+      ++counts[file];
+      errors[file] += isError;
     }
   }
-  const groups = [...pages.values()];
-  if (sort === "target") {
-    return groups.sort((a, b) => compareTexts(site.pathOf(a.file), site.pathOf(b.file)));
-  }
-  if (sort === "places") return groups.sort((a, b) => b.rows.length - a.rows.length);
-  return groups.sort((a, b) => b.errors - a.errors || b.rows.length - a.rows.length);
+  const pages = [];
+  counts.forEach((count, file) => { if (count > 0) pages.push({ file, count, errors: errors[file] }); });
+  if (sort === "target") return pages.sort((a, b) => compareTexts(site.pathOf(a.file), site.pathOf(b.file)));
+  if (sort === "places") return pages.sort((a, b) => b.count - a.count);
+  return pages.sort((a, b) => b.errors - a.errors || b.count - a.count);
 }
