@@ -28,11 +28,15 @@ function bytesOfBase64(text) {
   return bytes;
 }
 
+// What does not depend on the findings.
+const OF_LINKS = ["indexOf", "searchTexts", "links", "linksBack", "inCounts", "ways"];
+
 // Files are named by their numbers; numbers from `fileCount` on are URLs of other sites. What costs
 // time is made when it is first asked for.
 export class Site {
-  // `news` are ids of findings with a word that marks them.
-  constructor(data, news = new Map()) {
+  // `news` are ids of findings with a word that marks them. What was made of the same files and links
+  // for the site `before` is taken over.
+  constructor(data, news = new Map(), before = null) {
     this.data = data;
     this.news = news;
     this.fileCount = data.files.name.length;
@@ -41,6 +45,10 @@ export class Site {
     this.findings = data.findings;
     this.folderPaths = folderPaths(data.folders);
     this.made = new Map();
+    if (before?.data.files !== data.files || before.data.links !== data.links) return;
+    for (const key of OF_LINKS) {
+      if (before.made.has(key)) this.made.set(key, before.made.get(key));
+    }
   }
 
   // The value of `make`, made once.

@@ -1,7 +1,7 @@
 // The view while the program serves it: it follows what the program tells of the site.
 import { Site, fetchData, isServed } from "./data.js";
 import { announce, element, fill, mark, plain } from "./dom.js";
-import { counted, numberText } from "./format.js";
+import { counted, dateText, numberText } from "./format.js";
 import { changeBetween, withChange } from "./live_changes.js";
 import { fileLink } from "./parts.js";
 
@@ -121,8 +121,8 @@ class FollowedProgram {
   }
 
   showData(data) {
-    this.site = new Site(data, this.news);
-    fillTotals(data.totals);
+    this.site = new Site(data, this.news, this.site);
+    fillHead(data);
     this.show(this.site);
     this.showChanges();
   }
@@ -157,11 +157,10 @@ class FollowedProgram {
   changeRow(time, { finding, word }) {
     const isNew = word.startsWith("new");
     const [place] = finding.places;
-    const file = typeof place[0] === "string" ? this.site.indexOf(place[0]) : -1;
+    const file = typeof place[0] === "string" ? this.site.indexOf(place[0]) : -1;  // a number may be old
     return element("li", {}, element("time", {}, time), " ",
-      mark(isNew ? finding.severity : "good", word), " ", plain(finding.message),
-      file >= 0 ? [" in ", fileLink(this.site, file)] : null,
-      isNew ? null : element("span", { class: "quiet" }, " " + word));
+      mark(isNew ? finding.severity : "good"), " ", element("span", { class: "quiet" }, word + ": "),
+      plain(finding.message), file >= 0 ? [" in ", fileLink(this.site, file)] : null);
   }
 }
 
@@ -174,7 +173,10 @@ function changeWords(rows) {
   return parts.filter(([word]) => count(word) > 0).map(([word, text]) => text(count(word))).join(", ");
 }
 
-function fillTotals(totals) {
+function fillHead({ made, totals }) {
+  const time = document.querySelector("header time");
+  time.dateTime = made;
+  time.textContent = dateText(made);
   for (const row of document.querySelectorAll(".totals > div")) {
     const word = row.querySelector("dt").textContent;
     const count = totals[word.toLowerCase()];

@@ -28,7 +28,9 @@
     .bar { position: fixed; right: 12px; bottom: 12px; max-width: min(30rem, calc(100vw - 24px)); padding: 6px 12px;
       z-index: 2147483647; }
     .row { display: flex; flex-wrap: wrap; gap: 4px 12px; align-items: center; }
-    summary { cursor: pointer; }
+    .sum { padding: 2px 0; border: 0; background: none; color: inherit; font: inherit; font-weight: 600; cursor: pointer; }
+    .sum::before { content: "▸ " / ""; }
+    .sum[aria-expanded="true"]::before { content: "▾ " / ""; }
     ul { max-height: 40vh; margin: 6px 0 0; padding: 0; overflow: auto; list-style: none; }
     li { padding: 4px 0; border-top: 1px solid var(--edge); }
     p { margin: 0; }
@@ -119,6 +121,7 @@
       this.layer, this.bar, this.said));
       document.documentElement.append(this.host);
       this.isHidden = keptChoice() === "hidden";
+      this.isOpen = false;
       this.show(marks);
       const place = () => this.placeSoon();
       for (const name of ["scroll", "load", "toggle", "transitionend"]) {
@@ -201,20 +204,27 @@
     }
 
     drawBar() {
-      const { findings, view } = this.marks;
-      const isOpen = this.bar.querySelector("details")?.open ?? false;
-      const focused = this.bar.getRootNode().activeElement?.className;
+      const { findings } = this.marks;
       const words = barText(findings);
-      const list = make("ul", {}, findings.map((finding) => make("li", {}, messageOf(finding),
-        make("span", { class: "quiet" }, placesText(finding)))));
-      if (view) list.append(make("li", {}, make("a", { href: view, target: "_blank", rel: "noopener" }, "More about this page")));
+      const focused = this.bar.getRootNode().activeElement?.className;
+      const list = this.list();
+      const summary = make("button", { type: "button", class: "sum", "aria-expanded": String(!list.hidden),
+        onclick: () => { this.isOpen = !this.isOpen; this.drawBar(); } }, words);
       const toggle = make("button", { type: "button", class: "switch", role: "switch",
         "aria-checked": String(!this.isHidden), onclick: () => this.toggle() }, "Marks");
-      const sum = findings.length === 0 ? make("span", { class: "all-good" }, words)
-        : make("details", { open: isOpen }, make("summary", {}, words), list);
-      this.bar.replaceChildren(make("div", { class: "row" }, sum, findings.length === 0 ? null : toggle));
-      if (focused === "switch") toggle.focus();
+      this.bar.replaceChildren(...findings.length === 0 ? [make("span", { class: "all-good" }, words)]
+        : [make("div", { class: "row" }, summary, toggle), list]);
+      [summary, toggle].find((button) => button.className === focused)?.focus();
       if (this.said.textContent !== words) this.said.textContent = words;
+    }
+
+    // All findings, also those of which nothing shows in the page.
+    list() {
+      const { findings, view } = this.marks;
+      return make("ul", { hidden: !this.isOpen, tabindex: "0", "aria-label": "Findings" },
+        findings.map((finding) => make("li", {}, messageOf(finding),
+          make("span", { class: "quiet" }, placesText(finding)))),
+        view ? make("li", {}, make("a", { href: view, target: "_blank", rel: "noopener" }, "More about this page")) : null);
     }
 
     toggle() {
@@ -257,7 +267,8 @@
 
   async function fetchMarks(overlay) {
     const answer = await fetch("/.zvrsit/marks?page=" + encodeURIComponent(overlay.marks.page), { cache: "no-store" });
-    if (answer.ok) overlay.show(await answer.json());
+    const marks = await answer.json();
+    if (answer.ok && JSON.stringify(marks) !== JSON.stringify(overlay.marks)) overlay.show(marks);
   }
 
   // A browser keeps few connections to one place, so pages out of sight hold none.
@@ -266,14 +277,13 @@
     const refresh = () => fetchMarks(overlay).catch(() => {});
     const join = () => {
       source = new EventSource("/.zvrsit/events");
+      source.addEventListener("hello", refresh);  // what has changed before
       source.addEventListener("change", refresh);
       source.addEventListener("ended", () => source.close());
     };
     document.addEventListener("visibilitychange", () => {
       source.close();
-      if (document.hidden) return;
-      join();
-      refresh();
+      if (!document.hidden) join();
     });
     join();
   }
