@@ -55,7 +55,11 @@ std::string ReadText(const std::string& name) {
 std::optional<EarlierReport> FindEarlier(const ReportWanted& wanted) {
   std::error_code error;
   std::optional<EarlierReport> earlier;
-  if (!GoesToStdout(wanted) && fs::is_regular_file(PathOf(wanted.output), error)) {
+  const fs::file_status there = fs::status(PathOf(wanted.output), error);
+  if (!GoesToStdout(wanted) && fs::exists(there) && !fs::is_directory(there)) {
+    if (!fs::is_regular_file(there)) {
+      throw Failure(kUsage, wanted.output + ": is a device or a pipe; for stdout, leave -o out");
+    }
     const std::string page = ReadText(wanted.output);
     if (!page.empty() && !IsReport(page)) {
       throw Failure(kUsage, wanted.output + ": is there already, and is no report");

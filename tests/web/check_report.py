@@ -251,6 +251,9 @@ def check_places(sites, folder):
     sites.run("report", "demo's", "-o", folder / "b.html", code=2)
     expect("a page stays", (folder / "b.html").read_bytes(), before)
     sites.run("report", "demo's", "-o", sites.folder, code=4)
+    os.mkfifo(sites.folder / "pipe")
+    sites.run("report", "demo's", "-o", sites.folder / "pipe", code=2)
+    expect("a pipe stays", (sites.folder / "pipe").is_fifo(), True)
     old = report.read_bytes()
 
     def full():

@@ -5,8 +5,9 @@ import { counted, numberText } from "./format.js";
 const STEP = 100;
 // At first only as many as a screen shows, so that each key that is typed in a search shows at once.
 const FIRST_ROWS = 30;
-// As many rows as are printed; a browser lays out more of them too slowly.
+// As many rows are printed, and parts of them; a browser lays out more of them too slowly.
 const PRINTED = 1000;
+const PRINTED_PARTS = 2000;
 
 // Shows `items` in `list`, a list or the body of a table, each as makeRow(item). The button under it
 // shows the next ones, and is pressed by itself when it comes into sight.
@@ -106,5 +107,10 @@ export function longList(list, makeRow, what, first = FIRST_ROWS) {
 
 // Paper does not scroll.
 addEventListener("beforeprint", () => {
-  for (const list of listsOfView) list.append(Math.max(0, PRINTED - list.shown));
+  for (const rows of listsOfView) {
+    const end = Math.min(PRINTED, rows.items.length);
+    while (rows.shown < end && rows.list.querySelectorAll("li").length < PRINTED_PARTS) {
+      rows.append(Math.min(STEP, end - rows.shown));
+    }
+  }
 });
