@@ -7,8 +7,12 @@ namespace zvrsit {
 NewFile::NewFile(const OutputPath& place) : place_(place), new_(place.path) {
   new_ += kSuffix;
   std::error_code error;
-  if (std::filesystem::is_directory(place.path, error)) {
+  const std::filesystem::file_status there = std::filesystem::status(place.path, error);
+  if (std::filesystem::is_directory(there)) {
     Fail(std::make_error_code(std::errc::is_a_directory));
+  }
+  if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there)) {
+    throw ExportError(place.name + ": is a device or a pipe; for stdout, leave -o out");
   }
   std::filesystem::remove(new_, error);
 }

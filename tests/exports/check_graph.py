@@ -4,6 +4,7 @@
 Usage: check_graph.py PROGRAM [WORD...]   (the words run programs of the build, if any)
 """
 import json
+import os
 import pathlib
 import re
 import shutil
@@ -231,4 +232,7 @@ with tempfile.TemporaryDirectory() as top:
     if not RUNNER:
         check_picture(top, top / "db")
     run("graph", "demo", "--db", top / "db", "-o", top / "site", code=4)
+    os.mkfifo(top / "pipe")
+    run("graph", "demo", "--db", top / "db", "-o", top / "pipe", code=4)
+    assert (top / "pipe").is_fifo()
     run("graph", "demo", "--db", top / "db", "--depth", "2", code=2)
