@@ -284,7 +284,7 @@ void SiteMgr::Update::MeetFound() {
   ForEachNumber(*m_.pathDB, [&](int number) {
     SitePathRec rec;
     if (IsWalked(number) || known.contains(number) || m_.pathDB->Get(number, rec) < 0 ||
-        !WasThere(rec)) {
+        (number < countBefore_ && !WasThere(rec))) {
       return;
     }
     Found other{number, std::string(m_.pathDB->NameView(number)), {}};
