@@ -19,6 +19,8 @@ void AddSiteCommands(CLI::App& app, const Options& options, Run& run);
 void AddUpdateCommand(CLI::App& app, const Options& options, Run& run);
 // watch
 void AddWatchCommand(CLI::App& app, const Options& options, Run& run);
+// serve
+void AddServeCommand(CLI::App& app, const Options& options, Run& run);
 // links, broken
 void AddLinkCommands(CLI::App& app, const Options& options, Run& run);
 // files, urls (with --check: cli/url_commands.h), unused, family

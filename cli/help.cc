@@ -24,7 +24,8 @@ struct CommandHelp {
 };
 constexpr CommandHelp kHelp[] = {
     {"", "check docs",
-     "--db --format --version sites files urls family save rename-id export graph server dump "
+     "--db --format --version sites files urls unused family save rename-id export graph server "
+     "dump "
      "verify legacy "
      "manual completion"},
     {"check", "check docs --top docs/index.html",
@@ -38,6 +39,8 @@ constexpr CommandHelp kHelp[] = {
     {"sites", "sites", ""},
     {"rebuild", "rebuild harbour", ""},
     {"update", "update harbour", ""},
+    {"serve", "serve harbour --editor 'vscode://file{path}:{line}:{column}'",
+     "--config --no-config --ignore-target"},
     {"watch", "watch harbour --rule orphan-page=off",
      "--config --no-config --ignore-target --color"},
     {"links", "links harbour --to prices.html", ""},

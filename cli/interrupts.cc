@@ -23,6 +23,17 @@ void Note(int signal) {
   std::signal(signal, SIG_DFL);
 }
 
+#if defined(_WIN32)
+void Block(bool) {}
+#else
+void Block(bool isBlocked) {
+  sigset_t all;
+  sigemptyset(&all);
+  for (const int signal : kSignals) sigaddset(&all, signal);
+  pthread_sigmask(isBlocked ? SIG_BLOCK : SIG_UNBLOCK, &all, nullptr);
+}
+#endif
+
 void Handle(void (*handler)(int)) {
   for (const int signal : kSignals) {
     if (std::signal(signal, handler) == SIG_IGN) std::signal(signal, SIG_IGN);
@@ -51,6 +62,14 @@ void Interrupts::Check() {
 void Interrupts::SetFlag(volatile std::int32_t* flag) {
   flagToSet = flag;
   if (flag != nullptr && lastSignal != 0) *flag = 1;
+}
+
+SignalsBlocked::SignalsBlocked() {
+  Block(true);
+}
+
+SignalsBlocked::~SignalsBlocked() {
+  Block(false);
 }
 
 }  // namespace zvrsit::cli

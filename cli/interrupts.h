@@ -24,4 +24,13 @@ class Interrupts {
   static void SetFlag(volatile std::int32_t* flag);
 };
 
+// While this lives, those signals wait. Threads that begin meanwhile never see any.
+class SignalsBlocked {
+ public:
+  SignalsBlocked();
+  ~SignalsBlocked();
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+};
+
 }  // namespace zvrsit::cli

@@ -1,5 +1,6 @@
 #include "cli/live_site.h"
 
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +26,21 @@ std::string StampOf(const std::string& file) {
   return file.empty() ? "" : file + fmt::format(" {} {}", size, time);
 }
 
+// By the document root, else by the address of the site.
+std::string PathOnServerOf(const SiteProfile& profile) {
+  const std::string& root = profile.folders[kSlotDocumentRoot];
+  const std::string& folder = profile.folders[kSlotSiteFolder];
+  if (profile.useDocumentRoot && !root.empty() && folder.starts_with(root)) {
+    return NameOf("/" / PathOf(NativePath(folder)).lexically_relative(PathOf(NativePath(root))) /
+                  "");
+  }
+  const std::string& url = profile.folders[kSlotLiveUrl];
+  const std::size_t host = url.find("://");
+  const std::size_t path = host == url.npos ? url.npos : url.find('/', host + 3);
+  if (path == url.npos) return "/";
+  return url.substr(path) + (url.ends_with('/') ? "" : "/");
+}
+
 }  // namespace
 
 LiveSite::LiveSite(const Options& options, std::string name, const FindingOptions& wanted)
@@ -44,6 +60,11 @@ void LiveSite::ReadProfileOf(Session& session) {
   folder_ = NativePath(profile.folders[kSlotSiteFolder]);
   prefix_ = PrefixOf(folder_);
   top_ = profile.topFile;
+  baseUrl_ = profile.folders[kSlotLiveUrl];
+  pathOnServer_ = PathOnServerOf(profile);
+  fallbackExtensions_.clear();
+  std::istringstream extensions(profile.folders[kSlotFallbackExtensions]);
+  for (std::string one; std::getline(extensions, one, ',');) fallbackExtensions_.push_back(one);
   rules_ = profile.linkRules;
   database_ = session.database();
 }
@@ -117,6 +138,7 @@ void LiveSite::OpenAnew() {
     session->Discard();
     throw;
   }
+  documents_ = session->manager().ListFolderDocuments();
   session->manager().KeepPageIds(true);
   session->LetGo();
   session_ = std::move(session);
@@ -163,6 +185,14 @@ void LiveSite::Ignore(std::vector<Finding>& findings) const {
 
 bool LiveSite::LeavesOut(const fs::path& folder) const {
   return LeftOut(rules_, database_).HasFolder(folder);
+}
+
+bool LiveSite::LeavesOutFile(const std::string& name) const {
+  return LeftOut(rules_, database_).HasFile(name);
+}
+
+ExaminedSite LiveSite::Examined() {
+  return {*session_, name_, top_, baseUrl_};
 }
 
 std::vector<std::string> LiveSite::ListFiles() {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/examine.h"
 #include "cli/finding_options.h"
 #include "cli/session.h"
 #include "findings/finding.h"
@@ -42,6 +43,16 @@ class LiveSite {
   const std::string& folder() const { return folder_; }
   // Whether a folder in it does not belong to it.
   bool LeavesOut(const std::filesystem::path& folder) const;
+  bool IsOpen() const { return findings_ != nullptr; }
+  bool LeavesOutFile(const std::string& name) const;
+  // The names of the documents that stand for their folders, the most wanted first.
+  const std::vector<std::string>& FolderDocuments() const { return documents_; }
+  // Where the server of the site has its folder: "/", or "/docs/".
+  const std::string& PathOnServer() const { return pathOnServer_; }
+  // The extensions that links may leave out.
+  const std::vector<std::string>& FallbackExtensions() const { return fallbackExtensions_; }
+  // The open tables. To be called after Follow, like all below.
+  ExaminedSite Examined();
   // Every file that the site knows, by its absolute native name.
   std::vector<std::string> ListFiles();
   // All that is wrong now, with totals; what is to be ignored is left out.
@@ -69,6 +80,10 @@ class LiveSite {
   std::string folder_;
   std::string prefix_;
   std::string top_;
+  std::string baseUrl_;
+  std::string pathOnServer_;
+  std::vector<std::string> documents_;
+  std::vector<std::string> fallbackExtensions_;
   LinkRules rules_ = LinkRules::Web;
   std::string database_;
   bool isFirst_ = true;

@@ -93,6 +93,7 @@ void AddCommands(CLI::App& app, const Options& options, Run& run) {
   AddSiteCommands(app, options, run);
   AddUpdateCommand(app, options, run);
   AddWatchCommand(app, options, run);
+  AddServeCommand(app, options, run);
   AddLinkCommands(app, options, run);
   AddFileCommands(app, options, run);
   AddChangeCommands(app, options, run);

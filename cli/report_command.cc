@@ -1,6 +1,5 @@
 // The command report.
 #include <algorithm>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,8 +8,8 @@
 #include "cli/commands.h"
 #include "cli/examine.h"
 #include "cli/exit_code.h"
-#include "cli/external_check.h"
 #include "cli/freshness.h"
+#include "cli/gathered_view.h"
 #include "cli/interrupts.h"
 #include "cli/known_site.h"
 #include "cli/native_name.h"
@@ -18,8 +17,6 @@
 #include "cli/terminal.h"
 #include "exports/new_file.h"
 #include "findings/formats.h"
-#include "findings/owned_cells.h"
-#include "findings/url_check.h"
 #include "web/report.h"
 
 namespace zvrsit::cli {
@@ -36,12 +33,6 @@ struct ReportWanted {
 
 bool GoesToStdout(const ReportWanted& wanted) {
   return wanted.output.empty() || wanted.output == "-";
-}
-
-std::string Now() {
-  const std::time_t now = std::time(nullptr);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now))};
 }
 
 // Empty when it cannot be read.
@@ -74,75 +65,6 @@ std::optional<EarlierReport> FindEarlier(const ReportWanted& wanted) {
   return earlier;
 }
 
-bool IsOfOthers(Rule rule) {
-  return rule == Rule::kExternalBroken || rule == Rule::kExternalMoved ||
-         rule == Rule::kExternalUnsure;
-}
-std::vector<std::string> RulesInForce(const FindingOptions& options) {
-  const bool asksOthers = WishOf(options.external).isWanted;
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < kRuleCount; ++i) {
-    const Rule rule = static_cast<Rule>(i);
-    if (!options.severities.IsOn(rule) || (IsOfOthers(rule) && !asksOthers)) continue;
-    names.emplace_back(TraitsOf(rule).name);
-  }
-  return names;
-}
-
-// What is kept of asking the URLs of the site, by record number.
-std::unordered_map<int, ContentAnswer> KeptOf(const ExaminedSite& site,
-                                              const std::string& keptFile) {
-  std::unordered_map<int, ContentAnswer> kept;
-  std::error_code error;
-  if (!fs::exists(PathOf(keptFile), error)) return kept;
-  std::vector<LinkedUrl> urls;
-  const OwnedCells cells(site.session.manager().EnumUrl());
-  for (std::size_t i = 0; cells != nullptr && i < cells->size(); ++i) {
-    const SiteRecCell& cell = (*cells)[i];
-    if (IsWebUrl(cell.GetName())) urls.push_back({cell.GetID(), cell.GetName()});
-  }
-  const std::vector<UrlResult> results = KeptResults(urls, keptFile);
-  for (std::size_t i = 0; i < urls.size(); ++i) {
-    const UrlResult& result = results[i];
-    if (result.state == UrlState::kUnasked) continue;
-    kept[urls[i].id.id] = {std::string(UrlStateName(result.state)),
-                           !result.words.empty() ? result.words : std::to_string(result.status)};
-  }
-  return kept;
-}
-
-// The file that they are kept in; empty for none.
-std::string KeptFileOf(const Options& options, const ReportWanted& wanted,
-                       const ExaminedSite& site) {
-  if (!site.name.empty()) return KeptFileOfSite(site.session, site.name);
-  const bool asksOthers = WishOf(wanted.given.findings.external).isWanted;
-  return asksOthers ? KeptFileOfFolder(options, site.session.names().nativeFolder()) : "";
-}
-
-// Reads what the page is to show from a site that is open.
-void Gather(const Options& options, const ReportWanted& wanted, const ExaminedSite& site,
-            const FindingReport& report, SiteView& view) {
-  Session& session = site.session;
-  SiteMgr& manager = session.manager();
-  const SiteNames& names = session.names();
-  const std::string& folder = names.nativeFolder();
-  const ExportedSite exported{site.name, folder,
-                              [&names](const std::string& path) { return names.Shown(path); }};
-  const ContentWanted content{exported, site.top, KeptOf(site, KeptFileOf(options, wanted, site))};
-  if (ReadContent(manager, content, view.content) != 0) {
-    throw Failure(kDatabase, "the tables of the site cannot be read");
-  }
-  view.site = {site.name,    folder,
-               site.baseUrl, manager.GetLinkRules() == LinkRules::Classic,
-               Now(),        RulesInForce(wanted.given.findings)};
-  view.mending = {"zvrsit", site.name, folder, FindUnlinked(manager, report, view.content)};
-  if (!options.database.empty()) {
-    const std::string word = ShellWord(NativePath(AbsolutePath(options.database)));
-    if (word.empty()) view.mending.site.clear();
-    view.mending.program += " --db " + word;
-  }
-}
-
 bool IsSiteName(const Options& options, const std::string& name) {
   try {
     return Session(options, Database::kAsk).manager().FindSiteProf(name) >= 0;
@@ -167,7 +89,7 @@ void AskSite(const Options& options, ReportWanted& wanted, SiteView& view) {
   FindAll(
       session, site.top, findings, view.report,
       AskOthers(options, session, findings, site.baseUrl, [](const std::string&) { return true; }));
-  Gather(options, wanted, site, view.report, view);
+  Gather(options, findings, site, view.report, view);
   session.LetGo();
   const SiteChanges changes = CompareSite(session);
   TellChanges(session, changes, name);
@@ -195,7 +117,7 @@ int LookThrough(const Options& options, ReportWanted& wanted, SiteView& view) {
       RootOf(options, wanted.given.findings, wanted.site.empty() ? "." : wanted.site);
   return Examine(options, wanted.given, view.report,
                  [&](const ExaminedSite& site, const FindingReport& report) {
-                   Gather(options, wanted, site, report, view);
+                   Gather(options, wanted.given.findings, site, report, view);
                  });
 }
 

@@ -58,10 +58,13 @@ class WatchLoop {
 
   // False when it is to be tried again.
   bool Follow() {
+    std::unique_lock<std::mutex> lock;
+    if (steps_.inUse != nullptr) lock = std::unique_lock(*steps_.inUse);
     do {
       FindingChange change;
       if (!TryToFollow(change)) return false;
       if (hasBegun_ && !change.isEmpty()) steps_.changed(change);
+      if (hasBegun_ && steps_.followed) steps_.followed(change);
       hasBegun_ = true;
       files_ = site_.ListFiles();
     } while (Watch());

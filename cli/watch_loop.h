@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 
 #include "cli/live_site.h"
 
@@ -10,8 +11,12 @@ namespace zvrsit::cli {
 struct WatchSteps {
   // Called once, when the database is up to date and everything is watched.
   std::function<void()> begun;
-  // Called whenever findings have changed since; nothing is locked then.
+  // Called whenever findings have changed since; no lock of the database is held then.
   std::function<void(const FindingChange& change)> changed;
+  // Called whenever files have been looked at again; may be empty.
+  std::function<void(const FindingChange& change)> followed = nullptr;
+  // Held while the site is used, and the steps are called; null for none.
+  std::mutex* inUse = nullptr;
 };
 
 // Returns true when a signal has ended it, false when nobody reads stdout any more. Where another

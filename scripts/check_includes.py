@@ -35,7 +35,7 @@ PROGRAM = {"findings": LIBRARY, "exports": LIBRARY | {"findings"},
            "external": {"links", "dom", "util", "platform"},
            "cli": LIBRARY | {"exports", "external", "findings", "web"}}
 BELOW |= PROGRAM
-FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|curl|gtest|gmock|benchmark)/|^(gumbo|sqlite3|zlib)\.h$")
+FOREIGN = re.compile(r"^(CLI|fmt|nlohmann|toml\+\+|curl|gtest|gmock|benchmark)/|^(gumbo|sqlite3|zlib|httplib)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 
 

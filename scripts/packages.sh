@@ -3,7 +3,7 @@
 # require_packages PACKAGE...   asks apt only when something is missing.
 
 BUILD_PACKAGES=(g++ cmake ninja-build libgtest-dev libcli11-dev libfmt-dev nlohmann-json3-dev
-  libtomlplusplus-dev libcurl4-openssl-dev libsqlite3-dev zlib1g-dev libgumbo-dev openssl git nghttp2-server
+  libtomlplusplus-dev libcurl4-openssl-dev libsqlite3-dev zlib1g-dev libcpp-httplib-dev libgumbo-dev openssl git nghttp2-server
   pkg-config python3 python3-jsonschema python3-html5lib python-tinycss2-common)
 # A browser, for the reports.
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)

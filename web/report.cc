@@ -29,12 +29,14 @@ std::string FillMarks(std::string_view page, const std::map<std::string_view, st
   return filled.append(page);
 }
 
-// Nothing but its own style and script, and pictures that the script makes.
-std::string Policy() {
+// Nothing but its own style and script, and pictures that the script makes; while it follows the
+// site, also the server that it comes from.
+std::string Policy(bool isLive) {
   return fmt::format(
-      "default-src 'none'; style-src '{}'; script-src '{}'; img-src data: blob:; base-uri 'none'; "
+      "default-src 'none'; style-src '{}'; script-src '{}'; img-src data: blob:; {}base-uri "
+      "'none'; "
       "form-action 'none'",
-      kView.styleHash, kView.scriptHash);
+      kView.styleHash, kView.scriptHash, isLive ? "connect-src 'self'; " : "");
 }
 
 std::string WithCommas(std::size_t number) {
@@ -91,13 +93,17 @@ std::string IdOf(const Finding& finding) {
   return fmt::format("{:016x}", hash);
 }
 
+std::string_view OverlayScript() {
+  return kView.overlay;
+}
+
 std::string ReportPage(const SiteView& view) {
   return FillMarks(kView.page, {{"title", XmlText(NameOfSite(view.site)) + " - links and findings"},
-                                {"policy", Policy()},
+                                {"policy", Policy(view.site.isLive)},
                                 {"style", std::string(kView.style)},
                                 {"head", HeadMarkup(view.site, view.report)},
                                 {"summary", SummaryMarkup(view)},
-                                {"data", DataMarkup(view)},
+                                {"data", view.site.isLive ? "" : DataMarkup(view)},
                                 {"script", std::string(kView.script)}});
 }
 

@@ -33,7 +33,10 @@ void AppendNames(std::string& out, std::string_view key, const Names& names) {
 void AppendHead(const ViewedSite& site, std::int32_t home, std::string& out) {
   AppendField(out += "{\"version\":1,", "program", Version());
   AppendField(out += ',', "made", site.made);
-  AppendField(out += ",\"live\":false,\"site\":{", "name", site.name);
+  out += site.isLive ? ",\"live\":true" : ",\"live\":false";
+  AppendField(out += ',', "editor", site.editor);
+  AppendField(out += ',', "siteAddress", site.siteAddress);
+  AppendField(out += ",\"site\":{", "name", site.name);
   AppendField(out += ',', "folder", site.folder);
   AppendField(out += ',', "rules", site.isClassic ? "classic" : "web");
   AppendField(out += ',', "baseUrl", site.baseUrl);

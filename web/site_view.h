@@ -7,6 +7,8 @@
 // { "version": 1, "program": "0.2.0", "made": "2026-11-22T20:15:00Z", "live": false,
 //   "site": {"name": "demo", "folder": "/home/ann/www/", "rules": "web"|"classic", "baseUrl": "",
 //            "home": file or -1},       // the name is empty for a folder that is no site
+//   "editor": "" or the address that opens a place, with {path}, {line} and {column} in it,
+//   "siteAddress": "" or where the program serves the files of the site,
 //   "totals": {"files", "pages", "sheets", "links", "urls", "errors", "warnings", "places"},
 //   "stale": {"changed": [name...], "gone": [...], "new": [...], "unread": [...]},
 //                                       // how the disk differs from what the database knows
@@ -59,6 +61,11 @@ struct ViewedSite {
   bool isClassic = false;
   std::string made;                // when, in UTC: 2026-11-22T20:15:00Z
   std::vector<std::string> rules;  // those that it was held against
+  // Of a view that the program serves:
+  bool isLive = false;
+  std::string editor{};
+  std::string siteAddress{};
+};  // that of a file of the site, but for its path at the end; may be empty
 };
 
 struct SiteView {
