@@ -65,7 +65,6 @@ struct ViewedSite {
   bool isLive = false;
   std::string editor{};
   std::string siteAddress{};
-};  // that of a file of the site, but for its path at the end; may be empty
 };
 
 struct SiteView {

@@ -175,9 +175,11 @@ def check_browser(served):
         page = served.site / "home.htm"
         page.write_bytes(page.read_bytes() + b"<a href='inbrowser.htm'>")
         begin = time.monotonic()
-        browser.wait("return document.querySelector('main').textContent.includes('inbrowser.htm')")
+        browser.wait("return document.body.textContent.includes('inbrowser.htm')")
         print(f"in the browser after {1000 * (time.monotonic() - begin):.0f} ms")
+        browser.wait("return document.querySelector('main').textContent.includes('inbrowser.htm')")
         expect(browser.run("return window.isTheSame"), True, "it was not loaded again")
+        expect(browser.complaints(), [], "complaints")
         errors = browser.run("return document.querySelector('.totals .errors dd').textContent")
         expect(int(errors), served.data()["totals"]["errors"], "errors in the head")
         href = browser.run("return document.querySelector('a.position').href")
