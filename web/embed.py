@@ -70,7 +70,7 @@ def main():
     rows = {"page": page, "style": style, "styleHash": digest(style), "script": script,
             "scriptHash": digest(script)}
     for path in map(pathlib.Path, sys.argv[at + 1:]):
-        rows[path.stem] = path.read_text(encoding="utf-8")
+        rows[path.stem] = path.read_text(encoding="ascii")  # pages of any character set load it
     texts = "".join(f"    // {name}\n{literal(text)},\n" for name, text in rows.items())
     out.write_text('// Written by web/embed.py.\n#include "web/view_texts.h"\n\n'
                    f"namespace zvrsit {{\n\nconst ViewTexts kView = {{\n{texts}}};\n\n}}  // namespace zvrsit\n",

@@ -6,22 +6,24 @@
   const KEPT = "zvrsit-marks";  // in localStorage: "hidden"
 
   const STYLE = `
-    :host { all: initial; --error: #b3261e; --warning: #8a5700; --good: #1a6b3a; --card: #fff; --text: #1b2330;
+    :host { all: initial; --good: #1a6b3a; --card: #fff; --text: #1b2330;
       --quiet: #55606f; --edge: #77838f; --link: #0a58a8; }
     @media (prefers-color-scheme: dark) {
-      :host { --error: #ff9289; --warning: #f0bb55; --good: #74d295; --card: #1a2029; --text: #e6eaf0;
+      :host { --good: #74d295; --card: #1a2029; --text: #e6eaf0;
         --quiet: #a5b0be; --edge: #76839a; --link: #86bcff; }
     }
     @media print { :host { display: none; } }
     * { box-sizing: border-box; }
     [hidden] { display: none !important; }
     section { font: 14px/1.45 system-ui, sans-serif; color: var(--text); text-align: left; }
+    /* Seen on dark and on light pages. */
     .layer { position: absolute; top: 0; left: 0; width: 0; height: 0; z-index: 2147483646; }
-    .box { position: absolute; border: 2px solid var(--error); border-radius: 4px; pointer-events: none; }
-    .warning.box { border-style: dashed; border-color: var(--warning); }
-    .badge { position: absolute; width: 20px; height: 20px; padding: 0; border: 2px solid var(--card); border-radius: 10px;
-      background: var(--error); color: var(--card); font: bold 13px/1 system-ui, sans-serif; cursor: pointer; }
-    .warning.badge { border-radius: 4px; background: var(--warning); }
+    .box { position: absolute; border: 2px solid #b3261e; border-radius: 4px; box-shadow: 0 0 0 1px #fff;
+      pointer-events: none; }
+    .warning.box { border-style: dashed; border-color: #8a5700; }
+    .badge { position: absolute; width: 20px; height: 20px; padding: 0; border: 2px solid #fff; border-radius: 10px;
+      background: #b3261e; color: #fff; font: bold 13px/1 system-ui, sans-serif; cursor: pointer; }
+    .warning.badge { border-radius: 4px; background: #8a5700; }
     .note, .bar { background: var(--card); border: 1px solid var(--edge); border-radius: 10px;
       box-shadow: 0 4px 18px rgb(0 0 0 / 25%); overflow-wrap: anywhere; }
     .note { position: absolute; width: max-content; max-width: min(24rem, 90vw); padding: 8px 12px; z-index: 1; }
@@ -29,8 +31,8 @@
       z-index: 2147483647; }
     .row { display: flex; flex-wrap: wrap; gap: 4px 12px; align-items: center; }
     .sum { padding: 2px 0; border: 0; background: none; color: inherit; font: inherit; font-weight: 600; cursor: pointer; }
-    .sum::before { content: "▸ " / ""; }
-    .sum[aria-expanded="true"]::before { content: "▾ " / ""; }
+    .sum::before { content: "\\25b8  " / ""; }
+    .sum[aria-expanded="true"]::before { content: "\\25be  " / ""; }
     ul { max-height: 40vh; margin: 6px 0 0; padding: 0; overflow: auto; list-style: none; }
     li { padding: 4px 0; border-top: 1px solid var(--edge); }
     p { margin: 0; }
@@ -236,7 +238,7 @@
 
   function placesText({ places }) {
     const at = places.filter(([line]) => line > 0).map(([line, column]) => line + ":" + column);
-    return at.length > 0 ? " " + at.slice(0, 5).join(", ") + (at.length > 5 ? " …" : "") : "";
+    return at.length > 0 ? " " + at.slice(0, 5).join(", ") + (at.length > 5 ? " ..." : "") : "";
   }
 
   // "2 broken references, 1 warning"
