@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Holds each view of a report against the rules of axe-core: light, dark, and on a narrow screen.
+"""Holds each view of a report, and a site that is served, against the rules of axe-core: light, dark, and
+on a narrow screen.
 
 Usage: check_access.py PROGRAM EXAMPLE-SITE FOLDER
 
@@ -14,6 +15,7 @@ import tempfile
 
 from browser import Browser
 from reports import Sites, expect
+from served import Served, open_view
 
 PROGRAM, EXAMPLE, KEPT = sys.argv[1:4]
 SKIPPED = 77
@@ -38,10 +40,11 @@ def fetch_axe(folder):
         return package.extractfile("package/axe.min.js").read().decode()
 
 
-def violations(browser):
+def violations(browser, part="document"):
     return browser.driver.execute_async_script("""
         const [done] = arguments;
-        axe.run({ runOnly: ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa", "best-practice"] }).then((result) =>
+        axe.run(""" + part + """,
+          { runOnly: ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa", "best-practice"] }).then((result) =>
           done(result.violations.map((v) => [v.id, v.nodes.length, v.nodes[0].html.slice(0, 300)])));""")
 
 
@@ -70,6 +73,23 @@ def check_screen(browser, report, name, width, how, axe):
     check_axe_itself(browser)
 
 
+def check_served(browser, served, page, name, axe):
+    """A change that is told, and a page with its marks."""
+    open_view(browser, served.address)
+    page.write_text(page.read_text() + f'<a href="no/{name}.htm">x</a>')
+    browser.wait("return document.querySelector('.live summary') !== null")
+    browser.run("document.querySelector('.live summary').click()")
+    browser.run(axe)
+    expect(f"violations, served, {name}", violations(browser), [])
+    browser.go("#/file/home.htm")
+    browser.driver.get(browser.run("return document.querySelector('.file-head a').href"))
+    browser.wait("return document.querySelector('zvrsit-marks') !== null")
+    browser.run("""const marks = document.querySelector('zvrsit-marks').shadowRoot;
+        marks.querySelector('.badge:not([hidden])').focus(); marks.querySelector('.sum').click();""")
+    browser.run(axe)
+    expect(f"violations, marks, {name}", violations(browser, "document.querySelector('zvrsit-marks')"), [])
+
+
 def main():
     axe = fetch_axe(pathlib.Path(KEPT))
     if axe is None:
@@ -78,9 +98,14 @@ def main():
     with tempfile.TemporaryDirectory(prefix="zvrsit-web-") as folder, Browser() as browser:
         example = pathlib.Path(folder) / "site"
         shutil.copytree(EXAMPLE, example)
-        report = Sites(PROGRAM, folder).add("demo", example, "index.htm")
+        sites = Sites(PROGRAM, folder)
+        report = sites.add("demo", example, "index.htm")
         for name, width, how in SCREENS:
             check_screen(browser, report, name, width, how, axe)
+        with Served(sites, "demo") as served:
+            for name, width, how in SCREENS:
+                browser.screen(width, **how)
+                check_served(browser, served, example / "home.htm", name, axe)
     return 0
 
 
