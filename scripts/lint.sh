@@ -12,7 +12,7 @@ lint_format() { sources | xargs clang-format --dry-run --Werror; }
 # What is built by the preset $1, a line each: not the tests.
 built_by() {
   cmake --preset "$1" >/dev/null
-  cmake --build --preset "$1" --target zvrsit40_headers >/dev/null
+  cmake --build --preset "$1" --target zvrsit40_headers zvr_view_texts >/dev/null
   python3 -c 'import json, sys
 for step in json.load(open(sys.argv[1])):
     if "/tests/" not in step["file"]:
@@ -32,7 +32,10 @@ lint_tidy() { built_by asan | tac | tidy asan -bugprone-suspicious-include; }
 
 # Each source of the program includes enough for itself. Those of the library are compiled alone in
 # a release.
-lint_alone() { built_by debug | grep -E '/(cli|exports|external|findings|web)/' | tidy debug '-*,readability-duplicate-include'; }
+lint_alone() {
+  built_by debug | grep -v /build/ | grep -E '/(cli|exports|external|findings|web)/' |
+    tidy debug '-*,readability-duplicate-include'
+}
 
 # The rooms include downwards only.
 lint_includes() { python3 scripts/check_includes.py; }
