@@ -49,7 +49,6 @@ def main():
         links = json.loads(timed(program + ["rebuild", "bench"])[1])["links"]
         page = sorted(os.path.join(where, name) for where, _, names in os.walk(folder)
                       for name in names if name.endswith(".html"))[-1]
-        os.utime(page, (1, 1))
         walks, changed, unchanged = [], [], []
         time.sleep(2)  # files that are older than this are not read a second time
         timed(program + ["update", "bench"])
@@ -60,7 +59,7 @@ def main():
                 file.seek(0)
                 file.truncate()
                 file.write(text + LINK.encode() if run % 2 == 0 else text[:-len(LINK)])
-            os.utime(page, (run + 2, run + 2))
+            time.sleep(2)
             taken, answer = timed(program + ["update", "bench"])
             told = json.loads(answer)
             assert told["read"] == 1 and told["links"] == links + (run + 1) % 2, answer

@@ -54,13 +54,13 @@ bool KnownFiles::IsThere(int number) const {
 
 std::string KnownFiles::SameButForCase(const std::string& name) {
   const Index& index = TheIndex();
-  const int found = index.near->SameButForCase(name);
+  const int found = index.suggestions->SameButForCase(name);
   return found >= 0 ? index.names[static_cast<std::size_t>(found)] : std::string();
 }
 
 std::string KnownFiles::Likeliest(const std::string& name) {
   const Index& index = TheIndex();
-  int found = index.near->Likeliest(name);
+  int found = index.suggestions->Likeliest(name);
   if (found < 0) found = index.WithExtension(name);
   if (found < 0) {
     const auto elsewhere = index.byLastName.find(std::string(LastNameOf(name)));
@@ -92,7 +92,7 @@ KnownFiles::Index::Index(const std::vector<File>& files) {
     if (file.isThere) names.push_back(file.name);
   }
   std::ranges::sort(names);
-  near = std::make_unique<NameSuggestions>(names);
+  suggestions = std::make_unique<NameSuggestions>(names);
   for (std::size_t i = 0; i < names.size(); ++i) {
     const auto [entry, isNew] =
         byLastName.try_emplace(std::string(LastNameOf(names[i])), static_cast<int>(i));

@@ -46,7 +46,7 @@ class KnownFiles {
     int WithExtension(const std::string& name) const;
 
     std::vector<std::string> names;  // ascending
-    std::unique_ptr<NameSuggestions> near;
+    std::unique_ptr<NameSuggestions> suggestions;
     std::unordered_map<std::string, int> byLastName;  // index in names; -1 for several
   };
 

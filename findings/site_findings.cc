@@ -129,9 +129,9 @@ std::string SiteFindings::LikeliestId(int page, const std::string& fragment) {
     std::vector<PageId> found;
     manager_.ListPageIds(TextOf(manager_.UrlPath(page)), found);
     for (PageId& id : found) ids.names.push_back(std::move(id.text));
-    ids.near = std::make_unique<NameSuggestions>(ids.names);
+    ids.suggestions = std::make_unique<NameSuggestions>(ids.names);
   }
-  const int likeliest = ids.near->Likeliest(fragment);
+  const int likeliest = ids.suggestions->Likeliest(fragment);
   return likeliest < 0 ? "" : "#" + ids.names[static_cast<std::size_t>(likeliest)];
 }
 

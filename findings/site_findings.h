@@ -53,7 +53,7 @@ class SiteFindings {
   };
   struct Ids {
     std::vector<std::string> names;
-    std::unique_ptr<NameSuggestions> near;
+    std::unique_ptr<NameSuggestions> suggestions;
   };
   using Rows = std::vector<Row>;
 
