@@ -53,13 +53,13 @@ def main():
         time.sleep(2)  # files that are older than this are not read a second time
         timed(program + ["update", "bench"])
         for run in range(options.runs + 1):
-            walks.append(timed(["find", folder, "-type", "f", "-printf", "%s\n"])[0])
             with open(page, "r+b") as file:
                 text = file.read()
                 file.seek(0)
                 file.truncate()
                 file.write(text + LINK.encode() if run % 2 == 0 else text[:-len(LINK)])
             time.sleep(2)
+            walks.append(timed(["find", folder, "-type", "f", "-printf", "%s\n"])[0])
             taken, answer = timed(program + ["update", "bench"])
             told = json.loads(answer)
             assert told["read"] == 1 and told["links"] == links + (run + 1) % 2, answer

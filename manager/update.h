@@ -58,7 +58,8 @@ class SiteMgr::Update {
   [[nodiscard]] int WalkSite();
   void MeetWhatWasNotWalked();
   void MeetFile(const std::string& path, const platform::FileStat& found);
-  void MeetSame(const Found& file, const SitePathRec& rec);
+  void MeetSame(int number, const std::string& path, const platform::FileStat& stat,
+                const SitePathRec& rec);
   void MeetYoung();
   void MeetOthers();
   void MeetOther(int number, const SitePathRec& rec);

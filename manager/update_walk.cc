@@ -92,19 +92,19 @@ void SiteMgr::Update::MeetFile(const std::string& path, const platform::FileStat
     changed_.push_back({number, path, found});
     updates_.changed.push_back(path);
   } else {
-    MeetSame({number, path, found}, rec);
+    MeetSame(number, path, found, rec);
   }
   if (number >= 0) MarkWalked(number);
 }
 
 // A file of the same size and time of modification. It may have been given its old time again, as
 // programs do that copy and unpack; then its time of creation is another one.
-void SiteMgr::Update::MeetSame(const Found& file, const SitePathRec& rec) {
-  const bool isOther = rec.creationTime != file.stat.creationTime;
-  if (isOther || rec.accessTime != file.stat.accessTime) touched_.push_back(file);
-  if (rec.unread != SitePathRec::kRead ||
-      (isOther && HoldsLinks(file.path, rec, m_.inside->types()))) {
-    toRead_.push_back(file.number);
+void SiteMgr::Update::MeetSame(int number, const std::string& path, const platform::FileStat& stat,
+                               const SitePathRec& rec) {
+  const bool isOther = rec.creationTime != stat.creationTime;
+  if (isOther || rec.accessTime != stat.accessTime) touched_.push_back({number, path, stat});
+  if (rec.unread != SitePathRec::kRead || (isOther && HoldsLinks(path, rec, m_.inside->types()))) {
+    toRead_.push_back(number);
   }
 }
 
@@ -148,7 +148,7 @@ void SiteMgr::Update::MeetOther(int number, const SitePathRec& rec) {
   if (isThere) {
     others_.push_back(other);
     if (WasThere(rec) && IsSame(rec, other.stat)) {
-      MeetSame(other, rec);
+      MeetSame(number, other.path, other.stat, rec);
     } else {
       changedOthers_.push_back(other);
     }
