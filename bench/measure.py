@@ -1,4 +1,4 @@
-"""What site.sh and growth.py share: running a program and taking its times, and databases to fill."""
+"""What the benchmarks share: running a program and taking its times, and databases to fill."""
 import dataclasses
 import json
 import os
@@ -47,6 +47,12 @@ def must(command, codes=(0,)):
     if answer.code not in codes:
         sys.exit(f"{' '.join(command)} ended with {answer.code}: {answer.errors}")
     return answer
+
+
+def timed(command, codes=(0,)):
+    """Its seconds by the clock and of the processor, and what it prints."""
+    answer = must(command, codes)
+    return (answer.seconds, answer.cpu), answer.output
 
 
 class Programs:

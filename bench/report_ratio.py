@@ -12,22 +12,17 @@ import argparse
 import json
 import os
 import statistics
-import subprocess
 import tempfile
-import time
 
+from measure import timed
 from rebuild_ratio import first_page
-from update_ratio import used
 
 RULES = ["--rule", "orphan-page=warning", "--rule", "duplicate-id=warning"]
 
 
-def timed(words):
-    clock, processor = time.perf_counter(), used()
-    answer = subprocess.run(words, capture_output=True, text=True)
-    if answer.returncode not in (0, 1):
-        raise SystemExit(f"{words}: {answer.returncode}: {answer.stderr}")
-    return (time.perf_counter() - clock, used() - processor), json.loads(answer.stdout)
+def asked(words):
+    taken, answer = timed(words, (0, 1))
+    return taken, json.loads(answer)
 
 
 def main():
@@ -40,15 +35,15 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         report = os.path.join(scratch, "report.html")
         program = [zvrsit, "--db", os.path.join(scratch, "db"), "--format", "json"]
-        timed(program + ["add", "bench", options.folder, "--top", first_page(options.folder)])
+        asked(program + ["add", "bench", options.folder, "--top", first_page(options.folder)])
         rows = {"rebuild": [], "findings": [], "report": []}
         for run in range(options.runs + 1):
             times = {}
-            times["rebuild"] = timed(program + ["rebuild", "bench"])[0]
-            times["findings"], found = timed(program + ["broken", "bench", *RULES])
+            times["rebuild"] = asked(program + ["rebuild", "bench"])[0]
+            times["findings"], found = asked(program + ["broken", "bench", *RULES])
             if os.path.exists(report):
                 os.remove(report)
-            times["report"], written = timed(program + ["report", "bench", "-o", report])
+            times["report"], written = asked(program + ["report", "bench", "-o", report])
             for key in ("errors", "warnings", "places"):
                 assert written[key] == found[key], (key, written, found)
             for key, row in rows.items():

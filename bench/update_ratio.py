@@ -11,27 +11,15 @@ that page and finds the links. Prints the medians of seconds and processor time,
 import argparse
 import json
 import os
-import resource
 import shutil
 import statistics
-import subprocess
 import tempfile
 import time
 
+from measure import timed
 from rebuild_ratio import first_page
 
 LINK = "<a href='#one-link-more'></a>"
-
-
-def used():
-    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return usage.ru_utime + usage.ru_stime
-
-
-def timed(words):
-    clock, processor = time.perf_counter(), used()
-    answer = subprocess.run(words, capture_output=True, text=True, check=True)
-    return (time.perf_counter() - clock, used() - processor), answer.stdout
 
 
 def main():

@@ -20,6 +20,15 @@ auto SelectedBy(const Selection& selection) {
   return [&selection](const std::string& file) { return selection.Holds(file); };
 }
 
+// What both ways of looking through end with: `changes` are those of the disk.
+void Conclude(Session& session, const SiteChanges& changes, const FindingOptions& wanted,
+              std::chrono::steady_clock::time_point begin, FindingReport& report) {
+  TellUnread(session, changes);
+  NoteChanges(session, changes, report);
+  report.seconds = SecondsSince(begin);
+  Tell(wanted, fmt::format("looked through in {:.2f} s", report.seconds));
+}
+
 // Fills `report` and gives the exit code of the rebuild. The database is removed before anything is
 // printed. So nothing is left behind when the reader of the output ends early.
 int ExamineFolder(const Options& options, const GivenSite& site, const Selection& selection,
@@ -43,11 +52,8 @@ int ExamineFolder(const Options& options, const GivenSite& site, const Selection
   whileOpen({session, "", top, site.baseUrl.value_or("")}, report);
   SiteChanges changes;
   session.manager().ListUnread(changes);
-  TellUnread(session, changes);
-  NoteChanges(session, changes, report);
+  Conclude(session, changes, wanted, begin, report);
   session.Discard();
-  report.seconds = SecondsSince(begin);
-  Tell(wanted, fmt::format("looked through in {:.2f} s", report.seconds));
   return code;
 }
 
@@ -74,11 +80,7 @@ bool ExamineKnown(const Options& options, const KnownSite& site, const Selection
                     SelectedBy(selection)));
   whileOpen({session, site.name, site.profile.topFile, site.profile.folders[kSlotLiveUrl]}, report);
   session.LetGo();
-  const SiteChanges changes = CompareSite(session);
-  TellUnread(session, changes);
-  NoteChanges(session, changes, report);
-  report.seconds = SecondsSince(begin);
-  Tell(wanted, fmt::format("looked through in {:.2f} s", report.seconds));
+  Conclude(session, CompareSite(session), wanted, begin, report);
   return true;
 }
 

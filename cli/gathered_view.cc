@@ -16,16 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Now() {
-  const std::time_t now = std::time(nullptr);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now))};
-}
-
 bool IsOfOthers(Rule rule) {
   return rule == Rule::kExternalBroken || rule == Rule::kExternalMoved ||
          rule == Rule::kExternalUnsure;
 }
+
 std::vector<std::string> RulesInForce(const FindingOptions& options) {
   const bool asksOthers = WishOf(options.external).isWanted;
   std::vector<std::string> names;
@@ -69,6 +64,12 @@ std::string KeptFileOf(const Options& options, const FindingOptions& findings,
 
 }  // namespace
 
+std::string UtcNow() {
+  const std::time_t now = std::time(nullptr);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::gmtime(&now))};
+}
+
 void Gather(const Options& options, const FindingOptions& findings, const ExaminedSite& site,
             const FindingReport& report, SiteView& view) {
   Session& session = site.session;
@@ -82,9 +83,9 @@ void Gather(const Options& options, const FindingOptions& findings, const Examin
   if (ReadContent(manager, content, view.content) != 0) {
     throw Failure(kDatabase, "the tables of the site cannot be read");
   }
-  view.site = {site.name,    folder,
-               site.baseUrl, manager.GetLinkRules() == LinkRules::Classic,
-               Now(),        RulesInForce(findings)};
+  view.site = {site.name,      folder,
+               site.baseUrl,   manager.GetLinkRules() == LinkRules::Classic,
+               UtcNow() + "Z", RulesInForce(findings)};
   view.mending = {"zvrsit", site.name, folder, FindUnlinked(manager, report, view.content)};
   if (!options.database.empty()) {
     const std::string word = ShellWord(NativePath(AbsolutePath(options.database)));

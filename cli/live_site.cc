@@ -10,6 +10,7 @@
 #include "cli/progress.h"
 #include "cli/rebuild.h"
 #include "cli/site_profile.h"
+#include "cli/table_files.h"
 #include "cli/update_command.h"
 #include "findings/compare.h"
 #include "findings/owned_cells.h"
@@ -19,11 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string StampOf(const std::string& file) {
-  std::error_code error;
-  const auto size = fs::file_size(PathOf(file), error);
-  const auto time = fs::last_write_time(PathOf(file), error).time_since_epoch().count();
-  return file.empty() ? "" : file + fmt::format(" {} {}", size, time);
+// Another text when the configuration is another one; empty for none.
+std::string StampOfConfig(const std::string& file) {
+  return file.empty() ? "" : file + " " + StampOf(PathOf(file));
 }
 
 // By the document root, else by the address of the site.
@@ -47,7 +46,7 @@ LiveSite::LiveSite(const Options& options, std::string name, const FindingOption
     : options_(options), name_(std::move(name)), given_(wanted), wanted_(wanted) {
   Session session(options_, Database::kAsk);
   ReadProfileOf(session);
-  configStamp_ = StampOf(given_.config.empty() ? ConfigIn(folder_) : given_.config);
+  configStamp_ = StampOfConfig(given_.config.empty() ? ConfigIn(folder_) : given_.config);
   Configure(wanted_, ConfigIn(folder_));
 }
 
@@ -71,7 +70,7 @@ void LiveSite::ReadProfileOf(Session& session) {
 
 // Reads the configuration again when it has changed. One with a fault leaves everything as it was.
 void LiveSite::ReadConfiguration() {
-  std::string stamp = StampOf(given_.config.empty() ? ConfigIn(folder_) : given_.config);
+  std::string stamp = StampOfConfig(given_.config.empty() ? ConfigIn(folder_) : given_.config);
   if (stamp == configStamp_) return;
   configStamp_ = std::move(stamp);
   FindingOptions wanted = given_;

@@ -1,7 +1,6 @@
 #include "cli/live_view.h"
 
 #include <chrono>
-#include <ctime>
 #include <utility>
 
 #include "cli/examine.h"
@@ -159,12 +158,8 @@ std::string LiveView::MarksOf(const std::string& file) {
 std::string LiveView::MadeAt(unsigned number) {
   const auto known = times_.find(number);
   if (known != times_.end()) return known->second;
-  const std::time_t now = std::time(nullptr);
-  char text[32];
-  const std::size_t length =
-      std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::gmtime(&now));
   times_.clear();
-  return times_[number] = std::string(text, length) + fmt::format(".{:03}Z", number % 1000);
+  return times_[number] = UtcNow() + fmt::format(".{:03}Z", number % 1000);
 }
 
 }  // namespace zvrsit::cli

@@ -1,4 +1,3 @@
-#include <cctype>
 #include <memory>
 #include <optional>
 #include <random>
@@ -16,6 +15,7 @@
 #include "cli/watch_loop.h"
 #include "cli/web_listener.h"
 #include "findings/formats.h"
+#include "util/ascii.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -41,7 +41,7 @@ std::string Secret() {
 std::string FaultOfEditor(const std::string& address) {
   const std::size_t end = address.find(':');
   std::string scheme = address.substr(0, end);
-  for (char& c : scheme) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  LowerAsciiLetters(scheme);
   const bool isName =
       end != address.npos && !scheme.empty() &&
       scheme.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789+.-") == scheme.npos;

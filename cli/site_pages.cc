@@ -1,7 +1,6 @@
 #include "cli/site_pages.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -10,6 +9,8 @@
 
 #include "cli/native_name.h"
 #include "findings/escapes.h"
+#include "links/url_text.h"
+#include "util/ascii.h"
 #include "web/report.h"
 
 namespace zvrsit::cli {
@@ -64,8 +65,7 @@ constexpr Type kTypes[] = {
 
 std::string TypeOf(const std::string& name) {
   std::string extension = NameOf(PathOf(name).extension());
-  std::ranges::transform(extension, extension.begin(),
-                         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  LowerAsciiLetters(extension);
   for (const Type& row : kTypes) {
     if (row.extension == extension) return std::string(row.type);
   }
@@ -80,12 +80,6 @@ void Guard(WebAnswer& answer) {
   answer.headers.insert(answer.headers.end(), {{"X-Content-Type-Options", "nosniff"},
                                                {"Cache-Control", "no-store"},
                                                {"Cross-Origin-Resource-Policy", "same-origin"}});
-}
-
-int DigitOf(char c) {
-  const auto at = std::string_view("0123456789abcdef")
-                      .find(static_cast<char>(std::tolower(static_cast<unsigned char>(c))));
-  return at == std::string_view::npos ? -1 : static_cast<int>(at);
 }
 
 // The value of a field of a query, decoded; empty for none.
@@ -113,8 +107,8 @@ std::optional<std::string> DecodedPath(const std::string& encoded) {
   for (std::size_t i = 0; i < encoded.size(); ++i) {
     char c = encoded[i];
     if (c == '%') {
-      const int high = i + 2 < encoded.size() ? DigitOf(encoded[i + 1]) : -1;
-      const int low = high < 0 ? -1 : DigitOf(encoded[i + 2]);
+      const int high = i + 2 < encoded.size() ? HexValue(encoded[i + 1]) : -1;
+      const int low = high < 0 ? -1 : HexValue(encoded[i + 2]);
       if (low < 0) return std::nullopt;
       c = static_cast<char>(high * 16 + low);
       i += 2;

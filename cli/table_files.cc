@@ -47,6 +47,13 @@ void RemoveKeptAnswers(const std::string& folder) {
   fs::remove(PathOf(folder), error);  // only when it is empty
 }
 
+std::string StampOf(const fs::path& file) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(file, error);
+  const auto time = fs::last_write_time(file, error).time_since_epoch().count();
+  return std::to_string(size) + " " + std::to_string(time);
+}
+
 bool HasTables(const std::string& folder) {
   return std::ranges::all_of(TableNames(), [&](const std::string& file) {
     std::error_code error;
@@ -59,13 +66,7 @@ std::string StampOfTables(const std::string& folder) {
   std::string stamp;
   std::vector<std::string> names = TableNames();
   names.emplace_back("NOTE");
-  for (const std::string& name : names) {
-    std::error_code error;
-    const fs::path file = PathOf(folder) / name;
-    const std::uintmax_t size = fs::file_size(file, error);
-    const auto time = fs::last_write_time(file, error).time_since_epoch().count();
-    stamp += std::to_string(size) + " " + std::to_string(time) + "\n";
-  }
+  for (const std::string& name : names) stamp += StampOf(PathOf(folder) / name) + "\n";
   return stamp;
 }
 

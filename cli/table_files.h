@@ -14,9 +14,11 @@ inline constexpr const char* kKeptAnswers = "external.sqlite";
 // empty. Those who ask the servers again bring it back, so no failure is told.
 void MoveKeptAnswers(const std::string& folder, const std::string& to);
 void RemoveKeptAnswers(const std::string& folder);
+// Another text when a file is another one, by size and time.
+std::string StampOf(const std::filesystem::path& file);
 // Whether all files of a site that was rebuilt once are in `folder`.
 bool HasTables(const std::string& folder);
-// Another text when any file in `folder` that an update writes is another one, by size and time.
+// The same of all files in `folder` that an update writes.
 std::string StampOfTables(const std::string& folder);
 // Copies a file over another; a full disk is told as such.
 [[nodiscard]] std::error_code CopyOneFile(const std::filesystem::path& from,

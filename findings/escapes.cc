@@ -56,8 +56,16 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
-// How many bytes the character at the start of a text in UTF-8 has, if it may only be shown as an
-// escape; else 0.
+// Of a character of that many bytes as above.
+int CodePointOf(std::string_view character) {
+  const auto bits = [character](std::size_t i, int mask) { return character[i] & mask; };
+  return character.size() == 1   ? bits(0, 0x7F)
+         : character.size() == 2 ? bits(0, 0x1F) << 6 | bits(1, 0x3F)
+                                 : bits(0, 0x0F) << 12 | bits(1, 0x3F) << 6 | bits(2, 0x3F);
+}
+
+}  // namespace
+
 std::size_t ControlLength(std::string_view text) {
   const auto byte = [text](std::size_t i) {
     return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
@@ -69,16 +77,6 @@ std::size_t ControlLength(std::string_view text) {
                      (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9);
   return byte(0) == 0xE2 && turns ? 3 : 0;
 }
-
-// Of a character of that many bytes as above.
-int CodePointOf(std::string_view character) {
-  const auto bits = [character](std::size_t i, int mask) { return character[i] & mask; };
-  return character.size() == 1   ? bits(0, 0x7F)
-         : character.size() == 2 ? bits(0, 0x1F) << 6 | bits(1, 0x3F)
-                                 : bits(0, 0x0F) << 12 | bits(1, 0x3F) << 6 | bits(2, 0x3F);
-}
-
-}  // namespace
 
 bool IsPlain(std::string_view text) {
   if (platform::CodePage() != platform::kUtf8) return false;

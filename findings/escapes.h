@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -24,7 +25,12 @@ std::string TextOfJson(const std::string& text);
 // separates folders there, and no name holds a control character.
 std::string LineText(std::string_view text);
 
-// The same for a text in UTF-8 whose line ends, tabs and `\` stay. JSON still means the same.
+// How many bytes the character at the start of a text in UTF-8 has, if it may only be shown as an
+// escape: a control character that is no line end and no tab, or one that turns the direction of
+// writing. Else 0.
+std::size_t ControlLength(std::string_view text);
+
+// LineText for a text in UTF-8 whose line ends, tabs and `\` stay. JSON still means the same.
 std::string WithoutControls(std::string text);
 
 // A field of CSV (RFC 4180), quoted where it has to be. A table program would calculate a field

@@ -264,7 +264,6 @@ void SiteFindings::TakeOut(const std::vector<int>& files, const std::vector<int>
 // What a link to a file that is not there means depends on the names of the others.
 void SiteFindings::JudgeAgain(Rows& gone, Rows& come) {
   SiteLink link;
-  std::vector<int> unplaced;
   for (Row& row : rows_) {
     if (row.target < 0) continue;
     link.to = UrlID(kKindPath, row.target);

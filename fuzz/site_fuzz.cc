@@ -103,10 +103,7 @@ void Live(const Script& script, LinkRules rules) {
   folder.write("site/index.html", "");
   folder.makeFolder("kept");
   folder.makeFolder("fresh");
-  SiteProfile profile;
-  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
-  profile.topFile = folder.path("site/index.html");
-  profile.linkRules = rules;
+  const SiteProfile profile = test::ProfileOf(folder, rules);
   Write(folder, script.before);
   test::SiteTables kept(folder, "kept", profile);
   kept.Rebuild();

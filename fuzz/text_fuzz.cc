@@ -18,8 +18,7 @@ namespace {
 
 // Any number may come of it, also that of a time before 1970.
 void ReadDate(const std::string& text) {
-  const std::int32_t time = ParseWebDate(text.c_str());
-  if (time != ParseWebDate(text.c_str())) std::abort();
+  (void)ParseWebDate(text.c_str());
 }
 
 // `text` ends in two zeros, as a list of an application does.

@@ -15,6 +15,7 @@
 
 #include "dom/code_conv.h"
 #include "dom/mapped_file.h"
+#include "findings/escapes.h"
 #include "platform/code_page.h"
 #include "platform/native_path.h"
 
@@ -151,18 +152,6 @@ void HideUsers(std::string& text) {
   }
 }
 
-// Whether the character that begins there must not be shown: a control character, or one that turns
-// the direction of writing.
-bool IsControl(std::string_view text, std::size_t at) {
-  const auto byte = [&](std::size_t i) {
-    return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0;
-  };
-  if (byte(0) < 0x80) return byte(0) < ' ' || byte(0) == 0x7F;
-  if (byte(0) == 0xC2) return byte(1) < 0xA0;
-  return byte(0) == 0xE2 && ((byte(1) == 0x80 && byte(2) >= 0xAA && byte(2) <= 0xAE) ||
-                             (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9));
-}
-
 std::string Shown(std::string_view text) {
   if (std::ranges::all_of(text, [](char c) { return c >= ' ' && c < 0x7F; })) {
     return std::string(text);
@@ -172,7 +161,7 @@ std::string Shown(std::string_view text) {
     const std::size_t next = Forth(text, at, 1);
     if (text[at] == '\t') {
       shown += ' ';
-    } else if (IsControl(text, at)) {
+    } else if (ControlLength(text.substr(at)) > 0) {
       shown += "\xEF\xBF\xBD";
     } else {
       shown += text.substr(at, next - at);

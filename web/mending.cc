@@ -72,29 +72,6 @@ bool IsOtherName(std::string_view missing, std::string_view other) {
          KnownFiles::LastNameOf(other).size() >= kShortestMistaken + extension.size();
 }
 
-}  // namespace
-
-std::string ShellWord(std::string_view text) {
-  const std::string utf8 = platform::ToUtf8(text);
-  const bool isText = platform::CodePage() != platform::kUtf8 || utf8 == text;
-  if (!isText || WithoutControls(utf8) != utf8 || text.find_first_of("\n\t\r") != text.npos ||
-      text.find_first_of(kNeverQuoted) != text.npos) {
-    return "";
-  }
-  if (!text.empty() && std::ranges::all_of(text, &IsSafe)) return std::string(text);
-  std::string word(1, kQuote);
-  for (const char c : text) {
-    if (c == kQuote) {
-      word += kQuoteWithin;
-    } else {
-      word += c;
-    }
-  }
-  return word + kQuote;
-}
-
-namespace {
-
 // The words behind the program; empty when one of them cannot be a word.
 std::string Line(const std::string& program, std::string_view command, const std::string& site,
                  std::initializer_list<std::string_view> names) {
@@ -115,10 +92,6 @@ std::string Line(const std::string& program, std::string_view command, const std
   return isWhole ? line : "";
 }
 
-}  // namespace
-
-namespace {
-
 // Erases those that several findings suggest: one of them alone can have the name.
 void EraseDisputed(const FindingReport& report, std::set<std::string>& unlinked) {
   std::set<std::string> suggested;
@@ -131,6 +104,25 @@ void EraseDisputed(const FindingReport& report, std::set<std::string>& unlinked)
 }
 
 }  // namespace
+
+std::string ShellWord(std::string_view text) {
+  const std::string utf8 = platform::ToUtf8(text);
+  const bool isText = platform::CodePage() != platform::kUtf8 || utf8 == text;
+  if (!isText || WithoutControls(utf8) != utf8 || text.find_first_of("\n\t\r") != text.npos ||
+      text.find_first_of(kNeverQuoted) != text.npos) {
+    return "";
+  }
+  if (!text.empty() && std::ranges::all_of(text, &IsSafe)) return std::string(text);
+  std::string word(1, kQuote);
+  for (const char c : text) {
+    if (c == kQuote) {
+      word += kQuoteWithin;
+    } else {
+      word += c;
+    }
+  }
+  return word + kQuote;
+}
 
 std::set<std::string> FindUnlinked(SiteMgr& manager, const FindingReport& report,
                                    const SiteContent& content) {

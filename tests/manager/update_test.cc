@@ -31,9 +31,7 @@ class Life {
   explicit Life(unsigned seed) : random_(seed) {
     write("index.html", Page());
     folder.makeFolder("kept");
-    profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
-    profile.topFile = folder.path("site/index.html");
-    profile.linkRules = Chance(70) ? LinkRules::Web : LinkRules::Classic;
+    profile = ProfileOf(folder, Chance(70) ? LinkRules::Web : LinkRules::Classic);
     if (Chance(20)) profile.defaultUrl = Pick({"index.htm", "default.htm,index.html", "p1.html"});
     if (Chance(20)) profile.folders[kSlotFallbackExtensions] = "html,htm";
     if (Chance(10)) profile.folders[kSlotLiveUrl] = "http://x.example/";
@@ -355,16 +353,13 @@ TEST_F(Updating, GivesWhatARebuildGives) {
   }
 }
 
-// SiteTables that somebody else has written, or read by another profile, are not trusted; nor is a
+// Tables that somebody else has written, or read by another profile, are not trusted; nor is a
 // note that is not whole.
 TEST_F(Updating, TrustsNoOtherTables) {
   TempFolder folder;
   folder.write("site/index.html", "<a href=a.html>");
   folder.makeFolder("kept");
-  SiteProfile profile;
-  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
-  profile.topFile = folder.path("site/index.html");
-  profile.linkRules = LinkRules::Web;
+  const SiteProfile profile = ProfileOf(folder, LinkRules::Web);
   SiteTables kept(folder, "kept", profile);
   const auto update = [&] {
     SiteUpdates updates;
@@ -439,10 +434,7 @@ TEST_F(Updating, FilesMayComeMeanwhile) {
   TempFolder folder;
   folder.write("site/index.html", "<a href=new/a.html><a href=new/b.gif><a href=c.gif>");
   folder.makeFolder("kept");
-  SiteProfile profile;
-  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
-  profile.topFile = folder.path("site/index.html");
-  profile.linkRules = LinkRules::Web;
+  const SiteProfile profile = ProfileOf(folder, LinkRules::Web);
   SiteTables kept(folder, "kept", profile);
   kept.Rebuild();
   folder.write("site/index.html",
@@ -468,9 +460,7 @@ TEST_F(Updating, KeepsMarks) {
   folder.write("site/index.html", "");
   folder.write("site/a.html", "");
   folder.makeFolder("kept");
-  SiteProfile profile;
-  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
-  profile.topFile = folder.path("site/index.html");
+  const SiteProfile profile = ProfileOf(folder, LinkRules::Classic);
   SiteTables kept(folder, "kept", profile);
   kept.Rebuild();
   const auto mark = [&](const std::string& name) {

@@ -20,6 +20,15 @@
 
 namespace zvrsit::test {
 
+// A site in the folder "site", with its home page.
+inline SiteProfile ProfileOf(const TempFolder& folder, LinkRules rules) {
+  SiteProfile profile;
+  profile.folders[kSlotSiteFolder] = folder.path("site") + "\\";
+  profile.topFile = folder.path("site/index.html");
+  profile.linkRules = rules;
+  return profile;
+}
+
 // The tables of the site "demo" in a database folder of their own. What fails throws.
 class SiteTables {
  public:
