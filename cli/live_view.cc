@@ -138,7 +138,9 @@ std::string LiveView::MarksOf(const std::string& file) {
   const std::lock_guard lock(siteInUse_);
   Gather();
   Json findings = Json::array();
-  for (const Finding& finding : report_->findings) {
+  // Another program may use the site since before anybody asked.
+  static const FindingReport kNone;
+  for (const Finding& finding : (report_ != nullptr ? *report_ : kNone).findings) {
     Json places = Json::array();
     for (const FindingPlace& place : finding.places) {
       if (place.file == file && !place.reference.empty()) {
