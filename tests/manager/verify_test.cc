@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/damage.h"
+#include "support/file_fault.h"
 #include "support/test_site.h"
 #include "tables/table_files.h"
 #include "util/mb_string.h"
@@ -142,7 +143,9 @@ std::string WhatEmptyingLeaves(SiteMgr& mgr) {
 // Files that are called sound, after any damage, can be opened, and everything can be deleted from
 // them.
 TEST_F(Verifying, DamageAnywhereIsToldOrDoesNoHarm) {
-  int told = 0, sound = 0;
+  // In step with none of the values that a byte or a word gets.
+  const int kOneIn = kOneCallIn == 1 ? 1 : 11;
+  int looks = 0, told = 0, sound = 0;
   std::vector<std::string> files;
   for (const SiteTableFile& table : kSiteTableFiles) {
     files.emplace_back(table.suffix.substr(1));
@@ -151,6 +154,7 @@ TEST_F(Verifying, DamageAnywhereIsToldOrDoesNoHarm) {
   for (const std::string& file : files) {
     const std::string bytes = Read(file);
     const auto look = [&](std::string_view damaged, std::size_t at = 0) {
+      if (looks++ % kOneIn != 0) return;
       Write(file, damaged);
       if (!Verify().empty()) return void(++told);
       ++sound;
@@ -165,7 +169,7 @@ TEST_F(Verifying, DamageAnywhereIsToldOrDoesNoHarm) {
     Write(file, bytes);
   }
   EXPECT_GT(told, 4 * sound);
-  EXPECT_GT(sound, 100);
+  EXPECT_GT(sound, 100 / kOneIn);
 }
 
 std::string DumpText(const DumpedRecord& record) {
