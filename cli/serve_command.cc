@@ -111,8 +111,10 @@ void AddServeCommand(CLI::App& app, const Options& options, Run& run) {
       ->check(CLI::Range(0, 65535));
   serve
       ->add_option("--editor", wanted->editor,
-                   "the address that opens a place, with {path}, {line} and {column}")
+                   "the address that opens a place, with {path}, {line} and {column};\n"
+                   "by default ZVRSIT_EDITOR of the environment")
       ->option_text("ADDRESS")
+      ->envname("ZVRSIT_EDITOR")
       ->check([](const std::string& address) { return FaultOfEditor(address); });
   serve->add_flag_callback(
       "--no-marks", [wanted] { wanted->hasMarks = false; },

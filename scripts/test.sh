@@ -9,6 +9,7 @@ cd "$(dirname "$0")/.."
 preset=${1:-asan}
 shift || true
 require_packages "${BUILD_PACKAGES[@]}" "${BROWSER_PACKAGES[@]}"
+unpack_package "$TREE_PACKAGE"
 
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"

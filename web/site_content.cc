@@ -24,6 +24,8 @@ constexpr std::string_view kImages[] = {"avif", "bmp", "gif", "ico",  "jpeg", "j
 constexpr std::string_view kScripts[] = {"cjs", "js", "mjs"};
 constexpr std::string_view kMedia[] = {"aac", "au",  "avi", "flac", "m4a", "m4v", "mid", "mkv",
                                        "mov", "mp3", "mp4", "oga",  "ogg", "ogv", "wav", "webm"};
+// Those that browsers of today take.
+constexpr std::string_view kFonts[] = {"otf", "ttf", "woff", "woff2"};
 
 bool Holds(std::span<const std::string_view> names, std::string_view name) {
   return std::ranges::find(names, name) != names.end();
@@ -54,9 +56,16 @@ LinkKind KindOfLink(std::uint32_t type) {
   return LinkKind::kOther;
 }
 
-bool IsLoaded(LinkKind kind, std::uint32_t type) {
-  return type != LT_SRCSET && (kind == LinkKind::kImage || kind == LinkKind::kScript ||
-                               kind == LinkKind::kSheet || kind == LinkKind::kFrame);
+bool IsFont(const ContentFile& file) {
+  return file.kind == ContentKind::kOther && Holds(kFonts, ExtensionOf(file.path));
+}
+
+// Whether who has the link loads the file. What TRACK names is loaded by those who want to read it.
+bool IsLoaded(LinkKind kind, std::uint32_t type, const ContentFile& file) {
+  if (type == LT_SRCSET) return false;
+  if (type == LT_CSS_OTHER) return IsFont(file);
+  if (type == LT_MEDIA) return file.kind == ContentKind::kMedia || file.kind == ContentKind::kImage;
+  return kind != LinkKind::kLink && kind != LinkKind::kOther;
 }
 
 // In which of the three parts of the list a file stands.
@@ -74,6 +83,7 @@ class ContentReader {
     SortFiles();
     FillFolders();
     SortLinks();
+    for (std::vector<std::uint32_t>& loads : loads_) LeaveOneOfEach(loads);
     Weigh();
     return 0;
   }
@@ -140,11 +150,10 @@ class ContentReader {
     std::unordered_map<std::string, std::int32_t> hosts;
     for (const SiteRecCell& cell : *cells) {
       const std::string url = WithoutCredentials(cell.GetName());
-      std::string host = HostOfUrl(url);
-      if (host.empty()) host = url.substr(0, url.find(':') + 1);
-      const auto [known, isNew] =
-          hosts.try_emplace(host, static_cast<std::int32_t>(content_.hosts.size()));
-      if (isNew) content_.hosts.push_back(host);
+      const std::string host = HostOfUrl(url);
+      const auto [known, isNew] = hosts.try_emplace(
+          host, host.empty() ? -1 : static_cast<std::int32_t>(content_.hosts.size()));
+      if (isNew && !host.empty()) content_.hosts.push_back(host);
       urlOf_[cell.GetID().id] = static_cast<std::int32_t>(content_.urls.size());
       const auto answer = wanted_.answers.find(cell.GetID().id);
       content_.urls.push_back(
@@ -175,7 +184,7 @@ class ContentReader {
       const LinkKind kind = KindOfLink(link.type);
       links_.push_back({static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to),
                         static_cast<std::uint32_t>(std::max(link.count, 1)), kind, isUrl,
-                        IsLoaded(kind, link.type)});
+                        !isUrl && IsLoaded(kind, link.type, FileAt(to))});
     }
     isWanted_ = std::move(isWanted);
     return 0;
@@ -286,7 +295,7 @@ class ContentReader {
     std::ranges::sort(links, {}, keyOf);
     const RawLink* last = nullptr;
     for (const RawLink& link : links) {
-      if (link.isLoaded && !link.isUrl) loads.push_back(link.to);
+      if (link.isLoaded) loads.push_back(link.to);
       if (last != nullptr && keyOf(*last) == keyOf(link)) {
         content_.links.back().times += link.times;
       } else {
@@ -294,6 +303,25 @@ class ContentReader {
       }
       last = &link;
     }
+  }
+
+  // Of fonts, sounds and films that differ in their extensions alone, the smallest.
+  void LeaveOneOfEach(std::vector<std::uint32_t>& loads) const {
+    std::unordered_map<std::string_view, std::uint32_t> best;
+    std::vector<std::uint32_t> left;
+    for (const std::uint32_t number : loads) {
+      const ContentFile& file = content_.files[number];
+      if (file.kind != ContentKind::kMedia && !IsFont(file)) {
+        left.push_back(number);
+        continue;
+      }
+      const std::string_view path = file.path;
+      const auto [known, isNew] = best.try_emplace(path.substr(0, path.rfind('.')), number);
+      if (!isNew && file.size < content_.files[known->second].size) known->second = number;
+    }
+    if (best.empty()) return;
+    for (const auto& [stem, number] : best) left.push_back(number);
+    loads = std::move(left);
   }
 
   void Weigh() {
@@ -307,7 +335,9 @@ class ContentReader {
       while (!open.empty()) {
         const std::uint32_t one = open.back();
         open.pop_back();
-        if (content_.files[one].size >= 0) file.weight += content_.files[one].size;
+        const std::int64_t size = std::max<std::int64_t>(content_.files[one].size, 0);
+        file.weight += size;
+        if (content_.files[one].kind == ContentKind::kMedia) file.played += size;
         ++file.requests;
         for (const std::uint32_t next : loads_[one]) {
           if (std::exchange(seenBy[next], page + 1) != page + 1) open.push_back(next);

@@ -41,6 +41,7 @@ struct ContentFile {
   std::int64_t size = -1;     // bytes; -1: not known
   std::int64_t time = 0;      // seconds since 1970; 0: not known
   std::int64_t weight = 0;    // of a page: the bytes of all files that it loads, and its own
+  std::int64_t played = 0;    // of these the sounds and films
   std::int32_t requests = 0;  // how many files these are
 };
 struct ContentFolder {
@@ -54,7 +55,7 @@ struct ContentAnswer {
 };
 struct ContentUrl {
   std::string text;   // without a password
-  std::int32_t host;  // index into SiteContent::hosts
+  std::int32_t host;  // index into SiteContent::hosts; -1: none, as in "mailto:"
   ContentAnswer answer;
 };
 // All links of one file with the same target and kind.
@@ -75,7 +76,7 @@ struct SiteContent {
   // By path: those of the site, then the missing ones, then those outside.
   std::vector<ContentFile> files;
   std::vector<ContentUrl> urls;
-  std::vector<std::string> hosts;  // with their ports; of a URL without one its scheme, "mailto:"
+  std::vector<std::string> hosts;  // with their ports
   // By file, target and kind; those of file i begin at firstLink[i] and end at firstLink[i + 1].
   std::vector<ContentLink> links;
   std::vector<std::size_t> firstLink;
@@ -87,8 +88,10 @@ struct SiteContent {
 // Reads it from the open site; 0, or -1 when a table cannot be read. The family is taken as the
 // findings take it, as it stands in the tables.
 //
-// A page loads its style sheets, scripts, images and frames, and what these load. Of the images
-// that SRCSET has to choose from none counts beside the one of SRC; nor do fonts, sounds and films.
+// A page loads its style sheets, scripts, images, frames, objects, sounds and films, and what these
+// load: sheets all the fonts that they name. Of the images that SRCSET has to choose from none
+// counts beside the one of SRC; of fonts, sounds and films that differ in their extensions alone
+// only the smallest.
 [[nodiscard]] int ReadContent(SiteMgr& manager, const ContentWanted& wanted, SiteContent& content);
 
 }  // namespace zvrsit

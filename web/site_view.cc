@@ -77,6 +77,7 @@ void AppendFiles(const SiteContent& content, std::string& out) {
   append("time", [](const ContentFile& file) { return file.time; });
   append("family", [](const ContentFile& file) { return file.isFamily; });
   append("weight", [](const ContentFile& file) { return file.weight; });
+  append("played", [](const ContentFile& file) { return file.played; });
   append("requests", [](const ContentFile& file) { return file.requests; });
   out += "},\n";
   AppendNumbers(out, "unused", content.unused, [](std::int32_t file) { return file; });

@@ -19,9 +19,10 @@
 //             "kind": [index into fileKinds...],
 //             "size": [bytes, -1 not known], "time": [seconds since 1970, 0 not known],
 //             "family": [1 where the home page reaches it, else 0], "title": [...],
-//             "weight": [...], "requests": [...]},   // of pages, see web/site_content.h
+//             "weight": [...], "played": [...], "requests": [...]},   // of pages, see
+//                                                                     // web/site_content.h
 //             // those of the site, then missing ones, then those outside, each by path
-//   "hosts": ["example.org", "mailto:", ...],
+//   "hosts": ["example.org", ...],
 //   "urls": {"text": [...], "host": [index into hosts...],
 //            "state": ["" not asked, "ok", "moved", "broken" or "unsure"...],
 //            "result": ["" not asked, "200", or what is wrong, in words]},

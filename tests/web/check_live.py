@@ -18,33 +18,12 @@ import urllib.request
 
 from browser import Browser, Keys
 from reports import Sites, expect
-from served import IS_LIVE, Served, open_view
+from served import IS_LIVE, Served, open_view, shown_after
+from views import text_of
 
 PROGRAM, EXAMPLE = sys.argv[1:3]
 LIMIT = float(sys.argv[3]) if len(sys.argv) > 3 else 200
 MARKS = "const marks = document.querySelector('zvrsit-marks').shadowRoot; "
-
-
-def texts(browser, selector):
-    return browser.run("return [...document.querySelectorAll(arguments[0])].map((e) => e.textContent)", selector)
-
-
-def shown_after(browser, selector, text, is_there, write):
-    """Milliseconds from before write() to when an element shows, or shows no more."""
-    browser.run("""const [selector, text, isThere] = arguments;
-        window.shownAt = undefined;
-        const look = () => {
-          const has = [...document.querySelectorAll(selector)].some((e) => e.textContent.includes(text));
-          if (has !== isThere || window.shownAt !== undefined) return;
-          window.shownAt = Date.now();
-          watch.disconnect();
-        };
-        const watch = new MutationObserver(look);
-        watch.observe(document.body, { childList: true, subtree: true });""", selector, text, is_there)
-    begin = time.time() * 1000
-    write()
-    browser.wait("return window.shownAt !== undefined")
-    return browser.run("return window.shownAt") - begin
 
 
 def check_a_save_shows(browser, page):
@@ -54,17 +33,17 @@ def check_a_save_shows(browser, page):
     browser.go("#/findings?severity=error")
     field = browser.driver.find_element("css selector", "main input[type=search]")
     field.send_keys("img")
-    errors = int(texts(browser, ".totals .errors dd")[0])
+    errors = int(text_of(browser, ".totals .errors dd")[0])
     times = []
     for name in ("one", "two", "three"):
         times.append(shown_after(browser, ".card h3", f"img/{name}.gif", True,
                                  lambda: page.write_text(before + f'<img src="img/{name}.gif">')))
-        expect("marked as new", [text for text in texts(browser, ".card:has(.badge-new) h3") if name in text],
+        expect("marked as new", [text for text in text_of(browser, ".card:has(.badge-new) h3") if name in text],
                [f"img/{name}.gif is not there"])
-        assert "img/" + name in texts(browser, "#said")[0], texts(browser, "#said")
-        expect("errors", texts(browser, ".totals .errors dd"), [str(errors + 1)])
+        assert "img/" + name in text_of(browser, "#said")[0], text_of(browser, "#said")
+        expect("errors", text_of(browser, ".totals .errors dd"), [str(errors + 1)])
         times.append(shown_after(browser, ".card h3", f"img/{name}.gif", False, lambda: page.write_text(before)))
-        expect("errors", texts(browser, ".totals .errors dd"), [str(errors)])
+        expect("errors", text_of(browser, ".totals .errors dd"), [str(errors)])
     print("ms from the write to the view:", [round(ms) for ms in times])
     assert sorted(times)[len(times) // 2] < LIMIT, times
     browser.keys("/")
@@ -80,7 +59,7 @@ def check_all_is_fetched(browser, folder):
     browser.wait("return [...document.querySelectorAll('.link-row')].some((e) => e.textContent.includes('late.htm'))")
     expect("place", browser.run("return scrollY"), 200)
     browser.go("#/pages")
-    assert "late.htm" in texts(browser, "tbody th a"), texts(browser, "tbody th a")
+    assert "late.htm" in text_of(browser, "tbody th a"), text_of(browser, "tbody th a")
     (folder / "late.htm").unlink()
     browser.wait("return ![...document.querySelectorAll('tbody th a')].some((e) => e.textContent === 'late.htm')")
 
@@ -197,7 +176,7 @@ def check_lost(browser, address, page):
     between.cut(False)
     browser.wait(IS_LIVE)
     browser.wait("return document.querySelector('main').textContent.includes('img/meanwhile.gif')")
-    assert "1 new finding" in texts(browser, ".live summary")[0], texts(browser, ".live summary")
+    assert "1 new finding" in text_of(browser, ".live summary")[0], text_of(browser, ".live summary")
     browser.complaints()  # the browser tells of each attempt
     page.write_text(before)
     browser.wait("return !document.querySelector('main').textContent.includes('img/meanwhile.gif')")

@@ -19,49 +19,12 @@ import zlib
 
 from browser import Browser, Keys
 from reports import Sites, expect
+from views import act, areas, files_in, leaves, number_in
 
 PROGRAM, EXAMPLE = sys.argv[1:3]
 HOSTILE = ["<img src=x onerror=alert(1)>.html", "a\u202egpj.html", "b & \"q\".html"]
 MOST_ELEMENTS = 800
 DRAW_MS = 200
-
-AREAS = """return [...document.querySelectorAll(".map > .map-row .map-area")].map((area) => {
-    const box = area.getBBox();
-    const point = (area.getAttribute("d") ?? "").match(/^M(\\S+) ([^A-Za-z]+)/);
-    return { name: area.getAttribute("aria-label"), look: area.getAttribute("class").split("map-")[2],
-      box: [box.x, box.y, box.width, box.height], point: point && [Number(point[1]), Number(point[2])],
-      isStop: area.getAttribute("tabindex") === "0", hasFocus: area === document.activeElement };
-  });"""
-
-
-def areas(browser):
-    found = browser.run(AREAS)
-    for area in found:
-        area["name"], *facts = area["name"].split(", ")
-        area["facts"] = ", ".join(facts)
-    return found
-
-
-def number_in(area, words):
-    found = re.search(words + r" ([\d,]+)", area["facts"])
-    return int(found[1].replace(",", "")) if found else None
-
-
-def files_in(area):
-    return number_in(area, "holds") or 1
-
-
-def leaves(found):
-    return [area for area in found if area["look"] not in ("open", "elsewhere")]
-
-
-def act(browser, name, event):
-    """An event at the area of that name."""
-    browser.run("""const [name, event] = arguments;
-        const area = [...document.querySelectorAll(".map-area")]
-          .find((one) => one.getAttribute("aria-label")?.split(", ")[0] === name);
-        area.dispatchEvent(event === "click" ? new MouseEvent(event, { bubbles: true })
-                                             : new PointerEvent(event, { bubbles: true }));""", name, event)
 
 
 def overlap(one, other):

@@ -8,6 +8,10 @@ def expect(what, seen, wanted):
     assert seen == wanted, f"{what}:\n  {str(seen)[:2000]}\n  {str(wanted)[:2000]}"
 
 
+def path_below(name, folder):
+    return name.removeprefix(str(pathlib.Path(folder).resolve()) + "/")
+
+
 class Sites:
     """A database with sites, and their reports, in a folder."""
 

@@ -9,7 +9,7 @@ const CHOICES = [["", "all hosts"], ["bad", "hosts with faults"], ["unasked", "h
 
 export function showHosts(container, site, route) {
   fill(container, element("h2", { tabindex: "-1" }, "Hosts of other sites"));
-  if (site.urlCount === 0) {
+  if (site.data.hosts.length === 0) {
     container.append(nothing("This site links to no other site."));
     return "Hosts";
   }
@@ -34,6 +34,7 @@ function hostRows(site) {
     const rows = site.data.hosts.map((host) => ({ host, urls: [], links: 0, asked: 0, errors: 0,
       warnings: 0, words: "" }));
     site.data.urls.host.forEach((host, i) => {
+      if (host < 0) return;
       const url = site.fileCount + i;
       const row = rows[host];
       row.urls.push(url);
@@ -76,7 +77,7 @@ function hostColumns(site) {
 
 // Opened, it shows the URLs of the host.
 function hostCell(site, row) {
-  const details = element("details", {}, element("summary", {}, named(row.host || "(no host)")));
+  const details = element("details", {}, element("summary", {}, named(row.host)));
   details.addEventListener("toggle", () => {
     if (details.open && details.children.length === 1) {
       details.append(...shortList(row.urls, (url) => urlRow(site, url), ["URL"], 25));

@@ -74,7 +74,7 @@ function rowOf(site, path, kind) {
   const cut = path.lastIndexOf("/");
   const folder = site.folderPaths.indexOf(path.slice(0, Math.max(0, cut)));
   return { folder, name: folder < 0 ? path : path.slice(cut + 1), kind, size: -1, time: 0, family: 0,
-    title: "", weight: 0, requests: 0 };
+    title: "", weight: 0, played: 0, requests: 0 };
 }
 
 // Targets from `first` on are numbered higher by `more`: the first of them in each file moves, for

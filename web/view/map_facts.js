@@ -15,9 +15,11 @@ function factsOf(tree, item) {
       ["From the home page", depth < 0 ? "no way" : counted(depth, "click")],
       ["Findings in it", numberText(site.findingsIn(part.file).length)]];
   }
-  const some = (what) => (tree.sum(part, what) > 0 ? counted(tree.sum(part, what), "file") : "");
-  return [["Holds", counted(part.end - part.begin, "file")], ["Size", sizeText(tree.sum(part, "size"))],
-    ["Links to its files", numberText(tree.sum(part, "links"))], ["With errors", some("errors")],
+  // A folder has an area in each ring in which it has files.
+  const sum = (what) => (item.isOpen ? tree.sum(part, what) : tree.sumOf(item.files, what));
+  const some = (what) => (sum(what) > 0 ? counted(sum(what), "file") : "");
+  return [["Holds", counted(item.isOpen ? part.end - part.begin : item.files.length, "file")],
+    ["Size", sizeText(sum("size"))], ["Links to its files", numberText(sum("links"))], ["With errors", some("errors")],
     ["With warnings only", some("warnings")], ["Not there", some("missing")]];
 }
 

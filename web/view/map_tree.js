@@ -47,6 +47,12 @@ export class MapTree {
   // Over all files of a part; `what` is a name of `sums`.
   sum(part, what) { return this.sums[what][part.end] - this.sums[what][part.begin]; }
 
+  // Over the files at these positions.
+  sumOf(positions, what) {
+    const sums = this.sums[what];
+    return positions.reduce((sum, at) => sum + sums[at + 1] - sums[at], 0);
+  }
+
   // The folder with that path, or the nearest one above it that is an area of its own.
   folderAt(path) {
     let part = this.root;

@@ -54,7 +54,7 @@ function fileFacts(site, file) {
   return facts(
     ["Size", sizeText(site.sizeOf(file))],
     ["Weight with all it loads", isPage ? sizeText(weight) + " in " + counted(requests, "file") : ""],
-    ["Time on a slow phone", isPage ? "about " + secondsText(loadSeconds(weight, requests)) : ""],
+    ["Time on a slow phone", isPage ? "about " + secondsText(loadSeconds(site, file)) : ""],
     ["Changed", dateText(site.data.files.time[file])],
     ["Linked from", counted(site.inCountOf(file), "file")],
     ["Links to", isRead ? counted(site.outCountOf(file), "file or URL", "files and URLs") : ""],
@@ -77,8 +77,9 @@ function clicksText(site, file) {
 function urlFacts(site, url) {
   const state = urlState(site, url);
   const address = site.pathOf(url);
-  return [facts(["Answer", [mark(state.mark), " ", plain(state.words)]],
-    ["Host", named(site.data.hosts[site.data.urls.host[url - site.fileCount]])],
+  const host = site.data.urls.host[url - site.fileCount];
+  return [facts(["Answer", host < 0 ? "" : [mark(state.mark), " ", plain(state.words)]],
+    ["Host", host < 0 ? "" : named(site.data.hosts[host])],
     ["Linked from", counted(site.inCountOf(url), "file")]),
   /^https?:\/\//i.test(address) ? element("p", {}, element("a", { href: address, target: "_blank",
     rel: "noopener noreferrer" }, "Open it in a new tab")) : null];
@@ -130,7 +131,10 @@ function linksSection(site, file, direction) {
     site.pathOf(other).toLowerCase().includes(text.toLowerCase())),
   (link) => linkRow(site, link, direction), ["link"], FIRST_LINKS));
   show("");
-  const heading = [title + " ", element("small", {}, numberText(links.length))];
+  // As in the facts, where a file is not counted with those that lead to it.
+  const others = links.filter(({ other }) => other !== file).length;
+  const heading = [title + " ", element("small", {},
+    numberText(others) + (others < links.length ? " and itself" : ""))];
   if (links.length <= FIRST_LINKS) return section(heading, list);
   return section(heading, searchField("Search in " + title.toLowerCase(), "", show), list);
 }

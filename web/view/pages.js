@@ -9,8 +9,11 @@ const BYTES_A_SECOND = 200000;
 const ROUND_TRIP = 0.15;
 const AT_ONCE = 6;
 
-export function loadSeconds(weight, requests) {
-  return weight / BYTES_A_SECOND + ROUND_TRIP * (1 + Math.ceil(Math.max(0, requests - 1) / AT_ONCE));
+// Without sounds and films, which come while they play.
+export function loadSeconds(site, page) {
+  const requests = site.requestsOf(page);
+  return (site.weightOf(page) - site.data.files.played[page]) / BYTES_A_SECOND +
+    ROUND_TRIP * (1 + Math.ceil(Math.max(0, requests - 1) / AT_ONCE));
 }
 
 export function showPages(container, site, route) {
@@ -21,7 +24,7 @@ export function showPages(container, site, route) {
     values: { kind: "page", ...Object.fromEntries(route.params) } });
   fill(container, element("h2", { tabindex: "-1" }, "Pages and files"),
     element("p", { class: "note" }, "Weight is a page with all that it loads, each file once. ",
-      "The time is an estimate for a slow phone: 1.6 Mbit/s, 0.15 s a round trip, six files at a time."),
+      "The time is an estimate for a slow phone: 1.6 Mbit/s, 0.15 s a round trip, six files at a time, without sounds and films."),
     table.parts());
   table.refresh();
   return "Pages";
@@ -44,7 +47,7 @@ function weightOrSize(site, i) {
 }
 
 function secondsOf(site, i) {
-  return site.kindOf(i) === "page" ? loadSeconds(site.weightOf(i), site.requestsOf(i)) : 0;
+  return site.kindOf(i) === "page" ? loadSeconds(site, i) : 0;
 }
 
 const NUMBER = { class: "number", descends: true };
