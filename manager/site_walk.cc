@@ -59,15 +59,15 @@ int SiteWalk::Visit(const Folder& folder, platform::FindState* search,
     return 0;
   }
   const std::string path = folder.name + name;
-  if (found.isFolder()) return VisitFolder(folder, path + "\\", found);
+  if (found.isFolder()) return VisitFolder(folder, path + "\\", found, entry.mayBeLink);
   if (!found.isRegular() || IsIgnored(path)) return 0;
   return steps_.file(folder.number, path, found);
 }
 
 int SiteWalk::VisitFolder(const Folder& folder, const std::string& name,
-                          const platform::FileStat& found) {
+                          const platform::FileStat& found, bool mayBeLink) {
   if (IsIgnored(name)) return 0;
-  if (platform::IsLink(name.substr(0, name.size() - 1))) {
+  if (mayBeLink && platform::IsLink(name.substr(0, name.size() - 1))) {
     if (steps_.linkedFolder) steps_.linkedFolder(name);
     return 0;
   }

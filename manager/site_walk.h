@@ -58,7 +58,8 @@ class SiteWalk {
   [[nodiscard]] int WalkFolder(const Folder& folder);
   [[nodiscard]] int Visit(const Folder& folder, platform::FindState* search,
                           const platform::FindData& entry);
-  int VisitFolder(const Folder& folder, const std::string& name, const platform::FileStat& found);
+  int VisitFolder(const Folder& folder, const std::string& name, const platform::FileStat& found,
+                  bool mayBeLink);
   void LeaveOut(const Folder& folder, const std::string& name, const platform::FileStat& found);
   bool IsIgnored(const std::string& path) const;
 

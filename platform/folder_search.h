@@ -9,7 +9,8 @@ namespace zvrsit::platform {
 struct FileStat;
 
 struct FindData {
-  std::string name;  // last component only, spelled as on disk
+  std::string name;       // last component only, spelled as on disk
+  bool mayBeLink = true;  // false where the listing of a folder says that it is no link
 };
 
 struct FindState;

@@ -30,6 +30,7 @@ struct FindState {
   struct Name {
     std::size_t start;
     std::size_t length;
+    bool mayBeLink;
   };
   std::string names;        // those of the folder, one after the other
   std::vector<Name> order;  // of the answers
@@ -49,14 +50,15 @@ Folder OpenFolder(const std::string& native) {
   return {::opendir(native.c_str()), ::closedir};
 }
 
-// Calls `each` with every name of the folder; false when it cannot be read to its end.
+// Calls `each` with every name of the folder, and its type (DT_UNKNOWN where the file system does not
+// tell); false when it cannot be read to its end.
 template <class Each>
 bool ForEachName(DIR* folder, Each each) {
   for (;;) {
     errno = 0;
     const dirent* entry = ::readdir(folder);
     if (!entry) return errno == 0;
-    each(std::string_view(entry->d_name));
+    each(std::string_view(entry->d_name), entry->d_type);
   }
 }
 
@@ -73,12 +75,13 @@ FindHandle ListFolder(const std::string& folderPath) {
   state->nativeLength = native.size();
   state->folder = OpenFolder(native.empty() ? "." : native);
   if (!state->folder) return nullptr;
-  const auto add = [&state](std::string_view name) {
+  const auto add = [&state](std::string_view name, unsigned char type) {
     if (!CanBeNamed(name)) {
       state->unnamed.emplace_back(name);
       return;
     }
-    state->order.push_back({state->names.size(), name.size()});
+    const bool mayBeLink = type == DT_UNKNOWN || type == DT_LNK;
+    state->order.push_back({state->names.size(), name.size(), mayBeLink});
     state->names.append(name);
   };
   if (!ForEachName(state->folder.get(), add)) return nullptr;
@@ -96,7 +99,7 @@ std::string SpellingInListing(const std::string& nativeFolder, std::string_view 
   const Folder folder = OpenFolder(nativeFolder);
   if (!folder) return {};
   std::string best;
-  ForEachName(folder.get(), [&](std::string_view entry) {
+  ForEachName(folder.get(), [&](std::string_view entry, unsigned char) {
     if (!EqualButForCase(entry, name) || !CanBeNamed(entry)) return;
     if (best != name && (best.empty() || entry == name || entry < best)) best = entry;
   });
@@ -152,13 +155,15 @@ FindHandle FindFirst(const std::string& pattern, FindData& found) {
   }
   std::string spelling = SpellingOnDisk(pattern, name);
   if (spelling.empty()) return nullptr;
-  found.name = std::move(spelling);
+  found = {std::move(spelling)};
   return new FindState(pattern.substr(0, nameStart));
 }
 
 bool FindNext(FindHandle handle, FindData& found) {
   if (!handle || handle->next >= handle->order.size()) return false;
-  found.name = handle->textOf(handle->order[handle->next++]);
+  const FindState::Name& next = handle->order[handle->next++];
+  found.name = handle->textOf(next);
+  found.mayBeLink = next.mayBeLink;
   return true;
 }
 

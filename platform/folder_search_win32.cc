@@ -30,14 +30,14 @@ FindHandle FindFirst(const std::string& pattern, FindData& found) {
   WIN32_FIND_DATAA data;
   const HANDLE search = ::FindFirstFileA(native.c_str(), &data);
   if (search == INVALID_HANDLE_VALUE) return nullptr;
-  found.name = data.cFileName;
+  found = {data.cFileName, (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
   return new FindState{search, pattern.substr(0, LastComponent(pattern))};
 }
 
 bool FindNext(FindHandle handle, FindData& found) {
   WIN32_FIND_DATAA data;
   if (!handle || !::FindNextFileA(handle->search, &data)) return false;
-  found.name = data.cFileName;
+  found = {data.cFileName, (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
   return true;
 }
 

@@ -1,6 +1,7 @@
 // IdTable: one small value for each number, zero until set. The values lie in pieces, and a piece
 // is made when something in it is first set. So memory follows the numbers that are in use, not the
-// count that the header of a damaged file claims.
+// count that the header of a damaged file claims. Pieces come from blocks of many of them: for a
+// large table the system is asked for large pages, not for each piece.
 #pragma once
 
 #include <algorithm>
@@ -9,16 +10,23 @@
 #include <memory>
 #include <span>
 #include <stdexcept>
+#include <type_traits>
 #include <vector>
+
+#include "platform/large_memory.h"
 
 namespace zvrsit {
 
 template <class Value>
 class IdTable {
+  static_assert(std::is_trivially_destructible_v<Value>);
+
  public:
   // Makes it `count` zero values.
   void Reset(std::size_t count) {
     pieces_.clear();
+    blocks_.clear();
+    unused_ = 0;
     count_ = 0;
     Grow(count);
   }
@@ -34,14 +42,14 @@ class IdTable {
   // The value of an id; throws std::out_of_range for one that is not there.
   const Value& at(std::size_t id) const {
     Check(id);
-    const auto& piece = pieces_[id / kPiece];
+    const Value* const piece = pieces_[id / kPiece];
     return piece == nullptr ? zero_ : piece[id % kPiece];
   }
   // The same for writing.
   Value& slot(std::size_t id) {
     Check(id);
-    auto& piece = pieces_[id / kPiece];
-    if (piece == nullptr) piece = std::make_unique<Value[]>(kPiece);
+    Value*& piece = pieces_[id / kPiece];
+    if (piece == nullptr) piece = MakePiece();
     return piece[id % kPiece];
   }
 
@@ -51,7 +59,7 @@ class IdTable {
   template <class IsWanted>
   bool FindSet(IsWanted isWanted) const {
     for (std::size_t id = 0; id < count_; id += kPiece) {
-      const Value* piece = pieces_[id / kPiece].get();
+      const Value* piece = pieces_[id / kPiece];
       if (piece == nullptr) continue;
       const std::size_t used = count_ - id < kPiece ? count_ - id : kPiece;
       for (std::size_t at = 0; at < used; ++at) {
@@ -69,7 +77,7 @@ class IdTable {
   void ForEachPiece(Visit visit) const {
     for (std::size_t i = 0; i < pieces_.size(); ++i) {
       if (pieces_[i] != nullptr) {
-        visit(i * kPiece, std::span<const Value, kPiece>(pieces_[i].get(), kPiece));
+        visit(i * kPiece, std::span<const Value, kPiece>(pieces_[i], kPiece));
       }
     }
   }
@@ -77,7 +85,7 @@ class IdTable {
   // Calls change(value) for each value that differs from zero, in ascending order of the ids.
   template <class Change>
   void ForEachSet(Change change) {
-    for (const auto& piece : pieces_) {
+    for (Value* const piece : pieces_) {
       if (piece == nullptr) continue;
       for (std::size_t at = 0; at < kPiece; ++at) {
         if (piece[at] != zero_) change(piece[at]);
@@ -88,7 +96,7 @@ class IdTable {
   // The first id from `id` on whose value is zero, or size().
   std::size_t FindZero(std::size_t id) const {
     for (; id < count_; id = (id / kPiece + 1) * kPiece) {
-      const Value* const piece = pieces_[id / kPiece].get();
+      const Value* const piece = pieces_[id / kPiece];
       if (piece == nullptr) return id;
       const std::size_t used = std::min(count_ - id / kPiece * kPiece, kPiece);
       const Value* const found = std::find(piece + id % kPiece, piece + used, zero_);
@@ -109,8 +117,29 @@ class IdTable {
     if (id >= count_) throw std::out_of_range("invalid vector<T> subscript");
   }
 
+  // Throws std::bad_alloc.
+  Value* MakePiece() {
+    constexpr std::size_t kPieceBytes = kPiece * sizeof(Value);
+    if (unused_ == 0) {
+      const std::size_t wanted = std::min(pieces_.size(), kMostPiecesAtOnce);
+      platform::LargeBuffer block;
+      if (!block.Grow(wanted * kPieceBytes)) throw std::bad_alloc();
+      blocks_.push_back(std::move(block));
+      unused_ = wanted;
+    }
+    void* const place = blocks_.back().get() + blocks_.back().length() - unused_ * kPieceBytes;
+    --unused_;
+    Value* const piece = static_cast<Value*>(place);
+    std::uninitialized_value_construct_n(piece, kPiece);
+    return piece;
+  }
+
+  static constexpr std::size_t kMostPiecesAtOnce = 512;  // 2 MB: one large page
+
   inline static const Value zero_{};
-  std::vector<std::unique_ptr<Value[]>> pieces_;
+  std::vector<Value*> pieces_;  // null for one that was not made
+  std::vector<platform::LargeBuffer> blocks_;
+  std::size_t unused_ = 0;  // the pieces at the end of the last block
   std::size_t count_ = 0;
 };
 
