@@ -47,7 +47,7 @@ void AddServerCommands(CLI::App& app, const Options& options, Run& run);
 void AddLegacyCommands(CLI::App& app, const Options& options, Run& run);
 
 // manual, completion
-void AddManualCommands(CLI::App& app, Run& run);
+void AddManualCommands(CLI::App& app, const Options& options, Run& run);
 
 // The positional NAME of a site.
 void AddSiteName(CLI::App& command, std::string& name);

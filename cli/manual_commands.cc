@@ -6,7 +6,7 @@
 
 namespace zvrsit::cli {
 
-void AddManualCommands(CLI::App& app, Run& run) {
+void AddManualCommands(CLI::App& app, const Options& /*options*/, Run& run) {
   app.add_subcommand("manual", "Print the manual page, for man -l -")->callback([&app, &run] {
     run = [&app] {
       Print("{}", ManualPage(CommandsOf(app), Version()));
