@@ -48,6 +48,7 @@ void SetMarks(Session& session, const std::vector<Mark>& marks) {
 bool UpdateOpenSite(Session& session, const std::string& name, bool showsProgress, Updated& updated,
                     std::vector<Mark>& marks) {
   session.HoldSite(name);
+  session.manager().SetMapsTables(true);  // nobody else comes near them before they are closed
   const bool isWhole = session.manager().NeedToRebuild(name) == kRebuilt;
   if (!session.OpenIfSound(name)) return false;
   marks = ListMarks(session);

@@ -55,6 +55,7 @@ struct SiteMgrBase::Inside {
 
   std::string siteProfPath;                      // of the record file of the site profiles
   std::unique_ptr<SiteLocks> locks;              // null where locking is off
+  bool mapsTables = false;                       // SetMapsTables
   std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
 
   // For SiteMgr: what is kept of the pages that were read; null when nothing is.

@@ -14,6 +14,10 @@ void SiteMgrBase::SetLocking(Locking locking, int patience) {
   }
 }
 
+void SiteMgrBase::SetMapsTables(bool maps) {
+  inside->mapsTables = maps;
+}
+
 bool SiteMgrBase::FoundInUse() const {
   return inside->locks != nullptr && inside->locks->foundInUse();
 }

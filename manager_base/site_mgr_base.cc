@@ -196,6 +196,9 @@ void SiteMgrBase::Work::OpenTables(const SiteTableNames& names) {
   if (base_.inside->onlyAsks()) {
     for (SiteTable* const table : Tables()) table->SetReadOnly();
   }
+  if (base_.inside->mapsTables) {
+    for (SiteTable* const table : Tables()) table->SetMapped();
+  }
   const std::string& dir = *base_.dbDir;
   const int results[] = {base_.urlDB->Open(dir + names[0]), base_.pathDB->Open(dir + names[1]),
                          base_.linkDB->Open(dir + names[2]), base_.folderDB->Open(dir + names[3]),

@@ -78,6 +78,10 @@ class ZVRSIT_API SiteMgrBase {
   // site of a manager that only asks: such a manager then answers from memory.
   int LockSite(int siteId);
   void UnlockSite(int siteId);
+  // With true, the openings of sites that follow map large tables instead of reading them: an
+  // opening that asks little takes half of the time. Only for one who keeps everybody else from
+  // changing the site until it is closed, as with kChange: who cuts a mapped file ends the process.
+  void SetMapsTables(bool maps);
   // Whether the last lock that an operation needed was refused because another manager held it.
   bool FoundInUse() const;
   // The system's error number (errno) of the last call to it that failed in this thread.

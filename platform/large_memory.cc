@@ -88,11 +88,24 @@ void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
   if (!IsLarge(oldBytes) && !IsLarge(newBytes)) {
     return std::realloc(block, newBytes == 0 ? 1 : newBytes);
   }
-  void* const resized = AllocateLarge(newBytes);
-  if (resized == nullptr) return nullptr;
-  std::memcpy(resized, block, std::min(oldBytes, newBytes));
-  FreeLarge(block, oldBytes);
-  return resized;
+  return CopyLarge(block, oldBytes, newBytes);
+}
+
+void* MapLarge(int fd, std::size_t fileBytes, std::size_t bytes) {
+#if defined(MADV_POPULATE_READ)
+  if (MustFail()) return nullptr;
+  constexpr int kProtection = PROT_READ | PROT_WRITE;
+  const std::size_t length = WholePages(bytes);
+  void* const block = mmap(nullptr, length, kProtection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (block == MAP_FAILED) return nullptr;
+  // Without the advice a file that cannot be read would end the process when it is first used.
+  if (mmap(block, fileBytes, kProtection, MAP_PRIVATE | MAP_FIXED, fd, 0) != MAP_FAILED &&
+      madvise(block, fileBytes, MADV_POPULATE_READ) == 0) {
+    return block;
+  }
+  munmap(block, length);
+#endif
+  return nullptr;
 }
 
 void FreeLarge(void* block, std::size_t bytes) {
@@ -116,10 +129,22 @@ void* ResizeLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
   return std::realloc(block, newBytes == 0 ? 1 : newBytes);
 }
 
+void* MapLarge(int, std::size_t, std::size_t) {
+  return nullptr;
+}
+
 void FreeLarge(void* block, std::size_t) {
   std::free(block);
 }
 
 #endif
+
+void* CopyLarge(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  void* const copy = AllocateLarge(newBytes);
+  if (copy == nullptr) return nullptr;
+  std::memcpy(copy, block, std::min(oldBytes, newBytes));
+  FreeLarge(block, oldBytes);
+  return copy;
+}
 
 }  // namespace zvrsit::platform

@@ -39,8 +39,9 @@ constexpr std::uint32_t CapacityFor(std::uint32_t size) {
 
 }  // namespace
 
-int FileImage::Load(int fd, const platform::FileStat& onDisk) {
+int FileImage::Load(int fd, const platform::FileStat& onDisk, bool maps) {
   Drop();
+  if (maps && onDisk.size >= kSmallFile && Map(fd, onDisk)) return 0;
   if (!Reserve(CapacityFor(onDisk.size))) {
     Drop();
     return -1;
@@ -51,6 +52,19 @@ int FileImage::Load(int fd, const platform::FileStat& onDisk) {
   std::memset(bytes_.get() + known, 0, capacity_ - known);
   if (read == onDisk.size) NoteLoaded(onDisk);
   return 0;
+}
+
+bool FileImage::Map(int fd, const platform::FileStat& onDisk) {
+  constexpr std::uint32_t kRoomToGrow = 4 << 20;
+  const std::uint32_t capacity = CapacityFor(onDisk.size);
+  if (capacity > kLargestFile - kRoomToGrow ||
+      !bytes_.Map(fd, onDisk.size, capacity + kRoomToGrow)) {
+    return false;
+  }
+  size_ = onDisk.size;
+  capacity_ = capacity;
+  NoteLoaded(onDisk);
+  return true;
 }
 
 // The image is what the file was at these times. They are noted when their step is over: any write

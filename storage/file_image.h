@@ -44,8 +44,9 @@ class FileImage {
 
   // Reads the open file `fd`, whose status was `onDisk`. A file whose status could not be read is
   // given with size 0. A read that fails leaves an empty image. A read that is short leaves zeros
-  // where no bytes came. 0, or -1 without memory.
-  [[nodiscard]] int Load(int fd, const platform::FileStat& onDisk);
+  // where no bytes came. 0, or -1 without memory. With `maps` a large file is mapped where that can
+  // be done: then nobody else may change it before Drop.
+  [[nodiscard]] int Load(int fd, const platform::FileStat& onDisk, bool maps = false);
   // Writes to the open file what has changed. 0, or -1; the next Save then writes all.
   [[nodiscard]] int Save(int fd);
   // To be called after a Save when the file stays open: it makes it possible that the next Save
@@ -95,6 +96,7 @@ class FileImage {
   }
   char* Extend(std::int32_t offset, std::int32_t length);
   [[nodiscard]] bool Reserve(std::uint32_t end);
+  bool Map(int fd, const platform::FileStat& onDisk);
   void NoteLoaded(const platform::FileStat& onDisk);
   bool IsAsNoted(int fd) const;
   int Write(int fd, std::size_t from, std::size_t to) const;

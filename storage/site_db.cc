@@ -68,7 +68,7 @@ int SiteDB::OpenWhole() {
   fd = OpenDescriptor();
   if (fd < 0) return -1;
   const bool isCut = readOnly_ && stat.size < kHeaderSize;
-  if (isCut || stat.size > FileImage::kLargestFile || image.Load(fd, stat) < 0) {
+  if (isCut || stat.size > FileImage::kLargestFile || image.Load(fd, stat, maps_) < 0) {
     Abandon();
     return -1;
   }

@@ -50,6 +50,10 @@ class SiteDB {
   // to, it gives -1. In whole-file mode changes stay in memory, and Flush and Close give -1 after
   // one.
   void SetReadOnly() { readOnly_ = true; }
+  // Whole-file mode: a large file is mapped by Open, not read. Only for a caller who keeps
+  // everybody else from changing the file while it is open: another process that cut it would end
+  // this one.
+  void SetMapped() { maps_ = true; }
 
   // Opens the file; makes it when it is missing. 0, or -1, which leaves it closed. For a file that
   // is open already: whole-file mode gives -1; direct mode opens it again and never closes the
@@ -143,6 +147,7 @@ class SiteDB {
   [[nodiscard]] int OpenDescriptor() const;
 
   bool readOnly_ = false;
+  bool maps_ = false;
 };
 
 }  // namespace zvrsit

@@ -36,6 +36,10 @@ int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordTy
     records_->SetReadOnly();
     strings_->SetReadOnly();
   }
+  if (maps_) {
+    records_->SetMapped();
+    strings_->SetMapped();
+  }
   return records_->Open() < 0 || strings_->Open() < 0 ? -1 : 0;
 }
 

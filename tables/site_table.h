@@ -24,6 +24,8 @@ class SiteTable {
 
   // Before the table is opened: both files are only read (SiteDB::SetReadOnly says more).
   void SetReadOnly() { readOnly_ = true; }
+  // Before the table is opened: large files are mapped (SiteDB::SetMapped says for whom).
+  void SetMapped() { maps_ = true; }
 
   // Closes the record file, then the string store, and frees each one that was closed. 0 or -1. The
   // index over names stays.
@@ -75,6 +77,7 @@ class SiteTable {
 
   bool wasOpened_ = false;
   bool readOnly_ = false;
+  bool maps_ = false;
 };
 
 }  // namespace zvrsit
