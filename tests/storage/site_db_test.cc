@@ -185,10 +185,13 @@ class LargeFile : public testing::Test {
 
 TEST_F(LargeFile, IsOnDiskAsInMemoryWhateverWasChanged) {
   std::mt19937 random(5);
-  for (int round = 0; round < 30; ++round) {
+  for (int round = 0; round < 40; ++round) {
+    if (round == 20) db_.SetMapped();  // from the next Open on
     for (auto left = random() % 6; left > 0; --left) {
       Write(24 + random() % bytes_.size(), std::string(random() % 9000, "bcdefg"[left]));
     }
+    // Beyond the room that a mapped file has.
+    if (round % 20 == 19) Write(bytes_.size(), std::string(5 << 20, 'h'));
     ASSERT_EQ(random() % 2 != 0 ? db_.Flush() : db_.Close(), 0);
     ASSERT_TRUE(OnDisk() == bytes_) << round;
     if (!db_.isOpen()) OpenLater();
