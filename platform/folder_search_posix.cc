@@ -50,8 +50,8 @@ Folder OpenFolder(const std::string& native) {
   return {::opendir(native.c_str()), ::closedir};
 }
 
-// Calls `each` with every name of the folder, and its type (DT_UNKNOWN where the file system does not
-// tell); false when it cannot be read to its end.
+// Calls `each` with every name of the folder, and its type (DT_UNKNOWN where the file system does
+// not tell); false when it cannot be read to its end.
 template <class Each>
 bool ForEachName(DIR* folder, Each each) {
   for (;;) {
