@@ -32,9 +32,14 @@ nanoseconds LastChange(const platform::FileStat& stat) {
   return nanoseconds(std::max(stat.modificationNanoseconds, stat.changeNanoseconds));
 }
 
+// The last step ends one byte beyond the longest file.
+constexpr std::uint32_t Limited(std::uint32_t capacity) {
+  return std::min(capacity, static_cast<std::uint32_t>(FileImage::kLargestFile));
+}
+
 // How much is reserved when a file of that size is opened.
 constexpr std::uint32_t CapacityFor(std::uint32_t size) {
-  return (size / kStep + 1) * kStep;
+  return Limited((size / kStep + 1) * kStep);
 }
 
 }  // namespace
@@ -164,7 +169,8 @@ char* FileImage::Extend(std::int32_t offset, std::int32_t length) {
 // `capacity_` grows in steps, but the memory itself doubles: so many small writes to a growing file
 // cost linear time. A failure leaves `capacity_` raised.
 bool FileImage::Reserve(std::uint32_t end) {
-  if (end > capacity_) capacity_ += (end - capacity_ + kStep - 1) / kStep * kStep;
+  if (end > capacity_)
+    capacity_ = Limited(capacity_ + (end - capacity_ + kStep - 1) / kStep * kStep);
   if (end <= bytes_.length()) return true;
   // A process of 32 bits may have room for what is needed, but not for double the memory.
   return bytes_.Grow(std::max<std::size_t>(capacity_, bytes_.length() * 2)) ||
