@@ -1,5 +1,6 @@
 #include "cli/config.h"
 
+#include <fmt/core.h>
 #include <toml++/toml.h>
 
 #include <algorithm>

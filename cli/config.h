@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cli/external_options.h"
-#include "cli/site_profile.h"
+#include "cli/given_site.h"
 #include "findings/ignores.h"
 #include "findings/rules.h"
 

@@ -10,7 +10,6 @@
 #include "cli/native_name.h"
 #include "cli/table_files.h"
 #include "links/folder_documents.h"
-#include "links/live_address.h"
 #include "manager_base/site_locks.h"
 #include "platform/code_page.h"
 #include "platform/single_byte.h"
@@ -156,21 +155,6 @@ bool HasGiven(Session& session, const GivenSite& site, const SiteProfile& profil
   SiteProfile wanted = profile;
   Apply(session, given, wanted);
   return wanted == profile;
-}
-
-std::string FaultOfExtensions(const std::string& list) {
-  if (list.empty() || PageTypes::IsList(list)) return "";
-  return "\"" + list + "\" is no list of extensions, such as php,xhtml";
-}
-
-std::string FaultOfBaseUrl(const std::string& url) {
-  if (url.empty() || LiveAddress(url).isSet()) return "";
-  return "\"" + url + "\" is not the address of a folder, such as https://example.org/docs/";
-}
-
-std::string FaultOfRules(const std::string& rules) {
-  if (rules == "web" || rules == "classic") return "";
-  return "\"" + rules + "\" is neither web nor classic";
 }
 
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,

@@ -8,31 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "cli/given_site.h"
 #include "cli/output.h"
 #include "cli/session.h"
 #include "links/page_types.h"
 
 namespace zvrsit::cli {
-
-// What the command line says about a site. Fields that it does not give are not set. Names are
-// native.
-struct GivenSite {
-  std::optional<std::string> folder;
-  std::optional<std::string> top;                 // absolute, or relative to the folder
-  std::optional<std::string> defaultUrl;          // empty: none
-  std::optional<std::string> fallbackExtensions;  // empty: none; else what PageTypes takes
-  std::optional<std::string> docRoot;             // empty: none
-  std::optional<std::string> pageTypes;  // empty: the usual ones; else what PageTypes takes
-  std::optional<std::string> rules;      // "web" or "classic"
-  std::optional<std::string> server;     // empty: none
-  std::optional<std::string> baseUrl;    // empty: none; else what LiveAddress takes
-};
-
-// What is wrong with a value of baseUrl, of pageTypes or fallbackExtensions, or of rules; empty for
-// nothing.
-std::string FaultOfBaseUrl(const std::string& url);
-std::string FaultOfExtensions(const std::string& list);
-std::string FaultOfRules(const std::string& rules);
 
 // An option whose value stays unset unless it is given.
 CLI::Option* AddGiven(CLI::App& command, const std::string& name, std::optional<std::string>& value,

@@ -7,6 +7,7 @@
 #include "cli/external_check.h"
 #include "cli/freshness.h"
 #include "cli/output.h"
+#include "cli/site_profile.h"
 #include "findings/owned_cells.h"
 #include "findings/url_check.h"
 

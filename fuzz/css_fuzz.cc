@@ -9,7 +9,7 @@
 #include "fuzz/target.h"
 #include "platform/code_page.h"
 
-namespace zvrsit {
+namespace zvrsit::fuzz {
 namespace {
 
 // Tokens cover the text without a gap.
@@ -36,20 +36,14 @@ void ReadSheet(std::string_view bytes, CssSource source) {
   }
 }
 
-}  // namespace
-}  // namespace zvrsit
-
 // The first byte chooses the code page and what kind of text the rest is.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  zvrsit::platform::SetCodePage((data[0] & 1) == 0 ? zvrsit::platform::kUtf8 : 932);
-  const std::string bytes(data + 1, data + size);
-  zvrsit::ReadSheet(
-      bytes, (data[0] & 2) == 0 ? zvrsit::CssSource::kSheet : zvrsit::CssSource::kDeclarations);
-  return 0;
+void ReadCss(std::string_view input) {
+  if (input.empty()) return;
+  platform::SetCodePage((input[0] & 1) == 0 ? platform::kUtf8 : 932);
+  ReadSheet(input.substr(1), (input[0] & 2) == 0 ? CssSource::kSheet : CssSource::kDeclarations);
 }
 
-std::vector<std::string> FuzzSeeds() {
+std::vector<std::string> CssSeeds() {
   using namespace std::string_literals;
   return {
       "0@charset \"utf-8\";@layer a;@import \"b.css\" screen;@import url( c.css );@namespace "
@@ -62,3 +56,9 @@ std::vector<std::string> FuzzSeeds() {
       "0\xFF\xFE@\0i\0m\0p\0o\0r\0t\0 \0\"\0a\0\"\0;\0"s,
   };
 }
+
+}  // namespace
+
+const Target kCssTarget = {"css", &ReadCss, &CssSeeds};
+
+}  // namespace zvrsit::fuzz

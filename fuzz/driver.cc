@@ -1,7 +1,7 @@
-// Runs a fuzz target without libFuzzer:  fuzz_X [--rounds N] [--seeds FOLDER] [FILE]...
+// The targets without libFuzzer:  fuzz --target=NAME [--rounds N] [--seeds FOLDER] [FILE]...
 // With files it reads each of them once, as to look into a finding. Else it reads the target's
-// seeds and N changed ones (2000), always the same. --seeds writes the seeds to a folder, as a
-// corpus to begin with.
+// seeds and N changed ones (2000), always the same.
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -11,16 +11,11 @@
 #include <string_view>
 #include <vector>
 
-#include "fuzz/seeds.h"
 #include "fuzz/target.h"
 
 namespace {
 
 constexpr std::size_t kLargest = std::size_t{1} << 16;
-
-void Read(const std::string& input) {
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
-}
 
 // Changes inputs in ways that break readers: bytes, words that are counts or offsets, cuts,
 // repetitions, and pieces of one input in another.
@@ -76,36 +71,36 @@ class Mutator {
   std::mt19937 random_;  // its default seed
 };
 
-int ReadFile(const char* name) {
+int ReadFile(const zvrsit::fuzz::Target& target, const char* name) {
   std::ifstream in(name, std::ios::binary);
   if (!in) {
     std::fprintf(stderr, "%s: cannot be read\n", name);
     return 1;
   }
-  Read({std::istreambuf_iterator<char>(in), {}});
+  target.read(std::string{std::istreambuf_iterator<char>(in), {}});
   return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> seeds = FuzzSeeds();
+  const zvrsit::fuzz::Target& target = zvrsit::fuzz::TargetOf(argc, argv);
+  zvrsit::fuzz::WriteSeedsIfWanted(target, argc, argv);
   long rounds = 2000;
   bool readFiles = false;
   for (int i = 1; i < argc; ++i) {
     const std::string_view argument = argv[i];
     if (argument == "--rounds" && i + 1 < argc) {
       rounds = std::atol(argv[++i]);
-    } else if (argument == "--seeds" && i + 1 < argc) {
-      return WriteSeeds(argv[++i]);
-    } else {
+    } else if (!argument.starts_with("--")) {
       readFiles = true;
-      if (ReadFile(argv[i]) != 0) return 1;
+      if (ReadFile(target, argv[i]) != 0) return 1;
     }
   }
   if (readFiles) return 0;
-  for (const std::string& seed : seeds) Read(seed);
+  const std::vector<std::string> seeds = target.seeds();
+  for (const std::string& seed : seeds) target.read(seed);
   Mutator mutator(seeds);
-  for (; rounds > 0; --rounds) Read(mutator.Next());
+  for (; rounds > 0; --rounds) target.read(mutator.Next());
   return 0;
 }

@@ -12,7 +12,7 @@
 #include "links/target_resolver.h"
 #include "platform/code_page.h"
 
-namespace zvrsit {
+namespace zvrsit::fuzz {
 namespace {
 
 void ResolveAll(const PageRows& rows, LinkRules rules) {
@@ -26,7 +26,7 @@ void ResolveAll(const PageRows& rows, LinkRules rules) {
   }
 }
 
-void ReadPage(const std::string& bytes) {
+void ReadPage(std::string_view bytes) {
   CodeConv conversion;
   if (!conversion.Import(bytes.data(), bytes.size(), 0)) return;
   Document document;
@@ -62,18 +62,14 @@ void ReadPage(const std::string& bytes) {
   }
 }
 
-}  // namespace
-}  // namespace zvrsit
-
 // The first byte chooses the code page.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  zvrsit::platform::SetCodePage(data[0] % 2 == 0 ? zvrsit::platform::kUtf8 : 932);
-  zvrsit::ReadPage(std::string(data + 1, data + size));
-  return 0;
+void ReadHtml(std::string_view input) {
+  if (input.empty()) return;
+  platform::SetCodePage(input[0] % 2 == 0 ? platform::kUtf8 : 932);
+  ReadPage(input.substr(1));
 }
 
-std::vector<std::string> FuzzSeeds() {
+std::vector<std::string> HtmlSeeds() {
   using namespace std::string_literals;
   return {
       "0<!DOCTYPE html><title>A &amp; B</title><meta name=Keywords content='a,b'><base href=sub/>"
@@ -102,3 +98,9 @@ std::vector<std::string> FuzzSeeds() {
       "0Sitemap: /a # b\n/a/* x=:y /b/:splat/:y 301!\n/:p/b http://h/:p 302 Language=fr\n/c /d",
   };
 }
+
+}  // namespace
+
+const Target kHtmlTarget = {"html", &ReadHtml, &HtmlSeeds};
+
+}  // namespace zvrsit::fuzz

@@ -1,8 +1,15 @@
-// A target with libFuzzer writes its seeds too:  fuzz_X --seeds FOLDER
-#include <cstdlib>
-#include <string_view>
+// The targets with libFuzzer:  fuzz --target=NAME [--seeds FOLDER] [OPTION OF LIBFUZZER]...
+// libFuzzer leaves out what begins with two hyphens.
+#include <cstddef>
+#include <cstdint>
 
-#include "fuzz/seeds.h"
+#include "fuzz/target.h"
+
+namespace {
+
+const zvrsit::fuzz::Target* chosen = nullptr;
+
+}  // namespace
 
 // libcurl 7.88 loses 8 bytes of each host that is no name.
 extern "C" const char* __lsan_default_suppressions() {
@@ -10,7 +17,12 @@ extern "C" const char* __lsan_default_suppressions() {
 }
 
 extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
-  const char* const* const words = *arguments;
-  if (*count == 3 && std::string_view(words[1]) == "--seeds") std::exit(WriteSeeds(words[2]));
+  chosen = &zvrsit::fuzz::TargetOf(*count, *arguments);
+  zvrsit::fuzz::WriteSeedsIfWanted(*chosen, *count, *arguments);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  chosen->read({reinterpret_cast<const char*>(data), size});
   return 0;
 }

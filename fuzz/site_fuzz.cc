@@ -1,5 +1,6 @@
 // A small site: it is read, asked, changed and brought up to date. The tables of an update are
-// those of a rebuild; what a move would change can be applied; and nothing is damaged.
+// those of a rebuild, and so is what is wrong with the site; what a move would change can be
+// applied; and nothing is damaged.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -9,12 +10,15 @@
 #include <string_view>
 #include <vector>
 
+#include "findings/compare.h"
+#include "findings/output.h"
+#include "findings/site_findings.h"
 #include "fuzz/target.h"
 #include "repair/file_edits.h"
 #include "repair/repair_plan.h"
 #include "support/site_tables.h"
 
-namespace zvrsit {
+namespace zvrsit::fuzz {
 namespace {
 
 namespace fs = std::filesystem;
@@ -98,36 +102,106 @@ void NeedSound(SiteMgr& manager) {
   if (manager.VerifySite("demo", faults) != 0 || !faults.isSound()) std::abort();
 }
 
-void Live(const Script& script, LinkRules rules) {
-  const test::TempFolder folder;
-  folder.write("site/index.html", "");
-  folder.makeFolder("kept");
-  folder.makeFolder("fresh");
-  const SiteProfile profile = test::ProfileOf(folder, rules);
+// All rules on: what is wrong with the open site.
+class Wrong {
+ public:
+  Wrong(SiteMgr& manager, const SiteProfile& profile)
+      : folder_(profile.folders[kSlotSiteFolder]), findings_(manager, Site(profile), AllOn()) {}
+
+  void Collect() {
+    if (!findings_.Collect()) std::abort();
+  }
+  // What Collect would find now, after this update, is told place by place.
+  void Follow(const SiteUpdates& updates) {
+    std::vector<Finding> kept = findings_.List();
+    std::vector<Finding> before;
+    std::vector<Finding> after;
+    if (!findings_.Follow(updates, before, after)) std::abort();
+    std::vector<Finding> now = findings_.List();
+    TakeOutShared(kept, now);
+    TakeOutShared(before, after);
+    if (TextOf(kept) != TextOf(before) || TextOf(now) != TextOf(after)) {
+      std::cerr << "gone:\n" << TextOf(kept) << "told as gone:\n" << TextOf(before);
+      std::cerr << "new:\n" << TextOf(now) << "told as new:\n" << TextOf(after);
+      std::abort();
+    }
+  }
+  std::string Text() const { return TextOf(findings_.List()); }
+
+ private:
+  static FoundSite Site(const SiteProfile& profile) {
+    const auto typeOf = [](const std::string& native) {
+      std::error_code error;
+      return fs::status(native, error).type();
+    };
+    return {profile.folders[kSlotSiteFolder], profile.topFile, typeOf, {}};
+  }
+  static Severities AllOn() {
+    Severities all;
+    for (std::size_t i = 0; i < kRuleCount; ++i) all.Set(static_cast<Rule>(i), Severity::kError);
+    return all;
+  }
+  std::string TextOf(std::vector<Finding> findings) const {
+    FindingReport report;
+    report.folder = folder_;
+    report.findings = std::move(findings);
+    return FormatFindings(report, FindingFormat::kJsonl);
+  }
+
+  const std::string folder_;
+  SiteFindings findings_;
+};
+
+// The tables after an update, and what is wrong then, beside those after a rebuild.
+void NeedAsRebuilt(const test::SiteTables& kept, const Wrong& wrong, const test::TempFolder& folder,
+                   const SiteProfile& profile) {
+  test::SiteTables fresh(folder, "fresh", profile);
+  fresh.Rebuild();
+  Wrong anew(*fresh.mgr, profile);
+  anew.Collect();
+  std::vector<std::string> have = kept.Dump();
+  std::vector<std::string> want = fresh.Dump();
+  have.push_back(wrong.Text());
+  want.push_back(anew.Text());
+  if (have == want) return;
+  const auto [a, b] = std::ranges::mismatch(have, want);
+  std::cerr << "after the update: " << (a != have.end() ? *a : "")
+            << "\nafter a rebuild:  " << (b != want.end() ? *b : "") << "\n";
+  std::abort();
+}
+
+void Live(const Script& script, const test::TempFolder& folder, const SiteProfile& profile) {
   Write(folder, script.before);
   test::SiteTables kept(folder, "kept", profile);
   kept.Rebuild();
   Ask(*kept.mgr);
   PlanMoves(*kept.mgr, folder);
-  Write(folder, script.after);
-  SiteUpdates updates;
-  const int result = kept.mgr->SiteUpdate(updates, nullptr);
-  if (result != 0 && result != SiteMgr::kMustRebuild) std::abort();
-  if (result == 0) {
-    if (kept.mgr->FlushUpdated() != 0) std::abort();
-    test::SiteTables fresh(folder, "fresh", profile);
-    fresh.Rebuild();
-    const std::vector<std::string> have = kept.Dump();
-    const std::vector<std::string> want = fresh.Dump();
-    if (have != want) {
-      const auto [a, b] = std::ranges::mismatch(have, want);
-      std::cerr << "after the update: " << (a != have.end() ? *a : "")
-                << "\nafter a rebuild:  " << (b != want.end() ? *b : "") << "\n";
-      std::abort();
+  kept.mgr->KeepPageIds(true);
+  {
+    Wrong wrong(*kept.mgr, profile);
+    wrong.Collect();
+    Write(folder, script.after);
+    SiteUpdates updates;
+    const int result = kept.mgr->SiteUpdate(updates, nullptr);
+    if (result != 0 && result != SiteMgr::kMustRebuild) std::abort();
+    if (result == 0) {
+      if (kept.mgr->FlushUpdated() != 0) std::abort();
+      wrong.Follow(updates);
+      NeedAsRebuilt(kept, wrong, folder, profile);
     }
   }
   kept.mgr->SiteClose();
   NeedSound(*kept.mgr);
+}
+
+// The bits of the first byte choose the profile.
+SiteProfile ProfileFor(unsigned bits, const test::TempFolder& folder) {
+  SiteProfile profile =
+      test::ProfileOf(folder, (bits & 3) == 0 ? LinkRules::Classic : LinkRules::Web);
+  if ((bits & 4) != 0) profile.folders[kSlotFallbackExtensions] = "html";
+  if ((bits & 8) != 0) profile.folders[kSlotLiveUrl] = "http://h/x/";
+  if ((bits & 64) != 0) profile.defaultUrl = "a.html,index.html";
+  return profile;
 }
 
 std::string File(unsigned what, const std::string& content) {
@@ -136,19 +210,16 @@ std::string File(unsigned what, const std::string& content) {
          content;
 }
 
-}  // namespace
-}  // namespace zvrsit
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zvrsit;
-  if (size == 0) return 0;
-  const Script script({reinterpret_cast<const char*>(data) + 1, size - 1});
-  Live(script, data[0] % 4 == 0 ? LinkRules::Classic : LinkRules::Web);
-  return 0;
+void ReadSite(std::string_view input) {
+  if (input.empty()) return;
+  const test::TempFolder folder;
+  folder.write("site/index.html", "");
+  folder.makeFolder("kept");
+  folder.makeFolder("fresh");
+  Live(Script(input.substr(1)), folder, ProfileFor(static_cast<unsigned char>(input[0]), folder));
 }
 
-std::vector<std::string> FuzzSeeds() {
-  using zvrsit::File;
+std::vector<std::string> SiteSeeds() {
   return {
       "1" +
           File(0x00,
@@ -157,6 +228,12 @@ std::vector<std::string> FuzzSeeds() {
           File(0x21, "<p id=x><a href=d/>") + File(0x34, "<base href=e/><a href=b.html>") +
           File(0x06, "@import 'd/t.css';b{background:url(i.png)}") +
           File(0x17, "b{background:url(../i.png)}"),
+      "5" + File(0x10, "<a href=a><a href=http://h/x/d/><a href=d/a#x>") + File(0x23, "<p id=x>") +
+          File(0x14, "<a href=a#x>") + File(0x31, "<a href=d>"),
+      "E" + File(0x00, "<a href=d/#x><a href=d>") + File(0x13, "<p id=x><p id=x>") +
+          File(0x24, "<p id=y>") + File(0x2F, ""),
+      "I" + File(0x30, "<a href=http://h/x/A.html><a href=http://h/x/caf%C3%A9.html#a>") +
+          File(0x22, "<p id=a>") + File(0x1F, "<p id=a><a href=../x/a.html>"),
       "4" + File(0x30, "<frameset><frame src=a.html></frameset>") +
           File(0x11, "<a href=/index.html>"),
       "1" + File(0x0B, "/old /a.html 301\n/d/* /:splat\n") +
@@ -169,3 +246,9 @@ std::vector<std::string> FuzzSeeds() {
           File(0x2A, "<? echo ?><a href=<?= $x ?>>"),
   };
 }
+
+}  // namespace
+
+const Target kSiteTarget = {"site", &ReadSite, &SiteSeeds};
+
+}  // namespace zvrsit::fuzz

@@ -1,7 +1,8 @@
-// The pair of files of a table: whatever they hold, opening gives -1 or a table that can be asked,
-// written to and closed.
+// The files of a table, as they may lie on disk: opened, read, searched, written to and closed.
+// What was sound is sound afterwards.
 #include <algorithm>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,30 +13,36 @@
 #include "tables/site_link_db.h"
 #include "tables/site_path_db.h"
 #include "tables/site_rel_db.h"
+#include "tables/site_serv_prof_db.h"
+#include "tables/site_site_prof_db.h"
 #include "tables/site_url_db.h"
+#include "tables/table_check.h"
+#include "tables/table_dump.h"
 #include "util/little_endian.h"
 
-namespace zvrsit {
+namespace zvrsit::fuzz {
 namespace {
 
-constexpr std::size_t kHead = 8;  // of an input: which table, and the length of the record file
+// Of an input: which table, and the length of the record file.
+constexpr std::size_t kTableHead = 8;
 
-void ReadList(SitePathDB& table, SitePathRec& path) {
+void ReadTextList(SitePathDB& table, SitePathRec& path) {
   std::vector<std::int32_t> ids;
   (void)table.GetList(path, ids);
   std::string text;
   for (const std::int32_t id : ids) table.Text(id, text);
   (void)table.ReleaseTexts(path);
+  (void)table.Update(path);
 }
 
-void UsePaths(SitePathDB& table) {
+void UseTable(SitePathDB& table) {
   std::string text;
   for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) {
     SitePathRec path;
     if (table.Get(i, path) < 0) continue;
     (void)table.Name(i, text);
     (void)table.GetText(i, &SitePathRec::title, text);
-    if (i % 2 == 0) ReadList(table, path);
+    if (i % 2 == 0) ReadTextList(table, path);
   }
   table.Find("\\site\\a.htm");
   const int added = table.Add("\\site\\new.htm");
@@ -43,7 +50,7 @@ void UsePaths(SitePathDB& table) {
   if (added > 0) (void)table.Delete(added / 2);
 }
 
-void UseLinks(SiteLinkDB& table) {
+void UseTable(SiteLinkDB& table) {
   const UrlID page(kKindPath, 0);
   std::vector<int> numbers;
   (void)table.Query(page, kAnyUrlID, numbers);
@@ -57,45 +64,97 @@ void UseLinks(SiteLinkDB& table) {
   (void)table.Clear();
 }
 
-void UseNames(SiteUrlDB& table) {
+void UseTable(SiteRelDB& table) {
+  const UrlID folder(kKindFolder, 0);
+  std::vector<int> numbers;
+  (void)table.Query(folder, kAnyUrlID, numbers);
+  table.CountTo(folder);
+  const int added = table.Add(folder, UrlID(kKindPath, 7));
+  if (added > 0) (void)table.Delete(added / 2);
+  if (table.Count() > 3) (void)table.Clear();
+}
+
+template <class Rec>
+void UseTable(NamedTable<Rec>& table) {
   table.Find("http://a/");
   const int added = table.Add("http://b/");
   if (added > 0) (void)table.Delete(0);
   (void)table.Clear();
 }
 
-template <class Table, class Use>
-void OpenAndUse(const std::string& path, Use use) {
+// Every profile is read whole; the first is renamed, the last copied and deleted.
+template <class Table>
+void UseProfiles(Table& table) {
+  if (table.Find("copy") < 0) (void)table.Copy(table.Count() - 1, "copy");
+  (void)table.Rename(table.NextNumber(0), "renamed");
+  const int added = table.Add("new");
+  if (added >= 0 && table.Find("new") != added) std::abort();
+  if (added > 0) (void)table.Delete(added - 1);
+}
+void UseTable(SiteSiteProfDB& table) {
+  std::string text;
+  SiteTableNames names;
+  for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) {
+    (void)table.ReadTableNames(i, names);
+    for (int slot = -1; slot <= 10; ++slot) (void)table.GetFolder(i, slot, text);
+    (void)table.SetFolder(i, i % 10, "\\site\\");
+  }
+  UseProfiles(table);
+}
+void UseTable(SiteServProfDB& table) {
+  std::string text;
+  for (int i = table.NextNumber(0); i >= 0; i = table.NextNumber(i + 1)) {
+    (void)table.GetText(i, &SiteServRec::host, text);
+    if (table.GetPassword(i, &SiteServRec::password, text) < 0) continue;
+    if (table.SetPassword(i, &SiteServRec::password, text + "x") < 0) continue;
+    std::string again;
+    if (table.GetPassword(i, &SiteServRec::password, again) < 0 || again != text + "x") {
+      std::abort();
+    }
+  }
+  UseProfiles(table);
+}
+
+// The faults, with every record read word by word.
+TableFaults FaultsOf(TableKind kind, const std::string& path) {
+  TableFaults faults;
+  TableCheck(kind, path, faults).Check();
+  std::vector<TableFault> stopped;
+  const auto look = [](const DumpedRecord& record, void* sum) {
+    *static_cast<std::size_t*>(sum) += record.words.size();
+  };
+  std::size_t words = 0;
+  DumpRecords(kind, path, true, look, &words, stopped);
+  return faults;
+}
+
+template <class Table>
+void OpenAndUse(TableKind kind, const std::string& path) {
+  const bool wasSound = FaultsOf(kind, path).isSound();
   Table table;
-  if (table.Open(path) < 0) return;
-  use(table);
+  if constexpr (requires { table.Open(path, kOpenRestore); }) {
+    if (table.Open(path, kOpenBackUp) < 0) return;
+  } else {
+    if (table.Open(path) < 0) return;
+  }
+  UseTable(table);
   (void)table.Pack();
   (void)table.Flush();
   (void)table.Close();
+  const TableFaults after = FaultsOf(kind, path);
+  if (!wasSound || after.isSound()) return;
+  for (const TableFault& fault : after.told)
+    std::cerr << fault.offset << ": " << fault.what << "\n";
+  std::abort();
 }
 
-void UseTable(unsigned which, const std::string& path) {
-  switch (which % 3) {
-    case 0:
-      return OpenAndUse<SitePathDB>(path, UsePaths);
-    case 1:
-      return OpenAndUse<SiteLinkDB>(path, UseLinks);
-    default:
-      return OpenAndUse<SiteUrlDB>(path, UseNames);
-  }
-}
+constexpr void (*kTables[])(TableKind kind, const std::string& path) = {
+    &OpenAndUse<SiteUrlDB>,     &OpenAndUse<SitePathDB>, &OpenAndUse<SiteLinkDB>,
+    &OpenAndUse<SiteFolderDB>,  &OpenAndUse<SiteRelDB>,  &OpenAndUse<SiteSiteProfDB>,
+    &OpenAndUse<SiteServProfDB>};  // by TableKind
 
-// One input: the files of a small table.
-std::string SeedOf(unsigned which, const test::TempFolder& folder) {
-  const std::string records = test::ReadWhole(folder.native("tR"));
-  return test::Word(which) + test::Word(static_cast<std::uint32_t>(records.size())) + records +
-         test::ReadWhole(folder.native("tS"));
-}
-
-std::string PathSeed() {
-  const test::TempFolder folder;
-  SitePathDB table;
-  (void)table.Open(folder.path("tR"));
+// Fills a small table; one input are its files.
+void Fill(SitePathDB& table) {
   for (const char* name : {"\\site\\a.htm", "\\site\\b.htm", "\\site\\c.htm"}) {
     const int number = table.Add(name);
     (void)table.SetText(number, &SitePathRec::title, "title");
@@ -106,51 +165,79 @@ std::string PathSeed() {
     (void)table.Update(path);
   }
   (void)table.Delete(1);
-  (void)table.Close();
-  return SeedOf(0, folder);
 }
-
-std::string LinkSeed() {
-  const test::TempFolder folder;
-  SiteLinkDB table;
-  (void)table.Open(folder.path("tR"));
+void Fill(SiteLinkDB& table) {
   for (int i = 0; i < 4; ++i) {
     (void)table.Add("x.htm", UrlID(kKindPath, 0), UrlID(kKindPath, i / 2), i == 3 ? "alt" : "",
                     0x40);
     (void)table.Add("y.htm", UrlID(kKindPath, i), UrlID(kKindUrl, i), 0x200);
   }
   (void)table.Delete(0);
-  (void)table.Close();
-  return SeedOf(1, folder);
 }
-
-std::string UrlSeed() {
-  const test::TempFolder folder;
-  SiteUrlDB table;
-  (void)table.Open(folder.path("tR"));
+void Fill(SiteRelDB& table) {
+  for (int i = 0; i < 4; ++i) (void)table.Add(UrlID(kKindFolder, i / 2), UrlID(kKindPath, i));
+  (void)table.Delete(0);
+}
+template <class Rec>
+void Fill(NamedTable<Rec>& table) {
   for (const char* name : {"http://a/", "http://c/", "mailto:d"}) (void)table.Add(name);
   (void)table.Delete(1);
-  (void)table.Close();
-  return SeedOf(2, folder);
+}
+void Fill(SiteSiteProfDB& table) {
+  for (const char* name : {"one", "two", "three"}) {
+    const int number = table.Add(name);
+    (void)table.SetFolder(number, 1, "\\site\\");
+    (void)table.SetText(number, &SiteSiteRec::topFile, "\\site\\index.html");
+  }
+  (void)table.Delete(1);
+}
+void Fill(SiteServProfDB& table) {
+  for (const char* name : {"one", "two"}) {
+    const int number = table.Add(name);
+    (void)table.SetText(number, &SiteServRec::host, "ftp.example.org");
+    (void)table.SetPassword(number, &SiteServRec::password, "secret");
+  }
 }
 
-}  // namespace
-}  // namespace zvrsit
+template <class Table>
+std::string TableSeed(TableKind kind) {
+  const test::TempFolder folder;
+  Table table;
+  if constexpr (requires { table.Open("", kOpenPlain); }) {
+    (void)table.Open(folder.path("tR"), kOpenPlain);
+  } else {
+    (void)table.Open(folder.path("tR"));
+  }
+  Fill(table);
+  (void)table.Close();
+  const std::string records = test::ReadWhole(folder.native("tR"));
+  return test::Word(static_cast<std::uint32_t>(kind)) +
+         test::Word(static_cast<std::uint32_t>(records.size())) + records +
+         test::ReadWhole(folder.native("tS"));
+}
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zvrsit;
+void ReadTable(std::string_view input) {
   static const test::TempFolder folder;
-  if (size < kHead) return 0;
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-  const std::string_view files = bytes.substr(kHead);
-  const auto length = static_cast<std::uint32_t>(LoadLE32(data + 4));
+  if (input.size() < kTableHead) return;
+  const auto kind = static_cast<unsigned char>(input[0]) % std::size(kTables);
+  const std::string_view files = input.substr(kTableHead);
+  const auto length = static_cast<std::uint32_t>(LoadLE32(input.data() + 4));
   const std::size_t cut = std::min<std::size_t>(length, files.size());
   test::WriteWhole(folder.native("tR"), files.substr(0, cut));
   test::WriteWhole(folder.native("tS"), files.substr(cut));
-  UseTable(data[0], folder.path("tR"));
-  return 0;
+  kTables[kind](static_cast<TableKind>(kind), folder.path("tR"));
 }
 
-std::vector<std::string> FuzzSeeds() {
-  return {zvrsit::PathSeed(), zvrsit::LinkSeed(), zvrsit::UrlSeed()};
+std::vector<std::string> TableSeeds() {
+  return {
+      TableSeed<SiteUrlDB>(TableKind::kUrls),        TableSeed<SitePathDB>(TableKind::kFiles),
+      TableSeed<SiteLinkDB>(TableKind::kLinks),      TableSeed<SiteFolderDB>(TableKind::kFolders),
+      TableSeed<SiteRelDB>(TableKind::kRelations),   TableSeed<SiteSiteProfDB>(TableKind::kSites),
+      TableSeed<SiteServProfDB>(TableKind::kServers)};
 }
+
+}  // namespace
+
+const Target kTableTarget = {"table", &ReadTable, &TableSeeds};
+
+}  // namespace zvrsit::fuzz
