@@ -4,16 +4,20 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
+
+struct inotify_event;
 
 namespace zvrsit::cli {
 
 // Throws Failure(kUsage) where the program cannot watch folders.
 void NeedFolderWatch();
 
-// Watches folders of Linux, with inotify. It does not say what has changed, only that something may
-// have: whoever is told looks at all files.
+// Watches folders of Linux, with inotify. It does not say what has changed, only where something
+// may have.
 class FolderWatch {
  public:
   // Throws Failure(kFileSystem) when the system lets this user watch no more.
@@ -32,6 +36,9 @@ class FolderWatch {
              const std::vector<std::string>& files);
   // Whether folders have come or gone since, so that Watch is to be called again.
   bool foldersMoved() const { return foldersMoved_; }
+  // The native paths of the folders in which files have changed since this was asked last, and
+  // since then nothing has elsewhere. No value when something may have changed anywhere.
+  std::optional<std::vector<std::string>> TakeChangedFolders();
 
   enum class Met { kChange, kNothing, kReaderGone };
   // Waits until something changes, and then until nothing has changed for a moment, but for less
@@ -43,8 +50,12 @@ class FolderWatch {
  private:
   class Watched;
 
+  bool Note(const inotify_event& event);
+
   int fd_ = -1;
   bool foldersMoved_ = false;
+  bool isChangeAnywhere_ = true;
+  std::set<std::string> changedFolders_;
   std::unique_ptr<Watched> watched_;
 };
 

@@ -16,6 +16,7 @@
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 #include "cli/exit_code.h"
 #include "cli/folder_watch.h"
@@ -82,7 +83,9 @@ class FolderWatch::Watched {
   bool AddFolder(const fs::path& folder) {
     const int number = Add(folder);
     if (number < 0) return false;
-    listed_[number].all = true;
+    Names& names = listed_[number];
+    names.folder = names.all ? "" : folder.native();  // two paths lead to it
+    names.all = true;
     numbers_[folder.native()] = number;
     return true;
   }
@@ -117,25 +120,30 @@ class FolderWatch::Watched {
     if (!isKnown || !listed_[found->second].all) AddPath(file);
   }
 
-  // Notes what has happened to a folder.
-  void Meet(const inotify_event& event, bool& isChange, bool& foldersMoved) {
-    if ((event.mask & IN_Q_OVERFLOW) != 0) {
-      isChange = foldersMoved = true;
-      return;
-    }
+  // What an event says.
+  struct Met {
+    bool isChange = false;
+    bool foldersMoved = false;
+    std::string folder;  // where files have changed; empty when they may have anywhere
+  };
+  Met Meet(const inotify_event& event) {
+    if ((event.mask & IN_Q_OVERFLOW) != 0) return {true, true, {}};
     const auto found = watched_.find(event.wd);
-    if (found == watched_.end()) return;
+    if (found == watched_.end()) return {};
     const std::string_view name = event.len > 0 ? event.name : "";
     const bool isSelf = name.empty();
-    if (!found->second.all && !isSelf && !found->second.some.contains(name)) return;
-    isChange = true;
-    if (isSelf || (event.mask & IN_ISDIR) != 0 || !found->second.all) foldersMoved = true;
+    const Names& names = found->second;
+    if (!names.all && !isSelf && !names.some.contains(name)) return {};
+    const bool foldersMoved = isSelf || (event.mask & IN_ISDIR) != 0 || !names.all;
+    Met met{true, foldersMoved, foldersMoved ? std::string() : names.folder};
     if ((event.mask & IN_IGNORED) != 0) watched_.erase(found);
+    return met;
   }
 
  private:
   struct Names {
     bool all = false;
+    std::string folder;  // with `all`
     std::set<std::string, std::less<>> some;
   };
 
@@ -232,6 +240,21 @@ class SignalsWait {
 
 }  // namespace
 
+bool FolderWatch::Note(const inotify_event& event) {
+  Watched::Met met = watched_->Meet(event);
+  foldersMoved_ |= met.foldersMoved;
+  if (met.isChange && met.folder.empty()) isChangeAnywhere_ = true;
+  if (met.isChange && !isChangeAnywhere_) changedFolders_.insert(std::move(met.folder));
+  return met.isChange;
+}
+
+std::optional<std::vector<std::string>> FolderWatch::TakeChangedFolders() {
+  std::vector<std::string> folders(changedFolders_.begin(), changedFolders_.end());
+  changedFolders_.clear();
+  if (std::exchange(isChangeAnywhere_, false)) return std::nullopt;
+  return folders;
+}
+
 FolderWatch::Met FolderWatch::Wait(int milliseconds) {
   const SignalsWait signals;
   // Of stdout only errors are told.
@@ -251,7 +274,7 @@ FolderWatch::Met FolderWatch::Wait(int milliseconds) {
     const ssize_t count = read(fd_, events.data(), events.size());
     for (ssize_t at = 0; at < count;) {
       const auto* const event = reinterpret_cast<const inotify_event*>(events.data() + at);
-      watched_->Meet(*event, isChange, foldersMoved_);
+      isChange |= Note(*event);
       at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
     }
     if (isChange && !wasChange) first = Clock::now();

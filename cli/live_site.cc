@@ -40,6 +40,17 @@ std::string PathOnServerOf(const SiteProfile& profile) {
   return url.substr(path) + (url.ends_with('/') ? "" : "/");
 }
 
+// No value when one of them has no `\` path.
+std::optional<std::vector<std::string>> FolderPaths(const std::vector<std::string>& natives) {
+  std::vector<std::string> paths;
+  try {
+    for (const std::string& native : natives) paths.push_back(FolderPath(native));
+  } catch (const Failure&) {
+    return std::nullopt;
+  }
+  return paths;
+}
+
 }  // namespace
 
 LiveSite::LiveSite(const Options& options, std::string name, const FindingOptions& wanted)
@@ -83,10 +94,10 @@ void LiveSite::ReadConfiguration() {
   wanted_ = std::move(wanted);
 }
 
-FindingChange LiveSite::Follow() {
+FindingChange LiveSite::Follow(const std::optional<std::vector<std::string>>& folders) {
   ReadConfiguration();
   SiteUpdates updates;
-  if (session_ == nullptr || !UpdateOpen(updates)) OpenAnew();
+  if (session_ == nullptr || !UpdateOpen(folders, updates)) OpenAnew();
   FindingChange change;
   if (findings_ == nullptr) {
     StartFindings();
@@ -104,13 +115,17 @@ FindingChange LiveSite::Follow() {
 
 // Brings the open tables up to date. False when they are no longer those of the disk, or must be
 // made anew; then they are not open any more.
-bool LiveSite::UpdateOpen(SiteUpdates& updates) {
+bool LiveSite::UpdateOpen(const std::optional<std::vector<std::string>>& folders,
+                          SiteUpdates& updates) {
   bool isHeld = session_->HoldAgain();
   try {
     if (isHeld) {
       TerminalProgress progress(false);
       const NotOfTheSite leftOut(*session_);
-      isHeld = session_->manager().SiteUpdate(updates, progress.dialog()) == 0;
+      SiteMgr& manager = session_->manager();
+      const auto paths = folders ? FolderPaths(*folders) : std::nullopt;
+      isHeld = (paths ? manager.SiteUpdateFolders(*paths, updates, progress.dialog())
+                      : manager.SiteUpdate(updates, progress.dialog())) == 0;
       Interrupts::Check();
     }
     if (isHeld) session_->WriteUpdated();

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,8 +36,9 @@ class LiveSite {
   // Brings the database up to date with the disk and writes it, and gives what has become of the
   // findings; the first time, all are new. Only what has changed is read, unless that cannot be, or
   // others have written the tables meanwhile. Throws as UpdateSite, and InUse; what it could not do
-  // then, the next call does.
-  FindingChange Follow();
+  // then, the next call does. `folders`: native paths, the only ones in which files of the site
+  // have changed since the last call; without a value it looks everywhere.
+  FindingChange Follow(const std::optional<std::vector<std::string>>& folders);
 
   const std::string& name() const { return name_; }
   // The native folder of the site, with a separator at its end.
@@ -64,7 +66,7 @@ class LiveSite {
  private:
   void ReadProfileOf(Session& session);
   void ReadConfiguration();
-  bool UpdateOpen(SiteUpdates& updates);
+  bool UpdateOpen(const std::optional<std::vector<std::string>>& folders, SiteUpdates& updates);
   void OpenAnew();
   void StartFindings();
   void TellUnreadable();

@@ -20,6 +20,10 @@ namespace fs = std::filesystem;
 // How long it waits until it tries again, in milliseconds: for another process, and for files.
 constexpr int kForOthers = 200;
 constexpr int kForFiles = 2000;
+// How long after a change it looks at everything once more. By then no page is so young that an
+// update must read it again, as it does with those that were written within the second before it;
+// so the next change finds little to do. And what the system has not told of is found.
+constexpr int kForAll = 2200;
 // The folder of a site may be replaced by another one. So long it can be missing.
 constexpr std::chrono::milliseconds kReplacing(1000);
 
@@ -52,30 +56,37 @@ class WatchLoop {
   }
 
   bool Wait() {
-    const FolderWatch::Met met = folders_.Wait(retry_);
-    return met != FolderWatch::Met::kReaderGone;
+    met_ = folders_.Wait(retry_);
+    return met_ != FolderWatch::Met::kReaderGone;
   }
 
   // False when it is to be tried again.
   bool Follow() {
     std::unique_lock<std::mutex> lock;
     if (steps_.inUse != nullptr) lock = std::unique_lock(*steps_.inUse);
-    do {
+    for (;;) {
       FindingChange change;
       if (!TryToFollow(change)) return false;
       if (hasBegun_ && !change.isEmpty()) steps_.changed(change);
       if (hasBegun_ && steps_.followed) steps_.followed(change);
       hasBegun_ = true;
       files_ = site_.ListFiles();
-    } while (Watch());
+      if (!Watch()) break;
+      isTrue_ = false;
+    }
     told_.clear();
     return true;
   }
 
   bool TryToFollow(FindingChange& change) {
-    retry_ = -1;
+    const bool wasQuiet = isTrue_ && met_ == FolderWatch::Met::kNothing;
+    auto changed = folders_.TakeChangedFolders();
+    if (!isTrue_ || wasQuiet) changed.reset();
+    isTrue_ = false;
     try {
-      change = site_.Follow();
+      change = site_.Follow(changed);
+      isTrue_ = true;
+      retry_ = wasQuiet ? -1 : kForAll;
       return true;
     } catch (const InUse& failure) {
       retry_ = kForOthers;
@@ -109,6 +120,8 @@ class WatchLoop {
   FolderWatch folders_;
   std::vector<std::string> files_;  // that the site knows
   bool hasBegun_ = false;
+  bool isTrue_ = false;  // only what has happened since is to be looked at
+  FolderWatch::Met met_ = FolderWatch::Met::kChange;  // what it has waited for
   int retry_ = -1;    // milliseconds until it is tried again; -1: when something changes
   std::string told_;  // why it waits
 };

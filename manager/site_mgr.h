@@ -160,6 +160,13 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // files decides what links mean (update.h).
   static constexpr int kMustRebuild = 1;
   int SiteUpdate(SiteUpdates& updates, CZvrSiteRebuildProgressDlg* dlg);
+  // The same for one whom the system tells which folders change. Of the site it looks only into
+  // `folders` (`\` paths, with `\` at their ends), into those that SiteUpdate has not looked into
+  // since the site was opened, and at files that have several names or are links. Of the rest it
+  // takes for true what was seen last, so that all that has happened there since must be told. Only
+  // with KeepPageIds, else it is SiteUpdate.
+  int SiteUpdateFolders(const std::vector<std::string>& folders, SiteUpdates& updates,
+                        CZvrSiteRebuildProgressDlg* dlg);
   // Writes the tables of the open site to disk, and beside them a note, without which SiteUpdate
   // does not trust them. To be called right after SiteUpdate, or after a rebuild; or after PackSite
   // that followed. 0; or -1 when the tables cannot be written, or nothing of this has happened. A
@@ -259,7 +266,8 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // server code are not known, and a file that is no page has none: there, too, nothing is missing.
 
   // True: from now on the IDs of each page that is read for links are kept in memory, eight bytes
-  // for each ID, so that the next two operations need not read the page again. False: forgets them.
+  // for each ID, so that the next two operations need not read the page again; and the listings of
+  // folders, for SiteUpdateFolders. False: forgets them.
   void KeepPageIds(bool keep);
   // The links to files of the site whose fragment names nothing there, by number. Reads each such
   // file once, unless its IDs are kept. 0, or -1 without a site.

@@ -31,35 +31,64 @@ int SiteWalk::Run(const std::string& siteDir, int number) {
 }
 
 int SiteWalk::WalkFolder(const Folder& folder) {
+  if (listings_ != nullptr) {
+    const auto known = listings_->find(folder.name);
+    if (known != listings_->end()) return WalkListed(folder, known->second);
+  }
   platform::FindData found;
   const platform::FindHandle search = platform::FindFirst(folder.name + "*.*", found);
   if (search == nullptr) {
     steps_.unlisted(folder.name);
     return 0;
   }
+  FolderListing* const listing = listings_ == nullptr ? nullptr : &(*listings_)[folder.name];
   int result = 0;
   do {
-    result = Visit(folder, search, found);
+    result = Visit(folder, search, found, listing);
   } while (result >= 0 && platform::FindNext(search, found));
   for (const std::string& name : platform::FindNamesWithBackslash(search)) {
     platform::FileStat unnamed;
-    if (platform::StatFound(search, {name}, unnamed) == 0) LeaveOut(folder, name, unnamed);
+    if (platform::StatFound(search, {name}, unnamed) < 0) continue;
+    LeaveOut(folder, name, unnamed);
+    if (listing != nullptr) listing->unnamed.push_back({name, unnamed, false});
   }
   platform::FindClose(search);
   return result < 0 ? result : 0;
 }
 
+int SiteWalk::WalkListed(const Folder& folder, const FolderListing& listing) {
+  for (const FolderListing::Entry& entry : listing.entries) {
+    platform::FileStat stat;
+    if (entry.hasOtherPlace && platform::Stat(folder.name + entry.name, stat) < 0) continue;
+    const int result =
+        Meet(folder, entry.name, entry.hasOtherPlace ? stat : entry.stat, entry.hasOtherPlace);
+    if (result < 0) return result;
+  }
+  for (const auto& [name, stat, other] : listing.unnamed) LeaveOut(folder, name, stat);
+  return 0;
+}
+
 int SiteWalk::Visit(const Folder& folder, platform::FindState* search,
-                    const platform::FindData& entry) {
+                    const platform::FindData& entry, FolderListing* listing) {
   const std::string& name = entry.name;
+  if (name == "." || name == "..") return 0;
   platform::FileStat found;
-  if (name == "." || name == ".." || platform::StatFound(search, entry, found) < 0) return 0;
+  const bool isThere = platform::StatFound(search, entry, found) == 0;
+  if (listing != nullptr) {
+    const bool hasOtherNames = found.isRegular() && found.hasOtherNames;
+    listing->entries.push_back({name, found, !isThere || entry.mayBeLink || hasOtherNames});
+  }
+  return isThere ? Meet(folder, name, found, entry.mayBeLink) : 0;
+}
+
+int SiteWalk::Meet(const Folder& folder, const std::string& name, const platform::FileStat& found,
+                   bool mayBeLink) {
   if (FindLastHashMB(name) != std::string::npos) {
     LeaveOut(folder, name, found);
     return 0;
   }
   const std::string path = folder.name + name;
-  if (found.isFolder()) return VisitFolder(folder, path + "\\", found, entry.mayBeLink);
+  if (found.isFolder()) return VisitFolder(folder, path + "\\", found, mayBeLink);
   if (!found.isRegular() || IsIgnored(path)) return 0;
   return steps_.file(folder.number, path, found);
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "manager/site_mgr.h"
+#include "manager_base/folder_listings.h"
 
 namespace zvrsit {
 
@@ -46,6 +47,9 @@ class SiteWalk {
   SiteWalk(Steps steps, const PageTypes* types, SiteMgr::IgnoreHook ignore, void* context)
       : steps_(std::move(steps)), types_(types), ignore_(ignore), context_(context) {}
 
+  // Folders that are in `listings` are not looked into: they hold what is said there. What the walk
+  // sees in the others is added.
+  void Use(FolderListings& listings) { listings_ = &listings; }
   // 0, or what a step gave. `number` is that of `siteDir`.
   int Run(const std::string& siteDir, int number);
 
@@ -56,8 +60,11 @@ class SiteWalk {
   };
 
   [[nodiscard]] int WalkFolder(const Folder& folder);
+  [[nodiscard]] int WalkListed(const Folder& folder, const FolderListing& listing);
   [[nodiscard]] int Visit(const Folder& folder, platform::FindState* search,
-                          const platform::FindData& entry);
+                          const platform::FindData& entry, FolderListing* listing);
+  [[nodiscard]] int Meet(const Folder& folder, const std::string& name,
+                         const platform::FileStat& found, bool mayBeLink);
   int VisitFolder(const Folder& folder, const std::string& name, const platform::FileStat& found,
                   bool mayBeLink);
   void LeaveOut(const Folder& folder, const std::string& name, const platform::FileStat& found);
@@ -67,6 +74,7 @@ class SiteWalk {
   const PageTypes* const types_;
   const SiteMgr::IgnoreHook ignore_;
   void* const context_;
+  FolderListings* listings_ = nullptr;
   std::vector<Folder> workList_;
   std::set<std::pair<std::uint64_t, std::uint64_t>> entered_;  // real folders
 };

@@ -14,8 +14,22 @@
 namespace zvrsit {
 
 int SiteMgr::SiteUpdate(SiteUpdates& updates, CZvrSiteRebuildProgressDlg* dlg) {
+  if (inside->kept != nullptr) inside->kept->folders.clear();
+  return SiteUpdateFolders({}, updates, dlg);
+}
+
+int SiteMgr::SiteUpdateFolders(const std::vector<std::string>& folders, SiteUpdates& updates,
+                               CZvrSiteRebuildProgressDlg* dlg) {
   updates = {};
-  return Update(*this, updates, dlg).Run();
+  if (inside->kept != nullptr) {
+    FolderListings& seen = inside->kept->folders;
+    const auto forget = [&seen](const std::string& folder) { return seen.erase(folder) == 1; };
+    // One that was not seen may be another name of one that was.
+    if (!std::ranges::all_of(folders, forget)) seen.clear();
+  }
+  const int result = Update(*this, updates, dlg).Run();
+  if (result != 0 && inside->kept != nullptr) inside->kept->folders.clear();
+  return result;
 }
 
 std::vector<std::string> SiteMgr::Update::ConditionsOf(const SiteMgr& manager) {

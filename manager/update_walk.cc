@@ -45,8 +45,9 @@ int SiteMgr::Update::WalkSite() {
   steps.passedBy = [this](const std::string& path) { reading_.passedBy.push_back(path); };
   steps.linkedFolder = [this](const std::string& name) { reading_.linkedFolders.push_back(name); };
   const Inside& inside = *m_.inside;
-  return SiteWalk(std::move(steps), inside.types(), inside.ignoreHook, inside.ignoreContext)
-      .Run(siteDir_, 0);
+  SiteWalk walk(std::move(steps), inside.types(), inside.ignoreHook, inside.ignoreContext);
+  if (inside.kept != nullptr) walk.Use(inside.kept->folders);
+  return walk.Run(siteDir_, 0);
 }
 
 void SiteMgr::Update::MeetWhatWasNotWalked() {

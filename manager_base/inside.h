@@ -12,6 +12,7 @@
 #include "links/link_rules.h"
 #include "links/page_types.h"
 #include "links/served_files.h"
+#include "manager_base/folder_listings.h"
 #include "manager_base/kept_places.h"
 #include "manager_base/operation_memo.h"
 #include "manager_base/page_ids.h"
@@ -61,7 +62,8 @@ struct SiteMgrBase::Inside {
   // For SiteMgr: what is kept of the pages that were read; null when nothing is.
   struct Kept {
     PageIds ids;
-    KeptPlaces places;  // of the last operation
+    KeptPlaces places;       // of the last operation
+    FolderListings folders;  // as the last update has seen them
   };
   std::unique_ptr<Kept> kept;
   // For SiteMgr: what the application wants left out of a site; what the last rebuild could not

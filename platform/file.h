@@ -55,6 +55,7 @@ struct FileStat {
   std::int64_t changeNanoseconds = 0;
   std::uint64_t device = 0;  // with `file`: the same real file or folder
   std::uint64_t file = 0;
+  bool hasOtherNames = false;  // hard links; of a folder without meaning
 
   bool isFolder() const { return (mode & kModeFolder) != 0; }
   bool isRegular() const { return (mode & kModeRegular) != 0; }

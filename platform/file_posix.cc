@@ -116,6 +116,7 @@ void Fill(const struct stat& status, FileStat& result) {
   result.changeNanoseconds = Nanoseconds(ChangeTime(status));
   result.device = static_cast<std::uint64_t>(status.st_dev);
   result.file = static_cast<std::uint64_t>(status.st_ino);
+  result.hasOtherNames = status.st_nlink > 1;
 }
 
 int FilledAt(int folder, const char* name, FileStat& result) {
