@@ -65,6 +65,7 @@ std::vector<ElementAttribute> NamingIds(const Document& document) {
 }  // namespace
 
 void SiteMgr::KeepPageIds(bool keep) {
+  if (keep == (inside->kept != nullptr)) return;
   inside->kept = keep ? std::make_unique<Inside::Kept>() : nullptr;
 }
 

@@ -314,6 +314,7 @@ class Updating : public testing::Test {
  protected:
   // Lives one life; false at the first difference.
   bool Live(unsigned seed, int batches) {
+    SCOPED_TRACE(seed);
     Life life(seed);
     SiteTables kept(life.folder, "kept", life.profile);
     kept.Rebuild();
@@ -372,7 +373,7 @@ class Updating : public testing::Test {
       paths.push_back(life.folder.path("site/" + name));
       const bool isThere = fs::is_regular_file(life.folder.native("site/" + name));
       if (isThere) {
-        EXPECT_EQ(kept.mgr->Save(paths.back(), nullptr), 0);
+        EXPECT_EQ(kept.mgr->Save(paths.back(), nullptr), 0) << name;
       } else {
         kept.mgr->Remove(paths.back(), 0);
       }
