@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/exit_code.h"
+#include "cli/finished_files.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
 #include "cli/site_profile.h"
@@ -19,51 +20,22 @@ fs::path NewFolder(const std::string& tables) {
   return PathOf(tables) / "new";
 }
 
-fs::path DoneFolder(const std::string& tables) {
-  return PathOf(tables) / "done";
-}
-
-void Need(const fs::path& path, const std::error_code& error) {
-  if (error) throw Failure(kFileSystem, NameOf(path) + ": " + error.message());
-}
-
-void RemoveAll(const fs::path& path) {
-  std::error_code error;
-  fs::remove_all(path, error);
-  Need(path, error);
-}
-
-// The names are listed first: of a folder that changes, the listing could be incomplete.
-void MoveFiles(const fs::path& from, const fs::path& to) {
-  std::vector<fs::path> files;
-  std::error_code error;
-  for (fs::directory_iterator entry(from, error); !error && entry != fs::directory_iterator();
-       entry.increment(error)) {
-    files.push_back(entry->path());
-  }
-  Need(from, error);
-  for (const fs::path& file : files) {
-    fs::rename(file, to / file.filename(), error);
-    Need(file, error);
-  }
-}
-
 }  // namespace
 
 bool HasFinishedRebuild(const std::string& tables) {
-  std::error_code error;
-  return fs::exists(DoneFolder(tables), error);
+  return HasFinishedFiles(PathOf(tables));
 }
 
 void FinishRebuild(SiteMgr& manager, int number, const std::string& tables) {
-  std::error_code error;
-  const fs::path done = DoneFolder(tables);
-  if (fs::exists(done, error)) {
-    MoveFiles(done, PathOf(tables));
-    if (manager.SetSiteProfRebuildState(kRebuilt, number) != 0) FailToWriteProfile("the site");
-    RemoveAll(done);
+  if (HasFinishedFiles(PathOf(tables))) {
+    PutFinishedFiles(PathOf(tables));
+    const bool isMarked = manager.SetSiteProfRebuildState(kRebuilt, number) == 0;
+    if (!isMarked || manager.KeepProfiles() != 0) FailToWriteProfile("the site");
+    EndFinishedFiles(PathOf(tables));
   }
-  RemoveAll(NewFolder(tables));
+  std::error_code error;
+  fs::remove_all(NewFolder(tables), error);
+  if (error) throw Failure(kFileSystem, NameOf(NewFolder(tables)) + ": " + error.message());
 }
 
 BesideRebuild::BesideRebuild(Session& session, const std::string& name, SiteProfile profile)
@@ -76,7 +48,7 @@ BesideRebuild::BesideRebuild(Session& session, const std::string& name, SiteProf
 BesideRebuild::BesideRebuild(Session& session, const std::string& name, bool anew)
     : BesideRebuild(session, name, (session.HoldSite(name), ReadProfile(session, name))) {
   session.LetProfilesGo();
-  copy_ = std::make_unique<Session>(Options{NameOf(NewFolder(tables_)), false}, Database::kMake);
+  copy_ = std::make_unique<Session>(Options{NameOf(NewFolder(tables_)), false}, Database::kOwn);
   OpenCopy(anew);
 }
 
@@ -112,9 +84,7 @@ void BesideRebuild::Commit() {
   copy_->CloseUpdated();
   const fs::path folder = PathOf(copy_->FolderOfTables(name_));
   copy_.reset();
-  std::error_code error;
-  fs::rename(folder, DoneFolder(tables_), error);
-  Need(folder, error);
+  FinishFiles(folder, PathOf(tables_));
   done_ = true;
   FinishRebuild(session_.manager(), session_.number(), tables_);
 }

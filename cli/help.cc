@@ -24,7 +24,8 @@ struct CommandHelp {
 };
 constexpr CommandHelp kHelp[] = {
     {"", "check docs",
-     "--db --format --version sites files urls unused family save rename-id export graph server "
+     "--db --format --wait --version sites files urls unused family save rename-id export graph "
+     "server "
      "dump "
      "verify legacy "
      "manual completion"},

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "cli/exit_code.h"
+#include "cli/finished_files.h"
 #include "cli/native_name.h"
 
 namespace zvrsit::cli {
@@ -14,6 +15,13 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSites = "sites";
 constexpr const char* kServers = "servers";
+// Where a change is made, in the folder of the database.
+constexpr const char* kNewFolder = "new";
+
+void RemoveFolder(const fs::path& folder) {
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);
+}
 
 // Whether a file is there and holds anything.
 bool IsThere(const std::string& native) {
@@ -51,21 +59,38 @@ std::string MendOf(const std::string& site) {
 
 }  // namespace
 
-LegacySession::LegacySession(const Options& options, Database database)
-    : database_(FolderPath(OlderFolder(options, database))), folder_(database_) {
+LegacySession::LegacySession(const Options& options, Database database) {
+  const fs::path older = PathOf(DatabaseFolder(options)) / kOlderFolder;
+  if (database != Database::kAsk || HasFinishedFiles(older)) HoldNewer(options, older);
+  database_ = FolderPath(OlderFolder(options, database));
   if (database == Database::kAsk) {
+    newer_.reset();
     copy_ = std::make_unique<OlderCopy>(DatabaseFolder(options), kOlderFolder);
     folder_ = FolderPath(NameOf(copy_->path()));
   } else {
-    newer_ = std::make_unique<Session>(options, Database::kMake);
-    newer_->LetProfilesGo();
-    newer_->HoldOlder();
+    const fs::path copy = older / kNewFolder;
+    RemoveFolder(copy);
+    std::error_code error;
+    fs::create_directories(copy, error);
+    if (error) throw Failure(kFileSystem, NameOf(copy) + ": " + error.message());
+    folder_ = FolderPath(NameOf(copy));
+    CopyOlderProfiles(older, copy);
   }
   manager_.emplace();
   if (manager_->setDB(folder_, kSites, kServers) != 0) {
     throw Failure(kDatabase,
                   Native(kSites) + ": this file, or another beside it, cannot be opened");
   }
+}
+
+// Keeps others from the older database, and ends a change of it that was cut off.
+void LegacySession::HoldNewer(const Options& options, const fs::path& older) {
+  newer_ = std::make_unique<Session>(options, Database::kMake);
+  newer_->LetProfilesGo();
+  newer_->HoldOlder();
+  if (!HasFinishedFiles(older)) return;
+  PutFinishedFiles(older);
+  EndFinishedFiles(older);
 }
 
 LegacySession::~LegacySession() {
@@ -76,6 +101,7 @@ void LegacySession::LetGo() {
   if (manager_) manager_->SiteClose();
   manager_.reset();
   copy_.reset();
+  if (newer_ != nullptr) RemoveFolder(PathOf(NativePath(database_)) / kNewFolder);
   newer_.reset();
 }
 
@@ -88,10 +114,12 @@ std::string LegacySession::Native(const std::string& file) const {
   return NativePath(database_ + file);
 }
 
-// Copies these files of the database, if the session works on a copy.
+// Copies these files of the database.
 void LegacySession::Bring(const std::vector<std::string>& files) {
-  if (copy_ == nullptr) return;
-  for (const std::string& file : files) copy_->Bring(PathOf(NativePath(file)));
+  for (const std::string& file : files) {
+    CopyOlderFile(PathOf(NativePath(database_)), PathOf(NativePath(folder_)),
+                  PathOf(NativePath(file)));
+  }
 }
 
 SitSiteProperty LegacySession::Profile(const std::string& name) {
@@ -166,10 +194,11 @@ void LegacySession::Open(const std::string& name) {
 
 void LegacySession::OpenToRebuild(const std::string& name) {
   KnowFolder(name);
+  Bring(FilesOf(name));
   if (manager_->SiteOpen(name) == 0) return;
   for (const std::string& file : FilesOf(name)) {
     std::error_code error;
-    const fs::path path = PathOf(Native(file));
+    const fs::path path = PathOf(NativePath(folder_ + file));
     if (!fs::is_regular_file(path, error)) continue;
     fs::remove(path, error);
     if (manager_->SiteOpen(name) != 0) continue;
@@ -186,8 +215,13 @@ void LegacySession::NeedFolder() const {
   }
 }
 
-void LegacySession::Close() {
-  if (manager_->SiteClose() != 0) FailToWrite();
+void LegacySession::Commit() {
+  if (!site_.empty() && manager_->SiteClose() != 0) FailToWrite();
+  manager_.reset();
+  const fs::path older = PathOf(NativePath(database_));
+  FinishFiles(older / kNewFolder, older);
+  PutFinishedFiles(older);
+  EndFinishedFiles(older);
 }
 
 void LegacySession::FailToWrite() {

@@ -2,6 +2,7 @@
 // of the database and has a lock of its own.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -32,9 +33,10 @@ struct LegacyLink {
 
 class LegacySession {
  public:
-  // As Session; kMake makes both databases. With kAsk it works on a copy.
+  // As Session; kMake makes both databases. It works on a copy. What is changed in it is in the
+  // database only after Commit: all of it, or nothing.
   LegacySession(const Options& options, Database database);
-  // Closes the site if one is open, which packs its files.
+  // Without a Commit before, all is as it was.
   ~LegacySession();
   LegacySession(const LegacySession&) = delete;
   LegacySession& operator=(const LegacySession&) = delete;
@@ -60,8 +62,9 @@ class LegacySession {
   void OpenToRebuild(const std::string& name);
   // Throws Failure(kFileSystem) when the folder of the open site is not there.
   void NeedFolder() const;
-  // Throws Failure(kFileSystem) when the files cannot be written.
-  void Close();
+  // Closes the site, and puts everything that was changed into the database. Throws
+  // Failure(kFileSystem) when the files cannot be written.
+  void Commit();
   // Throws the same failure, after an operation of the manager that has failed.
   [[noreturn]] void FailToWrite();
   // Ends everything but names(), before an answer is printed. Then others can change the database.
@@ -78,6 +81,7 @@ class LegacySession {
   void ForEachLink(const std::string& from, const std::string& to, const EachLink& each);
 
  private:
+  void HoldNewer(const Options& options, const std::filesystem::path& older);
   std::vector<std::string> FilesOf(const std::string& name);
   std::string Native(const std::string& file) const;
   void Bring(const std::vector<std::string>& files);
@@ -87,9 +91,9 @@ class LegacySession {
   [[nodiscard]] bool ReadLink(int number, LegacyLink& link);
 
   std::unique_ptr<Session> newer_;
-  std::unique_ptr<OlderCopy> copy_;
-  std::string database_;  // `\` path with "\" at the end
-  std::string folder_;    // the same of the copy, if there is one
+  std::unique_ptr<OlderCopy> copy_;  // with kAsk
+  std::string database_;             // `\` path with "\" at the end
+  std::string folder_;               // the same of the copy
   std::optional<SitMgr> manager_;
   std::string site_;  // the name of the site that was opened
   SiteNames names_;

@@ -27,6 +27,7 @@ int RunLegacyAdd(const Options& options, const std::string& name, const GivenSit
     if (manager.GetLastError() != kSitBadArgument) session.FailToWrite();
     throw Failure(kUsage, "\"" + name + "\" cannot be made an older site");
   }
+  session.Commit();
   session.LetGo();
   PrintObject(SiteRow(name, property), options.json);
   return kClean;
@@ -55,7 +56,7 @@ int RunLegacyRebuild(const Options& options, const std::string& name, bool diff)
   session.NeedFolder();
   if (session.manager().SiteRebuildDB(diff ? 0 : 1) != 0) session.FailToWrite();
   const LegacyTotals totals = CountLegacy(session);
-  session.Close();
+  session.Commit();
   session.LetGo();
   if (options.json) {
     PrintJson(TotalsRow(totals));

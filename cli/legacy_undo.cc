@@ -61,7 +61,6 @@ void PerformLines(LegacySession& session, std::vector<Step>& steps) {
   } catch (const Failure& failure) {
     throw Failure(failure.code(), "line " + std::to_string(number) + ": " + failure.what());
   }
-  session.Close();
 }
 
 void PrintSteps(const Options& options, const std::vector<Step>& steps) {
@@ -87,8 +86,10 @@ int RunUndo(const Options& options, const std::string& name) {
   try {
     PerformLines(session, steps);
   } catch (const Failure& thrown) {
+    if (thrown.code() == kFileSystem) throw;
     failure = thrown;
   }
+  session.Commit();
   session.LetGo();
   PrintSteps(options, steps);
   if (failure) throw Failure(*failure);

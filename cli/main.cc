@@ -1,6 +1,7 @@
 // The program zvrsit.
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -156,6 +157,11 @@ int Main(int argc, char** argv) {
         return FormatOfName(name) ? std::string()
                                   : "\"" + name + "\" is no format, such as text or json";
       });
+  double wait = Patience() / 1000.0;
+  app.add_option("--wait", wait,
+                 "how long to wait for another process that uses the database; by default 3")
+      ->option_text("SECONDS")
+      ->check(CLI::Range(0.0, 1e6));
   app.set_version_flag("--version", std::string("zvrsit ") + Version());
   app.require_subcommand(1);
   app.fallthrough();
@@ -179,6 +185,11 @@ int Main(int argc, char** argv) {
   }
   options.json = format == "json";
   options.format = *FormatOfName(format);
+  SetPatience(static_cast<int>(wait * 1000));
+  // Not to wait for the disk is for tests, and for those who can make the database anew.
+  if (const char* const sync = std::getenv("ZVRSIT_SYNC")) {
+    SiteMgr::SetSyncing(std::string_view(sync) != "0");
+  }
   return Perform(run);
 }
 

@@ -18,33 +18,36 @@ void NeedCopied(const fs::path& path, const std::error_code& error) {
 
 }  // namespace
 
-OlderCopy::OlderCopy(const std::string& database, const std::string& older)
-    : original_(PathOf(database) / PathOf(older)) {
-  lock_.SetLocking(SiteMgr::Locking::kAsk);
+OlderCopy::OlderCopy(const std::string& database, const std::string& older) {
+  lock_.SetLocking(SiteMgr::Locking::kAsk, Patience());
   lock_.setDB(FolderPath(database).c_str(), kSiteProfiles, kServerProfiles, 0);
   if (lock_.LockSite(kOlderDatabase) != 0) FailToLock(lock_, database, database + ": the database");
+  CopyOlderProfiles(PathOf(database) / PathOf(older), path());
+}
+
+void CopyOlderProfiles(const fs::path& original, const fs::path& copy) {
   std::error_code error;
-  fs::directory_iterator entry(original_, error);
+  fs::directory_iterator entry(original, error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    Bring(entry->path().filename());
+    CopyOlderFile(original, copy, entry->path().filename());
   }
-  NeedCopied(original_, error);
+  NeedCopied(original, error);
 }
 
 // The copies are made writable, even if the files are not.
-void OlderCopy::Bring(const fs::path& file) {
+void CopyOlderFile(const fs::path& original, const fs::path& folder, const fs::path& file) {
   Interrupts::Check();
   const fs::path name = file.lexically_normal();
   std::error_code error;
   if (name.is_absolute() || name.begin() == name.end() || *name.begin() == ".." ||
-      !fs::is_regular_file(original_ / name, error)) {
+      !fs::is_regular_file(original / name, error)) {
     return;
   }
-  const fs::path copy = path() / name;
+  const fs::path copy = folder / name;
   fs::create_directories(copy.parent_path(), error);
-  if (!error) error = CopyOneFile(original_ / name, copy);
+  if (!error) error = CopyOneFile(original / name, copy);
   if (!error) fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, error);
-  NeedCopied(original_ / name, error);
+  NeedCopied(original / name, error);
 }
 
 }  // namespace zvrsit::cli

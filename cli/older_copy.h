@@ -10,6 +10,14 @@
 
 namespace zvrsit::cli {
 
+// Copies a file of the older database in `original`, by its native name there, to the folder
+// `copy`, which gets folders as needed. A file that is missing, or lies elsewhere, is left out.
+// Throws Failure(kFileSystem).
+void CopyOlderFile(const std::filesystem::path& original, const std::filesystem::path& copy,
+                   const std::filesystem::path& file);
+// The same for all files that lie in `original` itself: the profiles.
+void CopyOlderProfiles(const std::filesystem::path& original, const std::filesystem::path& copy);
+
 class OlderCopy {
  public:
   // While the object lives, others cannot change the folder `older` of the native folder
@@ -19,13 +27,9 @@ class OlderCopy {
 
   // Its native folder.
   const std::filesystem::path& path() const { return copy_.path(); }
-  // Copies a file of a site too, by its native name in the database. A file that is missing, or
-  // lies elsewhere, is left out. Throws Failure(kFileSystem).
-  void Bring(const std::filesystem::path& file);
 
  private:
   SiteMgr lock_;
-  const std::filesystem::path original_;
   PrivateFolder copy_;
 };
 

@@ -48,6 +48,39 @@ void MoveTopFile(SiteMgr& manager, int number, const std::vector<PathChange>& mo
     FailToWriteProfile("the site");
 }
 
+// The marks that the user has set move with their files. Gives the paths of these.
+std::vector<std::string> MoveMarks(SiteMgr& manager, const std::vector<PathChange>& moves) {
+  std::vector<std::pair<std::string, unsigned>> marks;
+  for (const int number : manager.ListMarkedByUser()) {
+    const std::string before = Take(manager.UrlPath(number));
+    const std::string path = MovedPath(before, moves);
+    if (path == before) continue;
+    const UrlID id(kKindPath, number);
+    marks.emplace_back(path, static_cast<unsigned>(manager.GetUrlFtpMember(id) & kUserMarks));
+    manager.SetFtpFamily(id, 0);
+  }
+  std::vector<std::string> paths;
+  for (const auto& [path, mark] : marks) {
+    if (manager.Save(path, nullptr) == 0) {
+      manager.SetFtpFamily({kKindPath, manager.FindPath(path)}, mark);
+    }
+    paths.push_back(path);
+  }
+  return paths;
+}
+
+// The same for a site that is not open. Tables that cannot be opened have none any more.
+int MoveMarksOf(SiteMgr& manager, int number, const std::vector<PathChange>& moves) {
+  if (manager.OpenSite(number, 0) != 0) return 0;
+  int result = 0;
+  if (manager.GetPathDB() != nullptr) {
+    const std::vector<std::string> paths = MoveMarks(manager, moves);
+    if (!paths.empty()) result = manager.FlushSaved(paths);
+  }
+  manager.SiteClose();
+  return result;
+}
+
 std::string ReadBytes(const std::string& path) {
   std::ostringstream bytes;
   bytes << std::ifstream(NativePath(path), std::ios::binary).rdbuf();
@@ -123,6 +156,9 @@ void RecoverChange(SiteMgr& manager, int number, const std::string& tables) {
       break;
     case Recovery::kFinished:
       MoveTopFile(manager, number, report.moves);
+      if (MoveMarksOf(manager, number, report.moves) != 0 || manager.KeepProfiles() != 0) {
+        throw Failure(kFileSystem, tables + ": cannot be written" + SystemReason());
+      }
       if (EndRepair(journal) != 0) throw Failure(kFileSystem, NativePath(journal) + " stays");
       Warn("a change of the site's files had stopped at its end: it is complete");
   }
@@ -172,25 +208,9 @@ void SiteRepair::ChangeFiles() {
                                                  "command tries again"));
 }
 
-// The marks that the user has set move with their files.
 void SiteRepair::ChangeTables() {
-  std::vector<std::pair<std::string, unsigned>> marks;
-  for (const int number : manager().ListMarkedByUser()) {
-    const std::string before = Take(manager().UrlPath(number));
-    const std::string path = MovedPath(before, change_.moves);
-    if (path == before) continue;
-    const UrlID id(kKindPath, number);
-    marks.emplace_back(path, static_cast<unsigned>(manager().GetUrlFtpMember(id) & kUserMarks));
-    manager().SetFtpFamily(id, 0);
-  }
   MoveTopFile(manager(), session_.number(), change_.moves);
-  std::vector<std::string> paths;
-  for (const auto& [path, mark] : marks) {
-    if (manager().Save(path, nullptr) == 0) {
-      manager().SetFtpFamily({kKindPath, manager().FindPath(path)}, mark);
-    }
-    paths.push_back(path);
-  }
+  const std::vector<std::string> paths = MoveMarks(manager(), change_.moves);
   const std::string journal = JournalIn(session_.FolderOfTables(wanted_.site));
   session_.CloseSaved(paths);
   if (EndRepair(journal) != 0) Warn("what was removed could not be deleted as a whole");

@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 constexpr int kWithBackup = 3;
 constexpr int kWithoutBackup = 0;
 
+int patience = 3000;
+
 std::string DefaultDatabase() {
 #if defined(_WIN32)
   const char* base = std::getenv("LOCALAPPDATA");
@@ -36,6 +38,14 @@ std::string DefaultDatabase() {
 }
 
 }  // namespace
+
+int Patience() {
+  return patience;
+}
+
+void SetPatience(int milliseconds) {
+  patience = milliseconds;
+}
 
 std::string DatabaseFolder(const Options& options) {
   return options.database.empty() ? DefaultDatabase() : options.database;
@@ -78,10 +88,10 @@ std::vector<std::string> TakeList(std::vector<std::string*>* list) {
 }
 
 Session::Session(const Options& options, Database database)
-    : onlyAsks_(database == Database::kAsk) {
+    : onlyAsks_(database == Database::kAsk), isOwn_(database == Database::kOwn) {
   const fs::path folder = PathOf(DatabaseFolder(options));
   std::error_code error;
-  if (database == Database::kMake) {
+  if (database == Database::kMake || isOwn_) {
     fs::create_directories(folder, error);
     if (error) throw Failure(kFileSystem, NameOf(folder) + ": " + error.message());
   } else if (!fs::exists(folder / kSiteProfiles, error)) {
@@ -89,7 +99,7 @@ Session::Session(const Options& options, Database database)
   }
   database_ = NameOf(folder);
   if (OpenProfiles()) return;
-  // These profiles can be repaired only from their backup.
+  // These profiles can be repaired only from their backup, or by undoing a change.
   if (onlyAsks_) {
     LetProfilesGo();
     const Session mending(options, Database::kMustExist);
@@ -113,10 +123,13 @@ void Session::OpenDatabase() {
 bool Session::OpenProfiles() {
   manager_ = std::make_unique<SiteMgr>();
   manager_->setDom(&dom_);
-  manager_->SetLocking(onlyAsks_ ? SiteMgr::Locking::kAsk : SiteMgr::Locking::kChange);
+  if (!isOwn_) {
+    manager_->SetLocking(onlyAsks_ ? SiteMgr::Locking::kAsk : SiteMgr::Locking::kChange, patience);
+  }
   OpenDatabase();
   holdsProfiles_ = manager_->LockProfiles() == 0;
   NeedProfiles(holdsProfiles_ || !manager_->FoundInUse());
+  if (onlyAsks_ && manager_->ProfilesWereCutOff()) return false;
   std::vector<std::string*>* const names = manager_->EnumSiteProf();
   TakeList(names);
   return names != nullptr;
@@ -178,6 +191,10 @@ void Session::LockSite(const std::string& name) {
   }
 }
 
+void Session::KeepProfiles() {
+  if (manager_->KeepProfiles() != 0) FailToWriteProfile("a site");
+}
+
 void Session::HoldOlder() {
   NeedProfiles(manager_->LockSite(kOlderDatabase) == 0);
 }
@@ -209,9 +226,14 @@ void Session::HoldSite(const std::string& name) {
   LockSite(name);
   const std::string tables = FolderOfTables(site_);
   if (!onlyAsks_) {
+    if (SiteMgr::UndoCutOff(FolderPath(tables)) != 0) {
+      throw Failure(kFileSystem,
+                    tables + ": a change that was cut off cannot be undone" + SystemReason());
+    }
     FinishRebuild(*manager_, number_, tables);
     RecoverChange(*manager_, number_, tables);
-  } else if (HasFinishedRebuild(tables) || HasJournal(tables)) {
+  } else if (SiteMgr::WasCutOff(FolderPath(tables)) || HasFinishedRebuild(tables) ||
+             HasJournal(tables)) {
     LetGo();
     try {
       Session(Options{database_, false}, Database::kMustExist).HoldSite(name);
@@ -288,26 +310,20 @@ void Session::CloseSaved(const std::vector<std::string>& paths) {
   manager_->SiteClose();
 }
 
-// While the tables are being written, they are marked as not whole.
+// The tables are written as a whole, or stay as they are.
 void Session::WriteWith(const std::function<int()>& flush) {
-  const bool isWhole = !onlyAsks_ && manager_->GetSiteProfRebuildState() == kRebuilt;
-  if (isWhole) SetRebuildState(kNotWhole);
   if (!onlyAsks_ && flush() != 0) FailToWrite();
-  if (isWhole) SetRebuildState(kRebuilt);
 }
 
-// If the mark cannot be written, the tables are not written either. Otherwise changed tables
-// without the mark would be asked.
 void Session::SetRebuildState(int state) {
   if (manager_->SetSiteProfRebuildState(state, number_) != 0) FailToWrite();
 }
 
 void Session::FailToWrite() {
   const std::string what = FolderOfTables(site_) + ": the tables cannot be written";
-  const std::string then = "when they can: zvrsit rebuild " + site_;
   const std::string reason = SystemReason();
   Discard();
-  throw Failure(kFileSystem, what + reason + "; " + then);
+  throw Failure(kFileSystem, what + reason + "; they stay as they were");
 }
 
 void Session::FailToChange(const std::string& what) {

@@ -23,7 +23,13 @@ struct Options {
 // What a command does with the database: it asks it; it changes it; or it also makes it when it is
 // missing. With kAsk the database may lie where nothing can be written, and others can ask it at
 // the same time.
-enum class Database { kAsk, kMustExist, kMake };
+// kOwn is kMake for one that this process alone knows: nothing is locked, and nothing of a change
+// that was cut off is undone.
+enum class Database { kAsk, kMustExist, kMake, kOwn };
+
+// How many milliseconds a command waits for what another process uses.
+int Patience();
+void SetPatience(int milliseconds);
 
 // The native folder of the database. Throws Failure(kUsage) when no home folder is known.
 std::string DatabaseFolder(const Options& options);
@@ -69,8 +75,8 @@ class Session {
   // Takes the locks of the open site again. False when its tables are others by now: then it is to
   // be discarded. Throws as Open.
   [[nodiscard]] bool HoldAgain();
-  // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. A
-  // site whose tables were not written to their end must be rebuilt.
+  // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. The
+  // tables are then what they were.
   void Close();
   // The same after a rebuild or an update, so that the next update knows the tables.
   void CloseUpdated();
@@ -93,6 +99,9 @@ class Session {
   // Keeps others from the profiles, or lets them in again.
   void HoldProfiles();
   void LetProfilesGo();
+  // What was changed in the profiles stays, whatever happens from now on. Throws
+  // Failure(kFileSystem).
+  void KeepProfiles();
   // Keeps others from the database of the older generation.
   void HoldOlder();
   // The number of the site that was opened or held.
@@ -121,6 +130,7 @@ class Session {
 
   std::string database_;  // native
   bool onlyAsks_;
+  bool isOwn_;
   bool holdsProfiles_ = false;
   int number_ = -1;  // of the site that is locked
   DOM dom_;

@@ -10,6 +10,7 @@
 #include "platform/file.h"
 #include "util/file_type.h"
 #include "util/mb_string.h"
+#include "util/path_parts.h"
 
 namespace zvrsit {
 
@@ -287,15 +288,34 @@ int SiteMgr::Rebuild::MarkFamily() {
 
 int SiteMgr::FlushSite() {
   if (openSiteId < 0) return -1;
+  const bool canBeUndone = inside->canBeUndone() && HasFiles(pathDB);
+  const std::string folder =
+      canBeUndone ? std::string(FolderOf(pathDB->records()->filePath())) : std::string();
+  UndoLog log(folder + kTablesUndo);
+  const auto tables = Work(*this).Tables();
+  if (canBeUndone) {
+    const auto note = [&] {
+      for (const SiteTable* const table : tables) {
+        if (table != nullptr) table->NoteChanges(log);
+      }
+      return log.isEmpty() ? 0 : log.Begin();
+    };
+    if (Guarded(note) < 0) return -1;
+  }
   int result = 0;
-  for (SiteTable* const table : Work(*this).Tables()) {
+  for (SiteTable* const table : tables) {
     if (table == nullptr || table->Flush() < 0) result = -1;
   }
-  return result;
+  if (!canBeUndone) return result;
+  if (result == 0 && log.End() == 0) return 0;
+  static_cast<void>(UndoCutOff(folder));  // or by the next process
+  return -1;
 }
 
 int SiteMgr::PackSite(bool all) {
   if (openSiteId < 0 || inside->onlyAsks()) return -1;
+  // Then each packed file holds what the file in its place has held.
+  if (inside->canBeUndone() && FlushSite() < 0) return -1;
   int result = 0;
   for (SiteTable* const table : Work(*this).Tables()) {
     if (table == nullptr || ((all || table->IsWorthPacking()) && table->Pack() < 0)) result = -1;

@@ -74,6 +74,7 @@ int SiteMgr::Work::WithServProf(const std::function<int(SiteServProfDB&)>& use) 
   std::destroy_at(m_.servProf);
   std::construct_at(m_.servProf);
   if (m_.inside->onlyAsks()) m_.servProf->SetReadOnly();
+  m_.servProf->SetUndo(m_.inside->undo.get());
   if (m_.servProf->Open(*m_.servProfPath, kOpenPlain) < 0) return -1;
   const int result = use(*m_.servProf);
   return m_.servProf->Close() < 0 ? -1 : result;

@@ -1,4 +1,5 @@
 // The profiles of sites, and the files of their tables.
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -38,6 +39,12 @@ int ReadTableNames(const SiteSiteProfDB& profiles, int number, SiteTableNames& n
     if (!IsTableName(name)) name.clear();
   }
   return result;
+}
+
+// Whether all these names lie in that folder of the database folder.
+bool LieIn(const SiteTableNames& names, const std::string& folder) {
+  return std::ranges::all_of(
+      names, [&](const std::string& name) { return FolderOf(name) == folder + '\\'; });
 }
 
 void RemoveTables(const std::string& dbDir, const SiteTableNames& names) {
@@ -171,6 +178,9 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   SiteTableNames oldNames;
   SiteTableNames newNames;
   if (ReadTableNames(*siteProf, number, oldNames) < 0) return -1;
+  const std::string oldFolder = *dbDir + from;
+  const std::string newFolder = *dbDir + to;
+  if (inside->undo != nullptr) inside->undo->NoteRename(oldFolder, newFolder);
   // It may fail halfway. What the profile says afterwards counts.
   static_cast<void>(siteProf->Rename(number, to));
   if (ReadTableNames(*siteProf, number, newNames) < 0) {
@@ -180,6 +190,11 @@ int SiteMgr::RenameSiteProf(const std::string& from, const std::string& to) {
   if (newNames == oldNames) return -1;  // the tables follow what stands in the profile
   // If only the letter case differs, the new names may be those of the tables themselves.
   if (!platform::EqualButForCase(from, to)) RemoveTables(*dbDir, newNames);
+  // As a whole, the folder can be moved back after a crash.
+  if (inside->undo != nullptr && LieIn(oldNames, from) && LieIn(newNames, to) &&
+      platform::Rename(oldFolder, newFolder) == 0) {
+    return 0;
+  }
   if (MoveTables(*dbDir, oldNames, newNames) == 0) return 0;
   MoveTables(*dbDir, newNames, oldNames);
   static_cast<void>(siteProf->Rename(number, from));
@@ -197,6 +212,7 @@ int SiteMgr::DeleteSiteProf(const std::string& name) {
   SiteSiteRec left;
   // Texts of a deleted profile that cannot be given back take room and no more.
   if (siteProf->Delete(number) < 0 && siteProf->Get(number, left) == 0) return -1;
+  if (KeepProfiles() < 0) return -1;
   RemoveTables(*dbDir, names);
   return 0;
 }

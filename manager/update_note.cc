@@ -10,10 +10,17 @@ namespace zvrsit {
 
 namespace {
 
-// A note is texts with a zero byte after each; a list has its length before it. It ends with kEnd,
-// so that one that was not written to its end is none.
-constexpr std::string_view kBegin = "zvrsit note 1";
+// A note is texts with a zero byte after each; a list has its length before it. After the first
+// text stands the hash of all that follow it: a power cut may keep any part of a file.
+constexpr std::string_view kBegin = "zvrsit note 2";
 constexpr std::string_view kEnd = "end";
+
+// By the function of Fowler, Noll and Vo (RFC 9923), with its constants for 64 bits.
+std::string HashOfNote(std::string_view bytes) {
+  std::uint64_t hash = 0xCBF29CE484222325;
+  for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+  return std::to_string(hash);
+}
 
 void Put(std::string_view text, std::string& note) {
   note.append(text).push_back('\0');
@@ -41,6 +48,7 @@ class Reader {
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
   }
+  std::string_view rest() const { return rest_; }
   std::vector<std::string> Texts() {
     std::vector<std::string> texts;
     for (std::size_t count = Number(); count > 0 && !rest_.empty(); --count) {
@@ -59,7 +67,9 @@ bool UpdateNote::Read(const std::string& path) {
   std::string bytes;
   if (ReadWholeFile(path, bytes) != 0) return false;
   Reader note(bytes);
-  if (note.Text() != kBegin || note.Texts() != conditions) return false;
+  if (note.Text() != kBegin) return false;
+  const std::string_view hash = note.Text();
+  if (hash != HashOfNote(note.rest()) || note.Texts() != conditions) return false;
   traits = static_cast<std::uint32_t>(note.Number());
   isExact = note.Number() != 0;
   linkedFolders = note.Texts();
@@ -72,7 +82,6 @@ bool UpdateNote::Read(const std::string& path) {
 
 bool UpdateNote::Write(const std::string& path) const {
   std::string bytes;
-  Put(kBegin, bytes);
   Put(conditions, bytes);
   Put(std::to_string(traits), bytes);
   Put(isExact ? "1" : "0", bytes);
@@ -82,7 +91,10 @@ bool UpdateNote::Write(const std::string& path) const {
   Put(saved, bytes);
   Put(moved, bytes);
   Put(kEnd, bytes);
-  const bool isWhole = WriteWholeFile(path, bytes) == 0;
+  std::string head;
+  Put(kBegin, head);
+  Put(HashOfNote(bytes), head);
+  const bool isWhole = WriteWholeFile(path, head + bytes) == 0;
   if (!isWhole) platform::Unlink(path);
   return isWhole;
 }

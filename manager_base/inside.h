@@ -20,6 +20,7 @@
 #include "manager_base/site_mgr_base.h"
 #include "platform/file.h"
 #include "storage/records.h"
+#include "storage/undo_log.h"
 #include "tables/table_files.h"
 
 namespace zvrsit {
@@ -31,9 +32,18 @@ inline LinkRules RulesOf(const SiteSiteRec& rec) {
   return (rec.linkRules & SiteSiteRec::kWebRules) != 0 ? LinkRules::Web : LinkRules::Classic;
 }
 
+// The logs with which a change that was cut off is undone (UndoLog): of the profiles, beside their
+// files, and of a site, in the folder of its tables.
+inline std::string ProfileUndoOf(const std::string& siteProfPath) {
+  return siteProfPath + ".undo";
+}
+inline constexpr const char* kTablesUndo = "undo";
+
 // Copies of a manager share it, as they share the tables.
 struct SiteMgrBase::Inside {
   bool onlyAsks() const { return locks != nullptr && locks->onlyAsks(); }
+  // Whether what is changed can be undone after this process was killed.
+  bool canBeUndone() const { return locks != nullptr && !locks->onlyAsks(); }
 
   // The parts of the open site's profile that are needed for each link. Without a value when no
   // site is open or the profile does not have it. Page types only with
@@ -54,9 +64,12 @@ struct SiteMgrBase::Inside {
     if (kept != nullptr) *kept = {};
   }
 
-  std::string siteProfPath;                      // of the record file of the site profiles
-  std::unique_ptr<SiteLocks> locks;              // null where locking is off
-  bool mapsTables = false;                       // SetMapsTables
+  std::string siteProfPath;          // of the record file of the site profiles
+  std::unique_ptr<SiteLocks> locks;  // null where locking is off
+  bool mapsTables = false;           // SetMapsTables
+  // With locking: what the profiles were when they were last held; null while nobody may change
+  // them.
+  std::unique_ptr<UndoLog> undo;
   std::unique_ptr<OperationMemo> operationMemo;  // null outside of an operation
 
   // For SiteMgr: what is kept of the pages that were read; null when nothing is.
@@ -125,6 +138,8 @@ class SiteMgrBase::ProfileUse {
   static void LetGo(const SiteMgrBase& manager);
 
  private:
+  [[nodiscard]] static bool MakeUndo(const SiteMgrBase& manager);
+
   const SiteMgrBase& manager_;
   const bool isHeld_;
 };

@@ -4,6 +4,7 @@
 #include "manager_base/inside.h"
 #include "tables/site_serv_prof_db.h"
 #include "tables/site_site_prof_db.h"
+#include "tables/table_files.h"
 
 namespace zvrsit {
 
@@ -29,6 +30,7 @@ int SiteMgrBase::LastSystemError() {
 // Makes the profiles and backs them up, or restores them, as without locking.
 void SiteMgrBase::Work::OpenSharedProfiles(int openMode) {
   if (base_.inside->onlyAsks() || !ProfileUse::Hold(base_, openMode)) return;
+  base_.servProf->SetUndo(base_.inside->undo.get());
   if (base_.servProf->Open(*base_.servProfPath, openMode) == 0) {
     static_cast<void>(base_.servProf->Close());
   }
@@ -42,6 +44,34 @@ int SiteMgrBase::LockProfiles() {
 
 void SiteMgrBase::UnlockProfiles() {
   if (inside->locks != nullptr) ProfileUse::LetGo(*this);
+}
+
+int SiteMgrBase::KeepProfiles() {
+  return inside->undo == nullptr ? 0 : inside->undo->End();
+}
+
+bool SiteMgrBase::WasCutOff(const std::string& folder) {
+  platform::FileStat stat;
+  return platform::Stat(folder + kTablesUndo, stat) == 0;
+}
+
+bool SiteMgrBase::ProfilesWereCutOff() const {
+  platform::FileStat stat;
+  return platform::Stat(ProfileUndoOf(inside->siteProfPath), stat) == 0;
+}
+
+int SiteMgrBase::UndoCutOff(const std::string& folder) {
+  return UndoLog::Undo(folder + kTablesUndo);
+}
+
+void SiteMgrBase::SetSyncing(bool syncs) {
+  platform::SetSyncing(syncs);
+}
+
+int SiteMgrBase::SyncFolder(const std::string& folder, const std::vector<std::string>& files) {
+  std::vector<std::string> paths;
+  for (const std::string& file : files) paths.push_back(folder + file);
+  return platform::SyncFiles(paths) == 0 ? platform::SyncFolder(folder) : -1;
 }
 
 int SiteMgrBase::LockSite(int siteId) {
@@ -72,13 +102,33 @@ bool SiteMgrBase::ProfileUse::Hold(const SiteMgrBase& manager, int openMode) {
   SiteSiteProfDB* const profiles = manager.siteProf;
   std::destroy_at(profiles);
   std::construct_at(profiles);
-  if (locks.onlyAsks()) profiles->SetReadOnly();
+  if (locks.onlyAsks()) {
+    profiles->SetReadOnly();
+  } else if (!MakeUndo(manager)) {
+    locks.LetGo(SiteLocks::kProfiles);
+    return false;
+  }
+  profiles->SetUndo(manager.inside->undo.get());
   // A table that does not open has no profiles; the lock is held all the same.
   static_cast<void>(profiles->Open(locks.profilesPath(), openMode));
   return true;
 }
 
-// A file whose closing fails is let go of all the same.
+// Undoes a change of the profiles that was cut off, and gets ready for the next.
+bool SiteMgrBase::ProfileUse::MakeUndo(const SiteMgrBase& manager) {
+  Inside& inside = *manager.inside;
+  const std::string path = ProfileUndoOf(inside.siteProfPath);
+  if (UndoLog::Undo(path) < 0) return false;
+  inside.undo = std::make_unique<UndoLog>(path);
+  for (const std::string& file : {inside.siteProfPath, *manager.servProfPath}) {
+    inside.undo->NoteFile(file);
+    inside.undo->NoteFile(TextFileOf(file));
+  }
+  return true;
+}
+
+// A file whose closing fails is let go of all the same. A change that may not be on the disk is
+// undone by whoever holds the profiles next.
 void SiteMgrBase::ProfileUse::LetGo(const SiteMgrBase& manager) {
   SiteLocks& locks = *manager.inside->locks;
   SiteSiteProfDB* const profiles = manager.siteProf;
@@ -86,6 +136,10 @@ void SiteMgrBase::ProfileUse::LetGo(const SiteMgrBase& manager) {
     if (profiles->records() != nullptr) profiles->records()->SetReadOnly();
     if (profiles->strings() != nullptr) profiles->strings()->SetReadOnly();
     static_cast<void>(profiles->Close());  // only frees: nothing is written any more
+  }
+  if (locks.Uses(SiteLocks::kProfiles) == 1 && manager.inside->undo != nullptr) {
+    static_cast<void>(manager.inside->undo->End());
+    manager.inside->undo.reset();
   }
   locks.LetGo(SiteLocks::kProfiles);
 }

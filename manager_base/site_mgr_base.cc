@@ -193,13 +193,14 @@ void SiteMgrBase::Work::OpenTables(const SiteTableNames& names) {
   base_.linkDB = new SiteLinkDB;
   base_.folderDB = new SiteFolderDB;
   base_.relDB = new SiteRelDB;
-  if (base_.inside->onlyAsks()) {
-    for (SiteTable* const table : Tables()) table->SetReadOnly();
-  }
-  if (base_.inside->mapsTables) {
-    for (SiteTable* const table : Tables()) table->SetMapped();
-  }
   const std::string& dir = *base_.dbDir;
+  const bool canBeUndone = base_.inside->canBeUndone();
+  for (SiteTable* const table : Tables()) {
+    if (base_.inside->onlyAsks()) table->SetReadOnly();
+    if (base_.inside->mapsTables) table->SetMapped();
+    if (canBeUndone) table->SetDurable();
+  }
+  if (canBeUndone && UndoCutOff(dir + std::string(FolderOf(names[1]))) < 0) return DropTables();
   const int results[] = {base_.urlDB->Open(dir + names[0]), base_.pathDB->Open(dir + names[1]),
                          base_.linkDB->Open(dir + names[2]), base_.folderDB->Open(dir + names[3]),
                          base_.relDB->Open(dir + names[4])};

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "links/link_rules.h"
 #include "platform/api.h"
@@ -65,6 +66,10 @@ class ZVRSIT_API SiteMgrBase {
   // An operation waits for what is in use. When it has waited long enough, it gives its result for
   // failure, and FoundInUse is true. The locks are those of the system, on the file `lock` in the
   // database folder. They end with the process.
+  //
+  // With kChange a change of the profiles, and FlushSite, are made as a whole: what they replace is
+  // noted in a file first, which is removed when all is on the disk. After a crash the next manager
+  // undoes what was not finished.
   enum class Locking { kOff, kAsk, kChange };
   // Before setDB, once. `patience` is how many milliseconds an operation waits.
   void SetLocking(Locking locking, int patience = 3000);
@@ -82,6 +87,20 @@ class ZVRSIT_API SiteMgrBase {
   // opening that asks little takes half of the time. Only for one who keeps everybody else from
   // changing the site until it is closed, as with kChange: who cuts a mapped file ends the process.
   void SetMapsTables(bool maps);
+  // What was changed in the profiles since they were reserved is undone if this process is killed
+  // before it lets go of them. After this, what was changed so far stays. 0 or -1.
+  int KeepProfiles();
+  // Whether a process was killed while it changed the profiles, and nobody has undone this yet. A
+  // manager that only asks cannot; one that may change them does when it next locks them.
+  bool ProfilesWereCutOff() const;
+  // The same for the tables in that folder, whose site is locked. UndoCutOff makes them what they
+  // were before the change; 0, also when there was none, or -1.
+  static bool WasCutOff(const std::string& folder);
+  static int UndoCutOff(const std::string& folder);
+  // Waits until these files of the folder, and its list of names, are on the disk; 0 or -1.
+  static int SyncFolder(const std::string& folder, const std::vector<std::string>& files);
+  // Whether this process waits for the disk at all; it does unless this is called.
+  static void SetSyncing(bool syncs);
   // Whether the last lock that an operation needed was refused because another manager held it.
   bool FoundInUse() const;
   // The system's error number (errno) of the last call to it that failed in this thread.

@@ -42,6 +42,9 @@ std::int64_t Write(int fd, const void* source, std::size_t length);
 inline constexpr unsigned kModeFolder = 0x4000;
 inline constexpr unsigned kModeRegular = 0x8000;
 
+// Cuts an open file to `length` bytes, or makes it longer by zeros; 0 or -1.
+[[nodiscard]] int SetLength(int fd, std::int64_t length);
+
 // What `_stat` gives. Sizes and times that do not fit are clamped (0xFFFFFFFE, 0x7FFFFFFF).
 struct FileStat {
   unsigned mode = 0;  // kModeFolder, kModeRegular, neither for anything else
@@ -77,7 +80,10 @@ int Rename(const std::string& from, const std::string& to);
 // old or the new file is there.
 [[nodiscard]] int Replace(const std::string& from, const std::string& to);
 
-// What these have done is there after a power cut; each gives 0 or -1. The content of closed files:
+// What these have done is there after a power cut; each gives 0 or -1. After SetSyncing(false) they
+// do nothing, in this process: for tests, and where speed counts more.
+void SetSyncing(bool syncs);
+// The content of closed files:
 [[nodiscard]] int SyncFiles(const std::vector<std::string>& paths);
 // Which names are in a folder. No effect on Windows.
 [[nodiscard]] int SyncFolder(const std::string& path);

@@ -113,9 +113,8 @@ bool FileImage::IsAsNoted(int fd) const {
 
 int FileImage::Save(int fd) {
   assert(isHeld());
-  const auto write = [this, fd](std::size_t from, std::size_t to) { return Write(fd, from, to); };
-  const bool inParts = changed_.AreFew(size_) && IsAsNoted(fd);
-  const int result = inParts ? changed_.ForEachPart(size_, write) : write(0, size_);
+  const int result = ForEachChange(
+      fd, [this, fd](std::size_t from, std::size_t to) { return Write(fd, from, to); });
   changed_.Follow(0);
   if (result == 0) isChanged_ = false;
   return result;

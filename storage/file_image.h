@@ -49,6 +49,13 @@ class FileImage {
   [[nodiscard]] int Load(int fd, const platform::FileStat& onDisk, bool maps = false);
   // Writes to the open file what has changed. 0, or -1; the next Save then writes all.
   [[nodiscard]] int Save(int fd);
+  // Calls part(from, to), offsets in bytes, for each part that Save would write now, until one
+  // gives -1. 0 or -1.
+  template <class Part>
+  [[nodiscard]] int ForEachChange(int fd, Part part) const {
+    const bool inParts = changed_.AreFew(size_) && IsAsNoted(fd);
+    return inParts ? changed_.ForEachPart(size_, part) : part(std::size_t{0}, std::size_t{size_});
+  }
   // To be called after a Save when the file stays open: it makes it possible that the next Save
   // writes only parts.
   void NoteSaved(int fd);

@@ -9,6 +9,7 @@
 #include "platform/file.h"
 #include "storage/file_names.h"
 #include "storage/guarded.h"
+#include "storage/undo_log.h"
 #include "util/little_endian.h"
 
 namespace zvrsit {
@@ -132,7 +133,9 @@ int SiteDB::Close(FileImage* kept) {
 }
 
 int SiteDB::CloseDirect() {
-  if (!readOnly_) {
+  // Every change of the header words has been written.
+  const bool isUnchanged = undo_ != nullptr && !undo_->hasBegun();
+  if (!readOnly_ && !isUnchanged) {
     if (platform::Seek(fd, 0) < 0) return -1;
     if (WriteHeader() < 0) {
       platform::FlushAll();
@@ -169,7 +172,7 @@ void SiteDB::StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) co
 }
 
 int SiteDB::SaveImage() {
-  if (readOnly_) return -1;
+  if (readOnly_ || (undo_ != nullptr && undo_->Begin() < 0)) return -1;
   StoreHeader(image.ChangeBytes(0, kHeaderSize), headerWord1, headerWord2);
   const int result = image.Save(fd);
   platform::FlushAll();
@@ -183,14 +186,24 @@ int SiteDB::ReplaceBy(const std::string& other, FileImage* kept) {
   } else if (CloseDirect() < 0) {
     return -1;
   }
-  const int removed = platform::Unlink(path);
-  if (removed < 0 && image.isChanged()) {
+  const bool isReady = !isDurable_ || platform::SyncFiles({other}) == 0;
+  const int replaced = isReady ? platform::Replace(other, path) : -1;
+  if (replaced < 0 && image.isChanged()) {
     fd = platform::Open(path, platform::kOpenDatabase);
     if (fd >= 0) static_cast<void>(SaveImage());  // it has failed in any case
   }
   if (kept != nullptr) *kept = std::move(image);
   Abandon();
-  return removed < 0 ? -1 : platform::Rename(other, path);
+  return replaced;
+}
+
+void SiteDB::NoteChanges(UndoLog& log) const {
+  if (fd < 0 || !inMemory || !image.isChanged()) return;
+  log.NotePart(path, 0, kHeaderSize + 4);  // the headers are written with every change
+  static_cast<void>(image.ForEachChange(fd, [&](std::size_t from, std::size_t to) {
+    log.NotePart(path, from, to);
+    return 0;
+  }));
 }
 
 int SiteDB::OpenOn(FileImage known, std::uint32_t size) {
@@ -232,6 +245,7 @@ int SiteDB::WriteFile(const void* source, std::int32_t offset, std::int32_t leng
     return length;
   }
   if (std::int64_t{offset} + length > FileImage::kLargestFile) return -1;
+  if (undo_ != nullptr && undo_->Begin() < 0) return -1;
   if (platform::Seek(fd, offset) < 0) return -1;
   const std::int64_t written = platform::Write(fd, source, static_cast<std::size_t>(length));
   platform::FlushAll();

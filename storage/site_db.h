@@ -22,6 +22,8 @@
 
 namespace zvrsit {
 
+class UndoLog;
+
 class SiteDB {
  public:
   static constexpr char kMagic[] = "ZVR4.00-SITE0.01";
@@ -54,6 +56,13 @@ class SiteDB {
   // everybody else from changing the file while it is open: another process that cut it would end
   // this one.
   void SetMapped() { maps_ = true; }
+
+  // Before Open: nothing is written in place before `log`, which outlives this object, has begun.
+  void SetUndo(UndoLog* log) { undo_ = log; }
+  // Before Open: a packed file is on the disk before it takes the place of this one.
+  void SetDurable() { isDurable_ = true; }
+  // Whole-file mode: gives `log` the parts that the next Flush will write.
+  void NoteChanges(UndoLog& log) const;
 
   // Opens the file; makes it when it is missing. 0, or -1, which leaves it closed. For a file that
   // is open already: whole-file mode gives -1; direct mode opens it again and never closes the
@@ -106,9 +115,9 @@ class SiteDB {
   char* MakeRoom(std::int32_t offset, std::int32_t length) {
     return image.MakeRoom(offset, length);
   }
-  // Closes the file, removes it and gives its name to the file at the path `other`; 0 or -1. What
-  // was changed in memory is written only if the file could not be removed. Whole-file mode:
-  // `kept`, if given, receives what was in memory.
+  // Closes the file and puts the file at the path `other` in its place, in one step; 0 or -1. What
+  // was changed in memory is written only when that failed. Whole-file mode: `kept`, if given,
+  // receives what was in memory.
   [[nodiscard]] int ReplaceBy(const std::string& other, FileImage* kept = nullptr);
   // Whole-file mode: opens the file without reading it. The caller knows that it holds the first
   // `size` bytes of `known`, and in its header the two header words of this object. 0 or -1.
@@ -148,6 +157,8 @@ class SiteDB {
 
   bool readOnly_ = false;
   bool maps_ = false;
+  bool isDurable_ = false;
+  UndoLog* undo_ = nullptr;
 };
 
 }  // namespace zvrsit

@@ -32,9 +32,11 @@ int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordTy
   if (IsOneFile(path, TextFileOf(path))) return -1;
   records_ = std::make_unique<SiteFixRecDB>(path, recordLength, recordType, wholeFile);
   strings_ = std::make_unique<SiteVarRecDB>(TextFileOf(path), wholeFile);
-  if (readOnly_) {
-    records_->SetReadOnly();
-    strings_->SetReadOnly();
+  for (SiteDB* const file :
+       {static_cast<SiteDB*>(records_.get()), static_cast<SiteDB*>(strings_.get())}) {
+    if (readOnly_) file->SetReadOnly();
+    if (isDurable_) file->SetDurable();
+    file->SetUndo(undo_);
   }
   if (maps_) {
     records_->SetMapped();
@@ -77,6 +79,11 @@ int SiteTable::Flush() {
   const int records = records_->Flush();
   const int strings = strings_->Flush();
   return records < 0 || strings < 0 ? -1 : 0;
+}
+
+void SiteTable::NoteChanges(UndoLog& log) const {
+  if (records_ != nullptr) records_->NoteChanges(log);
+  if (strings_ != nullptr) strings_->NoteChanges(log);
 }
 
 int SiteTable::Pack() {

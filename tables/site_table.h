@@ -26,12 +26,17 @@ class SiteTable {
   void SetReadOnly() { readOnly_ = true; }
   // Before the table is opened: large files are mapped (SiteDB::SetMapped says for whom).
   void SetMapped() { maps_ = true; }
+  // Likewise: SiteDB::SetUndo and SetDurable for both.
+  void SetUndo(UndoLog* log) { undo_ = log; }
+  void SetDurable() { isDurable_ = true; }
 
   // Closes the record file, then the string store, and frees each one that was closed. 0 or -1. The
   // index over names stays.
   [[nodiscard]] int Close();
   // Brings both files up to date on disk; 0 or -1.
   [[nodiscard]] int Flush();
+  // Gives `log` what the next Flush will write.
+  void NoteChanges(UndoLog& log) const;
   // Removes dead records and texts from both files; numbers do not change. 0 or -1.
   [[nodiscard]] int Pack();
   // Whether more than a quarter of either file is dead.
@@ -78,6 +83,8 @@ class SiteTable {
   bool wasOpened_ = false;
   bool readOnly_ = false;
   bool maps_ = false;
+  bool isDurable_ = false;
+  UndoLog* undo_ = nullptr;
 };
 
 }  // namespace zvrsit

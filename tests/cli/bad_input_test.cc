@@ -276,7 +276,7 @@ TEST(Damage, AFullDiskLeavesWholeProfiles) {
       {{"site", "delete", "demo"}, 0, 4},
       {{"site", "delete", "demo"}, 24, 4},
       {{"site", "delete", "demo"}, 100, 4},
-      {{"site", "delete", "demo"}, 150, 0},  // but for its texts
+      {{"site", "delete", "demo"}, 150, 4},
       {{"site", "rename", "demo", "new"}, 24, 4},
       {{"site", "rename", "demo", "new"}, 200, 4},
       {{"server", "delete", "host"}, 24, 4},

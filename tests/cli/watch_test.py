@@ -21,6 +21,7 @@ import threading
 import time
 
 PROGRAM = os.path.abspath(sys.argv[1])
+os.environ.setdefault("ZVRSIT_SYNC", "0")
 PATIENCE = 20  # seconds
 
 
