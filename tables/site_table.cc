@@ -35,12 +35,9 @@ int SiteTable::MakeFiles(const std::string& path, int recordLength, int recordTy
   for (SiteDB* const file :
        {static_cast<SiteDB*>(records_.get()), static_cast<SiteDB*>(strings_.get())}) {
     if (readOnly_) file->SetReadOnly();
+    if (maps_) file->SetMapped();
     if (isDurable_) file->SetDurable();
     file->SetUndo(undo_);
-  }
-  if (maps_) {
-    records_->SetMapped();
-    strings_->SetMapped();
   }
   return records_->Open() < 0 || strings_->Open() < 0 ? -1 : 0;
 }
