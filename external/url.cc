@@ -120,7 +120,7 @@ bool SetUrl(const std::string& read, const AskableUrl* base, CURLU* url) {
   }
   const std::size_t path =
       scheme.empty() ? 0 : std::min(whole.find_first_of("/?", scheme.size() + 3), whole.size());
-  whole = whole.substr(0, path) + PercentEncoded(whole.substr(path));
+  whole.replace(path, whole.npos, PercentEncoded(whole.substr(path)));
   return whole.empty() ||
          Curl().url_set(url, CURLUPART_URL, whole.c_str(), CURLU_URLENCODE) == CURLUE_OK;
 }

@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# What a compiler does not see:  scripts/lint.sh [format|tidy|alone|includes|words|virtual|reference]...  (all without a word)
+# What a compiler does not see:  scripts/lint.sh [format|tidy|alone|includes|words|virtual|reference|cppcheck]...
+#
+# Without a word all but cppcheck, which finds nothing that clang-tidy does not.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -35,6 +37,15 @@ lint_tidy() { built_by asan | tac | tidy asan -bugprone-suspicious-include; }
 lint_alone() {
   built_by debug | grep -v /build/ | grep -E '/(cli|exports|external|findings|web)/' |
     tidy debug '-*,readability-duplicate-include'
+}
+
+# cppcheck over the library and the program; scripts/cppcheck.txt has what it is wrong about.
+lint_cppcheck() {
+  require_packages cppcheck
+  built_by debug >/dev/null
+  cppcheck --project=build/debug/compile_commands.json -i tests -i fuzz -i build -j "$(nproc)" --quiet \
+    --enable=warning,performance,portability --std=c++20 --suppress='*:/usr/*' --error-exitcode=1 \
+    --suppress='*:*/build/*' --suppressions-list=scripts/cppcheck.txt
 }
 
 # The rooms include downwards only.
