@@ -434,7 +434,7 @@ class Rounds:
         now = self.whole()
         self.must(["verify"])
         self.compare(name, before, after, now)
-        left = [name for name in ("new", "done", "undo", "repair", "../sites.R.undo", "../legacy/done")
+        left = [name for name in ("new", "done", "undo", "undo.new", "repair", "../sites.R.undo", "../legacy/done")
                 if os.path.exists(f"{self.db}/{self.demo}/{name}")]
         if left:
             raise Wrong(f"left behind: {left}")

@@ -15,6 +15,7 @@ namespace zvrsit {
 namespace {
 
 constexpr std::string_view kUndoMagic = "ZVRSIT-UNDO 1\n";
+constexpr const char* kBegunSuffix = ".new";  // of a log that is being written
 constexpr std::size_t kUndoWord = 8;
 constexpr std::uint64_t kFileEntry = 0;
 constexpr std::uint64_t kPartEntry = 1;
@@ -267,7 +268,7 @@ int UndoLog::WriteLog(const std::string& path) const {
 int UndoLog::Begin() {
   if (hasBegun_) return 0;
   return Guarded([&] {
-    const std::string temporary = path_ + ".new";
+    const std::string temporary = path_ + kBegunSuffix;
     const bool isThere = WriteLog(temporary) == 0 && platform::SyncFiles({temporary}) == 0 &&
                          platform::Replace(temporary, path_) == 0;
     if (!isThere) {
@@ -301,6 +302,7 @@ int UndoLog::End() {
 }
 
 int UndoLog::Undo(const std::string& path) {
+  platform::Unlink(path + kBegunSuffix);
   platform::FileStat stat;
   if (platform::Stat(path, stat) != 0) return IsMissing(platform::LastError()) ? 0 : -1;
   return Guarded([&] {

@@ -56,19 +56,27 @@ TEST(Sharing, QuestionsShareASiteAndChangesDoNot) {
   };
   for (const auto& row : rows) {
     const Lock lock(program, row.kind, row.byte);
-    const Outcome outcome = program.Run(row.words);
+    Words words = row.words;
+    words.insert(words.end(), {"--wait", "0.05"});
+    const Outcome outcome = program.Run(words);
     EXPECT_EQ(outcome.code, row.code) << Json(row.words) << outcome.err;
     EXPECT_TRUE(row.code == 0 || outcome.complains("in use")) << outcome.err;
   }
   EXPECT_EQ(program.Ask({"sites"}).size(), 2u);
 }
 
-// What is in use is waited for, for a while.
+// What is in use is waited for, for a while, or for as long as is asked for.
 TEST(Sharing, WaitsForAnotherProcess) {
   const Program program;
   program.Page("index.html", "");
   ASSERT_EQ(program.Build("demo").code, 0);
   auto lock = std::make_unique<Lock>(program, F_WRLCK, 1);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(program.Run({"links", "demo", "--wait", "0.5"}).complains("in use"));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
+  for (const char* wait : {"-1", "soon"}) {
+    EXPECT_EQ(program.Run({"links", "demo", "--wait", wait}).code, 2) << wait;
+  }
   std::thread release([&lock] {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     lock.reset();
