@@ -98,11 +98,15 @@ class Pairs:
 
     def end(self, process, name):
         """(exit code, standard output, standard error)"""
-        try:
-            code = process.wait(PATIENCE)
-        except subprocess.TimeoutExpired as hung:
-            process.kill()
-            raise Wrong(f"{name} hangs") from hung
+        code, end = None, time.monotonic() + PATIENCE
+        while code is None:
+            try:
+                code = process.wait(0.5)
+            except subprocess.TimeoutExpired as hung:
+                process.send_signal(signal.SIGCONT)  # the recorder may have stopped it later
+                if time.monotonic() > end:
+                    process.kill()
+                    raise Wrong(f"{name} hangs") from hung
         texts = []
         for suffix in (".out", ".err"):
             with open(os.path.join(self.work, name + suffix), encoding="utf-8",
