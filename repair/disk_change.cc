@@ -331,15 +331,21 @@ bool Prepare(const DiskChange& change, OpenFiles* open, Journal& journal, DiskFa
   return true;
 }
 
-// Deletes what a journal removes for good.
+// Deletes what a journal removes for good, and waits until this is on the disk: without the journal
+// nobody would do it again.
 bool DeleteRemoved(const Journal& journal) {
   bool isGone = true;
+  std::set<std::string> folders;
   for (const JournalRename& rename : journal.renames) {
     std::string native;
     std::error_code error;
     if (!rename.isRemoval || !platform::ToNativePath(Bare(rename.to), native)) continue;
     std::filesystem::remove_all(native, error);
     if (error) isGone = false;
+    folders.insert(Bare(FolderAround(Bare(rename.to))));
+  }
+  for (const std::string& folder : folders) {
+    if (platform::SyncFolder(folder) != 0 && !IsMissing(platform::LastError())) isGone = false;
   }
   return isGone;
 }
