@@ -32,7 +32,7 @@ int RunSave(const Options& options, const std::string& site,
   }
   std::vector<std::string> saved;
   for (const std::string& path : paths) {
-    if (session.manager().Save(path, nullptr) != 0) {
+    if (session.manager().Save(path, nullptr) != 0 || session.manager().IsFull()) {
       session.FailToChange(NativePath(path) + ": cannot be registered");
     }
     saved.push_back(session.names().Shown(path));

@@ -75,9 +75,15 @@ int RebuildSite(Session& session, bool complete, const std::string& database, bo
   SiteMgr& manager = session.manager();
   TerminalProgress progress(showsProgress);
   const NotOfTheSite leftOut(session, database);
-  const int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
+  int stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
   Interrupts::Check();
+  if (manager.IsFull() &&
+      manager.PackSite() == 0) {  // what earlier rebuilds have left is in the way
+    stored = manager.SiteRebuildDB(complete ? 1 : 0, progress.dialog());
+    Interrupts::Check();
+  }
   if (stored != 0 || manager.GetSiteProfRebuildState() != kRebuilt) {
+    if (manager.IsFull()) throw Failure(kDatabase, std::string("the rebuild failed: ") + kNoRoom);
     ThrowIfSystemFailed("the rebuild failed");
     throw Failure(kDatabase, "the rebuild failed: the tables of the site cannot be written");
   }

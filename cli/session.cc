@@ -327,7 +327,7 @@ void Session::FailToWrite() {
 }
 
 void Session::FailToChange(const std::string& what) {
-  const std::string reason = SystemReason();
+  const std::string reason = manager_->IsFull() ? std::string(": ") + kNoRoom : SystemReason();
   if (manager_->GetSiteProfRebuildState() == kRebuilt) SetRebuildState(kNotWhole);
   throw Failure(reason.empty() ? kDatabase : kFileSystem,
                 what + reason + ": zvrsit rebuild " + site_);

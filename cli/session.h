@@ -140,6 +140,9 @@ class Session {
   SiteNames names_;
 };
 
+// Why a change of the tables failed when SiteMgr::IsFull.
+inline constexpr const char* kNoRoom = "a table of the site would become longer than 2 GB";
+
 // The system's message for the last call that failed, such as ": No space left on device". Empty
 // for failures that also happen on the way to success.
 std::string SystemReason();

@@ -103,7 +103,7 @@ int SiteMgr::Rebuild::RunSteps() {
   progress_.EndWalk();
   if (kind_ == Kind::kDiff && RefreshPaths() < 0) return -1;
   progress_.BeginLinks();
-  if (CollectLinks() < 0) return -1;
+  if (CollectLinks() < 0 || manager_.IsFull()) return -1;
   progress_.EndLinks();
   if (kind_ == Kind::kDiff && DropVanished() < 0) return -1;
   if (MarkFamily() < 0) return -1;
@@ -321,6 +321,13 @@ int SiteMgr::PackSite(bool all) {
     if (table == nullptr || ((all || table->IsWorthPacking()) && table->Pack() < 0)) result = -1;
   }
   return result;
+}
+
+bool SiteMgr::IsFull() const {
+  return openSiteId >= 0 && std::ranges::any_of(Work(const_cast<SiteMgr&>(*this)).Tables(),
+                                                [](const SiteTable* table) {
+                                                  return table != nullptr && table->IsFull();
+                                                });
 }
 
 }  // namespace zvrsit

@@ -138,7 +138,8 @@ int SiteMgr::TraverseLinks(const std::string& siteDir, const std::string& path, 
   bool unread = false;
   const int result = work.Traverse(siteDir, path, doc, unread);
   const int number = pathDB != nullptr ? pathDB->Find(path) : -1;
-  work.SetUnread(number, result < 0 || unread);
+  // A link to a file that could not be stored does not make this fail.
+  work.SetUnread(number, result < 0 || unread || IsFull());
   work.MarkFound(number);
   return result;
 }

@@ -181,6 +181,12 @@ class ZVRSIT_API SiteMgr : public SiteMgrBase {
   // `all` false, a table is packed only if more than a quarter of one of its files is dead. Every
   // table is tried; -1 when one could not be packed.
   int PackSite(bool all = true);
+  // Whether a table of the open site has refused something since it was opened or packed, because
+  // its file would be longer than 2^31-1 bytes. What it holds stays; a rebuild or an update in
+  // which this happens fails. Save may give 0, as it passes over links that it cannot store; then
+  // CompareWithDisk has the page among the unread ones. PackSite makes room where anything is dead,
+  // as it is after several rebuilds.
+  bool IsFull() const;
   // Writes the tables of the open site to disk as they stand; 0 or -1.
   int FlushSite();
 

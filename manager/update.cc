@@ -138,7 +138,7 @@ int SiteMgr::Update::Apply() {
   roots_ = work_.ListRoots();
   if (TakeOutGone() < 0 || StoreFacts() < 0 || AddCome() < 0) return -1;
   progress_.BeginLinks();
-  if (ReadAgain() < 0) return -1;
+  if (ReadAgain() < 0 || m_.IsFull()) return -1;
   progress_.EndLinks();
   if (HasMetWhatNeedsRebuild()) return kMustRebuild;
   return Sweep();

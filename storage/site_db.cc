@@ -55,6 +55,7 @@ SiteDB::~SiteDB() {
 
 int SiteDB::Open() {
   if (path.empty()) return -1;
+  isFull_ = false;
   return inMemory ? OpenWhole() : OpenDirect();
 }
 
@@ -206,12 +207,18 @@ void SiteDB::NoteChanges(UndoLog& log) const {
   }));
 }
 
+int SiteDB::RefuseForRoom() {
+  isFull_ = true;
+  return -1;
+}
+
 int SiteDB::OpenOn(FileImage known, std::uint32_t size) {
   fd = platform::Open(path, platform::kOpenDatabase);
   if (fd < 0) return -1;
   image = std::move(known);
   StoreHeader(image.ChangeBytes(0, kHeaderSize), headerWord1, headerWord2);
   image.CutToSaved(size);
+  isFull_ = false;
   return 0;
 }
 

@@ -102,6 +102,9 @@ class SiteDB {
 
   bool isInMemory() const { return inMemory; }
   bool isOpen() const { return fd >= 0; }
+  // Whether a record or a text was refused since the file was opened or packed, because the file
+  // would become too long for its offsets, or has handed out all numbers.
+  bool isFull() const { return isFull_; }
   const std::string& filePath() const { return path; }
 
  protected:
@@ -122,6 +125,8 @@ class SiteDB {
   // Whole-file mode: opens the file without reading it. The caller knows that it holds the first
   // `size` bytes of `known`, and in its header the two header words of this object. 0 or -1.
   [[nodiscard]] int OpenOn(FileImage known, std::uint32_t size);
+  // Notes that something was refused for that reason. Gives -1.
+  [[nodiscard]] int RefuseForRoom();
   // The header of a file with these words.
   void StoreHeader(char* bytes, std::int32_t word1, std::int32_t word2) const;
   // Closes without writing anything: after an open that failed further up.
@@ -156,6 +161,7 @@ class SiteDB {
   [[nodiscard]] int OpenDescriptor() const;
 
   bool readOnly_ = false;
+  bool isFull_ = false;
   bool maps_ = false;
   bool isDurable_ = false;
   UndoLog* undo_ = nullptr;

@@ -110,14 +110,13 @@ int SiteFixRecDB::AddSlot(SiteBaseRec* record, const Writer& writer) {
 }
 
 int SiteFixRecDB::AddNewSlot(SiteBaseRec* record, const Writer& writer) {
+  const std::int64_t offset = std::int64_t{recordLength} * headerWord2 + kHeaderSize;
   const int id = ChooseId();
-  if (id >= kMostIds) return -1;
+  if (id >= kMostIds || offset + recordLength > FileImage::kLargestFile) return RefuseForRoom();
   slotIndex.Grow(static_cast<std::size_t>(id) + 1);
   std::int32_t& slot = slotIndex.slot(static_cast<std::size_t>(id));
   if (id == headerWord1) ++headerWord1;
-  const std::int64_t offset = std::int64_t{recordLength} * headerWord2 + kHeaderSize;
   record->id = id;
-  if (offset > std::numeric_limits<std::int32_t>::max()) return -1;
   const auto at = static_cast<std::int32_t>(offset);
   if (WriteSlot(at, *record, writer) < 0) return -1;
   slot = at;

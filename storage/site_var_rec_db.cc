@@ -279,9 +279,9 @@ int SiteVarRecDB::ChooseId() {
 int SiteVarRecDB::AddEntry(int kind, std::string_view data) {
   const std::int64_t length = static_cast<std::int64_t>(data.size()) + (kind == kString ? 1 : 0);
   const std::int64_t newEnd = std::int64_t{end_} + kHeadSize + length;
-  if (newEnd > std::numeric_limits<std::int32_t>::max()) return -1;
+  if (newEnd > FileImage::kLargestFile) return RefuseForRoom();
   const int id = ChooseId();
-  if (id >= kMostIds) return -1;
+  if (id >= kMostIds) return RefuseForRoom();
   offsets_.Grow(static_cast<std::size_t>(id) + 1);
   std::int32_t& known = offsets_.slot(static_cast<std::size_t>(id));
   if (WriteEntry({id, static_cast<int>(length), kind == kString ? 1 : 0, kind}, data) < 0) {

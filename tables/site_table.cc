@@ -100,6 +100,10 @@ bool SiteTable::IsWorthPacking() const {
   return records_->deadBytes() * 4 > records || strings_->deadBytes() * 4 > strings;
 }
 
+bool SiteTable::IsFull() const {
+  return isOpen() && (records_->isFull() || strings_->isFull());
+}
+
 int SiteTable::Count() const {
   return records_ == nullptr ? -1 : records_->idCount();
 }

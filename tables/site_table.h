@@ -41,6 +41,8 @@ class SiteTable {
   [[nodiscard]] int Pack();
   // Whether more than a quarter of either file is dead.
   bool IsWorthPacking() const;
+  // Whether either file has refused something for want of room (SiteDB::isFull).
+  bool IsFull() const;
 
   // Record numbers handed out so far, deleted ones among them; -1 while closed.
   int Count() const;
