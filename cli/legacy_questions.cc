@@ -5,6 +5,7 @@
 #include "cli/exit_code.h"
 #include "cli/legacy_commands.h"
 #include "cli/legacy_session.h"
+#include "findings/url_check.h"
 #include "legacy/sit_peeper.h"
 
 namespace zvrsit::cli {
@@ -39,7 +40,12 @@ std::size_t PrintLinks(const Options& options, const LinkQuery& query, Wanted wa
   session.Open(query.site);
   std::vector<LegacyLink> links;
   session.ForEachLink(query.from, query.to, [&](const LegacyLink& link) {
-    if (wanted(link)) links.push_back(link);
+    if (!wanted(link)) return;
+    links.push_back(link);
+    // What this generation takes for the name of a file may be a URL too.
+    for (std::string* text : {&links.back().to, &links.back().text}) {
+      *text = WithoutCredentials(*text);
+    }
   });
   session.LetGo();
   JsonRows rows;

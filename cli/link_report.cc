@@ -56,7 +56,7 @@ void ForEachLink(Session& session, const std::vector<int>& numbers,
   ShownLink shown;
   for (const int number : numbers) {
     if (session.manager().GetLink(number, shown.link) != 0) continue;
-    if (shown.link.to.kind == kKindUrl) shown.link.text = WithoutCredentials(shown.link.text);
+    shown.link.text = WithoutCredentials(shown.link.text);
     shown.from = entries.NameOf(shown.link.from);
     shown.to = entries.NameOf(shown.link.to);
     // The table marks such a name by a separator behind it.

@@ -6,6 +6,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "findings/url_check.h"
 #include "platform/native_path.h"
 
 namespace zvrsit::cli {
@@ -52,7 +53,7 @@ SiteNames::SiteNames(std::string folder) : folder_(std::move(folder)) {
 
 std::string SiteNames::ShownNative(const std::string& native) const {
   const bool isBelow = native.size() > native_.size() && native.starts_with(native_);
-  return isBelow ? native.substr(native_.size()) : native;
+  return WithoutCredentials(isBelow ? native.substr(native_.size()) : native);
 }
 
 std::vector<std::string> SiteNames::Candidates(const std::string& native) const {

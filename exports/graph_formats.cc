@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <utility>
+
 #include "exports/graph.h"
 #include "findings/dump_json.h"
 #include "findings/escapes.h"
@@ -47,7 +49,7 @@ std::string WithControlsEscaped(std::string_view utf8) {
     const auto value = static_cast<unsigned char>(c);
     text += value < 0x20 || value == 0x7F ? fmt::format("\\x{:02x}", value) : std::string(1, c);
   }
-  return text;
+  return WithoutControls(std::move(text));
 }
 
 // A quoted text of DOT, whose labels know escapes and entities.

@@ -200,9 +200,9 @@ class SiteExport {
     rows_.Add({Number(number), Number(link.from.id), isUrl ? ExportValue() : Number(link.to.id),
                isUrl ? Number(link.to.id) : ExportValue(),
                isUrl ? ExportValue() : ExportValue(state), ExportValue(WordOfLinkType(link.type)),
-               Text(isUrl ? WithoutCredentials(link.text) : link.text), Text(link.alt),
-               Number(link.count), link.offset < 0 ? ExportValue() : Number(link.offset),
-               place(&LinkPlace::line), place(&LinkPlace::column)});
+               Text(WithoutCredentials(link.text)), Text(link.alt), Number(link.count),
+               link.offset < 0 ? ExportValue() : Number(link.offset), place(&LinkPlace::line),
+               place(&LinkPlace::column)});
   }
 
   void WriteFindings(const FindingReport& report) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "findings/owned_cells.h"
+#include "findings/url_check.h"
 #include "platform/native_path.h"
 #include "util/path_parts.h"
 #include "util/url_id.h"
@@ -25,7 +26,8 @@ KnownFiles::KnownFiles(SiteMgr& manager, const std::string& folder, const KnownF
     const bool isBelow = path.starts_with(folder) && path.size() > folder.size();
     std::string native;
     if (!platform::ToNativePath(isBelow ? path.substr(folder.size()) : path, native)) native = path;
-    files_[number] = {std::move(native), cell.GetFlag() != 0};
+    const bool isThere = cell.GetFlag() != 0;
+    files_[number] = {isThere ? std::move(native) : WithoutCredentials(native), isThere};
     numbers_.push_back(cell.GetID().id);
   }
   if (before != nullptr && HasSameThere(*before)) index_ = before->index_;

@@ -16,7 +16,7 @@ namespace {
 
 std::string CommandText(std::string_view text) {
   static constexpr Replacements kEscapes{{'%', "%25"}, {'\r', "%0D"}, {'\n', "%0A"}};
-  return kEscapes.In(platform::ToUtf8(text));
+  return WithoutControls(kEscapes.In(platform::ToUtf8(text)));
 }
 
 // The same for a property, which "," or ":" would end.

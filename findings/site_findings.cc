@@ -136,10 +136,9 @@ std::string SiteFindings::LikeliestId(int page, const std::string& fragment) {
 }
 
 // A link to the URL of another site.
-void SiteFindings::AddToUrl(int number, SiteLink link) {
+void SiteFindings::AddToUrl(int number, const SiteLink& link) {
   const std::string address = TextOf(manager_.UrlUrl(link.to.id));
   const std::string fault = FaultOfUrl(address);
-  link.text = WithoutCredentials(link.text);
   if (!fault.empty()) {
     const std::string url = WithoutCredentials(address);
     const Subject* const subject =
@@ -159,7 +158,7 @@ void SiteFindings::AddRow(int number, const SiteLink& link, const Subject* subje
   row.page = link.from.id;
   row.subject = subject;
   row.count = link.count;
-  row.reference = link.text;
+  row.reference = WithoutCredentials(link.text);
   rows_.push_back(std::move(row));
 }
 

@@ -62,7 +62,7 @@ class SiteFindings {
   void AddRepeatedIds(const std::vector<RepeatedId>& repeated);
   void AddBroken(int number, const SiteLink& link);
   void AddMissingFragments(const std::vector<MissingFragment>& missing);
-  void AddToUrl(int number, SiteLink link);
+  void AddToUrl(int number, const SiteLink& link);
   void AddRow(int number, const SiteLink& link, const Subject* subject);
   void FindPlaces(std::size_t first);
   Rows ListLonely();

@@ -93,6 +93,7 @@ bool IsWebUrl(std::string_view url) {
 }
 
 std::string WithoutCredentials(std::string_view url) {
+  if (url.find('@') == url.npos) return std::string(url);
   // As browsers read it: without white space in front, tabs and line ends.
   std::string read(url.substr(std::min(url.find_first_not_of(" \t\r\n\f"), url.size())));
   std::erase_if(read, [](char c) { return c == '\t' || c == '\r' || c == '\n'; });

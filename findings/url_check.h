@@ -14,7 +14,8 @@ std::string FaultOfUrl(std::string_view url);
 // Whether it is a URL of http or https, with a host; also when it begins with "//".
 bool IsWebUrl(std::string_view url);
 
-// The URL without its user and password, as it may be shown. Unchanged when it has none.
+// The URL without its user and password, as it may be shown. Unchanged when it has none, or is no
+// URL. Names of files and references are shown so too: to the classic rules "https:" is a folder.
 std::string WithoutCredentials(std::string_view url);
 
 // The host of a URL, in lower case, with its port; empty for none.
