@@ -7,6 +7,7 @@
 #include "legacy/sit_pair_db.h"
 #include "legacy/sit_prof.h"
 #include "platform/file.h"
+#include "util/site_name.h"
 
 namespace zvrsit {
 
@@ -39,6 +40,7 @@ int SitMgrBase::SiteOpen(const std::string& name) {
   for (std::size_t i = 0; i < files.size(); ++i) {
     const auto file = inside_->SiteString(files[i]);
     if (!file || file->empty()) return inside_->Fail(kSitNoValue);
+    if (LeavesFolder(*file)) return inside_->Fail(kSitCannotOpen);
     paths[i] = *inside_->dbDir + *file;
   }
   const std::string stamp = StampOf(paths);

@@ -17,6 +17,7 @@
 #include "tables/site_site_prof_db.h"
 #include "tables/site_url_db.h"
 #include "util/mb_string.h"
+#include "util/site_name.h"
 
 namespace zvrsit {
 
@@ -160,7 +161,8 @@ int SiteMgrBase::Work::OpenSite(int siteId) {
 
   SiteTableNames names;
   if (profiles.ReadTableNames(siteId, names) < 0) return -1;
-  if (std::ranges::any_of(names, &std::string::empty)) return -1;
+  const auto isUseless = [](const std::string& name) { return name.empty() || LeavesFolder(name); };
+  if (std::ranges::any_of(names, isUseless)) return -1;
   OpenTables(names);
   base_.inside->linkRules = RulesOf(rec);
   if (ReadDefaultUrl(rec) < 0) return -1;

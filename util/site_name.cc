@@ -1,5 +1,6 @@
 #include "util/site_name.h"
 
+#include <algorithm>
 #include <array>
 
 #include "platform/code_page_text.h"
@@ -37,6 +38,15 @@ bool IsSiteName(std::string_view name) {
     }
   }
   return true;
+}
+
+bool LeavesFolder(std::string_view name) {
+  for (std::size_t begin = 0; begin <= name.size();) {
+    const std::size_t end = std::min(name.find_first_of("\\/", begin), name.size());
+    if (name.substr(begin, end - begin) == "..") return true;
+    begin = end + 1;
+  }
+  return false;
 }
 
 }  // namespace zvrsit

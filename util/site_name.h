@@ -10,4 +10,9 @@ namespace zvrsit {
 // control characters and \ / : * ? " < > |.
 bool IsSiteName(std::string_view name);
 
+// Whether the name of a file, which is put behind that of a folder, leads out of this folder: by a
+// part "..", with either separator. Profiles that were damaged or made by others may hold such
+// names.
+bool LeavesFolder(std::string_view name);
+
 }  // namespace zvrsit

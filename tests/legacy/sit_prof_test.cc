@@ -83,6 +83,16 @@ TEST_F(Profiles, SitesGetFilesOfTheirOwn) {
   EXPECT_EQ(Text(mgr.GetSiteProfTopFile(2)), "\\x\\index.html");
 }
 
+// A profile file is data: the names in it must not reach files elsewhere.
+TEST_F(Profiles, FilesElsewhereAreNotOpened) {
+  mgr.SiteProfAdd("demo");
+  for (const char* name : {"..\\made", "demo\\..\\..\\made", "demo/../../made"}) {
+    EXPECT_EQ(mgr.SetSiteProfDir(0, name, 11), 0);
+    EXPECT_EQ(Error(mgr, mgr.SiteOpen("demo")), kSitCannotOpen) << name;
+    EXPECT_FALSE(folder.has("made")) << name;
+  }
+}
+
 TEST_F(Profiles, UndoRestoresEveryByteOfThem) {
   SitServProperty server;
   server.host = "ftp.example.org";

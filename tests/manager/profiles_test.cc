@@ -169,6 +169,15 @@ TEST_F(SiteProfiles, AProfileWithForeignTableNamesReachesNoOtherFile) {
   EXPECT_TRUE(site_.folder().has("site/preciouS"));
 }
 
+TEST_F(SiteProfiles, AProfileWithForeignTableNamesIsNotOpened) {
+  const int number = mgr().FindSiteProf("demo");
+  for (const char* name : {"..\\site\\made", "demo\\..\\..\\site\\made", "demo/../../site/made"}) {
+    (void)mgr().GetSiteProf()->SetText(number, &SiteSiteRec::linkFile, name);
+    EXPECT_EQ(site_.Open(), -1) << name;
+    EXPECT_FALSE(site_.folder().has("site/made")) << name;
+  }
+}
+
 TEST_F(SiteProfiles, TheOpenSiteIsNeitherRenamedNorDeleted) {
   ASSERT_EQ(site_.Open(), 0);
   EXPECT_EQ(mgr().RenameSiteProf("demo", "other"), -1);
