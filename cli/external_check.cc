@@ -6,6 +6,7 @@
 #include "cli/exit_code.h"
 #include "cli/known_site.h"
 #include "cli/native_name.h"
+#include "cli/private_folder.h"
 #include "cli/site_profile.h"
 #include "cli/table_files.h"
 
@@ -52,9 +53,7 @@ std::string KeptFileOfFolder(const Options& options, const std::string& folder) 
       return KeptFileOfSite(Session(options, Database::kAsk), site->name);
     }
     const fs::path database = PathOf(DatabaseFolder(options));
-    std::error_code error;
-    fs::create_directories(database, error);
-    return error ? "" : NameOf(database / kKeptAnswers);
+    return MakeOwnFolder(database) ? "" : NameOf(database / kKeptAnswers);
   } catch (const Failure&) {
     return "";  // no home folder, or a database that is in use: nothing is kept
   }

@@ -6,6 +6,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "cli/private_folder.h"
 #include "cli/session.h"
 
 namespace zvrsit::cli {
@@ -59,8 +60,7 @@ void MoveAll(const fs::path& from, const fs::path& to) {
   const Listed listed = List(from);
   std::error_code error;
   for (const fs::path& name : listed.folders) {
-    fs::create_directory(to / name, error);
-    NeedDone(to / name, error);
+    NeedDone(to / name, MakeOwnFolder(to / name));
     MoveAll(from / name, to / name);
   }
   for (const std::string& name : listed.files) {

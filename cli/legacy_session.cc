@@ -7,6 +7,7 @@
 #include "cli/exit_code.h"
 #include "cli/finished_files.h"
 #include "cli/native_name.h"
+#include "cli/private_folder.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -70,8 +71,7 @@ LegacySession::LegacySession(const Options& options, Database database) {
   } else {
     const fs::path copy = older / kNewFolder;
     RemoveFolder(copy);
-    std::error_code error;
-    fs::create_directories(copy, error);
+    const std::error_code error = MakeOwnFolder(copy);
     if (error) throw Failure(kFileSystem, NameOf(copy) + ": " + error.message());
     folder_ = FolderPath(NameOf(copy));
     CopyOlderProfiles(older, copy);

@@ -44,7 +44,7 @@ void CopyOlderFile(const fs::path& original, const fs::path& folder, const fs::p
     return;
   }
   const fs::path copy = folder / name;
-  fs::create_directories(copy.parent_path(), error);
+  error = MakeOwnFolder(copy.parent_path());
   if (!error) error = CopyOneFile(original / name, copy);
   if (!error) fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, error);
   NeedCopied(original / name, error);

@@ -6,6 +6,10 @@
 #include <string>
 #include <system_error>
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
 
@@ -33,10 +37,24 @@ fs::path MakeIn(const fs::path& parent, std::error_code& error) {
 
 }  // namespace
 
+std::error_code MakeOwnFolder(const fs::path& folder) {
+  std::error_code error;
+#if defined(_WIN32)
+  fs::create_directories(folder, error);
+#else
+  if (folder.empty() || fs::is_directory(folder, error)) return {};
+  error = MakeOwnFolder(folder.parent_path());
+  if (!error && mkdir(NameOf(folder).c_str(), S_IRWXU) != 0 && !fs::is_directory(folder)) {
+    error.assign(errno, std::generic_category());
+  }
+#endif
+  return error;
+}
+
 PrivateFolder::PrivateFolder(const fs::path& parent) {
   std::error_code error;
   const fs::path base = parent.empty() ? fs::temp_directory_path(error) : parent;
-  if (!error) fs::create_directories(base, error);
+  if (!error) error = MakeOwnFolder(base);
   if (!error) path_ = MakeIn(base, error);
   if (!error) return;
   throw Failure(kFileSystem,

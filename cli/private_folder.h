@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "cli/interrupts.h"
@@ -28,5 +29,9 @@ class PrivateFolder {
   std::optional<Interrupts> interrupts_{std::in_place};
   std::filesystem::path path_;
 };
+
+// Makes a native folder, and those above it that are missing, for this user alone. One that is
+// there stays as it is.
+[[nodiscard]] std::error_code MakeOwnFolder(const std::filesystem::path& folder);
 
 }  // namespace zvrsit::cli

@@ -10,6 +10,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "cli/private_folder.h"
 #include "tables/table_files.h"
 
 namespace zvrsit::cli {
@@ -89,7 +90,7 @@ void CopyTables(const std::string& folder, const std::string& to) {
 
 void RemoveTables(const std::string& folder) {
   std::error_code error;
-  fs::create_directory(PathOf(folder), error);
+  static_cast<void>(MakeOwnFolder(PathOf(folder)));
   for (const std::string& file : TableNames()) {
     const fs::path path = PathOf(folder) / file;
     fs::remove(path, error);

@@ -2,6 +2,11 @@
 
 #include <cerrno>
 
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 namespace zvrsit {
 
 NewFile::NewFile(const OutputPath& place) : place_(place), new_(place.path) {
@@ -15,6 +20,12 @@ NewFile::NewFile(const OutputPath& place) : place_(place), new_(place.path) {
     throw ExportError(place.name + ": is a device or a pipe; for stdout, leave -o out");
   }
   std::filesystem::remove(new_, error);
+#if !defined(_WIN32)
+  // In a folder that others use too, nothing of theirs is opened.
+  const int made = open(newName().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (made < 0) Fail({errno, std::generic_category()});
+  close(made);
+#endif
 }
 
 NewFile::~NewFile() {

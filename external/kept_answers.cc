@@ -1,6 +1,9 @@
 #include "external/kept_answers.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <ctime>
@@ -48,6 +51,9 @@ KeptAnswers::~KeptAnswers() {
 }
 
 bool KeptAnswers::Open(const std::string& file) {
+  // Made here, as SQLite would let everyone read it.
+  const int made = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (made >= 0) close(made);
   sqlite3* database = nullptr;
   const int opened =
       sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);

@@ -24,6 +24,8 @@ inline constexpr int kOpenPack = kOpenBinary | kOpenCreate | kOpenTruncate | kOp
 inline constexpr int kOpenReadOnly = kOpenBinary;
 
 inline constexpr int kOwnerReadWrite = 0600;
+inline constexpr int kOwnerFolder = 0700;
+inline constexpr int kEveryone = 0777;  // but for what the user's mask takes away
 
 // Opens `path`; a descriptor (0 or above) or -1.
 int Open(const std::string& path, int flags, int permission = kOwnerReadWrite);
@@ -71,7 +73,8 @@ int StatOpen(int fd, FileStat& result);
 // Whether the last component of `path` is itself a link (on Windows a symbolic link or a junction)
 // to somewhere else. False also when there is nothing of that name.
 bool IsLink(const std::string& path);
-int MakeFolder(const std::string& path);
+// `permission` as of mkdir; no effect on Windows, where a folder has those of the one above it.
+int MakeFolder(const std::string& path, int permission = kEveryone);
 int Unlink(const std::string& path);
 // Removes a folder that is empty.
 int RemoveFolder(const std::string& path);
@@ -106,8 +109,9 @@ int FlushAll();
 // The error number of the last failing call of this thread.
 int LastError();
 
-// Makes every missing folder above `path` (the part before its last `\`, the whole chain from the
-// top down); 0 or -1. A path without a `\` gives -1; so does a parent that equals the path.
+// Makes, for this user alone, every missing folder above `path` (the part before its last `\`, the
+// whole chain from the top down); 0 or -1. A path without a `\` gives -1; so does a parent that
+// equals the path.
 int MakeFolderOfPath(const std::string& path);
 
 }  // namespace zvrsit::platform

@@ -20,8 +20,6 @@ namespace {
 
 static_assert(sizeof(off_t) == 8, "files above 2 GB need 64-bit offsets");
 
-constexpr mode_t kFolderPermission = 0777;
-
 std::atomic<bool> syncs = true;
 thread_local int lastError = 0;
 // Native paths are made here, so that a call allocates nothing once the longest path was seen.
@@ -216,10 +214,10 @@ bool IsLink(const std::string& path) {
          S_ISLNK(status.st_mode);
 }
 
-int MakeFolder(const std::string& path) {
+int MakeFolder(const std::string& path, int permission) {
   if (MustFail(FileCall::kMakeFolder)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
-  return Noted(::mkdir(nativePath.c_str(), kFolderPermission));
+  return Noted(::mkdir(nativePath.c_str(), static_cast<mode_t>(permission)));
 }
 
 int Unlink(const std::string& path) {

@@ -196,7 +196,7 @@ bool IsLink(const std::string& path) {
           found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
 }
 
-int MakeFolder(const std::string& path) {
+int MakeFolder(const std::string& path, int) {
   if (MustFail(FileCall::kMakeFolder)) return Fail(EIO);
   if (!ToNativePath(path, nativePath)) return Fail(ENOENT);
   return Noted(_mkdir(nativePath.c_str()));

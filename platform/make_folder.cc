@@ -34,7 +34,7 @@ int MakeFolderOfPath(const std::string& path) {
     missing.push_back(parent);
   }
   for (; !missing.empty(); missing.pop_back()) {
-    if (MakeFolder(missing.back()) != 0) return -1;
+    if (MakeFolder(missing.back(), kOwnerFolder) != 0) return -1;
   }
   return 0;
 }
