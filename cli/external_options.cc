@@ -219,6 +219,16 @@ bool IsExternalPath(const std::string& key) {
   return RowOf(key).form == ValueForm::kPath;
 }
 
+void NeedHarmless(const GivenExternal& found, const std::string& file) {
+  for (const char* key : {"private-network", "netrc", "ca-file"}) {
+    const auto given = found.find(key);
+    if (given == found.end() || given->second == "false") continue;
+    throw Failure(kUsage, fmt::format("{}: \"{}\" counts only on the command line, or in a file "
+                                      "that --config names",
+                                      file, key));
+  }
+}
+
 std::string FaultOfExternal(const std::string& key, const std::string& value) {
   ExternalWish wish;
   return value.empty() ? "an empty text is no value" : RowOf(key).set(value, wish);

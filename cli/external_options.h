@@ -31,6 +31,9 @@ bool IsExternalPath(const std::string& key);
 // Throws Failure(kUsage) when one of `given`, which the command line gave, is of no use: nothing is
 // to be asked, and that by no choice of the command line. `wish` as above.
 void NeedUse(const GivenExternal& given, bool isWanted, const std::string& wish);
+// Throws Failure(kUsage) when a configuration that was found, and not named, wants what the user
+// alone may want: sites come from elsewhere too, with their configurations.
+void NeedHarmless(const GivenExternal& found, const std::string& file);
 // What is wrong with a value of a key; empty for nothing.
 std::string FaultOfExternal(const std::string& key, const std::string& value);
 // The settings; all values are good.

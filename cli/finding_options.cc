@@ -81,6 +81,7 @@ std::optional<Config> Configure(FindingOptions& options, const std::string& foun
   std::optional<Config> config;
   if (options.usesConfig && !file.empty()) {
     config = ReadConfig(file);
+    if (options.config.empty()) NeedHarmless(config->external, file);
     Tell(options, "the configuration is " + file);
     for (const auto& [rule, severity] : config->rules) options.severities.Set(rule, severity);
     if (options.ignores.files.empty()) options.ignores.files = config->ignores.files;

@@ -11,6 +11,9 @@
 #if !defined(_WIN32)
 #include <fcntl.h>
 #endif
+#if defined(__linux__)
+#include <sys/prctl.h>
+#endif
 
 #include "cli/commands.h"
 #include "cli/exit_code.h"
@@ -31,6 +34,13 @@ void OccupyStandardStreams() {
   for (const int fd : {0, 1, 2}) {
     if (fcntl(fd, F_GETFD) < 0) open("/dev/null", fd == 0 ? O_WRONLY : O_RDONLY);
   }
+#endif
+}
+
+// Passwords are in memory, and are not to be in a core.
+void ForbidCores() {
+#if defined(__linux__)
+  prctl(PR_SET_DUMPABLE, 0);
 #endif
 }
 
@@ -198,5 +208,6 @@ int Main(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   zvrsit::cli::OccupyStandardStreams();
+  zvrsit::cli::ForbidCores();
   return zvrsit::cli::InAnsiConsole([&] { return zvrsit::cli::Main(argc, argv); });
 }

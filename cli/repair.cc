@@ -177,6 +177,7 @@ SiteRepair::SiteRepair(const Options& options, const RepairOptions& wanted)
 
 int SiteRepair::Run() {
   change_.files = plan_.files;
+  LeaveOutside();
   // What goes need not be mended.
   std::erase_if(change_.files,
                 [&](const FileEdits& file) { return LiesAtAny(file.path, change_.removals); });
@@ -195,6 +196,41 @@ int SiteRepair::Run() {
   PrintDone();
   Interrupts::Check();
   return Result();
+}
+
+// A site can hold links of the file system to any file of the user: what lies elsewhere is not
+// changed through them.
+void SiteRepair::LeaveOutside() {
+  for (const PathChange& move : change_.moves) {
+    NeedInside(move.from);
+    NeedInside(move.to);
+  }
+  for (const std::string& path : change_.removals) NeedInside(path);
+  std::erase_if(change_.files, [&](const FileEdits& file) {
+    std::error_code error;
+    if (IsInside(fs::canonical(PathOf(NativePath(file.path)), error))) return false;
+    for (const TextEdit& edit : file.edits) {
+      plan_.kept.push_back({file.path, edit.line, edit.column, edit.before,
+                            "a symbolic link leads to this file, outside of the site"});
+    }
+    return true;
+  });
+}
+
+bool SiteRepair::IsInside(const fs::path& real) {
+  std::error_code error;
+  const fs::path site = fs::canonical(PathOf(session_.names().nativeFolder()), error);
+  const fs::path inside = real.lexically_relative(site);
+  return !error && !inside.empty() && *inside.begin() != "..";
+}
+
+// The name itself may be that of a link, which moves or goes as a link.
+void SiteRepair::NeedInside(const std::string& path) {
+  std::error_code error;
+  fs::path native = PathOf(NativePath(path));
+  if (!native.has_filename()) native = native.parent_path();
+  if (IsInside(fs::weakly_canonical(native.parent_path(), error))) return;
+  throw Failure(kUsage, Shown(path) + " lies outside of the site, where a symbolic link leads");
 }
 
 void SiteRepair::ChangeFiles() {

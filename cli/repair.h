@@ -1,6 +1,7 @@
 // Commands that change the files of a site, and mend its links: what they have in common.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,9 @@ class SiteRepair {
 
  private:
   int Result() const { return plan_.kept.empty() ? kClean : kFindings; }
+  void LeaveOutside();
+  bool IsInside(const std::filesystem::path& real);
+  void NeedInside(const std::string& path);
   void ChangeFiles();
   void ChangeTables();
   void PrintDiff();

@@ -160,7 +160,8 @@ void Selection::Add(const std::string& name) {
 // Asks which files differ from the revision, and which files git does not know yet.
 void Selection::AskWhatChanged(const std::string& revision) {
   std::string names;
-  const std::string git = "-C " + Quoted(root_.substr(0, root_.size() - 1));
+  // A program that the repository names would be run.
+  const std::string git = "-c core.fsmonitor=false -C " + Quoted(root_.substr(0, root_.size() - 1));
   if (revision.starts_with('-') ||
       !AskGit(git + " diff --name-only --relative -z " + Quoted(revision) + " -- .", names) ||
       !AskGit(git + " ls-files -o --exclude-standard -z", names)) {

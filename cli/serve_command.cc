@@ -24,7 +24,7 @@ struct ServeWanted {
   std::string site;
   int port = 0;
   std::string editor;
-  bool hasMarks = true;
+  SitePages::Ways ways;
   FindingOptions findings;
 };
 
@@ -80,7 +80,7 @@ int RunServe(const Options& options, const ServeWanted& wanted) {
   LiveView view(options, site, wanted.editor);
   const std::string secret = Secret();
   ViewPages pages(view, secret);
-  SitePages files(site, view, Secret(), wanted.hasMarks);
+  SitePages files(site, view, Secret(), wanted.ways);
   std::optional<Served> served;
   const auto begin = [&] {
     const SignalsBlocked blocked;  // signals come to this thread alone
@@ -117,8 +117,10 @@ void AddServeCommand(CLI::App& app, const Options& options, Run& run) {
       ->envname("ZVRSIT_EDITOR")
       ->check([](const std::string& address) { return FaultOfEditor(address); });
   serve->add_flag_callback(
-      "--no-marks", [wanted] { wanted->hasMarks = false; },
+      "--no-marks", [wanted] { wanted->ways.marks = false; },
       "shows the pages of the site as they are");
+  serve->add_flag("--follow", wanted->ways.follows,
+                  "gives files outside of the site too that symbolic links lead to");
   AddRuleOptions(*serve, wanted->findings);
   serve->callback([&options, &run, wanted] {
     run = [&options, wanted] {

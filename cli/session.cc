@@ -8,6 +8,7 @@
 #include "cli/beside_rebuild.h"
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "cli/private_folder.h"
 #include "cli/repair.h"
 #include "cli/table_files.h"
 #include "findings/url_check.h"
@@ -92,7 +93,7 @@ Session::Session(const Options& options, Database database)
   const fs::path folder = PathOf(DatabaseFolder(options));
   std::error_code error;
   if (database == Database::kMake || isOwn_) {
-    fs::create_directories(folder, error);
+    error = MakeOwnFolder(folder);
     if (error) throw Failure(kFileSystem, NameOf(folder) + ": " + error.message());
   } else if (!fs::exists(folder / kSiteProfiles, error)) {
     throw Failure(kDatabase, NameOf(folder) + ": there is no database here (zvrsit add makes one)");
@@ -219,7 +220,11 @@ bool Session::HoldAgain() {
 }
 
 std::string Session::FolderOfTables(const std::string& name) const {
-  return NameOf(PathOf(database_) / PathOf(name));
+  const fs::path path = PathOf(name);
+  if (path.has_parent_path() || path.has_root_path() || path == "." || path == "..") {
+    throw Failure(kDatabase, "the name of a profile leads out of the database: " + name);
+  }
+  return NameOf(PathOf(database_) / path);
 }
 
 void Session::HoldSite(const std::string& name) {

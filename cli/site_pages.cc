@@ -126,8 +126,8 @@ bool AreSame(const std::string& a, const std::string& b) {
   return difference == 0;
 }
 
-SitePages::SitePages(LiveSite& site, LiveView& view, std::string secret, bool marks)
-    : site_(site), view_(view), secret_(std::move(secret)), marks_(marks) {}
+SitePages::SitePages(LiveSite& site, LiveView& view, std::string secret, Ways ways)
+    : site_(site), view_(view), secret_(std::move(secret)), ways_(ways) {}
 
 std::string SitePages::EntryPath() const {
   return std::string(kOwn) + "enter/" + secret_;
@@ -199,6 +199,20 @@ WebAnswer SitePages::Answer(const WebRequest& request) {
 }
 
 // The file that is served at a decoded path, named from the folder of the site; nothing for none.
+// Scripts of the pages can read whatever is given, so that it counts where links of the file system
+// lead.
+bool SitePages::MayBeGiven(const fs::path& root, const fs::path& file) const {
+  std::error_code error;
+  const fs::path real = fs::canonical(file, error);
+  const fs::path inside = real.lexically_relative(root);
+  if (error || site_.LeavesOutFile(NameOf(file.filename()))) return false;
+  if (inside.empty() || *inside.begin() == "..") return ways_.follows;
+  for (fs::path folder = real.parent_path(); folder != root; folder = folder.parent_path()) {
+    if (site_.LeavesOut(folder)) return false;
+  }
+  return !site_.LeavesOutFile(NameOf(real.filename()));
+}
+
 std::optional<std::string> SitePages::FileAt(std::string path) const {
   const std::string& begin = site_.PathOnServer();
   if (!path.starts_with(begin) || path.find('\0') != path.npos || path.find('\\') != path.npos) {
@@ -232,15 +246,7 @@ std::optional<std::string> SitePages::FileAt(std::string path) const {
     if (document == documents.end()) return std::nullopt;
     at /= PathOf(*document);
   }
-  // A link of the file system that is a file belongs to the site, as when it is read; a folder that
-  // one leads out to does not.
-  const fs::path folder = fs::canonical(at.parent_path(), error);
-  const fs::path inside = folder.lexically_relative(root);
-  if (error || inside.empty() || *inside.begin() == ".." ||
-      site_.LeavesOutFile(NameOf(at.filename()))) {
-    return std::nullopt;
-  }
-  if (!fs::is_regular_file(at, error)) return std::nullopt;
+  if (!fs::is_regular_file(at, error) || !MayBeGiven(root, at)) return std::nullopt;
   return NameOf(at.lexically_relative(root));
 }
 
@@ -262,7 +268,7 @@ WebAnswer SitePages::File(const std::string& encoded) {
   answer.body.assign(std::istreambuf_iterator<char>(stream), {});
   if (!stream) return NotFound();
   answer.type = TypeOf(*file);
-  if (marks_ && answer.type == "text/html" && !IsWide(answer.body)) {
+  if (ways_.marks && answer.type == "text/html" && !IsWide(answer.body)) {
     static constexpr Replacements kEscapes{{'<', "\\u003c"}};
     answer.body += "\n<script type=\"application/json\" id=\"zvrsit-marks\">" +
                    kEscapes.In(view_.MarksOf(*file)) + "</script>\n<script src=\"" +

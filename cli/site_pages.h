@@ -1,6 +1,7 @@
 // The files of a site as its server would give them, on the loopback.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,8 +16,11 @@ namespace zvrsit::cli {
 // given the secret as a cookie, by the address that EntryPath says.
 class SitePages : public WebHandler {
  public:
-  // `marks`: whether broken references are marked in pages.
-  SitePages(LiveSite& site, LiveView& view, std::string secret, bool marks);
+  struct Ways {
+    bool marks = true;     // broken references are marked in pages
+    bool follows = false;  // files outside of the site, which links there lead to, are given too
+  };
+  SitePages(LiveSite& site, LiveView& view, std::string secret, Ways ways);
 
   // What leads to a file with its encoded path behind it.
   std::string EntryPath() const;
@@ -32,11 +36,12 @@ class SitePages : public WebHandler {
   WebAnswer Own(const WebRequest& request);
   WebAnswer File(const std::string& path);
   std::optional<std::string> FileAt(std::string path) const;
+  bool MayBeGiven(const std::filesystem::path& root, const std::filesystem::path& file) const;
 
   LiveSite& site_;
   LiveView& view_;
   const std::string secret_;
-  const bool marks_;
+  const Ways ways_;
   std::string cookie_;
 };
 

@@ -374,10 +374,10 @@ def check_configuration(top, server):
     config = site.folder / "site/zvrsit.toml"
     config.write_text('[external]\ncheck = true\nprivate-network = true\naccept = "404"\nretries = 0\n'
                       'stall-timeout = 2.5\n[rules]\nexternal-moved = "error"\n')
-    out = site.run("check", site.folder / "site", "--format", "jsonl", "--accept", "200", code=1)
+    out = site.run("check", site.folder / "site", "--config", config, "--format", "jsonl", "--accept", "200", code=1)
     expect("configured", [(row["severity"], row["rule"]) for row in map(json.loads, out.splitlines())],
            [("error", BROKEN), ("error", MOVED)])
-    site.run("check", site.folder / "site", "--no-external", code=0)
+    site.run("check", site.folder / "site", "--config", config, "--no-external", code=0)
     for line, word in (("fragmens = true", "fragments"), ("ok-age = \"7 weeks\"", "no time"),
                        ("parallel = 0", "from 1 to 1000"), ("offline = 1", "true nor false")):
         config.write_text("[external]\n" + line + "\n")
