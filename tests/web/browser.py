@@ -23,7 +23,7 @@ class Browser:
             options.add_argument(flag)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
-        self.driver.set_script_timeout(30)
+        self.driver.set_script_timeout(90)  # also on a machine that builds meanwhile
         self.command("Performance.enable", timeDomain="threadTicks")
         # Before anything of a page runs: what its policy forbids is kept.
         self.command("Page.addScriptToEvaluateOnNewDocument", source="""
