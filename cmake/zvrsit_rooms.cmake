@@ -15,6 +15,20 @@ if(ZVRSIT_SANITIZE)
   target_link_options(zvrsit_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+# What makes faults harder to use. The sanitizers have checks of their own, Debug builds are to be
+# compiled quickly, and the compilers for Windows do what they can unasked.
+if(NOT WIN32 AND NOT ZVRSIT_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  include(CheckPIESupported)
+  check_pie_supported()
+  target_compile_options(zvrsit_flags INTERFACE
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
+    target_compile_options(zvrsit_flags INTERFACE -fcf-protection)
+  endif()
+  add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
+endif()
+
 # zvrsit_room(<target> SOURCES <file>... [POSIX <file>...] [WIN32 <file>...] [USES <target>...])
 #
 # One room: a static library of position-independent code with hidden visibility. The library takes

@@ -11,5 +11,6 @@ cmake --build --preset package
 rm -f build/package/*.deb
 (cd build/package && cpack -G DEB >/dev/null)
 lintian --fail-on error build/package/*.deb
+tests/package/check_hardening.py build/package/cli/zvrsit build/package/*.so
 tests/package/run_debian.sh build/package/*.deb
 ls build/package/*.deb
