@@ -320,10 +320,10 @@ class Rounds:
 
         rows = self.must(["dump", self.demo, "sites", "servers", "files", "--format", "jsonl"])
         rows = [json.loads(row) for row in rows.decode().splitlines()]
-        profiles = {(row["table"], row["name"]): row for row in rows if row["table"] != "files"}
+        profiles = {(row["table"], str(row["name"])): row for row in rows if row["table"] != "files"}
         for row in profiles.values():
             row.pop("rebuildState", None)
-        marks = {row["name"] for row in rows
+        marks = {str(row["name"]) for row in rows
                  if row["table"] == "files" and int(row.get("membership", 0)) & 12}
         secrets = content(f"{self.db}/servers.R") + content(f"{self.db}/servers.S")
         old = [content(f"{self.db}/legacy/{name}") for name in ("sites", "sites_S", "servers_S")]
