@@ -10,6 +10,7 @@
 #include "cli/output.h"
 #include "cli/site_profile.h"
 #include "cli/table_files.h"
+#include "cli/unsynced.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -48,6 +49,10 @@ BesideRebuild::BesideRebuild(Session& session, const std::string& name, SiteProf
 BesideRebuild::BesideRebuild(Session& session, const std::string& name, bool anew)
     : BesideRebuild(session, name, (session.HoldSite(name), ReadProfile(session, name))) {
   session.LetProfilesGo();
+  if (!anew && MayBeTorn(tables_)) {
+    marks_ = NotedMarks(tables_);
+    anew = true;
+  }
   copy_ = std::make_unique<Session>(Options{NameOf(NewFolder(tables_)), false}, Database::kOwn);
   OpenCopy(anew);
 }
@@ -81,12 +86,14 @@ BesideRebuild::~BesideRebuild() {
 }
 
 void BesideRebuild::Commit() {
+  if (SetMarks(copy_->manager(), marks_) != 0) copy_->FailToWrite();
   copy_->CloseUpdated();
   const fs::path folder = PathOf(copy_->FolderOfTables(name_));
   copy_.reset();
   FinishFiles(folder, PathOf(tables_));
   done_ = true;
   FinishRebuild(session_.manager(), session_.number(), tables_);
+  if (!EndUnsynced(tables_)) throw Failure(kFileSystem, tables_ + ": cannot be written");
 }
 
 }  // namespace zvrsit::cli

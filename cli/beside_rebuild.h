@@ -11,6 +11,7 @@
 #include <string>
 
 #include "cli/session.h"
+#include "cli/unsynced.h"
 
 namespace zvrsit::cli {
 
@@ -38,6 +39,7 @@ class BesideRebuild {
   const std::string tables_;  // their native folder
   const SiteProfile profile_;
   std::unique_ptr<Session> copy_;
+  std::vector<Mark> marks_;  // that the tables may not tell any more
   bool done_ = false;
 };
 

@@ -97,8 +97,10 @@ void LiveSite::ReadConfiguration() {
 FindingChange LiveSite::Follow(const std::optional<std::vector<std::string>>& folders) {
   ReadConfiguration();
   SiteUpdates updates;
-  if (session_ == nullptr || !UpdateOpen(folders, updates)) OpenAnew();
+  const bool isUpdated = session_ != nullptr && UpdateOpen(folders, updates);
+  if (!isUpdated) OpenAnew();
   FindingChange change;
+  const bool filesChanged = !isUpdated || !updates.touched.empty() || !updates.gone.empty();
   if (findings_ == nullptr) {
     StartFindings();
     change = {findings_->List(), std::exchange(last_, {})};
@@ -110,6 +112,7 @@ FindingChange LiveSite::Follow(const std::optional<std::vector<std::string>>& fo
   }
   Ignore(change.broke);
   TakeOutShared(change.mended, change.broke);
+  change.filesChanged = filesChanged;
   return change;
 }
 

@@ -19,6 +19,7 @@ namespace zvrsit::cli {
 struct FindingChange {
   std::vector<Finding> broke;
   std::vector<Finding> mended;
+  bool filesChanged = false;  // or were read again
 
   bool isEmpty() const { return broke.empty() && mended.empty(); }
 };

@@ -20,6 +20,7 @@
 #include "cli/help.h"
 #include "cli/native_name.h"
 #include "cli/output.h"
+#include "cli/unsynced.h"
 #include "findings/suggestions.h"
 #include "platform/version.h"
 
@@ -198,7 +199,7 @@ int Main(int argc, char** argv) {
   SetPatience(static_cast<int>(wait * 1000));
   // Not to wait for the disk is for tests, and for those who can make the database anew.
   if (const char* const sync = std::getenv("ZVRSIT_SYNC")) {
-    SiteMgr::SetSyncing(std::string_view(sync) != "0");
+    if (std::string_view(sync) == "0") NeverWait();
   }
   return Perform(run);
 }

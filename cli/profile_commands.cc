@@ -4,6 +4,7 @@
 #include "cli/exit_code.h"
 #include "cli/site_profile.h"
 #include "cli/table_files.h"
+#include "cli/unsynced.h"
 
 namespace zvrsit::cli {
 namespace {
@@ -52,6 +53,7 @@ int RunDelete(const Options& options, const std::string& name) {
   Session session(options, Database::kMustExist);
   session.HoldSite(name);
   if (session.manager().DeleteSiteProf(name) != 0) FailToWriteProfile("\"" + name + "\"");
+  ForgetUnsynced(session.FolderOfTables(name));
   RemoveKeptAnswers(session.FolderOfTables(name));
   if (options.json) PrintJson({{"deleted", JsonText(name)}});
   return kClean;

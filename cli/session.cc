@@ -11,6 +11,8 @@
 #include "cli/private_folder.h"
 #include "cli/repair.h"
 #include "cli/table_files.h"
+#include "cli/unsynced.h"
+#include "cli/update_command.h"
 #include "findings/url_check.h"
 #include "tables/table_files.h"
 
@@ -252,8 +254,19 @@ void Session::HoldSite(const std::string& name) {
   }
 }
 
+// The machine was started anew since the tables were written.
+void Session::MakeAnew(const std::string& name) const {
+  Warn("the machine was started anew since \"" + name + "\" was written: its pages are read again");
+  static_cast<void>(UpdateSite(Options{database_, false}, name, false));
+}
+
 bool Session::OpenIfSound(const std::string& name) {
   HoldSite(name);
+  if (!isOwn_ && MayBeTorn(FolderOfTables(site_))) {
+    LetGo();
+    MakeAnew(name);
+    HoldSite(name);
+  }
   SiteProfile profile;
   if (manager_->GetSiteProf(name, profile) != 0) {
     throw Failure(kDatabase, "the profile of \"" + name + "\" is damaged");
@@ -306,8 +319,16 @@ void Session::CloseUpdated() {
 }
 
 void Session::WriteUpdated() {
+  if (onlyAsks_) return;
   // Packing writes tables too.
-  WriteWith([this] { return manager_->PackSite(false) != 0 ? -1 : manager_->FlushUpdated(); });
+  const auto write = [this] {
+    return manager_->PackSite(false) != 0 ? -1 : manager_->FlushUpdated();
+  };
+  if (isOwn_ || !NoteUnsynced(FolderOfTables(site_), ListMarks(*manager_))) {
+    return WriteWith(write);
+  }
+  const NoWaiting noWaiting;
+  if (write() != 0) FailToWrite();
 }
 
 void Session::CloseSaved(const std::vector<std::string>& paths) {
@@ -317,7 +338,8 @@ void Session::CloseSaved(const std::vector<std::string>& paths) {
 
 // The tables are written as a whole, or stay as they are.
 void Session::WriteWith(const std::function<int()>& flush) {
-  if (!onlyAsks_ && flush() != 0) FailToWrite();
+  if (onlyAsks_) return;
+  if (flush() != 0 || (!isOwn_ && !EndUnsynced(FolderOfTables(site_)))) FailToWrite();
 }
 
 void Session::SetRebuildState(int state) {

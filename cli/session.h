@@ -78,7 +78,8 @@ class Session {
   // Writes everything to disk and closes the site; throws Failure(kFileSystem) when that fails. The
   // tables are then what they were.
   void Close();
-  // The same after a rebuild or an update, so that the next update knows the tables.
+  // The same after a rebuild or an update, so that the next update knows the tables. It is not
+  // waited until the disk has them (unsynced.h).
   void CloseUpdated();
   // The same, and the site stays open.
   void WriteUpdated();
@@ -125,6 +126,7 @@ class Session {
   void NeedProfiles(bool areHeld);
   void LockSite(const std::string& name);
   void SetRebuildState(int state);
+  void MakeAnew(const std::string& name) const;
   void WriteWith(const std::function<int()>& flush);
   int FindEntry(const std::string& native);
 

@@ -10,48 +10,26 @@
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "cli/rebuild.h"
-#include "manager/family_marks.h"
+#include "cli/unsynced.h"
 #include "manager/site_changes.h"
 
 namespace zvrsit::cli {
 namespace {
-
-struct Mark {
-  std::string path;
-  std::int32_t marks;
-};
-
-// The marks that the user has set in the open site.
-std::vector<Mark> ListMarks(Session& session) {
-  SiteMgr& manager = session.manager();
-  std::vector<Mark> all;
-  for (const int number : manager.ListMarkedByUser()) {
-    const int word = manager.GetUrlFtpMember({kKindPath, number});
-    all.push_back({Take(manager.UrlPath(number)), word & kUserMarks});
-  }
-  return all;
-}
-
-void SetMarks(Session& session, const std::vector<Mark>& marks) {
-  SiteMgr& manager = session.manager();
-  const std::string siteFolder = Take(manager.GetSiteProfDir(kSlotSiteFolder));
-  for (const Mark& mark : marks) {
-    const int number = manager.AddPath(mark.path, siteFolder, 1);
-    if (manager.SetFtpFamily({kKindPath, number}, static_cast<unsigned>(mark.marks)) != 0) {
-      session.FailToWrite();
-    }
-  }
-}
 
 // Updates the site without reading all of it. False when it must be rebuilt; `marks` then has those
 // of the user, if the tables could be read.
 bool UpdateOpenSite(Session& session, const std::string& name, bool showsProgress, Updated& updated,
                     std::vector<Mark>& marks) {
   session.HoldSite(name);
+  const std::string tables = session.FolderOfTables(name);
+  if (MayBeTorn(tables)) {
+    marks = NotedMarks(tables);
+    return false;
+  }
   session.manager().SetMapsTables(true);  // nobody else comes near them before they are closed
   const bool isWhole = session.manager().NeedToRebuild(name) == kRebuilt;
   if (!session.OpenIfSound(name)) return false;
-  marks = ListMarks(session);
+  marks = ListMarks(session.manager());
   if (!isWhole) return false;
   TerminalProgress progress(showsProgress);
   const NotOfTheSite leftOut(session);
@@ -109,7 +87,7 @@ Updated UpdateSite(const Options& options, const std::string& name, bool showsPr
   Session session(options, Database::kMustExist);
   BesideRebuild rebuild(session, name, true);
   updated.code = RebuildSite(rebuild.copy(), true, session.database(), showsProgress);
-  SetMarks(rebuild.copy(), marks);
+  if (SetMarks(rebuild.copy().manager(), marks) != 0) rebuild.copy().FailToWrite();
   updated.totals = CountSite(rebuild.copy());
   rebuild.Commit();
   return updated;

@@ -68,7 +68,8 @@ class WatchLoop {
       FindingChange change;
       if (!TryToFollow(change)) return false;
       if (hasBegun_ && !change.isEmpty()) steps_.changed(change);
-      if (hasBegun_ && steps_.followed) steps_.followed(change);
+      const bool isOther = change.filesChanged || !change.isEmpty();
+      if (hasBegun_ && isOther && steps_.followed) steps_.followed(change);
       hasBegun_ = true;
       files_ = site_.ListFiles();
       if (!Watch()) break;

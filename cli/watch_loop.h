@@ -13,7 +13,7 @@ struct WatchSteps {
   std::function<void()> begun;
   // Called whenever findings have changed since; no lock of the database is held then.
   std::function<void(const FindingChange& change)> changed;
-  // Called whenever files have been looked at again; may be empty.
+  // Called whenever files have changed; may be empty.
   std::function<void(const FindingChange& change)> followed = nullptr;
   // Held while the site is used, and the steps are called; null for none.
   std::mutex* inUse = nullptr;

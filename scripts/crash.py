@@ -238,6 +238,11 @@ OPERATIONS = {
     "server-new": (["server", "set", "away", "--host", "a", "--password"], None, "third\n"),
     "server-delete": (["server", "delete", "spare"], None, ""),
     "urls": (["urls", "demo", "--check", "--private-network"], forget_answers, ""),
+    # After an update that has not waited for the disk.
+    "late-save": (["save", "demo", "p1.html"], lambda site: edit(site, "p2.html", "<a href=other.html>"), ""),
+    "late-mv": (["mv", "demo", "p3.html", "sub/p3.html"], lambda site: edit(site, "p2.html", "<a href=other.html>"), ""),
+    "late-rebuild": (["rebuild", "demo"], lambda site: edit(site, "p2.html", "<a href=other.html>"), ""),
+    "late-pack": (["update", "demo"], drop_half, ""),
     "old-add": (["legacy", "add", "older", "{site}/sub"], None, ""),
     "old-rebuild": (["legacy", "rebuild", "old"], lambda site: edit(site, "p1.html", "<a href=n.html>"), ""),
     "old-undo": (["legacy", "undo", "old"], None, "rm p3.html\nsave p1.html\n"),
@@ -256,7 +261,7 @@ class Rounds:
         self.db, self.site = os.path.join(self.root, "db"), os.path.join(self.root, "site")
         self.counts = collections.Counter()
         self.references = {}
-        self.environment = dict(os.environ, HOME=work, TMPDIR=work,
+        self.environment = dict(os.environ, HOME=work, TMPDIR=work, ZVRSIT_BOOT="1",
                                 ASAN_OPTIONS="verify_asan_link_order=0:detect_leaks=0")
 
     def run(self, words, text="", record=None):
@@ -354,6 +359,7 @@ class Rounds:
         self.demo = "demo" if "demo" in names else "harbour"
         for name in names:
             self.run(["links", name])  # ends what was cut off
+        self.run(["legacy", "links", "old"])
         self.must(["update", self.demo])
         state = self.state()
         state["links"] = self.answers()
@@ -389,6 +395,7 @@ class Rounds:
     def crash(self, name, way, rng, calls):
         words, prepare, text = self.operation(name)
         self.reset()
+        self.environment["ZVRSIT_BOOT"] = "1"
         if prepare:
             prepare(self.site)
         if way == "kill":
@@ -402,11 +409,14 @@ class Rounds:
         shutil.rmtree(before, ignore_errors=True)
         # The inodes of the log are those of the files that are there now.
         disk = Disk(self.root, [], rng)
+        if name.startswith("late-"):
+            self.run(["update", "demo"], record={"CRASH_LOG": log})
         self.run(words, text, {"CRASH_LOG": log})
         made = read_log(log)
         for call in made[:rng.randrange(len(made) + 1)]:
             disk.play(*call)
         disk.cut()
+        self.environment["ZVRSIT_BOOT"] = "2"  # the machine is started again
         self.counts["cut"] += 1
 
     def round(self, name, way, seed):

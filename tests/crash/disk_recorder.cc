@@ -219,6 +219,18 @@ ssize_t sendfile64(int out, int in, off64_t* offset, size_t length) {
   return sendfile(out, in, offset, length);
 }
 
+// Streams of the C++ library open their files so.
+FILE* fopen64(const char* name, const char* mode) {
+  if (mode[0] == 'r') return REAL(fopen64)(name, mode);
+  const int access = std::strchr(mode, '+') != nullptr ? O_RDWR : O_WRONLY;
+  const int way = mode[0] == 'w' ? O_TRUNC : O_APPEND;
+  const int fd = Open(AT_FDCWD, name, access | O_CREAT | way | O_CLOEXEC, 0666);
+  return fd < 0 ? nullptr : fdopen(fd, mode);
+}
+FILE* fopen(const char* name, const char* mode) {
+  return fopen64(name, mode);
+}
+
 int open(const char* name, int flags, ...) {
   va_list rest;
   va_start(rest, flags);

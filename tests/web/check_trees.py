@@ -12,6 +12,8 @@ import shutil
 import sys
 import tempfile
 
+from selenium.common.exceptions import StaleElementReferenceException
+
 from browser import Browser
 from reports import Sites, expect, path_below
 from served import Served, open_view, shown_after
@@ -58,9 +60,15 @@ def number(text):
 
 
 def click(browser, selector, at=0):
-    element = browser.driver.find_elements("css selector", selector)[at]
-    browser.run("arguments[0].scrollIntoView({ block: 'center' })", element)
-    element.click()
+    """Also where new data of `serve` put another element in its place meanwhile."""
+    for attempt in range(3):
+        try:
+            element = browser.driver.find_elements("css selector", selector)[at]
+            browser.run("arguments[0].scrollIntoView({ block: 'center' })", element)
+            return element.click()
+        except StaleElementReferenceException:
+            if attempt == 2:
+                raise
 
 
 def click_tab(browser, name):
