@@ -8,6 +8,7 @@
 #include "cli/beside_rebuild.h"
 #include "cli/exit_code.h"
 #include "cli/native_name.h"
+#include "cli/output.h"
 #include "cli/private_folder.h"
 #include "cli/repair.h"
 #include "cli/table_files.h"

@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "cli/native_name.h"
-#include "cli/output.h"
+#include "cli/session.h"
 #include "cli/site_names.h"
 #include "manager/family_marks.h"
 
