@@ -139,6 +139,7 @@ class SiteMgrBase::ProfileUse {
 
  private:
   [[nodiscard]] static bool MakeUndo(const SiteMgrBase& manager);
+  static void CloseOrFree(SiteTable& table);
 
   const SiteMgrBase& manager_;
   const bool isHeld_;

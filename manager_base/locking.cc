@@ -127,15 +127,21 @@ bool SiteMgrBase::ProfileUse::MakeUndo(const SiteMgrBase& manager) {
   return true;
 }
 
-// A file whose closing fails is let go of all the same. A change that may not be on the disk is
-// undone by whoever holds the profiles next.
+// A file whose closing fails is let go of all the same: nothing is written any more.
+void SiteMgrBase::ProfileUse::CloseOrFree(SiteTable& table) {
+  if (table.Close() == 0) return;
+  if (table.records() != nullptr) table.records()->SetReadOnly();
+  if (table.strings() != nullptr) table.strings()->SetReadOnly();
+  static_cast<void>(table.Close());
+}
+
+// A change that may not be on the disk is undone by whoever holds the profiles next. The table of
+// servers is open only if an operation could not close it.
 void SiteMgrBase::ProfileUse::LetGo(const SiteMgrBase& manager) {
   SiteLocks& locks = *manager.inside->locks;
-  SiteSiteProfDB* const profiles = manager.siteProf;
-  if (locks.Uses(SiteLocks::kProfiles) == 1 && profiles->Close() < 0) {
-    if (profiles->records() != nullptr) profiles->records()->SetReadOnly();
-    if (profiles->strings() != nullptr) profiles->strings()->SetReadOnly();
-    static_cast<void>(profiles->Close());  // only frees: nothing is written any more
+  if (locks.Uses(SiteLocks::kProfiles) == 1) {
+    CloseOrFree(*manager.siteProf);
+    if (manager.servProf != nullptr) CloseOrFree(*manager.servProf);
   }
   if (locks.Uses(SiteLocks::kProfiles) == 1 && manager.inside->undo != nullptr) {
     static_cast<void>(manager.inside->undo->End());
