@@ -146,7 +146,7 @@ Session::~Session() {
   } catch (const Failure&) {
     // The failure that ended the command is told.
   }
-  if (manager_ == nullptr || onlyAsks_) return;
+  if (manager_ == nullptr || onlyAsks_ || isOwn_) return;
   LetProfilesGo();
   OpenDatabase();  // the backup is that of the profiles as they are now
 }
