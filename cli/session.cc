@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 constexpr int kWithBackup = 3;
 constexpr int kWithoutBackup = 0;
 
-int patience = 3000;
+int lockPatience = 3000;
 
 std::string DefaultDatabase() {
 #if defined(_WIN32)
@@ -44,11 +44,11 @@ std::string DefaultDatabase() {
 }  // namespace
 
 int Patience() {
-  return patience;
+  return lockPatience;
 }
 
 void SetPatience(int milliseconds) {
-  patience = milliseconds;
+  lockPatience = milliseconds;
 }
 
 std::string DatabaseFolder(const Options& options) {
@@ -128,7 +128,8 @@ bool Session::OpenProfiles() {
   manager_ = std::make_unique<SiteMgr>();
   manager_->setDom(&dom_);
   if (!isOwn_) {
-    manager_->SetLocking(onlyAsks_ ? SiteMgr::Locking::kAsk : SiteMgr::Locking::kChange, patience);
+    manager_->SetLocking(onlyAsks_ ? SiteMgr::Locking::kAsk : SiteMgr::Locking::kChange,
+                         lockPatience);
   }
   OpenDatabase();
   holdsProfiles_ = manager_->LockProfiles() == 0;

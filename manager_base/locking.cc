@@ -70,6 +70,7 @@ void SiteMgrBase::SetSyncing(bool syncs) {
 
 int SiteMgrBase::SyncFolder(const std::string& folder, const std::vector<std::string>& files) {
   std::vector<std::string> paths;
+  paths.reserve(files.size());
   for (const std::string& file : files) paths.push_back(folder + file);
   return platform::SyncFiles(paths) == 0 ? platform::SyncFolder(folder) : -1;
 }
